@@ -1,0 +1,6 @@
+# Address and undefined-behaviour sanitizers for the whole tree, so that library and test agree.
+option(CVN_SANITIZE "Build with address and undefined-behaviour sanitizers" OFF)
+if(CVN_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()

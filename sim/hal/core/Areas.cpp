@@ -1,0 +1,18 @@
+#include "core/Areas.h"
+
+#include <sstream>
+
+namespace sim {
+
+std::span<const Area* const> Areas() {
+  static constexpr const Area* kAreas[] = {&kHdmiArea, &kScalerArea, &kFailureArea, &kEventArea};
+  return kAreas;
+}
+
+std::string Describe(const Board& board) {
+  std::ostringstream out;
+  for (const Area* area : Areas()) area->describe(board, out);
+  return out.str();
+}
+
+}  // namespace sim

@@ -1,0 +1,28 @@
+// The areas of the board, each with what it adds to the commands and to the text of the state.
+#pragma once
+
+#include <ostream>
+#include <span>
+
+#include "core/Command.h"
+
+namespace sim {
+
+struct Area {
+  std::span<const Command> commands;
+  void (*describe)(const Board& board, std::ostream& out);
+};
+
+// Each is defined in the area's own file.
+extern const Area kHdmiArea;
+extern const Area kScalerArea;
+extern const Area kFailureArea;
+extern const Area kEventArea;
+
+/// All areas, in the order in which help and state show them.
+std::span<const Area* const> Areas();
+
+/// The state of the whole board as text for people.
+std::string Describe(const Board& board);
+
+}  // namespace sim

@@ -1,0 +1,109 @@
+// The whole state of the simulated board in one plain struct. It lives in shared memory, as the
+// hardware and its drivers are shared, so it holds no pointers, and all bytes zero is a board that
+// was just built: nothing plugged in, nothing initialised.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "k2v/vfe_hdmi.h"
+#include "k2v/vsc.h"
+
+namespace sim {
+
+constexpr unsigned kPortCount = K2V_HDMI_PORT_COUNT;
+constexpr unsigned kWindowCount = 2;
+constexpr K2V_VIDEO_RECT_T kPanel = {0, 0, 3840, 2160};
+constexpr uint32_t kForEver = UINT32_MAX;
+
+/// Simulated time: CLOCK_MONOTONIC since the power-on, `timeScale` times as fast.
+struct Clock {
+  int64_t powerOnNs;
+  double timeScale;
+};
+
+/// A programmed failure; free when `function` is empty.
+struct Failure {
+  char function[64];
+  int32_t code;
+  uint32_t callsBefore;  // calls that still go well
+  uint32_t times;        // calls that fail then, or kForEver
+};
+
+struct FailureTable {
+  Failure entries[64];
+};
+
+/// Something that happens later; free when `command` is empty.
+struct Event {
+  char command[192];
+  uint32_t pollsLeft;  // polls of `port` until it is due; 0: `dueMs` counts
+  uint32_t port;
+  int64_t dueMs;  // simulated time
+};
+
+struct EventTable {
+  Event entries[64];
+};
+
+struct HdmiPort {
+  bool cable;      // a source is plugged in
+  bool sending;    // … and sends a picture
+  bool hdr;        // … with a high dynamic range
+  bool connected;  // the HAL's Connect
+  bool edidWritten;
+  uint8_t edid[K2V_HDMI_EDID_BYTES];
+  K2V_HDMI_TIMING_T timing;  // of the source
+};
+
+struct HdmiReceiver {
+  bool initialized;
+  bool open;
+  bool hotPlug;  // raised on every port
+  HdmiPort ports[kPortCount];
+};
+
+/// What a source delivers; width 0: no picture.
+struct Picture {
+  uint16_t width;
+  uint16_t height;
+  uint32_t colorStandard;
+};
+
+constexpr uint32_t kMaxWrittenPixels = 720 * 576;
+
+struct Window {
+  bool open;
+  bool connected;
+  bool blank;
+  bool frozen;
+  bool bufferFrozen;
+  bool preview;
+  uint32_t blankColor;
+  K2V_VSC_INPUT_SRC_T source;
+  K2V_VIDEO_RECT_T input;
+  K2V_VIDEO_RECT_T output;
+  Picture held;              // shown while frozen
+  Picture bufferHeld;        // in the frame buffer while that is frozen
+  K2V_VIDEO_RECT_T written;  // where `pixels` replaces the picture; empty: nowhere
+  K2V_VIDEO_PIXEL_T pixels[kMaxWrittenPixels];
+};
+
+struct Scaler {
+  bool initialized;
+  bool rgb444;
+  bool metadataOpen;
+  bool metadataConnected;
+  Window windows[kWindowCount];
+};
+
+struct Board {
+  Clock clock;
+  FailureTable failures;
+  EventTable events;
+  HdmiReceiver hdmi;
+  Scaler scaler;
+};
+static_assert(std::is_trivially_copyable_v<Board> && std::is_trivial_v<Board>);
+
+}  // namespace sim

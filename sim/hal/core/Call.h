@@ -1,0 +1,30 @@
+// What all HAL functions have in common. A new function is one line:
+//
+//   int K2V_RHAL_VSC_Open(__K2V_VIDEO_WID_T wid) { return Call(__func__, OpenWindow, wid); }
+//
+// where OpenWindow(Board&, __K2V_VIDEO_WID_T) does the simulated thing.
+#pragma once
+
+#include <type_traits>
+
+#include "core/CallText.h"
+#include "core/Failures.h"
+#include "core/SharedBoard.h"
+#include "core/Trace.h"
+
+namespace sim {
+
+/// Serves one HAL call: answers a programmed failure or calls `simulate(board, arguments…)`, and
+/// notes the call with its decoded arguments and its result in the trace.
+template <typename Simulate, typename... Arguments>
+auto Call(const char* function, Simulate simulate, Arguments... arguments) {
+  BoardLock board;
+  using Result = std::invoke_result_t<Simulate, Board&, Arguments...>;
+  const auto programmed = TakeFailure(*board, function);
+  const Result result =
+      programmed ? static_cast<Result>(*programmed) : simulate(*board, arguments...);
+  Note(FormatCall(function, result, arguments...));
+  return result;
+}
+
+}  // namespace sim

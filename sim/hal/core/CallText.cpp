@@ -1,0 +1,30 @@
+#include "core/CallText.h"
+
+#include <zlib.h>
+
+#include <cstdio>
+
+namespace sim {
+
+std::string Crc32Text(const void* data, size_t size) {
+  char text[9];
+  const auto crc = crc32_z(0, static_cast<const Bytef*>(data), size);
+  std::snprintf(text, sizeof(text), "%08lx", crc);
+  return text;
+}
+
+void PutBuffer(CallText& out, const void* data, size_t size) {
+  if (data == nullptr) {
+    out.text << "NULL";
+    return;
+  }
+  out.text << size << " bytes";
+  // After a refusal the buffer may be smaller than the size that was refused.
+  if (out.succeeded) out.text << " crc32=" << Crc32Text(data, size);
+}
+
+void Put(CallText& out, const K2V_VIDEO_RECT_T& rect) {
+  out.text << "{x=" << rect.x << ", y=" << rect.y << ", w=" << rect.w << ", h=" << rect.h << '}';
+}
+
+}  // namespace sim

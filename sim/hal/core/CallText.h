@@ -1,0 +1,86 @@
+// Text of a HAL call for the trace: K2V_RHAL_VSC_SetWinBlank(0, 1, 0) = 0
+// A record type gets its text by an overload of Put beside its HAL functions.
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <sstream>
+#include <string>
+#include <type_traits>
+
+#include "k2v/types.h"
+
+namespace sim {
+
+struct CallText {
+  std::ostringstream text;
+  bool succeeded;  // what a failed call should have written is not looked at
+};
+
+/// An argument that points to a record which the call only writes.
+template <typename T>
+struct Out {
+  T* pointer;
+  operator T*() const { return pointer; }
+};
+template <typename T>
+Out(T*) -> Out<T>;
+
+/// An argument that points to `count` elements; the trace shows the size and the CRC-32.
+template <typename T>
+struct Buffer {
+  T* pointer;
+  size_t count;
+  operator T*() const { return pointer; }
+};
+template <typename T>
+Buffer(T*, size_t) -> Buffer<T>;
+
+/// CRC-32 (as of zlib, gzip and PNG) of `size` bytes in eight hexadecimal digits.
+std::string Crc32Text(const void* data, size_t size);
+
+void PutBuffer(CallText& out, const void* data, size_t size);
+void Put(CallText& out, const K2V_VIDEO_RECT_T& rect);
+
+template <std::integral T>
+void Put(CallText& out, T number) {
+  out.text << +number;
+}
+
+template <typename T>
+void Put(CallText& out, T* pointer) {
+  if (pointer == nullptr) {
+    out.text << "NULL";
+  } else if constexpr (std::is_class_v<T>) {
+    Put(out, *pointer);
+  } else {
+    out.text << '{' << +*pointer << '}';
+  }
+}
+
+template <typename T>
+void Put(CallText& out, const Out<T>& output) {
+  if (output.pointer != nullptr && !out.succeeded) {
+    out.text << "{}";
+  } else {
+    Put(out, output.pointer);
+  }
+}
+
+template <typename T>
+void Put(CallText& out, const Buffer<T>& buffer) {
+  PutBuffer(out, buffer.pointer, buffer.count * sizeof(T));
+}
+
+/// The whole line of a call, without newline.
+template <typename Result, typename... Arguments>
+std::string FormatCall(const char* function, Result result, const Arguments&... arguments) {
+  CallText out = {{}, result == Result{}};
+  [[maybe_unused]] const char* separator = "";
+  out.text << function << '(';
+  ((out.text << separator, separator = ", ", Put(out, arguments)), ...);
+  out.text << ") = " << +result;
+  return out.text.str();
+}
+
+}  // namespace sim

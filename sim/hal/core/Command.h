@@ -1,0 +1,64 @@
+// The one-line commands that change a board: the same in scenario files, for cvnsim and in tests.
+#pragma once
+
+#include <functional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/Board.h"
+
+namespace sim {
+
+using Words = std::vector<std::string>;
+using Action = std::function<void(Board&)>;
+
+/// A command that cannot be done; the text is one line that tells what is allowed.
+class CommandError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct Command {
+  std::string_view name;
+  std::string_view arguments;  // as shown in the help
+  std::string_view help;
+  size_t minArguments;
+  size_t maxArguments;
+  /// Checks the words behind the name and tells what is to be done. Throws CommandError.
+  Action (*parse)(const Words& arguments);
+};
+
+constexpr size_t kAnyNumber = SIZE_MAX;
+
+/// Splits a line at blanks.
+Words Split(std::string_view line);
+
+/// Puts words together again, from the given one on.
+std::string Join(const Words& words, size_t first = 0);
+
+/// Checks a command and tells what is to be done. Throws CommandError; the action can do so too,
+/// where the board's state forbids it.
+Action ParseCommand(const Words& words);
+
+/// Does a command. Throws CommandError.
+void Apply(Board& board, const std::string& line);
+
+/// Tells whether there is a command of that name, and the names of all, with commas between.
+bool IsCommand(std::string_view name);
+std::string CommandNames();
+
+/// Lists the commands with their arguments, a line each.
+std::string CommandHelp();
+
+/// Throws the CommandError "'WORD' PROBLEM; allowed: ALLOWED".
+[[noreturn]] void Refuse(const std::string& word, const std::string& problem,
+                         const std::string& allowed);
+
+/// Reads a whole word as a decimal number in a range. Throws CommandError naming `what` it is.
+int64_t ParseNumber(const std::string& word, const std::string& what, int64_t min, int64_t max);
+double ParseDecimal(const std::string& word, const std::string& what, double min, double max);
+
+}  // namespace sim

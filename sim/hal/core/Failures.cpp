@@ -1,0 +1,107 @@
+#include "core/Failures.h"
+
+#include <algorithm>
+#include <string>
+
+#include "core/Areas.h"
+#include "core/FunctionNames.h"
+
+namespace sim {
+namespace {
+
+// The function that is written most like `name`, by the longest common beginning.
+std::string_view NearestFunction(std::string_view name) {
+  const auto alike = [name](std::string_view known) {
+    return std::ranges::mismatch(known, name).in1 - known.begin();
+  };
+  return *std::ranges::max_element(FunctionNames(), {}, alike);
+}
+
+void CheckFunction(const std::string& name) {
+  if (std::ranges::find(FunctionNames(), name) != FunctionNames().end()) return;
+  Refuse(name, "is no function of the HAL",
+         "those in hal/include, such as " + std::string(NearestFunction(name)));
+}
+
+void AddFailure(Board& board, const std::string& function, const Failure& failure) {
+  for (Failure& entry : board.failures.entries) {
+    if (entry.function[0] != '\0') continue;
+    entry = failure;
+    function.copy(entry.function, sizeof(entry.function) - 1);
+    return;
+  }
+  Refuse(function, "finds no room",
+         std::to_string(std::size(board.failures.entries)) + " programmed failures");
+}
+
+Action ParseFail(const Words& words) {
+  CheckFunction(words[0]);
+  Failure failure = {};
+  failure.code = static_cast<int32_t>(ParseNumber(words[1], "code", INT32_MIN, INT32_MAX));
+  failure.times = kForEver;
+  for (size_t i = 2; i < words.size(); i += 2) {
+    const std::string& option = words[i];
+    if ((option != "--at" && option != "--times") || i + 1 == words.size()) {
+      Refuse(option, "is no option with its number", "--at N, --times N");
+    }
+    const auto number =
+        static_cast<uint32_t>(ParseNumber(words[i + 1], "number for " + option, 1, kForEver - 1));
+    if (option == "--at") {
+      failure.callsBefore = number - 1;
+    } else {
+      failure.times = number;
+    }
+  }
+  return [=, function = words[0]](Board& board) { AddFailure(board, function, failure); };
+}
+
+Action ParseClear(const Words& words) {
+  const bool all = words[0] == "all";
+  if (!all) CheckFunction(words[0]);
+  return [all, function = words[0]](Board& board) {
+    for (Failure& entry : board.failures.entries) {
+      if (all || function == entry.function) entry = {};
+    }
+  };
+}
+
+void Describe(const Board& board, std::ostream& out) {
+  out << "programmed failures:\n";
+  bool any = false;
+  for (const Failure& entry : board.failures.entries) {
+    if (entry.function[0] == '\0') continue;
+    any = true;
+    out << "  " << entry.function << " answers " << entry.code;
+    if (entry.callsBefore > 0) out << ", after " << entry.callsBefore << " calls";
+    if (entry.times != kForEver) out << ", " << entry.times << " times";
+    out << '\n';
+  }
+  if (!any) out << "  none\n";
+}
+
+constexpr Command kCommands[] = {
+    {"fail", "FUNCTION CODE [--at N] [--times N]",
+     "let a HAL function answer CODE, from its N-th call from now on, for N calls or for ever", 2,
+     6, ParseFail},
+    {"clear", "FUNCTION|all", "take programmed failures back", 1, 1, ParseClear},
+};
+
+}  // namespace
+
+constinit const Area kFailureArea = {kCommands, Describe};
+
+std::optional<int32_t> TakeFailure(Board& board, const char* function) {
+  std::optional<int32_t> code;
+  for (Failure& entry : board.failures.entries) {
+    if (std::string_view(entry.function) != function) continue;
+    if (entry.callsBefore > 0) {
+      --entry.callsBefore;
+      continue;
+    }
+    if (!code) code = entry.code;
+    if (entry.times != kForEver && --entry.times == 0) entry = {};
+  }
+  return code;
+}
+
+}  // namespace sim

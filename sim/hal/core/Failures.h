@@ -1,0 +1,13 @@
+// Programmed failures: a HAL function answers a code instead of doing its work.
+#pragma once
+
+#include <optional>
+
+#include "core/Board.h"
+
+namespace sim {
+
+/// Counts a call of `function` and gives the code it has to answer, if one was programmed for it.
+std::optional<int32_t> TakeFailure(Board& board, const char* function);
+
+}  // namespace sim

@@ -1,0 +1,24 @@
+// The record of all HAL calls: one line a call, in the order in which the board served them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace sim {
+
+/// Opens the file named by CVNSIM_TRACE for appending. Without that variable lines are kept in
+/// memory only. Throws std::runtime_error when the file cannot be opened.
+void OpenTraceFile();
+
+/// Notes one line (without newline) in the file, with one write(2) so that processes can share it,
+/// and in this process's memory. The caller holds the board.
+void Note(const std::string& line);
+
+/// The newest lines that this process noted, oldest first, at most 8192. The caller holds the
+/// board.
+std::vector<std::string> NotedLines();
+
+/// Forgets the lines in memory. The caller holds the board.
+void ForgetNotedLines();
+
+}  // namespace sim

@@ -1,0 +1,162 @@
+#include "vsc/Picture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "vfe/Hdmi.h"
+
+namespace sim {
+namespace {
+
+using Rgb = std::array<uint8_t, 3>;
+
+// Weights of red and blue in the luma, by K2V_COLOR_STANDARD_*.
+struct Matrix {
+  double red, blue;
+};
+constexpr Matrix kMatrices[] = {{0.299, 0.114}, {0.2126, 0.0722}, {0.2627, 0.0593}};
+
+// White, yellow, cyan, green, magenta, red, blue, black.
+constexpr Rgb kBarColors[] = {{1, 1, 1}, {1, 1, 0}, {0, 1, 1}, {0, 1, 0},
+                              {1, 0, 1}, {1, 0, 0}, {0, 0, 1}, {0, 0, 0}};
+
+// By K2V_VIDEO_DDI_WIN_COLOR_*.
+constexpr Rgb kBlankColors[] = {{0, 0, 0}, {0, 0, 255}, {128, 128, 128}};
+constexpr Rgb kBlack = {0, 0, 0};
+
+// 10-bit limited range: luma 64 to 940, chroma 512 +- 448.
+constexpr double kLumaOffset = 64, kLumaRange = 876, kChromaOffset = 512, kChromaRange = 896;
+
+K2V_VIDEO_PIXEL_T ToPixel(const Rgb& rgb, const Matrix& matrix) {
+  const double luma =
+      matrix.red * rgb[0] + (1 - matrix.red - matrix.blue) * rgb[1] + matrix.blue * rgb[2];
+  const auto chroma = [luma](double color, double weight) {
+    const double difference = (color - luma) / (2 * (1 - weight));
+    return static_cast<uint16_t>(std::lround(kChromaOffset + kChromaRange * difference));
+  };
+  return {chroma(rgb[2], matrix.blue),
+          static_cast<uint16_t>(std::lround(kLumaOffset + kLumaRange * luma)),
+          chroma(rgb[0], matrix.red)};
+}
+
+Rgb ToRgb(const K2V_VIDEO_PIXEL_T& pixel, const Matrix& matrix) {
+  const double luma = (pixel.y - kLumaOffset) / kLumaRange;
+  const auto color = [luma](uint16_t chroma, double weight) {
+    return luma + 2 * (1 - weight) * (chroma - kChromaOffset) / kChromaRange;
+  };
+  const double red = color(pixel.cr, matrix.red), blue = color(pixel.cb, matrix.blue);
+  const double green =
+      (luma - matrix.red * red - matrix.blue * blue) / (1 - matrix.red - matrix.blue);
+  const auto byte = [](double level) {
+    return static_cast<uint8_t>(std::lround(255 * std::clamp(level, 0.0, 1.0)));
+  };
+  return {byte(red), byte(green), byte(blue)};
+}
+
+bool Contains(const K2V_VIDEO_RECT_T& rect, uint32_t x, uint32_t y) {
+  return x >= rect.x && y >= rect.y && x < uint32_t{rect.x} + rect.w &&
+         y < uint32_t{rect.y} + rect.h;
+}
+
+// A window on the panel.
+class Layer {
+ public:
+  Layer(const Window& window, const Picture& picture, bool blank, const K2V_VIDEO_RECT_T& output)
+      : output_(output),
+        input_(IsInside(window.input, ActiveArea(picture)) ? window.input : ActiveArea(picture)),
+        plain_(blank ? kBlankColors[window.blankColor] : kBlack),
+        isPlain_(blank || picture.width == 0),
+        frame_(window, picture) {}
+
+  bool Covers(uint32_t x, uint32_t y) const { return Contains(output_, x, y); }
+
+  /// The colour at a place on the panel that the layer covers.
+  Rgb At(uint32_t x, uint32_t y) const {
+    if (isPlain_) return plain_;
+    return frame_.RgbAt(input_.x + (x - output_.x) * input_.w / output_.w,
+                        input_.y + (y - output_.y) * input_.h / output_.h);
+  }
+
+ private:
+  K2V_VIDEO_RECT_T output_;
+  K2V_VIDEO_RECT_T input_;  // a source that shrank below the region set is shown whole
+  Rgb plain_;
+  bool isPlain_;
+  Frame frame_;
+};
+
+// Samples the panel at every fourth pixel of every fourth line, as the capture unit does.
+void Capture(const std::vector<Layer>& layers, uint8_t* rgb) {
+  constexpr uint32_t kStep = kPanel.w / K2V_CAPTURE_WIDTH;
+  for (uint32_t y = 0; y < kPanel.h; y += kStep) {
+    for (uint32_t x = 0; x < kPanel.w; x += kStep) {
+      const auto top = std::find_if(layers.rbegin(), layers.rend(),
+                                    [=](const Layer& layer) { return layer.Covers(x, y); });
+      const Rgb color = top == layers.rend() ? kBlack : top->At(x, y);
+      rgb = std::copy(color.begin(), color.end(), rgb);
+    }
+  }
+}
+
+}  // namespace
+
+Frame::Frame(const Window& window, const Picture& picture) : window_(window), picture_(picture) {
+  std::ranges::transform(kBarColors, bars_.begin(), [&](const Rgb& color) {
+    return ToPixel(color, kMatrices[picture.colorStandard]);
+  });
+}
+
+K2V_VIDEO_PIXEL_T Frame::At(uint32_t x, uint32_t y) const {
+  const K2V_VIDEO_RECT_T& written = window_.written;
+  if (Contains(written, x, y)) return window_.pixels[(y - written.y) * written.w + x - written.x];
+  return bars_[x * bars_.size() / picture_.width];
+}
+
+Rgb Frame::RgbAt(uint32_t x, uint32_t y) const {
+  return ToRgb(At(x, y), kMatrices[picture_.colorStandard]);
+}
+
+Picture LivePicture(const Board& board, const Window& window) {
+  if (!window.connected) return {};
+  if (window.source.type == K2V_VSC_INPUTSRC_HDMI) return HdmiPicture(board.hdmi);
+  return {1920, 1080, K2V_COLOR_STANDARD_BT709};
+}
+
+Picture BufferedPicture(const Board& board, const Window& window) {
+  return window.bufferFrozen ? window.bufferHeld : LivePicture(board, window);
+}
+
+Picture ShownPicture(const Board& board, const Window& window) {
+  return window.frozen ? window.held : BufferedPicture(board, window);
+}
+
+void CapturePanel(const Board& board, uint8_t* rgb) {
+  std::vector<Layer> layers;
+  for (const Window& window : board.scaler.windows) {
+    // Blanking is the display's: it covers the window's place also without a source behind it.
+    if (!window.connected && !window.blank) continue;
+    layers.emplace_back(window, ShownPicture(board, window), window.blank, window.output);
+  }
+  Capture(layers, rgb);
+}
+
+void CaptureMainWindow(const Board& board, uint8_t* rgb) {
+  const Window& window = board.scaler.windows[0];
+  Capture({Layer(window, ShownPicture(board, window), false, kPanel)}, rgb);
+}
+
+bool IsEmpty(const K2V_VIDEO_RECT_T& rect) {
+  return rect.w == 0 || rect.h == 0;
+}
+
+bool IsInside(const K2V_VIDEO_RECT_T& inner, const K2V_VIDEO_RECT_T& outer) {
+  return !IsEmpty(inner) && inner.x >= outer.x && inner.y >= outer.y &&
+         inner.x + inner.w <= outer.x + outer.w && inner.y + inner.h <= outer.y + outer.h;
+}
+
+K2V_VIDEO_RECT_T ActiveArea(const Picture& picture) {
+  return {0, 0, picture.width, picture.height};
+}
+
+}  // namespace sim

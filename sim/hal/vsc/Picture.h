@@ -1,0 +1,48 @@
+// Pictures as the scaler has them: colour bars in a frame buffer, and captured frames.
+#pragma once
+
+#include <array>
+
+#include "core/Board.h"
+
+namespace sim {
+
+/// The frame buffer of a window: eight vertical bars of 100 % colour over the whole width, with
+/// the pixels that were written over them.
+class Frame {
+ public:
+  Frame(const Window& window, const Picture& picture);
+
+  /// 10-bit limited-range YCbCr of a pixel inside the picture.
+  K2V_VIDEO_PIXEL_T At(uint32_t x, uint32_t y) const;
+
+  /// The same pixel as 8-bit full-range R, G, B.
+  std::array<uint8_t, 3> RgbAt(uint32_t x, uint32_t y) const;
+
+ private:
+  const Window& window_;
+  Picture picture_;
+  std::array<K2V_VIDEO_PIXEL_T, 8> bars_;
+};
+
+/// The picture that a window takes in, before any freezing; none: width 0.
+Picture LivePicture(const Board& board, const Window& window);
+
+/// The picture in a window's frame buffer, and the one that it shows.
+Picture BufferedPicture(const Board& board, const Window& window);
+Picture ShownPicture(const Board& board, const Window& window);
+
+/// Captures the panel with all windows, or window 0 alone on the whole panel, into
+/// K2V_CAPTURE_BYTES of R, G, B.
+void CapturePanel(const Board& board, uint8_t* rgb);
+void CaptureMainWindow(const Board& board, uint8_t* rgb);
+
+bool IsEmpty(const K2V_VIDEO_RECT_T& rect);
+
+/// Tells whether `inner` is not empty and lies wholly inside `outer`.
+bool IsInside(const K2V_VIDEO_RECT_T& inner, const K2V_VIDEO_RECT_T& outer);
+
+/// The whole active area of a picture.
+K2V_VIDEO_RECT_T ActiveArea(const Picture& picture);
+
+}  // namespace sim

@@ -1,0 +1,120 @@
+// Timings, programmed failures and later events, as commands set them.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "HalSteps.h"
+#include "SimHal.h"
+
+namespace {
+
+TEST(Timings, HaveThePublishedFigures) {
+  // Computed: 1920x1200p60 is a published timing of VESA's reduced blanking (154.00 MHz).
+  const struct {
+    const char* name;
+    uint32_t format;
+    int hTotal, vTotal, hPorch, vPorch, hFreq, vFreq, scan;
+  } kCases[] = {
+      {"3840x2160p60", 97, 4400, 2250, 384, 82, 13500, 6000, K2V_HDMI_SCAN_PROGRESSIVE},
+      {"3840x2160p59.94", 97, 4400, 2250, 384, 82, 13487, 5994, K2V_HDMI_SCAN_PROGRESSIVE},
+      {"3840x2160p23.976", 93, 5500, 2250, 384, 82, 5395, 2398, K2V_HDMI_SCAN_PROGRESSIVE},
+      {"1920x1080i50", 20, 2640, 1125, 192, 20, 2813, 5000, K2V_HDMI_SCAN_INTERLACED},
+      {"720x480p59.94", 3, 858, 525, 122, 36, 3147, 5994, K2V_HDMI_SCAN_PROGRESSIVE},
+      {"1920x1200p60", 0, 2080, 1235, 112, 32, 7410, 6000, K2V_HDMI_SCAN_PROGRESSIVE},
+      {"3831x2160p60", 0, 3991, 2222, 112, 59, 13332, 6000, K2V_HDMI_SCAN_PROGRESSIVE},
+  };
+  DoSteps(kHdmiOn);
+  for (const auto& expected : kCases) {
+    simhal::PlugHdmi(0, expected.name);
+    const K2V_HDMI_TIMING_T timing = TimingOf(0);
+    EXPECT_EQ(timing.format, expected.format) << expected.name;
+    EXPECT_EQ(timing.hTotal, expected.hTotal) << expected.name;
+    EXPECT_EQ(timing.vTotal, expected.vTotal) << expected.name;
+    EXPECT_EQ(timing.hPorch, expected.hPorch) << expected.name;
+    EXPECT_EQ(timing.vPorch, expected.vPorch) << expected.name;
+    EXPECT_EQ(timing.hFreq, expected.hFreq) << expected.name;
+    EXPECT_EQ(timing.vFreq, expected.vFreq) << expected.name;
+    EXPECT_EQ(timing.scanType, expected.scan) << expected.name;
+  }
+}
+
+TEST(Signal, NeedsCableSourceAndHotPlug) {
+  const auto width = [] { return TimingOf(0).active.w; };
+  DoSteps("h-init h-open h-conn0");
+  EXPECT_EQ(width(), 0) << "hot-plug not raised";
+  DoSteps("h-hpd");
+  EXPECT_EQ(width(), 3840);
+  EXPECT_EQ(simhal::Apply("signal 0 off"), "");
+  EXPECT_EQ(width(), 0);
+  EXPECT_EQ(simhal::Apply("signal 0 on"), "");
+  EXPECT_EQ(simhal::Apply("timing 0 720x576p50"), "");
+  EXPECT_EQ(width(), 720);
+  simhal::Unplug(0);
+  EXPECT_EQ(width(), 0);
+  EXPECT_NE(simhal::Apply("signal 0 on").find("port without a source"), std::string::npos);
+}
+
+TEST(Failures, ComeAtTheirCallAndLeaveEverythingElseUntouched) {
+  simhal::Fail("K2V_RHAL_VFE_HDMI_Initialize", 77, 2, 2);
+  EXPECT_EQ(DoSteps("h-init"), 0);
+  EXPECT_EQ(DoSteps("h-init"), 77);
+  EXPECT_EQ(DoSteps("h-init"), 77);
+  EXPECT_EQ(DoSteps("h-init"), K2V_RHAL_ERR_ALREADY);
+  DoSteps("h-hpd h-open h-conn0");
+  simhal::Fail("K2V_RHAL_VFE_HDMI_GetPortTimingInfo", -1);
+  K2V_HDMI_TIMING_T timing = {};
+  timing.format = 1234;
+  simhal::ClearCalls();
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, &timing), -1);
+  EXPECT_EQ(timing.format, 1234U);
+  EXPECT_EQ(simhal::Calls().front(), "K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, {}) = -1");
+  EXPECT_EQ(simhal::Apply("clear K2V_RHAL_VFE_HDMI_GetPortTimingInfo"), "");
+  EXPECT_EQ(DoSteps("h-time0"), 0);
+  simhal::Fail("K2V_RHAL_VFE_HDMI_Close", -9);
+  EXPECT_EQ(DoSteps("h-close"), -9);
+  EXPECT_EQ(DoSteps("h-open"), K2V_RHAL_ERR_ALREADY) << "a failed close closes nothing";
+  EXPECT_THROW(simhal::Fail("K2V_RHAL_VFE_HDMI_Klose", 1), std::invalid_argument);
+}
+
+TEST(Events, HappenAtTheirPollOfTheirPort) {
+  DoSteps("h-init h-hpd h-open h-conn0 h-conn1");
+  ASSERT_EQ(simhal::Apply("after 3 polls 0 timing 0 1280x720p50"), "");
+  ASSERT_EQ(simhal::Apply("after 1 polls 1 unplug 1"), "");
+  simhal::Fail("K2V_RHAL_VFE_HDMI_GetPortTimingInfo", -1, 2, 1);  // a failed poll counts
+  EXPECT_EQ(TimingOf(0).active.w, 3840);
+  EXPECT_EQ(TimingOf(0).active.w, 0);
+  EXPECT_EQ(TimingOf(1).active.w, 0);
+  EXPECT_EQ(TimingOf(0).active.w, 1280);
+}
+
+TEST(Events, HappenAtTheirTimeInOrder) {
+  DoSteps(kHdmiOn);
+  ASSERT_EQ(simhal::Apply("after 3600 s unplug 0"), "");
+  ASSERT_EQ(simhal::Apply("after 0.02 s timing 0 1280x720p50"), "");
+  ASSERT_EQ(simhal::Apply("after 0.01 s timing 0 720x480p60"), "");
+  EXPECT_NE(simhal::State().find("s: unplug 0\n"), std::string::npos);
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));  // both are due when it is looked at
+  EXPECT_EQ(TimingOf(0).active.w, 1280) << simhal::State();
+}
+
+TEST(Commands, ThatNeverWouldDoAreRefusedAtOnce) {
+  EXPECT_NE(simhal::Apply("after 1 s signal 7 on").find("'7' is no port; allowed: 0 to 3"),
+            std::string::npos);
+  EXPECT_EQ(simhal::Apply("after 0 s signal 3 on"), "");  // fails only when it is due
+  simhal::State();
+  EXPECT_EQ(simhal::Calls().back().rfind("# signal 3 on: ", 0), 0U);
+  for (int i = 0; i < 64; ++i) ASSERT_EQ(simhal::Apply("fail K2V_RHAL_VSC_Open 1 --at 9"), "");
+  EXPECT_NE(simhal::Apply("fail K2V_RHAL_VSC_Open 1").find("allowed: 64"), std::string::npos);
+}
+
+TEST(Trace, KeepsTheNewestLinesOnly) {
+  for (int i = 0; i < 9000; ++i) DoSteps("h-init");
+  EXPECT_EQ(simhal::Calls().size(), 8192U);
+  EXPECT_EQ(simhal::Calls().front(), "K2V_RHAL_VFE_HDMI_Initialize() = -4");
+  simhal::Reset();
+  EXPECT_TRUE(simhal::Calls().empty());
+  EXPECT_EQ(DoSteps("h-init"), 0);
+}
+
+}  // namespace

@@ -1,0 +1,241 @@
+// What several processes share: state file, trace file, scenario, cvnsim.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "HalSteps.h"
+#include "SimHal.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::TempDir;
+
+struct Outcome {
+  int status;
+  std::string output;  // standard output and error
+};
+
+class Processes : public testing::Test {
+ protected:
+  void SetUp() override {
+    board_ = TempDir() + "cvnsim-" + std::to_string(getpid());
+    fs::create_directories(board_ + "/run");
+    unsetenv("CVNSIM_SCENARIO");
+    setenv("CVNSIM_STATE", (board_ + "/run/state").c_str(), 1);
+    setenv("CVNSIM_TRACE", (board_ + "/run/trace").c_str(), 1);
+  }
+
+  void TearDown() override { fs::remove_all(board_); }
+
+  // Runs a shell command line to its end; the environment names the board.
+  static Outcome Run(const std::string& command) {
+    Outcome outcome = {-1, {}};
+    FILE* pipe = popen(("exec 2>&1; " + command).c_str(), "r");
+    char block[4096];
+    while (const size_t got = fread(block, 1, sizeof(block), pipe))
+      outcome.output.append(block, got);
+    const int status = pclose(pipe);
+    if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
+    return outcome;
+  }
+
+  static Outcome Client(const std::string& steps) { return Run(SIM_CLIENT " " + steps); }
+
+  Outcome Cvnsim(const std::string& command) const {
+    return Run("timeout 10 " CVNSIM " --board " + board_ + ' ' + command);
+  }
+
+  void Write(const std::string& name, const std::string& text) const {
+    std::ofstream(board_ + '/' + name) << text;
+  }
+
+  std::vector<std::string> TraceLines() const {
+    std::ifstream file(board_ + "/run/trace");
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+  }
+
+  std::string board_;
+};
+
+TEST_F(Processes, FindTheBoardAsTheOneBeforeLeftIt) {
+  EXPECT_EQ(Client("h-init h-hpd h-open").output, "0\n0\n0\n");
+  Write("other", "plug 0 720x480p60\n");  // only who starts the board reads a scenario
+  setenv("CVNSIM_SCENARIO", (board_ + "/other").c_str(), 1);
+  EXPECT_EQ(Client("h-init h-conn0 signal").output, "-4\n0\n3840x2160\n");
+}
+
+TEST_F(Processes, ForkedChildrenShareTheAnonymousBoard) {
+  const pid_t child = fork();
+  if (child == 0) _exit(DoSteps("h-init h-open"));
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(DoSteps("h-open"), K2V_RHAL_ERR_ALREADY);
+}
+
+TEST_F(Processes, TakeTurnsInCallsAndTrace) {
+  Write("scenario", "fail K2V_RHAL_VFE_HDMI_Initialize 77 --times 6000\n");
+  setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);
+  EXPECT_EQ(Run(SIM_CLIENT " loop 5000 & " SIM_CLIENT " loop 5000; wait").status, 0);
+  std::map<std::string, int> counts;
+  for (const std::string& line : TraceLines()) ++counts[line];
+  const std::map<std::string, int> expected = {{"K2V_RHAL_VFE_HDMI_Initialize() = 77", 6000},
+                                               {"K2V_RHAL_VFE_HDMI_Initialize() = 0", 1},
+                                               {"K2V_RHAL_VFE_HDMI_Initialize() = -4", 3999}};
+  EXPECT_EQ(counts, expected);
+}
+
+// The trace is a full pipe, so that the client stands still inside of a call, holding the board.
+TEST_F(Processes, GoOnAfterOneWasKilledInsideACall) {
+  const std::string fifo = board_ + "/run/fifo";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const int pipe = open(fifo.c_str(), O_RDWR);
+  const int capacity = fcntl(pipe, F_SETPIPE_SZ, 4096);
+  ASSERT_GT(capacity, 0);
+  const pid_t client = fork();
+  if (client == 0) {
+    setenv("CVNSIM_TRACE", fifo.c_str(), 1);
+    execl(SIM_CLIENT, SIM_CLIENT, "loop", "1000000", nullptr);
+    _exit(127);
+  }
+  const auto isAsleep = [client] {
+    std::ifstream file("/proc/" + std::to_string(client) + "/stat");
+    std::string pid, name, state;
+    file >> pid >> name >> state;
+    return state == "S";
+  };
+  int buffered = 0;
+  while (kill(client, 0) == 0 && (buffered + 64 < capacity || !isAsleep())) {
+    ASSERT_EQ(ioctl(pipe, FIONREAD, &buffered), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_EQ(Run("timeout 0.2 " SIM_CLIENT " h-init").status, 124) << "the board is held";
+  kill(client, SIGKILL);
+  int status = 0;
+  waitpid(client, &status, 0);
+  close(pipe);
+  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+  const Outcome next = Client("h-init h-open");
+  EXPECT_EQ(next.output, "-4\n0\n") << "status " << next.status;
+}
+
+TEST_F(Processes, TimeScaleMakesTimedEventsComeEarlier) {
+  Write("scenario", "plug 0 1920x1080p60\nafter 100 s unplug 0\n");
+  setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);
+  const std::string steps = std::string(kHdmiOn) + " signal nap signal";
+  const std::string connected = "0\n0\n0\n0\n1920x1080\n";
+  EXPECT_EQ(Client(steps).output, connected + "1920x1080\n");
+  fs::remove(board_ + "/run/state");
+  setenv("CVNSIM_TIME_SCALE", "5000", 1);
+  const Outcome scaled = Client(std::string(kHdmiOn) + " nap signal");
+  EXPECT_EQ(scaled.output, "0\n0\n0\n0\n0x0\n");
+  fs::remove(board_ + "/run/state");
+  setenv("CVNSIM_TIME_SCALE", "fast", 1);
+  EXPECT_EQ(Client("").status, 2);
+}
+
+TEST_F(Processes, RefuseAWrongScenarioLineAtOnce) {
+  const struct {
+    const char* line;
+    const char* message;
+  } kCases[] = {
+      {"plgu 0 1920x1080p60", "'plgu' is no command; allowed: plug, unplug, signal,"},
+      {"plug 4 1920x1080p60", "'4' is no port; allowed: 0 to 3"},
+      {"plug 0", "'plug 0' has the wrong number of arguments; allowed: plug PORT TIMING"},
+      {"plug 0 1920x1080", "'1920x1080' is no timing; allowed: WIDTHxHEIGHT, p or i,"},
+      {"plug 0 9000x1080p60", "is no timing"},
+      {"plug 0 1920x1080p600", "is no timing"},
+      {"plug 0 1920x1080p60 HDR", "'HDR' is no choice; allowed: hdr, sdr"},
+      {"signal 0 maybe", "'maybe' is no choice; allowed: on, off"},
+      {"timing 2 1920x1080p60", "'2' is a port without a source"},
+      {"fail K2V_RHAL_VSC_Opn -3",
+       "is no function of the HAL; allowed: those in hal/include, "
+       "such as K2V_RHAL_VSC_Open"},
+      {"fail K2V_RHAL_VSC_Open minus", "'minus' is no code"},
+      {"fail K2V_RHAL_VSC_Open 99999999999", "'99999999999' is no code"},
+      {"fail K2V_RHAL_VSC_Open 1 --at", "'--at' is no option with its number"},
+      {"fail K2V_RHAL_VSC_Open 1 --times 0", "'0' is no number for --times; allowed: 1 to"},
+      {"after 5 m unplug 0", "'m' is no unit; allowed: s, polls"},
+      {"after nan s unplug 0", "'nan' is no number of seconds"},
+      {"after -1 s unplug 0", "'-1' is no number of seconds"},
+      {"after 5 s unplug", "'unplug' has the wrong number of arguments"},
+      {"after 5 s", "has the wrong number of arguments"},
+      {"after 0 polls 0 unplug 0", "'0' is no number of polls"},
+      {"after 1 polls 9 unplug 0", "'9' is no port"},
+      {"after 1 polls 0", "'' is no command"},
+  };
+  setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);
+  for (const auto& [line, message] : kCases) {
+    Write("scenario", std::string("# a comment\n\nplug 1 1920x1080p60 # another\n") + line + '\n');
+    const Outcome outcome = Client("h-init");
+    EXPECT_EQ(outcome.status, 2) << line;
+    EXPECT_EQ(outcome.output.rfind("simulated board: " + board_ + "/scenario:4: '", 0), 0U)
+        << outcome.output;
+    EXPECT_NE(outcome.output.find(message), std::string::npos) << outcome.output;
+    EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 1);
+  }
+  Write("scenario", "plug 3 1920x1080p60\n");  // the refused ones left nothing behind
+  EXPECT_EQ(Client("h-init h-hpd h-open h-conn0 signal").output, "0\n0\n0\n0\n0x0\n");
+}
+
+TEST_F(Processes, RefuseFilesThatAreNoBoardsOrUnusable) {
+  Write("run/state", "a letter to my aunt\n");
+  EXPECT_EQ(Client("h-init").status, 2);
+  EXPECT_NE(Client("h-init").output.find("not a state file of this version"), std::string::npos);
+  EXPECT_EQ(Cvnsim("state").status, 1);
+  fs::remove(board_ + "/run/state");
+  setenv("CVNSIM_SCENARIO", board_.c_str(), 1);
+  EXPECT_EQ(Client("").output, "simulated board: " + board_ + ": Is a directory\n");
+  unsetenv("CVNSIM_SCENARIO");
+  setenv("CVNSIM_TRACE", "/nowhere/trace", 1);
+  EXPECT_EQ(Client("").output, "simulated board: /nowhere/trace: No such file or directory\n");
+}
+
+TEST_F(Processes, CvnsimChangesARunningBoard) {
+  FILE* running = popen(SIM_CLIENT " wait", "w");
+  const fs::path state = board_ + "/run/state";
+  while (!fs::exists(state) || fs::file_size(state) == 0) std::this_thread::yield();
+  EXPECT_EQ(Client(kHdmiOn).output, "0\n0\n0\n0\n");
+  EXPECT_EQ(Cvnsim("timing 0 1920x1080i50").output, "");
+  EXPECT_EQ(Client("signal").output, "1920x1080\n");
+  EXPECT_EQ(Cvnsim("fail K2V_RHAL_VSC_Initialize -3 --times 1").status, 0);
+  EXPECT_EQ(Cvnsim("after 100 s unplug 0").status, 0);
+  const std::string text = Cvnsim("state").output;
+  EXPECT_NE(text.find("port 0: 1920x1080i50.00 hdr, format 20, connected\n"), std::string::npos)
+      << text;
+  EXPECT_NE(text.find("K2V_RHAL_VSC_Initialize answers -3, 1 times\n"), std::string::npos);
+  EXPECT_NE(text.find(" s: unplug 0\n"), std::string::npos);
+  EXPECT_EQ(Client("s-init s-init").output, "-3\n0\n");
+  EXPECT_EQ(Cvnsim("trace 2").output,
+            "K2V_RHAL_VSC_Initialize() = -3\nK2V_RHAL_VSC_Initialize() = 0\n");
+  EXPECT_EQ(Cvnsim("reset").status, 0);
+  EXPECT_EQ(Client("h-init").output, "0\n");
+  EXPECT_EQ(Cvnsim("state").output.find("unplug 0"), std::string::npos);
+  EXPECT_EQ(pclose(running), 0);
+}
+
+TEST_F(Processes, CvnsimTellsWhatItCannotDo) {
+  const Outcome wrong = Cvnsim("unplgu 0");
+  EXPECT_EQ(wrong.status, 2);
+  EXPECT_EQ(wrong.output.rfind("cvnsim: 'unplgu' is no command; allowed: plug, unplug,", 0), 0U);
+  const Outcome none = Cvnsim("unplug 0");
+  EXPECT_EQ(none.status, 1);
+  EXPECT_EQ(none.output.rfind("cvnsim: no board was started here: there is no " + board_, 0), 0U);
+  EXPECT_FALSE(fs::exists(board_ + "/run/state")) << "asking must not start a board";
+}
+
+}  // namespace
