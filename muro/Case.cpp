@@ -1,0 +1,135 @@
+#include "Case.h"
+
+#include <strings.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iomanip>
+#include <iostream>
+#include <optional>
+#include <string>
+
+#include "Ansi.h"
+#include "ConsoleInput.h"
+#include "TestReport.h"
+
+namespace {
+
+constexpr std::size_t kLongestChoice = 19;
+
+TestCase* runningTest = nullptr;
+
+const char* CopyText(const char* text) {
+  const std::size_t length = text == nullptr ? 0 : std::strlen(text);
+  char* copy = new char[length + 1]();
+  if (length > 0) std::memcpy(copy, text, length);
+  return copy;
+}
+
+}  // namespace
+
+ModuleCase::ModuleCase(const char* name, const char* desc) : Case(CopyText(name), CopyText(desc)) {}
+
+ModuleCase::~ModuleCase() {
+  delete[] name_;
+  delete[] description_;
+}
+
+int ModuleCase::Run() {
+  for (Case* child : children_) child->Run();
+  return 0;
+}
+
+void ModuleCase::add(Case* child) {
+  children_.push_back(child);
+  child->setParaent(this);
+}
+
+void ModuleCase::remove(Case*) {
+  if (!children_.empty()) children_.pop_back();
+}
+
+Case* ModuleCase::getChild(unsigned short index) {
+  return index < children_.size() ? children_[index] : nullptr;
+}
+
+unsigned short ModuleCase::getChildCount() {
+  return static_cast<unsigned short>(children_.size());
+}
+
+Case* ModuleCase::enterMenu() {
+  const auto choice = console::ReadToken(kLongestChoice, console::Overlong::kKeep);
+  if (!choice || strcasecmp(choice->c_str(), "Q") == 0) return nullptr;
+  if (strcasecmp(choice->c_str(), "P") == 0) return getParaent();
+  // A choice that is no number reads as 0.
+  const long index = std::strtol(choice->c_str(), nullptr, 10);
+  if (index < 0 || index >= getChildCount()) return this;
+  return getChild(static_cast<unsigned short>(index));
+}
+
+void ModuleCase::printMenu() {
+  for (std::size_t i = 0; i < children_.size(); ++i) {
+    std::cout << ansi::kList << std::left << std::setw(2) << i << '.' << std::setw(30)
+              << children_[i]->getName() << " (" << children_[i]->getDescription() << ")\n"
+              << ansi::kText;
+  }
+}
+
+TestCase::TestCase(const ST_THAL_TEST_CASE_T* record)
+    : Case(record->name, record->description),
+      autoJudge_(record->autoJudge),
+      id_(record->id),
+      function_(record->function) {}
+
+int TestCase::Run() {
+  result_ = 1;
+  char scratch[300] = {};
+  if (function_ == nullptr) return 1;
+
+  runningTest = this;
+  console::SetEndOfInputHandler(&TestCase::FailRunningTest);
+  result_ = function_(scratch);
+  if (result_ == 0 && !autoJudge_) Judge();
+  console::SetEndOfInputHandler(nullptr);
+  runningTest = nullptr;
+
+  Finish();
+  return result_;
+}
+
+// Only a clear "N" fails the test: any other answer passes it.
+void TestCase::Judge() {
+  std::cout << ansi::kList << getName() << " has been executed \n"
+            << ansi::kList << "Please check the result PASS or FAIL by 'Y' or 'N' " << ansi::kText;
+  if (strcasecmp(console::ReadAnswer().c_str(), "N") == 0) result_ = 1;
+}
+
+void TestCase::Finish() {
+  if (result_ == 0) ++testCounters.pass;
+  if (result_ == 1) ++testCounters.fail;
+  ++testCounters.total;
+  EndTest();
+}
+
+void TestCase::FailRunningTest() {
+  runningTest->result_ = 1;
+  runningTest->Finish();
+}
+
+Case* TestCase::enterMenu() {
+  Run();
+  return getParaent();
+}
+
+void TestCase::printMenu() {
+  std::cout << ansi::kPass << std::left << std::setw(20) << "  " << getName()
+            << " will been executed \n"
+            << ansi::kText;
+}
+
+void TestCase::EndTest() {
+  Case* menu = getParaent();
+  report::AppendTestLine(
+      {menu == nullptr ? "" : menu->getName(), id_, getName(), getDescription(), result_});
+}

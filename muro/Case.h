@@ -1,0 +1,95 @@
+// The menu tree: menus with children (ModuleCase) and tests (TestCase).
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+/// One declared test. Tables of these records live for the whole run and are never copied.
+struct ST_THAL_TEST_CASE_T {
+  int32_t id;              // shown in menus' reports, never used as an index
+  char name[128];          // menu label
+  char description[256];   // second menu column
+  int (*function)(char*);  // 0 pass, 1 fail, anything else neither; may be empty
+  bool autoJudge;          // a 0 counts as pass at once; otherwise the operator is asked
+};
+
+/// A node of the menu tree. Nodes are never freed while the program runs and do not own each other.
+class Case {
+ public:
+  /// `name` and `desc` must outlive the node.
+  Case(const char* name, const char* desc) : name_(name), description_(desc) {}
+  virtual ~Case() = default;
+  Case(const Case&) = delete;
+  Case& operator=(const Case&) = delete;
+
+  /// Runs the test, or all tests below the menu. Returns the test's result, 0 for a menu.
+  virtual int Run() = 0;
+  virtual const char* getDescription() { return description_; }
+  virtual const char* getName() { return name_; }
+  virtual void add(Case*) {}
+  virtual void remove(Case*) {}
+  /// The i-th child, empty when there is none.
+  virtual Case* getChild(unsigned short) { return nullptr; }
+  /// The menu that holds this node, empty for the root.
+  virtual Case* getParaent() { return parent_; }
+  virtual void setParaent(Case* parent) { parent_ = parent; }
+  virtual unsigned short getChildCount() { return 0; }
+  /// Does what choosing this node means and returns the node to show next, empty to quit.
+  virtual Case* enterMenu() = 0;
+  virtual void printMenu() = 0;
+
+ protected:
+  const char* name_;
+  const char* description_;
+
+ private:
+  Case* parent_ = nullptr;
+};
+
+/// A menu. Owns copies of its name and description; its children belong to nobody.
+class ModuleCase : public Case {
+ public:
+  /// An empty pointer stands for an empty text.
+  ModuleCase(const char* name, const char* desc);
+  ~ModuleCase() override;
+
+  int Run() override;
+  /// Appends a child and becomes its parent. A child may sit in several menus.
+  void add(Case* child) override;
+  /// Drops the last child, whatever the argument is.
+  void remove(Case*) override;
+  Case* getChild(unsigned short index) override;
+  unsigned short getChildCount() override;
+  /// Reads one choice: a child's number, "P" for the parent, "Q" or end of input to quit. Any other
+  /// choice shows the same menu again.
+  Case* enterMenu() override;
+  void printMenu() override;
+
+ private:
+  std::vector<Case*> children_;
+};
+
+/// A test, bound to its record.
+class TestCase : public Case {
+ public:
+  /// `record` must outlive the node.
+  explicit TestCase(const ST_THAL_TEST_CASE_T* record);
+
+  /// Runs the test function, judges, counts and reports. Without a function nothing is counted.
+  int Run() override;
+  /// Runs the test and returns the menu that holds it.
+  Case* enterMenu() override;
+  void printMenu() override;
+  /// Writes the test's line into the report.
+  void EndTest();
+
+ private:
+  void Judge();
+  void Finish();
+  static void FailRunningTest();
+
+  bool autoJudge_;
+  int32_t id_;
+  int (*function_)(char*);
+  int result_ = 1;
+};

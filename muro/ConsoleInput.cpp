@@ -1,0 +1,255 @@
+#include "ConsoleInput.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "Ansi.h"
+
+namespace {
+
+constexpr std::size_t kLongestAnswer = 4095;  // what a terminal's line can hold
+constexpr useconds_t kClosedInputPauseUs = 100'000;
+
+void (*endOfInputHandler)() = nullptr;
+
+/// Terminal attributes of standard input, changed for the life of this object. Does nothing where
+/// standard input is no terminal.
+class TerminalMode {
+ public:
+  explicit TerminalMode(tcflag_t clearedFlags) : isTerminal_(tcgetattr(0, &saved_) == 0) {
+    if (!isTerminal_) return;
+    termios raw = saved_;
+    raw.c_lflag &= ~clearedFlags;
+    tcsetattr(0, TCSANOW, &raw);
+  }
+  ~TerminalMode() {
+    if (isTerminal_) tcsetattr(0, TCSANOW, &saved_);
+  }
+  TerminalMode(const TerminalMode&) = delete;
+  TerminalMode& operator=(const TerminalMode&) = delete;
+
+ private:
+  termios saved_{};
+  bool isTerminal_;
+};
+
+bool IsSpace(int c) {
+  return c != EOF && std::isspace(c) != 0;
+}
+
+void UnlessNewline(int c) {
+  if (c != '\n' && c != EOF) std::ungetc(c, stdin);
+}
+
+[[noreturn]] void EndOfInput() {
+  if (endOfInputHandler != nullptr) endOfInputHandler();
+  std::printf("\nEnd of input\n");
+  std::exit(1);
+}
+
+std::optional<int> ParseNumber(const std::string& token) {
+  const char* first = token.c_str();
+  const char* last = first + token.size();
+  if (*first == '+' && std::isdigit(static_cast<unsigned char>(first[1])) != 0) ++first;
+  int value = 0;
+  const auto [end, error] = std::from_chars(first, last, value);
+  if (error != std::errc() || end != last) return std::nullopt;
+  return value;
+}
+
+/// First token of one line typed after the call, at most 19 characters. Nothing when the line was
+/// empty, too long or never came.
+std::optional<std::string> ReadLineToken() {
+  char line[20] = {};
+  if (fgets_ex(line, sizeof line) != 0) {
+    if (std::feof(stdin) != 0 || std::ferror(stdin) != 0) {
+      // A terminal can go on after Ctrl-D; a closed pipe must not keep a core busy.
+      std::clearerr(stdin);
+      usleep(kClosedInputPauseUs);
+    }
+    return std::nullopt;
+  }
+  char token[sizeof line] = {};
+  if (std::sscanf(line, "%19s", token) != 1) return std::nullopt;
+  return token;
+}
+
+void PrintDumpRow(const unsigned char* p, unsigned len, unsigned row) {
+  std::printf("%08x  ", row);
+  for (unsigned at = row; at < row + 16; ++at) {
+    if (at < len) {
+      std::printf("%02x ", p[at]);
+    } else {
+      std::printf("-- ");
+    }
+    if ((at & 7) == 7) std::printf("  ");
+  }
+  std::putchar(' ');
+  for (unsigned at = row; at < row + 16; ++at) {
+    std::putchar(p[at] >= 0x20 && p[at] <= 0x7E ? p[at] : '.');
+  }
+  std::putchar('\n');
+}
+
+}  // namespace
+
+namespace console {
+
+std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong) {
+  std::fflush(stdout);
+  int c = std::getchar();
+  while (IsSpace(c)) c = std::getchar();
+  if (c == EOF) {
+    std::clearerr(stdin);
+    return std::nullopt;
+  }
+  std::string token;
+  for (; c != EOF && !IsSpace(c); c = std::getchar()) {
+    if (token.size() < limit) {
+      token.push_back(static_cast<char>(c));
+    } else if (overlong == Overlong::kKeep) {
+      break;
+    }
+  }
+  UnlessNewline(c);
+  return token;
+}
+
+std::string ReadAnswer() {
+  std::optional<std::string> token = ReadToken(kLongestAnswer, Overlong::kDrop);
+  if (!token) EndOfInput();
+  return *std::move(token);
+}
+
+int ReadNumber() {
+  for (;;) {
+    const std::string token = ReadAnswer();
+    if (const std::optional<int> value = ParseNumber(token)) return *value;
+    std::printf("\nUnknown Input > %s\n", token.c_str());
+  }
+}
+
+int AskNumber(const char* text) {
+  std::fputs(text, stdout);
+  return ReadNumber();
+}
+
+int AskNumberInBlue(const char* text) {
+  std::printf("%s%s%s", ansi::kBlue, text, ansi::kReset);
+  return ReadNumber();
+}
+
+void SetEndOfInputHandler(void (*handler)()) {
+  endOfInputHandler = handler;
+}
+
+}  // namespace console
+
+int _kbhit() {
+  const TerminalMode raw(ICANON);
+  std::setbuf(stdin, nullptr);
+  int waiting = 0;
+  if (ioctl(0, FIONREAD, &waiting) != 0) waiting = 0;
+  return waiting;
+}
+
+int fgets_ex(char* dst, unsigned len) {
+  std::fflush(stdout);
+  std::size_t typedAhead = static_cast<std::size_t>(std::max(_kbhit(), 0));
+  char line[256];
+  std::size_t length = 0;
+  for (;;) {
+    std::memset(line, 0, sizeof line);
+    if (std::fgets(line, sizeof line, stdin) == nullptr) return -1;
+    length = std::strlen(line);
+    if (typedAhead < length) break;
+    typedAhead -= length;
+  }
+  if (length - typedAhead >= len - 1) {
+    std::printf("string length more than input buffer %d\n", static_cast<int>(len));
+    return -1;
+  }
+  std::strncpy(dst, line + typedAhead, len);
+  return 0;
+}
+
+int _str_to_long(const char* s, long* out, unsigned base) {
+  const bool known = base == 8 || base == 10 || base == 16 || base == 32;
+  char* end = nullptr;
+  const long value = std::strtol(s, &end, known ? static_cast<int>(base) : 0);
+  if (*end != '\0') return -1;
+  *out = value;
+  return 0;
+}
+
+int _get_yes_no() {
+  for (;;) {
+    std::fflush(stdin);
+    usleep(10);
+    const std::optional<std::string> token = ReadLineToken();
+    if (!token) continue;
+    if (*token == "y") return 1;
+    if (*token == "n") return 0;
+    std::printf("\nUnknown Input > %s\n", token->c_str());
+  }
+}
+
+int _get_yes_no_with_text(const char* text) {
+  std::printf("\n%s <y/n> ", text);
+  return _get_yes_no();
+}
+
+int _get_number_with_range(int* out, int min, int max, unsigned base) {
+  std::optional<std::string> token;
+  while (!token) token = ReadLineToken();
+  long value = 0;
+  if (_str_to_long(token->c_str(), &value, base & 0xFF) != 0) {
+    std::printf("\nUnknown Input > %s", token->c_str());
+    return -1;
+  }
+  if (value < min || value > max) {
+    std::printf("\n invalid inout > %s", token->c_str());
+    return -1;
+  }
+  *out = static_cast<int>(value);
+  return 0;
+}
+
+int dump_mem(const unsigned char* p, unsigned len) {
+  static constexpr char kRule[] = "------------------------------------------------------------";
+  std::puts(kRule);
+  std::puts("ADDRESS   00 01 02 03 04 05 06 07   08 09 0A 0B 0C 0D 0E 0F ");
+  std::puts(kRule);
+  for (unsigned row = 0; row < len; row += 16) PrintDumpRow(p, len, row);
+  return std::puts(kRule);
+}
+
+int kbhit() {
+  std::fflush(stdout);
+  const TerminalMode raw(ICANON | ECHO);
+  const int flags = fcntl(0, F_GETFL);
+  fcntl(0, F_SETFL, flags | O_NONBLOCK);
+  const int key = std::getchar();
+  fcntl(0, F_SETFL, flags);
+  if (key == EOF) {
+    std::clearerr(stdin);
+    return 0;
+  }
+  std::ungetc(key, stdin);
+  return 1;
+}
+
+int mygetch() {
+  std::fflush(stdout);
+  const TerminalMode raw(ICANON | ECHO);
+  return std::getchar();
+}

@@ -1,0 +1,72 @@
+// Everything that reads the console: menu choices, prompts, lines and keys. Standard input is
+// unbuffered (main sees to it), so that nothing is read ahead of what a routine asks for.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace console {
+
+/// What happens to the characters of a token behind the limit.
+enum class Overlong {
+  kKeep,  // they are the next token
+  kDrop,  // they are read and forgotten
+};
+
+/// Reads one token: skips white space, takes at most `limit` characters up to the next white space
+/// and the newline directly behind them. Returns nothing when the input ends before a token begins.
+std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong);
+
+/// Reads the answer to a prompt, one token of any kind. When the input has ended, the handler of
+/// `SetEndOfInputHandler` is called and the program ends with status 1.
+std::string ReadAnswer();
+
+/// Reads the answer to a prompt for a number: a decimal 32-bit integer. Anything else is dropped
+/// with a message and the read repeated. End of input as in `ReadAnswer`.
+int ReadNumber();
+
+/// Prints `text` as it stands and reads a number (`ReadNumber`).
+int AskNumber(const char* text);
+
+/// Prints `text` in blue and reads a number (`ReadNumber`).
+int AskNumberInBlue(const char* text);
+
+/// Sets what is done when the input ends in a prompt, before the program ends: the frame counts and
+/// reports the running test there. A null pointer sets nothing.
+void SetEndOfInputHandler(void (*handler)());
+
+}  // namespace console
+
+/// Number of bytes that wait on standard input, 0 when that cannot be told.
+int _kbhit();
+
+/// Reads one line into `dst` of `len` bytes, newline included. Whole lines typed before the call
+/// are thrown away. Returns 0; -1 at end of input, or with a message for a line longer than `len`
+/// - 2.
+int fgets_ex(char* dst, unsigned len);
+
+/// Parses all of `s` as an integer of base 8, 10, 16 or 32 (any other base: by C prefix). Returns 0
+/// and sets `*out`; -1, `*out` untouched, when a character is left over.
+int _str_to_long(const char* s, long* out, unsigned base);
+
+/// Waits for "y" (returns 1) or "n" (returns 0); asks again for anything else, end of input
+/// included.
+int _get_yes_no();
+
+/// Prints the question `text` and returns `_get_yes_no()`.
+int _get_yes_no_with_text(const char* text);
+
+/// Reads one number of `base` (low byte, as in `_str_to_long`) from `min` to `max` into `*out`.
+/// Returns 0; -1 with a message for a wrong answer. Waits on while there is no answer.
+int _get_number_with_range(int* out, int min, int max, unsigned base);
+
+/// Prints `len` bytes as hexadecimal numbers and characters, 16 a row. `p` must be readable up to
+/// the next multiple of 16. Returns the result of the last `puts`.
+int dump_mem(const unsigned char* p, unsigned len);
+
+/// 1 when a key waits on standard input, else 0. Does not wait and does not take the key.
+int kbhit();
+
+/// Reads one key without echo and without waiting for Enter. Returns EOF at end of input.
+int mygetch();

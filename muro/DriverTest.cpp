@@ -1,0 +1,17 @@
+#include "DriverTest.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+void PrintTraceLine(const char* function, const char* file, int line) {
+  std::printf("\033[1;31m [muro]%s,%s ,%d \n\033[m", file, function, line);
+}
+
+void PrintTraceName(const char* function) {
+  std::printf("\033[1;31m [muro]%s\n\033[m", function);
+}
+
+void RunShell(const char* command) {
+  std::fflush(stdout);
+  [[maybe_unused]] const int status = std::system(command);
+}

@@ -1,0 +1,13 @@
+// What the driver tests have in common.
+#pragma once
+
+/// Prints the red trace line that a driver test opens with: source file, `function` and line.
+void PrintTraceLine(const char* function, const char* file = __builtin_FILE(),
+                    int line = __builtin_LINE());
+
+/// Prints the short trace line: the name of the test alone.
+void PrintTraceName(const char* function);
+
+/// Runs `command` in a shell, with everything printed so far on the console before it. Its exit
+/// status is not looked at.
+void RunShell(const char* command);

@@ -1,0 +1,43 @@
+#include "CMplaybackModule.h"
+
+namespace {
+
+constexpr ST_THAL_TEST_CASE_T kTests[] = {
+    {0, "Playback Test Environment init", "unzip GST lib & golden & disable Android", nullptr,
+     true},
+    {1, "Playback AutoTest - Customized", "Auto Run specific TestCase for N times", nullptr, true},
+    {2, "Playback AutoTest - AV sync", "Run AV sync test, without CRC compare", nullptr, true},
+    {3, "RD Test Combo - Tolva3", "RD self-test combo for Tolva3 Demo Board", nullptr, true},
+    {4, "[Config] Send Report to TFTP?", "For each time, send the report to USB or TFTP?", nullptr,
+     true},
+    {5, "[Config] Change TFTP Server IP", "", nullptr, true},
+    {6, "[Config] Enable/Diable Android", "", nullptr, true},
+    {7, " <-------[Advanced Area]----->", "", nullptr, true},
+    {8, "Start Test & Verify a case", "", nullptr, true},
+    {9, "[Config] Golden Data Overwrite", "Replace golden by dump data", nullptr, true},
+    {10, "[Config] Golden Data Restore", "Restore golden to default", nullptr, true},
+    {11, "Mount USB", "", nullptr, true},
+    {12, "Setup PCB IP", "Get PCB IP to access network", nullptr, true},
+    {13, " <-------[RD Debug Area]----->", "", nullptr, true},
+    {14, "Verify - Module", "verify one module", nullptr, true},
+    {15, "Verify - All Module", "verify all module ", nullptr, true},
+    {16, "Verify - AV sync", "only do AV sync verify", nullptr, true},
+    {17, "[Config] Select Test Case Golden", "select which golden data to be verify", nullptr,
+     true},
+    {18, "[Config] Select USB/EMMC/HTTP", "default: USB", nullptr, true},
+    {19, "[Config] FreeRun", "default: non-FreeRun", nullptr, true},
+    {20, "[Config] MURO Log Level", "", nullptr, true},
+    {21, "[Config] Send Pass Report?", "default: no", nullptr, true},
+    {22, "Package AllInOne tar file", "manual package tar file & send to USB/TFTP", nullptr, true},
+    {23, "Send Dump Data - for each time", "send dump Data to tftp after each test", nullptr, true},
+    {24, "Send Dump Data - the last time", "Send tha last dump data to your TFTP Server", nullptr,
+     true},
+    {25, "Playback AutoTest - ALL", "Auto Run ALL the TestCase", nullptr, true},
+};
+
+}  // namespace
+
+CMplaybackModule::CMplaybackModule() {
+  Declare(EN_MURO_CM_PLAYBACK, kPlayback, "Cross Module Test - playback",
+          "For Cross Module Test for playback", kTests);
+}

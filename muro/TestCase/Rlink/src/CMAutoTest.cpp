@@ -1,0 +1,19 @@
+#include "CMAutoTest.h"
+
+namespace {
+
+constexpr ST_THAL_TEST_CASE_T kTests[] = {
+    {0, "Test Environment init", "init process of playback", nullptr, true},
+    {1, "RD Test Combo - Tolva3", "RD self-test combo, only playback case", nullptr, true},
+    {2, "[Config] Send Report to TFTP?", "For each time, send the report to USB or TFTP?", nullptr,
+     true},
+    {3, "[Config] Change TFTP Server IP", "", nullptr, true},
+    {4, "[Config] Enable/Diable Android", "", nullptr, true},
+};
+
+}  // namespace
+
+CMAutoTest::CMAutoTest() {
+  Declare(EN_MURO_CM_AUTOTEST, kAutoTest, "Cross Module Test - Auto Test",
+          "For Cross Module - Auto Test", kTests);
+}

@@ -1,0 +1,17 @@
+#include "K2vHalDeviceModule.h"
+
+namespace {
+
+constexpr ST_THAL_TEST_CASE_T kTests[] = {
+    {0, "TestFunc_Device_Ready", "Test Device Ready.", nullptr, true},
+    {1, "TestFunc_Device_Healthy", "Test Device Healthy.", nullptr, true},
+    {2, "TestFunc_Device_Get_Clock_Value", "Test Device Get Clock Value.", nullptr, true},
+    {3, "TestFunc_Slave_Ready", "Test Slave Ready.", nullptr, true},
+};
+
+}  // namespace
+
+K2vHalDeviceModule::K2vHalDeviceModule() {
+  Declare(EN_MURO_K2V_HAL_DEVICE, kRlink, "K2v_Hal_Device Module Test",
+          "For K2v_Hal_Device Module Test", kTests);
+}

@@ -1,0 +1,9 @@
+// The HDMI receiver unit tests, step by step a port.
+#pragma once
+
+#include "Module.h"
+
+class UTVfeHdmiModule : public SingletonModule<UTVfeHdmiModule> {
+ public:
+  UTVfeHdmiModule();
+};

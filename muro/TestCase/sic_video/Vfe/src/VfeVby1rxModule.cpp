@@ -1,0 +1,16 @@
+#include "VfeVby1rxModule.h"
+
+namespace {
+
+constexpr ST_THAL_TEST_CASE_T kTests[] = {
+    {0, "Vfe MURO 0", "VBY1RX Display 1", nullptr, true},
+    {1, "Vfe MURO 1", "VBY1RX Display 2", nullptr, true},
+    {2, "Vfe MURO 2", "VBY1RX Display change timing", nullptr, true},
+    {3, "Vfe MURO 3", "VBY1RX Get timing info", nullptr, true},
+};
+
+}  // namespace
+
+VfeVby1rxModule::VfeVby1rxModule() {
+  Declare(EN_MURO_VFE_VBY1RX, kVideo, "Vfe Vby1rx Function Test", "Test VBY1RX MURO ", kTests);
+}

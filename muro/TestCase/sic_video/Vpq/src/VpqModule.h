@@ -1,0 +1,9 @@
+// The picture-quality driver tests.
+#pragma once
+
+#include "Module.h"
+
+class VpqModule : public SingletonModule<VpqModule> {
+ public:
+  VpqModule();
+};

@@ -1,0 +1,97 @@
+#include "TestReport.h"
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "Ansi.h"
+#include "Util.h"
+
+namespace {
+
+constexpr char kResultText[][5] = {"PASS", "FAIL"};
+constexpr char kUndefinedResultText[] = "----";
+
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+File Open(const char* path, const char* mode) {
+  return File(path == nullptr ? nullptr : std::fopen(path, mode), &std::fclose);
+}
+
+const char* ResultText(int result) {
+  return result == 0 || result == 1 ? kResultText[result] : kUndefinedResultText;
+}
+
+/// Writes everything to the disk's buffers; false when any byte did not get there.
+bool Write(std::FILE* file, const std::string& text) {
+  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+}
+
+std::string FormatHeader() {
+  const std::string rule = std::string(report::kLineWidth, '#') + '\n';
+  return rule + rule + report::Centred(" THAL1.1 Test Report ", '#') + '\n' + rule + rule;
+}
+
+}  // namespace
+
+namespace report {
+
+std::string Centred(const char* text, char fill) {
+  char line[kLineWidth + 1] = {};
+  std::memset(line, fill, kLineWidth);
+  return Util::FormatString(text, line);
+}
+
+std::string FormatTestLine(const TestLine& line) {
+  char text[385];
+  std::snprintf(text, sizeof text, "# TestCase: %-25s %03ld.%-25s(%-30s) %10s%8s", line.menu,
+                static_cast<long>(line.id), line.name, line.description, ResultText(line.result),
+                "#");
+  return text;
+}
+
+std::string FormatTotals(const TestCounters& counters) {
+  char text[kLineWidth + 1];
+  std::snprintf(text, sizeof text, "-%37s%-25ld%10s%-25ld%-10s%-25ld%3s",
+                "Total TestCase : ", static_cast<long>(counters.total),
+                "PASS : ", static_cast<long>(counters.pass),
+                "FAIL :  ", static_cast<long>(counters.fail), "-");
+  return text;
+}
+
+std::string FormatFooter(const TestCounters& counters, char separator) {
+  const std::string rule = std::string(kLineWidth, '-') + '\n';
+  return std::string(kLineWidth, separator) + '\n' + rule + Centred(" @TOTAL@ ", '-') + '\n' +
+         rule + FormatTotals(counters) + '\n' + rule;
+}
+
+void AppendTestLine(const TestLine& line) {
+  const char* path = Util::GetTestReportPath();
+  const File file = Open(path, "r+");
+  if (!file) {
+    std::puts("Test Report file open fail!!!(you can ignore this)");
+    return;
+  }
+  std::string text = FormatTestLine(line) + '\n';
+  const bool positioned = std::fseek(file.get(), -kFooterBytes, SEEK_END) == 0;
+  // A file shorter than a footer was cut by somebody else: it gets a whole footer again, so that
+  // the next line has its place.
+  if (!positioned) text.clear();
+  const bool written = Write(file.get(), text + FormatFooter(testCounters, '#'));
+  if (!positioned || !written) std::puts("write fail!");
+  std::printf("%sTest Report file generated at %s\n", ansi::kPass, path);
+}
+
+}  // namespace report
+
+void printReport() {
+  const File file = Open(Util::GetTestReportPath(), "w+");
+  if (!file) {
+    std::puts("write fail!");
+    return;
+  }
+  std::printf("length%zu\n", report::FormatTotals(testCounters).size());
+  if (!Write(file.get(), FormatHeader() + report::FormatFooter(testCounters, '-'))) {
+    std::puts("write fail!");
+  }
+}
