@@ -16,6 +16,7 @@
 #include "TestCase/sic_video/Vfe/src/VfeVby1rxModule.h"
 #include "TestCase/sic_video/Vpq/src/VpqModule.h"
 #include "TestCase/sic_video/VpqExt/src/VpqExtModule.h"
+#include "TestCase/sic_video/Vsc/src/VscModule.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ constexpr ModuleEntry kModules[] = {
     {Instance<Hdcp2Module>, nullptr},
     {Instance<VfeHdmiModule>, nullptr},
     {Instance<VfeVby1rxModule>, nullptr},
+    {Instance<VscModule>, nullptr},
     {Instance<VpqModule>, nullptr},
     {Instance<VpqExtModule>, nullptr},
     {Instance<VbeModule>, nullptr},

@@ -1,0 +1,9 @@
+// The scaler tests.
+#pragma once
+
+#include "Module.h"
+
+class VscModule : public SingletonModule<VscModule> {
+ public:
+  VscModule();
+};
