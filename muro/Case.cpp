@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,7 +24,7 @@ TestCase* runningTest = nullptr;
 const char* CopyText(const char* text) {
   const std::size_t length = text == nullptr ? 0 : std::strlen(text);
   char* copy = new char[length + 1]();
-  if (length > 0) std::memcpy(copy, text, length);
+  std::copy_n(text, length, copy);
   return copy;
 }
 

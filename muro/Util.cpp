@@ -25,10 +25,10 @@ char* Util::FormatString(const char* src, char* dst) {
   const std::size_t textLength = std::strlen(src);
   const std::size_t lineLength = std::strlen(dst);
   if (lineLength == 0) {
-    std::memcpy(dst, src, textLength);
+    std::copy_n(src, textLength, dst);
     return dst;
   }
   const std::size_t copied = std::min(textLength, lineLength);
-  std::memcpy(dst + (lineLength / 2 - copied / 2), src, copied);
+  std::copy_n(src, copied, dst + (lineLength / 2 - copied / 2));
   return dst;
 }

@@ -15,6 +15,7 @@ namespace {
 
 constexpr uint16_t kFrameBufferWidth = 720;   // pixels that a frame-buffer test takes at most
 constexpr uint16_t kFrameBufferHeight = 576;  // lines
+constexpr std::size_t kFrameBufferPixels = std::size_t{kFrameBufferWidth} * kFrameBufferHeight;
 
 uint16_t AskUint16(const char* text) {
   return static_cast<uint16_t>(console::AskNumber(text));
@@ -219,7 +220,7 @@ int VscTestCase::Vsc_self_diagnosis_InoutVideo_Read(char*) {
   PrintTraceLine(__func__);
   const __K2V_VIDEO_WID_T wid = AskWindow();
   K2V_VIDEO_RECT_T region = AskFrameBufferRegion();
-  std::vector<K2V_VIDEO_PIXEL_T> pixels(kFrameBufferWidth * kFrameBufferHeight);
+  std::vector<K2V_VIDEO_PIXEL_T> pixels(kFrameBufferPixels);
   uint32_t colorStandard = 0;
   uint32_t pixelColorFormat = 0;
   if (Verdict(K2V_RHAL_VSC_ReadVideoFrameBuffer(wid, &region, pixels.data(), &colorStandard,
@@ -250,7 +251,7 @@ int VscTestCase::Vsc_self_diagnosis_InoutVideo_Write(char*) {
   color.y = AskUint16("Set Input Y\n");
   color.cb = AskUint16("Set Input Cb\n");
   color.cr = AskUint16("Set Input Cr\n");
-  std::vector<K2V_VIDEO_PIXEL_T> pixels(kFrameBufferWidth * kFrameBufferHeight);
+  std::vector<K2V_VIDEO_PIXEL_T> pixels(kFrameBufferPixels);
   std::fill_n(pixels.begin(), region.w * region.h, color);
   return Verdict(K2V_RHAL_VSC_WriteVideoFrameBuffer(wid, &region, pixels.data()));
 }
