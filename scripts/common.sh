@@ -1,0 +1,86 @@
+# shellcheck shell=bash disable=SC2034  # variables are for what sources this
+# What run.sh, test.sh and the board's launcher share: messages, Debian packages, builds.
+# Sourced. `source_dir` is the checkout.
+source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
+
+# Debian packages: what building and running the simulated board needs, and the tests beside that.
+run_packages=(g++ cmake ninja-build zlib1g-dev bubblewrap busybox-static)
+test_packages=(clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck
+  edid-decode)
+
+# Die STATUS MESSAGE: one line on standard error, then the end.
+Die() {
+  printf '%s: %s\n' "${0##*/}" "$2" >&2
+  exit "$1"
+}
+
+# A descriptor that the caller closed would be given to the next file opened; /dev/null stands in.
+OpenClosedDescriptors() {
+  [[ -e /dev/fd/0 ]] || exec </dev/null
+  [[ -e /dev/fd/1 ]] || exec >/dev/null
+  [[ -e /dev/fd/2 ]] || exec 2>/dev/null
+}
+
+# RunQuietly WHAT COMMAND...: the command's output is shown only when it fails.
+RunQuietly() {
+  local what=$1 log
+  shift
+  log=$(mktemp) || Die 1 'no room for a temporary file'
+  if ! "$@" >"$log" 2>&1 </dev/null; then
+    cat "$log" >&2
+    rm -f "$log"
+    Die 1 "$what failed, see above"
+  fi
+  rm -f "$log"
+}
+
+# NeedPackages NAME...: installs those Debian packages that are missing.
+NeedPackages() {
+  local installed name as_root=()
+  local missing=()
+  command -v dpkg-query >/dev/null || {
+    echo "No Debian here, these are taken to be installed: $*" >&2
+    return 0
+  }
+  installed=$(dpkg-query -W -f '${db:Status-Abbrev} ${Package} \n' "$@" 2>/dev/null) || true
+  for name in "$@"; do
+    [[ $installed == *"ii  $name "* ]] || missing+=("$name")
+  done
+  ((${#missing[@]})) || return 0
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null || Die 1 "neither root nor sudo here; missing: ${missing[*]}"
+    as_root=(sudo)
+  fi
+  echo "Installing ${missing[*]}" >&2
+  local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q
+    -o DPkg::Lock::Timeout=300)
+  # A failing update of one foreign source is no reason to stop: the installation tells.
+  "${apt[@]}" update >/dev/null 2>&1 </dev/null || true
+  RunQuietly 'apt-get install' "${apt[@]}" install --no-install-recommends "${missing[@]}"
+}
+
+# Configure PRESET OPTION...: makes build/PRESET, anew when it came with a copied checkout.
+Configure() {
+  local preset=$1 cache=$source_dir/build/$1/CMakeCache.txt
+  shift
+  if [[ -f $cache ]] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$source_dir" "$cache"; then
+    set -- --fresh "$@"
+  fi
+  RunQuietly "configuring build/$preset" cmake -S "$source_dir" --preset "$preset" "$@"
+}
+
+# Ninja ARGUMENT...: says on descriptor 3 when there is something to do.
+Ninja() {
+  local line
+  ninja "$@" 2>&1 | while IFS= read -r line; do
+    [[ $line != '[1/'* ]] || echo 'Building …' >&3
+    printf '%s\n' "$line"
+  done
+}
+
+# Build PRESET TARGET...: silent when there is nothing to do.
+Build() {
+  local preset=$1
+  shift
+  RunQuietly "building build/$preset" Ninja -C "$source_dir/build/$preset" "$@" 3>&2
+}

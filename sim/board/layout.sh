@@ -1,0 +1,89 @@
+# shellcheck shell=bash disable=SC2034,SC2154  # variables are shared with board-run
+# The board's files: what there is when it is new, and what switching it on does. Sourced by
+# board-run; uses `board`, `fresh`, `os`, `scenario` and sets `root` and `sim`.
+
+board_dirs=(
+  data home media mnt nvram system/bin tmp/var/log var vendor/corvana vendor/cvn_rootfs/{bin,usr/bin}
+  dev/block sys/crt proc/{.real,cvngdma,sys/vm} etc run usr/{bin,sbin,lib,lib32,lib64}
+  opt/cvntester/{bin,lib,standins} sim/{log,usb/stick}
+)
+# The drivers' nodes are plain files: they keep what was written last.
+board_nodes=(
+  dev/{cvnvdec,cvndvo,vodev,vscdev,vpqdev,cvnaudio} dev/block/{sda,sda1}
+  sys/crt/register proc/{usercalls,cvngdma/dbg,sys/vm/drop_caches}
+)
+
+# Makes the board's directory, or refuses one that holds something else. Only one board-run at a
+# time may use it: switching on throws the running board's state away.
+PrepareBoard() {
+  local marker=$board/.cvntester-board
+  if [[ -e $board && ! -f $marker && -n $(ls -A "$board" 2>&1) ]]; then
+    Die 2 "$board is no board directory and not empty: nothing done"
+  fi
+  mkdir -p "$board" 2>/dev/null || Die 1 "cannot make the board directory $board"
+  board=$(cd "$board" && pwd)
+  marker=$board/.cvntester-board
+  [[ -w $board ]] || Die 1 "cannot write to the board directory $board"
+  : >>"$marker"
+  exec 9<"$marker"
+  flock -n 9 || Die 1 "the board in $board is running already"
+  ((!fresh)) ||
+    find "$board" -mindepth 1 -maxdepth 1 ! -name "${marker##*/}" -exec rm -rf {} +
+  root=$board/root
+  sim=$root/sim
+  [[ -d $root ]] || MakeRoot
+}
+
+# The first power supply of a new board.
+MakeRoot() {
+  local new=$board/root.new node busybox
+  rm -rf "$new"
+  (cd "$board" && ln -sfn root/sim run && ln -sfn root/sim/usb usb)
+  mkdir "$new"
+  (cd "$new" && mkdir -p "${board_dirs[@]}")
+  chmod 1777 "$new/tmp"
+  for node in "${board_nodes[@]}"; do
+    : >"$new/$node"
+  done
+  LinkHostDirectories "$new"
+  LinkProc "$new/proc"
+  printf 'root:x:0:0:root:/:/bin/sh\nnobody:x:65534:65534:nobody:/:/bin/false\n' >"$new/etc/passwd"
+  printf 'root:x:0:\nnogroup:x:65534:\n' >"$new/etc/group"
+  printf '127.0.0.1 localhost board\n' >"$new/etc/hosts"
+  if busybox=$(command -v busybox); then
+    cp -L "$busybox" "$new/vendor/cvn_rootfs/bin/busybox"
+    ln -s ../../bin/busybox "$new/vendor/cvn_rootfs/usr/bin/tftp"
+  fi
+  mv "$new" "$board/root"
+}
+
+# /bin, /lib and the like are laid out as on this machine, whose /usr the board borrows.
+LinkHostDirectories() {
+  local name
+  for name in bin sbin lib lib32 lib64 libx32; do
+    if [[ -L /$name ]]; then
+      ln -s "$(readlink "/$name")" "$1/$name"
+    elif [[ -d /$name ]]; then
+      mkdir "$1/$name"
+    fi
+  done
+}
+
+# procfs lets nobody add the drivers' nodes, so /proc is a plain directory and the real one stands
+# hidden in /proc/.real behind links. Links for the lowest process numbers serve what looks itself
+# up by number; those without a process dangle.
+LinkProc() {
+  local path names=()
+  for path in /proc/[!0-9]*; do
+    [[ -e $1/${path##*/} ]] || names+=(".real/${path##*/}")
+  done
+  ln -s "${names[@]}" .real/{1..199} "$1"
+  ln -s ../.real/sys/{fs,kernel,net} "$1/sys"
+}
+
+# Every start is a power-on: the root file system survives, the HAL's state does not.
+PowerOn() {
+  rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands}
+  [[ -z $scenario ]] || cp "$scenario" "$sim/scenario"
+  echo "$os" >"$sim/os"
+}

@@ -1,0 +1,35 @@
+# shellcheck shell=bash disable=SC2034,SC2154  # variables are shared with what sources this
+# The options that run.sh and board-run have in common. Sourced; needs Die and `usage`.
+board=
+scenario=
+os=android
+fresh=0
+
+UsageError() {
+  Die 2 "$1; $usage"
+}
+
+# TakeBoardOption WORD...: takes the option in front; `taken` is how many words it was.
+TakeBoardOption() {
+  taken=2
+  case $1 in
+    --board | --scenario | --os) (($# > 1)) || UsageError "$1 needs a value" ;;
+  esac
+  case $1 in
+    --board) board=$2 ;;
+    --scenario) scenario=$2 ;;
+    --os) os=$2 ;;
+    --fresh) fresh=1 taken=1 ;;
+    *) UsageError "unknown option $1" ;;
+  esac
+}
+
+# Refuses wrong values; makes `board` and `scenario` absolute.
+CheckBoardOptions() {
+  [[ -n $board ]] || UsageError '--board needs a directory'
+  [[ $os == android || $os == sorvex || $os == pelxos ]] ||
+    UsageError "--os $os is none of android, sorvex, pelxos"
+  [[ -z $scenario || -f $scenario && -r $scenario ]] || Die 2 "no scenario file $scenario"
+  [[ $board == /* ]] || board=$PWD/$board
+  [[ -z $scenario || $scenario == /* ]] || scenario=$PWD/$scenario
+}

@@ -1,0 +1,161 @@
+# shellcheck shell=bash disable=SC2154  # variables are shared with board-run
+# Three ways to run a program on the board, best first. Sourced by board-run after layout.sh.
+#   bwrap   namespaces of its own, as root or as an ordinary user; this machine is never touched
+#   chroot  root without namespaces: the root file system filled with copies of what it needs
+#   none    on this machine as it is, with the board's stand-ins in front of its tools
+# CVN_SANDBOX forces one. Each way has Refuse_X, which prints why it cannot be had, and RunIn_X.
+
+ChooseSandbox() {
+  local ways=(bwrap chroot none) reason lost=
+  if [[ -n ${CVN_SANDBOX-} ]]; then
+    [[ $CVN_SANDBOX == @(bwrap|chroot|none) ]] ||
+      Die 2 "CVN_SANDBOX=$CVN_SANDBOX is none of bwrap, chroot, none"
+    ways=("$CVN_SANDBOX")
+  fi
+  for sandbox in "${ways[@]}"; do
+    reason=$("Refuse_$sandbox")
+    [[ -n $reason ]] || break
+    lost+="${lost:+; }$sandbox: ${reason//$'\n'/, }"
+  done
+  [[ -z $reason ]] || Die 1 "no sandbox to be had: $lost"
+  [[ -n $lost ]] || return 0
+  case $sandbox in
+    chroot) echo "No namespaces here ($lost): the board runs in a chroot" >&2 ;;
+    none) echo "No sandbox here ($lost): running on this machine, reports in /tmp/var/log" >&2 ;;
+  esac
+}
+
+# BoardEnvironment SIM TOP: what the program finds in its environment. `reboot` kills TOP. The
+# stand-ins find their log by CVNSIM_DIR.
+BoardEnvironment() {
+  board_env=(
+    CVNSIM_DIR="$1" CVNSIM_STATE="$1/state" CVNSIM_TRACE="$1/trace" CVNSIM_TOP="$2"
+    TERM="${TERM:-dumb}" HOME=/
+    PATH=/opt/cvntester/standins:/opt/cvntester/bin:/usr/sbin:/usr/bin:/sbin:/bin
+  )
+  [[ -z $scenario ]] || board_env+=(CVNSIM_SCENARIO="$1/scenario")
+  [[ -z ${TZ-} ]] || board_env+=(TZ="$TZ")
+  board_env+=("${extra_env[@]}")
+}
+
+# --- bwrap ---
+
+BwrapArguments() {
+  local name node
+  bwrap_args=(
+    --unshare-user --uid 0 --gid 0 --unshare-pid --unshare-net --unshare-ipc --unshare-uts
+    --hostname board --die-with-parent --cap-drop ALL
+    --bind "$root" / --ro-bind /usr /usr --proc /proc/.real --dev /dev
+    --ro-bind-try /etc/ld.so.cache /etc/ld.so.cache --ro-bind-try /etc/alternatives /etc/alternatives
+    --ro-bind-try /etc/localtime /etc/localtime
+    --ro-bind-try "$build/bin" /opt/cvntester/bin --ro-bind-try "$build/lib" /opt/cvntester/lib
+    --ro-bind "$here/standins" /opt/cvntester/standins
+  )
+  for name in bin sbin lib lib32 lib64 libx32; do
+    [[ -L /$name || ! -d /$name ]] || bwrap_args+=(--ro-bind "/$name" "/$name")
+  done
+  for node in "$root"/dev/*; do
+    [[ ! -f $node && ! -d $node ]] || bwrap_args+=(--bind "$node" "/dev/${node##*/}")
+  done
+}
+
+Refuse_bwrap() {
+  if ! command -v bwrap >/dev/null; then
+    echo 'bubblewrap is not installed'
+    return
+  fi
+  BwrapArguments
+  bwrap "${bwrap_args[@]}" /bin/true 2>&1 || true
+}
+
+# bwrap ends with this shell, not with the shell's parent, so that nohup works. Ctrl-C and Ctrl-\
+# are for the program alone: this shell and bwrap ignore them.
+RunIn_bwrap() {
+  local assignment set_env=() status=0
+  BwrapArguments
+  BoardEnvironment /sim -1
+  for assignment in "${board_env[@]}"; do
+    set_env+=(--setenv "${assignment%%=*}" "${assignment#*=}")
+  done
+  trap '' INT QUIT
+  bwrap "${bwrap_args[@]}" --clearenv "${set_env[@]}" --chdir /opt/cvntester -- \
+    env --default-signal=INT,QUIT "$@" 9<&- || status=$?
+  exit "$status"
+}
+
+# --- chroot ---
+
+# The program keeps no capability that could reach out of the chroot by mistake.
+chroot_command=(setpriv '--bounding-set=-all,+sys_chroot' --inh-caps=-all chroot)
+
+Refuse_chroot() {
+  if ((EUID != 0)); then
+    echo 'needs root'
+  elif [[ ! -x $root/vendor/cvn_rootfs/bin/busybox ]]; then
+    echo 'busybox is not installed'
+  else
+    "${chroot_command[@]}" / /bin/true 2>&1 || true
+  fi
+}
+
+# CopyPrograms: the shell, cvntester, cvnsim and the libraries they need, where they changed. The
+# shell is no busybox, whose applets would go before the stand-ins.
+CopyPrograms() {
+  local program library
+  cp -uL /bin/sh "$root/usr/bin/sh"
+  for program in cvntester cvnsim; do
+    [[ ! -x $build/bin/$program ]] || cp -u "$build/bin/$program" "$root/opt/cvntester/bin"
+  done
+  for library in "$build"/lib/*.so; do
+    [[ ! -f $library ]] || cp -u "$library" "$root/opt/cvntester/lib"
+  done
+  ldd "$root"/usr/bin/sh "$root"/opt/cvntester/{bin/*,lib/*.so} 2>/dev/null |
+    grep -o '/[^ ]*' | grep -v -e ':$' -e '/opt/cvntester/' | sort -u |
+    xargs -r -I{} cp -uL --parents {} "$root"
+  cp -u --no-dereference "$here"/standins/* "$root/opt/cvntester/standins"
+}
+
+# LinkApplets: busybox under all its names, but for those that stop the machine.
+LinkApplets() {
+  local busybox=/vendor/cvn_rootfs/bin/busybox name
+  [[ ! -L $root/usr/bin/env ]] || return 0
+  for name in $("$root$busybox" --list | grep -vxE 'halt|init|linuxrc|poweroff|reboot|sh'); do
+    ln -sf "$busybox" "$root/usr/bin/$name"
+  done
+}
+
+# MakeDeviceNodes: where making nodes is refused, a plain file takes what goes to /dev/null.
+MakeDeviceNodes() {
+  local name major minor
+  while read -r name major minor; do
+    [[ -c $root/dev/$name ]] || mknod -m 666 "$root/dev/$name" c "$major" "$minor" 2>/dev/null || true
+  done <<<$'null 1 3\nzero 1 5\nfull 1 7\nrandom 1 8\nurandom 1 9\ntty 5 0'
+  { : >"$root/dev/null"; } 2>/dev/null || {
+    rm -f "$root/dev/null"
+    : >"$root/dev/null"
+  }
+}
+
+RunIn_chroot() {
+  CopyPrograms
+  LinkApplets
+  MakeDeviceNodes
+  BoardEnvironment /sim $$
+  # Without /proc a program does not know where it is, nor then its libraries.
+  board_env+=(LD_LIBRARY_PATH=/opt/cvntester/lib)
+  # shellcheck disable=SC2016  # expanded by the board's shell
+  exec "${chroot_command[@]}" "$root" /vendor/cvn_rootfs/bin/busybox env -i "${board_env[@]}" \
+    /bin/sh -c 'cd /opt/cvntester && exec "$@"' sh "$@"
+}
+
+# --- none ---
+
+Refuse_none() {
+  mkdir -p /tmp/var/log 2>&1 || true
+}
+
+RunIn_none() {
+  BoardEnvironment "$sim" $$
+  cd "$build" || exit
+  exec env "${board_env[@]}" HOME="${HOME:-/}" PATH="$here/standins:$build/bin:$PATH" "$@"
+}
