@@ -1,0 +1,125 @@
+#!/bin/bash
+# Builds and runs all tests; installs first what is missing.
+set -euo pipefail
+usage='usage: test.sh [--quick] [--approve] [--help] [-R REGEX]'
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+. "$here/scripts/common.sh"
+
+Help() {
+  cat <<TEXT
+$usage
+  --quick    only the release build, not the one with sanitizers
+  --approve  write the expected texts in tests/expected anew from what the tests see now
+  -R REGEX   only tests whose name matches
+TEXT
+}
+
+passed=0
+failed=0
+skipped=0
+
+# Add JUNIT_FILE: takes the file's totals into ours.
+Add() {
+  local name value tests=0 failures=0 skips=0
+  while IFS='="' read -r name _ value _; do
+    case $name in
+      tests) tests=$value ;;
+      failures) failures=$value ;;
+      skipped) skips=$value ;;
+    esac
+  done < <(sed -n '/<testsuite /,/>/p' "$1" | grep -oE '(tests|failures|skipped)="[0-9]+"')
+  passed=$((passed + tests - failures - skips))
+  failed=$((failed + failures))
+  skipped=$((skipped + skips))
+}
+
+# BuildTests PRESET: the preset's whole tree, tests included.
+BuildTests() {
+  Configure "$1" -DCVN_BUILD_TESTS=ON
+  Build "$1"
+}
+
+# RunTests PRESET: under CTest, two at a time. A run that gives no totals counts as a failure.
+RunTests() {
+  local results=$here/build/$1/results.xml
+  echo "== $1"
+  rm -f "$results"
+  ctest --preset "$1" -j2 --no-tests=error --output-junit "$results" "${selection[@]}" </dev/null ||
+    ctest_failed=1
+  if [[ -f $results ]]; then
+    Add "$results"
+  else
+    failed=$((failed + 1))
+  fi
+}
+
+# Check WHAT COMMAND...: one more test, outside CTest.
+Check() {
+  local what=$1
+  shift
+  if "$@"; then
+    echo "$what: passed"
+    passed=$((passed + 1))
+  else
+    echo "$what: FAILED"
+    failed=$((failed + 1))
+  fi
+}
+
+IsFormatted() {
+  find hal muro sim tests bench \( -name '*.cpp' -o -name '*.h' \) -print0 |
+    xargs -0 clang-format --dry-run -Werror
+}
+
+ScriptsAreClean() {
+  shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-run \
+    sim/board/*.sh sim/board/standins/standin
+}
+
+# Approve: the end-to-end tests write the expected texts instead of comparing.
+Approve() {
+  BuildTests release
+  CVN_APPROVE=1 ctest --preset release -j2 --no-tests=error -L e2e "${selection[@]}" </dev/null
+  echo 'Now look at what changed: git diff tests/expected'
+}
+
+OpenClosedDescriptors
+presets=(release debug)
+approve=0
+ctest_failed=0
+selection=()
+while (($#)); do
+  case $1 in
+    --help)
+      Help
+      exit 0
+      ;;
+    --quick) presets=(release) ;;
+    --approve) approve=1 ;;
+    -R)
+      (($# > 1)) || Die 2 "-R needs a value; $usage"
+      selection=(-R "$2")
+      shift
+      ;;
+    *) Die 2 "unknown option $1; $usage" ;;
+  esac
+  shift
+done
+
+NeedPackages "${run_packages[@]}" "${test_packages[@]}"
+cd "$here"
+if ((approve)); then
+  Approve
+  exit
+fi
+for preset in "${presets[@]}"; do
+  BuildTests "$preset"
+done
+for preset in "${presets[@]}"; do
+  RunTests "$preset"
+done
+echo '== checks'
+Check 'formatting (clang-format)' IsFormatted
+Check 'scripts (shellcheck)' ScriptsAreClean
+echo "Total: $passed passed, $failed failed, $skipped skipped"
+((!failed && !ctest_failed))

@@ -1,0 +1,18 @@
+// Expected texts under tests/expected: whole transcripts and reports that a person has reviewed.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace test {
+
+/// True when `text` is what tests/expected/`name` holds; else tells how they differ. With
+/// CVN_APPROVE=1 in the environment the file is written anew instead.
+testing::AssertionResult IsAsExpected(const std::string& name, const std::string& text);
+
+/// `text` with every match of `regex` (ECMAScript) replaced by `mask`: for dates and other texts
+/// that differ from run to run.
+std::string Masked(const std::string& text, const std::string& regex, const std::string& mask);
+
+}  // namespace test

@@ -1,0 +1,122 @@
+#include "Scripted.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "Util.h"
+
+namespace {
+
+std::vector<unsigned long> waits;
+std::vector<std::string> commands;
+std::function<void(unsigned long)> waitHook;
+
+/// Removes the report's directory when the process that made it ends, and not in its forks.
+class ReportDirectory {
+ public:
+  ~ReportDirectory() {
+    if (owner_ == getpid()) std::filesystem::remove_all(path_);
+  }
+  const std::string& Make() {
+    path_ = testing::TempDir() + "cvn_report_XXXXXX";
+    if (mkdtemp(path_.data()) == nullptr) std::perror("mkdtemp");
+    owner_ = getpid();
+    return path_;
+  }
+
+ private:
+  std::string path_;
+  pid_t owner_ = -1;
+} reportDirectory;
+
+void NoteWait(unsigned long us) {
+  waits.push_back(us);
+  if (waitHook) waitHook(us);
+}
+
+}  // namespace
+
+extern "C" {
+
+unsigned sleep(unsigned seconds) {
+  NoteWait(seconds * 1'000'000UL);
+  return 0;
+}
+
+int usleep(useconds_t us) {
+  NoteWait(us);
+  return 0;
+}
+
+int system(const char* command) {
+  commands.emplace_back(command);
+  return 0;
+}
+}
+
+namespace scripted {
+
+Run Play(const std::string& input, const std::function<int()>& function) {
+  std::FILE* script = std::tmpfile();
+  std::fwrite(input.data(), 1, input.size(), script);
+  std::rewind(script);
+  const int savedInput = dup(0);
+  dup2(fileno(script), 0);
+  std::clearerr(stdin);
+  std::setvbuf(stdin, nullptr, _IONBF, 0);
+
+  testing::internal::CaptureStdout();
+  const int result = function();
+  std::fflush(stdout);
+  Run run{result, testing::internal::GetCapturedStdout()};
+
+  dup2(savedInput, 0);
+  close(savedInput);
+  std::fclose(script);
+  return run;
+}
+
+std::vector<unsigned long> Waits() {
+  return waits;
+}
+
+unsigned long WaitedUs() {
+  unsigned long total = 0;
+  for (const unsigned long us : waits) total += us;
+  return total;
+}
+
+std::vector<std::string> Commands() {
+  return commands;
+}
+
+void OnWait(std::function<void(unsigned long)> hook) {
+  waitHook = std::move(hook);
+}
+
+std::string RedirectReport() {
+  testing::internal::CaptureStdout();
+  char* path = Util::GetTestReportPath();
+  testing::internal::GetCapturedStdout();
+  // The path lives in the frame's buffer, which is longer than a temporary directory's name.
+  const std::string redirected = reportDirectory.Make() + "/report.txt";
+  std::copy_n(redirected.c_str(), redirected.size() + 1, path);
+  return path;
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+}  // namespace scripted

@@ -1,0 +1,38 @@
+// A test function run with scripted answers, and a libc whose waits and shell commands are noted
+// instead of done.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace scripted {
+
+/// What a run printed and returned.
+struct Run {
+  int result;
+  std::string output;
+};
+
+/// Calls `function` with `input` on standard input and everything printed captured. Input that was
+/// not read is thrown away.
+Run Play(const std::string& input, const std::function<int()>& function);
+
+/// Waits of the program so far, in microseconds, and its total.
+std::vector<unsigned long> Waits();
+unsigned long WaitedUs();
+
+/// Shell commands of the program so far.
+std::vector<std::string> Commands();
+
+/// Called at every wait, for example to change the board while a test polls it. Empty: nothing.
+void OnWait(std::function<void(unsigned long us)> hook);
+
+/// Sends the report of this process to a new file in a new directory below the test's temporary
+/// directory and returns its path. Nothing is created.
+std::string RedirectReport();
+
+/// The bytes of a file, empty when it cannot be read.
+std::string ReadFile(const std::string& path);
+
+}  // namespace scripted

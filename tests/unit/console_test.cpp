@@ -1,0 +1,323 @@
+// Console input, mostly at a real terminal.
+#include "ConsoleInput.h"
+
+#include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Pty.h"
+
+namespace {
+
+using test::Pty;
+
+/// A program at a terminal that does `body` and tells what it returned as "result=N".
+class Console : public Pty {
+ public:
+  explicit Console(const std::function<int()>& body, bool echo = false)
+      : Pty(
+            [body] {
+              std::setvbuf(stdin, nullptr, _IONBF, 0);
+              std::printf("result=%d\n", body());
+              std::fflush(stdout);
+              return 0;
+            },
+            {.echo = echo}) {}
+
+  /// Types a line when the program reads and has taken what was typed before.
+  testing::AssertionResult TypeWhenRead(const std::string& line) { return Type(line + "\n"); }
+  /// The same for Ctrl-D.
+  testing::AssertionResult EndInputWhenRead() { return Type("\x04"); }
+
+  testing::AssertionResult ExpectResult(int result) {
+    return Expect("result=" + std::to_string(result) + "\n");
+  }
+
+ private:
+  testing::AssertionResult Type(const std::string& keys) {
+    // A reader that still sleeps in its last read has not seen what was typed: it must have slept
+    // anew since.
+    while (typed_ && Sleeps() == sleepsWhenTyped_) {
+    }
+    if (auto reading = WaitReading(); !reading) return reading;
+    sleepsWhenTyped_ = Sleeps();
+    typed_ = true;
+    Send(keys);
+    return testing::AssertionSuccess();
+  }
+
+  /// How often the program went to sleep so far.
+  long Sleeps() const {
+    std::ifstream status("/proc/" + std::to_string(Pid()) + "/status");
+    for (std::string word; status >> word;) {
+      if (word == "voluntary_ctxt_switches:") return status >> word, std::stol(word);
+    }
+    return -1;
+  }
+
+  bool typed_ = false;
+  long sleepsWhenTyped_ = 0;
+};
+
+/// Waits, without reading, until `bytes` bytes of whole lines were typed.
+void WaitForTypeAhead(int bytes) {
+  for (int waiting = 0; waiting < bytes;) ioctl(0, FIONREAD, &waiting);
+}
+
+TEST(Prompt, TakesDecimalNumbersOf32BitsOnly) {
+  Console console([] {
+    while (console::ReadNumber() != -2147483648) {
+    }
+    return console::ReadNumber();
+  });
+  for (const char* wrong : {"abc", "5x", "0x10", "2147483648", "-2147483649", "+-1", "-", "1.0"}) {
+    ASSERT_TRUE(console.TypeWhenRead(wrong));
+    ASSERT_TRUE(console.Expect("\nUnknown Input > " + std::string(wrong) + "\n"));
+  }
+  ASSERT_TRUE(console.TypeWhenRead("2147483647"));
+  ASSERT_TRUE(console.TypeWhenRead("-2147483648"));
+  ASSERT_TRUE(console.TypeWhenRead("  +7 "));
+  EXPECT_TRUE(console.ExpectResult(7));
+  EXPECT_EQ(console.Wait(), 0);
+}
+
+TEST(Prompt, SeveralAnswersMayStandInOneLine) {
+  Console console([] { return console::ReadNumber() * 100 + console::ReadNumber(); });
+  ASSERT_TRUE(console.TypeWhenRead("12 x 34"));
+  EXPECT_TRUE(console.Expect("\nUnknown Input > x\nresult=1234\n"));
+}
+
+TEST(Prompt, OverlongTokensAreDroppedWhole) {
+  Console console([] { return console::ReadNumber(); });
+  ASSERT_TRUE(console.TypeWhenRead(std::string(300, '1') + " 5"));
+  EXPECT_TRUE(console.Expect("\nUnknown Input > " + std::string(300, '1') + "\nresult=5\n"));
+}
+
+TEST(Prompt, EndOfInputEndsTheProgramWithStatusOne) {
+  Console console([] {
+    console::SetEndOfInputHandler([] { std::printf("test failed\n"); });
+    return console::AskNumber("x=");
+  });
+  ASSERT_TRUE(console.Expect("x="));
+  ASSERT_TRUE(console.EndInputWhenRead());
+  EXPECT_TRUE(console.Expect("test failed\n\nEnd of input\n"));
+  EXPECT_EQ(console.Wait(), 1);
+}
+
+TEST(Token, LeavesNoEmptyLineForWhoReadsLinesNext) {
+  Console console([] {
+    console::ReadToken(19, console::Overlong::kKeep);
+    char line[20] = {};
+    const bool read = std::fgets(line, sizeof line, stdin) != nullptr;
+    std::printf("<%s>", line);
+    return read ? 0 : -1;
+  });
+  ASSERT_TRUE(console.TypeWhenRead("choice"));
+  ASSERT_TRUE(console.TypeWhenRead("a line"));
+  EXPECT_TRUE(console.Expect("<a line\n>result=0\n"));
+}
+
+TEST(Token, KeepsWhatIsBehindTheLimitOnlyWhenAsked) {
+  Console console([] {
+    using console::Overlong;
+    const auto kept = console::ReadToken(19, Overlong::kKeep);
+    const auto rest = console::ReadToken(4, Overlong::kDrop);
+    const auto next = console::ReadToken(19, Overlong::kKeep);
+    std::printf("%s|%s|%s\n", kept->c_str(), rest->c_str(), next->c_str());
+    return 0;
+  });
+  ASSERT_TRUE(console.TypeWhenRead("1234567890123456789abcdefgh next"));
+  EXPECT_TRUE(console.Expect("1234567890123456789|abcd|next\n"));
+}
+
+TEST(YesNo, AcceptsTheSmallLettersOnly) {
+  for (const auto& [letter, result] : {std::pair{"y", 1}, std::pair{"n", 0}}) {
+    Console console([] { return _get_yes_no_with_text("Is it blue?"); });
+    ASSERT_TRUE(console.Expect("\nIs it blue? <y/n> "));
+    for (const char* wrong : {"Y", "N", "yes", "1"}) {
+      ASSERT_TRUE(console.TypeWhenRead(wrong));
+      ASSERT_TRUE(console.Expect("\nUnknown Input > " + std::string(wrong) + "\n"));
+    }
+    ASSERT_TRUE(console.TypeWhenRead(""));
+    ASSERT_TRUE(console.TypeWhenRead(std::string(40, 'y')));
+    ASSERT_TRUE(console.Expect("string length more than input buffer 20\n"));
+    ASSERT_TRUE(console.TypeWhenRead(std::string(" ") + letter + " really"));
+    EXPECT_TRUE(console.ExpectResult(result));
+  }
+}
+
+TEST(YesNo, GoesOnWaitingAtEndOfInput) {
+  Console console([] { return _get_yes_no(); });
+  ASSERT_TRUE(console.EndInputWhenRead());
+  ASSERT_TRUE(console.TypeWhenRead("y"));
+  EXPECT_TRUE(console.ExpectResult(1));
+}
+
+TEST(YesNo, SkipsWhatWasTypedBeforeTheQuestion) {
+  Console console(
+      [] {
+        std::puts("busy");
+        std::fflush(stdout);
+        WaitForTypeAhead(9);
+        std::puts("now");
+        return _get_yes_no();
+      },
+      true);
+  ASSERT_TRUE(console.Expect("busy\n"));
+  console.SendLine("n");
+  console.SendLine("wrong");
+  console.Send("n");
+  console.SendLine("");
+  ASSERT_TRUE(console.Expect("now\n"));
+  ASSERT_TRUE(console.TypeWhenRead("y"));
+  EXPECT_TRUE(console.ExpectResult(1));
+  EXPECT_EQ(console.Transcript().find("Unknown"), std::string::npos);
+}
+
+TEST(YesNo, SkipsTheBeginningOfALineTypedBeforeTheQuestion) {
+  Console console([] {
+    while (_kbhit() < 2) {
+    }
+    std::puts("now");
+    return _get_yes_no();
+  });
+  console.Send("nn");
+  ASSERT_TRUE(console.Expect("now\n"));
+  ASSERT_TRUE(console.TypeWhenRead("y"));
+  EXPECT_TRUE(console.ExpectResult(1));
+  EXPECT_EQ(console.Transcript().find("Unknown"), std::string::npos);
+}
+
+struct RangeCase {
+  const char* typed;
+  unsigned base;
+  int result;
+  int value;
+  const char* message;
+};
+
+class Range : public testing::TestWithParam<RangeCase> {};
+
+TEST_P(Range, ReadsOneNumber) {
+  const RangeCase& c = GetParam();
+  Console console([&c] {
+    int value = -77;
+    const int result = _get_number_with_range(&value, -5, 100, c.base);
+    std::printf("[%d]", value);
+    return result;
+  });
+  ASSERT_TRUE(console.TypeWhenRead(""));
+  ASSERT_TRUE(console.TypeWhenRead(c.typed));
+  EXPECT_TRUE(console.Expect(std::string(c.message) + "[" + std::to_string(c.value) +
+                             "]result=" + std::to_string(c.result) + "\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Numbers, Range,
+    testing::Values(RangeCase{"1f", 16, 0, 31, ""}, RangeCase{"0x1f", 16, 0, 31, ""},
+                    RangeCase{"010", 0, 0, 8, ""}, RangeCase{"010", 10, 0, 10, ""},
+                    RangeCase{"1f", 0x110, 0, 31, ""}, RangeCase{"100", 10, 0, 100, ""},
+                    RangeCase{"-5", 10, 0, -5, ""},
+                    RangeCase{"101", 10, -1, -77, "\n invalid inout > 101"},
+                    RangeCase{"-6", 10, -1, -77, "\n invalid inout > -6"},
+                    RangeCase{"99999999999999999", 10, -1, -77,
+                              "\n invalid inout > 99999999999999999"},
+                    RangeCase{"1f", 10, -1, -77, "\nUnknown Input > 1f"}));
+
+TEST(Line, SeventeenCharactersFitIntoTwenty) {
+  Console console([] {
+    char line[20] = {};
+    const int first = fgets_ex(line, sizeof line);
+    std::printf("<%s>", line);
+    return first * 10 + fgets_ex(line, sizeof line);
+  });
+  ASSERT_TRUE(console.TypeWhenRead("12345678901234567"));
+  ASSERT_TRUE(console.Expect("<12345678901234567\n>"));
+  ASSERT_TRUE(console.TypeWhenRead("123456789012345678"));
+  EXPECT_TRUE(console.Expect("string length more than input buffer 20\nresult=-1\n"));
+}
+
+TEST(Keys, AreSeenAndTakenOneByOneWithoutEcho) {
+  Console console(
+      [] {
+        termios before{};
+        tcgetattr(0, &before);
+        std::printf("%d\n", kbhit());
+        while (kbhit() == 0) {
+        }
+        const int seen = kbhit();
+        const int first = mygetch();
+        const int second = mygetch();
+        termios after{};
+        tcgetattr(0, &after);
+        const bool restored = before.c_lflag == after.c_lflag;
+        std::printf("%d %c%c %s\n", seen, first, second, restored ? "restored" : "changed");
+        return 0;
+      },
+      true);
+  ASSERT_TRUE(console.Expect("0\n"));
+  console.Send("q");
+  ASSERT_TRUE(console.WaitReading());
+  console.Send(">");
+  EXPECT_TRUE(console.Expect("1 q> restored\n"));
+  EXPECT_EQ(console.Before().find('>'), std::string::npos) << "the key was echoed";
+}
+
+TEST(Keys, CountsTheBytesThatWait) {
+  Console console([] {
+    WaitForTypeAhead(4);
+    const int waiting = _kbhit();
+    termios after{};
+    tcgetattr(0, &after);
+    return (after.c_lflag & ICANON) != 0 ? waiting : -1;
+  });
+  console.SendLine("abc");
+  EXPECT_TRUE(console.ExpectResult(4));
+}
+
+TEST(Parse, NeedsTheWholeText) {
+  const struct {
+    const char* text;
+    unsigned base;
+    int result;
+    long value;
+  } kCases[] = {{"", 10, 0, 0},       {"12", 10, 0, 12}, {"12 ", 10, -1, -1}, {"z", 10, -1, -1},
+                {"v", 32, 0, 31},     {"17", 8, 0, 15},  {"18", 8, -1, -1},   {"0x12", 7, 0, 18},
+                {"0x12", 10, -1, -1}, {"-3", 10, 0, -3}};
+  for (const auto& c : kCases) {
+    long value = -1;
+    EXPECT_EQ(_str_to_long(c.text, &value, c.base), c.result) << c.text;
+    EXPECT_EQ(value, c.value) << c.text;
+  }
+}
+
+TEST(Dump, ShowsRowsOfSixteenAndMarksWhatIsBehindTheEnd) {
+  unsigned char bytes[32];
+  for (unsigned i = 0; i < sizeof bytes; ++i) bytes[i] = static_cast<unsigned char>(0x60 + i);
+  bytes[0] = 0x1F;
+  bytes[1] = 0x20;
+  const std::string rule = std::string(60, '-') + '\n';
+  const std::string head =
+      rule + "ADDRESS   00 01 02 03 04 05 06 07   08 09 0A 0B 0C 0D 0E 0F \n" + rule;
+  testing::internal::CaptureStdout();
+  EXPECT_GE(dump_mem(bytes, 20), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            head +
+                "00000000  1f 20 62 63 64 65 66 67   68 69 6a 6b 6c 6d 6e 6f    . bcdefghijklmno\n"
+                "00000010  70 71 72 73 -- -- -- --   -- -- -- -- -- -- -- --    "
+                "pqrstuvwxyz{|}~.\n" +
+                rule);
+  testing::internal::CaptureStdout();
+  dump_mem(bytes, 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), head + rule);
+}
+
+}  // namespace

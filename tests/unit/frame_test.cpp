@@ -1,0 +1,234 @@
+// Registry, menu tree and menu choices.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Case.h"
+#include "Module.h"
+#include "Scripted.h"
+#include "TestFrame.h"
+#include "TestReport.h"
+
+namespace {
+
+std::vector<std::string> ChildNames(Case* menu) {
+  std::vector<std::string> names;
+  for (unsigned short i = 0; i < menu->getChildCount(); ++i) {
+    names.emplace_back(menu->getChild(i)->getName());
+  }
+  return names;
+}
+
+Case* Descend(Case* menu, const std::vector<unsigned short>& path) {
+  for (const unsigned short index : path) menu = menu->getChild(index);
+  return menu;
+}
+
+class FrameTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    scripted::RedirectReport();
+    frame_ = TestFrame::GetInstance();
+    output_ = scripted::Play("", [this] { return frame_->DoInit(), 0; }).output;
+  }
+
+  TestFrame* frame_ = nullptr;
+  std::string output_;
+};
+
+TEST_F(FrameTest, MenusStandInTheOrderOfTheModuleIds) {
+  using Names = std::vector<std::string>;
+  Case* root = frame_->getCurrentMenu();
+  EXPECT_EQ(output_, "PHOTO unit Test is disabled\n");
+  EXPECT_EQ(root->getParaent(), nullptr);
+  EXPECT_EQ(ChildNames(root), (Names{"HAL Driver Manual Test", "Media Play Manual Test",
+                                     "System Driver Manual Test", "Vido Manual Test", "Unit Test",
+                                     "Cross Module Test", "Q7T Related Module Test"}));
+  EXPECT_EQ(ChildNames(Descend(root, {1})), Names{});
+  EXPECT_EQ(ChildNames(Descend(root, {3})),
+            (Names{"Vfe Hdmi Function Test", "Vfe Vby1rx Function Test", "Vsc Function Test",
+                   "Vpq Function Test", "Vbe Function Test", "VpqExt Function Test"}));
+  EXPECT_EQ(ChildNames(Descend(root, {4, 0})),
+            (Names{"UTGal Function Test", "UTHdcp2 Function Test", "UTThermal Function Test",
+                   "UTSvp Function Test", "UTVfe HDMI Function Test", "UTVpq Function Test"}));
+  EXPECT_EQ(ChildNames(Descend(root, {4, 1})),
+            (Names{"Auto Run Unit Test by Module", "Auto Run Unit Test by Module",
+                   "Auto Run Unit Test by Module", "Auto Run Unit Test by Module",
+                   "Auto Run Unit Test by Module", "Auto Run Unit Test by Module",
+                   "All Module Auto Run"}));
+  EXPECT_STREQ(Descend(root, {4, 1, 3})->getDescription(), "UTSvp Function Test");
+  EXPECT_EQ(ChildNames(Descend(root, {5})),
+            (Names{"Cross Module Test - Manual Test", "Cross Module Test - Auto Test"}));
+  EXPECT_STREQ(Descend(root, {5, 1})->getDescription(), "For Cross Module - Auto Test");
+  EXPECT_EQ(Descend(root, {5, 1})->getChildCount(), 5);
+  EXPECT_EQ(ChildNames(Descend(root, {6})),
+            (Names{"Rlink Module Test", "K2v_Hal_Device Module Test"}));
+}
+
+TEST_F(FrameTest, EveryModuleHoldsItsWholeTable) {
+  Case* root = frame_->getCurrentMenu();
+  const struct {
+    std::vector<unsigned short> path;
+    int count;
+    const char* last;
+  } kModules[] = {
+      {{0, 0}, 9, "Hdcp2 MURO 9"},
+      {{3, 0}, 17, "Vfe MURO 17"},
+      {{3, 1}, 4, "Vfe MURO 3"},
+      {{3, 2}, 40, "Vsc MURO 39"},
+      {{3, 3}, 43, "VPQ MURO 42"},
+      {{3, 4}, 42, "VBE_DISP MURO"},
+      {{3, 5}, 111, "VPQExt Function Test 110"},
+      {{4, 0, 0}, 7, "UTGal Test 6"},
+      {{4, 0, 2}, 2, "Thermal notifier test (multi sessions)"},
+      {{4, 0, 3}, 2, "UTSvp Test do nothing"},
+      {{4, 0, 4}, 29, "UTVFE HDMI HDCP Test"},
+      {{4, 0, 5}, 245, "UTVpq Test 244"},
+      {{5, 0, 0}, 26, "Playback AutoTest - ALL"},
+      {{6, 0}, 27, "TestFunc_STC"},
+      {{6, 1}, 4, "TestFunc_Slave_Ready"},
+  };
+  for (const auto& module : kModules) {
+    Case* menu = Descend(root, module.path);
+    EXPECT_EQ(menu->getChildCount(), module.count) << menu->getName();
+    EXPECT_STREQ(ChildNames(menu).back().c_str(), module.last) << menu->getName();
+  }
+}
+
+TEST_F(FrameTest, UnitModuleBelongsToTheManualMenuHoweverItIsReached) {
+  Case* unit = Descend(frame_->getCurrentMenu(), {4});
+  Case* viaWrapper = Descend(unit, {1, 3, 0});
+  Case* viaAll = Descend(unit, {1, 6, 3});
+  EXPECT_EQ(viaWrapper, Descend(unit, {0, 3}));
+  EXPECT_EQ(viaAll, viaWrapper);
+  EXPECT_STREQ(viaWrapper->getParaent()->getName(), "Manual Unit Test");
+}
+
+TEST_F(FrameTest, WrappersRunWhenEnteredAndLeaveTheirMenuShown) {
+  // Unit Test, Auto Unit Test, one module's wrapper, the run of all modules.
+  for (const char* choice : {"4\n", "1\n", "3\n", "6\n"}) {
+    EXPECT_EQ(scripted::Play(choice, [this] { return frame_->EnterMenu(); }).result, 1);
+    if (choice[0] == '4') continue;
+    EXPECT_STREQ(frame_->getCurrentMenu()->getName(), "Auto Unit Test") << choice;
+  }
+}
+
+TEST_F(FrameTest, PreviousInTheRootAndQuitAnywhereEndTheProgram) {
+  EXPECT_EQ(scripted::Play("3\n", [this] { return frame_->EnterMenu(); }).result, 1);
+  EXPECT_EQ(scripted::Play("p\n", [this] { return frame_->EnterMenu(); }).result, 1);
+  EXPECT_STREQ(frame_->getCurrentMenu()->getName(), "MainMenu");
+  EXPECT_EQ(scripted::Play("P\n", [this] { return frame_->EnterMenu(); }).result, 0);
+}
+
+TEST_F(FrameTest, PrintsTheMenuToTheLetter) {
+  scripted::Play("0\n", [this] { return frame_->EnterMenu(); });
+  const std::string rule(136, '*');
+  const std::string expected =
+      rule + "\n\033[1;33m" + std::string(63, '*') + " cvntester " + std::string(62, '*') +
+      "\n\033[1;37m" + rule + "\n\033[1;33m" + std::string(57, '*') + "HAL Driver Manual Test" +
+      std::string(57, '*') + "\n\033[1;37m" + rule +
+      "\n\033[0;32;32m0 .Hdcp2 Function Test            (for example ****)\n\033[1;37m\n\n"
+      "\033[1;33mP.PREVIOUS            \n\033[1;37m\033[1;33mQ.Quit                \n\033[1;37m"
+      "-----------------------------------------------------------\n"
+      "\033[1;33mPlease enter a choice : \033[1;37m";
+  EXPECT_EQ(scripted::Play("", [this] { return frame_->PrintMenu(), 0; }).output, expected);
+}
+
+TEST_F(FrameTest, ATestWithoutAFunctionIsNeitherCountedNorReported) {
+  const auto run = scripted::Play("", [this] {
+    return Descend(frame_->getCurrentMenu(), {0, 0, 0})->Run();
+  });
+  EXPECT_EQ(run.result, 1);
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(testCounters.total, 0);
+}
+
+// A module that fills what its test gives it.
+class ListModule : public Module {
+ public:
+  using Module::AddTests;
+  using Module::Declare;
+  using Module::kAutoTest;
+  using Module::kPlayback;
+  using Module::kVideo;
+};
+
+constexpr ST_THAL_TEST_CASE_T kThree[] = {
+    {0, "a", "", nullptr, true}, {1, "b", "", nullptr, true}, {2, "c", "", nullptr, true}};
+
+TEST(RegistryTest, AutoTestsAreReadFromWhereThePlaybackListEnded) {
+  ListModule module;
+  module.Declare(EN_MURO_CM_AUTOTEST, ListModule::kPlayback, "both", "", kThree);
+  module.AddTests(ListModule::kAutoTest, kThree);
+  module.AddTests(ListModule::kAutoTest, std::span(kThree).first(2));
+  EXPECT_EQ(module.DoInit(), 1);
+  EXPECT_EQ(module.GetCrossModuleTestList_AutoTest(4)->getParaent()->getChildCount(), 2);
+  EXPECT_STREQ(module.GetCrossModuleTestList_AutoTest(4)->getParaent()->getName(), "both");
+  EXPECT_EQ(module.GetCrossModuleTestList_AutoTest(2)->getParaent(), nullptr);
+}
+
+TEST(RegistryTest, RefusesIdsWithoutASlot) {
+  ListModule module;
+  EXPECT_EQ(TestFrame::GetInstance()->RegistTestModule(&module, EN_MURO_MODULE_COUNT), 0);
+  EXPECT_EQ(TestFrame::GetInstance()->RegistTestModule(&module, static_cast<EN_MURO_MODULE>(-1)),
+            0);
+  EXPECT_EQ(module.DoInit(), 0);
+}
+
+TEST(RegistryTest, AListKeepsAnEmptyEntryAtItsEnd) {
+  ListModule module;
+  for (int i = 0; i < 100; ++i) module.AddTests(ListModule::kVideo, kThree);
+  EXPECT_NE(module.GetSICVideoTestList(254), nullptr);
+  EXPECT_EQ(module.GetSICVideoTestList(255), nullptr);
+}
+
+TEST(ModuleCaseTest, FollowsChoices) {
+  ModuleCase root("root", "");
+  ModuleCase menu("menu", "");
+  ModuleCase children[3] = {{"0", ""}, {"1", ""}, {"2", ""}};
+  root.add(&menu);
+  for (ModuleCase& child : children) menu.add(&child);
+  const struct {
+    const char* input;
+    Case* next;
+  } kChoices[] = {
+      {"2\n", &children[2]},   {"7\n", &menu},
+      {"-1\n", &menu},         {"3\n", &menu},
+      {"abc\n", &children[0]}, {"1abc\n", &children[1]},
+      {"p\n", &root},          {"P\n", &root},
+      {"q\n", nullptr},        {"Q\n", nullptr},
+      {"", nullptr},           {"  \n\n\t1\n", &children[1]},
+      {"PP\n", &children[0]},  {"99999999999999999999999999\n", &menu},
+      {"65537\n", &menu},
+  };
+  for (const auto& choice : kChoices) {
+    Case* next = &children[2];
+    scripted::Play(choice.input, [&] { return next = menu.enterMenu(), 0; });
+    EXPECT_EQ(next, choice.next) << choice.input;
+  }
+}
+
+TEST(ModuleCaseTest, RemoveDropsTheLastChildWhateverItIsGiven) {
+  ModuleCase menu("menu", "");
+  ModuleCase a("a", "");
+  ModuleCase b("b", "");
+  menu.add(&a);
+  menu.add(&b);
+  menu.remove(&a);
+  EXPECT_EQ(ChildNames(&menu), std::vector<std::string>{"a"});
+  menu.remove(nullptr);
+  menu.remove(nullptr);
+  EXPECT_EQ(menu.getChildCount(), 0);
+  EXPECT_EQ(menu.getChild(0), nullptr);
+}
+
+TEST(ModuleCaseTest, OwnsCopiesOfItsTexts) {
+  char text[] = "before";
+  ModuleCase menu(text, nullptr);
+  text[0] = 'X';
+  EXPECT_STREQ(menu.getName(), "before");
+  EXPECT_STREQ(menu.getDescription(), "");
+}
+
+}  // namespace
