@@ -38,7 +38,7 @@ done
 CheckBoardOptions
 
 NeedPackages "${run_packages[@]}"
-[[ -f $here/build/release/build.ninja ]] || Configure release -DCVN_BUILD_TESTS=OFF
+IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
 Build release simulated_board
 
 fresh_option=()

@@ -59,21 +59,29 @@ NeedPackages() {
   RunQuietly 'apt-get install' "${apt[@]}" install --no-install-recommends "${missing[@]}"
 }
 
-# Configure PRESET OPTION...: makes build/PRESET, anew when it came with a copied checkout.
+# IsConfigured PRESET: there is a build/PRESET, and it did not come with a copied checkout.
+IsConfigured() {
+  local tree=$source_dir/build/$1
+  [[ -f $tree/build.ninja ]] &&
+    grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$source_dir" "$tree/CMakeCache.txt"
+}
+
+# Configure PRESET OPTION...: makes build/PRESET.
 Configure() {
-  local preset=$1 cache=$source_dir/build/$1/CMakeCache.txt
+  local preset=$1
   shift
-  if [[ -f $cache ]] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$source_dir" "$cache"; then
-    set -- --fresh "$@"
-  fi
+  IsConfigured "$preset" || set -- --fresh "$@"
   RunQuietly "configuring build/$preset" cmake -S "$source_dir" --preset "$preset" "$@"
 }
 
 # Ninja ARGUMENT...: says on descriptor 3 when there is something to do.
 Ninja() {
-  local line
+  local line said=
   ninja "$@" 2>&1 | while IFS= read -r line; do
-    [[ $line != '[1/'* ]] || echo 'Building …' >&3
+    [[ $line != '[1/'* || -n $said ]] || {
+      echo 'Building …' >&3
+      said=1
+    }
     printf '%s\n' "$line"
   done
 }

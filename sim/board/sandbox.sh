@@ -3,17 +3,18 @@
 #   bwrap   namespaces of its own, as root or as an ordinary user; this machine is never touched
 #   chroot  root without namespaces: the root file system filled with copies of what it needs
 #   none    on this machine as it is, with the board's stand-ins in front of its tools
-# CVN_SANDBOX forces one. Each way has Refuse_X, which prints why it cannot be had, and RunIn_X.
+# CVN_SANDBOX forces one. Each way has Probe_X, which sets `reason` where it cannot be had, and
+# RunIn_X.
 
 ChooseSandbox() {
-  local ways=(bwrap chroot none) reason lost=
+  local ways=(bwrap chroot none) lost=
   if [[ -n ${CVN_SANDBOX-} ]]; then
     [[ $CVN_SANDBOX == @(bwrap|chroot|none) ]] ||
       Die 2 "CVN_SANDBOX=$CVN_SANDBOX is none of bwrap, chroot, none"
     ways=("$CVN_SANDBOX")
   fi
   for sandbox in "${ways[@]}"; do
-    reason=$("Refuse_$sandbox")
+    "Probe_$sandbox"
     [[ -n $reason ]] || break
     lost+="${lost:+; }$sandbox: ${reason//$'\n'/, }"
   done
@@ -23,6 +24,15 @@ ChooseSandbox() {
     chroot) echo "No namespaces here ($lost): the board runs in a chroot" >&2 ;;
     none) echo "No sandbox here ($lost): running on this machine, reports in /tmp/var/log" >&2 ;;
   esac
+}
+
+# Try COMMAND...: `reason` is empty when it succeeds, else what it said.
+Try() {
+  if reason=$("$@" 2>&1); then
+    reason=
+  else
+    reason=${reason:-$1 failed}
+  fi
 }
 
 # BoardEnvironment SIM TOP: what the program finds in its environment. `reboot` kills TOP. The
@@ -40,12 +50,13 @@ BoardEnvironment() {
 
 # --- bwrap ---
 
+# BwrapArguments PROC_OPTION...: the last words say where /proc/.real comes from.
 BwrapArguments() {
   local name node
   bwrap_args=(
     --unshare-user --uid 0 --gid 0 --unshare-pid --unshare-net --unshare-ipc --unshare-uts
     --hostname board --die-with-parent --cap-drop ALL
-    --bind "$root" / --ro-bind /usr /usr --proc /proc/.real --dev /dev
+    --bind "$root" / --ro-bind /usr /usr --dev /dev "$@"
     --ro-bind-try /etc/ld.so.cache /etc/ld.so.cache --ro-bind-try /etc/alternatives /etc/alternatives
     --ro-bind-try /etc/localtime /etc/localtime
     --ro-bind-try "$build/bin" /opt/cvntester/bin --ro-bind-try "$build/lib" /opt/cvntester/lib
@@ -59,20 +70,25 @@ BwrapArguments() {
   done
 }
 
-Refuse_bwrap() {
+# Inside a container that hides parts of /proc no new one may be mounted; its own does, read-only.
+Probe_bwrap() {
   if ! command -v bwrap >/dev/null; then
-    echo 'bubblewrap is not installed'
+    reason='bubblewrap is not installed'
     return
   fi
-  BwrapArguments
-  bwrap "${bwrap_args[@]}" /bin/true 2>&1 || true
+  BwrapArguments --proc /proc/.real
+  Try bwrap "${bwrap_args[@]}" /bin/true
+  [[ -n $reason ]] || return 0
+  local first_reason=$reason
+  BwrapArguments --ro-bind /proc /proc/.real
+  Try bwrap "${bwrap_args[@]}" /bin/true
+  reason=${reason:+$first_reason}
 }
 
 # bwrap ends with this shell, not with the shell's parent, so that nohup works. Ctrl-C and Ctrl-\
 # are for the program alone: this shell and bwrap ignore them.
 RunIn_bwrap() {
   local assignment set_env=() status=0
-  BwrapArguments
   BoardEnvironment /sim -1
   for assignment in "${board_env[@]}"; do
     set_env+=(--setenv "${assignment%%=*}" "${assignment#*=}")
@@ -88,13 +104,13 @@ RunIn_bwrap() {
 # The program keeps no capability that could reach out of the chroot by mistake.
 chroot_command=(setpriv '--bounding-set=-all,+sys_chroot' --inh-caps=-all chroot)
 
-Refuse_chroot() {
+Probe_chroot() {
   if ((EUID != 0)); then
-    echo 'needs root'
+    reason='needs root'
   elif [[ ! -x $root/vendor/cvn_rootfs/bin/busybox ]]; then
-    echo 'busybox is not installed'
+    reason='busybox is not installed'
   else
-    "${chroot_command[@]}" / /bin/true 2>&1 || true
+    Try "${chroot_command[@]}" / /bin/true
   fi
 }
 
@@ -150,8 +166,8 @@ RunIn_chroot() {
 
 # --- none ---
 
-Refuse_none() {
-  mkdir -p /tmp/var/log 2>&1 || true
+Probe_none() {
+  Try mkdir -p /tmp/var/log
 }
 
 RunIn_none() {
