@@ -130,6 +130,17 @@ std::string ReadAnswer() {
   return *std::move(token);
 }
 
+std::string ReadLine() {
+  std::fflush(stdout);
+  std::string line;
+  int c = std::getchar();
+  if (c == EOF) EndOfInput();
+  for (; c != EOF && c != '\n'; c = std::getchar()) {
+    if (line.size() < kLongestAnswer) line.push_back(static_cast<char>(c));
+  }
+  return line;
+}
+
 int ReadNumber() {
   for (;;) {
     const std::string token = ReadAnswer();

@@ -22,6 +22,9 @@ std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong);
 /// `SetEndOfInputHandler` is called and the program ends with status 1.
 std::string ReadAnswer();
 
+/// Reads one whole line, without its newline; it may be empty. End of input as in `ReadAnswer`.
+std::string ReadLine();
+
 /// Reads the answer to a prompt for a number: a decimal 32-bit integer. Anything else is dropped
 /// with a message and the read repeated. End of input as in `ReadAnswer`.
 int ReadNumber();

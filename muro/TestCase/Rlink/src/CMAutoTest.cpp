@@ -1,13 +1,16 @@
 #include "CMAutoTest.h"
 
+#include "../../CrossModule/playback/src/CMplaybackTestCase.h"
+
 namespace {
 
 constexpr ST_THAL_TEST_CASE_T kTests[] = {
     {0, "Test Environment init", "init process of playback", nullptr, true},
     {1, "RD Test Combo - Tolva3", "RD self-test combo, only playback case", nullptr, true},
-    {2, "[Config] Send Report to TFTP?", "For each time, send the report to USB or TFTP?", nullptr,
+    {2, "[Config] Send Report to TFTP?", "For each time, send the report to USB or TFTP?",
+     CMplaybackTestCase::CMplayback_Config_Report_Send_To, true},
+    {3, "[Config] Change TFTP Server IP", "", CMplaybackTestCase::CMplaybackTest_Config_TFTP_IP,
      true},
-    {3, "[Config] Change TFTP Server IP", "", nullptr, true},
     {4, "[Config] Enable/Diable Android", "", nullptr, true},
 };
 

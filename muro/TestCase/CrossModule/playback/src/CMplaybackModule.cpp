@@ -1,5 +1,8 @@
 #include "CMplaybackModule.h"
 
+#include "CMplaybackTestCase.h"
+#include "Settings.h"
+
 namespace {
 
 constexpr ST_THAL_TEST_CASE_T kTests[] = {
@@ -8,9 +11,10 @@ constexpr ST_THAL_TEST_CASE_T kTests[] = {
     {1, "Playback AutoTest - Customized", "Auto Run specific TestCase for N times", nullptr, true},
     {2, "Playback AutoTest - AV sync", "Run AV sync test, without CRC compare", nullptr, true},
     {3, "RD Test Combo - Tolva3", "RD self-test combo for Tolva3 Demo Board", nullptr, true},
-    {4, "[Config] Send Report to TFTP?", "For each time, send the report to USB or TFTP?", nullptr,
+    {4, "[Config] Send Report to TFTP?", "For each time, send the report to USB or TFTP?",
+     CMplaybackTestCase::CMplayback_Config_Report_Send_To, true},
+    {5, "[Config] Change TFTP Server IP", "", CMplaybackTestCase::CMplaybackTest_Config_TFTP_IP,
      true},
-    {5, "[Config] Change TFTP Server IP", "", nullptr, true},
     {6, "[Config] Enable/Diable Android", "", nullptr, true},
     {7, " <-------[Advanced Area]----->", "", nullptr, true},
     {8, "Start Test & Verify a case", "", nullptr, true},
@@ -19,25 +23,35 @@ constexpr ST_THAL_TEST_CASE_T kTests[] = {
     {11, "Mount USB", "", nullptr, true},
     {12, "Setup PCB IP", "Get PCB IP to access network", nullptr, true},
     {13, " <-------[RD Debug Area]----->", "", nullptr, true},
-    {14, "Verify - Module", "verify one module", nullptr, true},
-    {15, "Verify - All Module", "verify all module ", nullptr, true},
-    {16, "Verify - AV sync", "only do AV sync verify", nullptr, true},
-    {17, "[Config] Select Test Case Golden", "select which golden data to be verify", nullptr,
+    {14, "Verify - Module", "verify one module", CMplaybackTestCase::CMplayback_Verify_One_Module,
      true},
-    {18, "[Config] Select USB/EMMC/HTTP", "default: USB", nullptr, true},
-    {19, "[Config] FreeRun", "default: non-FreeRun", nullptr, true},
-    {20, "[Config] MURO Log Level", "", nullptr, true},
-    {21, "[Config] Send Pass Report?", "default: no", nullptr, true},
-    {22, "Package AllInOne tar file", "manual package tar file & send to USB/TFTP", nullptr, true},
-    {23, "Send Dump Data - for each time", "send dump Data to tftp after each test", nullptr, true},
-    {24, "Send Dump Data - the last time", "Send tha last dump data to your TFTP Server", nullptr,
+    {15, "Verify - All Module", "verify all module ", CMplaybackTestCase::CMplayback_Verify_All,
      true},
+    {16, "Verify - AV sync", "only do AV sync verify", CMplaybackTestCase::CMplayback_Verify_AVsync,
+     true},
+    {17, "[Config] Select Test Case Golden", "select which golden data to be verify",
+     CMplaybackTestCase::CMplaybackTest_SetTestCaseGolden, true},
+    {18, "[Config] Select USB/EMMC/HTTP", "default: USB",
+     CMplaybackTestCase::CMplaybackTest_Switch_Usb_Http, true},
+    {19, "[Config] FreeRun", "default: non-FreeRun",
+     CMplaybackTestCase::CMplaybackTest_Config_Freerun, true},
+    {20, "[Config] MURO Log Level", "", CMplaybackTestCase::CMplaybackTest_Config_Debug_Level,
+     true},
+    {21, "[Config] Send Pass Report?", "default: no",
+     CMplaybackTestCase::CMplaybackTest_Config_SendPassReport, true},
+    {22, "Package AllInOne tar file", "manual package tar file & send to USB/TFTP",
+     CMplaybackTestCase::CMplaybackTest_Package_AllInOne, true},
+    {23, "Send Dump Data - for each time", "send dump Data to tftp after each test",
+     CMplaybackTestCase::CMplayback_Config_Auto_Send_DumpData, true},
+    {24, "Send Dump Data - the last time", "Send tha last dump data to your TFTP Server",
+     CMplaybackTestCase::CMplayback_Send_Dump_To_TFTP, true},
     {25, "Playback AutoTest - ALL", "Auto Run ALL the TestCase", nullptr, true},
 };
 
 }  // namespace
 
 CMplaybackModule::CMplaybackModule() {
+  CM_Playback_Init();
   Declare(EN_MURO_CM_PLAYBACK, kPlayback, "Cross Module Test - playback",
           "For Cross Module Test for playback", kTests);
 }

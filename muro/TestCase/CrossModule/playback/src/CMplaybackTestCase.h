@@ -1,0 +1,25 @@
+// Menu entries of the cross-module playback test. Each takes a scratch buffer that it ignores and
+// returns 0 for pass, 1 for fail.
+#pragma once
+
+class CMplaybackTestCase {
+ public:
+  // Verification of dumps that lie on the board.
+  static int CMplayback_Verify_One_Module(char*);
+  static int CMplayback_Verify_All(char*);
+  static int CMplayback_Verify_AVsync(char*);
+  static int CMplaybackTest_SetTestCaseGolden(char*);
+
+  // What becomes of the results.
+  static int CMplaybackTest_Package_AllInOne(char*);
+  static int CMplayback_Send_Dump_To_TFTP(char*);
+
+  // Settings.
+  static int CMplaybackTest_Switch_Usb_Http(char*);
+  static int CMplaybackTest_Config_Freerun(char*);
+  static int CMplaybackTest_Config_Debug_Level(char*);
+  static int CMplaybackTest_Config_SendPassReport(char*);
+  static int CMplayback_Config_Report_Send_To(char*);
+  static int CMplaybackTest_Config_TFTP_IP(char*);
+  static int CMplayback_Config_Auto_Send_DumpData(char*);
+};

@@ -1,0 +1,77 @@
+// Where the content is and how the player is called for it.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "CrossModuleLog.h"
+#include "DriverTest.h"
+#include "Settings.h"
+
+namespace {
+
+constexpr char kContentDirectory[] = "cross_module_content_v1/";
+constexpr char kFunction[] = "Init_Content_Path";
+
+std::string contentHome;
+std::string playerCommandPrefix;
+
+std::string UsbContent() {
+  return UsbMountPoint() + "/" + kContentDirectory;
+}
+
+std::string EmmcContent() {
+  return CrossModuleHome() + kContentDirectory;
+}
+
+std::string HttpContent() {
+  const char* server = std::getenv("CVN_HTTP_CONTENT_SERVER");
+  return std::string("http://") + (server == nullptr ? "content.local" : server) + "/" +
+         kContentDirectory;
+}
+
+/// A player for files. One of the boards has a player of its own, which takes a whole pipeline; the
+/// text behind the file closes its quote.
+std::string FilePlayer() {
+  if (Get_Board_OS_System() == OS_SORVEX) return "gst-cvn-test-1.0 \"playbin3 uri=file://";
+  return CrossModuleHome() + "gst_root/usr/bin/gst-cvn-test-1.0 --gst-debug=0 -c IP1+IP2  -pf ";
+}
+
+void CopyToEmmc() {
+  if (access(EmmcContent().c_str(), F_OK) == 0) return;
+  CmLog(kFunction) << "Copy content from " << UsbContent() << " to " << EmmcContent()
+                   << " , please wait...\n";
+  RunShell(("mkdir -p " + EmmcContent() + "; cp " + UsbContent() + "* " + EmmcContent()).c_str());
+}
+
+}  // namespace
+
+const std::string& ContentHome() {
+  return contentHome;
+}
+
+const std::string& PlayerCommandPrefix() {
+  return playerCommandPrefix;
+}
+
+int Init_Content_Path(USB_HTTP_MODE_TYPE mode) {
+  switch (mode) {
+    case MODE_HTTP:
+      contentHome = HttpContent();
+      playerCommandPrefix = "gst_root/usr/bin/gst-cvn-test-1.0 --gst-debug=0 -c IP1+IP2  -pu ";
+      CmLog(kFunction) << "Current setting: HTTP, testing file home = " << contentHome << '\n';
+      return 0;
+    case MODE_EMMC:
+      CopyToEmmc();
+      contentHome = EmmcContent();
+      playerCommandPrefix = FilePlayer();
+      CmLog(kFunction) << "Current setting: EMMC,  testing file home = " << contentHome << '\n';
+      return 0;
+    case MODE_USB:
+      contentHome = UsbContent();
+      playerCommandPrefix = FilePlayer();
+      return 0;
+  }
+  CmLog(kFunction) << "Can not recognize your selection!\n";
+  return -1;
+}

@@ -1,0 +1,40 @@
+#include "MenuItem.h"
+
+#include <cstdlib>
+#include <iostream>
+
+#include "ConsoleInput.h"
+#include "CrossModuleLog.h"
+#include "TestCaseCatalogue.h"
+
+namespace {
+
+// Entry 0 of the catalogue is "unknown" and never offered.
+int TestCaseCount() {
+  return static_cast<int>(TestCaseList().size()) - 1;
+}
+
+}  // namespace
+
+void StartMenuItem(const char* function) {
+  std::cout << "[CrossModule][Executing item: " << function << "] START \n";
+  Init_TestCase_List();
+  Init_Module_List();
+}
+
+void ListTestCases() {
+  std::cout << "Playback Test Case List:\n";
+  for (int number = 1; number <= TestCaseCount(); ++number) {
+    std::cout << number << ". TestCase " << *TestCaseAt(number) << '\n';
+  }
+}
+
+int AskTestCase(const char* function) {
+  CmLog(function) << "Please Select[1] or [2] or [3] or ... or [" << TestCaseCount() << "]: ";
+  return std::atoi(console::ReadLine().c_str());
+}
+
+const CM_TestCase* TestCaseAt(int number) {
+  if (number < 1 || number > TestCaseCount()) return nullptr;
+  return &TestCaseList()[static_cast<std::size_t>(number)];
+}

@@ -1,0 +1,211 @@
+#include "TestCaseCatalogue.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <fstream>
+#include <iomanip>
+#include <ostream>
+#include <sstream>
+#include <utility>
+
+#include "../../verify/src/VerifyResult.h"
+#include "Ansi.h"
+#include "CrossModuleLog.h"
+#include "SettingFile.h"
+#include "Settings.h"
+
+namespace {
+
+constexpr char kCurrentCaseFile[] = "/tmp/cross_module/file_format.cfg";
+constexpr char kUserCaseFile[] = "config/user_add_testcase.cfg";
+constexpr char kOverwriteFile[] = "golden_overwrite.config";
+
+// The names of 601 to 604 tell other conversions than their files; golden data go by the names.
+constexpr struct {
+  TEST_CASE_TYPE type;
+  const char* name;
+  const char* contentFile;
+  int32_t hdrFile;
+} kBuiltIn[] = {
+    {kUnknownTestCase, "unknown", "unknown", 0},
+    {kFirstTestCase, "h264-FrtChg", "[R101]h264-FrtChg.ts", 0},
+    {102, "h264-ResChg", "[R102]h264-ResChg.ts", 0},
+    {201, "hevc-FrtChg", "[R201]hevc-FrtChg.mp4", 0},
+    {202, "hevc-ResChg", "[R202]hevc-ResChg.mp4", 0},
+    {301, "vp9-FrtChg", "[R301]vp9-FrtChg.webm", 0},
+    {302, "vp9-ResChg", "[R302]vp9-ResChg.webm", 0},
+    {401, "memc", "[R401]memc.ts", 0},
+    {kAvSyncTestCase, "avSync", "[R501]AVsync_dp_AAC_200_48k_25fps.mp4", 0},
+    {601, "hdr10-sdr", "[R601]SDRtoHDR.ts", 1},
+    {602, "hlg-hdr10", "[R602]HDRtoHLG.ts", 1},
+    {603, "hlg-sdr", "[R603]SDRtoHLG.ts", 1},
+    {604, "sdr-hlg", "[R604]HLGtoSDR.ts", 1},
+};
+
+struct Stage {
+  CM_Verify_Result result;
+  std::string dumpPath;
+};
+
+TEST_CASE_TYPE currentTestCase = kUnknownTestCase;
+
+/// The stages with their results, which live as long as the program.
+Stage* Stages() {
+  const auto stage = [](MODULE_TYPE module, const char* dump) {
+    return Stage{CM_Verify_Result(module), std::string(kDumpDirectory) + dump};
+  };
+  static Stage stages[] = {
+      stage(MODULE_OMXIN, "dump_omx_input.txt"), stage(MODULE_OMXOUT, "dump_omx_output.txt"),
+      stage(MODULE_VDEC, "dump_vdec.txt"),       stage(MODULE_DVO, "dump_dvo.txt"),
+      stage(MODULE_VO, "dump_vo.txt"),           stage(MODULE_SCALER, "dump_scaler.txt"),
+      stage(MODULE_AUDIO, "dump_audio.txt"),
+  };
+  return stages;
+}
+
+/// Line k of the file is the flag of list entry k; surplus lines belong to nobody.
+void ReadOverwriteFlags(std::vector<CM_TestCase>& cases) {
+  std::ifstream file(CrossModuleHome() + kOverwriteFile);
+  std::string line;
+  for (std::size_t k = 1; k < cases.size() && std::getline(file, line); ++k) {
+    int32_t& flag = cases[k].goldenOverwritten;
+    if (std::from_chars(line.data(), line.data() + line.size(), flag).ec != std::errc()) {
+      CmLog("Init_TestCase_List") << kOverwriteFile << " line " << k
+                                  << " is no number, skipped: " << line << '\n';
+    }
+  }
+}
+
+}  // namespace
+
+CM_TestCase::CM_TestCase(TEST_CASE_TYPE number, std::string caseName, std::string file, int32_t hdr)
+    : type(number),
+      name(std::move(caseName)),
+      contentFile(std::move(file)),
+      displayName(name),
+      hdrFile(hdr) {}
+
+std::string CM_TestCase::Get_TestCase_Number() const {
+  return std::to_string(type);
+}
+
+std::string CM_TestCase::Get_TestCase_Name() const {
+  return Get_TestCase_Number() + "-" + displayName;
+}
+
+std::string CM_TestCase::Get_Dump_Backup_Name(MODULE_TYPE module) const {
+  return "dump-" + Get_TestCase_Name() + "-" + Module_Type_To_String_Simple(module) + ".txt";
+}
+
+std::string CM_TestCase::Get_Dump_Backup_Path(MODULE_TYPE module) const {
+  return CrossModuleHome() + "dump_tmp/" + Get_Dump_Backup_Name(module);
+}
+
+std::string CM_TestCase::Get_Golden_Path(MODULE_TYPE module) const {
+  return CrossModuleHome() + "golden_data/playback/" +
+         (Get_FreeRun_Mode() != 0 ? "free_run_golden/" : "") + Get_Dump_Backup_Name(module);
+}
+
+std::ostream& operator<<(std::ostream& out, const CM_TestCase& testCase) {
+  const std::ios_base::fmtflags flags = out.flags();
+  out << testCase.Get_TestCase_Number() << ' ' << std::right << std::setw(20)
+      << testCase.displayName << ansi::kPlain << " path: " << ansi::kGrey << ContentHome()
+      << testCase.contentFile << ansi::kPlain;
+  out.flags(flags);
+  return out;
+}
+
+std::vector<CM_TestCase>& TestCaseList() {
+  static std::vector<CM_TestCase> cases;
+  return cases;
+}
+
+std::vector<CM_Module>& ModuleTypeList() {
+  static std::vector<CM_Module> modules;
+  return modules;
+}
+
+int Init_TestCase_List() {
+  static bool done = false;
+  if (done) return 0;
+  done = true;
+  Init_Content_Path(static_cast<USB_HTTP_MODE_TYPE>(Get_USB_HTTP_Mode()));
+  for (const auto& row : kBuiltIn) {
+    TestCaseList().emplace_back(row.type, row.name, row.contentFile, row.hdrFile);
+  }
+  Get_User_Add_TestCase();
+  ReadOverwriteFlags(TestCaseList());
+  return 0;
+}
+
+void Get_User_Add_TestCase() {
+  std::ifstream file(CrossModuleHome() + kUserCaseFile);
+  if (!file) return;
+  std::string name;
+  std::string flag;
+  std::string content;
+  std::getline(file, name);
+  std::getline(file, flag);
+  std::getline(file, content);
+  int32_t hdr = 0;
+  std::istringstream(flag) >> hdr;
+  TestCaseList().emplace_back(kUserTestCase, name, content, hdr);
+}
+
+int Set_User_Add_TestCase(const std::string& name, int hdr, const std::string& file) {
+  std::ofstream(CrossModuleHome() + kUserCaseFile) << name << '\n' << hdr << '\n' << file << '\n';
+  return 0;
+}
+
+void Init_Module_List() {
+  if (!ModuleTypeList().empty()) return;
+  Stage* stage = Stages();
+  for (const MODULE_TYPE module : kAllModules) {
+    ModuleTypeList().push_back({module, &stage->result, &stage->dumpPath});
+    ++stage;
+  }
+}
+
+CM_Module* Get_Module_by_ID(MODULE_TYPE id) {
+  for (CM_Module& module : ModuleTypeList()) {
+    if (module.type == id) return &module;
+  }
+  CmLog("Get_Module_by_ID") << "Error! Can not find the module with ID:" << static_cast<int>(id)
+                            << '\n';
+  return nullptr;
+}
+
+std::string Module_Type_Inte_To_String(int mask) {
+  std::string text;
+  for (const CM_Module& module : ModuleTypeList()) {
+    std::string name = Module_Type_To_String_Simple(module.type);
+    if ((mask & module.type) == 0) {
+      name.assign(name.size(), ' ');
+      name[0] = '-';
+    }
+    text += name;
+  }
+  return text;
+}
+
+int Set_Current_TestCase(TEST_CASE_TYPE type) {
+  currentTestCase = type;
+  OpenEmpty(kCurrentCaseFile) << type << '\n';
+  return 0;
+}
+
+CM_TestCase* Get_Current_TestCase() {
+  if (currentTestCase == kUnknownTestCase) {
+    const auto stored = FirstLine(kCurrentCaseFile);
+    Set_Current_TestCase(stored ? std::atoi(stored->c_str()) : kFirstTestCase);
+  }
+  std::vector<CM_TestCase>& cases = TestCaseList();
+  CM_TestCase* testCase = cases.data();
+  CM_TestCase* end = cases.data() + cases.size();
+  while (testCase != end && testCase->type != currentTestCase) ++testCase;
+  return testCase;
+}
+
+bool IsKnown(const CM_TestCase* testCase) {
+  return testCase != TestCaseList().data() + TestCaseList().size();
+}

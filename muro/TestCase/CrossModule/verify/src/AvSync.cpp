@@ -1,0 +1,294 @@
+#include "AvSync.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <iostream>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "../../playback/src/CrossModuleLog.h"
+#include "../../playback/src/TestCaseCatalogue.h"
+#include "Ansi.h"
+#include "ColumnCompare.h"
+#include "ModuleVerification.h"
+#include "ReportTable.h"
+#include "RowReader.h"
+
+namespace {
+
+constexpr int kDemoOffsetMs = -10;
+
+constexpr int64_t kTicksPerMs = 90;
+constexpr int32_t kFirstAudioPts = 300 * kTicksPerMs;
+constexpr uint32_t kBeepRange = 45000;
+constexpr std::size_t kFirstBeepRow = 100;
+constexpr int kSilence = 1000000;  // a beep is above
+constexpr std::size_t kScalerLead = 10;
+
+constexpr int64_t kAheadToleranceMs = 20;
+constexpr int64_t kDelayToleranceMs = -30;
+
+constexpr const char* kVoFlashes[] = {"1e82234e", "4830d127"};
+constexpr const char* kScalerFlashes[] = {"1b184f64", "c5b6c53"};
+
+int offsetMs = 0;
+
+bool IsOneOf(std::span<const char* const> markers, const std::string& text) {
+  return std::find(markers.begin(), markers.end(), text) != markers.end();
+}
+
+std::string Hex(int32_t value) {
+  std::array<char, 8> digits;
+  const auto end =
+      std::to_chars(digits.begin(), digits.end(), static_cast<uint32_t>(value), 16).ptr;
+  return {digits.begin(), end};
+}
+
+/// Opens the dump and steps over its title.
+bool OpenDump(RowReader& reader, const char* function, const std::string& path) {
+  if (!reader.IsOpen()) {
+    CmLog(function) << report_table::kFailColour << "ERROR: can not open " << path << '\n';
+    return false;
+  }
+  reader.NextLine();
+  return true;
+}
+
+constexpr std::size_t kAudioItems = 7;
+
+bool ReadVoRow(std::string_view row, RowItems& items) {
+  return ReadItems(row, kVoFormat, items) == kVoFormat.itemCount;
+}
+
+bool ReadScalerRow(std::string_view row, RowItems& items) {
+  return ReadItems(row, kScalerFormat, items) == kScalerFormat.itemCount;
+}
+
+bool ReadAudioRow(std::string_view row, RowItems& items) {
+  std::array<std::string_view, kAudioItems> fields;
+  if (SplitRow(row, {',', ','}, fields) != fields.size()) return false;
+  std::transform(fields.begin(), fields.end(), items.begin(), ToNumber);
+  return true;
+}
+
+/// Hands the rows up to the first malformed one to `take`.
+AV_Sync_Info Fetch(MODULE_TYPE module, const char* function, const std::string& path,
+                   bool (*read)(std::string_view row, RowItems& items),
+                   void (*take)(const RowItems& items, std::vector<AV_Sync_Field>& fields)) {
+  AV_Sync_Info info{module, {}};
+  RowReader reader(path);
+  if (!OpenDump(reader, function, path)) return info;
+  RowItems items;
+  for (std::string_view row; reader.NextFilled(row) && read(row, items);) take(items, info.fields);
+  return info;
+}
+
+uint32_t Unsigned(int32_t item) {
+  return static_cast<uint32_t>(item);
+}
+
+bool IsBeep(const AV_Sync_Field& sample) {
+  return std::atoi(sample.firstText.c_str()) > kSilence;
+}
+
+/// The three stages' samples and where to print.
+struct Analysis {
+  const std::vector<AV_Sync_Field>& vo;
+  const std::vector<AV_Sync_Field>& scaler;
+  const AV_Sync_Info* audio;
+  std::ostream& out;
+};
+
+enum class Verdict { kSkipped, kPassed, kFailed };
+
+/// The Scaler sample of the flash: the panel shows it up to ten frames before the frame that the
+/// output gives the flash's number. Behind the last sample when the frame was not dumped.
+std::size_t FindScalerSample(const std::vector<AV_Sync_Field>& samples, int32_t frame) {
+  const auto sameFrame = std::find_if(samples.begin(), samples.end(), [frame](const auto& sample) {
+    return sample.frameNumber == frame;
+  });
+  const auto lead = std::min<std::ptrdiff_t>(sameFrame - samples.begin(), kScalerLead);
+  if (sameFrame == samples.end()) return samples.size();
+  const auto flash = std::find_if(sameFrame - lead, sameFrame, [](const auto& sample) {
+    return IsOneOf(kScalerFlashes, sample.firstText);
+  });
+  return static_cast<std::size_t>(flash - samples.begin());
+}
+
+int64_t TimeDiffMs(const AV_Sync_Field& vo, const AV_Sync_Field& scaler,
+                   const AV_Sync_Field& audio) {
+  const int64_t dumped = int64_t{audio.time90k} - scaler.time90k;
+  const int64_t presented = int64_t{vo.firstValue} - audio.firstValue - audio.secondValue;
+  return (dumped + presented) / kTicksPerMs + offsetMs;
+}
+
+std::string PadRight(std::string text, std::size_t width) {
+  return text.append(width - std::min(width, text.size()), ' ');
+}
+
+std::string PadLeft(const std::string& text, std::size_t width) {
+  return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+void PrintHead(std::ostream& out) {
+  out << report_table::kHeadingColour << "[AV Sync Result]" << ansi::kReset << '\n'
+      << PadRight("beep", 6) << PadRight("Frame", 15) << PadRight(" TimeDiff", 12)
+      << PadRight("Result", 18) << "Posision\n";
+}
+
+/// "+3ms", " 0ms" or " -3ms", to the width of its column.
+std::string DifferenceText(int64_t diffMs) {
+  std::string text = diffMs >= 1 ? "+" : " ";
+  return PadRight(text.append(std::to_string(diffMs)).append("ms    "), 12);
+}
+
+std::string FailureText(int64_t diffMs) {
+  if (diffMs > 0) return "FAIL(+" + std::to_string(diffMs - kAheadToleranceMs) + "ms)   ";
+  return "FAIL: (" + std::to_string(diffMs - kDelayToleranceMs) + "ms)  ";
+}
+
+Verdict PrintVerdict(std::ostream& out, int64_t diffMs) {
+  const bool passed = diffMs >= kDelayToleranceMs && diffMs <= kAheadToleranceMs;
+  out << DifferenceText(diffMs) << (passed ? ansi::kPass : report_table::kFailColour)
+      << PadRight(passed ? "PASS" : FailureText(diffMs), 18) << ansi::kReset;
+  return passed ? Verdict::kPassed : Verdict::kFailed;
+}
+
+void PrintPosition(std::ostream& out, const char* label, std::size_t position) {
+  out << label << PadLeft(std::to_string(position), 7);
+}
+
+/// Prints the event of the flash at `voIndex` as one line.
+Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex) {
+  std::ostream& out = analysis.out;
+  const AV_Sync_Field& flash = analysis.vo[voIndex];
+  out << report_table::kTitleColour << PadLeft(std::to_string(number), 4) << ansi::kReset
+      << "| frame " << PadLeft(std::to_string(flash.frameNumber), 7) << "  ";
+  const std::size_t scaler = FindScalerSample(analysis.scaler, flash.frameNumber);
+  if (scaler == analysis.scaler.size() || analysis.audio->fields.empty()) {
+    out << "skipped: no "
+        << (analysis.audio->fields.empty() ? "Audio sample" : "Scaler sample of this frame")
+        << '\n';
+    return Verdict::kSkipped;
+  }
+  const std::size_t beep =
+      AVsync_Find_Audio_Frame_By_Time(flash.firstValue, kBeepRange, analysis.audio);
+  const Verdict verdict =
+      PrintVerdict(out, TimeDiffMs(flash, analysis.scaler[scaler], analysis.audio->fields[beep]));
+  PrintPosition(out, "       [VO]    ", voIndex);
+  PrintPosition(out, "       [Scaler]", scaler);
+  PrintPosition(out, "       [Audio] ", beep);
+  out << '\n';
+  return verdict;
+}
+
+/// Prints all events. Returns true when at least one was judged and none failed.
+bool PrintEvents(const Analysis& analysis) {
+  int number = 0;
+  bool judged = false;
+  bool failed = false;
+  for (std::size_t i = 0; i < analysis.vo.size(); ++i) {
+    if (!IsOneOf(kVoFlashes, analysis.vo[i].secondText)) continue;
+    const Verdict verdict = PrintEvent(analysis, ++number, i);
+    judged |= verdict != Verdict::kSkipped;
+    failed |= verdict == Verdict::kFailed;
+  }
+  if (!judged) {
+    analysis.out << report_table::kFailColour << "FAIL: no flash to judge" << ansi::kReset << '\n';
+  }
+  return judged && !failed;
+}
+
+void PrintLegend(std::ostream& out) {
+  out << " *AV sync tolerance:(+20ms) ~ (-30ms)\n"
+         "(TimeDiff = videoTime - audioTime,    +:audio ahead  -:audio delay)\n";
+}
+
+}  // namespace
+
+AV_Sync_Field::AV_Sync_Field(int32_t frame, uint32_t time, std::string text1, std::string text2,
+                             uint32_t value)
+    : frameNumber(frame),
+      time90k(time),
+      firstText(std::move(text1)),
+      secondText(std::move(text2)),
+      firstValue(value) {}
+
+AV_Sync_Field::AV_Sync_Field(int32_t frame, uint32_t time, std::string text, uint32_t value1,
+                             uint32_t value2)
+    : frameNumber(frame),
+      time90k(time),
+      firstText(std::move(text)),
+      firstValue(value1),
+      secondValue(value2) {}
+
+AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path) {
+  return Fetch(MODULE_VO, "Fetch_AVsync_Info_VO", path, ReadVoRow,
+               [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
+                 fields.emplace_back(items[0], Unsigned(items[2]), Hex(items[10]), Hex(items[26]),
+                                     Unsigned(items[8]));
+               });
+}
+
+AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path) {
+  return Fetch(MODULE_SCALER, "Fetch_AVsync_Info_Scaler", path, ReadScalerRow,
+               [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
+                 fields.emplace_back(items[0], Unsigned(items[1]), Hex(items[18]), Hex(items[4]),
+                                     0U);
+               });
+}
+
+AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path) {
+  std::cout << "[Cross Module][Audio] skip first 300ms test data\n";
+  return Fetch(MODULE_AUDIO, "Fetch_AVsync_Info_Audio", path, ReadAudioRow,
+               [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
+                 if (items[5] < kFirstAudioPts) return;
+                 fields.emplace_back(items[0], Unsigned(items[1]), std::to_string(items[4]),
+                                     Unsigned(items[5]), Unsigned(items[6]));
+               });
+}
+
+std::size_t AVsync_Find_Audio_Frame_By_Time(uint32_t time, uint32_t range,
+                                            const AV_Sync_Info* audio) {
+  const std::vector<AV_Sync_Field>& samples = audio->fields;
+  if (samples.size() <= kFirstBeepRow) return 0;
+  const auto before = [](int64_t limit) {
+    return [limit](const AV_Sync_Field& sample) { return limit > sample.firstValue; };
+  };
+  const auto from = samples.begin() + kFirstBeepRow;
+  const auto lower = std::find_if_not(from, samples.end(), before(int64_t{time} - range));
+  const auto upper = std::find_if_not(lower, samples.end(), before(int64_t{time} + range));
+  const auto beep = std::find_if(lower, upper, IsBeep);
+  return beep == upper ? 0 : static_cast<std::size_t>(beep - samples.begin());
+}
+
+void Set_AVsync_Offset(int milliseconds) {
+  offsetMs = milliseconds;
+}
+
+bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scaler,
+                                const AV_Sync_Info* audio, std::ostream& out) {
+  CmLog("Print_AVsync_Anayze_Result", out) << "List the AV Sync Result:\n";
+  PrintHead(out);
+  const bool passed = PrintEvents({vo->fields, scaler->fields, audio, out});
+  PrintLegend(out);
+  return passed;
+}
+
+bool Verify_AVsync() {
+  Init_TestCase_List();
+  Init_Module_List();
+  const CM_TestCase* testCase = Get_Current_TestCase();
+  if (!IsKnown(testCase)) {
+    CmLog("Verify_AVsync") << report_table::kFailColour << "ERROR: unknown test case\n";
+    return false;
+  }
+  Set_AVsync_Offset(IsDemoContent(*testCase) ? kDemoOffsetMs : 0);
+  const AV_Sync_Info vo = Fetch_AVsync_Info_VO(*Get_Module_by_ID(MODULE_VO)->dumpPath);
+  const AV_Sync_Info scaler = Fetch_AVsync_Info_Scaler(*Get_Module_by_ID(MODULE_SCALER)->dumpPath);
+  const AV_Sync_Info audio = Fetch_AVsync_Info_Audio(*Get_Module_by_ID(MODULE_AUDIO)->dumpPath);
+  return Print_AVsync_Anayze_Result(&vo, &scaler, &audio, std::cout);
+}

@@ -1,0 +1,52 @@
+// Audio against video: pairs the flashes of the test clip with its beeps and judges the difference.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "../../playback/src/ModuleType.h"
+
+/// One row of a dump. The texts are checksums in lowercase hexadecimal, of audio in decimal.
+struct AV_Sync_Field {
+  AV_Sync_Field(int32_t frame, uint32_t time, std::string text1, std::string text2, uint32_t value);
+  AV_Sync_Field(int32_t frame, uint32_t time, std::string text, uint32_t value1, uint32_t value2);
+
+  int32_t frameNumber;
+  uint32_t time90k;          // when the row was dumped
+  std::string firstText;     // VO: output; Scaler: panel; Audio: samples
+  std::string secondText;    // VO and Scaler: picture at the scaler's input
+  uint32_t firstValue;       // VO and Audio: pts in 90 kHz ticks
+  uint32_t secondValue = 0;  // Audio: delay behind the dump point, in 90 kHz ticks
+};
+
+/// The rows of one stage in the order dumped.
+struct AV_Sync_Info {
+  MODULE_TYPE moduleType;
+  std::vector<AV_Sync_Field> fields;
+};
+
+/// Reads a stage's dump. A file that cannot be opened is reported and gives no rows; a malformed
+/// row ends the reading.
+AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path);
+AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path);
+AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path);
+
+/// Index of the first beep within `range` of `time` (90 kHz ticks); 0 when there is none. The first
+/// 100 rows are not looked at.
+std::size_t AVsync_Find_Audio_Frame_By_Time(uint32_t time, uint32_t range,
+                                            const AV_Sync_Info* audio);
+
+/// Difference in milliseconds that the playing content itself has, added to every event's.
+void Set_AVsync_Offset(int offsetMs);
+
+/// Prints every flash with its beep and verdict. Returns false when an event is outside the
+/// tolerance or when there was none to judge.
+bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scaler,
+                                const AV_Sync_Info* audio, std::ostream& out);
+
+/// Analyses the dumps of the current test case on the console. Returns false as the printer does,
+/// and for an unknown test case.
+bool Verify_AVsync();

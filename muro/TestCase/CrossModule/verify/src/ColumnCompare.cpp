@@ -1,0 +1,193 @@
+#include "ColumnCompare.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+
+namespace {
+
+constexpr char kFailLine[] = "==================================================";
+
+bool HasBit(std::uint32_t bits, std::size_t item) {
+  return (bits >> item & 1U) != 0;
+}
+
+void PrintTitle(RowReader& file, int number) {
+  const std::string title(WithoutLineEnd(file.NextLine()));
+  std::printf("[Title%d] %s\n", number, title.c_str());
+}
+
+}  // namespace
+
+void Verify_VO_push_frameInfo(_VOUT_INFO_COMPARE_RESULT& result, const VoFrameInfo& info) {
+  result.frameInfo.push_back(info);
+}
+
+ColumnComparison::ColumnComparison(const ColumnRules& rules,
+                                   const _SCALER_INFO_COMPARE_SETTING& setting,
+                                   std::span<const uint8_t> mask, _VOUT_INFO_COMPARE_RESULT& result,
+                                   CM_Verify_Result& stage)
+    : rules_(rules),
+      setting_(setting),
+      mask_(mask),
+      result_(result),
+      stage_(stage),
+      files_(setting.fileNameIn1, setting.fileNameIn2),
+      debounceCount_(rules.firstDebounceCount) {}
+
+bool ColumnComparison::Run() {
+  const std::string openFailure = std::string("Test case(") + rules_.name + ") - open text file";
+  if (!files_.AreOpen(stage_, (openFailure + "1 fail").c_str(), (openFailure + "2 fail").c_str())) {
+    return false;
+  }
+  PrintTitle(files_.golden, 1);
+  PrintTitle(files_.sample, 2);
+  Walk();
+  result_.frameCount = rows_;
+  stage_.putVerifyFrameCount(rows_);
+  PrintSummary();
+  return !result_.failed;
+}
+
+/// Walks to the end of the longer file, or to a row that is none.
+void ColumnComparison::Walk() {
+  std::string_view golden;
+  std::string_view sample;
+  for (bool readable = true; readable; ++rows_) {
+    const bool goldenIsThere = files_.golden.NextFilled(golden);
+    if (goldenIsThere && TakeSame(golden)) continue;
+    const bool sampleIsThere = files_.sample.NextFilled(sample);
+    if (!goldenIsThere) golden_.lastRead = -1;
+    if (!sampleIsThere) sample_.lastRead = -1;
+    if (!goldenIsThere && !sampleIsThere) return;
+    if (goldenIsThere && sampleIsThere) {
+      readable = CompareRows(golden, sample);
+    } else {
+      NoteMissingRow(goldenIsThere, goldenIsThere ? golden : sample);
+    }
+  }
+}
+
+/// Takes and notes the sample's row when it has golden's text. Returns false when the rows must be
+/// read: when they differ, or may say what the frame rate is.
+bool ColumnComparison::TakeSame(std::string_view goldenRow) {
+  if (!rules_.rateFromFrameZero && !rateIsKnown_) return false;
+  const SameRow same = SameItems(goldenRow, files_.sample.Ahead(), rules_.format);
+  if (same.length == 0) return false;
+  const int32_t frame = ToNumber(same.text);
+  if (rules_.rateFromFrameZero && frame == 0) return false;
+  files_.sample.Skip(same.length);
+  golden_.lastFrame = sample_.lastFrame = frame;
+  if (rules_.repeatItem == 1 && ToNumber(goldenRow.substr(same.text.size() + 1)) != 0) {
+    ++golden_.repeats;
+    ++sample_.repeats;
+  }
+  return true;
+}
+
+/// Compares two rows item by item. Returns false when one of them is no whole row: its first item
+/// that cannot be read fails then, and there is nothing sensible behind it.
+bool ColumnComparison::CompareRows(std::string_view goldenRow, std::string_view sampleRow) {
+  ItemPair pair(goldenRow, sampleRow, rules_.format);
+  NoteRow(golden_, pair.golden, pair.goldenCount);
+  NoteRow(sample_, pair.sample, pair.sampleCount);
+  if (pair.readable > rules_.rateItem) {
+    LearnRate(pair.golden);
+    if (rules_.comparesWholeRates) {
+      for (RowItems* items : {&pair.golden, &pair.sample}) {
+        int32_t& rate = (*items)[rules_.rateItem];
+        rate = static_cast<int32_t>((int64_t{rate} + rules_.rateRounding) / 1000);
+      }
+    }
+  }
+  for (std::size_t i = 0; i < pair.readable; ++i) CompareItem(pair, i);
+  if (!pair.whole) {
+    ++itemErrors_[pair.readable];
+    const int32_t frame = pair.goldenCount != 0 ? pair.golden[0] : ToNumber(sampleRow);
+    Fail(frame, pair.readable, pair.golden[pair.readable], pair.sample[pair.readable]);
+  }
+  return pair.whole;
+}
+
+/// Notes a row that only one file has. It fails wherever it is: the tolerance is for pictures that
+/// differ while the output settles, and an empty dump must not pass for one.
+void ColumnComparison::NoteMissingRow(bool goldenIsThere, std::string_view row) {
+  const int32_t frame = ToNumber(row);
+  Side& longer = goldenIsThere ? golden_ : sample_;
+  longer.lastFrame = frame;
+  ++(goldenIsThere ? sample_ : golden_).drops;
+  ++itemErrors_[0];
+  Fail(frame, 0, goldenIsThere ? frame : -1, goldenIsThere ? -1 : frame);
+}
+
+void ColumnComparison::NoteRow(Side& side, const RowItems& items, std::size_t itemCount) {
+  side.lastRead = itemCount == 0 ? 0 : 1;
+  side.drops += itemCount == 0 ? 1 : 0;
+  side.lastFrame = itemCount == 0 ? -1 : items[0];
+  const std::size_t repeat = rules_.repeatItem;
+  if (repeat < itemCount && items[repeat] != 0) ++side.repeats;
+}
+
+/// Learns from golden's row how many rows the tolerances are long.
+void ColumnComparison::LearnRate(const RowItems& golden) {
+  const int32_t rate = golden[rules_.rateItem];
+  if (rules_.rateFromFrameZero ? golden[0] != 0 || rate == 0 : rateIsKnown_) return;
+  const auto framesPerSecond = static_cast<int32_t>((int64_t{rate} + rules_.rateRounding) / 1000);
+  if (!rules_.rateFromFrameZero && framesPerSecond <= 0) return;
+  const int64_t errorCount = int64_t{framesPerSecond} * setting_.errTolerance_sec;
+  const int64_t syncCount = int64_t{framesPerSecond} * setting_.syncTolerance_sec;
+  rateIsKnown_ = true;
+  debounceCount_ = std::max(errorCount, syncCount);
+  std::printf("[%s] frame rate=%d, error debounceCnt=%d, sync debounceCnt=%d\n", rules_.name,
+              framesPerSecond, static_cast<int>(errorCount), static_cast<int>(syncCount));
+}
+
+void ColumnComparison::CompareItem(const ItemPair& pair, std::size_t item) {
+  const int32_t golden = pair.golden[item];
+  const int32_t dump = pair.sample[item];
+  if (golden == dump || item == rules_.format.counterItem) return;
+  ++itemErrors_[item];
+  if (rows_ < debounceCount_ || mask_[item] != 0) return;
+  if (HasBit(rules_.frameInfoItems, item)) {
+    Verify_VO_push_frameInfo(result_, {pair.golden[0], item, golden, dump});
+  }
+  Fail(pair.golden[0], item, golden, dump);
+}
+
+void ColumnComparison::Fail(int32_t frameNumber, std::size_t item, int32_t golden, int32_t dump) {
+  ++failures_;
+  AppendWrongField(stage_, frameNumber, item, ToText(item, golden), ToText(item, dump));
+  if (result_.failed) return;
+  result_.failed = true;
+  result_.frameNumber = frameNumber;
+  result_.item = item;
+  result_.golden = golden;
+  result_.dump = dump;
+  std::printf("[%s][%d] is_same=0@FrameNo[%d.%d], %s NOT MATCH!!\n%s\n", rules_.name, rows_,
+              golden_.lastFrame, sample_.lastFrame, rules_.itemNames[item], kFailLine);
+}
+
+std::string ColumnComparison::ToText(std::size_t item, int32_t value) const {
+  char digits[16];
+  if (!HasBit(rules_.format.hexadecimal, item)) {
+    return {digits, std::to_chars(digits, std::end(digits), value).ptr};
+  }
+  const auto end = std::to_chars(digits, std::end(digits), static_cast<uint32_t>(value), 16).ptr;
+  return rules_.hexPrefix + std::string(digits, end);
+}
+
+void ColumnComparison::PrintSummary() const {
+  std::printf("[%s] file scan end@FC[%d], rst=[%d|%d]!!\n", rules_.name, rows_, golden_.lastRead,
+              sample_.lastRead);
+  std::printf("[%s] ------- Error count: --------\n", rules_.name);
+  for (std::size_t i = 0; i < rules_.itemNames.size(); ++i) {
+    std::printf("[%s] %s :%d\n", rules_.name, rules_.itemNames[i], itemErrors_[i]);
+  }
+  std::printf("[%s] compare frameCnt=%d(Last frame_n=%d|%d) %s !!!, errCnt=%d, ", rules_.summaryTag,
+              rows_, golden_.lastFrame, sample_.lastFrame, result_.failed ? "FAIL" : "PASS",
+              failures_);
+  if (rules_.repeatItem != kNoItem) {
+    std::printf("repeatCnr=%d/%d, ", golden_.repeats, sample_.repeats);
+  }
+  std::printf("DropCnt=%d/%d\n", golden_.drops, sample_.drops);
+}

@@ -1,0 +1,61 @@
+// Console lines that are written for every frame: collected in a large buffer, because a line at a
+// time through the terminal's own would cost more than comparing the frame.
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+/// Text on its way to standard output, in order with what is printed before and after.
+class FrameLog {
+ public:
+  FrameLog() : buffer_(kSize) {}
+  ~FrameLog() { Flush(); }
+  FrameLog(const FrameLog&) = delete;
+  FrameLog& operator=(const FrameLog&) = delete;
+
+  template <std::size_t kLength>
+  FrameLog& operator<<(const char (&text)[kLength]) {
+    static_assert(kLength <= kMargin);
+    std::memcpy(Room(), text, kLength - 1);
+    used_ += kLength - 1;
+    return *this;
+  }
+  FrameLog& operator<<(std::string_view text) {
+    for (std::size_t taken = 0; taken < text.size(); taken += kMargin) {
+      const std::string_view piece = text.substr(taken, kMargin);
+      std::memcpy(Room(), piece.data(), piece.size());
+      used_ += piece.size();
+    }
+    return *this;
+  }
+  FrameLog& operator<<(int32_t number) { return Append(number, 10); }
+  /// Appends the number as "%x" writes it.
+  FrameLog& Hex(int32_t number) { return Append(static_cast<uint32_t>(number), 16); }
+
+  /// Writes what is collected.
+  void Flush();
+
+ private:
+  static constexpr std::size_t kSize = 64 * 1024;
+  static constexpr std::size_t kMargin = 128;  // room that every append finds
+
+  char* Room() {
+    if (used_ + kMargin > kSize) Flush();
+    return buffer_.data() + used_;
+  }
+
+  template <class Number>
+  FrameLog& Append(Number number, int base) {
+    char* const first = Room();
+    used_ +=
+        static_cast<std::size_t>(std::to_chars(first, first + kMargin, number, base).ptr - first);
+    return *this;
+  }
+
+  std::vector<char> buffer_;
+  std::size_t used_ = 0;
+};

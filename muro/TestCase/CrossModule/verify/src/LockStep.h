@@ -1,0 +1,96 @@
+// The walk through a golden file and a dump side by side, for the stages whose rows are aligned by
+// frame number (OMX input, OMX output, DVO). A stage decides what two rows mean; the walk reads.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "RowReader.h"
+#include "StageFiles.h"
+#include "VerifyResult.h"
+
+/// Rows of text fields. A field is a view of at most 15 characters into the row.
+struct OMX_MURO_FIELDS {
+  std::array<std::string_view, 7> field;
+};
+struct MURO_OMX_INPUT_FIELDS {
+  std::array<std::string_view, 5> field;
+};
+struct MURO_DVO_FIELDS {
+  std::array<std::string_view, 5> field;
+};
+
+/// Takes the fields of a row apart.
+template <class Fields>
+void parseFields(Fields& fields, std::string_view line) {
+  constexpr std::size_t kLongestField = 15;
+  SplitRow(line, {',', ' '}, fields.field);
+  for (std::string_view& field : fields.field) field = field.substr(0, kLongestField);
+}
+
+/// Appends the mismatches of two rows. Returns one bit for each kind of mismatch, 0 when equal.
+uint32_t compareFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
+                       const OMX_MURO_FIELDS& sample);
+uint32_t compareFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden,
+                       const MURO_OMX_INPUT_FIELDS& sample);
+uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
+                       const MURO_DVO_FIELDS& sample);
+
+/// Appends every column of a golden row that the dump does not have.
+void reportMissingFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden);
+void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden);
+void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden);
+
+/// Appends every column of a row that the dump shows again in place of the golden one.
+void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
+                        const MURO_DVO_FIELDS& sample);
+
+/// Longest piece of a line that is read as a row: the board's line buffer without its last
+/// character, which ends the text.
+inline constexpr std::size_t kDataLimit = 128 - 1;
+
+/// Which rows the walk reads next.
+enum class ReadMode { kBoth, kGoldenOnly, kSampleOnly, kEnd };
+
+class LockStepWalk {
+ public:
+  /// Both titles and rows are read from `files`, mismatches go to `result`.
+  LockStepWalk(CM_Verify_Result& result, StageFiles& files);
+  virtual ~LockStepWalk() = default;
+  LockStepWalk(const LockStepWalk&) = delete;
+  LockStepWalk& operator=(const LockStepWalk&) = delete;
+
+  /// Walks to the second read that fails, or until the stage ends it.
+  void Run();
+
+ protected:
+  /// One file of the walk.
+  struct Side {
+    RowReader& file;
+    std::string_view row;  // the last one read
+    int32_t rowsRead;
+  };
+
+  /// Length of the sample's next row when it is the same as golden's current one and there is
+  /// nothing to say about them; else 0.
+  virtual std::size_t FindSame() = 0;
+
+  /// Looks at the current rows and decides what to read next.
+  virtual ReadMode Judge() = 0;
+
+  CM_Verify_Result& result_;
+  Side golden_;
+  Side sample_;
+  int32_t compared_ = 0;  // pairs of rows
+
+ private:
+  bool ReadGolden(bool alone);
+  bool ReadSample();
+  bool TakeSame();
+  ReadMode Step(ReadMode mode);
+
+  int failedReads_ = 0;
+};

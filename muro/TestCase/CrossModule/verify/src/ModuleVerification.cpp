@@ -1,0 +1,89 @@
+#include "ModuleVerification.h"
+
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <utility>
+
+#include "../../playback/src/CrossModuleLog.h"
+#include "../../playback/src/Settings.h"
+#include "../../playback/src/TestCaseCatalogue.h"
+#include "ReportTable.h"
+#include "Verifiers.h"
+#include "VerifyReport.h"
+#include "VerifyResult.h"
+
+namespace {
+
+bool verifyingAll = false;
+
+struct StageVerifier {
+  MODULE_TYPE module;
+  void (*verify)(CM_Verify_Result& result, const std::string& golden, const std::string& sample);
+};
+
+constexpr StageVerifier kVerifiers[] = {
+    {MODULE_OMXIN, Verify_OMX_Input}, {MODULE_OMXOUT, Verify_OMX_Output},
+    {MODULE_VDEC, Verify_VDEC},       {MODULE_DVO, Verify_DVO},
+    {MODULE_VO, Verify_VO},           {MODULE_SCALER, Verify_Scaler},
+    {MODULE_AUDIO, Verify_Audio},
+};
+
+std::ostream& Log() {
+  return CmLog("Verify_Module");
+}
+
+bool ReportExistence(const char* found, const char* missing, const std::string& path) {
+  if (std::ifstream(path).is_open()) {
+    Log() << found << path << " exist\n";
+    return true;
+  }
+  Log() << report_table::kFailColour << missing << path << " NOT exist!\n";
+  return false;
+}
+
+void Verify(CM_Module& module, const std::string& goldenPath) {
+  CM_Verify_Result result(module.type);
+  for (const StageVerifier& verifier : kVerifiers) {
+    if (verifier.module == module.type) verifier.verify(result, goldenPath, *module.dumpPath);
+  }
+  *module.result = std::move(result);
+}
+
+}  // namespace
+
+void Verify_Module(MODULE_TYPE type) {
+  Init_TestCase_List();
+  Init_Module_List();
+  CM_Module* module = Get_Module_by_ID(type);
+  if (module == nullptr) {
+    Log() << "ERROR: unknown module: " << static_cast<int>(type) << '\n';
+    return;
+  }
+  const CM_TestCase* testCase = Get_Current_TestCase();
+  if (!IsKnown(testCase)) {
+    Log() << report_table::kFailColour << "ERROR: unknown test case\n";
+    return;
+  }
+  Log() << "=======> Verify: " << Module_Type_To_String(type) << '\n';
+  Log() << "Verify the Test Case  : " << testCase->Get_TestCase_Name() << '\n';
+  const std::string goldenPath = testCase->Get_Golden_Path(type);
+  if (!ReportExistence("Dump   file: ", "ERROR: Dump file: ", *module->dumpPath)) return;
+  if (!ReportExistence("Goldan file: ", "ERROR: Goldan file: ", goldenPath)) return;
+  Verify(*module, goldenPath);
+  if (Get_Debug_Level() != 0 || !verifyingAll) Print_RWA_Verify_Result(module->result);
+}
+
+void Verify_All_Modules() {
+  Init_Module_List();
+  verifyingAll = true;
+  for (CM_Module& module : ModuleTypeList()) {
+    *module.result = CM_Verify_Result(module.type);
+    Verify_Module(module.type);
+  }
+  verifyingAll = false;
+}
+
+bool IsDemoContent(const CM_TestCase& testCase) {
+  return testCase.contentFile == "goodDemo.cfg";
+}

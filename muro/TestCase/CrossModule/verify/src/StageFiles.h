@@ -1,0 +1,31 @@
+// The golden file and the dump of a stage, and how their differences join the result.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "RowReader.h"
+#include "VerifyResult.h"
+
+/// What stands for the value of a row or an item that a file does not have.
+inline constexpr char kMissingValue[] = "-1";
+
+/// Both files of a stage, opened for reading, golden first.
+struct StageFiles {
+  StageFiles(const std::string& goldenPath, const std::string& samplePath)
+      : golden(goldenPath), sample(samplePath) {}
+
+  /// True when both are open. Otherwise sets the status bit and prints the line (unless null) of
+  /// each one that is not.
+  bool AreOpen(CM_Verify_Result& result, const char* goldenFailure,
+               const char* sampleFailure) const;
+
+  RowReader golden;
+  RowReader sample;
+};
+
+/// Appends a wrong field; line ends do not become part of the values.
+void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
+                      std::string_view golden, std::string_view dump);

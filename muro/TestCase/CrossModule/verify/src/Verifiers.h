@@ -1,0 +1,27 @@
+// The verifiers, one a stage: each compares a stage's dump with its golden file, prints what it
+// finds and fills the caller's result. A file that cannot be opened sets its status bit.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+class CM_Verify_Result;
+
+void Verify_OMX_Input(CM_Verify_Result& result, const std::string& goldenPath,
+                      const std::string& samplePath);
+void Verify_OMX_Output(CM_Verify_Result& result, const std::string& goldenPath,
+                       const std::string& samplePath);
+void Verify_VDEC(CM_Verify_Result& result, const std::string& goldenPath,
+                 const std::string& samplePath);
+void Verify_DVO(CM_Verify_Result& result, const std::string& goldenPath,
+                const std::string& samplePath);
+void Verify_VO(CM_Verify_Result& result, const std::string& goldenPath,
+               const std::string& samplePath);
+void Verify_Scaler(CM_Verify_Result& result, const std::string& goldenPath,
+                   const std::string& samplePath);
+void Verify_Audio(CM_Verify_Result& result, const std::string& goldenPath,
+                  const std::string& samplePath);
+
+/// Counts the frames of a dump or golden file: rows whose number is the largest so far, and rows of
+/// number -1. 0 for a file that cannot be opened.
+int32_t CountFrames(const std::string& path);

@@ -1,0 +1,178 @@
+#include "VerifyAudio.h"
+
+#include <cstdio>
+#include <iterator>
+
+#include "StageFiles.h"
+#include "Verifiers.h"
+
+namespace {
+
+// The seventh number of a row has no name: it is never compared.
+constexpr const char* kColumns[] = {"frame_no",   "90k_counter",  "sample_rate",
+                                    "channel_no", "pcm_data_crc", "pts"};
+
+constexpr int32_t kSkippedTicks = 90000;  // the first second
+// Rows that may be skipped, and rows that must be left, for a dump to count as evidence.
+constexpr int32_t kEnoughSkipped = 10;
+constexpr int32_t kEnoughChecked = 1000;
+
+struct ComparedField {
+  std::size_t column;
+  int32_t MURO_CROSS_MODULE_CHECK_T::*value;
+};
+constexpr ComparedField kComparedFields[] = {{4, &MURO_CROSS_MODULE_CHECK_T::pcm_data_crc},
+                                             {2, &MURO_CROSS_MODULE_CHECK_T::sample_rate},
+                                             {3, &MURO_CROSS_MODULE_CHECK_T::channel_no}};
+
+std::string Hexadecimal(int32_t value) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%x", static_cast<uint32_t>(value));
+  return text;
+}
+
+void PrintRow(const MURO_CROSS_MODULE_CHECK_T& row) {
+  std::printf("%d, %d, %d, %d, %d, %d\n", row.frame_no, row.counter90k, row.sample_rate,
+              row.channel_no, row.pcm_data_crc, row.pts);
+}
+
+/// One file of the comparison with its current row.
+struct Side {
+  RowReader& file;
+  MURO_CROSS_MODULE_CHECK_T row;
+  int32_t skipped = 0;  // rows passed by before they could be compared
+
+  bool Read() { return read_next_row(row, file) == 0; }
+  bool Skip() {
+    if (!Read()) return false;
+    ++skipped;
+    return true;
+  }
+};
+
+void SkipFirstSecond(Side& side, const char* message) {
+  std::puts(message);
+  while (side.Skip() && side.row.pts < kSkippedTicks) {
+  }
+}
+
+/// Takes the next row of both files. Returns false when one has no whole row left.
+bool ReadPair(Side& golden, Side& test) {
+  std::string_view goldenLine;
+  std::string_view testLine;
+  if (!golden.file.Next(goldenLine)) return false;
+  const SameRow same = SameButSecondField(goldenLine, test.file.Ahead());
+  if (same.length == 0) {
+    return test.file.Next(testLine) && convert_to_data(goldenLine, golden.row) == 0 &&
+           convert_to_data(testLine, test.row) == 0;
+  }
+  test.file.Skip(same.length);
+  const bool whole = convert_to_data(goldenLine, golden.row) == 0;
+  test.row = golden.row;  // nobody looks at the 90k counter when all else is the same
+  return whole;
+}
+
+/// Reads on where the time stamps differ. A row that cannot be read ends it: the rows at hand are
+/// compared then, so that a file that ran out in the search does not pass.
+void Resynchronise(Side& golden, Side& test) {
+  while (golden.row.pts == 0 && golden.Skip()) {
+  }
+  while (test.row.pts == 0 && test.Skip()) {
+  }
+  while (golden.row.pts != test.row.pts) {
+    const bool testIsAhead = test.row.pts > golden.row.pts;
+    Side& behind = testIsAhead ? golden : test;
+    if (!behind.Read()) return;
+    if (testIsAhead) {
+      std::printf("[Cross Module][Audio] resync golden PTS %d\n", golden.row.pts);
+    } else {
+      std::printf("[Cross Module][Audio] resync test PTS %d\n", test.row.pts);
+    }
+  }
+}
+
+/// Prints the verdict. Returns true when the audio passed.
+bool Judge(int32_t errors, int32_t checked, int32_t goldenSkipped, int32_t testSkipped) {
+  if (errors != 0) {
+    std::printf("[Cross Module][Audio] Audio Test Failed, err_count %d\n", errors);
+    return false;
+  }
+  if (goldenSkipped > kEnoughSkipped || testSkipped > kEnoughSkipped) {
+    std::puts("[Cross Module][Audio] Audio Test Passed");
+    return true;
+  }
+  if (goldenSkipped != kEnoughSkipped || testSkipped != kEnoughSkipped) {
+    std::printf("[Cross Module][Audio] Audio Test Failed, dump data too small (%d,%d)\n",
+                testSkipped, goldenSkipped);
+  } else if (checked >= kEnoughChecked) {
+    std::printf("[Cross Module][Audio] Audio Test Failed, err_count %d\n", errors);
+  } else {
+    std::printf("[Cross Module][Audio] Audio Test Failed, checkcount too small %d\n", checked);
+  }
+  return false;
+}
+
+void SkipTitles(StageFiles& files) {
+  std::puts("[Cross Module][Audio] skip first row");
+  std::string_view title;
+  files.golden.Next(title);
+  files.sample.Next(title);
+}
+
+}  // namespace
+
+int convert_to_data(std::string_view line, MURO_CROSS_MODULE_CHECK_T& row) {
+  int32_t* const numbers[] = {&row.frame_no,     &row.counter90k, &row.sample_rate, &row.channel_no,
+                              &row.pcm_data_crc, &row.pts,        &row.delay};
+  return ReadNumbers(line, numbers) < std::size(numbers) ? 1 : 0;
+}
+
+int read_next_row(MURO_CROSS_MODULE_CHECK_T& row, RowReader& file) {
+  std::string_view line;
+  return file.Next(line) ? convert_to_data(line, row) : 1;
+}
+
+int checking_data(const MURO_CROSS_MODULE_CHECK_T& golden, const MURO_CROSS_MODULE_CHECK_T& test,
+                  CM_Verify_Result& result) {
+  bool same = true;
+  for (const ComparedField& field : kComparedFields) {
+    if (golden.*field.value == test.*field.value) continue;
+    same = false;
+    AppendWrongField(result, golden.frame_no, field.column, Hexadecimal(golden.*field.value),
+                     Hexadecimal(test.*field.value));
+  }
+  if (same) return 0;
+  std::puts("[Cross Module][Audio] data no matched");
+  std::puts("frame, misc, rate, channel, crc, pts");
+  PrintRow(golden);
+  PrintRow(test);
+  return 1;
+}
+
+void Verify_Audio(CM_Verify_Result& result, const std::string& goldenPath,
+                  const std::string& samplePath) {
+  result.columnNames.assign(std::begin(kColumns), std::end(kColumns));
+  StageFiles files(goldenPath, samplePath);
+  if (!files.AreOpen(result, "[Cross Module][Audio] muro open golden file failed",
+                     "[Cross Module][Audio] muro open test file failed")) {
+    return;
+  }
+  SkipTitles(files);
+  Side golden{files.golden, {}};
+  Side test{files.sample, {}};
+  SkipFirstSecond(golden, "[Cross Module][Audio] skip first 1000ms golden data");
+  SkipFirstSecond(test, "[Cross Module][Audio] skip first 1000ms test data");
+  std::printf("[Cross Module][Audio] skip first 1000ms data End %d,%d!!!\n", golden.row.pts,
+              test.row.pts);
+  int32_t errors = 0;
+  int32_t checked = 0;
+  while (ReadPair(golden, test)) {
+    Resynchronise(golden, test);
+    errors += checking_data(golden.row, test.row, result);
+    ++checked;
+  }
+  result.putVerifyFrameCount(checked);
+  if (!Judge(errors, checked, golden.skipped, test.skipped)) {
+    result.addVerifyStatus(kStatusAudioFailed);
+  }
+}

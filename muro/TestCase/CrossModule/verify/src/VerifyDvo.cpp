@@ -1,0 +1,171 @@
+#include <cstdio>
+#include <iterator>
+#include <optional>
+
+#include "LockStep.h"
+#include "Verifiers.h"
+
+namespace {
+
+// Only these have a name in the result; a row also has the kind of frame and the marker.
+constexpr const char* kColumns[] = {"frame_no", "frame_rate", "pts.L"};
+
+// Fields of a row, and those of them that are columns of the result.
+constexpr std::size_t kFrameNumber = 0;
+constexpr std::size_t kKind = 1;
+constexpr std::size_t kRate = 2;
+constexpr std::size_t kPts = 3;
+constexpr std::size_t kMarker = 4;
+constexpr std::size_t kColumnFields[] = {kFrameNumber, kRate, kPts};
+
+constexpr int32_t kFirstCheckedFrame = 120;
+
+int32_t FrameNumber(const MURO_DVO_FIELDS& row) {
+  return ToNumber(row.field[kFrameNumber]);
+}
+
+bool IsEndOfStream(const MURO_DVO_FIELDS& row) {
+  return WithoutLineEnd(row.field[kFrameNumber]) == "EOS";
+}
+
+void AppendColumn(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden, std::size_t column,
+                  std::string_view dump) {
+  AppendWrongField(result, FrameNumber(golden), column, golden.field[kColumnFields[column]], dump);
+}
+
+class DvoWalk : public LockStepWalk {
+ public:
+  using LockStepWalk::LockStepWalk;
+
+ private:
+  /// A row with a minus sign may be marked as dropped, which is worth a message.
+  std::size_t FindSame() override {
+    const std::string_view row = golden_.row;
+    if (!inStep_ || row.back() != '\n' || !sample_.file.Ahead().starts_with(row)) return 0;
+    const int32_t frame = ToNumber(row);
+    if (frame < kFirstCheckedFrame || row.find('-') != std::string_view::npos) return 0;
+    lastGolden_ = lastSample_ = frame;
+    return row.size();
+  }
+
+  ReadMode Judge() override {
+    parseFields(goldenFields_, golden_.row);
+    parseFields(sampleFields_, sample_.row);
+    const bool goldenEnds = IsEndOfStream(goldenFields_);
+    if (goldenEnds) std::printf("[muro:%d] golden got EOS \n", __LINE__);
+    if (IsEndOfStream(sampleFields_)) {
+      std::printf("[muro:%d] sample got EOS \n", __LINE__);
+      return ReadMode::kEnd;
+    }
+    const int32_t golden = FrameNumber(goldenFields_);
+    if (goldenEnds || golden < kFirstCheckedFrame) return ReadMode::kGoldenOnly;
+    const int32_t sample = FrameNumber(sampleFields_);
+    if (!inStep_ && !FindStart(golden, sample)) return ReadMode::kSampleOnly;
+    if (golden < sample) return SampleIsAhead(golden, sample);
+    if (sample < golden) return SampleIsBehind(golden, sample);
+    return Compare(golden, sample);
+  }
+
+  /// Looks for golden's first checked frame in the dump. Returns true when it is there.
+  bool FindStart(int32_t golden, int32_t sample) {
+    if (!firstChecked_) {
+      firstChecked_ = golden;
+      std::printf("[muro:%d] golden first check no:%d\n", __LINE__, golden);
+    }
+    inStep_ = sample == *firstChecked_;
+    if (inStep_) {
+      std::printf("[muro:%d] sample first check no:%d (%d %d)\n", __LINE__, sample,
+                  golden_.rowsRead, sample_.rowsRead);
+    } else if (sample > *firstChecked_ && !startIsMissing_) {
+      // A dump that lost this very frame has nothing to start from, and must not pass for it.
+      startIsMissing_ = true;
+      reportMissingFields(result_, goldenFields_);
+    }
+    return inStep_;
+  }
+
+  ReadMode SampleIsAhead(int32_t golden, int32_t sample) {
+    std::printf("[muro:%d] golden->frame_no:%d, but missing sampe. cur sample no:%d\n", __LINE__,
+                golden, sample);
+    reportMissingFields(result_, goldenFields_);
+    if (int64_t{sample} - lastGolden_ >= 2) std::puts("loss one line error");
+    return ReadMode::kGoldenOnly;
+  }
+
+  ReadMode SampleIsBehind(int32_t golden, int32_t sample) {
+    if (sample == lastSample_ && ToNumber(sampleFields_.field[kMarker]) == 1) {
+      std::printf("[muro:%d] golden->frame_no:%d, but sampe->frame_no:%d is repeat!!\n", __LINE__,
+                  golden, sample);
+      reportRepeatFields(result_, goldenFields_, sampleFields_);
+    } else {
+      result_.outOfOrder = true;
+    }
+    return ReadMode::kSampleOnly;
+  }
+
+  ReadMode Compare(int32_t golden, int32_t sample) {
+    if (compareFields(result_, goldenFields_, sampleFields_) != 0) return ReadMode::kEnd;
+    lastGolden_ = golden;
+    lastSample_ = sample;
+    ++compared_;
+    return ReadMode::kBoth;
+  }
+
+  MURO_DVO_FIELDS goldenFields_;
+  MURO_DVO_FIELDS sampleFields_;
+  std::optional<int32_t> firstChecked_;  // golden's first frame behind the warm-up
+  bool inStep_ = false;                  // the dump has it too
+  bool startIsMissing_ = false;
+  int32_t lastGolden_ = 0;  // numbers of the last rows compared
+  int32_t lastSample_ = 0;
+};
+
+}  // namespace
+
+void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden) {
+  for (std::size_t i = 0; i < std::size(kColumns); ++i) {
+    AppendColumn(result, golden, i, kMissingValue);
+  }
+}
+
+void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
+                        const MURO_DVO_FIELDS& sample) {
+  for (std::size_t i = 0; i < std::size(kColumns); ++i) {
+    AppendColumn(result, golden, i, sample.field[kColumnFields[i]]);
+  }
+}
+
+uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
+                       const MURO_DVO_FIELDS& sample) {
+  if (FrameNumber(golden) < ToNumber(golden.field[kRate]) / 500) return 0;
+  if (ToNumber(sample.field[kMarker]) < 0) {
+    const std::string frame(golden.field[kFrameNumber]);
+    std::printf("[muro:%d] golden->frame_no:%s, but sampe->frame_no is being drop!!\n", __LINE__,
+                frame.c_str());
+    AppendColumn(result, golden, 0, sample.field[kFrameNumber]);
+    return 0x2;
+  }
+  uint32_t mask = 0;
+  if (golden.field[kFrameNumber] != sample.field[kFrameNumber]) {
+    AppendColumn(result, golden, 0, sample.field[kFrameNumber]);
+    mask |= 0x8;
+  }
+  if (golden.field[kRate] != sample.field[kRate]) {
+    // Only frames of this kind carry a rate of their own.
+    if (golden.field[kKind] == "2") AppendColumn(result, golden, 1, sample.field[kRate]);
+    mask |= 0x4;
+  }
+  if (golden.field[kPts] != sample.field[kPts]) {
+    AppendColumn(result, golden, 2, sample.field[kPts]);
+    mask |= 0x2;
+  }
+  if (mask != 0) std::printf("frame_no:%d field:%07x error!\n", FrameNumber(golden), mask);
+  return mask;
+}
+
+void Verify_DVO(CM_Verify_Result& result, const std::string& goldenPath,
+                const std::string& samplePath) {
+  result.columnNames.assign(std::begin(kColumns), std::end(kColumns));
+  StageFiles files(goldenPath, samplePath);
+  if (files.AreOpen(result, nullptr, nullptr)) DvoWalk(result, files).Run();
+}

@@ -1,0 +1,202 @@
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+#include "LockStep.h"
+#include "Verifiers.h"
+
+namespace {
+
+constexpr const char* kOutputColumns[] = {"frame_no", "90k_counter", "width", "height",
+                                          "hdrInfo",  "frame_rate",  "pts.L"};
+constexpr const char* kInputColumns[] = {"frame_no", "90k_counter", "input_size", "input_flags",
+                                         "pts.L"};
+
+constexpr int64_t kRateTolerance = 6000;  // thousandths of a frame per second
+
+int32_t FrameNumber(const OMX_MURO_FIELDS& row) {
+  return ToNumber(row.field[0]);
+}
+int32_t FrameNumber(const MURO_OMX_INPUT_FIELDS& row) {
+  return ToNumber(row.field[0]);
+}
+
+/// Frames of the first two seconds, which the decoder may show in any way.
+int32_t StartUpFrames(const OMX_MURO_FIELDS& row) {
+  return ToNumber(row.field[5]) / 500;
+}
+bool IsStartUp(const OMX_MURO_FIELDS& row) {
+  return FrameNumber(row) < StartUpFrames(row);
+}
+/// The input of the decoder has no frame rate.
+bool IsStartUp(const MURO_OMX_INPUT_FIELDS&) {
+  return false;
+}
+
+/// Tells rows of the first two seconds without taking each apart: what stands between the 90k
+/// counter and the pts, the frame rate among it, seldom changes.
+template <class Fields>
+class StartUpRows {
+ public:
+  bool Contains(std::string_view row, std::string_view behindCounter) {
+    if (known_.empty() || !behindCounter.starts_with(known_)) Learn(row, behindCounter);
+    return known_.empty() || ToNumber(row) < frames_;
+  }
+
+ private:
+  void Learn(std::string_view row, std::string_view behindCounter) {
+    OMX_MURO_FIELDS fields;
+    parseFields(fields, row);
+    const char* const pts = fields.field.back().data();
+    known_ = pts == nullptr ? "" : std::string(behindCounter.data(), pts);
+    frames_ = StartUpFrames(fields);
+  }
+
+  std::string known_;  // of the last row that was taken apart
+  int32_t frames_ = 0;
+};
+template <>
+class StartUpRows<MURO_OMX_INPUT_FIELDS> {
+ public:
+  bool Contains(std::string_view, std::string_view) { return false; }
+};
+
+template <class Fields>
+void ReportAllFields(CM_Verify_Result& result, const Fields& golden) {
+  for (std::size_t i = 0; i < golden.field.size(); ++i) {
+    AppendWrongField(result, FrameNumber(golden), i, golden.field[i], kMissingValue);
+  }
+}
+
+/// Appends column `i` and returns its bit when the rows differ in it.
+template <class Fields>
+uint32_t CompareField(CM_Verify_Result& result, const Fields& golden, const Fields& sample,
+                      std::size_t i, uint32_t bit) {
+  if (golden.field[i] == sample.field[i]) return 0;
+  AppendWrongField(result, FrameNumber(golden), i, golden.field[i], sample.field[i]);
+  return bit;
+}
+
+uint32_t Announce(int32_t frameNumber, uint32_t mask) {
+  if (mask != 0) std::printf("frame_no:%d field:%07x error!\n", frameNumber, mask);
+  return mask;
+}
+
+/// A rate that is a little off is only worth a warning.
+uint32_t CompareRate(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
+                     const OMX_MURO_FIELDS& sample) {
+  if (golden.field[5] == sample.field[5]) return 0;
+  const int32_t goldenRate = ToNumber(golden.field[5]);
+  const int32_t sampleRate = ToNumber(sample.field[5]);
+  std::printf("[muro] warning frame_no:%d golden_fps:%d, sample_fps:%d \n", FrameNumber(golden),
+              goldenRate, sampleRate);
+  if (std::abs(int64_t{goldenRate} - sampleRate) <= kRateTolerance) return 0;
+  return CompareField(result, golden, sample, 5, 0x4);
+}
+
+void PrintLarger(int32_t golden, int32_t sample) {
+  std::printf("[muro:%d] golden->frame_no:%d, but sampe->frame_no:%d is larger!!\n", __LINE__,
+              golden, sample);
+}
+void PrintLagging(const OMX_MURO_FIELDS&, int32_t golden, int32_t sample) {
+  std::printf("[muro:%d] golden->frame_no:%d, but sampe->frame_no:%d is less!!\n", __LINE__, golden,
+              sample);
+}
+void PrintLagging(const MURO_OMX_INPUT_FIELDS&, int32_t golden, int32_t sample) {
+  std::printf("[muro:%d] golden->frame_no:%d, but missing sampe. cur sample no:%d\n", __LINE__,
+              golden, sample);
+}
+
+template <class Fields>
+class OmxWalk : public LockStepWalk {
+ public:
+  OmxWalk(CM_Verify_Result& result, StageFiles& files, int32_t warmUpRows)
+      : LockStepWalk(result, files), warmUpRows_(warmUpRows) {}
+
+ private:
+  std::size_t FindSame() override {
+    if (golden_.rowsRead <= warmUpRows_ || sample_.rowsRead < warmUpRows_) return 0;
+    const SameRow same = SameButSecondField(golden_.row, sample_.file.Ahead());
+    return same.length != 0 && !startUp_.Contains(golden_.row, same.text) ? same.length : 0;
+  }
+
+  ReadMode Judge() override {
+    if (golden_.rowsRead <= warmUpRows_ && sample_.rowsRead <= warmUpRows_) return ReadMode::kBoth;
+    Fields golden;
+    parseFields(golden, golden_.row);
+    if (IsStartUp(golden)) return ReadMode::kGoldenOnly;
+    Fields sample;
+    parseFields(sample, sample_.row);
+    if (IsStartUp(sample)) return ReadMode::kSampleOnly;
+    const int32_t goldenNumber = FrameNumber(golden);
+    const int32_t sampleNumber = FrameNumber(sample);
+    if (goldenNumber < sampleNumber) {
+      reportMissingFields(result_, golden);
+      PrintLarger(goldenNumber, sampleNumber);
+      return ReadMode::kGoldenOnly;
+    }
+    if (sampleNumber < goldenNumber) {
+      reportMissingFields(result_, golden);
+      PrintLagging(golden, goldenNumber, sampleNumber);
+      return ReadMode::kSampleOnly;
+    }
+    if (compareFields(result_, golden, sample) != 0) return ReadMode::kEnd;
+    ++compared_;
+    return ReadMode::kBoth;
+  }
+
+  const int32_t warmUpRows_;
+  StartUpRows<Fields> startUp_;
+};
+
+template <class Fields>
+void Verify(CM_Verify_Result& result, const std::string& goldenPath, const std::string& samplePath,
+            int32_t warmUpRows) {
+  StageFiles files(goldenPath, samplePath);
+  if (files.AreOpen(result, nullptr, nullptr)) OmxWalk<Fields>(result, files, warmUpRows).Run();
+}
+
+}  // namespace
+
+void reportMissingFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden) {
+  ReportAllFields(result, golden);
+}
+
+void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden) {
+  ReportAllFields(result, golden);
+}
+
+uint32_t compareFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
+                       const OMX_MURO_FIELDS& sample) {
+  if (IsStartUp(golden)) return 0;
+  uint32_t mask = CompareField(result, golden, sample, 0, 0x80);
+  if (golden.field[2] != sample.field[2]) {
+    std::printf("[muro] warning frame_no:%d golden_width:%d, sample_width:%d \n",
+                FrameNumber(golden), ToNumber(golden.field[2]), ToNumber(sample.field[2]));
+  }
+  mask |= CompareField(result, golden, sample, 4, 0x8);
+  mask |= CompareRate(result, golden, sample);
+  mask |= CompareField(result, golden, sample, 6, 0x2);
+  return Announce(FrameNumber(golden), mask);
+}
+
+uint32_t compareFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden,
+                       const MURO_OMX_INPUT_FIELDS& sample) {
+  uint32_t mask = CompareField(result, golden, sample, 0, 0x20);
+  mask |= CompareField(result, golden, sample, 2, 0x8);
+  mask |= CompareField(result, golden, sample, 3, 0x4);
+  mask |= CompareField(result, golden, sample, 4, 0x2);
+  return Announce(FrameNumber(golden), mask);
+}
+
+void Verify_OMX_Output(CM_Verify_Result& result, const std::string& goldenPath,
+                       const std::string& samplePath) {
+  result.columnNames.assign(std::begin(kOutputColumns), std::end(kOutputColumns));
+  Verify<OMX_MURO_FIELDS>(result, goldenPath, samplePath, 120);
+}
+
+void Verify_OMX_Input(CM_Verify_Result& result, const std::string& goldenPath,
+                      const std::string& samplePath) {
+  result.columnNames.assign(std::begin(kInputColumns), std::end(kInputColumns));
+  Verify<MURO_OMX_INPUT_FIELDS>(result, goldenPath, samplePath, 10);
+}
