@@ -3,14 +3,20 @@
 # board-run; uses `board`, `fresh`, `os`, `scenario` and sets `root` and `sim`.
 
 board_dirs=(
-  data home media mnt nvram system/bin tmp/var/log var vendor/corvana vendor/cvn_rootfs/{bin,usr/bin}
-  dev/block sys/crt proc/{.real,cvngdma,sys/vm} etc run usr/{bin,sbin,lib,lib32,lib64}
+  data home media mnt nvram/data system/bin tmp/var/log var
+  vendor/{corvana,cvn_rootfs/{bin,usr/bin}} dev/block sys/crt proc/{.real,cvngdma,sys/vm} etc run
+  usr/{bin,sbin,lib,lib32,lib64}
   opt/cvntester/{bin,lib,standins} sim/{log,usb/stick}
 )
 # The drivers' nodes are plain files: they keep what was written last.
 board_nodes=(
   dev/{cvnvdec,cvndvo,vodev,vscdev,vpqdev,cvnaudio} dev/block/{sda,sda1}
   sys/crt/register proc/{usercalls,cvngdma/dbg,sys/vm/drop_caches}
+)
+
+# The file by which programs tell the board's operating system.
+declare -A os_markers=(
+  [android]=vendor/manifest.xml [sorvex]=home/core.1st [pelxos]=vendor/corvana/pelxos
 )
 
 # Makes the board's directory, or refuses one that holds something else. Only one board-run at a
@@ -53,6 +59,7 @@ MakeRoot() {
   if busybox=$(command -v busybox); then
     cp -L "$busybox" "$new/vendor/cvn_rootfs/bin/busybox"
     ln -s ../../bin/busybox "$new/vendor/cvn_rootfs/usr/bin/tftp"
+    ln -s ../cvn_rootfs/bin/busybox "$new/vendor/corvana/busybox"
   fi
   mv "$new" "$board/root"
 }
@@ -86,4 +93,5 @@ PowerOn() {
   rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands}
   [[ -z $scenario ]] || cp "$scenario" "$sim/scenario"
   echo "$os" >"$sim/os"
+  (cd "$root" && rm -f "${os_markers[@]}" && : >"${os_markers[$os]}")
 }
