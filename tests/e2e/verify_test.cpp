@@ -1,0 +1,184 @@
+// Dumps that lie on the board against golden data, from the menu to the report on the USB stick.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "BoardFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Pty;
+using Talk = std::vector<std::pair<const char*, const char*>>;
+
+constexpr char kChoice[] = "Please enter a choice : ";
+constexpr char kHome[] = "/data/cross_module";
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class VerifyTest : public test::BoardFixture {
+ protected:
+  void SetUp() override {
+    BoardFixture::SetUp();
+    if (!IsSkipped()) MakeHome(kHome);
+  }
+
+  /// A home as the environment's initialisation leaves it, without a TFTP server.
+  void MakeHome(const std::string& home) const {
+    for (const char* directory : {"/config", "/report"})
+      fs::create_directories(OnBoard(home + directory));
+    std::ofstream(OnBoard(home + "/config/tftp_ip.cfg")) << "-\n";
+  }
+
+  /// Puts dumps and golden data of a test case on the board.
+  void PutDumps(const std::string& options) const {
+    const auto made =
+        test::RunShell(CVN_DUMP_GENERATOR " --home " + test::Quoted(OnBoard(kHome)) +
+                       " --dump-dir " + test::Quoted(OnBoard("/tmp/cross_module")) + " " + options);
+    ASSERT_EQ(made.status, 0) << made.output;
+  }
+
+  /// Switches the board on, does `talk` in the playback module's menu and quits.
+  void Play(Talk talk, const test::BoardOptions& options = {}) {
+    talk.insert(talk.begin(), {{kChoice, "5"}, {kChoice, "0"}, {kChoice, "0"}});
+    talk.emplace_back(kChoice, "q");
+    Pty& pty = Start(options);
+    for (const auto& [prompt, answer] : talk) ASSERT_TRUE(pty.Answer(prompt, answer));
+    ASSERT_EQ(pty.Wait(), 0);
+    screen_ = pty.Transcript();
+  }
+  const std::string& Screen() const { return screen_; }
+
+  /// The line that a file of the board has for a frame.
+  std::vector<std::string> Row(const std::string& path, const std::string& frame) const {
+    std::istringstream lines(test::FileText(OnBoard(path)));
+    std::string line;
+    while (std::getline(lines, line) && !line.starts_with(frame + ",")) {
+    }
+    std::istringstream items(line);
+    std::vector<std::string> row;
+    for (std::string item; std::getline(items, item, ',');) row.push_back(item);
+    return row;
+  }
+
+  /// Whether the harness's own report says so of a test.
+  bool Reported(const std::string& name, const std::string& verdict) const {
+    std::istringstream lines(ReportText());
+    for (std::string line; std::getline(lines, line);) {
+      if (Contains(line, name) && Contains(line, verdict)) return true;
+    }
+    return false;
+  }
+
+ private:
+  std::string screen_;
+};
+
+/// Words of the summary's rows by stage, such as {"[VDEC]", {"PASS", "599/599", …}}.
+std::map<std::string, std::vector<std::string>> Summary(const std::string& report) {
+  std::istringstream text(report.substr(report.find("-Overview]")));
+  std::map<std::string, std::vector<std::string>> rows;
+  std::string line;
+  while (std::getline(text, line) && !line.empty()) {
+    std::istringstream words(line);
+    std::string stage;
+    words >> stage;
+    if (stage.starts_with('[')) rows[stage] = {std::istream_iterator<std::string>(words), {}};
+  }
+  return rows;
+}
+
+std::vector<std::string> StagesNotPassed(const std::string& report) {
+  std::vector<std::string> stages;
+  const auto rows = Summary(report);
+  EXPECT_EQ(rows.size(), 7U) << report;
+  for (const auto& [stage, words] : rows) {
+    if (words.at(0) != "PASS") stages.push_back(stage);
+  }
+  return stages;
+}
+
+TEST_F(VerifyTest, EqualDumpsPassAndTheReportIsKept) {
+  PutDumps("--case 101");
+  std::ofstream(OnBoard("/default.prop")) << "ro.bootimage.build.date=today\n"
+                                             "ro.bootimage.build.fingerprint=old\n"
+                                             "ro.bootimage.build.fingerprint=tv/1.2\n";
+  std::ofstream(OnBoard(std::string(kHome) + "/config/timeStamp.config")) << "0315_142501\n";
+  Play({{kChoice, "15"}});
+  const std::string name = "report_101-h264-FrtChg_0315_142501.txt";
+  const std::string report = test::FileText(OnBoard(kHome + ("/report/" + name)));
+  EXPECT_TRUE(StagesNotPassed(report).empty()) << report;
+  EXPECT_TRUE(Contains(report, "PCB SW version: tv/1.2 (today)\n")) << report;
+  EXPECT_FALSE(Contains(report, "\033"));
+  EXPECT_TRUE(Contains(Screen(), "DONE. report:" + (kHome + ("/report/" + name)) + "\n"));
+  EXPECT_TRUE(Reported("015.Verify - All Module", " PASS "));
+  EXPECT_FALSE(fs::exists(OnBoard("/tmp/usb/cross_module_report"))) << "passed reports stay";
+}
+
+TEST_F(VerifyTest, OneWrongChecksumFailsItsStageAtItsFrameAndField) {
+  PutDumps("--case 101 --defect VDEC:change:300:crc");
+  Play({{kChoice, "4"}, {"[3]USB+TFTP . Please select: ", "1"}, {kChoice, "15"}});
+  const std::string report =
+      test::FileText(OnBoard(std::string(kHome) + "/report/report_101-h264-FrtChg_-.txt"));
+  EXPECT_EQ(StagesNotPassed(report), std::vector<std::string>{"[VDEC]"}) << report;
+  const auto dump = Row("/tmp/cross_module/dump_vdec.txt", "300");
+  const auto golden =
+      Row(std::string(kHome) + "/golden_data/playback/dump-101-h264-FrtChg-VDEC.txt", "300");
+  const std::string values = dump.at(3) + "/" + golden.at(3);
+  EXPECT_NE(dump.at(3), golden.at(3));
+  const auto row = Summary(report)["[VDEC]"];
+  EXPECT_EQ(std::vector<std::string>(row.begin() + 2, row.end()),
+            (std::vector<std::string>{"1/1", "300", "crc", values}))
+      << report;
+  EXPECT_TRUE(Contains(Screen(), values)) << "the console shows the same";
+  EXPECT_FALSE(Contains(report, "\033"));
+  EXPECT_EQ(test::FileText(OnBoard("/tmp/usb/cross_module_report/report_101-h264-FrtChg_-.txt")),
+            report);
+  EXPECT_TRUE(Reported("015.Verify - All Module", " FAIL "));
+}
+
+TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheSynchronisationOfTheSelectedCase) {
+  const Talk talk = {{kChoice, "17"}, {"or [12]: ", "8"}, {kChoice, "16"}};
+  PutDumps("--case 501 --audio-offset 20");
+  Play(talk);
+  EXPECT_TRUE(Reported("016.Verify - AV sync", " PASS ")) << Screen();
+  fs::remove(ReportPath());
+  PutDumps("--case 501 --audio-offset 21");
+  Play(talk);
+  EXPECT_TRUE(Reported("016.Verify - AV sync", " FAIL ")) << Screen();
+  EXPECT_TRUE(Contains(Screen(), "FAIL(+1ms)")) << Screen();
+}
+
+TEST_F(VerifyTest, EveryOperatingSystemHasItsHomeAndStick) {
+  const struct {
+    const char* os;
+    const char* home;
+    const char* stick;
+  } kBoards[] = {{"android", "/data/cross_module/", "/tmp/usb"},
+                 {"sorvex", "/home/cross_module/", "/tmp/usb"},
+                 {"pelxos", "/nvram/data/cross_module/", "/media/ext1:"},
+                 {"android", "/data/cross_module/", "/tmp/usb"}};
+  for (const auto& board : kBoards) MakeHome(board.home);
+  for (const auto& board : kBoards) {
+    Play({{kChoice, "18"}, {"(3)HTTP in HQ: ", "1"}}, {.launcher = {"--os", board.os}});
+    EXPECT_TRUE(Contains(Screen(), "Current setting: USB,  testing file home= " +
+                                       (board.stick + std::string("/cross_module_content_v1/\n"))))
+        << board.os << Screen();
+    EXPECT_FALSE(Contains(Screen(), "unknown OS"));
+    for (const auto& other : kBoards) {
+      const fs::path setting = OnBoard(other.home + std::string("config/selectHttpUsb.cfg"));
+      EXPECT_EQ(fs::exists(setting), other.home == std::string(board.home)) << board.os << setting;
+    }
+    fs::remove(OnBoard(board.home + std::string("config/selectHttpUsb.cfg")));
+  }
+}
+
+}  // namespace

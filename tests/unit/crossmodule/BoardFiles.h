@@ -1,0 +1,42 @@
+// A cross-module home of the test's own, with generated golden files and kept dumps of a test case.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Defect.h"
+
+namespace crossmodule {
+
+/// Moves the home to a new temporary directory and removes it at the end.
+class Home {
+ public:
+  Home();
+  ~Home();
+  Home(const Home&) = delete;
+  Home& operator=(const Home&) = delete;
+
+  const std::string& Path() const { return path_; }
+
+  /// Writes a file below the home, with its directories.
+  void Write(const std::string& name, const std::string& text) const;
+
+  /// Writes golden files and kept dumps of a test case, and makes the stages' dumps those kept.
+  void Play(int testCase, const std::vector<player::Defect>& defects);
+
+ private:
+  std::string path_;
+  std::vector<std::string> dumps_;
+};
+
+/// Pretends that of the files that tell the board's operating system this one is there. Empty:
+/// none.
+void PretendBoardFile(const std::string& path);
+
+/// Removes what a test left in the directory that all boards' programs share, "/tmp/cross_module/".
+void RemoveVolatileFiles();
+
+/// The text without its colour sequences.
+std::string WithoutColours(const std::string& text);
+
+}  // namespace crossmodule

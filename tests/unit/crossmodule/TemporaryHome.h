@@ -1,0 +1,71 @@
+// A cross-module home of its own for a test, and what programs that ran earlier left in it.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "BoardFiles.h"
+#include "Scripted.h"
+#include "SettingFile.h"
+
+/// A message of `function` as the console shows it.
+inline std::string Message(const std::string& function, const std::string& text) {
+  return "\033[1;33m[CrossModule][" + function + "] \033[0;37m" + text;
+}
+
+/// The home as the environment's initialisation leaves it, its directory "config" empty.
+class TemporaryHome : public testing::Test {
+ protected:
+  TemporaryHome() { std::filesystem::create_directory(Home() + "config"); }
+
+  const std::string& Home() const { return home_.Path(); }
+  std::string Text(const std::string& file) const { return scripted::ReadFile(Home() + file); }
+  bool Exists(const std::string& file) const { return std::filesystem::exists(Home() + file); }
+  void Write(const std::string& file, const std::string& text) const { home_.Write(file, text); }
+
+ private:
+  crossmodule::Home home_;
+};
+
+/// The same for what also keeps files that are gone after a reboot. Their directory is the same for
+/// all tests on this machine, so these tests may not run side by side.
+class AfterReboot : public TemporaryHome {
+ protected:
+  AfterReboot() { RemoveFiles(); }
+  ~AfterReboot() override {
+    RemoveFiles();
+    rmdir(kDumpDirectory);  // unless others keep files there
+  }
+
+  static std::string Path(const std::string& file) { return kDumpDirectory + file; }
+  static void WriteVolatile(const std::string& file, const std::string& text) {
+    OpenEmpty(Path(file)) << text;
+  }
+
+ private:
+  static void RemoveFiles() {
+    for (const char* file : {"freeRun.config", "IsSendReportIfPass.config", "file_format.cfg"}) {
+      std::filesystem::remove(Path(file));
+    }
+  }
+};
+
+/// Runs `body` in a program of its own that has ended when this returns: nothing but files remains.
+inline void InAnEarlierProgram(const std::function<void()>& body) {
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    body();
+    std::fflush(stdout);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0) << "see above";
+}

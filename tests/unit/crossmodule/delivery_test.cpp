@@ -1,0 +1,229 @@
+// The shell commands that clean, pack and send a report, and what they leave.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "BoardFiles.h"
+#include "ReportDelivery.h"
+#include "Scripted.h"
+#include "Settings.h"
+#include "TestCaseCatalogue.h"
+
+namespace {
+
+using scripted::Play;
+using Lines = std::vector<std::string>;
+
+constexpr char kAndroid[] = "/vendor/manifest.xml";
+constexpr char kSorvex[] = "/home/core.1st";
+constexpr char kPelxos[] = "/vendor/corvana/pelxos";
+
+/// Shell commands of `run` alone.
+template <typename Function>
+Lines CommandsOf(Function run) {
+  const std::size_t before = scripted::Commands().size();
+  Play("", [&] { return run(), 0; });
+  Lines commands = scripted::Commands();
+  commands.erase(commands.begin(), commands.begin() + static_cast<std::ptrdiff_t>(before));
+  return commands;
+}
+
+class CrossModuleFilesDelivery : public testing::Test {
+ protected:
+  void SetUp() override {
+    home_.Write("config/timeStamp.config", "0315_142501\n");
+    home_.Write("config/tftp_ip.cfg", "tv-farm.local\n");
+    Play("", [] { return Init_TestCase_List(); });
+    Init_Module_List();
+    Set_Current_TestCase(101);
+  }
+
+  void TearDown() override { crossmodule::RemoveVolatileFiles(); }
+
+  void SendTo(int destination) {
+    home_.Write("config/report_send_to_USB_TFTP.config", std::to_string(destination) + "\n");
+  }
+
+  crossmodule::Home home_;
+};
+
+TEST_F(CrossModuleFilesDelivery, NamesReportsByCaseAndRound) {
+  const std::string directory = home_.Path() + "report/";
+  EXPECT_EQ(Get_Report_Name(kReportFile, false), "report_101-h264-FrtChg_0315_142501.txt");
+  EXPECT_EQ(Get_Report_Name(kReportFile, true),
+            directory + "report_101-h264-FrtChg_0315_142501.txt");
+  EXPECT_EQ(Get_Report_Name(kReportArchive, true),
+            directory + "report_101-h264-FrtChg_0315_142501.tar.gz");
+  for (const int other : {0, 1, 3, 5, 7, -1}) EXPECT_EQ(Get_Report_Name(other, true), "") << other;
+}
+
+TEST_F(CrossModuleFilesDelivery, PacksWithTheBoardsTools) {
+  const struct {
+    const char* board;
+    bool withReport;
+    const char* tar;
+  } kCases[] = {{kAndroid, true, "tar -zcf "},
+                {kSorvex, false, "tar -zcf "},
+                {kPelxos, true, "/vendor/corvana/busybox tar -zcf "}};
+  const std::string package = home_.Path() + "report/package_101-h264-FrtChg_0315_142501";
+  for (const auto& test : kCases) {
+    crossmodule::PretendBoardFile(test.board);
+    Lines expected = {"mkdir -p " + package};
+    for (const char* stage : {"OMXIN", "OMXOUT", "VDEC", "DVO", "VO", "Scaler", "Audio"})
+      expected.push_back("cp " + home_.Path() + "dump_tmp/dump-101-h264-FrtChg-" + stage + ".txt " +
+                         package);
+    if (test.withReport)
+      expected.push_back("cp " + home_.Path() + "report/report_101-h264-FrtChg_0315_142501.txt " +
+                         package);
+    for (const char* log : {"logfile", "acpu1", "acpu2", "vcpu1", "vcpu2"})
+      expected.push_back("cp /tmp/var/log/dpq_" + std::string(log) + ".log " + package);
+    expected.push_back("sync");
+    expected.push_back("cd " + package + "; " + test.tar +
+                       "../report_101-h264-FrtChg_0315_142501.tar.gz .");
+    expected.push_back("rm /tmp/cross_module/report.verify.tmp.txt.Orig");
+    expected.push_back("rm -rf  " + package);
+    EXPECT_EQ(CommandsOf([&] { Package_AllinOne(test.withReport); }), expected);
+  }
+}
+
+TEST_F(CrossModuleFilesDelivery, SendsWhereTheSettingSays) {
+  const Lines usb = {"mkdir -p /tmp/usb/cross_module_report",
+                     "cp /a/b/report.txt /tmp/usb/cross_module_report/"};
+  const struct {
+    int destination;
+    const char* board;
+    bool toUsb;
+    const char* tftp;
+  } kCases[] = {
+      {0, kAndroid, false, nullptr},
+      {1, kAndroid, true, nullptr},
+      {2, kAndroid, false, "/vendor/cvn_rootfs/usr/bin/tftp -p -l "},
+      {3, kSorvex, true, "tftp -p -l "},
+      {3, kPelxos, true, "/vendor/corvana/busybox tftp -p -l "},
+  };
+  for (const auto& test : kCases) {
+    crossmodule::PretendBoardFile(test.board);
+    SendTo(test.destination);
+    Lines expected = {"sync"};
+    if (test.toUsb) expected.insert(expected.end(), usb.begin(), usb.end());
+    if (test.tftp != nullptr)
+      expected.push_back("cd /a/b; " + std::string(test.tftp) + "report.txt tv-farm.local");
+    expected.push_back("sync");
+    EXPECT_EQ(CommandsOf([] { Send_Report_File("/a/b/report.txt"); }), expected);
+  }
+  const std::string told = Play("", [] { return Send_Report_File("/a/b/report.txt"), 0; }).output;
+  EXPECT_NE(told.find("[Send_Report_File] \033[0;37mSend \033[1;37m/a/b/report.txt\033[m"
+                      " ----> [USB]  \"/tmp/usb/cross_module_report\"\n"),
+            std::string::npos);
+  EXPECT_NE(told.find("[Send_Report_File] \033[0;37mSend \033[1;37m/a/b/report.txt\033[m"
+                      " ----> [TFTP] \"tv-farm.local\"\n"),
+            std::string::npos);
+}
+
+TEST_F(CrossModuleFilesDelivery, SplitsThePathAtItsLastSlash) {
+  crossmodule::PretendBoardFile(kSorvex);
+  SendTo(2);
+  const struct {
+    const char* path;
+    const char* command;
+  } kPaths[] = {{"/report.txt", "cd /; tftp -p -l report.txt tv-farm.local"},
+                {"report.txt", "cd .; tftp -p -l report.txt tv-farm.local"}};
+  for (const auto& test : kPaths)
+    EXPECT_EQ(CommandsOf([&] { Send_Report_File(test.path); }),
+              (Lines{"sync", test.command, "sync"}));
+}
+
+TEST_F(CrossModuleFilesDelivery, SendsTheKeptDumps) {
+  Lines expected;
+  for (const char* stage : {"OMXIN", "OMXOUT", "VDEC", "DVO", "VO", "Scaler", "Audio"})
+    expected.push_back("cd " + home_.Path() + "dump_tmp ;tftp -p -l dump-101-h264-FrtChg-" + stage +
+                       ".txt tv-farm.local");
+  EXPECT_EQ(CommandsOf(Send_Dump_To_TFTP), expected);
+}
+
+TEST_F(CrossModuleFilesDelivery, DoesNothingForAnUnknownTestCase) {
+  Set_Current_TestCase(999);
+  std::string told;
+  EXPECT_EQ(CommandsOf([&] {
+              Package_AllinOne(true);
+              Send_Dump_To_TFTP();
+              told = Get_Report_Name(kReportArchive, true);
+            }),
+            Lines{});
+  EXPECT_EQ(told, "");
+  EXPECT_EQ(Play("", [] { return Package_AllinOne(true), 0; }).output,
+            "\033[1;33m[CrossModule][Package_AllinOne] \033[0;37mERROR: unknown test case\n");
+}
+
+TEST(ReportCleaning, TakesEveryColourSequenceOutAndNothingElse) {
+  const std::string path = testing::TempDir() + "coloured_" + std::to_string(getpid());
+  const std::string coloured = path + ".Orig";
+  const std::string clean = path + ".tmp";
+  const struct {
+    const char* text;
+    const char* clean;
+  } kTexts[] = {
+      {"", ""},
+      {"plain [0;37m text\n\n", "plain [0;37m text\n\n"},
+      {"\033[0;32;31mFAIL\033[m a\033[1;30mb", "FAIL ab\n"},
+      {"\033[0;32;32m1\033[0;32;34m2\033[0;33m3\033[0;35m4\033[0;36m5\033[0;37m6\033[1;31m7\n"
+       "\033[1;32m8\033[1;33m9\033[1;34ma\033[1;35mb\033[1;36mc\033[1;37md\n",
+       "1234567\n89abcd\n"},
+      {"a\033[0;32\033[1;31m;31mb\n", "ab\n"},
+      {"a\033[0;3\033[m3mb\n", "ab\n"},
+      {"\033[4munderlined\033\n", "\033[4munderlined\033\n"},
+  };
+  const Lines moves = {"mv " + path + " " + coloured, "mv " + clean + " " + path};
+  for (const auto& test : kTexts) {
+    std::ofstream(path) << test.text;
+    EXPECT_EQ(CommandsOf([&] { Remove_Color_Code_From_File(path); }), moves);
+    EXPECT_EQ(scripted::ReadFile(clean), test.clean);
+    EXPECT_EQ(scripted::ReadFile(path), test.text);
+  }
+  std::remove(path.c_str());
+  std::remove(clean.c_str());
+}
+
+TEST(ReportCleaning, TellsAFileThatItCannotOpen) {
+  const auto clean = [] { return Remove_Color_Code_From_File("/nowhere/report.txt"), 0; };
+  EXPECT_EQ(CommandsOf(clean), Lines{});
+  EXPECT_EQ(Play("", clean).output,
+            "\033[1;33m[CrossModule][Remove_Color_Code_From_File] \033[0;37mError! Cannot open "
+            "file\n");
+}
+
+/// Runs a command in a real shell and returns what it printed.
+std::string Shell(const std::string& command) {
+  std::FILE* shell = popen((command + " 2>/dev/null").c_str(), "r");
+  std::string output;
+  for (int c = std::fgetc(shell); c != EOF; c = std::fgetc(shell)) output += static_cast<char>(c);
+  pclose(shell);
+  return output;
+}
+
+TEST_F(CrossModuleFilesDelivery, LeavesAnArchiveOfDumpsAndReportBesideTheReport) {
+  crossmodule::PretendBoardFile(kSorvex);
+  home_.Play(101, {});
+  home_.Write("report/report_101-h264-FrtChg_0315_142501.txt", "the report\n");
+  for (const std::string& command : CommandsOf([] { Package_AllinOne(true); })) Shell(command);
+
+  const std::string archive = home_.Path() + "report/report_101-h264-FrtChg_0315_142501.tar.gz";
+  EXPECT_EQ(Shell("tar -tzf " + archive + " | sort"),
+            "./\n./dump-101-h264-FrtChg-Audio.txt\n./dump-101-h264-FrtChg-DVO.txt\n"
+            "./dump-101-h264-FrtChg-OMXIN.txt\n./dump-101-h264-FrtChg-OMXOUT.txt\n"
+            "./dump-101-h264-FrtChg-Scaler.txt\n./dump-101-h264-FrtChg-VDEC.txt\n"
+            "./dump-101-h264-FrtChg-VO.txt\n./report_101-h264-FrtChg_0315_142501.txt\n");
+  EXPECT_EQ(Shell("tar -xzOf " + archive + " ./report_101-h264-FrtChg_0315_142501.txt"),
+            "the report\n");
+  EXPECT_EQ(Shell("tar -xzOf " + archive + " ./dump-101-h264-FrtChg-VO.txt"),
+            scripted::ReadFile(home_.Path() + "dump_tmp/dump-101-h264-FrtChg-VO.txt"));
+  EXPECT_FALSE(
+      std::filesystem::exists(home_.Path() + "report/package_101-h264-FrtChg_0315_142501"));
+}
+
+}  // namespace

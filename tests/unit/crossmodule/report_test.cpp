@@ -1,0 +1,274 @@
+// Verifying stages and the report that comes of it: console, file and where it goes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "AvSync.h"
+#include "BoardFiles.h"
+#include "ModuleVerification.h"
+#include "Scripted.h"
+#include "Settings.h"
+#include "TestCaseCatalogue.h"
+#include "VerifyReport.h"
+#include "VerifyResult.h"
+
+namespace {
+
+using crossmodule::WithoutColours;
+using player::ParseDefect;
+using scripted::Play;
+
+// The report is written and cleaned here; the commands that move it on are only noted.
+constexpr char kTemporaryReport[] = "/tmp/cross_module/report.verify.tmp.txt";
+
+bool Contains(const std::string& text, const std::string& wanted) {
+  return text.find(wanted) != std::string::npos;
+}
+
+std::string CleanReport() {
+  return scripted::ReadFile(std::string(kTemporaryReport) + ".tmp");
+}
+
+class CrossModuleFilesReport : public testing::Test {
+ protected:
+  void SetUp() override {
+    home_.Write("config/timeStamp.config", "0315_142501\n");
+    home_.Write("config/tftp_ip.cfg", "10.0.0.2\n");
+    home_.Write("config/report_send_to_USB_TFTP.config", "0\n");
+    crossmodule::PretendBoardFile("/home/core.1st");
+    Play("", [] { return Set_FreeRun_Mode(0), Set_SendPassReport(0), Init_TestCase_List(); });
+    Init_Module_List();
+    Set_Current_TestCase(101);
+    Set_Debug_Level(0);
+  }
+
+  void TearDown() override { crossmodule::RemoveVolatileFiles(); }
+
+  static scripted::Run VerifyAll() {
+    Play("", [] { return Verify_All_Modules(), 0; });
+    return Play("", [] { return Print_Verify_Result() ? 0 : 1; });
+  }
+
+  crossmodule::Home home_;
+};
+
+constexpr char kHead[] =
+    "Test case     : 101-h264-FrtChg\n"
+    "Content       : /tmp/usb/cross_module_content_v1/[R101]h264-FrtChg.ts\n"
+    "Golden data   : normal\n"
+    "Test time     : 0315_142501\n"
+    "PCB SW version: --\n"
+    "\n"
+    "CVN - Cross Module Test - Playback Verify Report\n"
+    "\n";
+
+constexpr char kTableHead[] =
+    " List The 1st Erro Frame of All Module\n"
+    "[Test-101-h264-FrtChg-Overview]\n"
+    "Module    Result     FrameCount(Dump/Golden)  ErrCount(frame/field)  1stErrFrame  FieldName"
+    "     Value(Dump/Golen)\n";
+
+constexpr char kIntegrationHead[] =
+    "\n"
+    "[Video-Integration]\n"
+    "      Frame  Module                             ErrField  1stModule  FieldName     "
+    "Value(Dump/Golen)\n";
+
+std::string PassLine(const std::string& module, const std::string& count = "599/599") {
+  return module + "PASS                       " + count +
+         "                    0/0            -  -             (no---data)\n";
+}
+
+TEST_F(CrossModuleFilesReport, NamesTheBadStageTheFrameAndTheField) {
+  home_.Play(101, {ParseDefect("VDEC:change:300:crc")});
+  const auto run = VerifyAll();
+  EXPECT_EQ(run.result, 1);
+  const std::string tables =
+      kTableHead + PassLine("[OMXIN]   ") + PassLine("[OMXOUT]  ") +
+      "[VDEC]    FAIL!                      599/599                    1/1          300  crc"
+      "           edce52ee/edce52ef\n" +
+      PassLine("[DVO]     ") + PassLine("[VO]      ") + PassLine("[Scaler]  ") +
+      PassLine("[Audio]   ", "467/467") +
+      " First bad stage: [VDEC]   frame 300, crc = edce52ee/edce52ef\n" + kIntegrationHead +
+      "        300  -    -     VDEC-  - -     -               1  [VDEC]     crc           "
+      "edce52ee/edce52ef\n\n";
+  EXPECT_TRUE(Contains(WithoutColours(run.output), tables)) << run.output;
+  EXPECT_TRUE(Contains(run.output, "\033[0;32;31mFAIL!\033[m")) << "the console keeps its colours";
+
+  const std::string report = CleanReport();
+  const std::string columns = "Module Column Name:\n[OMXIN] 0:frame_no, 1:90k_counter, ";
+  EXPECT_EQ(report.substr(0, report.find(columns)), kHead + tables);
+  EXPECT_TRUE(Contains(report, "\n[DVO]    0:frame_no, 1:frame_rate, 2:pts.L\n")) << report;
+  EXPECT_FALSE(Contains(report, "\033"));
+
+  const std::string path = home_.Path() + "report/report_101-h264-FrtChg_0315_142501.txt";
+  const std::vector<std::string> commands = scripted::Commands();
+  ASSERT_GE(commands.size(), 2U);
+  EXPECT_EQ(commands[commands.size() - 2], "mkdir -p " + home_.Path() + "report/");
+  EXPECT_EQ(commands.back(), std::string("mv ") + kTemporaryReport + " " + path);
+  EXPECT_TRUE(Contains(WithoutColours(run.output),
+                       "[CrossModule][Print_Verify_Result] DONE. report:" + path + "\n"));
+
+  Play("", [] { return Print_Verify_Result() ? 0 : 1; });
+  EXPECT_EQ(CleanReport(), report) << "a second printing counts the same";
+}
+
+TEST_F(CrossModuleFilesReport, ShowsWhatEachStageLost) {
+  home_.Play(101,
+             {ParseDefect("OMXIN:drop:400"), ParseDefect("VO:change:350:crc_vo=255"),
+              ParseDefect("VO:change:350:width=1"), ParseDefect("DVO:repeat:349"),
+              ParseDefect("Scaler:truncate:598"), ParseDefect("Audio:change:200:pcm_data_crc=1")});
+  std::filesystem::remove(home_.Path() + "golden_data/playback/dump-101-h264-FrtChg-VDEC.txt");
+  const auto run = VerifyAll();
+  EXPECT_EQ(run.result, 1);
+  const std::string shown = WithoutColours(run.output);
+  for (const char* line : {
+           "[OMXIN]   FAIL!                      598/599                    1/5          400  "
+           "frame_no      (no---data)/400\n",
+           "[VDEC]    FAIL!              599/(no---data)                    0/0            -  -  "
+           "           (no---data)  not verified\n",
+           "[DVO]     FAIL!                      599/599                    1/3          350  "
+           "frame_no      349/350\n",
+           "[VO]      FAIL!                      599/599                    1/2          350  width"
+           "         1/1920\n",
+           " First bad stage: [DVO]    frame 350, frame_no = 349/350\n",
+           "        350  -    -     -   DVOVO-     -               5  [DVO]      frame_no      "
+           "349/350\n",
+       })
+    EXPECT_TRUE(Contains(shown, line)) << line << shown;
+  for (std::size_t at = 0; at < shown.size(); at = shown.find('\n', at) + 1) {
+    const std::string line = shown.substr(at, shown.find('\n', at) - at);
+    if (line.starts_with('[') && !line.starts_with("[CrossModule]")) {
+      EXPECT_LE(line.size(), 136U) << line;
+    }
+  }
+}
+
+TEST_F(CrossModuleFilesReport, GoesWhereItIsWanted) {
+  const struct {
+    const char* destination;
+    bool fails;
+    int sendPassReport;
+    bool sent;
+  } kCases[] = {{"0", true, 1, false},
+                {"1", false, 0, false},
+                {"1", false, 1, true},
+                {"1", true, 0, true},
+                {"2", true, 0, true}};
+  for (const auto& test : kCases) {
+    home_.Write("config/report_send_to_USB_TFTP.config", test.destination);
+    Play("", [&] { return Set_SendPassReport(test.sendPassReport); });
+    home_.Play(101, test.fails ? std::vector{ParseDefect("OMXOUT:drop:500")}
+                               : std::vector<player::Defect>());
+    const auto run = VerifyAll();
+    EXPECT_EQ(run.result, test.fails ? 1 : 0);
+    EXPECT_EQ(Contains(run.output, "[Send_Report_File]"), test.sent)
+        << test.destination << test.fails << test.sendPassReport;
+  }
+}
+
+TEST_F(CrossModuleFilesReport, TellsThatItCannotBeWritten) {
+  home_.Play(101, {});
+  std::filesystem::create_directories(kTemporaryReport);
+  const std::size_t commandsBefore = scripted::Commands().size();
+  const auto run = VerifyAll();
+  EXPECT_EQ(run.result, 0);
+  EXPECT_TRUE(Contains(run.output, std::string("ERROR: can not write ") + kTemporaryReport));
+  EXPECT_TRUE(Contains(run.output, "[Audio]   \033[1;32mPASS"));
+  EXPECT_EQ(scripted::Commands().size(), commandsBefore);
+}
+
+TEST_F(CrossModuleFilesReport, ChecksTheDemoClipInALineOfItsOwn) {
+  const auto demo = [&](const std::vector<player::Defect>& defects) {
+    home_.Play(101, defects);
+    Get_Current_TestCase()->contentFile = "goodDemo.cfg";
+    return WithoutColours(VerifyAll().output);
+  };
+  const std::string title =
+      "[CrossModule][Print_Verify_Result] (VIP) Start Test \n[CrossModule][Print_Verify_Result] ";
+  EXPECT_TRUE(Contains(demo({}), title + "VO(0) PASS -> scaler(0) PASS\n"));
+  EXPECT_TRUE(Contains(demo({ParseDefect("Scaler:change:300:crc_od")}),
+                       title + "VO(0) PASS -> scaler(1) FAIL\n"));
+}
+
+TEST_F(CrossModuleFilesReport, AnalysesTheSynchronisationOfTheDumps) {
+  home_.Play(501, {});
+  Set_Current_TestCase(501);
+  const auto analyse = [] { return Play("", [] { return Verify_AVsync() ? 0 : 1; }); };
+  const auto clip = analyse();
+  EXPECT_EQ(clip.result, 0);
+  EXPECT_TRUE(Contains(clip.output, "| frame     100   0ms ")) << clip.output;
+  Get_Current_TestCase()->contentFile = "goodDemo.cfg";
+  EXPECT_TRUE(Contains(analyse().output, "| frame     100   -10ms "));
+  std::filesystem::remove(home_.Path() + "dump_tmp/dump-501-avSync-Audio.txt");
+  const auto silent = analyse();
+  EXPECT_EQ(silent.result, 1);
+  EXPECT_TRUE(Contains(silent.output, "dump-501-avSync-Audio.txt\n")) << silent.output;
+}
+
+TEST_F(CrossModuleFilesReport, RefusesAnUnknownTestCase) {
+  Set_Current_TestCase(999);
+  EXPECT_EQ(Play("", [] { return Verify_AVsync() ? 1 : 0; }).result, 0);
+  for (const auto& run : {Play("", [] { return Verify_Module(MODULE_VO), 0; }),
+                          Play("", [] { return Print_Verify_Result() ? 1 : 0; })}) {
+    EXPECT_EQ(run.result, 0);
+    EXPECT_TRUE(run.output.ends_with("ERROR: unknown test case\n")) << run.output;
+  }
+}
+
+TEST_F(CrossModuleFilesReport, VerifiesAStageInSteps) {
+  home_.Play(101, {ParseDefect("VDEC:change:300:crc")});
+  const CM_Module& vdec = *Get_Module_by_ID(MODULE_VDEC);
+  const std::string dump = home_.Path() + "dump_tmp/dump-101-h264-FrtChg-VDEC.txt";
+  const std::string golden = home_.Path() + "golden_data/playback/dump-101-h264-FrtChg-VDEC.txt";
+  const std::string tag = "\033[1;33m[CrossModule][Verify_Module] \033[0;37m";
+  const std::string start =
+      tag + "=======> Verify: [VDEC]  \n" + tag + "Verify the Test Case  : 101-h264-FrtChg\n";
+  const std::string detail =
+      "\033[1;33m[CrossModule][Print_RWA_Verify_Result] \033[0;37m[VDEC]  verify result ==>  "
+      "\033[0;32;31mFAIL, error field count:1\033[m\n"
+      "\033[1;33m[CrossModule][Print_RWA_Verify_Result] \033[0;37m    0  frame   300,field:    3,"
+      "dump:  edce52ee,golden:  edce52ef\n";
+  const auto verify = [] { return Play("", [] { return Verify_Module(MODULE_VDEC), 0; }).output; };
+
+  const std::string found = start + tag + "Dump   file: " + dump + " exist\n" + tag +
+                            "Goldan file: " + golden + " exist\n";
+  const std::string single = verify();
+  EXPECT_TRUE(single.starts_with(found)) << single;
+  EXPECT_TRUE(single.ends_with(detail)) << single;
+  EXPECT_EQ(vdec.result->wrongFields.size(), 1U);
+
+  for (const int level : {0, 1}) {
+    Set_Debug_Level(level);
+    const auto all = Play("", [] { return Verify_All_Modules(), 0; });
+    EXPECT_EQ(Contains(all.output, detail), level == 1);
+  }
+
+  std::filesystem::remove(golden);
+  EXPECT_EQ(verify(), start + tag + "Dump   file: " + dump + " exist\n" + tag +
+                          "\033[0;32;31mERROR: Goldan file: " + golden + " NOT exist!\n");
+  std::filesystem::remove(dump);
+  EXPECT_EQ(verify(), start + tag + "\033[0;32;31mERROR: Dump file: " + dump + " NOT exist!\n");
+  EXPECT_EQ(vdec.result->wrongFields.size(), 1U) << "the outcome of before stays";
+  Play("", [] { return Verify_All_Modules(), 0; });
+  EXPECT_TRUE(vdec.result->columnNames.empty()) << "verifying all forgets it";
+
+  const auto unknown = Play("", [] { return Verify_Module(static_cast<MODULE_TYPE>(64)), 0; });
+  EXPECT_TRUE(unknown.output.ends_with(tag + "ERROR: unknown module: 64\n")) << unknown.output;
+}
+
+TEST(DetailedVerdict, TellsAPassAndAStatus) {
+  const std::string tag = "\033[1;33m[CrossModule][Print_RWA_Verify_Result] \033[0;37m";
+  CM_Verify_Result result(MODULE_AUDIO);
+  const auto print = [&] { return Print_RWA_Verify_Result(&result), 0; };
+  EXPECT_EQ(Play("", print).output, tag + "[Audio] verify result ==>  \033[0;32;32mPASS\033[m\n");
+  result.addVerifyStatus(15);
+  EXPECT_EQ(Play("", print).output,
+            tag + "[Audio] verify result ==>  \033[0;32;32mPASS\033[m (verify status 15)\n");
+}
+
+}  // namespace
