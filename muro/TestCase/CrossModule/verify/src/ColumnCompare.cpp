@@ -1,7 +1,6 @@
 #include "ColumnCompare.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 
 namespace {
@@ -33,6 +32,7 @@ ColumnComparison::ColumnComparison(const ColumnRules& rules,
       result_(result),
       stage_(stage),
       files_(setting.fileNameIn1, setting.fileNameIn2),
+      sameItems_(rules.format),
       debounceCount_(rules.firstDebounceCount) {}
 
 bool ColumnComparison::Run() {
@@ -72,7 +72,7 @@ void ColumnComparison::Walk() {
 /// read: when they differ, or may say what the frame rate is.
 bool ColumnComparison::TakeSame(std::string_view goldenRow) {
   if (!rules_.rateFromFrameZero && !rateIsKnown_) return false;
-  const SameRow same = SameItems(goldenRow, files_.sample.Ahead(), rules_.format);
+  const SameRow same = sameItems_.Find(goldenRow, files_.sample.Ahead());
   if (same.length == 0) return false;
   const int32_t frame = ToNumber(same.text);
   if (rules_.rateFromFrameZero && frame == 0) return false;
@@ -102,9 +102,11 @@ bool ColumnComparison::CompareRows(std::string_view goldenRow, std::string_view 
   }
   for (std::size_t i = 0; i < pair.readable; ++i) CompareItem(pair, i);
   if (!pair.whole) {
-    ++itemErrors_[pair.readable];
-    const int32_t frame = pair.goldenCount != 0 ? pair.golden[0] : ToNumber(sampleRow);
-    Fail(frame, pair.readable, pair.golden[pair.readable], pair.sample[pair.readable]);
+    const std::size_t item = pair.readable;
+    ++itemErrors_[item];
+    Fail(pair.goldenCount != 0 ? pair.golden[0] : ToNumber(sampleRow), item,
+         {pair.golden[item], item < pair.goldenCount},
+         {pair.sample[item], item < pair.sampleCount});
   }
   return pair.whole;
 }
@@ -113,11 +115,11 @@ bool ColumnComparison::CompareRows(std::string_view goldenRow, std::string_view 
 /// differ while the output settles, and an empty dump must not pass for one.
 void ColumnComparison::NoteMissingRow(bool goldenIsThere, std::string_view row) {
   const int32_t frame = ToNumber(row);
-  Side& longer = goldenIsThere ? golden_ : sample_;
-  longer.lastFrame = frame;
+  golden_.lastFrame = goldenIsThere ? frame : -1;
+  sample_.lastFrame = goldenIsThere ? -1 : frame;
   ++(goldenIsThere ? sample_ : golden_).drops;
   ++itemErrors_[0];
-  Fail(frame, 0, goldenIsThere ? frame : -1, goldenIsThere ? -1 : frame);
+  Fail(frame, 0, {golden_.lastFrame, goldenIsThere}, {sample_.lastFrame, !goldenIsThere});
 }
 
 void ColumnComparison::NoteRow(Side& side, const RowItems& items, std::size_t itemCount) {
@@ -151,29 +153,25 @@ void ColumnComparison::CompareItem(const ItemPair& pair, std::size_t item) {
   if (HasBit(rules_.frameInfoItems, item)) {
     Verify_VO_push_frameInfo(result_, {pair.golden[0], item, golden, dump});
   }
-  Fail(pair.golden[0], item, golden, dump);
+  Fail(pair.golden[0], item, {golden}, {dump});
 }
 
-void ColumnComparison::Fail(int32_t frameNumber, std::size_t item, int32_t golden, int32_t dump) {
+void ColumnComparison::Fail(int32_t frameNumber, std::size_t item, ItemValue golden,
+                            ItemValue dump) {
   ++failures_;
-  AppendWrongField(stage_, frameNumber, item, ToText(item, golden), ToText(item, dump));
+  const auto textOf = [&](const ItemValue& value) {
+    return ItemText(value.value, value.isThere && HasBit(rules_.format.hexadecimal, item),
+                    rules_.hexPrefix);
+  };
+  AppendWrongField(stage_, frameNumber, item, textOf(golden), textOf(dump));
   if (result_.failed) return;
   result_.failed = true;
   result_.frameNumber = frameNumber;
   result_.item = item;
-  result_.golden = golden;
-  result_.dump = dump;
+  result_.golden = golden.value;
+  result_.dump = dump.value;
   std::printf("[%s][%d] is_same=0@FrameNo[%d.%d], %s NOT MATCH!!\n%s\n", rules_.name, rows_,
               golden_.lastFrame, sample_.lastFrame, rules_.itemNames[item], kFailLine);
-}
-
-std::string ColumnComparison::ToText(std::size_t item, int32_t value) const {
-  char digits[16];
-  if (!HasBit(rules_.format.hexadecimal, item)) {
-    return {digits, std::to_chars(digits, std::end(digits), value).ptr};
-  }
-  const auto end = std::to_chars(digits, std::end(digits), static_cast<uint32_t>(value), 16).ptr;
-  return rules_.hexPrefix + std::string(digits, end);
 }
 
 void ColumnComparison::PrintSummary() const {

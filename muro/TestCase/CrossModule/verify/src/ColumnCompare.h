@@ -99,6 +99,12 @@ class ColumnComparison {
     int32_t repeats = 0;   // frames that were shown more than once
   };
 
+  /// The value of an item, -1 when the row or the item is not there.
+  struct ItemValue {
+    int32_t value;
+    bool isThere = true;
+  };
+
   void Walk();
   bool TakeSame(std::string_view goldenRow);
   bool CompareRows(std::string_view goldenRow, std::string_view sampleRow);
@@ -106,8 +112,7 @@ class ColumnComparison {
   void NoteRow(Side& side, const RowItems& items, std::size_t itemCount);
   void LearnRate(const RowItems& golden);
   void CompareItem(const ItemPair& pair, std::size_t item);
-  void Fail(int32_t frameNumber, std::size_t item, int32_t golden, int32_t dump);
-  std::string ToText(std::size_t item, int32_t value) const;
+  void Fail(int32_t frameNumber, std::size_t item, ItemValue golden, ItemValue dump);
   void PrintSummary() const;
 
   const ColumnRules& rules_;
@@ -116,6 +121,7 @@ class ColumnComparison {
   _VOUT_INFO_COMPARE_RESULT& result_;
   CM_Verify_Result& stage_;
   StageFiles files_;
+  SameItems sameItems_;
   Side golden_;
   Side sample_;
   int64_t debounceCount_;

@@ -21,7 +21,9 @@ int32_t CountFrames(const std::string& path) {
   bool startsLine = true;  // rows behind the first piece of an overlong line have no number
   while (file.Next(row)) {
     int32_t number = 0;
-    if (startsLine && ReadNumber(row, number) && (number > largest || number == -1)) {
+    // A number that is too large reads as -1 too, and is none.
+    if (startsLine && ReadNumber(row, number) &&
+        (number > largest || (number == -1 && row[0] == '-'))) {
       count = number == kWarmUpFrames ? kWarmUpFrames : count + 1;
       largest = std::max(largest, number);
     }

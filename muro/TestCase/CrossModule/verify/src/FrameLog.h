@@ -33,8 +33,18 @@ class FrameLog {
     return *this;
   }
   FrameLog& operator<<(int32_t number) { return Append(number, 10); }
-  /// Appends the number as "%x" writes it.
-  FrameLog& Hex(int32_t number) { return Append(static_cast<uint32_t>(number), 16); }
+  /// Appends the number as "%x" writes it, with zeros before it up to `width` digits.
+  FrameLog& Hex(int32_t number, std::size_t width = 1) {
+    char* const first = Room();
+    Append(static_cast<uint32_t>(number), 16);
+    const auto length = static_cast<std::size_t>(buffer_.data() + used_ - first);
+    if (length < width) {
+      std::memmove(first + width - length, first, length);
+      std::memset(first, '0', width - length);
+      used_ += width - length;
+    }
+    return *this;
+  }
 
   /// Writes what is collected.
   void Flush();

@@ -1,20 +1,24 @@
 #include "LockStep.h"
 
-#include <cstdio>
-
 namespace {
 
 constexpr std::size_t kTitleLimit = 66 - 1;
 
 }  // namespace
 
+void PrintMismatch(FrameLog& log, int32_t frameNumber, uint32_t mask) {
+  if (mask == 0) return;
+  log << "frame_no:" << frameNumber << " field:";
+  log.Hex(static_cast<int32_t>(mask), 7) << " error!\n";
+}
+
 LockStepWalk::LockStepWalk(CM_Verify_Result& result, StageFiles& files)
     : result_(result), golden_{files.golden, {}, 0}, sample_{files.sample, {}, 0} {}
 
 void LockStepWalk::Run() {
   std::string_view title;
-  if (!golden_.file.Next(title, kTitleLimit)) std::puts("read golden title fail");
-  if (!sample_.file.Next(title, kTitleLimit)) std::puts("read sample title fail");
+  if (!golden_.file.Next(title, kTitleLimit)) log_ << "read golden title fail\n";
+  if (!sample_.file.Next(title, kTitleLimit)) log_ << "read sample title fail\n";
   ReadMode mode = ReadMode::kBoth;
   while (mode != ReadMode::kEnd && failedReads_ < 2) mode = Step(mode);
   result_.putVerifyFrameCount(compared_);
@@ -37,10 +41,10 @@ bool LockStepWalk::ReadGolden(bool alone) {
   }
   ++failedReads_;
   if (alone) {
-    std::printf("[muro:%d] fread golden no:%d fail!\n", __LINE__, golden_.rowsRead);
+    log_ << "[muro:" << __LINE__ << "] fread golden no:" << golden_.rowsRead << " fail!\n";
   } else {
-    std::printf("[muro:%d] fread line1:%d fail! maybe it's the end of file!\n", __LINE__,
-                golden_.rowsRead);
+    log_ << "[muro:" << __LINE__ << "] fread line1:" << golden_.rowsRead
+         << " fail! maybe it's the end of file!\n";
   }
   return false;
 }
@@ -51,8 +55,8 @@ bool LockStepWalk::ReadSample() {
     return true;
   }
   ++failedReads_;
-  std::printf("[muro:%d] fread line2:%d fail! maybe it's the end of file!\n", __LINE__,
-              sample_.rowsRead);
+  log_ << "[muro:" << __LINE__ << "] fread line2:" << sample_.rowsRead
+       << " fail! maybe it's the end of file!\n";
   return false;
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "FrameLog.h"
 #include "RowReader.h"
 #include "StageFiles.h"
 #include "VerifyResult.h"
@@ -31,13 +32,14 @@ void parseFields(Fields& fields, std::string_view line) {
   for (std::string_view& field : fields.field) field = field.substr(0, kLongestField);
 }
 
-/// Appends the mismatches of two rows. Returns one bit for each kind of mismatch, 0 when equal.
+/// Prints and appends the mismatches of two rows. Returns one bit for each kind of mismatch, 0 when
+/// equal.
 uint32_t compareFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
-                       const OMX_MURO_FIELDS& sample);
+                       const OMX_MURO_FIELDS& sample, FrameLog& log);
 uint32_t compareFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden,
-                       const MURO_OMX_INPUT_FIELDS& sample);
+                       const MURO_OMX_INPUT_FIELDS& sample, FrameLog& log);
 uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
-                       const MURO_DVO_FIELDS& sample);
+                       const MURO_DVO_FIELDS& sample, FrameLog& log);
 
 /// Appends every column of a golden row that the dump does not have.
 void reportMissingFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden);
@@ -51,6 +53,9 @@ void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
 /// Longest piece of a line that is read as a row: the board's line buffer without its last
 /// character, which ends the text.
 inline constexpr std::size_t kDataLimit = 128 - 1;
+
+/// Prints the line of a frame that differs; nothing for an empty mask.
+void PrintMismatch(FrameLog& log, int32_t frameNumber, uint32_t mask);
 
 /// Which rows the walk reads next.
 enum class ReadMode { kBoth, kGoldenOnly, kSampleOnly, kEnd };
@@ -84,6 +89,7 @@ class LockStepWalk {
   CM_Verify_Result& result_;
   Side golden_;
   Side sample_;
+  FrameLog log_;
   int32_t compared_ = 0;  // pairs of rows
 
  private:

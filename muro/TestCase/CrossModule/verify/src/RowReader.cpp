@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <limits>
@@ -30,24 +31,56 @@ uint8_t DigitValue(char c) {
   return kDigitValue[static_cast<uint8_t>(c)];
 }
 
-/// Where the text stands behind the number it begins with; null when there is none. As in C, a
-/// number that is by far too large is the largest one, and the lower 32 bits of it are kept.
-const char* ParseNumber(const char* p, const char* end, unsigned base, int32_t& number) {
+/// Value of a character as a digit, `kBase` or more for what is none.
+template <unsigned kBase>
+unsigned DigitOf(char c) {
+  return kBase == 10 ? static_cast<uint8_t>(c - '0') : DigitValue(c);
+}
+
+/// The value of digits of any number: by far too many are the largest number, as in C.
+template <unsigned kBase>
+uint64_t ValueOf(const char* p, const char* end, bool negative) {
+  const uint64_t largest =
+      static_cast<uint64_t>(std::numeric_limits<int64_t>::max()) + (negative ? 1 : 0);
+  uint64_t value = 0;
+  for (; p < end; ++p) {
+    if (value > (largest - DigitOf<kBase>(*p)) / kBase) return largest;
+    value = value * kBase + DigitOf<kBase>(*p);
+  }
+  return value;
+}
+
+/// Reads the digits at `p`. Returns their end; null, `number` untouched, when there are none. As in
+/// C, the lower 32 bits of the value stay.
+template <unsigned kBase>
+inline const char* ParseDigits(const char* p, const char* end, bool negative, int32_t& number) {
+  constexpr std::ptrdiff_t kSafeDigits = 15;
+  const char* const first = p;
+  uint64_t value = 0;
+  for (; p < end && DigitOf<kBase>(*p) < kBase; ++p) value = value * kBase + DigitOf<kBase>(*p);
+  if (p == first) return nullptr;
+  if (p - first > kSafeDigits) value = ValueOf<kBase>(first, p, negative);
+  number = static_cast<int32_t>(static_cast<uint32_t>(negative ? 0 - value : value));
+  return p;
+}
+
+/// As `ParseDigits`, with white space, a sign and "0x" for base 16 before the digits.
+template <unsigned kBase>
+const char* ParseDecorated(const char* p, const char* end, int32_t& number) {
   while (p < end && IsSpace(*p)) ++p;
   const bool negative = p < end && *p == '-';
   if (p < end && (*p == '-' || *p == '+')) ++p;
-  if (base == 16 && end - p > 2 && p[0] == '0' && (p[1] | 0x20) == 'x' && DigitValue(p[2]) < 16) {
-    p += 2;
-  }
-  constexpr auto kLargest = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
-  const char* const first = p;
-  uint64_t value = 0;
-  for (; p < end && DigitValue(*p) < base; ++p) {
-    value = value > (kLargest - 15) / 16 ? kLargest : value * base + DigitValue(*p);
-  }
-  if (p == first) return nullptr;
-  number = static_cast<int32_t>(static_cast<uint32_t>(negative ? 0 - value : value));
-  return p;
+  const bool prefixed =
+      kBase == 16 && end - p > 2 && p[0] == '0' && (p[1] | 0x20) == 'x' && DigitValue(p[2]) < 16;
+  return ParseDigits<kBase>(prefixed ? p + 2 : p, end, negative, number);
+}
+
+/// Reads the number that a text begins with. Returns where the text stands behind it; null,
+/// `number` untouched, when there is none.
+template <unsigned kBase>
+inline const char* ParseNumber(const char* p, const char* end, int32_t& number) {
+  const bool plain = p < end && DigitOf<kBase>(*p) < kBase && (kBase == 10 || *p != '0');
+  return plain ? ParseDigits<kBase>(p, end, false, number) : ParseDecorated<kBase>(p, end, number);
 }
 
 unsigned BaseOf(const RowFormat& format, std::size_t item) {
@@ -71,21 +104,6 @@ const char* SkipItems(const char* p, const RowFormat& format, std::size_t first,
     ++p;
   }
   return p;
-}
-
-/// True when `text` is `count` plain decimal numbers with single commas between them. Written
-/// without a branch per character: this loop sees every byte of a dump.
-bool IsPlainDecimal(const char* text, std::size_t length, std::size_t count) {
-  if (length == 0 || length > 2 * 255 || text[0] == ',' || text[length - 1] == ',') return false;
-  uint8_t commas = 0;  // cannot overflow: there is no comma next to another
-  uint8_t wrong = 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    const bool comma = text[i] == ',';
-    const bool digit = static_cast<uint8_t>(text[i] - '0') < 10;
-    commas = static_cast<uint8_t>(commas + comma);
-    wrong = static_cast<uint8_t>(wrong | !(comma | digit) | (comma & (text[i - 1] == ',')));
-  }
-  return wrong == 0 && DigitValue(text[0]) < 10 && commas + std::size_t{1} == count;
 }
 
 /// Length of the sample's row when it is golden's but for digits in place of those from `field` to
@@ -172,7 +190,7 @@ std::string_view WithoutLineEnd(std::string_view row) {
 }
 
 bool ReadNumber(std::string_view text, int32_t& number) {
-  return ParseNumber(text.data(), text.data() + text.size(), 10, number) != nullptr;
+  return ParseNumber<10>(text.data(), text.data() + text.size(), number) != nullptr;
 }
 
 int32_t ToNumber(std::string_view text) {
@@ -205,13 +223,18 @@ std::size_t ReadNumbers(std::string_view row, std::span<int32_t* const> numbers)
   while (count < numbers.size()) {
     while (p < end && *p == ',') ++p;
     if (p == end || *p == '\0') break;
-    const char* const behind = ParseNumber(p, end, 10, *numbers[count]);
+    const char* const behind = ParseNumber<10>(p, end, *numbers[count]);
     if (behind == nullptr) *numbers[count] = 0;
     if (behind != nullptr) p = behind;
     while (p < end && *p != ',' && *p != '\0') ++p;
     ++count;
   }
   return count;
+}
+
+bool IsPlainRow(std::string_view row, std::size_t count) {
+  const RowFormat format{count, 0, 0};
+  return row.back() == '\n' && SkipItems(row.data(), format, 0, count) == row.data() + row.size();
 }
 
 SameRow SameButSecondField(std::string_view golden, std::string_view sampleAhead) {
@@ -230,7 +253,8 @@ std::size_t ReadItems(std::string_view row, const RowFormat& format, RowItems& i
   const char* p = row.data();
   const char* const end = p + row.size();
   for (std::size_t i = 0; i < format.itemCount; ++i) {
-    const char* const behind = ParseNumber(p, end, BaseOf(format, i), items[i]);
+    const char* const behind = BaseOf(format, i) == 16 ? ParseNumber<16>(p, end, items[i])
+                                                       : ParseNumber<10>(p, end, items[i]);
     if (behind == nullptr) return i;
     p = std::min(behind + 1, end);  // the character behind an item goes with it
   }
@@ -247,24 +271,29 @@ ItemPair::ItemPair(std::string_view goldenRow, std::string_view sampleRow, const
   if (sampleCount == readable) sample[readable] = -1;
 }
 
-SameRow SameItems(std::string_view golden, std::string_view sampleAhead, const RowFormat& format) {
+SameItems::SameItems(const RowFormat& format)
+    : format_(format),
+      checkedItems_(std::max(static_cast<std::size_t>(std::bit_width(format.hexadecimal)),
+                             format.counterItem + 1)) {}
+
+SameRow SameItems::Find(std::string_view golden, std::string_view sampleAhead) {
   if (golden.back() != '\n') return {};
   const char* const begin = golden.data();
-  const char* const counter = SkipItems(begin, format, 0, format.counterItem);
-  if (counter == nullptr) return {};
-  const char* const counterEnd = SkipDigits(counter, BaseOf(format, format.counterItem));
+  const char* const frameEnd = SkipDigits(begin, 10);
+  if (begin[0] == '0' && frameEnd - begin > 1) return {};  // the text is not the number's own
+  const unsigned base = BaseOf(format_, format_.counterItem);
+  const char* const counter = SkipItems(begin, format_, 0, format_.counterItem);
+  const char* const counterEnd = counter == nullptr ? counter : SkipDigits(counter, base);
   if (counterEnd == counter || *counterEnd != ',') return {};
-  const std::size_t length =
-      LengthOfSame(golden, sampleAhead, counter, counterEnd, BaseOf(format, format.counterItem));
+  const std::size_t length = LengthOfSame(golden, sampleAhead, counter, counterEnd, base);
   if (length == 0) return {};
-  const std::size_t behindCounter = format.counterItem + 1;
-  const std::size_t plainFrom = std::max(behindCounter, format.lastHexadecimal + 1);
-  const char* const p = SkipItems(counterEnd + 1, format, behindCounter, plainFrom);
+  const char* const p = SkipItems(counterEnd + 1, format_, format_.counterItem + 1, checkedItems_);
   if (p == nullptr) return {};
-  const auto left = static_cast<std::size_t>(begin + golden.size() - p);
-  const bool whole = plainFrom == format.itemCount
-                         ? left == 0
-                         : IsPlainDecimal(p, left - 1, format.itemCount - plainFrom);
-  if (!whole || (begin[0] == '0' && begin[1] != ',')) return {};
-  return {length, golden.substr(0, golden.find(','))};
+  const std::string_view rest = golden.substr(static_cast<std::size_t>(p - begin));
+  if (rest != knownRest_) {
+    const char* const end = SkipItems(p, format_, checkedItems_, format_.itemCount);
+    if (end != begin + golden.size()) return {};
+    knownRest_ = rest;
+  }
+  return {length, golden.substr(0, static_cast<std::size_t>(frameEnd - begin))};
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -70,6 +69,10 @@ std::size_t SplitRow(std::string_view row, std::array<char, 2> separators,
 /// row, text that is no number is 0. Returns how many there are; numbers behind them are untouched.
 std::size_t ReadNumbers(std::string_view row, std::span<int32_t* const> numbers);
 
+/// True for a row of exactly `count` decimal numbers of digits, with single commas between them and
+/// a newline behind them.
+bool IsPlainRow(std::string_view row, std::size_t count);
+
 /// A row of the sample that is found to be the same as golden's.
 struct SameRow {
   std::size_t length = 0;  // of the sample's row with its line end; 0: it is another one
@@ -83,11 +86,9 @@ SameRow SameButSecondField(std::string_view golden, std::string_view sampleAhead
 
 /// How the items of a row of numbers are written.
 struct RowFormat {
-  std::size_t itemCount;       // at most `kMaxItems`
-  std::uint32_t hexadecimal;   // bit n: item n is hexadecimal
-  std::size_t counterItem;     // the 90k counter: differs in every run, is never compared
-  std::size_t lastHexadecimal  // the last hexadecimal item
-      = static_cast<std::size_t>(std::bit_width(hexadecimal)) - 1;
+  std::size_t itemCount;      // at most `kMaxItems`
+  std::uint32_t hexadecimal;  // bit n: item n is hexadecimal
+  std::size_t counterItem;    // the 90k counter: differs in every run, is never compared
 };
 
 inline constexpr std::size_t kMaxItems = 27;
@@ -110,7 +111,19 @@ struct ItemPair {
   bool whole;            // all items are readable
 };
 
-/// Looks whether golden's row is a whole one of the format, and the sample goes on with the same
-/// row but for the digits of the counter item. The text is that of item 0, the frame number. May
-/// miss rows that are the same: then they must be read.
-SameRow SameItems(std::string_view golden, std::string_view sampleAhead, const RowFormat& format);
+/// Finds rows of numbers that need not be read because they are the same.
+class SameItems {
+ public:
+  explicit SameItems(const RowFormat& format);
+
+  /// Looks whether golden's row is a whole one of the format, and the sample goes on with the same
+  /// row but for the digits of the counter item. The text is that of item 0, the frame number. May
+  /// miss rows that are the same: then they must be read.
+  SameRow Find(std::string_view golden, std::string_view sampleAhead);
+
+ private:
+  const RowFormat format_;
+  const std::size_t checkedItems_;  // those up to the counter and the last hexadecimal one
+  std::string knownRest_;           // items behind them that were found to be whole: most pictures
+                                    // have the size and metadata of the one before
+};

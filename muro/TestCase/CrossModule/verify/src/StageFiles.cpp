@@ -1,6 +1,9 @@
 #include "StageFiles.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
+#include <iterator>
 
 bool StageFiles::AreOpen(CM_Verify_Result& result, const char* goldenFailure,
                          const char* sampleFailure) const {
@@ -17,7 +20,20 @@ bool StageFiles::AreOpen(CM_Verify_Result& result, const char* goldenFailure,
 
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
                       std::string_view golden, std::string_view dump) {
-  result.wrongFields.push_back({frameNumber, static_cast<uint32_t>(column),
-                                std::string(WithoutLineEnd(golden)),
-                                std::string(WithoutLineEnd(dump))});
+  auto& fields = result.wrongFields;
+  // Most dumps have no wrong field, bad ones have very many: moving them costs more than room does.
+  if (fields.size() == fields.capacity()) fields.reserve(fields.size() * 4);
+  VerifyFailField& field = fields.emplace_back();
+  field.frameNumber = frameNumber;
+  field.columnIndex = static_cast<uint32_t>(column);
+  field.goldenValue = WithoutLineEnd(golden);
+  field.dumpValue = WithoutLineEnd(dump);
+}
+
+ItemText::ItemText(int32_t value, bool hexadecimal, std::string_view hexPrefix) {
+  char* end = text_;
+  if (hexadecimal) end = std::copy(hexPrefix.begin(), hexPrefix.end(), end);
+  end = hexadecimal ? std::to_chars(end, std::end(text_), static_cast<uint32_t>(value), 16).ptr
+                    : std::to_chars(end, std::end(text_), value).ptr;
+  length_ = static_cast<std::size_t>(end - text_);
 }

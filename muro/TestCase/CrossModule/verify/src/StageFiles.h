@@ -29,3 +29,14 @@ struct StageFiles {
 /// Appends a wrong field; line ends do not become part of the values.
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
                       std::string_view golden, std::string_view dump);
+
+/// The text of a number in a wrong field: as "%d" or, behind the prefix, as "%x" writes it.
+class ItemText {
+ public:
+  ItemText(int32_t value, bool hexadecimal, std::string_view hexPrefix = {});
+  operator std::string_view() const { return {text_, length_}; }
+
+ private:
+  char text_[16];
+  std::size_t length_;
+};

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "FrameLog.h"
 #include "StageFiles.h"
 #include "Verifiers.h"
 
@@ -25,15 +26,9 @@ constexpr ComparedField kComparedFields[] = {{4, &MURO_CROSS_MODULE_CHECK_T::pcm
                                              {2, &MURO_CROSS_MODULE_CHECK_T::sample_rate},
                                              {3, &MURO_CROSS_MODULE_CHECK_T::channel_no}};
 
-std::string Hexadecimal(int32_t value) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%x", static_cast<uint32_t>(value));
-  return text;
-}
-
-void PrintRow(const MURO_CROSS_MODULE_CHECK_T& row) {
-  std::printf("%d, %d, %d, %d, %d, %d\n", row.frame_no, row.counter90k, row.sample_rate,
-              row.channel_no, row.pcm_data_crc, row.pts);
+void PrintRow(FrameLog& log, const MURO_CROSS_MODULE_CHECK_T& row) {
+  log << row.frame_no << ", " << row.counter90k << ", " << row.sample_rate << ", " << row.channel_no
+      << ", " << row.pcm_data_crc << ", " << row.pts << "\n";
 }
 
 /// One file of the comparison with its current row.
@@ -56,25 +51,21 @@ void SkipFirstSecond(Side& side, const char* message) {
   }
 }
 
-/// Takes the next row of both files. Returns false when one has no whole row left.
-bool ReadPair(Side& golden, Side& test) {
-  std::string_view goldenLine;
-  std::string_view testLine;
-  if (!golden.file.Next(goldenLine)) return false;
-  const SameRow same = SameButSecondField(goldenLine, test.file.Ahead());
-  if (same.length == 0) {
-    return test.file.Next(testLine) && convert_to_data(goldenLine, golden.row) == 0 &&
-           convert_to_data(testLine, test.row) == 0;
-  }
-  test.file.Skip(same.length);
-  const bool whole = convert_to_data(goldenLine, golden.row) == 0;
-  test.row = golden.row;  // nobody looks at the 90k counter when all else is the same
-  return whole;
+/// Takes the test's row when it is the same as golden's but for the 90k counter, and both can be
+/// compared as they are: seven plain numbers with a pts. Returns false when they must be read.
+bool TakeSame(std::string_view goldenLine, RowReader& test) {
+  const SameRow same = SameButSecondField(goldenLine, test.Ahead());
+  if (same.length == 0 || !IsPlainRow(goldenLine, 7)) return false;
+  const std::size_t delay = goldenLine.rfind(',');
+  const std::size_t pts = goldenLine.rfind(',', delay - 1) + 1;
+  if (goldenLine.find_first_not_of('0', pts) == delay) return false;
+  test.Skip(same.length);
+  return true;
 }
 
 /// Reads on where the time stamps differ. A row that cannot be read ends it: the rows at hand are
 /// compared then, so that a file that ran out in the search does not pass.
-void Resynchronise(Side& golden, Side& test) {
+void Resynchronise(FrameLog& log, Side& golden, Side& test) {
   while (golden.row.pts == 0 && golden.Skip()) {
   }
   while (test.row.pts == 0 && test.Skip()) {
@@ -83,12 +74,41 @@ void Resynchronise(Side& golden, Side& test) {
     const bool testIsAhead = test.row.pts > golden.row.pts;
     Side& behind = testIsAhead ? golden : test;
     if (!behind.Read()) return;
-    if (testIsAhead) {
-      std::printf("[Cross Module][Audio] resync golden PTS %d\n", golden.row.pts);
-    } else {
-      std::printf("[Cross Module][Audio] resync test PTS %d\n", test.row.pts);
-    }
+    log << "[Cross Module][Audio] resync " << (testIsAhead ? "golden" : "test") << " PTS "
+        << behind.row.pts << "\n";
   }
+}
+
+/// Appends a row that is none as a wrong checksum, so that a dump that is broken in its middle does
+/// not pass for one that ended there.
+void ReportBrokenRow(CM_Verify_Result& result, std::string_view golden) {
+  const ItemText missing(-1, false);
+  MURO_CROSS_MODULE_CHECK_T row;
+  const bool goldenIsWhole = convert_to_data(golden, row) == 0;
+  AppendWrongField(result, ToNumber(golden), 4,
+                   goldenIsWhole ? ItemText(row.pcm_data_crc, true) : missing, missing);
+}
+
+/// Compares the files from here to the end of one of them. Returns how many rows differed.
+int32_t CompareRows(CM_Verify_Result& result, Side& golden, Side& test) {
+  FrameLog log;
+  std::string_view goldenLine;
+  std::string_view testLine;
+  int32_t errors = 0;
+  int32_t checked = 0;
+  for (; golden.file.NextFilled(goldenLine); ++checked) {
+    if (TakeSame(goldenLine, test.file)) continue;
+    if (!test.file.NextFilled(testLine)) break;
+    if (convert_to_data(goldenLine, golden.row) != 0 || convert_to_data(testLine, test.row) != 0) {
+      ReportBrokenRow(result, goldenLine);
+      ++errors;
+      break;
+    }
+    Resynchronise(log, golden, test);
+    errors += checking_data(golden.row, test.row, result, log);
+  }
+  result.putVerifyFrameCount(checked);
+  return errors;
 }
 
 /// Prints the verdict. Returns true when the audio passed.
@@ -133,19 +153,18 @@ int read_next_row(MURO_CROSS_MODULE_CHECK_T& row, RowReader& file) {
 }
 
 int checking_data(const MURO_CROSS_MODULE_CHECK_T& golden, const MURO_CROSS_MODULE_CHECK_T& test,
-                  CM_Verify_Result& result) {
+                  CM_Verify_Result& result, FrameLog& log) {
   bool same = true;
   for (const ComparedField& field : kComparedFields) {
     if (golden.*field.value == test.*field.value) continue;
     same = false;
-    AppendWrongField(result, golden.frame_no, field.column, Hexadecimal(golden.*field.value),
-                     Hexadecimal(test.*field.value));
+    AppendWrongField(result, golden.frame_no, field.column, ItemText(golden.*field.value, true),
+                     ItemText(test.*field.value, true));
   }
   if (same) return 0;
-  std::puts("[Cross Module][Audio] data no matched");
-  std::puts("frame, misc, rate, channel, crc, pts");
-  PrintRow(golden);
-  PrintRow(test);
+  log << "[Cross Module][Audio] data no matched\nframe, misc, rate, channel, crc, pts\n";
+  PrintRow(log, golden);
+  PrintRow(log, test);
   return 1;
 }
 
@@ -164,15 +183,8 @@ void Verify_Audio(CM_Verify_Result& result, const std::string& goldenPath,
   SkipFirstSecond(test, "[Cross Module][Audio] skip first 1000ms test data");
   std::printf("[Cross Module][Audio] skip first 1000ms data End %d,%d!!!\n", golden.row.pts,
               test.row.pts);
-  int32_t errors = 0;
-  int32_t checked = 0;
-  while (ReadPair(golden, test)) {
-    Resynchronise(golden, test);
-    errors += checking_data(golden.row, test.row, result);
-    ++checked;
-  }
-  result.putVerifyFrameCount(checked);
-  if (!Judge(errors, checked, golden.skipped, test.skipped)) {
+  const int32_t errors = CompareRows(result, golden, test);
+  if (!Judge(errors, result.verifyFrameCount, golden.skipped, test.skipped)) {
     result.addVerifyStatus(kStatusAudioFailed);
   }
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "FrameLog.h"
 #include "RowReader.h"
 #include "VerifyResult.h"
 
@@ -28,4 +29,4 @@ int read_next_row(MURO_CROSS_MODULE_CHECK_T& row, RowReader& file);
 
 /// Compares two rows: prints them and appends every mismatch. Returns 1 when there is one, else 0.
 int checking_data(const MURO_CROSS_MODULE_CHECK_T& golden, const MURO_CROSS_MODULE_CHECK_T& test,
-                  CM_Verify_Result& result);
+                  CM_Verify_Result& result, FrameLog& log);

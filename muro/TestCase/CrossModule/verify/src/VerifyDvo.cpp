@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <iterator>
 #include <optional>
 
@@ -52,9 +51,9 @@ class DvoWalk : public LockStepWalk {
     parseFields(goldenFields_, golden_.row);
     parseFields(sampleFields_, sample_.row);
     const bool goldenEnds = IsEndOfStream(goldenFields_);
-    if (goldenEnds) std::printf("[muro:%d] golden got EOS \n", __LINE__);
+    if (goldenEnds) log_ << "[muro:" << __LINE__ << "] golden got EOS \n";
     if (IsEndOfStream(sampleFields_)) {
-      std::printf("[muro:%d] sample got EOS \n", __LINE__);
+      log_ << "[muro:" << __LINE__ << "] sample got EOS \n";
       return ReadMode::kEnd;
     }
     const int32_t golden = FrameNumber(goldenFields_);
@@ -70,12 +69,12 @@ class DvoWalk : public LockStepWalk {
   bool FindStart(int32_t golden, int32_t sample) {
     if (!firstChecked_) {
       firstChecked_ = golden;
-      std::printf("[muro:%d] golden first check no:%d\n", __LINE__, golden);
+      log_ << "[muro:" << __LINE__ << "] golden first check no:" << golden << "\n";
     }
     inStep_ = sample == *firstChecked_;
     if (inStep_) {
-      std::printf("[muro:%d] sample first check no:%d (%d %d)\n", __LINE__, sample,
-                  golden_.rowsRead, sample_.rowsRead);
+      log_ << "[muro:" << __LINE__ << "] sample first check no:" << sample << " ("
+           << golden_.rowsRead << " " << sample_.rowsRead << ")\n";
     } else if (sample > *firstChecked_ && !startIsMissing_) {
       // A dump that lost this very frame has nothing to start from, and must not pass for it.
       startIsMissing_ = true;
@@ -85,17 +84,17 @@ class DvoWalk : public LockStepWalk {
   }
 
   ReadMode SampleIsAhead(int32_t golden, int32_t sample) {
-    std::printf("[muro:%d] golden->frame_no:%d, but missing sampe. cur sample no:%d\n", __LINE__,
-                golden, sample);
+    log_ << "[muro:" << __LINE__ << "] golden->frame_no:" << golden
+         << ", but missing sampe. cur sample no:" << sample << "\n";
     reportMissingFields(result_, goldenFields_);
-    if (int64_t{sample} - lastGolden_ >= 2) std::puts("loss one line error");
+    if (int64_t{sample} - lastGolden_ >= 2) log_ << "loss one line error\n";
     return ReadMode::kGoldenOnly;
   }
 
   ReadMode SampleIsBehind(int32_t golden, int32_t sample) {
     if (sample == lastSample_ && ToNumber(sampleFields_.field[kMarker]) == 1) {
-      std::printf("[muro:%d] golden->frame_no:%d, but sampe->frame_no:%d is repeat!!\n", __LINE__,
-                  golden, sample);
+      log_ << "[muro:" << __LINE__ << "] golden->frame_no:" << golden
+           << ", but sampe->frame_no:" << sample << " is repeat!!\n";
       reportRepeatFields(result_, goldenFields_, sampleFields_);
     } else {
       result_.outOfOrder = true;
@@ -104,7 +103,7 @@ class DvoWalk : public LockStepWalk {
   }
 
   ReadMode Compare(int32_t golden, int32_t sample) {
-    if (compareFields(result_, goldenFields_, sampleFields_) != 0) return ReadMode::kEnd;
+    if (compareFields(result_, goldenFields_, sampleFields_, log_) != 0) return ReadMode::kEnd;
     lastGolden_ = golden;
     lastSample_ = sample;
     ++compared_;
@@ -136,12 +135,11 @@ void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
 }
 
 uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
-                       const MURO_DVO_FIELDS& sample) {
+                       const MURO_DVO_FIELDS& sample, FrameLog& log) {
   if (FrameNumber(golden) < ToNumber(golden.field[kRate]) / 500) return 0;
   if (ToNumber(sample.field[kMarker]) < 0) {
-    const std::string frame(golden.field[kFrameNumber]);
-    std::printf("[muro:%d] golden->frame_no:%s, but sampe->frame_no is being drop!!\n", __LINE__,
-                frame.c_str());
+    log << "[muro:" << __LINE__ << "] golden->frame_no:" << golden.field[kFrameNumber]
+        << ", but sampe->frame_no is being drop!!\n";
     AppendColumn(result, golden, 0, sample.field[kFrameNumber]);
     return 0x2;
   }
@@ -159,7 +157,7 @@ uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
     AppendColumn(result, golden, 2, sample.field[kPts]);
     mask |= 0x2;
   }
-  if (mask != 0) std::printf("frame_no:%d field:%07x error!\n", FrameNumber(golden), mask);
+  PrintMismatch(log, FrameNumber(golden), mask);
   return mask;
 }
 

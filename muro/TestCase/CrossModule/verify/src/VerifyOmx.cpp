@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 
@@ -77,34 +76,29 @@ uint32_t CompareField(CM_Verify_Result& result, const Fields& golden, const Fiel
   return bit;
 }
 
-uint32_t Announce(int32_t frameNumber, uint32_t mask) {
-  if (mask != 0) std::printf("frame_no:%d field:%07x error!\n", frameNumber, mask);
-  return mask;
-}
-
 /// A rate that is a little off is only worth a warning.
 uint32_t CompareRate(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
-                     const OMX_MURO_FIELDS& sample) {
+                     const OMX_MURO_FIELDS& sample, FrameLog& log) {
   if (golden.field[5] == sample.field[5]) return 0;
   const int32_t goldenRate = ToNumber(golden.field[5]);
   const int32_t sampleRate = ToNumber(sample.field[5]);
-  std::printf("[muro] warning frame_no:%d golden_fps:%d, sample_fps:%d \n", FrameNumber(golden),
-              goldenRate, sampleRate);
+  log << "[muro] warning frame_no:" << FrameNumber(golden) << " golden_fps:" << goldenRate
+      << ", sample_fps:" << sampleRate << " \n";
   if (std::abs(int64_t{goldenRate} - sampleRate) <= kRateTolerance) return 0;
   return CompareField(result, golden, sample, 5, 0x4);
 }
 
-void PrintLarger(int32_t golden, int32_t sample) {
-  std::printf("[muro:%d] golden->frame_no:%d, but sampe->frame_no:%d is larger!!\n", __LINE__,
-              golden, sample);
+void PrintLarger(FrameLog& log, int32_t golden, int32_t sample) {
+  log << "[muro:" << __LINE__ << "] golden->frame_no:" << golden
+      << ", but sampe->frame_no:" << sample << " is larger!!\n";
 }
-void PrintLagging(const OMX_MURO_FIELDS&, int32_t golden, int32_t sample) {
-  std::printf("[muro:%d] golden->frame_no:%d, but sampe->frame_no:%d is less!!\n", __LINE__, golden,
-              sample);
+void PrintLagging(FrameLog& log, const OMX_MURO_FIELDS&, int32_t golden, int32_t sample) {
+  log << "[muro:" << __LINE__ << "] golden->frame_no:" << golden
+      << ", but sampe->frame_no:" << sample << " is less!!\n";
 }
-void PrintLagging(const MURO_OMX_INPUT_FIELDS&, int32_t golden, int32_t sample) {
-  std::printf("[muro:%d] golden->frame_no:%d, but missing sampe. cur sample no:%d\n", __LINE__,
-              golden, sample);
+void PrintLagging(FrameLog& log, const MURO_OMX_INPUT_FIELDS&, int32_t golden, int32_t sample) {
+  log << "[muro:" << __LINE__ << "] golden->frame_no:" << golden
+      << ", but missing sampe. cur sample no:" << sample << "\n";
 }
 
 template <class Fields>
@@ -132,15 +126,15 @@ class OmxWalk : public LockStepWalk {
     const int32_t sampleNumber = FrameNumber(sample);
     if (goldenNumber < sampleNumber) {
       reportMissingFields(result_, golden);
-      PrintLarger(goldenNumber, sampleNumber);
+      PrintLarger(log_, goldenNumber, sampleNumber);
       return ReadMode::kGoldenOnly;
     }
     if (sampleNumber < goldenNumber) {
       reportMissingFields(result_, golden);
-      PrintLagging(golden, goldenNumber, sampleNumber);
+      PrintLagging(log_, golden, goldenNumber, sampleNumber);
       return ReadMode::kSampleOnly;
     }
-    if (compareFields(result_, golden, sample) != 0) return ReadMode::kEnd;
+    if (compareFields(result_, golden, sample, log_) != 0) return ReadMode::kEnd;
     ++compared_;
     return ReadMode::kBoth;
   }
@@ -167,26 +161,29 @@ void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& 
 }
 
 uint32_t compareFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
-                       const OMX_MURO_FIELDS& sample) {
+                       const OMX_MURO_FIELDS& sample, FrameLog& log) {
   if (IsStartUp(golden)) return 0;
   uint32_t mask = CompareField(result, golden, sample, 0, 0x80);
   if (golden.field[2] != sample.field[2]) {
-    std::printf("[muro] warning frame_no:%d golden_width:%d, sample_width:%d \n",
-                FrameNumber(golden), ToNumber(golden.field[2]), ToNumber(sample.field[2]));
+    log << "[muro] warning frame_no:" << FrameNumber(golden)
+        << " golden_width:" << ToNumber(golden.field[2])
+        << ", sample_width:" << ToNumber(sample.field[2]) << " \n";
   }
   mask |= CompareField(result, golden, sample, 4, 0x8);
-  mask |= CompareRate(result, golden, sample);
+  mask |= CompareRate(result, golden, sample, log);
   mask |= CompareField(result, golden, sample, 6, 0x2);
-  return Announce(FrameNumber(golden), mask);
+  PrintMismatch(log, FrameNumber(golden), mask);
+  return mask;
 }
 
 uint32_t compareFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden,
-                       const MURO_OMX_INPUT_FIELDS& sample) {
+                       const MURO_OMX_INPUT_FIELDS& sample, FrameLog& log) {
   uint32_t mask = CompareField(result, golden, sample, 0, 0x20);
   mask |= CompareField(result, golden, sample, 2, 0x8);
   mask |= CompareField(result, golden, sample, 3, 0x4);
   mask |= CompareField(result, golden, sample, 4, 0x2);
-  return Announce(FrameNumber(golden), mask);
+  PrintMismatch(log, FrameNumber(golden), mask);
+  return mask;
 }
 
 void Verify_OMX_Output(CM_Verify_Result& result, const std::string& goldenPath,

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 
 #include "FrameLog.h"
@@ -24,12 +23,15 @@ void SkipTitle(RowReader& file, const char* message) {
   if (std::string_view(title).substr(word) == "MaxFALL") std::puts(message);
 }
 
-std::string ToText(std::size_t column, int32_t value) {
-  char digits[16];
-  const auto end = column == kCrc
-                       ? std::to_chars(digits, std::end(digits), static_cast<uint32_t>(value), 16)
-                       : std::to_chars(digits, std::end(digits), value);
-  return {digits, end.ptr};
+void Fail(CM_Verify_Result& result, FrameLog& log, int32_t frame, const ItemPair& pair,
+          std::size_t item) {
+  const int32_t golden = pair.golden[item];
+  const int32_t sample = pair.sample[item];
+  AppendWrongField(result, frame, item, ItemText(golden, item == kCrc && item < pair.goldenCount),
+                   ItemText(sample, item == kCrc && item < pair.sampleCount));
+  log << "vdec info compare fail in frame " << frame << ", " << kColumns[item] << " ,val=";
+  log.Hex(golden) << " ";
+  log.Hex(sample) << " \n";
 }
 
 /// Compares two rows item by item. Returns false when one of them is no whole row: its first item
@@ -39,17 +41,15 @@ bool CompareRows(CM_Verify_Result& result, FrameLog& log, std::string_view golde
   const ItemPair pair(goldenRow, sampleRow, kFormat);
   const int32_t frame = ToNumber(goldenRow);
   int32_t failed = 0;
-  const auto compare = [&](std::size_t i) {
-    if (i < pair.readable && (i == kFormat.counterItem || pair.golden[i] == pair.sample[i])) return;
+  for (std::size_t i = 0; i < pair.readable; ++i) {
+    if (pair.golden[i] == pair.sample[i] || i == kFormat.counterItem) continue;
+    Fail(result, log, frame, pair, i);
     ++failed;
-    AppendWrongField(result, frame, i, ToText(i, pair.golden[i]), ToText(i, pair.sample[i]));
-    log << "vdec info compare fail in frame " << frame << ", " << std::string_view(kColumns[i])
-        << " ,val=";
-    log.Hex(pair.golden[i]) << " ";
-    log.Hex(pair.sample[i]) << " \n";
-  };
-  for (std::size_t i = 0; i < pair.readable; ++i) compare(i);
-  if (!pair.whole) compare(pair.readable);
+  }
+  if (!pair.whole) {
+    Fail(result, log, frame, pair, pair.readable);
+    ++failed;
+  }
   log << "vdec info compare frame " << frame;
   if (failed == 0) {
     log << " PASS !!!\n";
@@ -73,12 +73,13 @@ void Verify_VDEC(CM_Verify_Result& result, const std::string& goldenPath,
   SkipTitle(files.sample, "DumpInfo(VDEC) - File2 title string end!");
 
   FrameLog log;
+  SameItems sameItems(kFormat);
   std::string_view golden;
   std::string_view sample;
   int32_t compared = 0;
   bool whole = true;
   while (whole && files.golden.NextFilled(golden)) {
-    if (const SameRow same = SameItems(golden, files.sample.Ahead(), kFormat); same.length != 0) {
+    if (const SameRow same = sameItems.Find(golden, files.sample.Ahead()); same.length != 0) {
       log << "vdec info compare frame " << same.text << " PASS !!!\n";
       files.sample.Skip(same.length);
     } else if (files.sample.NextFilled(sample)) {

@@ -1,0 +1,67 @@
+// make_dumps STAGE ROWS KIND GOLDEN SAMPLE: a pair of dumps for the benchmark. Exit status 2: wrong
+// call.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string_view>
+
+#include "DumpGenerator.h"
+
+namespace {
+
+using player::FrameValues;
+
+/// How the sample differs from the golden file.
+struct Kind {
+  std::string_view name;
+  int64_t clock90k;     // the board's clock at the start of the sample's run
+  int64_t changeEvery;  // one field differs in every n-th row; 0: in none
+};
+constexpr Kind kKinds[] = {
+    {"equal", 0, 0}, {"clock", 12345678, 0}, {"percent", 12345678, 100}, {"every", 12345678, 1}};
+
+/// Another column in every row, but for the frame number and the clock.
+void Change(const player::DumpFormat& format, int64_t row, FrameValues& values) {
+  const auto count = static_cast<int64_t>(format.columns.size());
+  for (int64_t i = row;; ++i) {
+    const player::Column& column = format.columns[static_cast<std::size_t>(i % count)];
+    if (column.value == &FrameValues::frameNumber || column.value == &FrameValues::clock90k) {
+      continue;
+    }
+    values.*column.value += 1 + row % 1000;
+    return;
+  }
+}
+
+void Write(const char* path, player::Stage stage, int64_t rows, const Kind& kind) {
+  player::Clip clip;
+  clip.hdr = true;
+  const player::DumpFormat& format = player::FormatOf(stage);
+  std::ofstream out(path);
+  out << player::TitleOf(format);
+  for (int64_t row = 0; row < rows; ++row) {
+    FrameValues values = player::ValuesOf(clip, {kind.clock90k, 0}, stage, row);
+    if (kind.changeEvery != 0 && row % kind.changeEvery == 0) Change(format, row, values);
+    out << player::RowOf(format, values);
+  }
+  out << player::EndOf(format);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (const player::Stage stage : player::kAllStages) {
+    for (const Kind& kind : kKinds) {
+      if (argc != 6 || player::FormatOf(stage).stageName != argv[1] || kind.name != argv[3]) {
+        continue;
+      }
+      const int64_t rows = std::atoll(argv[2]);
+      Write(argv[4], stage, rows, kKinds[0]);
+      Write(argv[5], stage, rows, kind);
+      return 0;
+    }
+  }
+  std::fprintf(stderr, "usage: make_dumps STAGE ROWS equal|clock|percent|every GOLDEN SAMPLE\n");
+  return 2;
+}
