@@ -75,8 +75,7 @@ Words Dumps::Pair(const std::string& stage, long rows, const std::string& kind) 
   const std::string sample = PathOf(name + "." + kind);
   Figures unused;
   if (!std::filesystem::exists(sample) &&
-      !Run({MAKE_DUMPS, stage, std::to_string(rows), kind, golden, sample}, PathOf("log"),
-           unused)) {
+      !Run({MAKE_DUMPS, stage, std::to_string(rows), kind, golden, sample}, unused)) {
     std::exit((std::fprintf(stderr, "cannot make the dumps %s\n", sample.c_str()), 1));
   }
   return {golden, sample};

@@ -101,6 +101,25 @@ std::string Mutate(std::string row, std::mt19937& random) {
   return row;
 }
 
+TEST(RowItems, OfAPairAreThoseOfTheRowsAlone) {
+  constexpr RowFormat kFormat{5, 1U << 3, 1};
+  std::mt19937 random(2);
+  for (int i = 0; i < 30000; ++i) {
+    const std::string row = "12,345,6,ab,7890\n";
+    const std::string golden = Mutate(i % 4 == 0 ? row.substr(0, row.size() - 1) : row, random);
+    const std::string sample = Mutate(row, random);
+    const ItemPair pair(golden, sample, kFormat);
+    RowItems items{};
+    const std::size_t count = ReadItems(sample, kFormat, items);
+    ASSERT_EQ(pair.sampleCount, count) << golden << "|" << sample;
+    ASSERT_EQ(pair.goldenCount, ReadItems(golden, kFormat, items));
+    ReadItems(sample, kFormat, items);
+    for (std::size_t k = 0; k < pair.readable; ++k) {
+      ASSERT_EQ(pair.sample[k], items[k]) << golden << "|" << sample;
+    }
+  }
+}
+
 TEST(RowItems, WhatIsTakenForTheSameIsTheSameWhenRead) {
   constexpr RowFormat kFormat{24, 1U << 3, 6};
   std::mt19937 random(3);

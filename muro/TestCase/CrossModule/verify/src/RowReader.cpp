@@ -106,6 +106,74 @@ const char* SkipItems(const char* p, const RowFormat& format, std::size_t first,
   return p;
 }
 
+/// Reads item `i` at `p`. Returns where the next one starts: the character behind an item goes with
+/// it. Null when there is no number.
+const char* ReadItem(const char* p, const char* end, const RowFormat& format, std::size_t i,
+                     RowItems& items) {
+  const char* const behind = BaseOf(format, i) == 16 ? ParseNumber<16>(p, end, items[i])
+                                                     : ParseNumber<10>(p, end, items[i]);
+  return behind == nullptr ? nullptr : std::min(behind + 1, end);
+}
+
+/// Items of a row that ends behind the last one, else one less.
+std::size_t CountToEnd(const char* p, const char* end, const RowFormat& format) {
+  return format.itemCount - (std::all_of(p, end, IsSpace) ? 0 : 1);
+}
+
+/// Where the items of a row start, and behind those that were read the next one.
+using ItemStarts = std::array<std::size_t, kMaxItems + 1>;
+
+std::size_t ReadItemsAndStarts(std::string_view row, const RowFormat& format, RowItems& items,
+                               ItemStarts& starts) {
+  const char* const begin = row.data();
+  const char* const end = begin + row.size();
+  const char* p = begin;
+  starts[0] = 0;
+  for (std::size_t i = 0; i < format.itemCount; ++i) {
+    p = ReadItem(p, end, format, i, items);
+    if (p == nullptr) return i;
+    starts[i + 1] = static_cast<std::size_t>(p - begin);
+  }
+  return CountToEnd(p, end, format);
+}
+
+/// Length of what two texts have in common at their start.
+std::size_t CommonLength(std::string_view a, std::string_view b) {
+  const std::size_t most = std::min(a.size(), b.size());
+  std::size_t i = 0;
+  for (uint64_t x = 0, y = 0; i + sizeof x <= most; i += sizeof x) {
+    std::memcpy(&x, a.data() + i, sizeof x);
+    std::memcpy(&y, b.data() + i, sizeof y);
+    if (x != y) break;
+  }
+  while (i < most && a[i] == b[i]) ++i;
+  return i;
+}
+
+/// As `ReadItems` for a sample's row. Where it has golden's text, its items are golden's: rows that
+/// differ do so in few of them.
+std::size_t ReadItemsLike(std::string_view goldenRow, const RowItems& golden,
+                          std::size_t goldenCount, const ItemStarts& starts, std::string_view row,
+                          const RowFormat& format, RowItems& items) {
+  // An item that ends with the file may go on in the other row.
+  const std::size_t shared = goldenRow.back() == '\n' ? goldenCount : 0;
+  const char* p = row.data();
+  const char* const end = p + row.size();
+  for (std::size_t i = 0; i < format.itemCount; ++i) {
+    if (i < shared) {
+      const std::size_t start = starts[i];
+      const std::size_t same =
+          start + CommonLength(goldenRow.substr(start), {p, static_cast<std::size_t>(end - p)});
+      for (; i < shared && starts[i + 1] <= same; ++i) items[i] = golden[i];
+      p += starts[i] - start;
+      if (i == format.itemCount) break;
+    }
+    p = ReadItem(p, end, format, i, items);
+    if (p == nullptr) return i;
+  }
+  return CountToEnd(p, end, format);
+}
+
 /// Length of the sample's row when it is golden's but for digits in place of those from `field` to
 /// `fieldEnd`; 0 when it is another one. What follows golden's field is no digit.
 std::size_t LengthOfSame(std::string_view golden, std::string_view sample, const char* field,
@@ -250,22 +318,17 @@ SameRow SameButSecondField(std::string_view golden, std::string_view sampleAhead
 }
 
 std::size_t ReadItems(std::string_view row, const RowFormat& format, RowItems& items) {
-  const char* p = row.data();
-  const char* const end = p + row.size();
-  for (std::size_t i = 0; i < format.itemCount; ++i) {
-    const char* const behind = BaseOf(format, i) == 16 ? ParseNumber<16>(p, end, items[i])
-                                                       : ParseNumber<10>(p, end, items[i]);
-    if (behind == nullptr) return i;
-    p = std::min(behind + 1, end);  // the character behind an item goes with it
-  }
-  return format.itemCount - (std::all_of(p, end, IsSpace) ? 0 : 1);
+  ItemStarts starts;
+  return ReadItemsAndStarts(row, format, items, starts);
 }
 
-ItemPair::ItemPair(std::string_view goldenRow, std::string_view sampleRow, const RowFormat& format)
-    : goldenCount(ReadItems(goldenRow, format, golden)),
-      sampleCount(ReadItems(sampleRow, format, sample)),
-      readable(std::min(goldenCount, sampleCount)),
-      whole(readable == format.itemCount) {
+ItemPair::ItemPair(std::string_view goldenRow, std::string_view sampleRow,
+                   const RowFormat& format) {
+  ItemStarts starts;
+  goldenCount = ReadItemsAndStarts(goldenRow, format, golden, starts);
+  sampleCount = ReadItemsLike(goldenRow, golden, goldenCount, starts, sampleRow, format, sample);
+  readable = std::min(goldenCount, sampleCount);
+  whole = readable == format.itemCount;
   if (whole) return;
   if (goldenCount == readable) golden[readable] = -1;
   if (sampleCount == readable) sample[readable] = -1;
