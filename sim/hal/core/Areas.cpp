@@ -5,7 +5,8 @@
 namespace sim {
 
 std::span<const Area* const> Areas() {
-  static constexpr const Area* kAreas[] = {&kHdmiArea, &kScalerArea, &kFailureArea, &kEventArea};
+  static constexpr const Area* kAreas[] = {&kHdmiArea, &kVby1Area, &kScalerArea, &kFailureArea,
+                                           &kEventArea};
   return kAreas;
 }
 

@@ -15,6 +15,7 @@ struct Area {
 
 // Each is defined in the area's own file.
 extern const Area kHdmiArea;
+extern const Area kVby1Area;
 extern const Area kScalerArea;
 extern const Area kFailureArea;
 extern const Area kEventArea;

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "k2v/vfe_hdmi.h"
+#include "k2v/vfe_vby1rx.h"
 #include "k2v/vsc.h"
 
 namespace sim {
@@ -46,21 +47,43 @@ struct EventTable {
   Event entries[64];
 };
 
+/// What the port drives on its hot-plug line.
+enum class HotPlug : uint8_t {
+  kIdle,  // not raised yet: sources do not send, but the receiver sees their cable
+  kRaised,
+  kHeldLow,  // for the source as if there were no cable
+};
+
+/// Kind of an HDMI source; it decides on info-frames, colour depth and content protection.
+enum class SourceKind : uint8_t { kSdrVideo, kHdrVideo, kPc };
+
 struct HdmiPort {
   bool cable;      // a source is plugged in
   bool sending;    // … and sends a picture
-  bool hdr;        // … with a high dynamic range
+  bool muted;      // … with AV mute set
   bool connected;  // the HAL's Connect
+  SourceKind kind;
+  HotPlug hotPlug;
   bool edidWritten;
+  bool edidDefect;  // what is written is changed in one byte
+  bool hdcpDefect;
   uint8_t edid[K2V_HDMI_EDID_BYTES];
+  uint8_t hdcp[K2V_HDMI_HDCP_BYTES];
   K2V_HDMI_TIMING_T timing;  // of the source
 };
 
 struct HdmiReceiver {
   bool initialized;
   bool open;
-  bool hotPlug;  // raised on every port
   HdmiPort ports[kPortCount];
+};
+
+struct Vby1Receiver {
+  bool initialized;
+  bool open;
+  bool connected;
+  uint8_t selected;                                  // input
+  K2V_HDMI_TIMING_T sources[K2V_VBY1RX_PORT_COUNT];  // width 0: nothing plugged in
 };
 
 /// What a source delivers; width 0: no picture.
@@ -102,6 +125,7 @@ struct Board {
   FailureTable failures;
   EventTable events;
   HdmiReceiver hdmi;
+  Vby1Receiver vby1;
   Scaler scaler;
 };
 static_assert(std::is_trivially_copyable_v<Board> && std::is_trivial_v<Board>);

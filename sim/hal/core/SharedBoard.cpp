@@ -40,7 +40,7 @@ struct SharedBoard {
 };
 
 // The version counts the changes of meaning; the size tells changes of layout.
-constexpr Header kHeader = {{'C', 'V', 'N', 'B', 'O', 'A', 'R', 'D'}, 1, sizeof(SharedBoard)};
+constexpr Header kHeader = {{'C', 'V', 'N', 'B', 'O', 'A', 'R', 'D'}, 2, sizeof(SharedBoard)};
 
 SharedBoard* shared = nullptr;
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 #include "core/Areas.h"
 #include "core/Call.h"
@@ -24,8 +26,17 @@ static void Put(CallText& out, const K2V_HDMI_TIMING_T& timing) {
 
 namespace {
 
-bool HasSignal(const HdmiReceiver& receiver, const HdmiPort& port) {
-  return receiver.hotPlug && port.cable && port.sending;
+// By SourceKind.
+constexpr std::string_view kKindNames[] = {"sdr", "hdr", "pc"};
+
+void DriveHotPlug(HdmiReceiver& receiver, HotPlug level) {
+  for (HdmiPort& port : receiver.ports) port.hotPlug = level;
+}
+
+void EndOpen(HdmiReceiver& receiver) {
+  receiver.open = false;
+  DriveHotPlug(receiver, HotPlug::kIdle);
+  for (HdmiPort& port : receiver.ports) port.connected = false;
 }
 
 int Initialize(Board& board) {
@@ -36,9 +47,8 @@ int Initialize(Board& board) {
 
 int Uninitialize(Board& board) {
   if (!board.hdmi.initialized) return K2V_RHAL_ERR_ORDER;
-  if (board.hdmi.open) return K2V_RHAL_ERR_BUSY;
+  EndOpen(board.hdmi);
   board.hdmi.initialized = false;
-  board.hdmi.hotPlug = false;
   return K2V_RHAL_OK;
 }
 
@@ -51,23 +61,54 @@ int Open(Board& board) {
 
 int Close(Board& board) {
   if (!board.hdmi.open) return K2V_RHAL_ERR_ORDER;
-  board.hdmi.open = false;
-  board.hdmi.hotPlug = false;
-  for (HdmiPort& port : board.hdmi.ports) port.connected = false;
+  EndOpen(board.hdmi);
   return K2V_RHAL_OK;
 }
 
 int EnableHotPlug(Board& board) {
   if (!board.hdmi.initialized) return K2V_RHAL_ERR_ORDER;
-  board.hdmi.hotPlug = true;
+  DriveHotPlug(board.hdmi, HotPlug::kRaised);
   return K2V_RHAL_OK;
 }
 
-int WriteEdid(Board& board, uint8_t port, const uint8_t* edid) {
-  if (port >= kPortCount || edid == nullptr) return K2V_RHAL_ERR_PARAM;
+int SetHotPlug(Board& board, uint8_t port, uint8_t level) {
+  if (port >= kPortCount || level > 1) return K2V_RHAL_ERR_PARAM;
   if (!board.hdmi.initialized) return K2V_RHAL_ERR_ORDER;
-  std::memcpy(board.hdmi.ports[port].edid, edid, K2V_HDMI_EDID_BYTES);
-  board.hdmi.ports[port].edidWritten = true;
+  board.hdmi.ports[port].hotPlug = level == 1 ? HotPlug::kRaised : HotPlug::kHeldLow;
+  return K2V_RHAL_OK;
+}
+
+int CheckMemoryAccess(const Board& board, uint8_t port, const void* data) {
+  if (port >= kPortCount || data == nullptr) return K2V_RHAL_ERR_PARAM;
+  return board.hdmi.initialized ? K2V_RHAL_OK : K2V_RHAL_ERR_ORDER;
+}
+
+int WriteEdid(Board& board, uint8_t port, const uint8_t* edid) {
+  if (const int error = CheckMemoryAccess(board, port, edid)) return error;
+  HdmiPort& target = board.hdmi.ports[port];
+  std::memcpy(target.edid, edid, K2V_HDMI_EDID_BYTES);
+  if (target.edidDefect) ++target.edid[K2V_HDMI_EDID_BYTES / 2];
+  target.edidWritten = true;
+  return K2V_RHAL_OK;
+}
+
+int ReadEdid(Board& board, uint8_t port, uint8_t* edid) {
+  if (const int error = CheckMemoryAccess(board, port, edid)) return error;
+  std::memcpy(edid, board.hdmi.ports[port].edid, K2V_HDMI_EDID_BYTES);
+  return K2V_RHAL_OK;
+}
+
+int WriteHdcp(Board& board, uint8_t port, const uint8_t* data) {
+  if (const int error = CheckMemoryAccess(board, port, data)) return error;
+  HdmiPort& target = board.hdmi.ports[port];
+  std::memcpy(target.hdcp, data, K2V_HDMI_HDCP_BYTES);
+  if (target.hdcpDefect) ++target.hdcp[K2V_HDMI_HDCP_BYTES / 2];
+  return K2V_RHAL_OK;
+}
+
+int ReadHdcp(Board& board, uint8_t port, uint8_t* data) {
+  if (const int error = CheckMemoryAccess(board, port, data)) return error;
+  std::memcpy(data, board.hdmi.ports[port].hdcp, K2V_HDMI_HDCP_BYTES);
   return K2V_RHAL_OK;
 }
 
@@ -90,7 +131,7 @@ int GetPortTimingInfo(Board& board, uint8_t port, K2V_HDMI_TIMING_T* timing) {
   if (port >= kPortCount || timing == nullptr) return K2V_RHAL_ERR_PARAM;
   const HdmiPort& source = board.hdmi.ports[port];
   if (!source.connected) return K2V_RHAL_ERR_ORDER;
-  *timing = HasSignal(board.hdmi, source) ? source.timing : K2V_HDMI_TIMING_T{};
+  *timing = HasSignal(source) ? source.timing : K2V_HDMI_TIMING_T{};
   return K2V_RHAL_OK;
 }
 
@@ -111,15 +152,23 @@ bool ParseChoice(const std::string& word, const char* yes, const char* no) {
   return word == yes;
 }
 
+SourceKind ParseKind(const std::string& word) {
+  for (size_t i = 0; i < std::size(kKindNames); ++i) {
+    if (word == kKindNames[i]) return static_cast<SourceKind>(i);
+  }
+  Refuse(word, "is no choice", "hdr, sdr, pc");
+}
+
 Action ParsePlug(const Words& words) {
   const size_t port = ParsePort(words[0]);
   const K2V_HDMI_TIMING_T timing = ParseTiming(words[1]);
-  const bool hdr = words.size() > 2 && ParseChoice(words[2], "hdr", "sdr");
+  const SourceKind kind = words.size() > 2 ? ParseKind(words[2]) : SourceKind::kSdrVideo;
   return [=](Board& board) {
     HdmiPort& plugged = board.hdmi.ports[port];
     plugged.cable = true;
     plugged.sending = true;
-    plugged.hdr = hdr;
+    plugged.muted = false;
+    plugged.kind = kind;
     plugged.timing = timing;
   };
 }
@@ -134,6 +183,22 @@ Action ParseSignal(const Words& words) {
   return [=](Board& board) { PluggedPort(board, port).sending = on; };
 }
 
+Action ParseMute(const Words& words) {
+  const size_t port = ParsePort(words[0]);
+  const bool on = ParseChoice(words[1], "on", "off");
+  return [=](Board& board) { PluggedPort(board, port).muted = on; };
+}
+
+Action ParseDefect(const Words& words) {
+  const size_t port = ParsePort(words[0]);
+  const bool edid = ParseChoice(words[1], "edid", "hdcp");
+  const bool on = ParseChoice(words[2], "on", "off");
+  return [=](Board& board) {
+    HdmiPort& target = board.hdmi.ports[port];
+    (edid ? target.edidDefect : target.hdcpDefect) = on;
+  };
+}
+
 Action ParseNewTiming(const Words& words) {
   const size_t port = ParsePort(words[0]);
   const K2V_HDMI_TIMING_T timing = ParseTiming(words[1]);
@@ -145,31 +210,45 @@ void DescribeSource(const HdmiPort& port, std::ostream& out) {
     out << "no cable";
     return;
   }
-  out << TimingName(port.timing) << (port.hdr ? " hdr" : " sdr") << ", format "
-      << port.timing.format << (port.sending ? "" : ", source silent");
+  out << TimingName(port.timing) << ' ' << kKindNames[static_cast<size_t>(port.kind)] << ", format "
+      << port.timing.format << (port.sending ? "" : ", source silent")
+      << (port.muted ? ", muted" : "");
+}
+
+void DescribePort(const HdmiPort& port, std::ostream& out) {
+  DescribeSource(port, out);
+  if (port.hotPlug == HotPlug::kHeldLow) out << ", hot-plug held low";
+  if (port.edidDefect) out << ", edid memory defective";
+  if (port.hdcpDefect) out << ", hdcp memory defective";
+  if (port.connected) out << ", connected";
+  if (port.edidWritten) out << ", edid crc32=" << Crc32Text(port.edid, sizeof(port.edid));
+}
+
+bool IsRaised(const HdmiPort& port) {
+  return port.hotPlug == HotPlug::kRaised;
 }
 
 void Describe(const Board& board, std::ostream& out) {
   const HdmiReceiver& hdmi = board.hdmi;
+  const bool raised = std::any_of(std::begin(hdmi.ports), std::end(hdmi.ports), IsRaised);
   out << "hdmi receiver: " << (hdmi.initialized ? "initialised" : "not initialised") << ", "
-      << (hdmi.open ? "open" : "closed") << ", hot-plug " << (hdmi.hotPlug ? "raised" : "low")
-      << '\n';
+      << (hdmi.open ? "open" : "closed") << ", hot-plug " << (raised ? "raised" : "low") << '\n';
   for (size_t i = 0; i < kPortCount; ++i) {
-    const HdmiPort& port = hdmi.ports[i];
     out << "  port " << i << ": ";
-    DescribeSource(port, out);
-    if (port.connected) out << ", connected";
-    if (port.edidWritten) out << ", edid crc32=" << Crc32Text(port.edid, sizeof(port.edid));
+    DescribePort(hdmi.ports[i], out);
     out << '\n';
   }
 }
 
 constexpr Command kCommands[] = {
-    {"plug", "PORT TIMING [hdr|sdr]", "plug in a source that sends, such as 3840x2160p60 hdr", 2, 3,
-     ParsePlug},
+    {"plug", "PORT TIMING [hdr|sdr|pc]", "plug in a source that sends, such as 3840x2160p60 hdr", 2,
+     3, ParsePlug},
     {"unplug", "PORT", "take the cable out", 1, 1, ParseUnplug},
     {"signal", "PORT on|off", "let the plugged source send, or fall silent with its cable in", 2, 2,
      ParseSignal},
+    {"mute", "PORT on|off", "let the plugged source set or clear AV mute", 2, 2, ParseMute},
+    {"defect", "PORT edid|hdcp on|off",
+     "let the port's memory change one byte of what is written to it", 3, 3, ParseDefect},
     {"timing", "PORT TIMING", "let the plugged source change its timing", 2, 2, ParseNewTiming},
 };
 
@@ -177,11 +256,16 @@ constexpr Command kCommands[] = {
 
 constinit const Area kHdmiArea = {kCommands, Describe};
 
+bool HasSignal(const HdmiPort& port) {
+  return port.hotPlug == HotPlug::kRaised && port.cable && port.sending;
+}
+
 Picture HdmiPicture(const HdmiReceiver& receiver) {
   for (const HdmiPort& port : receiver.ports) {
-    if (!port.connected || !HasSignal(receiver, port)) continue;
+    if (!port.connected || !HasSignal(port)) continue;
     const K2V_VIDEO_RECT_T& active = port.timing.active;
-    const uint32_t standard = port.hdr          ? K2V_COLOR_STANDARD_BT2020
+    const bool hdr = port.kind == SourceKind::kHdrVideo;
+    const uint32_t standard = hdr               ? K2V_COLOR_STANDARD_BT2020
                               : active.h >= 720 ? K2V_COLOR_STANDARD_BT709
                                                 : K2V_COLOR_STANDARD_BT601;
     return {active.w, active.h, standard};
@@ -209,8 +293,24 @@ int K2V_RHAL_VFE_HDMI_EnableHPD() {
   return Call(__func__, EnableHotPlug);
 }
 
+int K2V_RHAL_VFE_HDMI_Set_HotPlug(uint8_t port, uint8_t level) {
+  return Call(__func__, SetHotPlug, port, level);
+}
+
 int K2V_RHAL_VFE_HDMI_WriteEDID(uint8_t port, const uint8_t* edid) {
   return Call(__func__, WriteEdid, port, Buffer{edid, K2V_HDMI_EDID_BYTES});
+}
+
+int K2V_RHAL_VFE_HDMI_ReadEDID(uint8_t port, uint8_t* edid) {
+  return Call(__func__, ReadEdid, port, Buffer{edid, K2V_HDMI_EDID_BYTES});
+}
+
+int K2V_RHAL_VFE_HDMI_WriteHDCP(uint8_t port, const uint8_t* data) {
+  return Call(__func__, WriteHdcp, port, Buffer{data, K2V_HDMI_HDCP_BYTES});
+}
+
+int K2V_RHAL_VFE_HDMI_ReadHDCP(uint8_t port, uint8_t* data) {
+  return Call(__func__, ReadHdcp, port, Buffer{data, K2V_HDMI_HDCP_BYTES});
 }
 
 int K2V_RHAL_VFE_HDMI_Connect(uint8_t port) {

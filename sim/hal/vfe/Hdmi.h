@@ -5,6 +5,9 @@
 
 namespace sim {
 
+/// A source is plugged into the port, sees its hot-plug line raised and sends.
+bool HasSignal(const HdmiPort& port);
+
 /// The picture of the lowest connected port with a signal; none: width 0.
 Picture HdmiPicture(const HdmiReceiver& receiver);
 

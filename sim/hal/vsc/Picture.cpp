@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "vfe/Hdmi.h"
+#include "vfe/Vby1rx.h"
 
 namespace sim {
 namespace {
@@ -119,7 +120,11 @@ Rgb Frame::RgbAt(uint32_t x, uint32_t y) const {
 
 Picture LivePicture(const Board& board, const Window& window) {
   if (!window.connected) return {};
-  if (window.source.type == K2V_VSC_INPUTSRC_HDMI) return HdmiPicture(board.hdmi);
+  if (window.source.type == K2V_VSC_INPUTSRC_HDMI) {
+    // The V-by-One receiver feeds the same digital input.
+    const Picture picture = HdmiPicture(board.hdmi);
+    return picture.width > 0 ? picture : Vby1Picture(board.vby1);
+  }
   return {1920, 1080, K2V_COLOR_STANDARD_BT709};
 }
 

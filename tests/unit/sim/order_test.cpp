@@ -34,7 +34,7 @@ TEST(Hdmi, EnforcesOrderAndArguments) {
               {"h-init h-close", kOrder},
               {"h-init h-open", kOk},
               {"h-init h-open h-open", kAlready},
-              {"h-init h-open h-uninit", kBusy},
+              {"h-init h-open h-uninit h-open", kOrder},
               {"h-init h-open h-conn4", kParam},
               {"h-init h-open h-disc0", kOrder},
               {"h-init h-open h-time0", kOrder},

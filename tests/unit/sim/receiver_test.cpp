@@ -1,0 +1,179 @@
+// What the simulated receivers tell about sources of all kinds, and the order that they enforce.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "SimHal.h"
+#include "k2v/vfe_hdmi.h"
+#include "k2v/vfe_vby1rx.h"
+
+namespace {
+
+constexpr int kOk = K2V_RHAL_OK, kFail = K2V_RHAL_ERR_FAIL, kParam = K2V_RHAL_ERR_PARAM,
+              kOrder = K2V_RHAL_ERR_ORDER, kAlready = K2V_RHAL_ERR_ALREADY,
+              kNoSignal = K2V_RHAL_ERR_NO_SIGNAL;
+
+void BringUp() {
+  K2V_RHAL_VFE_HDMI_Initialize();
+  K2V_RHAL_VFE_HDMI_Open();
+  K2V_RHAL_VFE_HDMI_EnableHPD();
+}
+
+TEST(HdmiSource, SendsWhatFitsItsKindAndTiming) {
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(2);
+  const struct {
+    const char* source;
+    uint32_t vic, hdmiVic, pixel, colorimetry, itContent, depth, tmdsKHz, scrambled;
+    int hdcp;
+    uint32_t vendorInfoFrames;
+  } kCases[] = {
+      {"3840x2160p60 hdr", 97, 0, K2V_HDMI_PIXEL_YCBCR420, 3, 0, K2V_HDMI_DEPTH_10, 371250, 1, 2,
+       2},
+      {"1920x1080p60 hdr", 16, 0, K2V_HDMI_PIXEL_YCBCR444, 3, 0, K2V_HDMI_DEPTH_10, 185625, 0, 2,
+       1},
+      {"1920x1080i50", 20, 0, K2V_HDMI_PIXEL_YCBCR444, 2, 0, K2V_HDMI_DEPTH_8, 74250, 0, 1, 1},
+      {"720x576p50", 18, 0, K2V_HDMI_PIXEL_YCBCR444, 1, 0, K2V_HDMI_DEPTH_8, 27000, 0, 1, 1},
+      {"3840x2160p24", 0, 3, K2V_HDMI_PIXEL_YCBCR444, 2, 0, K2V_HDMI_DEPTH_8, 297000, 0, 1, 1},
+      {"3840x2160p120", 118, 0, K2V_HDMI_PIXEL_YCBCR420, 2, 0, K2V_HDMI_DEPTH_8, 594000, 1, 1, 2},
+      {"3840x2160p60 pc", 97, 0, K2V_HDMI_PIXEL_RGB, 0, 1, K2V_HDMI_DEPTH_8, 594000, 1, 0, 2},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.source);
+    simhal::PlugHdmi(2, c.source);
+    K2V_HAL_VFE_HDMI_PACKET_INFO_T all{};
+    K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T vendors{};
+    K2V_HAL_VFE_HDMI_CLOCK_STATUS_T clock{};
+    uint32_t depth = 99, scrambled = 99;
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortPacketInfo(2, &all), kOk);
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortMultiVSIInfo(2, &vendors), kOk);
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetClockStatus(2, &clock), kOk);
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetColorDepth(2, &depth), kOk);
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetScdcStatus(2, K2V_HDMI_SCDC_SCRAMBLING_STATUS, &scrambled), kOk);
+    EXPECT_EQ(all.stAVI.VideoIdCode, c.vic);
+    EXPECT_EQ(all.stVSI.nHdmiVic, c.hdmiVic);
+    EXPECT_EQ(all.stAVI.ePixelEncoding, c.pixel);
+    EXPECT_EQ(all.stAVI.eColorimetry, c.colorimetry);
+    EXPECT_EQ(all.stAVI.bItContent, c.itContent);
+    EXPECT_EQ(depth, c.depth);
+    EXPECT_EQ(clock.nTmdsClockKHz, c.tmdsKHz);
+    EXPECT_EQ(scrambled, c.scrambled);
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_Get_HDCP_Version(2), c.hdcp);
+    EXPECT_EQ(vendors.nCount, c.vendorInfoFrames);
+  }
+}
+
+TEST(HdmiSource, OnlyHdrTellsItsMasteringDisplay) {
+  BringUp();
+  K2V_HAL_VFE_HDMI_DRM_INFO_T drm{};
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  K2V_RHAL_VFE_HDMI_Connect(1);
+  ASSERT_EQ(K2V_RHAL_VFE_HDMI_GetDRMInfo(0, &drm), kOk);
+  EXPECT_EQ(drm.eEOTFtype, static_cast<uint32_t>(K2V_HDMI_EOTF_PQ));
+  // BT.2020 red is 0.708, 0.292.
+  EXPECT_EQ(drm.stDisplayPrimaries[2].x, 35400);
+  EXPECT_EQ(drm.stDisplayPrimaries[2].y, 14600);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetDRMInfo(1, &drm), kFail);
+}
+
+TEST(HdmiPort, KeepsEdidAndHdcpDataApart) {
+  K2V_RHAL_VFE_HDMI_Initialize();
+  uint8_t written[K2V_HDMI_HDCP_BYTES], read[K2V_HDMI_HDCP_BYTES] = {};
+  for (int i = 0; i < K2V_HDMI_HDCP_BYTES; ++i) written[i] = static_cast<uint8_t>(255 - i);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_WriteHDCP(3, written), kOk);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_ReadHDCP(3, read), kOk);
+  EXPECT_TRUE(std::equal(written, written + K2V_HDMI_HDCP_BYTES, read));
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_ReadEDID(3, read), kOk);
+  EXPECT_EQ(read[0], 0);
+  K2V_RHAL_VFE_HDMI_WriteEDID(2, written);
+  K2V_RHAL_VFE_HDMI_ReadEDID(2, read);
+  EXPECT_TRUE(std::equal(written, written + K2V_HDMI_EDID_BYTES, read));
+}
+
+TEST(HdmiPort, ConnectionStateFollowsCableAndHotPlug) {
+  K2V_RHAL_VFE_HDMI_Initialize();
+  const auto state = [] {
+    uint8_t connected = 99;
+    K2V_RHAL_VFE_HDMI_GetConnectionState(0, &connected);
+    return int{connected};
+  };
+  EXPECT_EQ(state(), 1);
+  K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 0);
+  EXPECT_EQ(state(), 0);
+  K2V_RHAL_VFE_HDMI_EnableHPD();
+  EXPECT_EQ(state(), 1);
+  simhal::Apply("signal 0 off");
+  EXPECT_EQ(state(), 1);
+  simhal::Unplug(0);
+  EXPECT_EQ(state(), 0);
+}
+
+TEST(HdmiStatus, EnforcesOrderAndArguments) {
+  static K2V_HAL_VFE_HDMI_AVI_INFO_T avi;
+  static uint8_t bytes[K2V_HDMI_HDCP_BYTES];
+  static uint32_t value;
+  const struct {
+    const char* board;  // a command, behind connecting ports 0 and 2
+    std::function<int()> call;
+    int result;
+  } kCases[] = {
+      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi); }, kOk},
+      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, nullptr); }, kParam},
+      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(4, &avi); }, kParam},
+      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(1, &avi); }, kOrder},
+      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(2, &avi); }, kNoSignal},
+      {"signal 0 off", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi); }, kNoSignal},
+      {"", [] { return K2V_RHAL_VFE_HDMI_GetScdcStatus(0, 5, &value); }, kParam},
+      {"", [] { return K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 2); }, kParam},
+      {"", [] { return K2V_RHAL_VFE_HDMI_ReadEDID(0, nullptr); }, kParam},
+      {"", [] { return K2V_RHAL_VFE_HDMI_WriteHDCP(0, nullptr); }, kParam},
+      {"", [] { return K2V_RHAL_VFE_HDMI_ReadHDCP(4, bytes); }, kParam},
+      {"", [] { return K2V_RHAL_VFE_HDMI_getHDCPReceiverId(nullptr); }, kParam},
+      {"plug 0 1920x1080p60 pc", [] { return K2V_RHAL_VFE_HDMI_GetSourceKSVData(0, bytes); },
+       kFail},
+      {"", [] { return K2V_RHAL_VFE_HDMI_Close(), K2V_RHAL_VFE_HDMI_GetAVMute(0, bytes); }, kOrder},
+      {"", [] { return K2V_RHAL_VFE_HDMI_Uninitialize(), K2V_RHAL_VFE_HDMI_ReadEDID(0, bytes); },
+       kOrder},
+  };
+  int number = 0;
+  for (const auto& c : kCases) {
+    simhal::Reset();
+    BringUp();
+    K2V_RHAL_VFE_HDMI_Connect(0);
+    K2V_RHAL_VFE_HDMI_Connect(2);
+    if (*c.board != '\0') {
+      ASSERT_EQ(simhal::Apply(c.board), "");
+    }
+    EXPECT_EQ(c.call(), c.result) << "case " << number;
+    ++number;
+  }
+}
+
+TEST(Vby1, FollowsItsInputsAndEnforcesOrder) {
+  constexpr uint32_t kSource = K2V_VFE_TIMING_SOURCE_VBY1RX;
+  K2V_VBY1RX_TIMING_T timing{};
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource), kOrder);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_Open(), kOrder);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_Initialize(), kOk);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_Initialize(), kAlready);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_Connect(0), kOrder);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_Open(), kOk);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_Connect(3), kParam);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_Connect(2), kOk);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_GetTimingInfo(nullptr, kSource), kParam);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource - 1), kParam);
+  EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource), kOk);
+  EXPECT_EQ(timing.active.w, 0);
+  EXPECT_EQ(simhal::Apply("vby1 plug 2 3840x2160p60"), "");
+  K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource);
+  EXPECT_EQ(timing.active.h, 2160);
+  EXPECT_EQ(simhal::Apply("vby1 unplug 2"), "");
+  K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource);
+  EXPECT_EQ(timing.active.h, 0);
+  EXPECT_EQ(simhal::Apply("vby1 plug 2"), "'plug 2' lacks its timing; allowed: plug PORT TIMING");
+  EXPECT_EQ(simhal::Apply("vby1 pull 2"),
+            "'pull 2' is no choice; allowed: plug PORT TIMING, unplug PORT");
+}
+
+}  // namespace
