@@ -7,6 +7,7 @@
 #include "Case.h"
 #include "Module.h"
 #include "Scripted.h"
+#include "SimHal.h"
 #include "TestFrame.h"
 #include "TestReport.h"
 
@@ -106,6 +107,7 @@ TEST_F(FrameTest, UnitModuleBelongsToTheManualMenuHoweverItIsReached) {
 }
 
 TEST_F(FrameTest, WrappersRunWhenEnteredAndLeaveTheirMenuShown) {
+  simhal::Fail("K2V_RHAL_VFE_HDMI_Initialize", -1);  // no receiver, so no test asks for its port
   // Unit Test, Auto Unit Test, one module's wrapper, the run of all modules.
   for (const char* choice : {"4\n", "1\n", "3\n", "6\n"}) {
     EXPECT_EQ(scripted::Play(choice, [this] { return frame_->EnterMenu(); }).result, 1);

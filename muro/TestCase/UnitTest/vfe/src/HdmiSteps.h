@@ -1,0 +1,69 @@
+// The frame of the HDMI receiver unit tests and the steps that they have in common.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "k2v/vfe_hdmi.h"
+
+namespace hdmi_steps {
+
+/// Prints the title of a test: the call under test, or the test's own name.
+void PrintTitle(const char* underTest);
+
+/// Prints the result line of a test that ends early. Returns false.
+bool Fail(const char* reason);
+
+/// Tells whether a HAL call succeeded; if not, prints the result line that names it.
+bool Succeeded(const char* call, int result);
+
+/// Runs a test: its title, its steps (true when all went well) and then `passed` and uninitialise.
+/// Returns 0 or 1.
+template <typename Steps>
+int Run(const char* underTest, Steps steps, const char* passed = "Result : Passed") {
+  PrintTitle(underTest);
+  if (!steps()) return 1;
+  std::puts(passed);
+  K2V_RHAL_VFE_HDMI_Uninitialize();
+  return 0;
+}
+
+/// One numbered step: prints "N. CALL" and makes the call. False, with the result line, when that
+/// fails.
+template <typename Make>
+bool Step(int number, const char* call, Make make) {
+  std::printf("%d. %s\n", number, call);
+  return Succeeded(call, make());
+}
+
+/// The same with the port in the step's line.
+template <typename Make>
+bool PortStep(int number, const char* call, uint8_t port, Make make) {
+  std::printf("%d. %s (port%d) \n", number, call, port);
+  return Succeeded(call, make());
+}
+
+// Steps 1, 2 and `number`.
+bool Initialize();
+bool InitializeAndOpen();
+bool Connect(int number, uint8_t port);
+
+/// Step `number`: reads and prints the connection state.
+bool PrintConnectionState(int number, uint8_t port);
+
+/// Looks at the connection state until it is `wanted`, half a minute at most. False when it is not
+/// to be.
+bool AwaitConnectionState(uint8_t port, bool wanted);
+
+/// Steps 3 to 5 of the tests that need a signal: our EDID and HDCP data, the connected port, its
+/// clock status. Asks the operator for a cable where there is none, and goes on without one after a
+/// while.
+bool BringUp(uint8_t port);
+
+/// The HDCP data that the tests write, K2V_HDMI_HDCP_BYTES: no real keys.
+const uint8_t* HdcpTestData();
+
+/// Asks for a port until the answer is 0 to 3.
+uint8_t get_port();
+
+}  // namespace hdmi_steps

@@ -1,0 +1,212 @@
+// The HDMI receiver unit tests: their lines to the letter, and what makes them fail.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "HdmiSteps.h"
+#include "Pty.h"
+#include "UTVfeHdmiTestCase.h"
+#include "VfePlay.h"
+
+namespace {
+
+using namespace vfe;
+using T = UTVfeHdmiTestCase;
+using test::Pty;
+
+const std::string kRule = "====================================================\n";
+
+std::string Title(const std::string& underTest) {
+  return '\n' + kRule + "= Test " + underTest + " \n" + kRule;
+}
+
+TEST(HdmiUnit, PrintsEveryStepBeforeItsCall) {
+  const std::string hal = "K2V_RHAL_VFE_HDMI_";
+  const std::string first = "1. " + hal + "Initialize\n2. " + hal + "Open\n";
+  const std::string passed = "Result : Passed\n";
+  const struct {
+    TestFunction test;
+    std::string output;
+  } kCases[] = {
+      {T::UTVfeHdmiTest_GetRxPortCount, Title(hal + "GetRxPortCnt") + "1. " + hal +
+                                            "Initialize\n2. " + hal +
+                                            "GetRxPortCnt\nRx Port Count = 4\n" + passed},
+      {T::UTVfeHdmiTest_GetARCChannel, Title("UTVfeHdmiTest_GetARCChannel") + "1. " + hal +
+                                           "Initialize\n2. " + hal +
+                                           "GetARCChannel\nARC Channel = 1\n" + passed},
+      {T::UTVfeHdmiTest_Disconnect, Title(hal + "Disconnect") + "1. " + hal + "Disconnect\n2. " +
+                                        hal + "Open\n3. " + hal + "Connect (port0) \n4. " + hal +
+                                        "Disconnect (port0) \n" + passed},
+      {T::UTVfeHdmiTest_Close, Title(hal + "Close") + "2. " + hal + "Open\n3. " + hal +
+                                   "Close\n4. " + hal + "Uninitialize\n" + passed},
+      {T::UTVfeHdmiTest_EnableHPD,
+       Title(hal + "EnableHPD") + "1. " + hal + "Initialize\n2. " + hal +
+           "Set_HotPlug (port0) \n"
+           "3. Connect HDMI cable to Port 0, and check the HPD signal (Pin 19)\n4. " +
+           hal + "EnableHPD\n" + passed},
+      {T::UTVfeHdmiTest_GetConnectionState,
+       Title(hal + "GetConnectionState") + first + "3. " + hal + "Connect (port0) \n4. " + hal +
+           "GetConnectionState (port0) \nConnect State = 1\n" + passed},
+      {T::UTVfeHdmiTest_WriteEDID, Title(hal + "WriteEDID") + first + "3. " + hal +
+                                       "ReadEDID\n4. " + hal + "WriteEDID\n5. " + hal +
+                                       "ReadEDID\n6. compare edid\n" + passed},
+      {T::UTVfeHdmiTest_WriteHDCP,
+       Title(hal + "WriteHDCP") + first + "3. " + hal + "ReadHDCP\n4. " + hal + "WriteHDCP\n5. " +
+           hal + "ReadHDCP & check data\n6. " + hal + "WriteHDCP with NULL buffer\n" + passed},
+      {T::UTVfeHdmiTest_GetSourceKSVData,
+       Title(hal + "GetSourceKSVData") + first + "3. " + hal + "WriteEDID & " + hal +
+           "WriteHDCP & " + hal + "EnableHPD (port0) \n4. " + hal + "Connect (port0) \n4. " + hal +
+           "GetConnectionState (port0) \n5. " + hal +
+           "GetClockStatus (port0) \nnTmdsClockKHz : 371250 kHz\nbClockDetected : 1\n"
+           "bPllLocked : 1\n6. " +
+           hal + "GetSourceKSVData (port0) \nSource KSV = [69, 3c, a5, d2, 96]\n" + passed},
+  };
+  for (const auto& c : kCases) {
+    const auto run = PlayTest(c.test, "");
+    EXPECT_EQ(run.output, c.output);
+    EXPECT_EQ(run.result, 0);
+    EXPECT_EQ(LastCalls(1), Lines{"VFE_HDMI_Uninitialize() = 0"});
+  }
+}
+
+TEST(HdmiUnit, EndsAtTheFirstStepThatFailsAndLeavesTheReceiver) {
+  const TestFunction kAny = T::UTVfeHdmiTest_GetHDCPReceiverId;
+  const struct {
+    TestFunction test;
+    const char* failing;
+  } kCases[] = {
+      {T::UTVfeHdmiTest_Initialize, "Initialize"},
+      {T::UTVfeHdmiTest_GetRxPortCount, "Initialize"},
+      {T::UTVfeHdmiTest_Disconnect, "Initialize"},
+      {T::UTVfeHdmiTest_Close, "Initialize"},
+      {T::UTVfeHdmiTest_EnableHPD, "Set_HotPlug"},
+      {T::UTVfeHdmiTest_IsHDCP22Supported, "Initialize"},
+      {T::UTVfeHdmiTest_GetPortTimingInfo, "Initialize"},  // asks for no port
+      {T::UTVfeHdmiTest_GetScdcStatus, "Open"},
+      {T::UTVfeHdmiTest_Disconnect, "Disconnect"},
+      {T::UTVfeHdmiTest_ReadEDID, "ReadEDID"},
+      {T::UTVfeHdmiTest_ReadHDCP, "ReadHDCP"},
+      {kAny, "Initialize"},
+      {kAny, "Open"},
+      {kAny, "WriteEDID"},
+      {kAny, "WriteHDCP"},
+      {kAny, "EnableHPD"},
+      {kAny, "Connect"},
+      {kAny, "GetConnectionState"},
+      {kAny, "GetClockStatus"},
+      {kAny, "getHDCPReceiverId"},
+  };
+  for (const auto& c : kCases) {
+    simhal::Reset();
+    const std::string function = std::string("K2V_RHAL_VFE_HDMI_") + c.failing;
+    simhal::Fail(function, 5);
+    const auto run = PlayTest(c.test, "");
+    EXPECT_EQ(run.result, 1) << function;
+    EXPECT_TRUE(run.output.ends_with("\nResult : failed - " + function + " failed\n"))
+        << run.output;
+    EXPECT_TRUE(simhal::Calls().back().starts_with(function)) << "nothing comes behind it";
+  }
+}
+
+TEST(HdmiUnit, FindsAMemoryThatChangesWhatIsWritten) {
+  simhal::Apply("defect 0 edid on");
+  auto run = PlayTest(T::UTVfeHdmiTest_WriteEDID, "");
+  EXPECT_EQ(run.result, 1);
+  EXPECT_TRUE(run.output.ends_with("6. compare edid\nResult : failed - compare edid failed\n"));
+  simhal::Reset();
+  simhal::Apply("defect 0 hdcp on");
+  run = PlayTest(T::UTVfeHdmiTest_WriteHDCP, "");
+  EXPECT_EQ(run.result, 1);
+  EXPECT_TRUE(run.output.ends_with("& check data\nResult : failed - check data failed\n"));
+}
+
+TEST(HdmiUnit, ANullBufferMustBeRefused) {
+  simhal::Fail("K2V_RHAL_VFE_HDMI_WriteHDCP", 0, 2);  // the second write, with the null pointer
+  const auto run = PlayTest(T::UTVfeHdmiTest_WriteHDCP, "");
+  EXPECT_EQ(run.result, 1);
+  EXPECT_TRUE(
+      run.output.ends_with("Result : failed - K2V_RHAL_VFE_HDMI_WriteHDCP should not return "
+                           "API_OK, with NULL buffer\n"));
+}
+
+TEST(HdmiUnit, ConnectFollowsTheCable) {
+  simhal::Unplug(0);
+  AtPolls({{7, "plug 0 1920x1080p60"}, {12, "unplug 0"}});
+  auto run = PlayTest(T::UTVfeHdmiTest_Connect, "");
+  EXPECT_EQ(run.result, 0);
+  EXPECT_TRUE(
+      run.output.ends_with("3.1 Please Connect HDMI Cable to HDMI Port 0\n"
+                           "3.1 Please Disconnect HDMI Cable from HDMI Port 0\nResult : Passed\n"));
+
+  const struct {
+    const char* board;
+    const char* what;
+  } kCases[] = {{"unplug 0", "connect"}, {"plug 0 1920x1080p60", "disconnect"}};
+  scripted::OnWait({});
+  for (const auto& c : kCases) {
+    simhal::Reset();
+    simhal::Apply(c.board);
+    run = PlayTest(T::UTVfeHdmiTest_Connect, "");
+    EXPECT_EQ(run.result, 1);
+    EXPECT_TRUE(run.output.ends_with(std::string("Result : failed - unable to detect HDMI cable ") +
+                                     c.what + '\n'));
+  }
+}
+
+// A prompt for the port forgets what was typed before it, so these have a terminal.
+TEST(HdmiUnit, AsksForThePortUntilItIsOne) {
+  Pty pty([] { return 40 + hdmi_steps::get_port(); });
+  for (const char* wrong : {"4", "-1", "x"}) {
+    ASSERT_TRUE(pty.Answer("\nwhich port to test (0~3) ? ", wrong));
+  }
+  ASSERT_TRUE(pty.Answer("\nwhich port to test (0~3) ? ", "3"));
+  EXPECT_EQ(pty.Wait(), 43);
+}
+
+struct PortCase {
+  TestFunction test;
+  const char* port;
+  int result;
+  const char* end;  // of what is printed
+};
+
+TEST(HdmiUnit, TestsThePortThatIsAskedFor) {
+  simhal::Apply("plug 2 1920x1080p60 pc");
+  simhal::Apply("mute 2 on");
+  const PortCase kCases[] = {
+      {T::UTVfeHdmiTest_GetAVMute, "2", 0,
+       "6. K2V_RHAL_VFE_HDMI_GetAVMute (port2) \nAV Mute = 1\nResult : Passed\n"},
+      {T::UTVfeHdmiTest_GetColorDepth, "0", 0, "Color Depth = 1\nResult : Passed\n"},
+      {T::UTVfeHdmiTest_GetScdcStatus, "0", 0,
+       "6. K2V_RHAL_VFE_HDMI_GetScdcStatus (port0) \nScdc Status(0) = 1\nScdc Status(1) = 1\n"
+       "Scdc Status(2) = 1\nScdc Status(3) = 1\nScdc Status(4) = 7\nResult : Passed\n"},
+      {T::UTVfeHdmiTest_GetPortTimingInfo, "1", 0,
+       "7. K2V_RHAL_VFE_HDMI_GetPortTimingInfo (port1, NULL) \nResult : Pass\n"},
+      {T::UTVfeHdmiTest_GetPortDRMInfo, "1", 1,
+       "Result : failed - K2V_RHAL_VFE_HDMI_GetDRMInfo failed\n"},
+      {T::UTVfeHdmiTest_GetPortAVIInfo, "3", 1,
+       "Result : failed - K2V_RHAL_VFE_HDMI_GetPortAVIInfo failed\n"},
+  };
+  for (const PortCase& c : kCases) {
+    Pty pty([&] { return c.test(nullptr); });
+    ASSERT_TRUE(pty.Answer("which port to test (0~3) ? ", c.port));
+    EXPECT_EQ(pty.Wait(), c.result) << pty.Transcript();
+    EXPECT_TRUE(pty.Transcript().ends_with(c.end)) << pty.Transcript();
+    const bool empty = *c.port == '3';
+    EXPECT_EQ(Contains(pty.Transcript(), "Please Connect HDMI Cable to port3\n"), empty);
+    simhal::Apply("clear all");
+    K2V_RHAL_VFE_HDMI_Uninitialize();  // what failed was left as it was
+  }
+}
+
+TEST(HdmiUnit, ANullTimingRecordMustBeRefused) {
+  simhal::Fail("K2V_RHAL_VFE_HDMI_GetPortTimingInfo", 0, 2);
+  Pty pty([] { return T::UTVfeHdmiTest_GetPortTimingInfo(nullptr); });
+  ASSERT_TRUE(pty.Answer("which port to test (0~3) ? ", "0"));
+  EXPECT_EQ(pty.Wait(), 1);
+  EXPECT_TRUE(pty.Transcript().ends_with(
+      "Result : failed - K2V_RHAL_VFE_HDMI_GetPortTimingInfo should not return API_OK, with NULL "
+      "timing info\n"));
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+// The receiver's records as text, against whole blocks.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "InfoFrameText.h"
+#include "Scripted.h"
+
+namespace {
+
+template <typename Print>
+std::string TextOf(Print print) {
+  return scripted::Play("", [&] { return print(), 0; }).output;
+}
+
+TEST(InfoFrameText, Avi) {
+  K2V_HAL_VFE_HDMI_AVI_INFO_T info{};
+  info.VideoIdCode = 97;
+  info.eHDMIMode = 1;
+  info.ePixelEncoding = 3;
+  info.nVersion = 2;
+  info.nLength = 13;
+  info.eColorimetry = 3;
+  info.eExtColorimetry = 6;
+  info.nBottomBarStart = 65535;
+  EXPECT_EQ(TextOf([&] { PrintAviInfo(info); }),
+            "VideoIdCode : 97\neHDMIMode : 1\nePixelEncoding : 3\nnVersion : 2\n"
+            "nLength : 13 bytes\nbActiveFormat : 0\neBarInfo : 0\neScanInfo : 0\n"
+            "eColorimetry : 3\neExtColorimetry : 6\nePictureAspect : 0\neActiveAspect : 0\n"
+            "bItContent : 0\neItContentType : 0\neRgbRange : 0\neYccRange : 0\neScaling : 0\n"
+            "nPixelRepetition : 0\nnTopBarEnd : 0 lines\nnBottomBarStart : 65535 lines\n"
+            "nLeftBarEnd : 0 pixels\nnRightBarStart : 0 pixels\n");
+}
+
+TEST(InfoFrameText, SpdWithNamesThatFillTheirFields) {
+  K2V_HAL_VFE_HDMI_SPD_INFO_T info{};
+  std::fill_n(info.VendorName, sizeof(info.VendorName), 'V');  // not even the zero byte is there
+  std::fill_n(info.ProductDescription, sizeof(info.ProductDescription), 'P');
+  info.SourceDeviceInfo = 9;
+  EXPECT_EQ(TextOf([&] { PrintSpdInfo(info); }),
+            "VendorName : VVVVVVVV\nProductDescription : PPPPPPPPPPPPPPPP\nnVersion : 0\n"
+            "nLength : 0 bytes\nSourceDeviceInfo : 9\n");
+}
+
+TEST(InfoFrameText, VsiAndSeveralVsi) {
+  K2V_HAL_VFE_HDMI_VSI_INFO_T one{};
+  one.nIeeeOui = 0x000C03;
+  one.eVideoFormat = 1;
+  one.nLength = 5;
+  one.nHdmiVic = 3;
+  EXPECT_EQ(TextOf([&] { PrintVsiInfo(one); }),
+            "nIeeeOui : 00-0C-03\neVideoFormat : 1\ne3DStructure : 0\ne3DExtData : 0\n"
+            "nVersion : 0\nnLength : 5 bytes\nnHdmiVic : 3\nb3DMetadata : 0\n");
+
+  K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T all{};
+  all.nCount = 2;
+  all.stVSI[0].nIeeeOui = 0x000C03;
+  all.stVSI[0].nVersion = 1;
+  all.stVSI[0].nLength = 5;
+  all.stVSI[0].nData[0] = 0x20;
+  all.stVSI[0].nData[1] = 3;
+  all.stVSI[1].nIeeeOui = 0xC45DD8;
+  all.stVSI[1].nLength = 2;  // shorter than its OUI
+  EXPECT_EQ(TextOf([&] { _dump_multi_vsif(&all); }),
+            "nCount : 2\nstVSI[0]\nnIeeeOui : 00-0C-03\nnVersion : 1\nnLength : 5 bytes\n"
+            "nData : 20 03\nstVSI[1]\nnIeeeOui : C4-5D-D8\nnVersion : 0\nnLength : 2 bytes\n"
+            "nData :\n");
+  all.nCount = 1000;
+  all.stVSI[3].nLength = 255;
+  const std::string text = TextOf([&] { _dump_multi_vsif(&all); });
+  EXPECT_NE(text.find("stVSI[3]"), std::string::npos);
+  EXPECT_EQ(text.find("stVSI[4]"), std::string::npos) << "a count that cannot be is not believed";
+}
+
+TEST(InfoFrameText, Drm) {
+  K2V_HAL_VFE_HDMI_DRM_INFO_T info{};
+  info.nVersion = 1;
+  info.nLength = 26;
+  info.eEOTFtype = 2;
+  info.stDisplayPrimaries[1] = {6550, 2300};
+  info.stWhitePoint = {15635, 16450};
+  info.nMaxMasteringLuminance = 1000;
+  info.nMinMasteringLuminance = 50;
+  info.nMaxCLL = 65535;
+  info.nMaxFALL = 400;
+  EXPECT_EQ(TextOf([&] { _dump_drm_info(&info); }),
+            "nVersion : 1\nnLength : 26 bytes\neEOTFtype : 2\neMetadataId : 0\n"
+            "stDisplayPrimaries[0] : 0, 0 x 0.00002\nstDisplayPrimaries[1] : 6550, 2300 x 0.00002\n"
+            "stDisplayPrimaries[2] : 0, 0 x 0.00002\nstWhitePoint : 15635, 16450 x 0.00002\n"
+            "nMaxMasteringLuminance : 1000 cd/m2\nnMinMasteringLuminance : 50 x 0.0001 cd/m2\n"
+            "nMaxCLL : 65535 cd/m2\nnMaxFALL : 400 cd/m2\n");
+}
+
+}  // namespace
