@@ -5,8 +5,10 @@
 namespace sim {
 
 std::span<const Area* const> Areas() {
-  static constexpr const Area* kAreas[] = {&kHdmiArea, &kVby1Area, &kScalerArea, &kFailureArea,
-                                           &kEventArea};
+  static constexpr const Area* kAreas[] = {
+      &kHdmiArea,        &kVby1Area,     &kScalerArea,  &kDisplayArea, &kFormatter3dArea,
+      &kTransmitterArea, &kGraphicsArea, &kFailureArea, &kEventArea,
+  };
   return kAreas;
 }
 

@@ -17,6 +17,10 @@ struct Area {
 extern const Area kHdmiArea;
 extern const Area kVby1Area;
 extern const Area kScalerArea;
+extern const Area kDisplayArea;
+extern const Area kFormatter3dArea;
+extern const Area kTransmitterArea;
+extern const Area kGraphicsArea;
 extern const Area kFailureArea;
 extern const Area kEventArea;
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "k2v/vbe.h"
 #include "k2v/vfe_hdmi.h"
 #include "k2v/vfe_vby1rx.h"
 #include "k2v/vsc.h"
@@ -120,6 +121,56 @@ struct Scaler {
   Window windows[kWindowCount];
 };
 
+struct Color {
+  uint8_t red;
+  uint8_t green;
+  uint8_t blue;
+};
+
+constexpr unsigned kTransmitterCount = 2;
+
+/// Panel, timing controller and HDMI transmitter.
+struct Display {
+  bool initialized;
+  bool tconInitialized;
+  bool tconClock;
+  bool output;
+  bool muted;
+  bool freeRun;
+  bool mirrorHorizontal;
+  bool mirrorVertical;
+  bool shift;
+  bool orbit;
+  bool spreadSpectrum;
+  bool background;  // instead of the picture
+  uint8_t frameRateHz;
+  uint16_t spreadPercent;
+  uint16_t spreadPeriod;
+  Color borderColor;
+  Color backgroundColor;
+  K2V_VBE_PANEL_INFO_T panel;
+  K2V_VBE_PANEL_ATTRIBUTE_T attribute;
+  bool transmitterUnplugged[kTransmitterCount];
+};
+
+struct Formatter3d {
+  bool initialized;
+  bool open;
+  bool leftFirstOut;
+  bool rightFirstIn;
+  bool autoConvergence;
+  uint8_t format;
+  uint8_t mode;
+  uint8_t depth;
+  int8_t convergence;
+};
+
+/// A graphics layer: this chip's, or the one behind the link.
+struct Graphics {
+  bool initialized;
+  bool on;  // two planes; the panel
+};
+
 struct Board {
   Clock clock;
   FailureTable failures;
@@ -127,6 +178,10 @@ struct Board {
   HdmiReceiver hdmi;
   Vby1Receiver vby1;
   Scaler scaler;
+  Display display;
+  Formatter3d formatter;
+  Graphics graphics;
+  Graphics linkedGraphics;
 };
 static_assert(std::is_trivially_copyable_v<Board> && std::is_trivial_v<Board>);
 

@@ -14,6 +14,16 @@
 
 namespace sim {
 
+/// The result of a call that was programmed to answer `code`: a pointer is null.
+template <typename Result>
+Result ProgrammedResult(int32_t code) {
+  if constexpr (std::is_pointer_v<Result>) {
+    return nullptr;
+  } else {
+    return static_cast<Result>(code);
+  }
+}
+
 /// Serves one HAL call: answers a programmed failure or calls `simulate(board, arguments…)`, and
 /// notes the call with its decoded arguments and its result in the trace.
 template <typename Simulate, typename... Arguments>
@@ -22,7 +32,7 @@ auto Call(const char* function, Simulate simulate, Arguments... arguments) {
   using Result = std::invoke_result_t<Simulate, Board&, Arguments...>;
   const auto programmed = TakeFailure(*board, function);
   const Result result =
-      programmed ? static_cast<Result>(*programmed) : simulate(*board, arguments...);
+      programmed ? ProgrammedResult<Result>(*programmed) : simulate(*board, arguments...);
   Note(FormatCall(function, result, arguments...));
   return result;
 }

@@ -75,11 +75,12 @@ void Put(CallText& out, const Buffer<T>& buffer) {
 /// The whole line of a call, without newline.
 template <typename Result, typename... Arguments>
 std::string FormatCall(const char* function, Result result, const Arguments&... arguments) {
-  CallText out = {{}, result == Result{}};
+  CallText out = {{}, std::is_pointer_v<Result> == (result != Result{})};
   [[maybe_unused]] const char* separator = "";
   out.text << function << '(';
   ((out.text << separator, separator = ", ", Put(out, arguments)), ...);
-  out.text << ") = " << +result;
+  out.text << ") = ";
+  Put(out, result);
   return out.text.str();
 }
 

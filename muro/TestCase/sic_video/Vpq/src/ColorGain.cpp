@@ -1,0 +1,68 @@
+#include "ColorGain.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr int kMasterGainPerUnit = 80;
+constexpr uint8_t kNeutralGain = 128;
+constexpr int kHueStepsPerAdvancedUnit = 6;
+
+// Table entries that the advanced menu's choices move.
+constexpr unsigned kAdvancedEntries[] = {6, 2, 1};
+
+struct ExpertOffsets {
+  int8_t saturation;
+  int8_t hue;
+  int8_t brightness;
+};
+
+int8_t advancedOffsets[std::size(kAdvancedEntries)];
+ExpertOffsets expertOffsets[6];
+
+uint8_t Moved(uint8_t gain, int offset) {
+  return static_cast<uint8_t>(std::clamp(gain + offset, 0, 255));
+}
+
+void Keep(const ICM_PC_PARAM_T& param) {
+  if (param.index < 0 || param.index >= std::ssize(advancedOffsets)) return;
+  advancedOffsets[param.index] = static_cast<int8_t>(param.value);
+}
+
+}  // namespace
+
+void utility_get_test_cm_gain(CHIP_COLOR_CONTROL_T* table, unsigned char gain) {
+  if (table == nullptr) return;
+  std::fill(std::begin(table->stRegion), std::end(table->stRegion),
+            CHIP_COLOR_CONTROL_ENTRY_T{static_cast<uint16_t>(gain * kMasterGainPerUnit),
+                                       kNeutralGain, kNeutralGain, kNeutralGain, 0});
+}
+
+void utility_calc_test_cm_ui_match_gain_adv(ICM_PC_PARAM_T* param, CHIP_COLOR_CONTROL_T* in,
+                                            CHIP_COLOR_CONTROL_T* out) {
+  if (in == nullptr || out == nullptr) return;
+  if (param != nullptr) Keep(*param);
+  *out = *in;
+  for (std::size_t i = 0; i < std::size(kAdvancedEntries); ++i) {
+    uint8_t& hue = out->stRegion[kAdvancedEntries[i]].nHueGain;
+    hue = Moved(hue, kHueStepsPerAdvancedUnit * advancedOffsets[i]);
+  }
+}
+
+void utility_calc_test_cm_ui_match_gain_exp(ICM_CM_PARAM_T* param, CHIP_COLOR_CONTROL_T* in,
+                                            CHIP_COLOR_CONTROL_T* out) {
+  if (in == nullptr || out == nullptr) return;
+  *out = *in;
+  if (param != nullptr) {
+    if (param->region >= std::size(expertOffsets)) return;
+    expertOffsets[param->region] = {param->saturation, param->hue, param->brightness};
+  }
+  for (std::size_t region = 0; region < std::size(expertOffsets); ++region) {
+    CHIP_COLOR_CONTROL_ENTRY_T& entry = out->stRegion[region];
+    const ExpertOffsets& offsets = expertOffsets[region];
+    entry.nHueGain = Moved(entry.nHueGain, offsets.hue);
+    entry.nSaturationGain = Moved(entry.nSaturationGain, offsets.saturation);
+    entry.nBrightnessGain = Moved(entry.nBrightnessGain, offsets.brightness);
+  }
+}

@@ -1,0 +1,93 @@
+// HDMI transmitter: what is plugged into its ports, and who is told.
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "core/Areas.h"
+#include "core/Call.h"
+#include "k2v/vbe.h"
+
+namespace sim {
+
+// Found from the templates in CallText.h, so not in the unnamed namespace.
+static void Put(CallText& out, K2V_VBE_HDMI_CONNECTION_CALLBACK callback) {
+  out.text << (callback == nullptr ? "NULL" : "{callback}");
+}
+
+namespace {
+
+using Callback = K2V_VBE_HDMI_CONNECTION_CALLBACK;
+
+constexpr auto kWatchPeriod = std::chrono::milliseconds(20);
+
+std::atomic<Callback> listener{nullptr};
+
+/// What the listener was told last.
+struct Connections {
+  bool connected[kTransmitterCount];
+};
+
+Connections ConnectionsNow() {
+  const BoardLock board;
+  Connections now{};
+  for (unsigned port = 0; port < kTransmitterCount; ++port) {
+    now.connected[port] = !board->display.transmitterUnplugged[port];
+  }
+  return now;
+}
+
+void TellChanges(Connections known) {
+  for (;;) {
+    std::this_thread::sleep_for(kWatchPeriod);
+    const Connections now = ConnectionsNow();
+    for (unsigned port = 0; port < kTransmitterCount; ++port) {
+      if (now.connected[port] != known.connected[port]) listener.load()(now.connected[port], port);
+    }
+    known = now;
+  }
+}
+
+void TellAndWatch(Callback callback) {
+  const Connections now = ConnectionsNow();
+  for (unsigned port = 0; port < kTransmitterCount; ++port) callback(now.connected[port], port);
+  // Like the driver's own thread it lives as long as the process.
+  if (listener.exchange(callback) == nullptr) std::thread(TellChanges, now).detach();
+}
+
+int Accept(Board&, Callback callback) {
+  return callback == nullptr ? K2V_RHAL_ERR_PARAM : K2V_RHAL_OK;
+}
+
+Action ParseTransmitter(const Words& words) {
+  const int64_t port = ParseNumber(words[0], "transmitter port", 0, kTransmitterCount - 1);
+  if (words[1] != "on" && words[1] != "off") Refuse(words[1], "is no choice", "on, off");
+  const bool unplugged = words[1] == "off";
+  return [=](Board& board) { board.display.transmitterUnplugged[port] = unplugged; };
+}
+
+constexpr Command kCommands[] = {
+    {"hdmitx", "PORT on|off", "a device is plugged into HDMI transmitter port 0 or 1, or out of it",
+     2, 2, ParseTransmitter},
+};
+
+void Describe(const Board& board, std::ostream& out) {
+  out << "hdmi transmitter:";
+  for (unsigned port = 0; port < kTransmitterCount; ++port) {
+    out << " port " << port << (board.display.transmitterUnplugged[port] ? " empty" : " connected");
+  }
+  out << '\n';
+}
+
+}  // namespace
+
+constinit const Area kTransmitterArea = {kCommands, Describe};
+
+}  // namespace sim
+
+using namespace sim;
+
+int K2V_RHAL_HdmiConnectionNotify(K2V_VBE_HDMI_CONNECTION_CALLBACK callback) {
+  const int result = Call(__func__, Accept, callback);
+  if (result == K2V_RHAL_OK) TellAndWatch(callback);
+  return result;
+}
