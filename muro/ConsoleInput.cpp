@@ -141,6 +141,12 @@ std::string ReadLine() {
   return line;
 }
 
+char ReadKey() {
+  const int key = mygetch();
+  if (key == EOF) EndOfInput();
+  return static_cast<char>(key);
+}
+
 int ReadNumber() {
   for (;;) {
     const std::string token = ReadAnswer();

@@ -25,6 +25,9 @@ std::string ReadAnswer();
 /// Reads one whole line, without its newline; it may be empty. End of input as in `ReadAnswer`.
 std::string ReadLine();
 
+/// Reads one key without echo and without waiting for Enter. End of input as in `ReadAnswer`.
+char ReadKey();
+
 /// Reads the answer to a prompt for a number: a decimal 32-bit integer. Anything else is dropped
 /// with a message and the read repeated. End of input as in `ReadAnswer`.
 int ReadNumber();

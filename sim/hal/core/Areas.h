@@ -21,6 +21,7 @@ extern const Area kDisplayArea;
 extern const Area kFormatter3dArea;
 extern const Area kTransmitterArea;
 extern const Area kGraphicsArea;
+extern const Area kVpqArea;
 extern const Area kFailureArea;
 extern const Area kEventArea;
 

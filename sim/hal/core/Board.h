@@ -10,6 +10,7 @@
 #include "k2v/vfe_hdmi.h"
 #include "k2v/vfe_vby1rx.h"
 #include "k2v/vsc.h"
+#include "vpq/VpqState.h"
 
 namespace sim {
 
@@ -182,6 +183,7 @@ struct Board {
   Formatter3d formatter;
   Graphics graphics;
   Graphics linkedGraphics;
+  Vpq vpq;
 };
 static_assert(std::is_trivially_copyable_v<Board> && std::is_trivial_v<Board>);
 

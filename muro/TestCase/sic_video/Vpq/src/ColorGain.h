@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "k2v/vpq_color.h"
+#include "k2v/vpq.h"
 
 /// A choice of the advanced colour menu.
 struct ICM_PC_PARAM_T {

@@ -1,0 +1,90 @@
+// The fields of the picture-quality records as tables, for C++ programs that fill, print or check
+// any record field by field.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <span>
+#include <type_traits>
+
+#include "k2v/vpq.h"
+
+namespace k2v {
+
+/// One field of a record: a number, or `count` of them `stride` bytes apart.
+struct RecordField {
+  const char* name;
+  std::size_t offset;
+  std::size_t width;  // bytes: 1, 2 or 4
+  bool isSigned;
+  std::size_t count;
+  std::size_t stride;
+  int min;
+  int max;
+};
+
+/// `Record::table` of a record type holds its fields in the order of the record.
+template <typename T>
+struct RecordFields;
+
+// clang-format off
+#define K2V_RECORD(name)                  \
+  template <>                             \
+  struct RecordFields<name> {             \
+    using Record = name;                  \
+    static constexpr RecordField table[] = {
+#define K2V_FIELD(type, name, min, max) \
+  {#name, offsetof(Record, name), sizeof(type), std::is_signed_v<type>, 1, 0, min, max},
+#define K2V_ARRAY(type, name, count, min, max) \
+  {#name, offsetof(Record, name), sizeof(type), std::is_signed_v<type>, count, sizeof(type), min, max},
+#define K2V_RECORD_END(name) \
+  }                          \
+  ;                          \
+  }                          \
+  ;
+#include "k2v/vpq_records.def"
+#undef K2V_RECORD
+#undef K2V_FIELD
+#undef K2V_ARRAY
+#undef K2V_RECORD_END
+// clang-format on
+
+/// The colour regions' gains, region by region in each field.
+template <>
+struct RecordFields<CHIP_COLOR_CONTROL_T> {
+  static constexpr std::size_t kStride = sizeof(CHIP_COLOR_CONTROL_ENTRY_T);
+  static constexpr RecordField table[] = {
+      {"nMasterGain", 0, 2, false, K2V_VPQ_COLOR_REGIONS, kStride, 0, 65535},
+      {"nHueGain", 2, 1, false, K2V_VPQ_COLOR_REGIONS, kStride, 0, 255},
+      {"nSaturationGain", 3, 1, false, K2V_VPQ_COLOR_REGIONS, kStride, 0, 255},
+      {"nBrightnessGain", 4, 1, false, K2V_VPQ_COLOR_REGIONS, kStride, 0, 255},
+      {"nOffset", 5, 1, false, K2V_VPQ_COLOR_REGIONS, kStride, 0, 255},
+  };
+};
+
+/// The fields of a record's type.
+template <typename T>
+constexpr std::span<const RecordField> FieldsOf(const T*) {
+  return RecordFields<T>::table;
+}
+
+/// Reads element `i` of a field.
+inline long GetField(const void* record, const RecordField& field, std::size_t i = 0) {
+  const auto* const at =
+      static_cast<const unsigned char*>(record) + field.offset + i * field.stride;
+  unsigned long value = 0;
+  for (std::size_t byte = field.width; byte-- > 0;) value = value << 8 | at[byte];
+  const unsigned long sign = 1UL << (8 * field.width - 1);
+  if (!field.isSigned || (value & sign) == 0) return static_cast<long>(value);
+  return static_cast<long>(value) - static_cast<long>(2 * sign);
+}
+
+/// Writes element `i` of a field, cut to the field's width.
+inline void SetField(void* record, const RecordField& field, long value, std::size_t i = 0) {
+  auto* const at = static_cast<unsigned char*>(record) + field.offset + i * field.stride;
+  for (std::size_t byte = 0; byte < field.width; ++byte) {
+    at[byte] = static_cast<unsigned char>(static_cast<unsigned long>(value) >> (8 * byte));
+  }
+}
+
+}  // namespace k2v

@@ -1,0 +1,106 @@
+// The kinds of unit tests of the picture quality: each calls its HAL function with prepared
+// arguments. Results are not looked at: such a test fails only by what it does to the HAL.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <initializer_list>
+#include <memory>
+#include <tuple>
+
+#include "k2v/vpq_fields.h"
+
+namespace utvpq {
+
+using NumberSetter = int (*)(int32_t);
+
+/// Calls a function without arguments, and calls it again.
+void CallTwice(int (*call)());
+
+/// Calls with `value`, printed behind the kind of test and the parameter's name.
+void CallWithNumber(const char* kind, const char* name, int32_t value, NumberSetter call);
+
+/// Which random number a range is tried with.
+enum class Random {
+  kNone,
+  kAny,   // of any size
+  kKept,  // between 0 and the largest number
+};
+
+/// Calls with the smallest and the largest number, with a random one, and with each number beyond
+/// the limits.
+void CallWithLimits(const char* name, int32_t min, int32_t max, NumberSetter call, Random random,
+                    std::initializer_list<int32_t> boundaries);
+
+template <typename... Boundaries>
+void CallWithRange(const char* name, int32_t min, int32_t max, NumberSetter call,
+                   Boundaries... boundaries) {
+  CallWithLimits(name, min, max, call, Random::kAny, {boundaries...});
+}
+
+template <typename... Boundaries>
+void CallWithChoices(const char* name, int32_t min, int32_t max, NumberSetter call,
+                     Boundaries... boundaries) {
+  CallWithLimits(name, min, max, call, Random::kNone, {boundaries...});
+}
+
+template <typename... Boundaries>
+void CallWithRangeKept(const char* name, int32_t min, int32_t max, NumberSetter call,
+                       Boundaries... boundaries) {
+  CallWithLimits(name, min, max, call, Random::kKept, {boundaries...});
+}
+
+/// Calls with a null pointer.
+template <typename T>
+void CallWithNull(const char* name, int (*call)(T*)) {
+  std::printf("Null Pointer Check : %s = NULL\n", name);
+  call(nullptr);
+}
+
+/// What a record's fields are filled with.
+enum class Filling { kMinimum, kMaximum, kRandom };
+
+/// Fills every element of every field; random numbers are cut to the field's width.
+void Fill(void* record, std::span<const k2v::RecordField> fields, Filling filling);
+
+/// Calls with a record of the smallest numbers, of the largest, of random ones, and with a null
+/// pointer.
+template <typename Record>
+void CallWithRecord(const char* name, int (*call)(Record*)) {
+  static constexpr struct {
+    const char* line;
+    Filling filling;
+  } kSteps[] = {{"min value test", Filling::kMinimum},
+                {"max value test", Filling::kMaximum},
+                {"random value test", Filling::kRandom}};
+  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  const auto record = std::make_unique<Record>();  // tables of some are large
+  for (const auto& step : kSteps) {
+    std::puts(step.line);
+    Fill(record.get(), k2v::FieldsOf(record.get()), step.filling);
+    call(record.get());
+  }
+  CallWithNull(name, call);
+}
+
+/// A random number, printed behind the parameter's name.
+int32_t AnnounceRandom(const char* name);
+
+/// Calls with random numbers, one a name.
+template <typename... Numbers, std::size_t count>
+void CallWithRandom(const char* const (&names)[count], int (*call)(Numbers...)) {
+  static_assert(sizeof...(Numbers) == count);
+  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  std::array<int32_t, count> numbers;
+  for (std::size_t i = 0; i < count; ++i) numbers[i] = AnnounceRandom(names[i]);
+  std::apply(call, numbers);
+}
+
+/// Calls with tables that change nothing.
+void CallWithIdentityGamma(int (*call)(K2V_VPQ_GAMMA_CURVE_T*));
+void CallWithIdentityLut(int (*call)(K2V_VPQ_HDR_3D_LUT_T*));
+
+}  // namespace utvpq

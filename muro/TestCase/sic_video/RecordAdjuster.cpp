@@ -1,0 +1,138 @@
+#include "RecordAdjuster.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "ConsoleInput.h"
+
+namespace record_adjuster {
+namespace {
+
+constexpr int kStepsOfRange = 100;
+constexpr int kWholeRamp = 100;  // percent
+constexpr int kMaxChoices = 15;  // a field of no more values starts at its smallest one
+
+// A letter stands below its digit on the keyboard, but for 'q', which leaves.
+constexpr char kUpKeys[] = "0123456789";
+constexpr char kDownKeys[] = "pawertyuio";
+
+std::span<Adjustable> WithKeys(std::span<Adjustable> numbers) {
+  return numbers.first(std::min(numbers.size(), std::strlen(kUpKeys)));
+}
+
+void PrintKeys(const char* keys, const char* verb, std::span<const Adjustable> numbers) {
+  std::printf("Enter");
+  for (std::size_t i = 0; i < numbers.size(); ++i) std::printf(" '%c'", keys[i]);
+  std::printf(" to %s", verb);
+  for (const Adjustable& number : numbers) std::printf(" %s", number.name);
+  std::printf(" value\n");
+}
+
+void PrintPrompt(std::span<const Adjustable> numbers) {
+  PrintKeys(kUpKeys, "increase", numbers);
+  PrintKeys(kDownKeys, "decrease", numbers);
+  std::puts("Use 'q' to exit");
+  std::puts("Use '>' to test Max Value, '<' to test Min Value, '?' to test Random Value");
+}
+
+void Set(Adjustable& number, int value) {
+  number.value = std::clamp(value, number.min, number.max);
+  std::printf("Set %s = %d\n", number.name, number.value);
+}
+
+void StepBy(Adjustable& number, int steps) {
+  Set(number, number.value + steps * std::max(1, (number.max - number.min) / kStepsOfRange));
+}
+
+/// Place of `key` in `keys`, or `count` when it has none below that.
+std::size_t PlaceOf(char key, const char* keys, std::size_t count) {
+  return static_cast<std::size_t>(std::find(keys, keys + count, key) - keys);
+}
+
+int RandomOf(const Adjustable& number) {
+  const unsigned values = static_cast<unsigned>(number.max) - static_cast<unsigned>(number.min) + 1;
+  return number.min + static_cast<int>(static_cast<unsigned>(std::rand()) % values);
+}
+
+/// Sets all numbers at once, where the key does that.
+bool SetAll(char key, std::span<Adjustable> numbers) {
+  if (std::strchr("><?.,/", key) == nullptr || key == '\0') return false;
+  for (Adjustable& number : numbers) {
+    if (key == '>' || key == '.') {
+      Set(number, number.max);
+    } else if (key == '<' || key == ',') {
+      Set(number, number.min);
+    } else {
+      Set(number, RandomOf(number));
+    }
+  }
+  return true;
+}
+
+/// Reads keys until one changes something (true, with its place) or leaves.
+bool ReadChange(std::span<Adjustable> numbers, std::size_t& changed) {
+  const std::span<Adjustable> stepped = WithKeys(numbers);
+  for (;;) {
+    const char key = console::ReadKey();
+    if (key == 'q' || key == 'Q') return false;
+    changed = 0;
+    if (SetAll(key, numbers)) return true;
+    const std::size_t up = PlaceOf(key, kUpKeys, stepped.size());
+    const std::size_t down = PlaceOf(key, kDownKeys, stepped.size());
+    changed = std::min(up, down);
+    if (changed == stepped.size()) continue;
+    StepBy(stepped[changed], up < stepped.size() ? 1 : -1);
+    return true;
+  }
+}
+
+bool IsArray(const k2v::RecordField& field) {
+  return field.count > 1;
+}
+
+}  // namespace
+
+int Adjust(std::span<Adjustable> numbers, const std::function<int(std::size_t changed)>& apply) {
+  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  std::size_t changed = 0;
+  while (apply(changed) == 0) {
+    PrintPrompt(WithKeys(numbers));
+    if (!ReadChange(numbers, changed)) break;
+  }
+  return 0;
+}
+
+std::vector<Adjustable> NumbersOf(std::span<const k2v::RecordField> fields) {
+  std::vector<Adjustable> numbers;
+  for (const k2v::RecordField& field : fields) {
+    if (IsArray(field)) {
+      numbers.push_back({field.name, 0, kWholeRamp, kWholeRamp});
+    } else {
+      const bool isChoice = field.max - field.min <= kMaxChoices;
+      const int start = isChoice ? field.min : (field.min + field.max) / 2;
+      numbers.push_back({field.name, field.min, field.max, start});
+    }
+  }
+  return numbers;
+}
+
+void Store(std::span<const Adjustable> numbers, std::span<const k2v::RecordField> fields,
+           void* record) {
+  for (std::size_t f = 0; f < fields.size(); ++f) {
+    const k2v::RecordField& field = fields[f];
+    if (!IsArray(field)) {
+      k2v::SetField(record, field, numbers[f].value);
+      continue;
+    }
+    const long rise = (long{field.max} - field.min) * numbers[f].value / kWholeRamp;
+    for (std::size_t i = 0; i < field.count; ++i) {
+      const long risen = rise * static_cast<long>(i) / static_cast<long>(field.count - 1);
+      k2v::SetField(record, field, field.min + risen, i);
+    }
+  }
+}
+
+}  // namespace record_adjuster

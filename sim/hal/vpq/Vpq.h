@@ -1,0 +1,33 @@
+// What the files of the picture quality share.
+#pragma once
+
+#include <initializer_list>
+
+#include "core/Board.h"
+#include "k2v/vpq_fields.h"
+
+namespace sim {
+
+/// A number and what it may be.
+struct Ranged {
+  int32_t value;
+  int32_t min;
+  int32_t max;
+};
+
+/// Tells whether all values are what they may be.
+bool AreInRange(std::initializer_list<Ranged> values);
+
+/// Tells whether every field of a record is in its range.
+template <typename Record>
+bool HasItsRanges(const Record& record) {
+  for (const k2v::RecordField& field : k2v::FieldsOf(&record)) {
+    for (std::size_t i = 0; i < field.count; ++i) {
+      const long value = k2v::GetField(&record, field, i);
+      if (value < field.min || value > field.max) return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace sim

@@ -1,0 +1,61 @@
+// What the picture quality keeps, made from the list of its functions.
+#pragma once
+
+#include <cstdint>
+
+#include "k2v/vpq.h"
+
+namespace sim {
+
+/// The numbers that are kept, by the function that takes them.
+enum class VpqValue : unsigned {
+#define VPQ_VALUE(function, atPowerOn, min, max) k##function,
+#define VPQ_VALUE_OF(function, setter)
+#define VPQ_RECORD(function, type)
+#define VPQ_RECORD_OF(function, setter)
+#define VPQ_TEXT(function, text)
+#define VPQ_NOTED(function)
+#include "vpq/VpqFunctions.def"
+#undef VPQ_VALUE
+  kCount
+};
+
+/// The records that are kept, by the function that takes them; zero until it is called.
+struct VpqRecords {
+#define VPQ_VALUE(function, atPowerOn, min, max)
+#undef VPQ_RECORD
+#define VPQ_RECORD(function, type) type function;
+#include "vpq/VpqFunctions.def"
+#undef VPQ_VALUE
+#undef VPQ_VALUE_OF
+#undef VPQ_RECORD
+#undef VPQ_RECORD_OF
+#undef VPQ_TEXT
+#undef VPQ_NOTED
+};
+
+constexpr unsigned kOsdMapItems = 5;
+constexpr unsigned kOsdMapPoints = 11;
+constexpr unsigned kFactoryTemperatures = 10;
+constexpr unsigned kEngineeringItems = 64;
+constexpr unsigned kEngineeringLayers = 8;
+constexpr unsigned kEngineeringLayerItems = 16;
+
+struct Vpq {
+  bool initialized;
+  bool open;
+  bool extensionInitialized;
+  bool extensionOpen;
+  bool panelTables;     // loaded
+  int32_t noiseLevel;   // of the source
+  int32_t motionLevel;  // of the source
+  /// As the difference from the value at power-on, so that a board of zero bytes has those.
+  int32_t values[static_cast<unsigned>(VpqValue::kCount)];
+  VpqRecords records;
+  uint16_t osdMap[kOsdMapItems][kOsdMapPoints];
+  int8_t temperatureOffsets[kFactoryTemperatures][3];  // red, green, blue
+  uint16_t engineering[kEngineeringItems];
+  uint16_t layeredEngineering[kEngineeringLayers][kEngineeringLayerItems];
+};
+
+}  // namespace sim
