@@ -27,15 +27,6 @@ class HarnessTest : public test::BoardFixture {
   /// A harness whose waits pass a hundred times faster.
   Pty& StartFast() { return Start({.timeScale = 100}); }
 
-  /// Answers prompts in order: text of the prompt and what is typed there.
-  static testing::AssertionResult Type(
-      Pty& pty, const std::vector<std::pair<const char*, const char*>>& talk) {
-    for (const auto& [prompt, answer] : talk) {
-      if (auto answered = pty.Answer(prompt, answer); !answered) return answered;
-    }
-    return testing::AssertionSuccess();
-  }
-
   /// Walks to test number `index` of the scaler module and starts it.
   static testing::AssertionResult StartScalerTest(Pty& pty, const char* index) {
     return Type(pty, {{kChoice, "3"}, {kChoice, "2"}, {kChoice, index}});
@@ -54,19 +45,6 @@ class HarnessTest : public test::BoardFixture {
                       {"SetInOutregion video wid:0(wid_0),1(wid_1)", "0"},
                       {"set display size:0(1920x1080),1(3840x2160),2(960*540)", "1"},
                       {"Blank Window 0(Win0), 1(Win1)", "0"}});
-  }
-
-  /// The report's totals line without its padding, such as "1/1/0" for total, pass and fail.
-  std::string Totals() const {
-    const std::string report = ReportText();
-    const std::string line = report.substr(report.size() - 2 * std::size_t{137}, 136);
-    std::istringstream words(line);
-    std::string numbers;
-    for (std::string word; words >> word;) {
-      if (std::isdigit(static_cast<unsigned char>(word[0])) != 0) numbers += word + '/';
-    }
-    numbers.pop_back();
-    return numbers;
   }
 
   bool Traced(const std::string& call) const {

@@ -24,14 +24,6 @@ constexpr int kUnitTests = 29;
 
 class ReceiverTest : public test::BoardFixture {
  protected:
-  static testing::AssertionResult Type(
-      Pty& pty, const std::vector<std::pair<const char*, const char*>>& talk) {
-    for (const auto& [prompt, answer] : talk) {
-      if (auto answered = pty.Answer(prompt, answer); !answered) return answered;
-    }
-    return testing::AssertionSuccess();
-  }
-
   /// Answers what is asked when a picture comes up: the whole panel, the main window.
   static testing::AssertionResult PlacePicture(Pty& pty) {
     return Type(pty, {{"SetInOutregion video wid:", "0"},
@@ -78,18 +70,6 @@ class ReceiverTest : public test::BoardFixture {
     }
     if (unplugged) Cvnsim(plug);
     ASSERT_TRUE(pty.Expect(kChoice));
-  }
-
-  /// The report's totals, such as "29/29/0" for total, pass and fail.
-  std::string Totals() const {
-    const std::string report = ReportText();
-    std::istringstream words(report.substr(report.size() - 2 * std::size_t{137}, 136));
-    std::string numbers;
-    for (std::string word; words >> word;) {
-      if (std::isdigit(static_cast<unsigned char>(word[0])) != 0) numbers += word + '/';
-    }
-    if (!numbers.empty()) numbers.pop_back();
-    return numbers;
   }
 
   std::ptrdiff_t CountTraced(const std::string& call) const {

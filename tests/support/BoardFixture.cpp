@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 
 #include <array>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -103,6 +104,19 @@ fs::path BoardFixture::ReportPath() const {
 
 std::string BoardFixture::ReportText() const {
   return FileText(ReportPath());
+}
+
+std::string BoardFixture::Totals() const {
+  constexpr std::size_t kLine = 137;  // the totals are on the line before the last
+  const std::string report = ReportText();
+  if (report.size() < 2 * kLine) return "no totals";
+  std::istringstream words(report.substr(report.size() - 2 * kLine, kLine));
+  std::string numbers;
+  for (std::string word; words >> word;) {
+    if (std::isdigit(static_cast<unsigned char>(word[0])) == 0) continue;
+    numbers += (numbers.empty() ? "" : "/") + word;
+  }
+  return numbers;
 }
 
 std::vector<std::string> BoardFixture::Trace() const {

@@ -47,6 +47,8 @@ class BoardFixture : public testing::Test {
   std::filesystem::path ReportPath() const;
   /// Text of the one report.
   std::string ReportText() const;
+  /// The report's totals, such as "3/2/1" for total, pass and fail.
+  std::string Totals() const;
   /// HAL calls since the board was switched on, one a line.
   std::vector<std::string> Trace() const;
   /// Calls of the board's tools since it was switched on, one a line.

@@ -255,4 +255,11 @@ testing::AssertionResult Pty::Failure(const std::string& what) const {
          << transcript_.substr(from) << "\n--- end of transcript ---";
 }
 
+testing::AssertionResult Type(Pty& pty, const Talk& talk) {
+  for (const auto& [prompt, answer] : talk) {
+    if (auto answered = pty.Answer(prompt, answer); !answered) return answered;
+  }
+  return testing::AssertionSuccess();
+}
+
 }  // namespace test

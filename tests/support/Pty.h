@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace test {
@@ -91,5 +92,11 @@ class Pty {
   std::string before_;
   std::vector<std::string> groups_;
 };
+
+/// A prompt and what is typed there.
+using Talk = std::vector<std::pair<const char*, const char*>>;
+
+/// Answers prompts in order, with `Pty::Answer`.
+[[nodiscard]] testing::AssertionResult Type(Pty& pty, const Talk& talk);
 
 }  // namespace test
