@@ -19,3 +19,7 @@ void RunShell(const char* command) {
   std::fflush(stdout);
   [[maybe_unused]] const int status = std::system(command);
 }
+
+void RunShell(const std::string& command) {
+  RunShell(command.c_str());
+}

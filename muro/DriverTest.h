@@ -1,6 +1,8 @@
 // What the driver tests have in common.
 #pragma once
 
+#include <string>
+
 /// Prints the red trace line that a driver test opens with: source file, `function` and line.
 void PrintTraceLine(const char* function, const char* file = __builtin_FILE(),
                     int line = __builtin_LINE());
@@ -15,3 +17,4 @@ void PrintTraceName(const char* function);
 /// Runs `command` in a shell, with everything printed so far on the console before it. Its exit
 /// status is not looked at.
 void RunShell(const char* command);
+void RunShell(const std::string& command);

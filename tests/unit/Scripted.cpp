@@ -73,10 +73,12 @@ Run Play(const std::string& input, const std::function<int()>& function) {
   std::clearerr(stdin);
   std::setvbuf(stdin, nullptr, _IONBF, 0);
 
+  const auto before = static_cast<std::ptrdiff_t>(commands.size());
   testing::internal::CaptureStdout();
   const int result = function();
   std::fflush(stdout);
-  Run run{result, testing::internal::GetCapturedStdout()};
+  Run run{
+      result, testing::internal::GetCapturedStdout(), {commands.begin() + before, commands.end()}};
 
   dup2(savedInput, 0);
   close(savedInput);
@@ -96,6 +98,11 @@ unsigned long WaitedUs() {
 
 std::vector<std::string> Commands() {
   return commands;
+}
+
+std::vector<std::string> CommandsOf(const std::function<void()>& function,
+                                    const std::string& input) {
+  return Play(input, [&] { return function(), 0; }).commands;
 }
 
 void OnWait(std::function<void(unsigned long)> hook) {

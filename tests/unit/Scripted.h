@@ -8,10 +8,11 @@
 
 namespace scripted {
 
-/// What a run printed and returned.
+/// What a run returned and printed, and the shell commands it ran.
 struct Run {
   int result;
   std::string output;
+  std::vector<std::string> commands;
 };
 
 /// Calls `function` with `input` on standard input and everything printed captured. Input that was
@@ -24,6 +25,10 @@ unsigned long WaitedUs();
 
 /// Shell commands of the program so far.
 std::vector<std::string> Commands();
+
+/// The shell commands of `function`, run as by `Play`.
+std::vector<std::string> CommandsOf(const std::function<void()>& function,
+                                    const std::string& input = "");
 
 /// Called at every wait, for example to change the board while a test polls it. Empty: nothing.
 void OnWait(std::function<void(unsigned long us)> hook);

@@ -2,8 +2,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <ifaddrs.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -27,10 +30,22 @@ std::string Dump(const player::Clip& clip, int64_t clock, player::Stage stage,
   return text.str();
 }
 
-constexpr const char* kBoardFiles[] = {"/vendor/manifest.xml", "/vendor/corvana/pelxos",
-                                       "/home/core.1st"};
+constexpr const char* kBoardFiles[] = {kAndroid, kPelxos, kSorvex};
+
+constexpr const char* kOtherFiles[] = {"/dev/block/",
+                                       "/tmp/usb/",
+                                       "/media/",
+                                       "/data/noAndroidMode",
+                                       "/tmp/enableDebugMode",
+                                       "/tmp/cross_module/isPcb"};
 
 std::string pretendedFile;
+std::vector<std::string> pretendedFiles;
+int looksWithoutAddress = -1;
+
+bool IsOneOf(const std::vector<std::string>& paths, const std::string& path) {
+  return std::ranges::find(paths, path) != paths.end();
+}
 
 }  // namespace
 
@@ -39,11 +54,35 @@ extern "C" int access(const char* path, int mode) {
   for (const std::string file : kBoardFiles) {
     if (file == path) return file == pretendedFile ? 0 : -1;
   }
+  for (const std::string beginning : kOtherFiles) {
+    if (std::string(path).starts_with(beginning)) return IsOneOf(pretendedFiles, path) ? 0 : -1;
+  }
   return faccessat(AT_FDCWD, path, mode, 0);
 }
 
+extern "C" int getifaddrs(ifaddrs** all) noexcept {
+  static char name[] = "eth0";
+  static sockaddr address = {.sa_family = AF_INET, .sa_data = {}};
+  static ifaddrs ethernet = {};
+  ethernet.ifa_name = name;
+  ethernet.ifa_addr = looksWithoutAddress == 0 ? &address : nullptr;
+  if (looksWithoutAddress > 0) --looksWithoutAddress;
+  *all = &ethernet;
+  return 0;
+}
+
+extern "C" void freeifaddrs(ifaddrs*) noexcept {}
+
 void PretendBoardFile(const std::string& path) {
   pretendedFile = path;
+}
+
+void PretendFiles(const std::vector<std::string>& paths) {
+  pretendedFiles = paths;
+}
+
+void PretendAddressAtLook(int number) {
+  looksWithoutAddress = number - 1;
 }
 
 Home::Home() {

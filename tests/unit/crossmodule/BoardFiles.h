@@ -29,9 +29,20 @@ class Home {
   std::vector<std::string> dumps_;
 };
 
+// Files that tell the board's operating system.
+inline constexpr char kAndroid[] = "/vendor/manifest.xml";
+inline constexpr char kSorvex[] = "/home/core.1st";
+inline constexpr char kPelxos[] = "/vendor/corvana/pelxos";
+
 /// Pretends that of the files that tell the board's operating system this one is there. Empty:
 /// none.
 void PretendBoardFile(const std::string& path);
+
+/// Pretends that of the board's other files (the disks, the stick, markers) these alone are there.
+void PretendFiles(const std::vector<std::string>& paths);
+
+/// Pretends that the board's Ethernet gets its address at the n-th look from now on. 0: never.
+void PretendAddressAtLook(int number);
 
 /// Removes what a test left in the directory that all boards' programs share, "/tmp/cross_module/".
 void RemoveVolatileFiles();

@@ -29,6 +29,9 @@ class TemporaryHome : public testing::Test {
   bool Exists(const std::string& file) const { return std::filesystem::exists(Home() + file); }
   void Write(const std::string& file, const std::string& text) const { home_.Write(file, text); }
 
+  /// Dumps of a test case, equal to its golden data.
+  void PutDumps(int testCase) { home_.Play(testCase, {}); }
+
  private:
   crossmodule::Home home_;
 };

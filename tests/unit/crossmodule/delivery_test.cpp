@@ -16,22 +16,10 @@
 
 namespace {
 
+using namespace crossmodule;
+using scripted::CommandsOf;
 using scripted::Play;
 using Lines = std::vector<std::string>;
-
-constexpr char kAndroid[] = "/vendor/manifest.xml";
-constexpr char kSorvex[] = "/home/core.1st";
-constexpr char kPelxos[] = "/vendor/corvana/pelxos";
-
-/// Shell commands of `run` alone.
-template <typename Function>
-Lines CommandsOf(Function run) {
-  const std::size_t before = scripted::Commands().size();
-  Play("", [&] { return run(), 0; });
-  Lines commands = scripted::Commands();
-  commands.erase(commands.begin(), commands.begin() + static_cast<std::ptrdiff_t>(before));
-  return commands;
-}
 
 class CrossModuleFilesDelivery : public testing::Test {
  protected:
@@ -157,7 +145,8 @@ TEST_F(CrossModuleFilesDelivery, DoesNothingForAnUnknownTestCase) {
             Lines{});
   EXPECT_EQ(told, "");
   EXPECT_EQ(Play("", [] { return Package_AllinOne(true), 0; }).output,
-            "\033[1;33m[CrossModule][Package_AllinOne] \033[0;37mERROR: unknown test case\n");
+            "\033[1;33m[CrossModule][Package_AllinOne] \033[0;37m\033[0;32;31mERROR: unknown test "
+            "case\n");
 }
 
 TEST(ReportCleaning, TakesEveryColourSequenceOutAndNothingElse) {

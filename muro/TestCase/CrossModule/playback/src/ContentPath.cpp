@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "Ansi.h"
 #include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "Settings.h"
@@ -39,9 +40,14 @@ std::string FilePlayer() {
 
 void CopyToEmmc() {
   if (access(EmmcContent().c_str(), F_OK) == 0) return;
+  if (!Check_If_CrossModulePlayback_Env_Setup()) {
+    CmLog(kFunction) << ansi::kFail << "ERROR: no " << CrossModuleHome()
+                     << ", content is not copied\n";
+    return;
+  }
   CmLog(kFunction) << "Copy content from " << UsbContent() << " to " << EmmcContent()
                    << " , please wait...\n";
-  RunShell(("mkdir -p " + EmmcContent() + "; cp " + UsbContent() + "* " + EmmcContent()).c_str());
+  RunShell("mkdir -p " + EmmcContent() + "; cp " + UsbContent() + "* " + EmmcContent());
 }
 
 }  // namespace

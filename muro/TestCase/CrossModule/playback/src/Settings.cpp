@@ -145,6 +145,10 @@ void SetCrossModuleHome(const std::string& home) {
   facts.home = home;
 }
 
+bool Check_If_CrossModulePlayback_Env_Setup() {
+  return access(facts.home.substr(0, facts.home.size() - 1).c_str(), F_OK) == 0;
+}
+
 const std::string& UsbMountPoint() {
   return facts.usbMountPoint;
 }

@@ -40,6 +40,10 @@ void CM_Playback_Init();
 const std::string& CrossModuleHome();
 void SetCrossModuleHome(const std::string& home);
 
+/// True when the board was prepared for playback tests: the cross-module home is there. Only the
+/// preparation makes it.
+bool Check_If_CrossModulePlayback_Env_Setup();
+
 /// Where the USB stick is mounted.
 const std::string& UsbMountPoint();
 

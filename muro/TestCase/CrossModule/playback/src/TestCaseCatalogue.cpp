@@ -1,9 +1,11 @@
 #include "TestCaseCatalogue.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <utility>
@@ -188,6 +190,11 @@ std::string Module_Type_Inte_To_String(int mask) {
   return text;
 }
 
+CM_TestCase* FindTestCase(TEST_CASE_TYPE type) {
+  std::vector<CM_TestCase>& cases = TestCaseList();
+  return std::to_address(std::ranges::find(cases, type, &CM_TestCase::type));
+}
+
 int Set_Current_TestCase(TEST_CASE_TYPE type) {
   currentTestCase = type;
   OpenEmpty(kCurrentCaseFile) << type << '\n';
@@ -199,13 +206,25 @@ CM_TestCase* Get_Current_TestCase() {
     const auto stored = FirstLine(kCurrentCaseFile);
     Set_Current_TestCase(stored ? std::atoi(stored->c_str()) : kFirstTestCase);
   }
-  std::vector<CM_TestCase>& cases = TestCaseList();
-  CM_TestCase* testCase = cases.data();
-  CM_TestCase* end = cases.data() + cases.size();
-  while (testCase != end && testCase->type != currentTestCase) ++testCase;
-  return testCase;
+  return FindTestCase(currentTestCase);
 }
 
 bool IsKnown(const CM_TestCase* testCase) {
   return testCase != TestCaseList().data() + TestCaseList().size();
+}
+
+CM_TestCase* KnownTestCase(const char* function) {
+  Init_TestCase_List();
+  Init_Module_List();
+  CM_TestCase* testCase = Get_Current_TestCase();
+  if (IsKnown(testCase)) return testCase;
+  CmLog(function) << ansi::kFail << "ERROR: unknown test case\n";
+  return nullptr;
+}
+
+void Keep_Golden_Overwrite() {
+  std::ofstream file(CrossModuleHome() + kOverwriteFile);
+  for (std::size_t k = 1; k < TestCaseList().size(); ++k) {
+    file << TestCaseList()[k].goldenOverwritten << '\n';
+  }
 }

@@ -74,9 +74,17 @@ CM_Module* Get_Module_by_ID(MODULE_TYPE id);
 /// The stages of a mask by name, each in a column of its own; "-" stands for a stage not in it.
 std::string Module_Type_Inte_To_String(int mask);
 
+/// The test case of a number; behind the last one when there is none (see `IsKnown`).
+CM_TestCase* FindTestCase(TEST_CASE_TYPE type);
 /// Makes a test case the current one, for the drivers too. Returns 0.
 int Set_Current_TestCase(TEST_CASE_TYPE type);
 /// The current test case; behind the last one when its number is unknown (see `IsKnown`).
 CM_TestCase* Get_Current_TestCase();
 /// False for the position behind the last test case, which must not be looked into.
 bool IsKnown(const CM_TestCase* testCase);
+/// The current test case of a built catalogue; null, after a message of `function`, when its number
+/// is unknown.
+CM_TestCase* KnownTestCase(const char* function);
+
+/// Keeps for the next start which test cases have golden data of the user's.
+void Keep_Golden_Overwrite();

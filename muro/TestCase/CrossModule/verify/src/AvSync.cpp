@@ -50,7 +50,7 @@ std::string Hex(int32_t value) {
 /// Opens the dump and steps over its title.
 bool OpenDump(RowReader& reader, const char* function, const std::string& path) {
   if (!reader.IsOpen()) {
-    CmLog(function) << report_table::kFailColour << "ERROR: can not open " << path << '\n';
+    CmLog(function) << ansi::kFail << "ERROR: can not open " << path << '\n';
     return false;
   }
   reader.NextLine();
@@ -152,7 +152,7 @@ std::string FailureText(int64_t diffMs) {
 
 Verdict PrintVerdict(std::ostream& out, int64_t diffMs) {
   const bool passed = diffMs >= kDelayToleranceMs && diffMs <= kAheadToleranceMs;
-  out << DifferenceText(diffMs) << (passed ? ansi::kPass : report_table::kFailColour)
+  out << DifferenceText(diffMs) << (passed ? ansi::kPass : ansi::kFail)
       << PadRight(passed ? "PASS" : FailureText(diffMs), 18) << ansi::kReset;
   return passed ? Verdict::kPassed : Verdict::kFailed;
 }
@@ -197,7 +197,7 @@ bool PrintEvents(const Analysis& analysis) {
     failed |= verdict == Verdict::kFailed;
   }
   if (!judged) {
-    analysis.out << report_table::kFailColour << "FAIL: no flash to judge" << ansi::kReset << '\n';
+    analysis.out << ansi::kFail << "FAIL: no flash to judge" << ansi::kReset << '\n';
   }
   return judged && !failed;
 }
@@ -279,13 +279,8 @@ bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scal
 }
 
 bool Verify_AVsync() {
-  Init_TestCase_List();
-  Init_Module_List();
-  const CM_TestCase* testCase = Get_Current_TestCase();
-  if (!IsKnown(testCase)) {
-    CmLog("Verify_AVsync") << report_table::kFailColour << "ERROR: unknown test case\n";
-    return false;
-  }
+  const CM_TestCase* testCase = KnownTestCase("Verify_AVsync");
+  if (testCase == nullptr) return false;
   Set_AVsync_Offset(IsDemoContent(*testCase) ? kDemoOffsetMs : 0);
   const AV_Sync_Info vo = Fetch_AVsync_Info_VO(*Get_Module_by_ID(MODULE_VO)->dumpPath);
   const AV_Sync_Info scaler = Fetch_AVsync_Info_Scaler(*Get_Module_by_ID(MODULE_SCALER)->dumpPath);

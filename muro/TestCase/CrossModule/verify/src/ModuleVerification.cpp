@@ -8,7 +8,7 @@
 #include "../../playback/src/CrossModuleLog.h"
 #include "../../playback/src/Settings.h"
 #include "../../playback/src/TestCaseCatalogue.h"
-#include "ReportTable.h"
+#include "Ansi.h"
 #include "Verifiers.h"
 #include "VerifyReport.h"
 #include "VerifyResult.h"
@@ -38,7 +38,7 @@ bool ReportExistence(const char* found, const char* missing, const std::string& 
     Log() << found << path << " exist\n";
     return true;
   }
-  Log() << report_table::kFailColour << missing << path << " NOT exist!\n";
+  Log() << ansi::kFail << missing << path << " NOT exist!\n";
   return false;
 }
 
@@ -53,18 +53,14 @@ void Verify(CM_Module& module, const std::string& goldenPath) {
 }  // namespace
 
 void Verify_Module(MODULE_TYPE type) {
-  Init_TestCase_List();
   Init_Module_List();
   CM_Module* module = Get_Module_by_ID(type);
   if (module == nullptr) {
     Log() << "ERROR: unknown module: " << static_cast<int>(type) << '\n';
     return;
   }
-  const CM_TestCase* testCase = Get_Current_TestCase();
-  if (!IsKnown(testCase)) {
-    Log() << report_table::kFailColour << "ERROR: unknown test case\n";
-    return;
-  }
+  const CM_TestCase* testCase = KnownTestCase("Verify_Module");
+  if (testCase == nullptr) return;
   Log() << "=======> Verify: " << Module_Type_To_String(type) << '\n';
   Log() << "Verify the Test Case  : " << testCase->Get_TestCase_Name() << '\n';
   const std::string goldenPath = testCase->Get_Golden_Path(type);

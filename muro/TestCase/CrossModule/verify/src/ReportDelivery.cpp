@@ -32,7 +32,7 @@ constexpr const char* kBoardLogs[] = {
 
 void Run(const char* function, const std::string& command) {
   CmLog(function) << command << '\n';
-  RunShell(command.c_str());
+  RunShell(command);
 }
 
 void EraseAll(std::string& line, const std::string& sequence) {
@@ -75,16 +75,6 @@ std::string TftpCommand() {
   }
 }
 
-/// The current test case; null, after a message, when it is not in the catalogue.
-const CM_TestCase* CurrentTestCase(const char* function) {
-  Init_TestCase_List();
-  Init_Module_List();
-  const CM_TestCase* testCase = Get_Current_TestCase();
-  if (IsKnown(testCase)) return testCase;
-  CmLog(function) << "ERROR: unknown test case\n";
-  return nullptr;
-}
-
 void LogSending(const std::string& path, const char* arrow, const std::string& destination) {
   CmLog(kSend) << "Send " << ansi::kText << path << ansi::kReset << arrow << '"' << destination
                << "\"\n";
@@ -112,7 +102,7 @@ std::string ReportDirectory() {
 
 std::string Get_Report_Name(int kind, bool withDirectory) {
   if (kind != kReportFile && kind != kReportArchive) return "";
-  const CM_TestCase* testCase = CurrentTestCase("Get_Report_Name");
+  const CM_TestCase* testCase = KnownTestCase("Get_Report_Name");
   if (testCase == nullptr) return "";
   return (withDirectory ? ReportDirectory() : "") + "report_" + testCase->Get_TestCase_Name() +
          "_" + Get_Test_Timestamp() + (kind == kReportFile ? ".txt" : ".tar.gz");
@@ -138,8 +128,12 @@ void Remove_Color_Code_From_File(const std::string& path) {
 }
 
 void Package_AllinOne(bool withReport) {
-  const CM_TestCase* testCase = CurrentTestCase(kPackage);
+  const CM_TestCase* testCase = KnownTestCase(kPackage);
   if (testCase == nullptr) return;
+  if (!Check_If_CrossModulePlayback_Env_Setup()) {
+    CmLog(kPackage) << ansi::kFail << "ERROR: no " << CrossModuleHome() << ", nothing to pack\n";
+    return;
+  }
   const std::string directory = PackageDirectory(*testCase);
   const auto copy = [&](const std::string& path) { Run(kPackage, "cp " + path + " " + directory); };
   Run(kPackage, "mkdir -p " + directory);
@@ -163,7 +157,7 @@ void Send_Report_File(const std::string& path) {
 }
 
 void Send_Dump_To_TFTP() {
-  const CM_TestCase* testCase = CurrentTestCase(kSendDumps);
+  const CM_TestCase* testCase = KnownTestCase(kSendDumps);
   if (testCase == nullptr) return;
   const std::string server = Get_TFTP_IP();
   for (const CM_Module& module : ModuleTypeList())

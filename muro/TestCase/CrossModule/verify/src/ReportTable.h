@@ -12,7 +12,6 @@ namespace report_table {
 // Colours of the console beside those of Ansi.h. They are taken out of the report file.
 inline constexpr char kHeadingColour[] = "\033[1;35m";
 inline constexpr char kTitleColour[] = "\033[0;35m";
-inline constexpr char kFailColour[] = "\033[0;32;31m";
 inline constexpr char kWarnColour[] = "\033[0;33m";
 
 /// Stands for a value that is not there.

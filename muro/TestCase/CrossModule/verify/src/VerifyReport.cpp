@@ -107,10 +107,15 @@ bool WriteReport(const CM_TestCase& testCase, std::ostream& file) {
 }
 
 void KeepReport(bool passed) {
-  const std::string path = Get_Report_Name(kReportFile, true);
   Remove_Color_Code_From_File(kTemporaryReport);
-  RunShell(("mkdir -p " + ReportDirectory()).c_str());
-  RunShell((std::string("mv ") + kTemporaryReport + " " + path).c_str());
+  if (!Check_If_CrossModulePlayback_Env_Setup()) {
+    Log() << ansi::kFail << "ERROR: no " << CrossModuleHome() << ", the report stays in "
+          << kTemporaryReport << '\n';
+    return;
+  }
+  const std::string path = Get_Report_Name(kReportFile, true);
+  RunShell("mkdir -p " + ReportDirectory());
+  RunShell(std::string("mv ") + kTemporaryReport + " " + path);
   Log() << "DONE. report:" << path << '\n';
   if (Get_Report_Send_To() != 0 && (!passed || Get_SendPassReport() == 1)) Send_Report_File(path);
 }
@@ -130,10 +135,9 @@ void PrintFirstBadStage(std::ostream& out) {
   const auto bad = std::min_element(modules.begin(), modules.end(), WentWrongEarlier);
   if (bad == modules.end() || bad->result->wrongFields.empty()) return;
   const VerifyFailField& field = bad->result->wrongFields.front();
-  out << report_table::kFailColour << " First bad stage: " << Module_Type_To_String(bad->type)
-      << " frame " << std::to_string(field.frameNumber) << ", "
-      << report_table::FieldName(*bad->result, field) << " = " << report_table::ValuePair(field)
-      << ansi::kReset << '\n';
+  out << ansi::kFail << " First bad stage: " << Module_Type_To_String(bad->type) << " frame "
+      << std::to_string(field.frameNumber) << ", " << report_table::FieldName(*bad->result, field)
+      << " = " << report_table::ValuePair(field) << ansi::kReset << '\n';
 }
 
 /// What the video stages say of one frame.
@@ -172,13 +176,8 @@ void PrintIntegrationRow(std::ostream& out, std::size_t frame, const FrameErrors
 }  // namespace
 
 bool Print_Verify_Result() {
-  Init_TestCase_List();
-  Init_Module_List();
-  const CM_TestCase* testCase = Get_Current_TestCase();
-  if (!IsKnown(testCase)) {
-    Log() << report_table::kFailColour << "ERROR: unknown test case\n";
-    return false;
-  }
+  const CM_TestCase* testCase = KnownTestCase("Print_Verify_Result");
+  if (testCase == nullptr) return false;
   LogColumnNames();
   CheckDemoContent(*testCase);
   PrepareResults();
@@ -193,7 +192,7 @@ bool Print_Verify_Result() {
   if (file)
     KeepReport(passed);
   else
-    Log() << report_table::kFailColour << "ERROR: can not write " << kTemporaryReport << '\n';
+    Log() << ansi::kFail << "ERROR: can not write " << kTemporaryReport << '\n';
   return passed;
 }
 
@@ -235,7 +234,7 @@ void Print_RWA_Verify_Result(const CM_Verify_Result* result) {
     std::cout << '\n';
     return;
   }
-  std::cout << report_table::kFailColour << "FAIL, error field count:" << result->wrongFields.size()
+  std::cout << ansi::kFail << "FAIL, error field count:" << result->wrongFields.size()
             << ansi::kReset << '\n';
   const std::ios_base::fmtflags flags = std::cout.flags();
   for (std::size_t i = 0; i < result->wrongFields.size(); ++i)

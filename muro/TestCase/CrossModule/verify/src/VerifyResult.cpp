@@ -20,7 +20,7 @@ bool LacksData(const CM_Verify_Result& result) {
 
 Cell Verdict(const CM_Verify_Result& result) {
   if (!result.wrongFields.empty() || result.verifyStatus != 0 || LacksData(result))
-    return {"FAIL!", report_table::kFailColour};
+    return {"FAIL!", ansi::kFail};
   if (result.sampleFrameCount != result.goldenFrameCount)
     return {"FrameDrop", report_table::kWarnColour};
   return {"PASS", ansi::kPass};
