@@ -1,0 +1,166 @@
+#include "PlaybackRun.h"
+
+#include <unistd.h>
+
+#include <optional>
+
+#include "../../verify/src/ReportDelivery.h"
+#include "Ansi.h"
+#include "BoardConnections.h"
+#include "ConsoleInput.h"
+#include "CrossModuleLog.h"
+#include "DriverTest.h"
+#include "Environment.h"
+#include "GoldenData.h"
+#include "LiveLine.h"
+#include "Settings.h"
+#include "TestCaseCatalogue.h"
+
+namespace {
+
+// Keys that the input generator of one operating system takes at the start and the end of a run.
+constexpr int kStartKey = 114;
+constexpr int kEndKey = 115;
+
+constexpr const char* kPlatformLogs[] = {
+    "/tmp/var/log/dpq_acpu1.log", "/tmp/var/log/dpq_acpu2.log", "/tmp/var/log/dpq_logfile.log",
+    "/tmp/var/log/dpq_vcpu1.log", "/tmp/var/log/dpq_vcpu2.log",
+};
+
+bool manualPlay = false;
+
+void RemoveDumps() {
+  for (const CM_Module& module : ModuleTypeList()) RunShell("rm -f " + *module.dumpPath);
+}
+
+/// Content within reach and a prepared board.
+bool IsReady() {
+  const int source = Get_USB_HTTP_Mode();
+  if (source == MODE_USB && Mount_USB() != 0) return false;
+  if (source == MODE_HTTP) Setup_PCB_IP();
+  if (Check_If_CrossModulePlayback_Env_Setup()) return true;
+  CmLog("Test_Start") << ansi::kFail << "Erro!! Playback Test Environment has not been setuped."
+                      << ansi::kReset << '\n';
+  CmLog("Test_Start") << "HINT: please run \"0 .Playback Test Environment init.\" before you "
+                         "test\n";
+  return false;
+}
+
+/// Makes the file that tells the media stack so, or removes it.
+void Signal(bool present, const char* file) {
+  RunShell(std::string(present ? "touch " : "rm -f ") + file);
+}
+
+void ClearPlatformLogs() {
+  CmLog("Test_Start") << "clear dpq log \n";
+  for (const char* log : kPlatformLogs) {
+    [[maybe_unused]] const int status = truncate(log, 0);  // one that is not there stays away
+  }
+  RunShell("rm -f /tmp/var/log/dpq_logfile.log.gz");
+}
+
+void PressKey(int code) {
+  RunShell("nilo-send -f -n 1 nilo://com.kelvra.inputgenerator/pushKeyEvent '{\"keycodenum\": " +
+           std::to_string(code) + ", \"eventtype\":\"keypressed\"}'");
+}
+
+bool IsContentThere(const CM_TestCase& testCase) {
+  const int source = Get_USB_HTTP_Mode();
+  const std::string path = ContentHome() + testCase.contentFile;
+  if ((source != MODE_USB && source != MODE_EMMC) || access(path.c_str(), F_OK) == 0) return true;
+  CmLog("Run_Playback_Test_Case") << ansi::kFail << "ERROR: content not exist: " << path
+                                  << ansi::kReset << '\n';
+  return false;
+}
+
+std::string PlayerCommand(const CM_TestCase& testCase, int os) {
+  std::string command = PlayerCommandPrefix() + ContentHome() + testCase.contentFile;
+  // Only the prefix for files has opened the quote.
+  if (os == OS_SORVEX && Get_USB_HTTP_Mode() != MODE_HTTP) {
+    command += " video-sink=dvovideosink audio-sink=cvnalsasink\" -p -c IP1+IP2";
+  }
+  return command;
+}
+
+void Play(const CM_TestCase& testCase, const std::string& progress) {
+  constexpr char kFunction[] = "Run_Playback_Test_Case";
+  if (manualPlay) {
+    CmLog(kFunction) << "Enter any key if play finished\n";
+    mygetch();
+    return;
+  }
+  const int os = Get_Board_OS_System();
+  const std::string command = PlayerCommand(testCase, os);
+  CmLog(kFunction) << (os == OS_SORVEX ? "[SORVEX] " : "") << "Excute command: " << command << '\n';
+  std::optional<LiveLine> line;
+  if (!progress.empty()) line.emplace(progress);
+  RunShell(command);
+}
+
+}  // namespace
+
+void Set_Manual_Play(bool manual) {
+  manualPlay = manual;
+}
+
+bool Get_Manual_Play() {
+  return manualPlay;
+}
+
+int Test_Start(int hdr) {
+  Init_TestCase_List();
+  Init_Module_List();
+  Expect_New_Dumps();
+  RemoveDumps();
+  if (!manualPlay && !IsReady()) return -1;
+  Signal(Get_FreeRun_Mode() != 0, "/tmp/GST_DVO_FREERUN");
+  RunShell("mkdir -p /tmp/cross_module");
+  RunShell("chmod -R 777 /tmp/cross_module");
+  Signal(hdr == 0, "/tmp/GST_DVO_FORCE_ADAPTIVE");
+  ClearPlatformLogs();
+  if (Get_Board_OS_System() == OS_SORVEX) {
+    RunShell("touch /tmp/runningCrossModule");
+    PressKey(kStartKey);
+    RunShell("echo osd_ctrl=0 0 > /proc/cvngdma/dbg");
+  }
+  if (!manualPlay) Setup_GST_Env_Var(true);
+  RunShell("setenforce 0");
+  EnableDebugMode(false, 0);
+  EnableDebugMode(true, hdr);
+  CmLog(__func__) << "Command: du -h -d1 /tmp/cross_module\n";
+  RunShell("du -h -d1 /tmp/cross_module/  ");
+  return 0;
+}
+
+int Test_End() {
+  Init_TestCase_List();
+  Init_Module_List();
+  if (Get_Board_OS_System() == OS_SORVEX) {
+    RunShell("rm /tmp/runningCrossModule");
+    PressKey(kEndKey);
+  }
+  if (!manualPlay) Setup_GST_Env_Var(false);
+  EnableDebugMode(false, 0);
+  return Backup_Dump_File();
+}
+
+int Run_Playback_Test_Case(CM_TestCase* tc, const std::string& progress) {
+  Init_TestCase_List();
+  Init_Module_List();
+  if (tc == nullptr || !IsKnown(tc)) {
+    CmLog(__func__) << ansi::kFail << "ERROR: unknown test case\n";
+    return -1;
+  }
+  const std::string server = Get_TFTP_IP();
+  if (server.empty() || server == "NULL") {
+    CmLog(__func__) << "You have not set TFTP Server IP yet.\n";
+    Get_TFTP_IP();
+  }
+  Set_Current_TestCase(tc->type);
+  if (Test_Start(tc->hdrFile != 0 ? 1 : 0) == -1) return 1;
+  if (!IsContentThere(*tc)) return -1;
+  Play(*tc, progress);
+  Test_End();
+  if (Get_Auto_Send_DumpData() != 0) Send_Dump_To_TFTP();
+  return 0;
+}
