@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
+#include <charconv>
 #include <iostream>
 #include <string>
 
@@ -11,60 +11,21 @@
 #include "../../verify/src/ReportDelivery.h"
 #include "../../verify/src/VerifyReport.h"
 #include "../../verify/src/VerifyResult.h"
-#include "Ansi.h"
+#include "AutoRun.h"
+#include "BoardConnections.h"
+#include "BoardSetup.h"
 #include "ConsoleInput.h"
 #include "CrossModuleLog.h"
+#include "GoldenData.h"
 #include "MenuItem.h"
 #include "Settings.h"
 #include "TestCaseCatalogue.h"
+#include "UserTestCase.h"
 
 namespace {
 
-constexpr char kNotRecognised[] = "Can not recognize your selection!";
-
-/// A setting that is 0 or 1, with the texts of its menu entry.
-struct SwitchEntry {
-  const char* function;
-  int (*get)();
-  int (*set)(int);
-  const char* current[2];  // the value before the question
-  const char* choice[2];   // the question, before and behind its "(default)"
-  const char* chosen[2];   // the value behind the answer
-};
-
-int AskSwitch(const SwitchEntry& entry) {
-  StartMenuItem(entry.function);
-  CmLog(entry.function) << entry.current[entry.get() == 0 ? 0 : 1] << '\n';
-  CmLog(entry.function) << entry.choice[0] << ansi::kGrey << "(default)" << ansi::kReset
-                        << entry.choice[1];
-  entry.set(std::atoi(console::ReadLine().c_str()));
-  const int value = entry.get();
-  const bool known = value == 0 || value == 1;
-  CmLog(entry.function) << (known ? entry.chosen[value] : kNotRecognised) << '\n';
-  return 0;
-}
-
-/// Prints the question and reads a line as a number; anything that does not begin with one is 0.
-int AskSelection(const char* function, const char* question) {
-  CmLog(function) << question;
-  return std::atoi(console::ReadLine().c_str());
-}
-
-void ShowContentSource(const char* function) {
-  static constexpr const char* kSources[] = {"USB,  ", "EMMC, ", "HTTP, "};
-  const int mode = Get_USB_HTTP_Mode();
-  if (mode < MODE_USB || mode > MODE_HTTP) {
-    CmLog(function) << kNotRecognised << '\n';
-    return;
-  }
-  CmLog(function) << "Current setting: " << kSources[mode - MODE_USB]
-                  << "testing file home= " << ContentHome() << '\n';
-}
-
-void ShowDebugLevel(const char* function) {
-  CmLog(function) << "Current level: " << Get_Debug_Level()
-                  << (Get_Debug_Level() == 0 ? " (off)" : "") << '\n';
-}
+constexpr int kAddTestCase = 100;  // instead of a number of the list
+constexpr char kComboList[] = "1,2";
 
 void ListStages(const char* function) {
   int number = 0;
@@ -81,7 +42,118 @@ bool HasPassed(const CM_Module& module) {
          module.result->wrongFields.empty() && module.result->verifyStatus == 0;
 }
 
+/// True when a board that is prepared already is to be prepared again.
+bool IsToBePreparedAgain(const char* function) {
+  CmLog(function) << "You have already done this step, do it anyway? \n";
+  switch (AskSelection(function, "Please choose [1]Yes: do it [2]No:exit this step ")) {
+    case 1:
+      CmLog(function) << "OK, do it again\n";
+      return true;
+    case 2:
+      CmLog(function) << "Exit this item\n";
+      return false;
+    default:
+      CmLog(function) << kNotRecognised << '\n';
+      return false;
+  }
+}
+
+/// Asks for the customized list; an empty answer keeps the one that is shown. A list of unknown
+/// numbers alone is not kept.
+std::vector<CM_TestCase*> AskCustomizedTestCases(const char* function) {
+  const std::string kept = Get_Customized_TestCase_List();
+  ListTestCases();
+  CmLog(function) << "Current customized list: " << kept << '\n';
+  CmLog(function) << "Please enter the list of test cases (ex. 1,2; empty: keep): ";
+  const std::string typed = console::ReadLine();
+  std::vector<CM_TestCase*> cases = SelectTestCases(typed.empty() ? kept : typed, function);
+  if (!typed.empty() && !cases.empty()) Set_Customized_TestCase_List(typed);
+  return cases;
+}
+
+/// Asks for the number of rounds; 0 when the answer is none.
+int AskRounds(const char* function) {
+  CmLog(function) << "Please enter the number of rounds: ";
+  const std::string answer = console::ReadLine();
+  int rounds = 0;
+  const char* end = answer.data() + answer.size();
+  const auto [rest, error] = std::from_chars(answer.data(), end, rounds);
+  return error == std::errc() && rest == end && rounds > 0 ? rounds : 0;
+}
+
 }  // namespace
+
+int CMplaybackTestCase::CMplaybackTest_Env_Init(char*) {
+  StartMenuItem(__func__);
+  if (!Check_If_CrossModulePlayback_Env_Setup() || IsToBePreparedAgain(__func__)) PrepareBoard();
+  return 0;
+}
+
+int CMplaybackTestCase::CMplaybackTest_AutoTest_Customized(char*) {
+  StartMenuItem(__func__);
+  const std::vector<CM_TestCase*> cases = AskCustomizedTestCases(__func__);
+  const int rounds = cases.empty() ? 1 : AskRounds(__func__);
+  if (rounds == 0) {
+    CmLog(__func__) << kNotRecognised << '\n';
+    return 1;
+  }
+  return RunRounds(cases, rounds, Checks::kAll);
+}
+
+int CMplaybackTestCase::CMplaybackTest_AutoTest_AVsync(char*) {
+  StartMenuItem(__func__);
+  return RunRounds({FindTestCase(kAvSyncTestCase)}, 1, Checks::kSyncOnly);
+}
+
+int CMplaybackTestCase::CMplaybackTest_AutoTest_RdTestCombo_Tolva3DemoBaord(char*) {
+  StartMenuItem(__func__);
+  return RunRounds(SelectTestCases(kComboList, __func__), 1, Checks::kAll);
+}
+
+int CMplaybackTestCase::CMplaybackTest_AutoTest_All(char*) {
+  StartMenuItem(__func__);
+  return RunRounds(AllTestCases(), 1, Checks::kAll);
+}
+
+int CMplaybackTestCase::CMplaybackTest_StartTestCase(char*) {
+  StartMenuItem(__func__);
+  CmLog(__func__) << "[CPlayback Test Case List]\n";
+  ListTestCases();
+  std::cout << kAddTestCase << ". Add a test case by user\n";
+  const int choice = AskSelection(__func__, TestCaseQuestion() + " or [100]: ");
+  if (choice == kAddTestCase) {
+    AddUserTestCase(__func__);
+    return 0;
+  }
+  CM_TestCase* testCase = TestCaseAt(choice);
+  if (testCase == nullptr) {
+    CmLog(__func__) << kNotRecognised << '\n';
+    return 1;
+  }
+  Set_Test_Timestamp();
+  return RunAndVerify(testCase, Checks::kAll) == Verdict::kPass ? 0 : 1;
+}
+
+int CMplaybackTestCase::CMplaybackTest_Overwrite_Local_Golden(char*) {
+  StartMenuItem(__func__);
+  return Overwrite_Local_Golden() == 0 ? 0 : 1;
+}
+
+int CMplaybackTestCase::CMplaybackTest_Restore_Local_Golden(char*) {
+  StartMenuItem(__func__);
+  return Restore_Local_Golden();
+}
+
+int CMplaybackTestCase::CMplaybackTest_Mount_USB(char*) {
+  StartMenuItem(__func__);
+  return Mount_USB() == 0 ? 0 : 1;
+}
+
+int CMplaybackTestCase::CMplaybackTest_Setup_PCB_IP(char*) {
+  StartMenuItem(__func__);
+  Setup_PCB_IP();
+  return 0;
+}
 
 int CMplaybackTestCase::CMplayback_Verify_One_Module(char*) {
   StartMenuItem(__func__);
@@ -107,25 +179,12 @@ int CMplaybackTestCase::CMplayback_Verify_AVsync(char*) {
   return Verify_AVsync() ? 0 : 1;
 }
 
-int CMplaybackTestCase::CMplaybackTest_SetTestCaseGolden(char*) {
-  StartMenuItem(__func__);
-  ListTestCases();
-  const int choice = AskTestCase(__func__);
-  const CM_TestCase* testCase = TestCaseAt(choice);
-  if (testCase == nullptr) {
-    CmLog(__func__) << kNotRecognised << '\n';
-    return 1;
-  }
-  Set_Current_TestCase(testCase->type);
-  CmLog(__func__) << "Current Test Case: " << testCase->Get_TestCase_Name() << '\n';
-  return 0;
-}
-
 int CMplaybackTestCase::CMplaybackTest_Package_AllInOne(char*) {
   StartMenuItem(__func__);
   const std::string archive = Get_Report_Name(kReportArchive, true);
   if (archive.empty()) return 1;
   Package_AllinOne(true);
+  if (!Check_If_CrossModulePlayback_Env_Setup()) return 1;
   Send_Report_File(archive);
   return 0;
 }
@@ -134,83 +193,4 @@ int CMplaybackTestCase::CMplayback_Send_Dump_To_TFTP(char*) {
   StartMenuItem(__func__);
   Send_Dump_To_TFTP();
   return 0;
-}
-
-int CMplaybackTestCase::CMplaybackTest_Switch_Usb_Http(char*) {
-  StartMenuItem(__func__);
-  ShowContentSource(__func__);
-  const int mode = AskSelection(__func__, "Please select (1)USB (2)EMMC (3)HTTP in HQ: ");
-  if (mode < MODE_USB || mode > MODE_HTTP) {
-    CmLog(__func__) << kNotRecognised << '\n';
-    return 0;
-  }
-  Set_USB_HTTP_Mode(static_cast<USB_HTTP_MODE_TYPE>(mode));
-  ShowContentSource(__func__);
-  return 0;
-}
-
-int CMplaybackTestCase::CMplaybackTest_Config_Freerun(char*) {
-  return AskSwitch({__func__,
-                    Get_FreeRun_Mode,
-                    Set_FreeRun_Mode,
-                    {"Current setting: [0] NoFreeRun", "Current setting: [1] FreeRun"},
-                    {"Please select [0]NoFreeRun", "  [1]FreeRun: "},
-                    {"Current setting: NoFreeRun", "Current setting: FreeRun"}});
-}
-
-int CMplaybackTestCase::CMplaybackTest_Config_Debug_Level(char*) {
-  StartMenuItem(__func__);
-  ShowDebugLevel(__func__);
-  const int level = AskSelection(__func__, "Please select [0]off (default) [1] level 1: ");
-  if (level != 0 && level != 1) {
-    CmLog(__func__) << kNotRecognised << '\n';
-    return 0;
-  }
-  Set_Debug_Level(level);
-  ShowDebugLevel(__func__);
-  return 0;
-}
-
-int CMplaybackTestCase::CMplaybackTest_Config_SendPassReport(char*) {
-  static constexpr const char* kOff = "Current setting: [0] Dont Send Pass Report";
-  static constexpr const char* kOn = "Current setting: [1] Do Send Pass Report";
-  return AskSwitch({__func__,
-                    Get_SendPassReport,
-                    Set_SendPassReport,
-                    {kOff, kOn},
-                    {"Please select [0]Dont Send Pass Report", "    [1]Send Pass Report: "},
-                    {kOff, kOn}});
-}
-
-int CMplaybackTestCase::CMplayback_Config_Report_Send_To(char*) {
-  StartMenuItem(__func__);
-  CmLog(__func__) << "For each time, when test is done, send the report to USB or TFTP?\n";
-  const int to =
-      AskSelection(__func__, "Send Report to [1]USB  [2]TFTP  [3]USB+TFTP . Please select: ");
-  if (to < SEND_REPORT_USB || to > SEND_REPORT_USB_TFTP) {
-    CmLog(__func__) << kNotRecognised << '\n';
-    return 0;
-  }
-  Set_Report_Send_To(static_cast<SEND_REPORT_TO_TYPE>(to));
-  CmLog(__func__) << "Your Choose:" << Send_Report_Type_To_String(Get_Report_Send_To()) << '\n';
-  return 0;
-}
-
-int CMplaybackTestCase::CMplaybackTest_Config_TFTP_IP(char*) {
-  StartMenuItem(__func__);
-  const std::string address = Get_TFTP_IP();  // may ask
-  CmLog(__func__) << "Current TFTP Server IP is " << address << '\n';
-  Set_TFTP_IP_by_User();
-  return 0;
-}
-
-int CMplaybackTestCase::CMplayback_Config_Auto_Send_DumpData(char*) {
-  return AskSwitch(
-      {__func__,
-       Get_Auto_Send_DumpData,
-       Set_Auto_Send_DumpData,
-       {"Current setting: [0] No", "Current setting: [1] Yes"},
-       {"Please select [0] No", "    [1] Yes:  "},
-       {"Set setting (0): Don't Auto Send Dump Data to TFTP Server when test case finished.",
-        "Set setting (1): Auto Send Dump Data to TFTP Server when test case finished."}});
 }

@@ -4,11 +4,28 @@
 
 class CMplaybackTestCase {
  public:
+  // The board.
+  static int CMplaybackTest_Env_Init(char*);
+  static int CMplaybackTest_Enable_Android(char*);
+  static int CMplaybackTest_Mount_USB(char*);
+  static int CMplaybackTest_Setup_PCB_IP(char*);
+
+  // Runs: one test case, or several one after another.
+  static int CMplaybackTest_StartTestCase(char*);
+  static int CMplaybackTest_AutoTest_Customized(char*);
+  static int CMplaybackTest_AutoTest_AVsync(char*);
+  static int CMplaybackTest_AutoTest_RdTestCombo_Tolva3DemoBaord(char*);
+  static int CMplaybackTest_AutoTest_All(char*);
+
+  // Golden data.
+  static int CMplaybackTest_SetTestCaseGolden(char*);
+  static int CMplaybackTest_Overwrite_Local_Golden(char*);
+  static int CMplaybackTest_Restore_Local_Golden(char*);
+
   // Verification of dumps that lie on the board.
   static int CMplayback_Verify_One_Module(char*);
   static int CMplayback_Verify_All(char*);
   static int CMplayback_Verify_AVsync(char*);
-  static int CMplaybackTest_SetTestCaseGolden(char*);
 
   // What becomes of the results.
   static int CMplaybackTest_Package_AllInOne(char*);

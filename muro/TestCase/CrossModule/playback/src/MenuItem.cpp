@@ -7,15 +7,6 @@
 #include "CrossModuleLog.h"
 #include "TestCaseCatalogue.h"
 
-namespace {
-
-// Entry 0 of the catalogue is "unknown" and never offered.
-int TestCaseCount() {
-  return static_cast<int>(TestCaseList().size()) - 1;
-}
-
-}  // namespace
-
 void StartMenuItem(const char* function) {
   std::cout << "[CrossModule][Executing item: " << function << "] START \n";
   Init_TestCase_List();
@@ -29,12 +20,21 @@ void ListTestCases() {
   }
 }
 
-int AskTestCase(const char* function) {
-  CmLog(function) << "Please Select[1] or [2] or [3] or ... or [" << TestCaseCount() << "]: ";
+int AskSelection(const char* function, const std::string& question) {
+  CmLog(function) << question;
   return std::atoi(console::ReadLine().c_str());
 }
 
-const CM_TestCase* TestCaseAt(int number) {
+std::string TestCaseQuestion() {
+  return "Please Select[1] or [2] or [3] or ... or [" + std::to_string(TestCaseCount()) + "]";
+}
+
+CM_TestCase* TestCaseAt(int number) {
   if (number < 1 || number > TestCaseCount()) return nullptr;
   return &TestCaseList()[static_cast<std::size_t>(number)];
+}
+
+// Entry 0 of the catalogue is "unknown" and never offered.
+int TestCaseCount() {
+  return static_cast<int>(TestCaseList().size()) - 1;
 }

@@ -1,0 +1,61 @@
+#include "UserTestCase.h"
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <string_view>
+
+#include "ConsoleInput.h"
+#include "CrossModuleLog.h"
+#include "DriverTest.h"
+#include "MenuItem.h"
+#include "Settings.h"
+#include "TestCaseCatalogue.h"
+
+namespace {
+
+/// Whether a shell would take the text as one word, and as this very one. Content files of the
+/// catalogue have brackets in their names, so those may be there.
+bool IsOneWord(std::string_view text) {
+  static constexpr std::string_view kSpecial = "\"'`$\\&;|<>()*?{}~#!";
+  return !text.empty() && std::ranges::none_of(text, [](unsigned char c) {
+    return c <= ' ' || c == 0x7F || kSpecial.find(static_cast<char>(c)) != kSpecial.npos;
+  });
+}
+
+/// Part of a file name.
+bool IsName(std::string_view text) {
+  return IsOneWord(text) && text.find('/') == text.npos;
+}
+
+/// Asks until the answer is accepted.
+std::string Ask(const char* function, const std::string& question,
+                bool (*accepts)(std::string_view), const char* refusal) {
+  for (;;) {
+    CmLog(function) << question;
+    std::string answer = console::ReadLine();
+    if (accepts(answer)) return answer;
+    CmLog(function) << refusal << answer << '\n';
+  }
+}
+
+int AskHdr(const char* function) {
+  for (;;) {
+    const int hdr = AskSelection(function, "HDR file? [0]No, [1]Yes : ");
+    if (hdr == 0 || hdr == 1) return hdr;
+    CmLog(function) << kNotRecognised << '\n';
+  }
+}
+
+}  // namespace
+
+void AddUserTestCase(const char* function) {
+  CmLog(function) << "This is the list of all the file in " << ContentHome() << '\n';
+  RunShell("ls -la " + ContentHome());
+  const std::string file =
+      Ask(function, "Please input yout file name in " + ContentHome() + ": ", IsOneWord,
+          "Not a file name of one word without special characters: ");
+  const std::string name = Ask(function, "Please give a test case name(ex. user-content): ", IsName,
+                               "Not a name of one word without special characters: ");
+  Set_User_Add_TestCase(name, AskHdr(function), file);
+}
