@@ -70,6 +70,7 @@ TEST_F(CrossModuleFilesAutoRun, AsksForListAndRounds) {
     const auto run = Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_Customized, answer.typed);
     EXPECT_EQ(run.result, answer.result) << answer.typed;
     EXPECT_EQ(Played(run).size(), answer.played) << answer.typed;
+    EXPECT_EQ(Says(run, "First Round test"), answer.played > 0) << answer.typed;
     EXPECT_EQ(Get_Customized_TestCase_List(), "1") << "only a list that names a case is kept";
   }
 }
@@ -105,6 +106,10 @@ TEST_F(CrossModuleFilesAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeSta
   const auto missing = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, "2\n");
   EXPECT_EQ(missing.result, 1);
   EXPECT_FALSE(Says(missing, "CMplayback_Verify_All"));
+
+  Set_USB_HTTP_Mode(MODE_USB);
+  EXPECT_EQ(Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, "1\n").result, 1)
+      << "without a stick no dump counts";
   for (const char* wrong : {"0\n", "13\n", "\n", "-1\n"}) {
     const auto refused = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, wrong);
     EXPECT_EQ(refused.result, 1);
@@ -119,8 +124,9 @@ TEST_F(CrossModuleFilesAutoRun, AUsersCaseIsOneWordForTheShell) {
                 .result,
             0);
   EXPECT_EQ(Text(file), "user-content\n1\n[a]/b-c_1.ts\n");
-  for (const std::string bad : {"a b", "a\tb", "a;reboot", "$(reboot)", "`reboot`", "a|b", "a&b",
-                                "a>b", "a<b", "a*", "a?", "it's", "\"a\"", "a\\b", "", "(a)"}) {
+  for (const std::string bad :
+       {"a b", "a\tb", "a;reboot", "$(reboot)", "`reboot`", "a|b", "a&b", "a>b", "a<b", "a*", "a?",
+        "it's", "\"a\"", "a\\b", "a\177", "", "(a)"}) {
     const auto run = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase,
                             "100\n" + bad + "\nfilm.ts\n" + bad + "\na/b\nfilm\n0\n");
     EXPECT_EQ(Text(file), "film\n0\nfilm.ts\n") << bad;

@@ -53,12 +53,15 @@ ln -sv /data/cross_module/gst_root/usr/share/alsa/ /usr/share)"
 TEST_F(CrossModuleFilesSetup, PreparesAPreparedBoardWhenAskedTo) {
   Boot(kAndroid, MODE_USB);
   const auto prepare = [](const std::string& typed) {
-    return CommandsOf([] { CMplaybackTestCase::CMplaybackTest_Env_Init(nullptr); }, typed);
+    return Play(typed, [] { return CMplaybackTestCase::CMplaybackTest_Env_Init(nullptr); });
   };
-  EXPECT_FALSE(prepare("1\n").empty());
-  for (const char* no : {"2\n", "yes\n", "\n"}) EXPECT_EQ(prepare(no), Lines{});
+  EXPECT_FALSE(prepare("1\n").commands.empty());
+  for (const auto& [no, result] : {std::pair{"2\n", 0}, {"yes\n", 1}, {"\n", 1}}) {
+    EXPECT_EQ(prepare(no).commands, Lines{});
+    EXPECT_EQ(prepare(no).result, result) << no;
+  }
   SetCrossModuleHome(Home() + "missing/");
-  EXPECT_FALSE(prepare("").empty()) << "a new board is prepared without a question";
+  EXPECT_FALSE(prepare("").commands.empty()) << "a new board is prepared without a question";
 }
 
 TEST_F(CrossModuleFilesSetup, NothingElseMakesTheHome) {

@@ -127,6 +127,7 @@ int RunRounds(const std::vector<CM_TestCase*>& cases, int rounds, Checks checks)
   }
   Auto_Test_Start();
   std::vector<Tally> tallies;
+  tallies.reserve(cases.size());
   for (CM_TestCase* testCase : cases) tallies.push_back({testCase});
   for (int round = 1; round <= rounds; ++round) {
     if (round > 1) Set_Test_Timestamp();  // the reports of the round before stay

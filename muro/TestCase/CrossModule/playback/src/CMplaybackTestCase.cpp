@@ -42,20 +42,17 @@ bool HasPassed(const CM_Module& module) {
          module.result->wrongFields.empty() && module.result->verifyStatus == 0;
 }
 
-/// True when a board that is prepared already is to be prepared again.
-bool IsToBePreparedAgain(const char* function) {
+enum Again { kPrepareAgain = 1, kLeaveAsItIs = 2 };
+
+/// Asks whether a board that is prepared is to be prepared again, and tells what was chosen.
+int AskAgain(const char* function) {
   CmLog(function) << "You have already done this step, do it anyway? \n";
-  switch (AskSelection(function, "Please choose [1]Yes: do it [2]No:exit this step ")) {
-    case 1:
-      CmLog(function) << "OK, do it again\n";
-      return true;
-    case 2:
-      CmLog(function) << "Exit this item\n";
-      return false;
-    default:
-      CmLog(function) << kNotRecognised << '\n';
-      return false;
-  }
+  const int choice = AskSelection(function, "Please choose [1]Yes: do it [2]No:exit this step ");
+  CmLog(function) << (choice == kPrepareAgain  ? "OK, do it again"
+                      : choice == kLeaveAsItIs ? "Exit this item"
+                                               : kNotRecognised)
+                  << '\n';
+  return choice;
 }
 
 /// Asks for the customized list; an empty answer keeps the one that is shown. A list of unknown
@@ -85,8 +82,10 @@ int AskRounds(const char* function) {
 
 int CMplaybackTestCase::CMplaybackTest_Env_Init(char*) {
   StartMenuItem(__func__);
-  if (!Check_If_CrossModulePlayback_Env_Setup() || IsToBePreparedAgain(__func__)) PrepareBoard();
-  return 0;
+  const int choice =
+      Check_If_CrossModulePlayback_Env_Setup() ? AskAgain(__func__) : int{kPrepareAgain};
+  if (choice == kPrepareAgain) PrepareBoard();
+  return choice == kPrepareAgain || choice == kLeaveAsItIs ? 0 : 1;
 }
 
 int CMplaybackTestCase::CMplaybackTest_AutoTest_Customized(char*) {
