@@ -139,7 +139,7 @@ TEST_F(FrameTest, PrintsTheMenuToTheLetter) {
 
 TEST_F(FrameTest, ATestWithoutAFunctionIsNeitherCountedNorReported) {
   const auto run = scripted::Play("", [this] {
-    return Descend(frame_->getCurrentMenu(), {0, 0, 0})->Run();
+    return Descend(frame_->getCurrentMenu(), {5, 0, 0, 7})->Run();  // a separator
   });
   EXPECT_EQ(run.result, 1);
   EXPECT_EQ(run.output, "");

@@ -6,8 +6,8 @@ namespace sim {
 
 std::span<const Area* const> Areas() {
   static constexpr const Area* kAreas[] = {
-      &kHdmiArea,        &kVby1Area,     &kScalerArea, &kDisplayArea, &kFormatter3dArea,
-      &kTransmitterArea, &kGraphicsArea, &kVpqArea,    &kFailureArea, &kEventArea,
+      &kHdmiArea,     &kVby1Area, &kScalerArea, &kDisplayArea, &kFormatter3dArea, &kTransmitterArea,
+      &kGraphicsArea, &kVpqArea,  &kHdcp2Area,  &kFailureArea, &kEventArea,
   };
   return kAreas;
 }

@@ -22,6 +22,7 @@ extern const Area kFormatter3dArea;
 extern const Area kTransmitterArea;
 extern const Area kGraphicsArea;
 extern const Area kVpqArea;
+extern const Area kHdcp2Area;
 extern const Area kFailureArea;
 extern const Area kEventArea;
 

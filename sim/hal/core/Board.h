@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "hdcp2/Hdcp2State.h"
 #include "k2v/vbe.h"
 #include "k2v/vfe_hdmi.h"
 #include "k2v/vfe_vby1rx.h"
@@ -184,6 +185,7 @@ struct Board {
   Graphics graphics;
   Graphics linkedGraphics;
   Vpq vpq;
+  Hdcp2 hdcp2;
 };
 static_assert(std::is_trivially_copyable_v<Board> && std::is_trivial_v<Board>);
 

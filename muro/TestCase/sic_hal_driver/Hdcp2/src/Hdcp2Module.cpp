@@ -1,17 +1,20 @@
 #include "Hdcp2Module.h"
 
+#include "Hdcp2TestCase.h"
+
 namespace {
 
 constexpr ST_THAL_TEST_CASE_T kTests[] = {
-    {1, "Hdcp2 MURO 1", "Hdcp2Test_Init ", nullptr, true},
-    {2, "Hdcp2 MURO 2", "Hdcp2Test_LoadKeys ", nullptr, true},
-    {3, "Hdcp2 MURO 3", "Hdcp2Test_VerifyKeys ", nullptr, true},
-    {4, "Hdcp2 MURO 4", "Hdcp2Test_AKE ", nullptr, true},
-    {5, "Hdcp2 MURO 5", "Hdcp2Test_LocalityCheck ", nullptr, true},
-    {6, "Hdcp2 MURO 6", "Hdcp2Test_SessionKeyExchange ", nullptr, true},
-    {7, "Hdcp2 MURO 7", "Hdcp2Test_ReceiverInfo ", nullptr, true},
-    {8, "Hdcp2 MURO 8", "Hdcp2Test_StreamManage ", nullptr, true},
-    {9, "Hdcp2 MURO 9", "Hdcp2Test_Authenticate ", nullptr, true},
+    {1, "Hdcp2 MURO 1", "Hdcp2Test_Init ", Hdcp2TestCase::Hdcp2Test_Init, true},
+    {2, "Hdcp2 MURO 2", "Hdcp2Test_LoadKeys ", Hdcp2TestCase::Hdcp2Test_LoadKeys, true},
+    {3, "Hdcp2 MURO 3", "Hdcp2Test_VerifyKeys ", Hdcp2TestCase::Hdcp2Test_VerifyKeys, true},
+    {4, "Hdcp2 MURO 4", "Hdcp2Test_AKE ", Hdcp2TestCase::Hdcp2Test_AKE, true},
+    {5, "Hdcp2 MURO 5", "Hdcp2Test_LocalityCheck ", Hdcp2TestCase::Hdcp2Test_LocalityCheck, true},
+    {6, "Hdcp2 MURO 6", "Hdcp2Test_SessionKeyExchange ",
+     Hdcp2TestCase::Hdcp2Test_SessionKeyExchange, true},
+    {7, "Hdcp2 MURO 7", "Hdcp2Test_ReceiverInfo ", Hdcp2TestCase::Hdcp2Test_ReceiverInfo, true},
+    {8, "Hdcp2 MURO 8", "Hdcp2Test_StreamManage ", Hdcp2TestCase::Hdcp2Test_StreamManage, true},
+    {9, "Hdcp2 MURO 9", "Hdcp2Test_Authenticate ", Hdcp2TestCase::Hdcp2Test_Authenticate, true},
 };
 
 }  // namespace

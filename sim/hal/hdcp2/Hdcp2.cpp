@@ -1,0 +1,379 @@
+// HDCP 2 functions of the HAL, and the commands that make authentications fail.
+#include <algorithm>
+#include <iterator>
+#include <ostream>
+#include <string_view>
+
+#include "core/Areas.h"
+#include "core/Call.h"
+#include "hdcp2/Crypto.h"
+#include "hdcp2/Protocol.h"
+#include "vfe/Hdmi.h"
+#include "vfe/HdmiSource.h"
+
+namespace sim {
+
+// Found from the templates in CallText.h, so not in the unnamed namespace.
+static void Put(CallText& out, const K2V_HDCP2_KEY_INFO_T& info) {
+  out.text << "{loaded=" << +info.bLoaded << ", verified=" << +info.bVerified << '}';
+}
+
+static void Put(CallText& out, const K2V_HDCP2_STATUS_T& status) {
+  out.text << "{state=" << status.eState << ", reason=" << status.eReason
+           << ", repeater=" << +status.bRepeater << ", stream=" << +status.nStreamType
+           << ", paired=" << +status.bPaired << ", locality=" << status.nLocalityUs << '}';
+}
+
+// Keys and what is made with them stay out of the trace.
+static void Put(CallText& out, const K2V_HDCP2_RSA_KEY_T&) {
+  out.text << "{key}";
+}
+
+namespace {
+
+/// Bytes that the trace tells the number of and nothing else.
+struct Secret {
+  const uint8_t* pointer;
+  uint32_t size;
+};
+
+void Put(CallText& out, const Secret& secret) {
+  if (secret.pointer == nullptr) {
+    out.text << "NULL";
+  } else {
+    out.text << secret.size << " bytes";
+  }
+}
+
+bool IsData(const uint8_t* data, uint32_t size) {
+  return data != nullptr || size == 0;
+}
+
+hdcp2::View ViewOf(const uint8_t* data, uint32_t size) {
+  return {data, size};
+}
+
+int CheckInitialized(const Board& board, bool argumentsAreRight) {
+  if (!argumentsAreRight) return K2V_RHAL_ERR_PARAM;
+  return board.hdcp2.initialized ? K2V_RHAL_OK : K2V_RHAL_ERR_ORDER;
+}
+
+void ForgetAuthentications(Hdcp2& receiver) {
+  for (Hdcp2Port& port : receiver.ports) {
+    port.status = {};
+    port.paired = false;
+  }
+}
+
+int Initialize(Board& board) {
+  if (board.hdcp2.initialized) return K2V_RHAL_ERR_ALREADY;
+  board.hdcp2.initialized = true;
+  return K2V_RHAL_OK;
+}
+
+int Erase(Board& board) {
+  if (const int error = CheckInitialized(board, true)) return error;
+  board.hdcp2.loaded = board.hdcp2.verified = false;
+  ForgetAuthentications(board.hdcp2);
+  return K2V_RHAL_OK;
+}
+
+int Release(Board& board) {
+  if (const int error = Erase(board)) return error;
+  board.hdcp2.initialized = board.hdcp2.repeater = false;
+  board.hdcp2.revokedCount = 0;
+  return K2V_RHAL_OK;
+}
+
+int LoadKeys(Board& board) {
+  if (const int error = CheckInitialized(board, true)) return error;
+  hdcp2::MakeKeys(board.hdcp2.keys);
+  board.hdcp2.loaded = true;
+  return K2V_RHAL_OK;
+}
+
+int GetKeyInfo(Board& board, K2V_HDCP2_KEY_INFO_T* info) {
+  if (const int error = CheckInitialized(board, info != nullptr)) return error;
+  *info = {};
+  if (!board.hdcp2.loaded) return K2V_RHAL_OK;
+  info->bLoaded = 1;
+  info->bVerified = board.hdcp2.verified;
+  std::copy_n(board.hdcp2.keys.certificate, K2V_HDCP2_ID_BYTES, info->receiverId);
+  info->nVersion = 2;
+  return K2V_RHAL_OK;
+}
+
+bool HasBadCertificate(const Hdcp2& receiver) {
+  return std::ranges::any_of(
+      receiver.ports, [](const Hdcp2Port& port) { return port.fault == Hdcp2Fault::kCertificate; });
+}
+
+int VerifyKeys(Board& board) {
+  if (const int error = CheckInitialized(board, true)) return error;
+  Hdcp2& receiver = board.hdcp2;
+  if (!receiver.loaded) return K2V_RHAL_ERR_ORDER;
+  receiver.verified = !HasBadCertificate(receiver) && hdcp2::AreKeysRight(receiver.keys);
+  return receiver.verified ? K2V_RHAL_OK : K2V_RHAL_ERR_FAIL;
+}
+
+int SetRevoked(Board& board, const uint8_t* ids, uint32_t count) {
+  const bool areRight = count <= K2V_HDCP2_MAX_REVOKED && IsData(ids, count);
+  if (const int error = CheckInitialized(board, areRight)) return error;
+  std::copy_n(ids, count * K2V_HDCP2_ID_BYTES, board.hdcp2.revoked[0]);
+  board.hdcp2.revokedCount = count;
+  return K2V_RHAL_OK;
+}
+
+int SetRepeater(Board& board, uint32_t on) {
+  if (const int error = CheckInitialized(board, on <= 1)) return error;
+  board.hdcp2.repeater = on == 1;
+  return K2V_RHAL_OK;
+}
+
+hdcp2::Source SourceAt(const HdmiPort& port) {
+  const bool speaksHdcp2 = port.cable && port.sending && HdcpVersion(port) == K2V_HDMI_HDCP_2_2;
+  return {speaksHdcp2, 1};
+}
+
+int Authenticate(Board& board, uint8_t port, uint32_t state) {
+  const bool areRight =
+      port < kPortCount && state >= K2V_HDCP2_STATE_AKE && state <= K2V_HDCP2_STATE_STREAM;
+  if (const int error = CheckInitialized(board, areRight)) return error;
+  return hdcp2::Authenticate(board.hdcp2, board.hdcp2.ports[port], SourceAt(board.hdmi.ports[port]),
+                             state);
+}
+
+int GetStatus(Board& board, uint8_t port, K2V_HDCP2_STATUS_T* status) {
+  if (const int error = CheckInitialized(board, port < kPortCount && status != nullptr)) {
+    return error;
+  }
+  *status = board.hdcp2.ports[port].status;
+  return K2V_RHAL_OK;
+}
+
+int Deauthenticate(Board& board, uint8_t port) {
+  if (const int error = CheckInitialized(board, port < kPortCount)) return error;
+  board.hdcp2.ports[port].status = {};
+  return K2V_RHAL_OK;
+}
+
+// The primitives need no initialising.
+
+template <typename Result>
+int Give(const Result& result, uint8_t* out) {
+  std::ranges::copy(result, out);
+  return K2V_RHAL_OK;
+}
+
+int GiveRandom(Board&, uint8_t* out, uint32_t size) {
+  if (out == nullptr || size == 0 || size > K2V_HDCP2_MAX_RANDOM_BYTES) return K2V_RHAL_ERR_PARAM;
+  return Give(hdcp2::Random(size), out);
+}
+
+int GiveDigest(Board&, const uint8_t* data, uint32_t size, uint8_t* digest) {
+  if (!IsData(data, size) || digest == nullptr) return K2V_RHAL_ERR_PARAM;
+  return Give(hdcp2::Sha256(ViewOf(data, size)), digest);
+}
+
+int GiveMac(const uint8_t* key, uint32_t keySize, const uint8_t* data, uint32_t size,
+            uint8_t* mac) {
+  if (key == nullptr || keySize == 0 || !IsData(data, size) || mac == nullptr) {
+    return K2V_RHAL_ERR_PARAM;
+  }
+  return Give(hdcp2::HmacSha256(ViewOf(key, keySize), ViewOf(data, size)), mac);
+}
+
+int GiveCtr(const uint8_t* key, const uint8_t* counter, const uint8_t* in, uint8_t* out,
+            uint32_t size) {
+  if (key == nullptr || counter == nullptr || in == nullptr || out == nullptr || size == 0) {
+    return K2V_RHAL_ERR_PARAM;
+  }
+  hdcp2::Key keyBytes{}, counterBytes{};
+  std::copy_n(key, keyBytes.size(), keyBytes.begin());
+  std::copy_n(counter, counterBytes.size(), counterBytes.begin());
+  return Give(hdcp2::AesCtr(keyBytes, counterBytes, ViewOf(in, size)), out);
+}
+
+int GiveCiphertext(const K2V_HDCP2_RSA_KEY_T* key, const uint8_t* message, uint32_t size,
+                   uint8_t* ciphertext) {
+  if (key == nullptr || message == nullptr || size == 0 || size > K2V_HDCP2_MAX_OAEP_BYTES ||
+      ciphertext == nullptr) {
+    return K2V_RHAL_ERR_PARAM;
+  }
+  const auto encrypted =
+      hdcp2::OaepEncrypt({key->modulus, key->publicExponent}, ViewOf(message, size));
+  return encrypted ? Give(*encrypted, ciphertext) : K2V_RHAL_ERR_FAIL;
+}
+
+int GivePlaintext(const K2V_HDCP2_RSA_KEY_T* key, const uint8_t* ciphertext, uint8_t* message,
+                  uint32_t* size) {
+  if (key == nullptr || ciphertext == nullptr || message == nullptr || size == nullptr) {
+    return K2V_RHAL_ERR_PARAM;
+  }
+  const auto decrypted = hdcp2::OaepDecrypt(*key, ViewOf(ciphertext, K2V_HDCP2_RSA_BYTES));
+  if (!decrypted) return K2V_RHAL_ERR_FAIL;
+  if (decrypted->size() > *size) return K2V_RHAL_ERR_PARAM;
+  *size = static_cast<uint32_t>(decrypted->size());
+  return Give(*decrypted, message);
+}
+
+int CheckSignature(const uint8_t* modulus, uint32_t modulusSize, const uint8_t* exponent,
+                   const uint8_t* data, uint32_t size, const uint8_t* signature) {
+  const bool isSize =
+      modulusSize == K2V_HDCP2_RSA_BYTES || modulusSize == K2V_HDCP2_SIGNATURE_BYTES;
+  if (!isSize || modulus == nullptr || exponent == nullptr || !IsData(data, size) ||
+      signature == nullptr) {
+    return K2V_RHAL_ERR_PARAM;
+  }
+  const hdcp2::PublicKey key = {ViewOf(modulus, modulusSize),
+                                ViewOf(exponent, K2V_HDCP2_EXPONENT_BYTES)};
+  return hdcp2::VerifySignature(key, ViewOf(data, size), ViewOf(signature, modulusSize))
+             ? K2V_RHAL_OK
+             : K2V_RHAL_ERR_FAIL;
+}
+
+// By Hdcp2Fault.
+constexpr std::string_view kFaults[] = {"ok", "wrong-h", "wrong-l", "late-l", "bad-cert", "silent"};
+
+Action ParseFault(const Words& words) {
+  const auto port = static_cast<std::size_t>(
+      ParseNumber(words[0], "port", 0, static_cast<int64_t>(kPortCount) - 1));
+  const auto* const found = std::ranges::find(kFaults, words[1]);
+  if (found == std::end(kFaults)) {
+    Refuse(words[1], "is no fault", "ok, wrong-h, wrong-l, late-l, bad-cert, silent");
+  }
+  const auto fault = static_cast<Hdcp2Fault>(found - std::begin(kFaults));
+  return [=](Board& board) { board.hdcp2.ports[port].fault = fault; };
+}
+
+constexpr Command kCommands[] = {
+    {"hdcp2", "PORT ok|wrong-h|wrong-l|late-l|bad-cert|silent",
+     "how HDCP 2 authentications on the port go", 2, 2, ParseFault},
+};
+
+void Describe(const Board& board, std::ostream& out) {
+  static constexpr const char* kStates[] = {"idle",          "keys exchanged",  "locality checked",
+                                            "authenticated", "streams settled", "failed"};
+  const Hdcp2& receiver = board.hdcp2;
+  out << "hdcp 2: " << (receiver.initialized ? "initialised" : "not initialised") << ", keys "
+      << (receiver.loaded ? "loaded" : "not loaded") << '\n';
+  for (std::size_t i = 0; i < kPortCount; ++i) {
+    const Hdcp2Port& port = receiver.ports[i];
+    if (port.status.eState == K2V_HDCP2_STATE_IDLE && port.fault == Hdcp2Fault::kNone) continue;
+    out << "  port " << i << ": " << kStates[port.status.eState];
+    if (port.status.eReason != 0) out << ", reason " << port.status.eReason;
+    if (port.fault != Hdcp2Fault::kNone) out << ", " << kFaults[static_cast<unsigned>(port.fault)];
+    out << '\n';
+  }
+}
+
+}  // namespace
+
+constinit const Area kHdcp2Area = {kCommands, Describe};
+
+}  // namespace sim
+
+using namespace sim;
+
+int K2V_RHAL_HDCP2_Initialize() {
+  return Call(__func__, Initialize);
+}
+
+int K2V_RHAL_HDCP2_Release() {
+  return Call(__func__, Release);
+}
+
+int K2V_RHAL_HDCP2_LoadKeys() {
+  return Call(__func__, LoadKeys);
+}
+
+int K2V_RHAL_HDCP2_GetKeyInfo(K2V_HDCP2_KEY_INFO_T* info) {
+  return Call(__func__, GetKeyInfo, Out{info});
+}
+
+int K2V_RHAL_HDCP2_VerifyKeys() {
+  return Call(__func__, VerifyKeys);
+}
+
+int K2V_RHAL_HDCP2_EraseKeys() {
+  return Call(__func__, Erase);
+}
+
+int K2V_RHAL_HDCP2_SetRevocationList(const uint8_t* ids, uint32_t count) {
+  return Call(
+      __func__, [ids](Board& board, Secret, uint32_t n) { return SetRevoked(board, ids, n); },
+      Secret{ids, count * K2V_HDCP2_ID_BYTES}, count);
+}
+
+int K2V_RHAL_HDCP2_SetRepeater(uint32_t on) {
+  return Call(__func__, SetRepeater, on);
+}
+
+int K2V_RHAL_HDCP2_Authenticate(uint8_t port, uint32_t state) {
+  return Call(__func__, Authenticate, port, state);
+}
+
+int K2V_RHAL_HDCP2_GetStatus(uint8_t port, K2V_HDCP2_STATUS_T* status) {
+  return Call(__func__, GetStatus, port, Out{status});
+}
+
+int K2V_RHAL_HDCP2_Deauthenticate(uint8_t port) {
+  return Call(__func__, Deauthenticate, port);
+}
+
+int K2V_RHAL_HDCP2_Random(uint8_t* out, uint32_t size) {
+  return Call(
+      __func__, [out](Board& board, Secret bytes) { return GiveRandom(board, out, bytes.size); },
+      Secret{out, size});
+}
+
+int K2V_RHAL_HDCP2_Sha256(const uint8_t* data, uint32_t size, uint8_t* digest) {
+  return Call(
+      __func__, [=](Board& board, Secret, Secret) { return GiveDigest(board, data, size, digest); },
+      Secret{data, size}, Secret{digest, K2V_HDCP2_HASH_BYTES});
+}
+
+int K2V_RHAL_HDCP2_HmacSha256(const uint8_t* key, uint32_t keySize, const uint8_t* data,
+                              uint32_t size, uint8_t* mac) {
+  return Call(
+      __func__,
+      [=](Board&, Secret, Secret, Secret) { return GiveMac(key, keySize, data, size, mac); },
+      Secret{key, keySize}, Secret{data, size}, Secret{mac, K2V_HDCP2_HASH_BYTES});
+}
+
+int K2V_RHAL_HDCP2_AesCtr(const uint8_t* key, const uint8_t* counter, const uint8_t* in,
+                          uint8_t* out, uint32_t size) {
+  return Call(
+      __func__, [=](Board&, Secret, Secret) { return GiveCtr(key, counter, in, out, size); },
+      Secret{in, size}, Secret{out, size});
+}
+
+int K2V_RHAL_HDCP2_RsaOaepEncrypt(const K2V_HDCP2_RSA_KEY_T* key, const uint8_t* message,
+                                  uint32_t size, uint8_t* ciphertext) {
+  return Call(
+      __func__,
+      [=](Board&, const K2V_HDCP2_RSA_KEY_T* k, Secret) {
+        return GiveCiphertext(k, message, size, ciphertext);
+      },
+      key, Secret{message, size});
+}
+
+int K2V_RHAL_HDCP2_RsaOaepDecrypt(const K2V_HDCP2_RSA_KEY_T* key, const uint8_t* ciphertext,
+                                  uint8_t* message, uint32_t* size) {
+  return Call(
+      __func__,
+      [=](Board&, const K2V_HDCP2_RSA_KEY_T* k, Secret, uint32_t* room) {
+        return GivePlaintext(k, ciphertext, message, room);
+      },
+      key, Secret{ciphertext, K2V_HDCP2_RSA_BYTES}, Out{size});
+}
+
+int K2V_RHAL_HDCP2_RsaVerify(const uint8_t* modulus, uint32_t modulusSize, const uint8_t* exponent,
+                             const uint8_t* data, uint32_t size, const uint8_t* signature) {
+  return Call(
+      __func__,
+      [=](Board&, Secret, Secret, Secret) {
+        return CheckSignature(modulus, modulusSize, exponent, data, size, signature);
+      },
+      Secret{modulus, modulusSize}, Secret{data, size}, Secret{signature, modulusSize});
+}
