@@ -81,9 +81,10 @@ constexpr Option kOptions[] = {
      }},
     {"--stage", "STAGE", "only this stage; can be given several times",
      [](Options& o, const std::string& text) { o.stages.push_back(player::ParseStage(text)); }},
-    {"--defect", "STAGE:KIND:FRAME[:COLUMN[=VALUE]]",
-     "puts a defect into the dump: change (needs a column), drop, repeat, swap, truncate, garble,\n"
-     "      or STAGE:late:FRAME[:MS]; can be given several times",
+    {"--defect", "STAGE:KIND[:FRAME[:DETAIL]]",
+     "puts a defect into the stage's dump: change (DETAIL is COLUMN[=VALUE]), drop, repeat,\n"
+     "      reorder, corrupt, garble (DETAIL is a number of frames), late, early (DETAIL is in\n"
+     "      milliseconds), truncate, nothing (takes no FRAME); can be given several times",
      [](Options& o, const std::string& text) { o.defects.push_back(player::ParseDefect(text)); }},
 };
 
@@ -145,6 +146,7 @@ void Generate(const Options& options) {
     WriteFile(options.home / "golden_data/playback" / options.goldenSet / name, clip,
               {kGoldenClock90k, 0}, stage, {});
     const fs::path dump = options.dumpDirectory / player::FormatOf(stage).fileName;
+    if (player::WritesNothing(stage, options.defects)) continue;
     WriteFile(dump, clip, {kDumpClock90k, options.audioOffsetMs}, stage, options.defects);
     const fs::path kept = options.home / "dump_tmp" / name;
     fs::create_directories(kept.parent_path());

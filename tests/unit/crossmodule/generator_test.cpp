@@ -186,7 +186,7 @@ Lines ExpectByFrame(Stage stage, const Rows& golden, const std::vector<Defect>& 
       case DefectKind::kRepeat:
         missing(defect.frame + 1, stage == Stage::kDvo ? &row : nullptr);
         break;
-      case DefectKind::kSwap:
+      case DefectKind::kReorder:
         missing(defect.frame);
         if (stage != Stage::kDvo) missing(defect.frame + 2);
         break;
@@ -238,7 +238,7 @@ Lines Expect(const Clip& clip, Stage stage, const Rows& golden, const Rows& samp
 /// Up to three defects behind every stage's warm-up. Columns that rows are aligned by stay.
 std::vector<Defect> DrawDefects(Stage stage, std::mt19937& random) {
   constexpr DefectKind kKinds[] = {DefectKind::kChange, DefectKind::kChange, DefectKind::kDrop,
-                                   DefectKind::kRepeat, DefectKind::kSwap};
+                                   DefectKind::kRepeat, DefectKind::kReorder};
   const auto columns = player::FormatOf(stage).columns;
   std::vector<Defect> defects;
   const std::size_t count = 1 + random() % 3;
@@ -336,14 +336,16 @@ TEST(DumpGenerator, TakesDefectsAsTextAndRefusesWrongOnes) {
     const char* text;
     const char* refusal;
   } kWrong[] = {
-      {"", "is no defect: STAGE:KIND:FRAME"},
-      {"VDEC:drop", "is no defect: STAGE:KIND:FRAME"},
-      {"VDEC:change:1:crc:2", "is no defect: STAGE:KIND:FRAME"},
-      {"vdec:drop:1", "'vdec' is no stage: one of OMXIN, OMXOUT, VDEC"},
+      {"", "is no whole defect: STAGE change FRAME"},
+      {"VDEC:drop", "is no whole defect: STAGE change FRAME"},
+      {"VDEC:change:1:crc:2", "is no whole defect: STAGE change FRAME"},
+      {"dec:drop:1", "'dec' is no stage: one of OMXIN, OMXOUT, VDEC"},
       {"VDEC:lose:1", "'lose' is no defect: one of change, drop"},
       {"VDEC:drop:-1", "'-1' is no frame from 0 to 2147483647"},
       {"VDEC:drop:3000000000", "is no frame from"},
-      {"VDEC:drop:1:crc", "'drop' takes a frame and nothing else"},
+      {"VDEC:drop:1:crc", "'crc' is no number of frames from 1"},
+      {"VDEC:truncate:1:2", "'truncate' takes nothing behind it, and there is '2'"},
+      {"vdec:nothing:7", "'nothing' takes nothing behind it, and there is '7'"},
       {"VDEC:change:1", "'' is no column of VDEC: one of frame_no, width"},
       {"VDEC:change:1:crc=x", "'x' is no value from"},
       {"DVO:late:1", "'late' needs a clock in the dump, and DVO has none"},

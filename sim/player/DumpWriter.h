@@ -1,0 +1,38 @@
+// Writes a dump row by row, as the stage's driver would, with the defects that it shows.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "Defect.h"
+#include "DumpFormat.h"
+
+namespace player {
+
+class DumpWriter {
+ public:
+  /// Writes the title. `defects` are all that this dump shows, whatever stage they come from.
+  DumpWriter(std::ostream& out, Stage stage, std::vector<Defect> defects);
+
+  /// Writes a row. Returns false when the file ends in it; nothing more is written then.
+  bool Write(FrameValues values);
+
+  /// Writes the end of the stream.
+  void End();
+
+ private:
+  bool Has(DefectKind kind, int64_t frame) const;
+  int64_t Delay90k(int64_t frame) const;
+  void ChangeValues(FrameValues& values) const;
+  void Put(const std::string& text);
+
+  std::ostream& out_;
+  const DumpFormat& format_;
+  std::vector<Defect> defects_;
+  std::string held_;  // rows that come behind the next one
+  bool ended_ = false;
+};
+
+}  // namespace player
