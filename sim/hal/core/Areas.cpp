@@ -7,7 +7,7 @@ namespace sim {
 std::span<const Area* const> Areas() {
   static constexpr const Area* kAreas[] = {
       &kHdmiArea,     &kVby1Area, &kScalerArea, &kDisplayArea, &kFormatter3dArea, &kTransmitterArea,
-      &kGraphicsArea, &kVpqArea,  &kHdcp2Area,  &kFailureArea, &kEventArea,
+      &kGraphicsArea, &kVpqArea,  &kHdcp2Area,  &kMediaArea,   &kFailureArea,     &kEventArea,
   };
   return kAreas;
 }

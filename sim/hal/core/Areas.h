@@ -23,6 +23,7 @@ extern const Area kTransmitterArea;
 extern const Area kGraphicsArea;
 extern const Area kVpqArea;
 extern const Area kHdcp2Area;
+extern const Area kMediaArea;
 extern const Area kFailureArea;
 extern const Area kEventArea;
 

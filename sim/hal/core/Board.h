@@ -173,6 +173,20 @@ struct Graphics {
   bool on;  // two planes; the panel
 };
 
+/// A defect of a stage's dump, as its words; free when they are empty.
+struct DumpDefect {
+  char words[96];
+};
+
+/// The media side and the world around the board; zero is all well.
+struct Media {
+  DumpDefect defects[32];
+  bool stickOut;
+  bool networkDown;
+  bool tftpDown;
+  bool diskFull;
+};
+
 struct Board {
   Clock clock;
   FailureTable failures;
@@ -186,6 +200,7 @@ struct Board {
   Graphics linkedGraphics;
   Vpq vpq;
   Hdcp2 hdcp2;
+  Media media;
 };
 static_assert(std::is_trivially_copyable_v<Board> && std::is_trivial_v<Board>);
 

@@ -11,12 +11,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 
 #include "core/Command.h"
 #include "core/Events.h"
+#include "media/Media.h"
 
 namespace sim {
 namespace {
@@ -43,6 +45,7 @@ struct SharedBoard {
 constexpr Header kHeader = {{'C', 'V', 'N', 'B', 'O', 'A', 'R', 'D'}, 2, sizeof(SharedBoard)};
 
 SharedBoard* shared = nullptr;
+std::string statePath;  // empty: anonymous memory
 
 std::runtime_error SystemError(const std::string& path) {
   return std::runtime_error(path + ": " + std::strerror(errno));
@@ -156,6 +159,7 @@ void SwitchOn(Board& board, double timeScale) {
   board.clock.timeScale = timeScale;
   board.clock.powerOnNs = MonotonicNs();
   RunScenario(*shared, board);
+  ShowOutside(board);
 }
 
 // Expects memory of zeros and touches as little of it as it can: most of a board is frame buffers.
@@ -216,6 +220,7 @@ Board& LockedBoard() {
 void PowerOn() {
   const char* path = std::getenv("CVNSIM_STATE");
   if (path != nullptr) {
+    statePath = path;
     shared = Open(path, O_RDWR | O_CREAT, true);
   } else {
     Start(*MapAnonymously());
@@ -223,6 +228,7 @@ void PowerOn() {
 }
 
 void Attach(const std::string& path) {
+  statePath = path;
   shared = Open(path, O_RDWR, false);
 }
 
@@ -232,6 +238,10 @@ BoardLock::BoardLock() : board_(LockedBoard()) {
 
 BoardLock::~BoardLock() {
   pthread_mutex_unlock(&shared->mutex);
+}
+
+std::string StateDirectory() {
+  return statePath.empty() ? "" : std::filesystem::absolute(statePath).parent_path().string();
 }
 
 void ResetBoard(Board& board) {

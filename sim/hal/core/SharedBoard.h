@@ -32,6 +32,9 @@ class BoardLock {
   Board& board_;
 };
 
+/// Directory of the state file; empty where the board has none.
+std::string StateDirectory();
+
 /// Puts the locked board back to its power-on state: empty, then the scenario it started with.
 void ResetBoard(Board& board);
 

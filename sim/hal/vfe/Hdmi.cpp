@@ -247,7 +247,7 @@ constexpr Command kCommands[] = {
     {"signal", "PORT on|off", "let the plugged source send, or fall silent with its cable in", 2, 2,
      ParseSignal},
     {"mute", "PORT on|off", "let the plugged source set or clear AV mute", 2, 2, ParseMute},
-    {"defect", "PORT edid|hdcp on|off",
+    {"spoil", "PORT edid|hdcp on|off",
      "let the port's memory change one byte of what is written to it", 3, 3, ParseDefect},
     {"timing", "PORT TIMING", "let the plugged source change its timing", 2, 2, ParseNewTiming},
 };

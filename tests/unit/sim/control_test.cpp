@@ -108,6 +108,35 @@ TEST(Commands, ThatNeverWouldDoAreRefusedAtOnce) {
   EXPECT_NE(simhal::Apply("fail K2V_RHAL_VSC_Open 1").find("allowed: 64"), std::string::npos);
 }
 
+TEST(Media, CommandsAreKeptAndWrongOnesRefused) {
+  EXPECT_EQ(simhal::Apply("defect vdec corrupt 300"), "");
+  EXPECT_EQ(simhal::Apply("defect audio late 0 21"), "");
+  EXPECT_EQ(simhal::Apply("stick out"), "");
+  EXPECT_NE(simhal::State().find("stick out, network up, tftp up, disk free\n"
+                                 "defects of dumps:\n  vdec corrupt 300\n  audio late 0 21\n"),
+            std::string::npos)
+      << simhal::State();
+  EXPECT_EQ(simhal::Apply("defect none"), "");
+  EXPECT_NE(simhal::State().find("defects of dumps:\n  none\n"), std::string::npos);
+  const struct {
+    const char* command;
+    const char* refusal;
+  } kWrong[] = {
+      {"defect", "has the wrong number of arguments; allowed: defect STAGE KIND"},
+      {"defect all", "'all' is no whole defect: STAGE change FRAME"},
+      {"defect vdecc drop 1", "'vdecc' is no stage: one of OMXIN"},
+      {"defect vdec drop", "is no whole defect"},
+      {"defect dvo late 3", "'late' needs a clock in the dump, and DVO has none"},
+      {"stick gone", "'gone' is no state of the stick; allowed: in, out"},
+      {"disk", "has the wrong number of arguments; allowed: disk free|full"},
+  };
+  for (const auto& wrong : kWrong)
+    EXPECT_NE(simhal::Apply(wrong.command).find(wrong.refusal), std::string::npos)
+        << simhal::Apply(wrong.command);
+  for (int i = 0; i < 32; ++i) ASSERT_EQ(simhal::Apply("defect vo nothing"), "");
+  EXPECT_NE(simhal::Apply("defect vo nothing").find("allowed: 32 defects"), std::string::npos);
+}
+
 TEST(Trace, KeepsTheNewestLinesOnly) {
   for (int i = 0; i < 9000; ++i) DoSteps("h-init");
   EXPECT_EQ(simhal::Calls().size(), 8192U);

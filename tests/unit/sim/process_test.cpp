@@ -228,6 +228,21 @@ TEST_F(Processes, CvnsimChangesARunningBoard) {
   EXPECT_EQ(pclose(running), 0);
 }
 
+TEST_F(Processes, CvnsimChangesWhatIsAroundTheBoard) {
+  fs::create_directories(board_ + "/dev/block");
+  const auto isThere = [&](const char* path) { return fs::exists(board_ + '/' + path); };
+  Write("scenario", "stick out\ntftp down\n");
+  setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);
+  Client("");
+  EXPECT_FALSE(isThere("dev/block/sda1"));
+  EXPECT_TRUE(isThere("run/tftp-down"));
+  EXPECT_EQ(Cvnsim("stick in").output, "");
+  EXPECT_EQ(Cvnsim("network down").output, "");
+  EXPECT_TRUE(isThere("dev/block/sda") && isThere("dev/block/sda1") && isThere("run/network-down"));
+  EXPECT_EQ(Cvnsim("reset").output, "");
+  EXPECT_FALSE(isThere("dev/block/sda") || isThere("run/network-down"));
+}
+
 TEST_F(Processes, CvnsimTellsWhatItCannotDo) {
   const Outcome wrong = Cvnsim("unplgu 0");
   EXPECT_EQ(wrong.status, 2);

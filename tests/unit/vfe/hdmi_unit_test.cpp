@@ -109,12 +109,12 @@ TEST(HdmiUnit, EndsAtTheFirstStepThatFailsAndLeavesTheReceiver) {
 }
 
 TEST(HdmiUnit, FindsAMemoryThatChangesWhatIsWritten) {
-  simhal::Apply("defect 0 edid on");
+  simhal::Apply("spoil 0 edid on");
   auto run = PlayTest(T::UTVfeHdmiTest_WriteEDID, "");
   EXPECT_EQ(run.result, 1);
   EXPECT_TRUE(run.output.ends_with("6. compare edid\nResult : failed - compare edid failed\n"));
   simhal::Reset();
-  simhal::Apply("defect 0 hdcp on");
+  simhal::Apply("spoil 0 hdcp on");
   run = PlayTest(T::UTVfeHdmiTest_WriteHDCP, "");
   EXPECT_EQ(run.result, 1);
   EXPECT_TRUE(run.output.ends_with("& check data\nResult : failed - check data failed\n"));

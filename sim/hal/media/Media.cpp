@@ -1,0 +1,125 @@
+#include "media/Media.h"
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include "Defect.h"
+#include "core/Areas.h"
+#include "core/SharedBoard.h"
+
+namespace sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// One thing that can be well or not, and how both are called.
+struct Switch {
+  std::string_view name;
+  std::string_view well;
+  std::string_view ill;
+  bool Media::*isIll;
+  const char* marker;  // file in the simulator's directory while it is not well
+};
+
+constexpr Switch kStick = {"stick", "in", "out", &Media::stickOut, "stick-out"};
+constexpr Switch kNetwork = {"network", "up", "down", &Media::networkDown, "network-down"};
+constexpr Switch kTftp = {"tftp", "up", "down", &Media::tftpDown, "tftp-down"};
+constexpr Switch kDisk = {"disk", "free", "full", &Media::diskFull, "disk-full"};
+constexpr const Switch* kSwitches[] = {&kStick, &kNetwork, &kTftp, &kDisk};
+
+constexpr const char* kStickNodes[] = {"sda", "sda1"};
+
+void SetFile(const fs::path& path, bool exists) {
+  std::error_code ignored;
+  if (fs::exists(path, ignored) == exists) return;
+  if (exists)
+    std::ofstream{path};
+  else
+    fs::remove(path, ignored);
+  if (fs::exists(path, ignored) != exists) throw CommandError("cannot change " + path.string());
+}
+
+template <const Switch& Of>
+Action ParseSwitch(const Words& words) {
+  const bool ill = words[0] == Of.ill;
+  if (!ill && words[0] != Of.well) {
+    Refuse(words[0], "is no state of the " + std::string(Of.name),
+           std::string(Of.well) + ", " + std::string(Of.ill));
+  }
+  return [ill](Board& board) {
+    board.media.*Of.isIll = ill;
+    ShowOutside(board);
+  };
+}
+
+void AddDefect(Board& board, const std::string& words) {
+  for (DumpDefect& defect : board.media.defects) {
+    if (defect.words[0] != '\0') continue;
+    words.copy(defect.words, sizeof(defect.words) - 1);
+    return;
+  }
+  Refuse(words, "finds no room",
+         std::to_string(std::size(board.media.defects)) + " defects; 'defect none' clears all");
+}
+
+Action ParseDefectCommand(const Words& words) {
+  if (words == Words{"none"}) {
+    return [](Board& board) {
+      for (DumpDefect& defect : board.media.defects) defect = {};
+    };
+  }
+  try {
+    player::ParseDefect(words);
+  } catch (const std::invalid_argument& error) {
+    throw CommandError(error.what());
+  }
+  const std::string line = Join(words);
+  if (line.size() >= sizeof(DumpDefect::words))
+    Refuse(line, "is too long", std::to_string(sizeof(DumpDefect::words) - 1) + " characters");
+  return [line](Board& board) { AddDefect(board, line); };
+}
+
+void Describe(const Board& board, std::ostream& out) {
+  out << "around the board:\n ";
+  const char* separator = " ";
+  for (const Switch* item : kSwitches) {
+    out << separator << item->name << ' ' << (board.media.*item->isIll ? item->ill : item->well);
+    separator = ", ";
+  }
+  out << "\ndefects of dumps:\n";
+  bool any = false;
+  for (const DumpDefect& defect : board.media.defects) {
+    if (defect.words[0] == '\0') continue;
+    any = true;
+    out << "  " << defect.words << '\n';
+  }
+  if (!any) out << "  none\n";
+}
+
+constexpr Command kCommands[] = {
+    {"defect", "STAGE KIND [FRAME [DETAIL]] or defect none",
+     "let dumps of the next playings show a defect: change, drop, repeat, reorder, corrupt, late,\n"
+     "      early, truncate, garble, nothing",
+     1, 4, ParseDefectCommand},
+    {"stick", "in|out", "plug the USB stick in or pull it out", 1, 1, ParseSwitch<kStick>},
+    {"network", "up|down", "plug the network's cable in or pull it out", 1, 1,
+     ParseSwitch<kNetwork>},
+    {"tftp", "up|down", "let the TFTP server answer or not", 1, 1, ParseSwitch<kTftp>},
+    {"disk", "free|full", "let dumps find room or run out of it", 1, 1, ParseSwitch<kDisk>},
+};
+
+}  // namespace
+
+constinit const Area kMediaArea = {kCommands, Describe};
+
+void ShowOutside(const Board& board) {
+  const fs::path simulator = StateDirectory();
+  const fs::path nodes = simulator.parent_path() / "dev/block";
+  if (simulator.empty() || !fs::is_directory(nodes)) return;
+  for (const Switch* item : kSwitches) SetFile(simulator / item->marker, board.media.*item->isIll);
+  for (const char* node : kStickNodes) SetFile(nodes / node, !board.media.stickOut);
+}
+
+}  // namespace sim
