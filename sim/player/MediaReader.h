@@ -1,0 +1,35 @@
+// Reads a media file and decodes what is in it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "DumpFormat.h"
+
+namespace player {
+
+/// Takes what a file holds, in the order in which the board's drivers would get it. Times count
+/// from the start of the file.
+class MediaListener {
+ public:
+  virtual ~MediaListener() = default;
+
+  /// A coded picture, with its size in bytes.
+  virtual void TakePacket(int64_t pts90k, int64_t size, bool isKeyFrame) = 0;
+
+  /// A decoded picture: its size, colours and checksum are in `values`. `meanLuma` is its
+  /// brightness, 0 to 255, and `tick90k` how finely the file's time stamps count.
+  virtual void TakePicture(int64_t pts90k, double tick90k, int meanLuma,
+                           const FrameValues& values) = 0;
+
+  /// A block of decoded sound. `sounds` tells it from silence.
+  virtual void TakeSound(int64_t pts90k, int sampleRate, int channelCount, uint32_t checksum,
+                         bool sounds) = 0;
+};
+
+/// Decodes the whole of a file, or of what an address that begins with "http://" names. Damaged
+/// frames are passed over. Throws std::runtime_error with one line when there is nothing that can
+/// be decoded.
+void ReadMedia(const std::string& location, MediaListener& listener);
+
+}  // namespace player
