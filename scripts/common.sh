@@ -4,8 +4,8 @@
 source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
 
 # Debian packages: what building and running the simulated board needs, and the tests beside that.
-run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static ffmpeg
-  libavformat-dev libavcodec-dev libswresample-dev)
+run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static
+  ffmpeg libavformat-dev libavcodec-dev libswresample-dev)
 test_packages=(clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck
   edid-decode)
 

@@ -6,17 +6,23 @@ board_dirs=(
   data home media mnt nvram/data system/bin tmp/var/log var
   vendor/{corvana,cvn_rootfs/{bin,usr/bin}} dev/block sys/crt proc/{.real,cvngdma,sys/vm} etc run
   usr/{bin,sbin,lib,lib32,lib64}
-  opt/cvntester/{bin,lib,standins} sim/{log,usb/stick}
+  opt/cvntester/{bin,lib,standins,www} sim/{log,tftp,usb/stick}
 )
-# The drivers' nodes are plain files: they keep what was written last.
+block_nodes=(dev/block/{sda,sda1})
+# The drivers' nodes are plain files: they keep what was written last, as long as there is power.
+driver_nodes=(dev/{cvnvdec,cvndvo,vodev,vscdev,vpqdev,cvnaudio})
 board_nodes=(
-  dev/{cvnvdec,cvndvo,vodev,vscdev,vpqdev,cvnaudio} dev/block/{sda,sda1}
+  "${driver_nodes[@]}" "${block_nodes[@]}"
   sys/crt/register proc/{usercalls,cvngdma/dbg,sys/vm/drop_caches}
 )
 
 # The file by which programs tell the board's operating system.
 declare -A os_markers=(
   [android]=vendor/manifest.xml [sorvex]=home/core.1st [pelxos]=vendor/corvana/pelxos
+)
+
+declare -A os_homes=(
+  [android]=/data/cross_module [sorvex]=/home/cross_module [pelxos]=/nvram/data/cross_module
 )
 
 # Makes the board's directory, or refuses one that holds something else. Only one board-run at a
@@ -38,13 +44,14 @@ PrepareBoard() {
   root=$board/root
   sim=$root/sim
   [[ -d $root ]] || MakeRoot
+  InstallBusybox
 }
 
 # The first power supply of a new board.
 MakeRoot() {
-  local new=$board/root.new node busybox
+  local new=$board/root.new node
   rm -rf "$new"
-  (cd "$board" && ln -sfn root/sim run && ln -sfn root/sim/usb usb)
+  (cd "$board" && ln -sfn root/sim run && ln -sfn root/sim/usb usb && ln -sfn root/sim/tftp tftp)
   mkdir "$new"
   (cd "$new" && mkdir -p "${board_dirs[@]}")
   chmod 1777 "$new/tmp"
@@ -55,12 +62,6 @@ MakeRoot() {
   LinkProc "$new/proc"
   printf 'root:x:0:0:root:/:/bin/sh\nnobody:x:65534:65534:nobody:/:/bin/false\n' >"$new/etc/passwd"
   printf 'root:x:0:\nnogroup:x:65534:\n' >"$new/etc/group"
-  printf '127.0.0.1 localhost board\n' >"$new/etc/hosts"
-  if busybox=$(command -v busybox); then
-    cp -L "$busybox" "$new/vendor/cvn_rootfs/bin/busybox"
-    ln -s ../../bin/busybox "$new/vendor/cvn_rootfs/usr/bin/tftp"
-    ln -s ../cvn_rootfs/bin/busybox "$new/vendor/corvana/busybox"
-  fi
   mv "$new" "$board/root"
 }
 
@@ -88,10 +89,55 @@ LinkProc() {
   ln -s ../.real/sys/{fs,kernel,net} "$1/sys"
 }
 
-# Every start is a power-on: the root file system survives, the HAL's state does not.
+# The real busybox stands behind the one that the board's commands name.
+InstallBusybox() {
+  local busybox bin=$root/vendor/cvn_rootfs/bin
+  [[ ! -x $bin/busybox.real ]] && busybox=$(command -v busybox) || return 0
+  cp -L "$busybox" "$bin/busybox.real"
+  ln -sf /opt/cvntester/standins/busybox "$bin/busybox"
+  ln -sf ../../bin/busybox.real "$root/vendor/cvn_rootfs/usr/bin/tftp"
+  ln -sf /opt/cvntester/standins/busybox "$root/vendor/corvana/busybox"
+}
+
+# The media files on the stick and what is on the vendor partition, when this board has none or has
+# those of another build.
+InstallMedia() {
+  local media=$build/media content=$sim/usb/stick/cross_module_content_v1
+  [[ -f $media/stamp ]] || return 0
+  ! cmp -s "$media/stamp" "$sim/media-stamp" || return 0
+  mkdir -p "$content"
+  cp "$media"/www/cross_module_content_v1/* "$content"
+  cp "$media"/vendor/* "$root/vendor/corvana"
+  cp "$media/stamp" "$sim/media-stamp"
+}
+
+# UnmountAll: a stick that was mounted when the power went is not any more.
+UnmountAll() {
+  local directory
+  [[ -f $sim/mounts ]] || return 0
+  while read -r _ directory; do
+    [[ ! -L $root$directory ]] || rm "$root$directory"
+    [[ ! -d $sim/covered${directory//\//_} ]] ||
+      mv -T "$sim/covered${directory//\//_}" "$root$directory"
+  done <"$sim/mounts"
+}
+
+# Every start is a power-on: the root file system survives, the HAL's and the drivers' state does
+# not, and around the board all is well.
 PowerOn() {
-  rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands}
+  UnmountAll
+  rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands,{stick-out,network-down,tftp-down,disk-full}} \
+    "$root"/tmp/{OMX_MURO_CONFIG,cross_module/isPcbIpSetuped.cfg}
   [[ -z $scenario ]] || cp "$scenario" "$sim/scenario"
   echo "$os" >"$sim/os"
-  (cd "$root" && rm -f "${os_markers[@]}" && : >"${os_markers[$os]}")
+  (
+    cd "$root" || exit
+    rm -f "${os_markers[@]}"
+    : >"${os_markers[$os]}"
+    for node in "${driver_nodes[@]}" "${block_nodes[@]}"; do : >"$node"; done
+  )
+  printf '127.0.0.1 localhost board\n192.0.2.1 content.local tftp.local\n' >"$root/etc/hosts"
+  # The player is called by this path from where the harness is started.
+  ln -sfn "${os_homes[$os]}/gst_root" "$root/opt/cvntester/gst_root"
+  InstallMedia
 }

@@ -38,13 +38,16 @@ Try() {
 # BoardEnvironment SIM TOP: what the program finds in its environment. `reboot` kills TOP. The
 # stand-ins find their log by CVNSIM_DIR.
 BoardEnvironment() {
+  local name
   board_env=(
     CVNSIM_DIR="$1" CVNSIM_STATE="$1/state" CVNSIM_TRACE="$1/trace" CVNSIM_TOP="$2"
     TERM="${TERM:-dumb}" HOME=/
     PATH=/opt/cvntester/standins:/opt/cvntester/bin:/usr/sbin:/usr/bin:/sbin:/bin
   )
   [[ -z $scenario ]] || board_env+=(CVNSIM_SCENARIO="$1/scenario")
-  [[ -z ${TZ-} ]] || board_env+=(TZ="$TZ")
+  for name in TZ CVN_HTTP_CONTENT_SERVER; do
+    [[ -z ${!name-} ]] || board_env+=("$name=${!name}")
+  done
   board_env+=("${extra_env[@]}")
 }
 
@@ -56,11 +59,14 @@ BwrapArguments() {
   bwrap_args=(
     --unshare-user --uid 0 --gid 0 --unshare-pid --unshare-net --unshare-ipc --unshare-uts
     --hostname board --die-with-parent --cap-drop ALL
+    --cap-add CAP_NET_ADMIN --cap-add CAP_NET_BIND_SERVICE --cap-add CAP_SETPCAP
     --bind "$root" / --ro-bind /usr /usr --dev /dev "$@"
     --ro-bind-try /etc/ld.so.cache /etc/ld.so.cache --ro-bind-try /etc/alternatives /etc/alternatives
     --ro-bind-try /etc/localtime /etc/localtime
     --ro-bind-try "$build/bin" /opt/cvntester/bin --ro-bind-try "$build/lib" /opt/cvntester/lib
     --ro-bind "$here/standins" /opt/cvntester/standins
+    --ro-bind "$here/power-up" /opt/cvntester/power-up
+    --ro-bind-try "$build/media/www" /opt/cvntester/www
   )
   for name in bin sbin lib lib32 lib64 libx32; do
     [[ -L /$name || ! -d /$name ]] || bwrap_args+=(--ro-bind "/$name" "/$name")
@@ -95,7 +101,7 @@ RunIn_bwrap() {
   done
   trap '' INT QUIT
   bwrap "${bwrap_args[@]}" --clearenv "${set_env[@]}" --chdir /opt/cvntester -- \
-    env --default-signal=INT,QUIT "$@" 9<&- || status=$?
+    /opt/cvntester/power-up "$@" 9<&- || status=$?
   exit "$status"
 }
 
@@ -107,19 +113,19 @@ chroot_command=(setpriv '--bounding-set=-all,+sys_chroot' --inh-caps=-all chroot
 Probe_chroot() {
   if ((EUID != 0)); then
     reason='needs root'
-  elif [[ ! -x $root/vendor/cvn_rootfs/bin/busybox ]]; then
+  elif [[ ! -x $root/vendor/cvn_rootfs/bin/busybox.real ]]; then
     reason='busybox is not installed'
   else
     Try "${chroot_command[@]}" / /bin/true
   fi
 }
 
-# CopyPrograms: the shell, cvntester, cvnsim and the libraries they need, where they changed. The
+# CopyPrograms: the shell, our programs and the libraries they need, where they changed. The
 # shell is no busybox, whose applets would go before the stand-ins.
 CopyPrograms() {
   local program library
   cp -uL /bin/sh "$root/usr/bin/sh"
-  for program in cvntester cvnsim; do
+  for program in cvntester cvnsim gst-cvn-test-1.0; do
     [[ ! -x $build/bin/$program ]] || cp -u "$build/bin/$program" "$root/opt/cvntester/bin"
   done
   for library in "$build"/lib/*.so; do
@@ -133,7 +139,7 @@ CopyPrograms() {
 
 # LinkApplets: busybox under all its names, but for those that stop the machine.
 LinkApplets() {
-  local busybox=/vendor/cvn_rootfs/bin/busybox name
+  local busybox=/vendor/cvn_rootfs/bin/busybox.real name
   [[ ! -L $root/usr/bin/env ]] || return 0
   for name in $("$root$busybox" --list | grep -vxE 'halt|init|linuxrc|poweroff|reboot|sh'); do
     ln -sf "$busybox" "$root/usr/bin/$name"
@@ -160,7 +166,7 @@ RunIn_chroot() {
   # Without /proc a program does not know where it is, nor then its libraries.
   board_env+=(LD_LIBRARY_PATH=/opt/cvntester/lib)
   # shellcheck disable=SC2016  # expanded by the board's shell
-  exec "${chroot_command[@]}" "$root" /vendor/cvn_rootfs/bin/busybox env -i "${board_env[@]}" \
+  exec "${chroot_command[@]}" "$root" /vendor/cvn_rootfs/bin/busybox.real env -i "${board_env[@]}" \
     /bin/sh -c 'cd /opt/cvntester && exec "$@"' sh "$@"
 }
 

@@ -199,6 +199,39 @@ TEST_F(BoardTest, UsbStickIsMountedAndGetsItsChanges) {
   EXPECT_FALSE(fs::exists(Board() / "usb/stick/deleted"));
 }
 
+TEST_F(BoardTest, PowerCutUnmountsTheStickAndSwitchesTheDriversOff) {
+  ASSERT_EQ(128 + SIGKILL,
+            RunScript("mkdir /tmp/usb; echo below >/tmp/usb/kept; mount /dev/block/sda /tmp/usb; "
+                      "echo new >/tmp/usb/new; echo testmode=1 >/dev/cvnvdec; "
+                      ": >/tmp/OMX_MURO_CONFIG; reboot"))
+      << Screen();
+  EXPECT_EQ("new\n", FileText(Board() / "usb/stick/new"));
+  EXPECT_EQ(0, RunScript("cat /tmp/usb/*; mount; cat /dev/cvnvdec; [ ! -e /tmp/OMX_MURO_CONFIG ]"));
+  EXPECT_EQ("below\n", Screen());
+}
+
+TEST_F(BoardTest, NetworkCarriesFilesUntilItIsCut) {
+  if (Sandbox() != "bwrap") GTEST_SKIP() << "a network of its own needs namespaces";
+  ASSERT_EQ(0, RunScript("cd /data; : >empty; head -c 512 /dev/urandom >block; "
+                         "head -c 300000 /dev/urandom >large; for f in empty block large; do "
+                         "tftp -p -l $f 192.0.2.1 || exit 1; done; "
+                         "/vendor/cvn_rootfs/usr/bin/tftp -p -l large -r again tftp.local && "
+                         "/vendor/corvana/busybox tftp -g -r again -l got 127.0.0.1 && "
+                         "cmp got large && tftp -g -r nix 127.0.0.1; [ $? = 1 ] && "
+                         "busybox udhcpc -s script && busybox wget -q -O clip "
+                         "'http://content.local/cross_module_content_v1/[R401]memc.ts'"))
+      << Screen();
+  for (const std::string name : {"empty", "block", "large"})
+    EXPECT_EQ(FileText(OnBoard("/data/" + name)), FileText(Board() / "tftp" / name)) << name;
+  EXPECT_EQ(FileText(OnBoard("/data/clip")),
+            FileText(Board() / "usb/stick/cross_module_content_v1/[R401]memc.ts"));
+  EXPECT_NE(0, RunScript("cvntester </dev/null >/dev/null; cvnsim network down; sleep 0.2; "
+                         "cd /data; busybox udhcpc; tftp -p -l block -r cut 192.0.2.1"));
+  EXPECT_NE(std::string::npos, Screen().find("no lease, failing")) << Screen();
+  EXPECT_NE(std::string::npos, Screen().find("Network is unreachable")) << Screen();
+  EXPECT_FALSE(fs::exists(Board() / "tftp/cut"));
+}
+
 TEST_F(BoardTest, RebootEndsTheSession) {
   EXPECT_EQ(128 + SIGKILL, RunScript("sleep 60 & echo before; reboot; echo never")) << Screen();
   EXPECT_EQ("before\nThe board reboots, this session ends.\n", Screen());

@@ -1,0 +1,80 @@
+// cvnnetwork: what the board's network cable leads to. Gives the board its address and serves TFTP;
+// follows the marks that `cvnsim` leaves in the simulator's directory.
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+
+#include "Address.h"
+#include "TftpServer.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned short kTftpPort = 69;
+
+/// Tells on a descriptor when files of a directory come or go.
+int Watch(const fs::path& directory) {
+  const int watch = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+  if (watch < 0 || inotify_add_watch(watch, directory.c_str(), IN_CREATE | IN_DELETE | IN_MOVE) < 0)
+    throw std::system_error(errno, std::generic_category(), directory.string());
+  return watch;
+}
+
+void ForgetEvents(int watch) {
+  char events[4096];
+  while (read(watch, events, sizeof(events)) > 0) {
+  }
+}
+
+/// Goes on in the background, without the terminal. The caller's process ends here.
+void Detach() {
+  const pid_t child = fork();
+  if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (child > 0) _exit(EXIT_SUCCESS);
+  setsid();
+  const int null = open("/dev/null", O_RDWR);
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(null, descriptor);
+  close(null);
+}
+
+[[noreturn]] void Run(const fs::path& simulator) {
+  fs::create_directories(simulator / "tftp");
+  network::SetAddress(true);
+  network::TftpServer tftp(simulator / "tftp", kTftpPort);
+  const int watch = Watch(simulator);
+  Detach();
+  for (;;) {
+    const bool isUp = !fs::exists(simulator / "network-down");
+    network::SetAddress(isUp);
+    pollfd waited[] = {{tftp.Socket(), POLLIN, 0}, {watch, POLLIN, 0}};
+    poll(waited, std::size(waited), -1);
+    ForgetEvents(watch);
+    if (waited[0].revents == 0) continue;
+    const bool isDown =
+        fs::exists(simulator / "network-down") || fs::exists(simulator / "tftp-down");
+    tftp.Serve(!isDown);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "cvnnetwork: usage: cvnnetwork DIRECTORY\n";
+    return 2;
+  }
+  try {
+    Run(argv[1]);
+  } catch (const std::exception& error) {
+    std::cerr << "cvnnetwork: " << error.what() << '\n';
+    return EXIT_FAILURE;
+  }
+}
