@@ -16,6 +16,7 @@ namespace player {
 namespace {
 
 constexpr AVRational kTick90k = {1, 90000};
+constexpr AVRational kFileTick = {1, AV_TIME_BASE};
 constexpr char kNetworkTimeoutUs[] = "5000000";
 
 /// A pointer that is freed by one of the library's functions, which take its address.
@@ -60,7 +61,7 @@ class Track {
     // Pictures and sound share one start, so that their distance stays.
     start90k_ = input.start_time == AV_NOPTS_VALUE
                     ? 0
-                    : av_rescale_q(input.start_time, AV_TIME_BASE_Q, kTick90k);
+                    : av_rescale_q(input.start_time, kFileTick, kTick90k);
     codec_.reset(avcodec_alloc_context3(decoder));
     if (avcodec_parameters_to_context(codec_.get(), stream_->codecpar) < 0) codec_.reset();
     if (codec_ == nullptr) return;

@@ -3,18 +3,18 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "BoardFixture.h"
+#include "Overview.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using test::Pty;
+using test::StagesNotPassed;
 using Talk = std::vector<std::pair<const char*, const char*>>;
 
 constexpr char kChoice[] = "Please enter a choice : ";
@@ -82,30 +82,6 @@ class VerifyTest : public test::BoardFixture {
   std::string screen_;
 };
 
-/// Words of the summary's rows by stage, such as {"[VDEC]", {"PASS", "599/599", …}}.
-std::map<std::string, std::vector<std::string>> Summary(const std::string& report) {
-  std::istringstream text(report.substr(report.find("-Overview]")));
-  std::map<std::string, std::vector<std::string>> rows;
-  std::string line;
-  while (std::getline(text, line) && !line.empty()) {
-    std::istringstream words(line);
-    std::string stage;
-    words >> stage;
-    if (stage.starts_with('[')) rows[stage] = {std::istream_iterator<std::string>(words), {}};
-  }
-  return rows;
-}
-
-std::vector<std::string> StagesNotPassed(const std::string& report) {
-  std::vector<std::string> stages;
-  const auto rows = Summary(report);
-  EXPECT_EQ(rows.size(), 7U) << report;
-  for (const auto& [stage, words] : rows) {
-    if (words.at(0) != "PASS") stages.push_back(stage);
-  }
-  return stages;
-}
-
 TEST_F(VerifyTest, EqualDumpsPassAndTheReportIsKept) {
   PutDumps("--case 101");
   std::ofstream(OnBoard("/default.prop")) << "ro.bootimage.build.date=today\n"
@@ -134,7 +110,7 @@ TEST_F(VerifyTest, OneWrongChecksumFailsItsStageAtItsFrameAndField) {
       Row(std::string(kHome) + "/golden_data/playback/dump-101-h264-FrtChg-VDEC.txt", "300");
   const std::string values = dump.at(3) + "/" + golden.at(3);
   EXPECT_NE(dump.at(3), golden.at(3));
-  const auto row = Summary(report)["[VDEC]"];
+  const auto row = test::Overview(report)["[VDEC]"];
   EXPECT_EQ(std::vector<std::string>(row.begin() + 2, row.end()),
             (std::vector<std::string>{"1/1", "300", "crc", values}))
       << report;

@@ -241,7 +241,9 @@ BoardLock::~BoardLock() {
 }
 
 std::string StateDirectory() {
-  return statePath.empty() ? "" : std::filesystem::absolute(statePath).parent_path().string();
+  if (statePath.empty()) return "";
+  // A link on the way, such as a board's run/, is not where the file is.
+  return std::filesystem::weakly_canonical(statePath).parent_path().string();
 }
 
 void ResetBoard(Board& board) {

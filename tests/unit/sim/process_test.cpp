@@ -229,18 +229,22 @@ TEST_F(Processes, CvnsimChangesARunningBoard) {
 }
 
 TEST_F(Processes, CvnsimChangesWhatIsAroundTheBoard) {
-  fs::create_directories(board_ + "/dev/block");
+  fs::remove_all(board_ + "/run");
+  fs::create_directories(board_ + "/root/sim");
+  fs::create_directories(board_ + "/root/dev/block");
+  fs::create_directory_symlink("root/sim", board_ + "/run");
   const auto isThere = [&](const char* path) { return fs::exists(board_ + '/' + path); };
   Write("scenario", "stick out\ntftp down\n");
   setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);
   Client("");
-  EXPECT_FALSE(isThere("dev/block/sda1"));
+  EXPECT_FALSE(isThere("root/dev/block/sda1"));
   EXPECT_TRUE(isThere("run/tftp-down"));
   EXPECT_EQ(Cvnsim("stick in").output, "");
   EXPECT_EQ(Cvnsim("network down").output, "");
-  EXPECT_TRUE(isThere("dev/block/sda") && isThere("dev/block/sda1") && isThere("run/network-down"));
+  EXPECT_TRUE(isThere("root/dev/block/sda") && isThere("root/dev/block/sda1") &&
+              isThere("run/network-down"));
   EXPECT_EQ(Cvnsim("reset").output, "");
-  EXPECT_FALSE(isThere("dev/block/sda") || isThere("run/network-down"));
+  EXPECT_FALSE(isThere("root/dev/block/sda") || isThere("run/network-down"));
 }
 
 TEST_F(Processes, CvnsimTellsWhatItCannotDo) {

@@ -1,0 +1,17 @@
+// The overview of a verification report: one row a stage.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace test {
+
+/// Words of the overview's rows by stage, such as {"[VDEC]", {"PASS", "599/599", …}}.
+std::map<std::string, std::vector<std::string>> Overview(const std::string& report);
+
+/// The stages whose verdict is not PASS, in the order of their names; fails the test when the
+/// overview does not have all seven.
+std::vector<std::string> StagesNotPassed(const std::string& report);
+
+}  // namespace test

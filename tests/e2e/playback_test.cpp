@@ -1,0 +1,290 @@
+// Playback tests on the simulated board, from the first choice in the menu to the report that
+// arrives on the USB stick and the TFTP server.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "BoardFixture.h"
+#include "Overview.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Pty;
+using test::StagesNotPassed;
+using Strings = std::vector<std::string>;
+
+constexpr char kChoice[] = "Please enter a choice : ";
+constexpr char kHome[] = "/data/cross_module/";
+constexpr int kRunLimitMs = 60000;
+constexpr int kAllLimitMs = 180000;
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class PlaybackTest : public test::BoardFixture {
+ protected:
+  /// Switches the board on and goes to the playback module's menu.
+  Pty& OpenMenu(const test::BoardOptions& options = {.timeScale = 50}) {
+    Pty& pty = Start(options);
+    for (const char* choice : {"5", "0", "0"}) EXPECT_TRUE(pty.Answer(kChoice, choice));
+    return pty;
+  }
+
+  /// Initialises the environment from the menu; there is no TFTP server until one is set.
+  void Initialise(const test::BoardOptions& options = {}, const std::string& home = kHome) {
+    Pty& pty = OpenMenu(options);
+    EXPECT_TRUE(pty.Answer(kChoice, "0"));
+    EXPECT_EQ(pty.Wait(), 128 + SIGKILL) << pty.Transcript();
+    std::ofstream(OnBoard(home + "config/tftp_ip.cfg")) << "-\n";
+  }
+
+  /// Runs the test case at a position of the list and returns its report.
+  std::string RunCase(Pty& pty, const std::string& position) const {
+    EXPECT_TRUE(pty.Answer(kChoice, "8"));
+    EXPECT_TRUE(pty.Answer("or [100]: ", position));
+    EXPECT_TRUE(pty.Expect("DONE. report:", kRunLimitMs));
+    EXPECT_TRUE(pty.ExpectRegex("(\\S+)\n"));
+    return test::FileText(OnBoard(pty.Groups()[1]));
+  }
+
+  /// Lets the playings from here on show these defects alone.
+  void SetDefect(const std::string& defect) const {
+    EXPECT_EQ(Cvnsim("defect none"), "");
+    EXPECT_EQ(Cvnsim("defect " + defect), "");
+  }
+
+  void SetTftpServer(const std::string& address) const {
+    std::ofstream(OnBoard(kHome + std::string("config/tftp_ip.cfg"))) << address << '\n';
+  }
+
+  /// Reports that arrived in a directory of the board's world, by name.
+  Strings Arrived(const std::string& directory) const {
+    Strings names;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(Board() / directory, ignored))
+      names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+};
+
+constexpr char kStickReports[] = "usb/stick/cross_module_report";
+
+TEST_F(PlaybackTest, FromAnEmptyBoardToAReportThatArrives) {
+  Pty& bare = OpenMenu();
+  EXPECT_TRUE(bare.Answer(kChoice, "8"));
+  EXPECT_TRUE(bare.Answer("or [100]: ", "1"));
+  EXPECT_TRUE(bare.Answer("clean setting)", "tftp.local"));
+  EXPECT_TRUE(bare.Expect("Erro!! Playback Test Environment has not been setuped."));
+  EXPECT_FALSE(fs::exists(OnBoard(kHome)));
+  EXPECT_EQ(test::FileText(OnBoard("/dev/cvnvdec")), "") << "refused before any driver is touched";
+
+  Initialise();
+  EXPECT_TRUE(fs::exists(OnBoard(kHome + std::string("golden_data/playback/free_run_golden/"
+                                                     "dump-604-sdr-hlg-Audio.txt"))));
+  SetTftpServer("192.0.2.1");
+  Pty& pty = OpenMenu();
+  EXPECT_TRUE(pty.Answer(kChoice, "21"));
+  EXPECT_TRUE(pty.Answer("Send Pass Report: ", "1"));
+  const std::string report = RunCase(pty, "1");
+  const std::string name = fs::path(pty.Groups()[1]).filename();
+  EXPECT_EQ(StagesNotPassed(report), Strings());
+  EXPECT_TRUE(pty.Answer(kChoice, "q"));
+  EXPECT_EQ(pty.Wait(), 0);
+  EXPECT_EQ(Arrived(kStickReports), Strings{name});
+  EXPECT_EQ(test::FileText(Board() / kStickReports / name), report);
+  EXPECT_EQ(Arrived("tftp"), Strings{name});
+  EXPECT_EQ(test::FileText(Board() / "tftp" / name), report);
+  EXPECT_EQ(test::FileText(OnBoard("/dev/cvnvdec")), "testmode=0\n");
+}
+
+TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
+  const struct {
+    const char* defect;
+    const char* stage;
+    Strings firstError;  // frame and field, as the stage's row shows them
+    Strings stages;      // all that fail, by name
+  } kCases[] = {
+      {"vdec corrupt 300", "[VDEC]", {"300", "crc"}, {"[Scaler]", "[VDEC]", "[VO]"}},
+      {"omxin drop 200",
+       "[OMXIN]",
+       {"200", "frame_no"},
+       {"[DVO]", "[OMXIN]", "[OMXOUT]", "[Scaler]", "[VDEC]", "[VO]"}},
+      {"omxout reorder 250",
+       "[OMXOUT]",
+       {"250", "frame_no"},
+       {"[DVO]", "[OMXOUT]", "[Scaler]", "[VO]"}},
+      {"dvo repeat 200", "[DVO]", {"201", "frame_no"}, {"[DVO]", "[Scaler]", "[VO]"}},
+      {"vo drop 300 2", "[VO]", {"300", "frame_no"}, {"[Scaler]", "[VO]"}},
+      {"scaler corrupt 400 5", "[Scaler]", {"400", "crc_vgip"}, {"[Scaler]"}},
+      {"audio corrupt 200", "[Audio]", {"200", "pcm_data_crc"}, {"[Audio]"}},
+      {"audio drop 200", "[Audio]", {"-", "-"}, {"[Audio]"}},
+      {"omxin change 200 input_flags", "[OMXIN]", {"200", "input_flags"}, {"[OMXIN]"}},
+      {"dvo change 200 frame_rate=1", "[DVO]", {"200", "frame_rate"}, {"[DVO]"}},
+      {"vo change 200 width=1", "[VO]", {"200", "width"}, {"[VO]"}},
+      {"vdec truncate 300", "[VDEC]", {"300", "hdrInfo"}, {"[VDEC]"}},
+      {"omxout truncate 300", "[OMXOUT]", {"300", "hdrInfo"}, {"[OMXOUT]"}},
+      {"scaler nothing", "[Scaler]", {"-", "-"}, {"[Scaler]"}},
+      {"vdec late 0 50", "[VDEC]", {"-", "-"}, {}},  // no clock is compared
+  };
+  Initialise();
+  Pty& pty = OpenMenu();
+  for (const auto& expected : kCases) {
+    SetDefect(expected.defect);
+    const std::string report = RunCase(pty, "1");
+    EXPECT_EQ(StagesNotPassed(report), expected.stages) << expected.defect;
+    const Strings row = test::Overview(report)[expected.stage];
+    ASSERT_GE(row.size(), 5U) << report;
+    EXPECT_EQ(Strings(row.begin() + 3, row.begin() + 5), expected.firstError) << expected.defect;
+  }
+  EXPECT_EQ(Cvnsim("defect none"), "");
+  EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << "nothing of them stays";
+}
+
+TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
+  const struct {
+    const char* defect;
+    const char* verdict;
+  } kCases[] = {
+      {"none", " 0ms "},
+      {"audio late 0 20", "+20ms "},
+      {"audio late 0 21", "FAIL(+1ms)"},
+      {"audio early 0 30", " -30ms "},
+      {"audio early 0 31", "FAIL: (-1ms)"},
+      {"vdec late 0 50", "FAIL: (-20ms)"},
+  };
+  Initialise();
+  Pty& pty = OpenMenu();
+  for (const auto& expected : kCases) {
+    SetDefect(expected.defect);
+    EXPECT_EQ(StagesNotPassed(RunCase(pty, "8")), Strings()) << "checksums do not tell";
+    EXPECT_TRUE(pty.Expect(" *AV sync tolerance:"));
+    const bool fails = Contains(expected.verdict, "FAIL");
+    EXPECT_TRUE(Contains(pty.Before(), expected.verdict)) << expected.defect << pty.Before();
+    EXPECT_EQ(Contains(pty.Before(), "FAIL"), fails) << pty.Before();
+    EXPECT_EQ(Contains(pty.Before(), "PASS"), !fails) << "all ten flashes are alike";
+    EXPECT_TRUE(Contains(pty.Before(), "  10")) << pty.Before();
+  }
+}
+
+TEST_F(PlaybackTest, WithoutStickOrContentNothingIsPlayed) {
+  Initialise();
+  fs::remove(Board() / "usb/stick/cross_module_content_v1/[R102]h264-ResChg.ts");
+  Pty& pty = OpenMenu();
+  EXPECT_TRUE(pty.Answer(kChoice, "8"));
+  EXPECT_TRUE(pty.Answer("or [100]: ", "2"));
+  EXPECT_TRUE(pty.Expect(
+      "ERROR: content not exist: /tmp/usb/cross_module_content_v1/[R102]h264-ResChg.ts"));
+  EXPECT_TRUE(pty.Expect(kChoice));
+  EXPECT_EQ(Cvnsim("stick out"), "");
+  std::ofstream(OnBoard("/dev/cvnvdec")) << "untouched\n";
+  pty.SendLine("8");
+  EXPECT_TRUE(pty.Answer("or [100]: ", "1"));
+  EXPECT_TRUE(pty.Expect("error! Can not found usb on this device"));
+  EXPECT_TRUE(pty.Expect("STOP test"));
+  EXPECT_TRUE(pty.Expect(kChoice));
+  EXPECT_FALSE(Contains(pty.Before(), "Excute command"));
+  EXPECT_EQ(test::FileText(OnBoard("/dev/cvnvdec")), "untouched\n");
+}
+
+TEST_F(PlaybackTest, ContentComesOverTheNetworkWhileThereIsOne) {
+  if (Sandbox() != "bwrap") GTEST_SKIP() << "a network of its own needs namespaces";
+  Initialise();
+  Pty& pty = OpenMenu();
+  EXPECT_TRUE(pty.Answer(kChoice, "18"));
+  EXPECT_TRUE(pty.Answer("(3)HTTP in HQ: ", "3"));
+  fs::remove_all(Board() / "usb/stick/cross_module_content_v1");
+  EXPECT_EQ(StagesNotPassed(RunCase(pty, "3")), Strings()) << pty.Transcript();
+  EXPECT_TRUE(Contains(pty.Transcript(),
+                       "-pu http://content.local/cross_module_content_v1/[R201]hevc-FrtChg.mp4"));
+  EXPECT_EQ(Cvnsim("network down"), "");
+  EXPECT_EQ(StagesNotPassed(RunCase(pty, "3")).size(), 7U);
+  EXPECT_TRUE(Contains(pty.Transcript(), "Network is unreachable"));
+}
+
+TEST_F(PlaybackTest, ReportReachesTheStickWhenTheServerIsDown) {
+  if (Sandbox() != "bwrap") GTEST_SKIP() << "a network of its own needs namespaces";
+  Initialise();
+  SetTftpServer("tftp.local");
+  Pty& pty = OpenMenu({.scenario = "tftp down\ndefect vo corrupt 200\n", .timeScale = 50});
+  RunCase(pty, "1");
+  const std::string name = fs::path(pty.Groups()[1]).filename();
+  EXPECT_TRUE(pty.Expect("tftp: timeout", kRunLimitMs));
+  EXPECT_TRUE(pty.Expect(kChoice));
+  EXPECT_EQ(Arrived(kStickReports), Strings{name});
+  EXPECT_EQ(Arrived("tftp"), Strings());
+}
+
+TEST_F(PlaybackTest, FullDiskCutsEveryDump) {
+  Initialise();
+  Pty& pty = OpenMenu({.scenario = "disk full\n", .timeScale = 50});
+  EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")).size(), 7U);
+  EXPECT_TRUE(Contains(pty.Transcript(), "No space left on device"));
+}
+
+TEST_F(PlaybackTest, CustomizedListRunsItsRounds) {
+  Initialise();
+  // Only the first of the two is that long.
+  Pty& pty = OpenMenu({.scenario = "defect vdec corrupt 400\n", .timeScale = 50});
+  EXPECT_TRUE(pty.Answer(kChoice, "1"));
+  EXPECT_TRUE(pty.Answer("empty: keep): ", "1, 2 77"));
+  EXPECT_TRUE(pty.Expect("no test case 77, skipped"));
+  EXPECT_TRUE(pty.Answer("number of rounds: ", "2"));
+  for (const std::string round : {"Round 1/2", "Round 2/2"}) {
+    EXPECT_TRUE(pty.Expect(round + ", case 2/2: 102-h264-ResChg, 00:00:0", kRunLimitMs));
+    EXPECT_TRUE(pty.Expect(round + ": 1 of 2 passed", kRunLimitMs));
+    EXPECT_TRUE(pty.Expect(", not passed: 101-h264-FrtChg\n"));
+  }
+  EXPECT_TRUE(pty.Expect("passed 0 of 2\n"));
+  EXPECT_TRUE(pty.Expect("passed 2 of 2\n"));
+  EXPECT_TRUE(pty.Expect(kChoice));
+}
+
+TEST_F(PlaybackTest, AllCasesPassInOneRun) {
+  Initialise();
+  Pty& pty = OpenMenu();
+  EXPECT_TRUE(pty.Answer(kChoice, "25"));
+  EXPECT_TRUE(pty.Expect("Round 1/1: 12 of 12 passed", kAllLimitMs));
+  EXPECT_TRUE(pty.Expect(kChoice));
+}
+
+TEST_F(PlaybackTest, EveryOperatingSystemPlaysFromItsSources) {
+  struct Board {
+    const char* os;
+    const char* home;
+  };
+  for (const Board& board :
+       {Board{"sorvex", "/home/cross_module/"}, Board{"pelxos", "/nvram/data/cross_module/"}}) {
+    const test::BoardOptions options{.launcher = {"--os", board.os, "--fresh"}, .timeScale = 50};
+    Initialise(options, board.home);
+    std::ofstream(OnBoard("/tmp/enableDebugMode"));  // one of them dumps on request only
+    Pty& pty = OpenMenu({.launcher = {"--os", board.os}, .timeScale = 50});
+    EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << board.os;
+    EXPECT_TRUE(pty.Answer(kChoice, "18"));
+    EXPECT_TRUE(pty.Answer("(3)HTTP in HQ: ", "2"));
+    EXPECT_EQ(StagesNotPassed(RunCase(pty, "9")), Strings()) << board.os;
+    EXPECT_TRUE(fs::exists(OnBoard(board.home + std::string("cross_module_content_v1"))));
+  }
+}
+
+TEST_F(PlaybackTest, FreeRunHasGoldenDataOfItsOwn) {
+  Initialise();
+  Pty& pty = OpenMenu();
+  EXPECT_TRUE(pty.Answer(kChoice, "19"));
+  EXPECT_TRUE(pty.Answer("[1]FreeRun: ", "1"));
+  EXPECT_EQ(StagesNotPassed(RunCase(pty, "7")), Strings());
+  // The display then runs otherwise than the golden data of this mode.
+  EXPECT_NE(
+      test::FileText(OnBoard("/tmp/cross_module/dump_vo.txt")),
+      test::FileText(OnBoard(kHome + std::string("golden_data/playback/dump-401-memc-VO.txt"))));
+}
+
+}  // namespace
