@@ -178,7 +178,7 @@ TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
 TEST_F(PlaybackTest, WithoutStickOrContentNothingIsPlayed) {
   Initialise();
   fs::remove(Board() / "usb/stick/cross_module_content_v1/[R102]h264-ResChg.ts");
-  Pty& pty = OpenMenu();
+  Pty& pty = OpenMenu({.timeScale = 5});
   EXPECT_TRUE(pty.Answer(kChoice, "8"));
   EXPECT_TRUE(pty.Answer("or [100]: ", "2"));
   EXPECT_TRUE(pty.Expect(
@@ -193,6 +193,12 @@ TEST_F(PlaybackTest, WithoutStickOrContentNothingIsPlayed) {
   EXPECT_TRUE(pty.Expect(kChoice));
   EXPECT_FALSE(Contains(pty.Before(), "Excute command"));
   EXPECT_EQ(test::FileText(OnBoard("/dev/cvnvdec")), "untouched\n");
+  if (Sandbox() != "bwrap") return;
+  EXPECT_EQ(Cvnsim("after 3 s stick in"), "");
+  pty.SendLine("8");
+  EXPECT_TRUE(pty.Answer("or [100]: ", "1"));
+  EXPECT_TRUE(pty.Expect("waiting for /dev/block/sda"));
+  EXPECT_TRUE(pty.Expect("Played ")) << "a stick that comes while the board waits is taken";
 }
 
 TEST_F(PlaybackTest, ContentComesOverTheNetworkWhileThereIsOne) {

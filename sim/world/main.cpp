@@ -1,24 +1,31 @@
-// cvnnetwork: what the board's network cable leads to. Gives the board its address and serves TFTP;
-// follows the marks that `cvnsim` leaves in the simulator's directory.
+// cvnworld: what goes on around a running board. Its network cable leads to a TFTP server and has
+// the state that the marks in the simulator's directory tell; events that are due happen though
+// nobody calls the HAL.
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <system_error>
+#include <utility>
 
 #include "Address.h"
 #include "TftpServer.h"
+#include "core/SharedBoard.h"
+#include "core/Trace.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 constexpr unsigned short kTftpPort = 69;
+constexpr int kTickMs = 100;
 
 /// Tells on a descriptor when files of a directory come or go.
 int Watch(const fs::path& directory) {
@@ -45,17 +52,43 @@ void Detach() {
   close(null);
 }
 
+/// Lets events of the board happen, once a program has started it.
+class Time {
+ public:
+  explicit Time(fs::path state) : state_(std::move(state)) {}
+
+  void Tick() {
+    if (!attached_ && !Attach()) return;
+    const sim::BoardLock board;  // does what is due
+  }
+
+ private:
+  bool Attach() try {
+    if (!fs::exists(state_)) return false;
+    sim::Attach(state_);
+    sim::OpenTraceFile();
+    return attached_ = true;
+  } catch (const std::exception&) {
+    return false;  // the board is just being started
+  }
+
+  const fs::path state_;
+  bool attached_ = false;
+};
+
 [[noreturn]] void Run(const fs::path& simulator) {
   fs::create_directories(simulator / "tftp");
   network::SetAddress(true);
   network::TftpServer tftp(simulator / "tftp", kTftpPort);
   const int watch = Watch(simulator);
+  Time time(simulator / "state");
   Detach();
   for (;;) {
     const bool isUp = !fs::exists(simulator / "network-down");
     network::SetAddress(isUp);
     pollfd waited[] = {{tftp.Socket(), POLLIN, 0}, {watch, POLLIN, 0}};
-    poll(waited, std::size(waited), -1);
+    poll(waited, std::size(waited), kTickMs);
+    time.Tick();
     ForgetEvents(watch);
     if (waited[0].revents == 0) continue;
     const bool isDown =
@@ -68,13 +101,13 @@ void Detach() {
 
 int main(int argc, char** argv) {
   if (argc != 2) {
-    std::cerr << "cvnnetwork: usage: cvnnetwork DIRECTORY\n";
+    std::cerr << "cvnworld: usage: cvnworld DIRECTORY\n";
     return 2;
   }
   try {
     Run(argv[1]);
   } catch (const std::exception& error) {
-    std::cerr << "cvnnetwork: " << error.what() << '\n';
+    std::cerr << "cvnworld: " << error.what() << '\n';
     return EXIT_FAILURE;
   }
 }
