@@ -47,5 +47,7 @@ scenario_option=()
 [[ -z $scenario ]] || scenario_option=(--scenario "$scenario")
 echo "Board files: $board"
 echo "Reports:     $board/root/tmp/var/log"
+echo "USB stick:   $board/usb/stick"
+echo "TFTP server: $board/tftp"
 exec "$here/sim/board/board-run" --board "$board" --bin "$here/build/release" --os "$os" \
   "${fresh_option[@]}" "${scenario_option[@]}" -- cvntester "$@"

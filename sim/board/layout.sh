@@ -106,6 +106,8 @@ InstallMedia() {
   [[ -f $media/stamp ]] || return 0
   ! cmp -s "$media/stamp" "$sim/media-stamp" || return 0
   mkdir -p "$content"
+  [[ ! -f $sim/media-stamp ]] ||
+    echo 'The media files are new: restore the golden data (playback menu, 10)' >&2
   cp "$media"/www/cross_module_content_v1/* "$content"
   cp "$media"/vendor/* "$root/vendor/corvana"
   cp "$media/stamp" "$sim/media-stamp"

@@ -172,8 +172,8 @@ TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
     const bool fails = Contains(expected.verdict, "FAIL");
     EXPECT_TRUE(Contains(pty.Before(), expected.verdict)) << expected.defect << pty.Before();
     EXPECT_EQ(Contains(pty.Before(), "FAIL"), fails) << pty.Before();
-    EXPECT_EQ(Contains(pty.Before(), "PASS"), !fails) << "all ten flashes are alike";
-    EXPECT_TRUE(Contains(pty.Before(), "  10")) << pty.Before();
+    EXPECT_EQ(Contains(pty.Before(), "PASS"), !fails) << "all flashes are alike";
+    EXPECT_TRUE(Contains(pty.Before(), "| frame     237")) << pty.Before();
   }
 }
 
