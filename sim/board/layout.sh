@@ -62,6 +62,8 @@ MakeRoot() {
   LinkProc "$new/proc"
   printf 'root:x:0:0:root:/:/bin/sh\nnobody:x:65534:65534:nobody:/:/bin/false\n' >"$new/etc/passwd"
   printf 'root:x:0:\nnogroup:x:65534:\n' >"$new/etc/group"
+  printf 'ro.bootimage.build.%s\n' 'fingerprint=cvn/simboard/simboard:9/SIM1/1:userdebug/test-keys' \
+    'date=Thu Jan  1 00:00:00 UTC 2026' >"$new/default.prop"
   mv "$new" "$board/root"
 }
 
