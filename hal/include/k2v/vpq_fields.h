@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <span>
 #include <type_traits>
@@ -68,23 +69,35 @@ constexpr std::span<const RecordField> FieldsOf(const T*) {
   return RecordFields<T>::table;
 }
 
+/// Calls `use` with a number of the field's type.
+template <typename Use>
+auto WithTypeOf(const RecordField& field, Use use) {
+  switch (field.width) {
+    case 1:
+      return field.isSigned ? use(int8_t{}) : use(uint8_t{});
+    case 2:
+      return field.isSigned ? use(int16_t{}) : use(uint16_t{});
+    default:
+      return field.isSigned ? use(int32_t{}) : use(uint32_t{});
+  }
+}
+
 /// Reads element `i` of a field.
 inline long GetField(const void* record, const RecordField& field, std::size_t i = 0) {
-  const auto* const at =
-      static_cast<const unsigned char*>(record) + field.offset + i * field.stride;
-  unsigned long value = 0;
-  for (std::size_t byte = field.width; byte-- > 0;) value = value << 8 | at[byte];
-  const unsigned long sign = 1UL << (8 * field.width - 1);
-  if (!field.isSigned || (value & sign) == 0) return static_cast<long>(value);
-  return static_cast<long>(value) - static_cast<long>(2 * sign);
+  const auto* const at = static_cast<const char*>(record) + field.offset + i * field.stride;
+  return WithTypeOf(field, [at](auto number) {
+    std::memcpy(&number, at, sizeof number);
+    return static_cast<long>(number);
+  });
 }
 
 /// Writes element `i` of a field, cut to the field's width.
 inline void SetField(void* record, const RecordField& field, long value, std::size_t i = 0) {
-  auto* const at = static_cast<unsigned char*>(record) + field.offset + i * field.stride;
-  for (std::size_t byte = 0; byte < field.width; ++byte) {
-    at[byte] = static_cast<unsigned char>(static_cast<unsigned long>(value) >> (8 * byte));
-  }
+  auto* const at = static_cast<char*>(record) + field.offset + i * field.stride;
+  WithTypeOf(field, [at, value](auto number) {
+    number = static_cast<decltype(number)>(value);
+    std::memcpy(at, &number, sizeof number);
+  });
 }
 
 }  // namespace k2v

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
+#include <string_view>
 
 #include "ConsoleInput.h"
 
@@ -16,14 +16,15 @@ constexpr int kWholeRamp = 100;  // percent
 constexpr int kMaxChoices = 15;  // a field of no more values starts at its smallest one
 
 // A letter stands below its digit on the keyboard, but for 'q', which leaves.
-constexpr char kUpKeys[] = "0123456789";
-constexpr char kDownKeys[] = "pawertyuio";
+constexpr std::string_view kUpKeys = "0123456789";
+constexpr std::string_view kDownKeys = "pawertyuio";
+constexpr std::string_view kAllKeys = "><?.,/";
 
 std::span<Adjustable> WithKeys(std::span<Adjustable> numbers) {
-  return numbers.first(std::min(numbers.size(), std::strlen(kUpKeys)));
+  return numbers.first(std::min(numbers.size(), kUpKeys.size()));
 }
 
-void PrintKeys(const char* keys, const char* verb, std::span<const Adjustable> numbers) {
+void PrintKeys(std::string_view keys, const char* verb, std::span<const Adjustable> numbers) {
   std::printf("Enter");
   for (std::size_t i = 0; i < numbers.size(); ++i) std::printf(" '%c'", keys[i]);
   std::printf(" to %s", verb);
@@ -47,9 +48,9 @@ void StepBy(Adjustable& number, int steps) {
   Set(number, number.value + steps * std::max(1, (number.max - number.min) / kStepsOfRange));
 }
 
-/// Place of `key` in `keys`, or `count` when it has none below that.
-std::size_t PlaceOf(char key, const char* keys, std::size_t count) {
-  return static_cast<std::size_t>(std::find(keys, keys + count, key) - keys);
+/// Place of `key` among the first `count` keys, or `count`.
+std::size_t PlaceOf(char key, std::string_view keys, std::size_t count) {
+  return std::min(keys.find(key), count);
 }
 
 int RandomOf(const Adjustable& number) {
@@ -59,7 +60,7 @@ int RandomOf(const Adjustable& number) {
 
 /// Sets all numbers at once, where the key does that.
 bool SetAll(char key, std::span<Adjustable> numbers) {
-  if (std::strchr("><?.,/", key) == nullptr || key == '\0') return false;
+  if (kAllKeys.find(key) == std::string_view::npos) return false;
   for (Adjustable& number : numbers) {
     if (key == '>' || key == '.') {
       Set(number, number.max);

@@ -219,9 +219,10 @@ using namespace sim;
   int K2V_RHAL_##function(int32_t* value) {                            \
     return Call(__func__, TellValue<VpqValue::k##setter>, Out{value}); \
   }
-#define VPQ_RECORD(function, type)                                          \
-  int K2V_RHAL_##function(type* record) {                                   \
-    return Call(__func__, KeepRecord<&VpqRecords::function, type>, record); \
+#define VPQ_RECORD(function, type)                                                           \
+  int K2V_RHAL_##function(decltype(VpqRecords::function)* record) {                          \
+    return Call(__func__, KeepRecord<&VpqRecords::function, decltype(VpqRecords::function)>, \
+                record);                                                                     \
   }
 #define VPQ_RECORD_OF(function, setter)                                                  \
   int K2V_RHAL_##function(decltype(VpqRecords::setter)* record) {                        \
@@ -232,8 +233,8 @@ using namespace sim;
   int K2V_RHAL_##function(char* text) {                                   \
     const auto tell = [](Board&, char* buffer) {                          \
       if (buffer == nullptr) return static_cast<int>(K2V_RHAL_ERR_PARAM); \
-      static_assert(sizeof content <= K2V_VPQ_TEXT_BYTES);                \
-      std::memcpy(buffer, content, sizeof content);                       \
+      static_assert(sizeof(content) <= K2V_VPQ_TEXT_BYTES);               \
+      std::memcpy(buffer, (content), sizeof(content));                    \
       return static_cast<int>(K2V_RHAL_OK);                               \
     };                                                                    \
     return Call(__func__, tell, TextOut{text});                           \

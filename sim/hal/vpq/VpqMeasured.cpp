@@ -23,7 +23,7 @@ K2V_VPQ_HISTOGRAM_T Measure(const Board& board) {
   const Frame frame(window, picture);
   K2V_VPQ_HISTOGRAM_T result{};
   result.nMinimum = 1023;
-  uint64_t sum = 0, count = 0;
+  uint64_t sum = 0;
   for (uint32_t y = 0; y < picture.height; y += kSampleStep) {
     for (uint32_t x = 0; x < picture.width; x += kSampleStep) {
       const auto luma = std::min<uint16_t>(frame.At(x, y).y, 1023);
@@ -31,10 +31,11 @@ K2V_VPQ_HISTOGRAM_T Measure(const Board& board) {
       result.nMaximum = std::max(result.nMaximum, luma);
       result.nBin[luma / kLumaStepsPerBin] += kSampleStep * kSampleStep;
       sum += luma;
-      ++count;
     }
   }
-  result.nAverage = static_cast<uint16_t>(sum / count);
+  const uint32_t rows = (picture.height + kSampleStep - 1) / kSampleStep;
+  const uint32_t columns = (picture.width + kSampleStep - 1) / kSampleStep;
+  result.nAverage = static_cast<uint16_t>(sum / std::max(rows * columns, 1U));
   return result;
 }
 
