@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds and runs all tests; installs first what is missing.
 set -euo pipefail
-usage='usage: test.sh [--quick] [--approve] [--help] [-R REGEX]'
+usage='usage: test.sh [--quick] [--approve] [--fuzz [SECONDS]] [--help] [-R REGEX]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 
@@ -10,6 +10,8 @@ Help() {
 $usage
   --quick    only the release build, not the one with sanitizers
   --approve  write the expected texts in tests/expected anew from what the tests see now
+  --fuzz [SECONDS]
+             feed broken files to everything that reads files, SECONDS each (default 60)
   -R REGEX   only tests whose name matches
 TEXT
 }
@@ -83,8 +85,25 @@ Approve() {
   echo 'Now look at what changed: git diff tests/expected'
 }
 
+# Fuzz SECONDS: what a fuzzer finds stays in build/fuzz/findings; a finding ends the run.
+Fuzz() {
+  local fuzzer name
+  Configure fuzz
+  Build fuzz fuzzers
+  mkdir -p build/fuzz/findings
+  for fuzzer in build/fuzz/bin/fuzz_*; do
+    name=${fuzzer##*/fuzz_}
+    mkdir -p "build/fuzz/corpus/$name"
+    echo "== fuzzing $name, $1 s"
+    RunQuietly "fuzzing $name" "$fuzzer" -max_total_time="$1" -timeout=10 -max_len=8192 \
+      -artifact_prefix="build/fuzz/findings/$name-" "build/fuzz/corpus/$name" "tests/fuzz/corpus/$name"
+  done
+  echo 'Nothing found'
+}
+
 OpenClosedDescriptors
 presets=(release debug)
+fuzz_seconds=
 approve=0
 ctest_failed=0
 selection=()
@@ -96,6 +115,13 @@ while (($#)); do
       ;;
     --quick) presets=(release) ;;
     --approve) approve=1 ;;
+    --fuzz)
+      fuzz_seconds=60
+      if [[ ${2-} =~ ^[1-9][0-9]*$ ]]; then
+        fuzz_seconds=$2
+        shift
+      fi
+      ;;
     -R)
       (($# > 1)) || Die 2 "-R needs a value; $usage"
       selection=(-R "$2")
@@ -110,6 +136,10 @@ NeedPackages "${run_packages[@]}" "${test_packages[@]}"
 cd "$here"
 if ((approve)); then
   Approve
+  exit
+fi
+if [[ -n $fuzz_seconds ]]; then
+  Fuzz "$fuzz_seconds"
   exit
 fi
 for preset in "${presets[@]}"; do

@@ -4,3 +4,9 @@ if(CVN_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
+
+# Coverage for libFuzzer, which only the fuzzers themselves link.
+option(CVN_BUILD_FUZZERS "Build the fuzzers; needs clang" OFF)
+if(CVN_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

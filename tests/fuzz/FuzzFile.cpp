@@ -1,0 +1,49 @@
+#include "FuzzFile.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+namespace fuzz {
+namespace {
+
+void Require(bool succeeded, const char* what) {
+  if (succeeded) return;
+  std::perror(what);
+  std::abort();
+}
+
+}  // namespace
+
+MemoryFile::MemoryFile(std::string_view bytes)
+    : file_(memfd_create("fuzz", MFD_CLOEXEC)), path_("/proc/self/fd/" + std::to_string(file_)) {
+  Require(file_ >= 0, "memfd_create");
+  Require(write(file_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()), "write");
+}
+
+MemoryFile::~MemoryFile() {
+  close(file_);
+}
+
+std::string NewDirectory() {
+  struct stat status {};
+  std::string name = stat("/dev/shm", &status) == 0 ? "/dev/shm/fuzz-XXXXXX" : "/tmp/fuzz-XXXXXX";
+  Require(mkdtemp(name.data()) != nullptr, "mkdtemp");
+  return name;
+}
+
+void WriteFile(const std::string& path, std::string_view bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+void BeQuiet() {
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  Require(nowhere >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0, "/dev/null");
+}
+
+}  // namespace fuzz

@@ -1,0 +1,34 @@
+// What fuzzers share: files that live in memory, and quiet.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace fuzz {
+
+/// A file with the given bytes; it is gone with the object.
+class MemoryFile {
+ public:
+  explicit MemoryFile(std::string_view bytes);
+  ~MemoryFile();
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  /// A path by which the file can be opened as often as wanted.
+  const std::string& Path() const { return path_; }
+
+ private:
+  int file_;
+  std::string path_;
+};
+
+/// A new directory below /dev/shm or, where that is not there, the temporary directory; it stays.
+std::string NewDirectory();
+
+/// Writes a whole file.
+void WriteFile(const std::string& path, std::string_view bytes);
+
+/// Sends what the program prints nowhere; libFuzzer itself writes to standard error.
+void BeQuiet();
+
+}  // namespace fuzz

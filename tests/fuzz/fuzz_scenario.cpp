@@ -1,0 +1,24 @@
+// Scenarios of the simulated board: every line is done or refused with one line of text.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "core/Areas.h"
+#include "core/Command.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  static const auto kBoard = std::make_unique<sim::Board>();
+  std::istringstream lines(std::string(reinterpret_cast<const char*>(data), size));
+  for (std::string line; std::getline(lines, line);) {
+    try {
+      sim::Apply(*kBoard, line);
+    } catch (const sim::CommandError& error) {
+      if (std::string(error.what()).find('\n') != std::string::npos) std::abort();
+    }
+  }
+  sim::Describe(*kBoard);
+  return 0;
+}
