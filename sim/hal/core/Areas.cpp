@@ -6,8 +6,9 @@ namespace sim {
 
 std::span<const Area* const> Areas() {
   static constexpr const Area* kAreas[] = {
-      &kHdmiArea,     &kVby1Area, &kScalerArea, &kDisplayArea, &kFormatter3dArea, &kTransmitterArea,
-      &kGraphicsArea, &kVpqArea,  &kHdcp2Area,  &kMediaArea,   &kFailureArea,     &kEventArea,
+      &kHdmiArea,        &kVby1Area,     &kScalerArea, &kDisplayArea, &kFormatter3dArea,
+      &kTransmitterArea, &kGraphicsArea, &kVpqArea,    &kHdcp2Area,   &kDeviceArea,
+      &kThermalArea,     &kLinkArea,     &kMediaArea,  &kFailureArea, &kEventArea,
   };
   return kAreas;
 }

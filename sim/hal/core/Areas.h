@@ -24,6 +24,9 @@ extern const Area kGraphicsArea;
 extern const Area kVpqArea;
 extern const Area kHdcp2Area;
 extern const Area kMediaArea;
+extern const Area kDeviceArea;
+extern const Area kThermalArea;
+extern const Area kLinkArea;
 extern const Area kFailureArea;
 extern const Area kEventArea;
 

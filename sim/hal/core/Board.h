@@ -187,6 +187,52 @@ struct Media {
   bool diskFull;
 };
 
+/// The clock that is trimmed to the transmitter's, and its registers. Its time is that of
+/// CLOCK_MONOTONIC since the power-on: programs measure it by their own clock, which is not scaled.
+struct BroadcastClock {
+  int64_t baseNs;    // when the step changed last …
+  double baseTicks;  // … and how far the counter was then, in ticks of 90 kHz
+  int32_t step;      // of the speed
+  uint32_t speedRegister;
+  uint32_t latchedCount;
+  uint32_t address;  // of the register that is read next
+};
+
+constexpr int kNominalDegrees = 45;
+constexpr uint32_t kNominalPeriodMs = 2000;
+
+/// Temperature sensor; all zero is a board at rest.
+struct Thermal {
+  int32_t degreesOverNominal;
+  uint32_t settings;  // counts the temperatures that were set
+  uint32_t periodMs;  // 0: kNominalPeriodMs; kForEver: tells changes only
+};
+
+struct Device {
+  int32_t notReady;    // code
+  int32_t notHealthy;  // code
+  BroadcastClock broadcast;
+  Thermal thermal;
+};
+
+/// An open session of the link; free when `id` is 0.
+struct LinkSession {
+  uint32_t id;
+  uint32_t classId;
+  int32_t process;
+};
+
+constexpr unsigned kLinkSessionCount = 32;
+
+struct Link {
+  uint32_t lastSession;  // id
+  uint32_t lastBuffer;   // handle
+  bool silent;           // the slave never answers
+  bool wrong;            // the slave's data are wrong in one bit
+  bool full;             // nothing can be put into a ring buffer
+  LinkSession sessions[kLinkSessionCount];
+};
+
 struct Board {
   Clock clock;
   FailureTable failures;
@@ -201,6 +247,8 @@ struct Board {
   Vpq vpq;
   Hdcp2 hdcp2;
   Media media;
+  Device device;
+  Link link;
 };
 static_assert(std::is_trivially_copyable_v<Board> && std::is_trivial_v<Board>);
 

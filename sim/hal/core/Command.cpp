@@ -99,4 +99,9 @@ double ParseDecimal(const std::string& word, const std::string& what, double min
   return ParseAs<double>(word, what, min, max);
 }
 
+bool ParseChoice(const std::string& word, const char* yes, const char* no) {
+  if (word != yes && word != no) Refuse(word, "is no choice", std::string(yes) + ", " + no);
+  return word == yes;
+}
+
 }  // namespace sim

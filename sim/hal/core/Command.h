@@ -61,4 +61,7 @@ std::string CommandHelp();
 int64_t ParseNumber(const std::string& word, const std::string& what, int64_t min, int64_t max);
 double ParseDecimal(const std::string& word, const std::string& what, double min, double max);
 
+/// Reads one of two words: true for `yes`, false for `no`. Throws CommandError for any other.
+bool ParseChoice(const std::string& word, const char* yes, const char* no);
+
 }  // namespace sim

@@ -15,11 +15,6 @@ bool IsTimed(const Event& event) {
   return event.command[0] != '\0' && event.pollsLeft == 0;
 }
 
-int64_t SimulatedMs(const Clock& clock) {
-  const auto elapsedNs = static_cast<double>(MonotonicNs() - clock.powerOnNs);
-  return std::llround(elapsedNs * clock.timeScale / 1e6);
-}
-
 void Run(Board& board, Event& event) {
   const std::string command = event.command;
   event = {};  // its place is free again, also for what the command may program
@@ -107,6 +102,11 @@ int64_t MonotonicNs() {
   timespec now = {};
   clock_gettime(CLOCK_MONOTONIC, &now);
   return int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
+int64_t SimulatedMs(const Clock& clock) {
+  const auto elapsedNs = static_cast<double>(MonotonicNs() - clock.powerOnNs);
+  return std::llround(elapsedNs * clock.timeScale / 1e6);
 }
 
 void RunDueEvents(Board& board) {

@@ -10,6 +10,9 @@ namespace sim {
 /// CLOCK_MONOTONIC in nanoseconds.
 int64_t MonotonicNs();
 
+/// Simulated time since the power-on.
+int64_t SimulatedMs(const Clock& clock);
+
 /// Does what is due by the clock, in the order of its times.
 void RunDueEvents(Board& board);
 

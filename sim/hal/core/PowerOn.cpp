@@ -6,6 +6,7 @@
 
 #include "core/SharedBoard.h"
 #include "core/Trace.h"
+#include "device/BroadcastClock.h"
 
 namespace sim {
 namespace {
@@ -14,6 +15,7 @@ __attribute__((constructor)) void StartWithTheProcess() {
   try {
     OpenTraceFile();
     PowerOn();
+    ServeRegisterFile();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "simulated board: %s\n", error.what());
     _exit(2);

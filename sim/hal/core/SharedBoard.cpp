@@ -215,6 +215,12 @@ Board& LockedBoard() {
   return shared->board;
 }
 
+// A thread of the library may be inside of a call while another one forks: it finishes first, so
+// that the child finds the call's memory whole. The lock itself stays with the parent.
+void FinishCallsBeforeForks() {
+  pthread_atfork([] { LockedBoard(); }, [] { pthread_mutex_unlock(&shared->mutex); }, nullptr);
+}
+
 }  // namespace
 
 void PowerOn() {
@@ -225,6 +231,7 @@ void PowerOn() {
   } else {
     Start(*MapAnonymously());
   }
+  FinishCallsBeforeForks();
 }
 
 void Attach(const std::string& path) {

@@ -147,11 +147,6 @@ HdmiPort& PluggedPort(Board& board, size_t port) {
   return plugged;
 }
 
-bool ParseChoice(const std::string& word, const char* yes, const char* no) {
-  if (word != yes && word != no) Refuse(word, "is no choice", std::string(yes) + ", " + no);
-  return word == yes;
-}
-
 SourceKind ParseKind(const std::string& word) {
   for (size_t i = 0; i < std::size(kKindNames); ++i) {
     if (word == kKindNames[i]) return static_cast<SourceKind>(i);

@@ -1,0 +1,108 @@
+// The inter-chip link: sessions between this chip (the host) and the slave chip behind the link,
+// commands both ways and shared ring buffers. C++ only.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// An open session, filled by the library. All zero before it is opened.
+struct RLNK_HOST_SESSION {
+  uint32_t class_id;
+  uint32_t host;  // the process that opened it
+  uint32_t session_id;
+  uint32_t state;
+  uint32_t reserved;
+};
+
+// A parameter: the two numbers of a value, or the address and the size in bytes of memory. The
+// slave reaches the lowest 4 GiB of memory only, so an address has 32 bits.
+struct RLNK_CMD_PARAM {
+  uint32_t a;
+  uint32_t b;
+};
+
+constexpr unsigned RLNK_PARAM_COUNT = 4;
+
+// Type of a parameter.
+enum RLNK_PARAM_TYPE : uint32_t {
+  RLNK_PARAM_NONE = 0,
+  RLNK_PARAM_VALUE_IN = 1,
+  RLNK_PARAM_VALUE_OUT = 2,
+  RLNK_PARAM_VALUE_INOUT = 3,
+  RLNK_PARAM_MEMREF_IN = 5,
+  RLNK_PARAM_MEMREF_OUT = 6,
+  RLNK_PARAM_MEMREF_INOUT = 7,
+};
+
+struct RLNK_CMD_PARAMS {
+  uint32_t cmd_id;
+  uint32_t paramTypes;  // type of parameter i in bits 4i to 4i + 3
+  RLNK_CMD_PARAM param[RLNK_PARAM_COUNT];
+};
+
+enum RLNK_BUFFER_DIR : uint32_t {
+  RLNK_BUFFER_SEND = 0,     // from the host to the slave
+  RLNK_BUFFER_RECEIVE = 1,  // from the slave to the host
+};
+
+// A ring buffer that host and slave share.
+struct RLNK_BUFFER {
+  uint32_t handle;  // by which commands name it
+  uint32_t size;    // bytes
+  uint32_t dir;     // RLNK_BUFFER_DIR
+  uint32_t session_id;
+};
+
+// The data that wait in a ring buffer: one piece up to its end, and one from its beginning on.
+struct RLNK_BUFFER_RANGE {
+  void* start_1;
+  uint32_t size_1;  // bytes
+  void* start_2;
+  uint32_t size_2;
+};
+
+// Called on a thread of the library's own when the slave invokes a command on the host. What it
+// writes to the parameters that go out is the answer.
+typedef void (*RLNK_INVOKE_HANDLER)(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params);
+
+// Where nothing else is said a function returns 0, or a failure code.
+class RLink {
+ public:
+  // A link of its own with its own sessions; null when there is none to be had.
+  static RLink* Create();
+  virtual ~RLink() = default;
+
+  virtual int OpenSession(uint32_t class_id, RLNK_HOST_SESSION* session) = 0;
+  // Waits for what the slave still does in this session, its calls of the handler included.
+  virtual int CloseSession(RLNK_HOST_SESSION* session) = 0;
+  virtual int RegisterInvokeCommand(uint32_t class_id, RLNK_INVOKE_HANDLER handler) = 0;
+  // Waits for the slave's answer, which is in the parameters that go out.
+  virtual int Send(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) = 0;
+  virtual int SendAsync(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) = 0;
+
+  // Null on failure. The buffer is the library's; ReleaseBuffer frees it.
+  virtual RLNK_BUFFER* AllocateBuffer(RLNK_HOST_SESSION* session, uint32_t size,
+                                      RLNK_BUFFER_DIR dir) = 0;
+  virtual int ReleaseBuffer(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer) = 0;
+  // Bytes that can be put into the buffer.
+  virtual int QueryBufferFreeSize(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer) = 0;
+  // Bytes that wait in the buffer.
+  virtual int QueryBufferDataSize(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer) = 0;
+  // Puts all `size` bytes into the buffer, or none. `flags` is 0.
+  virtual int SendBuffer(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer, const void* data,
+                         uint32_t size, uint32_t flags) = 0;
+  // Takes exactly `size` bytes out of the buffer.
+  virtual int GetBuffer(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer, void* data,
+                        uint32_t size) = 0;
+  // Shows the waiting data where they are, without taking them.
+  virtual int GetBufferDataRange(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer,
+                                 RLNK_BUFFER_RANGE* range) = 0;
+  // Gives `size` bytes that were read in place back to the slave.
+  virtual int UpdateReadPointer(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer, uint32_t size) = 0;
+  // Throws all waiting data away.
+  virtual int FlushBuffer(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer) = 0;
+};
+
+static_assert(sizeof(RLNK_HOST_SESSION) == 5 * 4, "five 32-bit words");
+static_assert(offsetof(RLNK_HOST_SESSION, session_id) == 8, "the third word");
+static_assert(sizeof(RLNK_CMD_PARAMS) == 10 * 4, "ten 32-bit words");

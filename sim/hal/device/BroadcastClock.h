@@ -1,0 +1,24 @@
+// The broadcast clock: 90 kHz, trimmed in steps by its speed register.
+#pragma once
+
+#include <string>
+
+#include "core/Board.h"
+
+namespace sim {
+
+/// Ticks since the power-on.
+uint64_t BroadcastTicks(const Board& board);
+
+/// Does one line written to the register file: "ADDRESS VALUE" writes a register, "ADDRESS" alone
+/// selects the one to be read. Anything else leaves a line that begins with `#` in the trace.
+void WriteRegisterFile(Board& board, const std::string& line);
+
+/// Reads the selected register: the line "reg addr = 0x… , val = 0x…", with newline.
+std::string ReadRegisterFile(Board& board);
+
+/// Serves the register file named by CVNSIM_REGISTER on a thread of its own, if there is that
+/// variable. Throws std::runtime_error with a one-line text when the file cannot be made.
+void ServeRegisterFile();
+
+}  // namespace sim

@@ -1,0 +1,76 @@
+// The driver behind the board's register file. The file is a pipe that this process reads, so that
+// no write is lost. Who wants to read a register writes "> PIPE" instead, with a pipe that it holds
+// open, and is answered there in its turn; the board's own `cat` does so.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "core/SharedBoard.h"
+#include "device/BroadcastClock.h"
+
+namespace sim {
+namespace {
+
+constexpr std::string_view kReadRequest = "> ";
+
+// What does not come through at once has nobody to read it.
+void Answer(const std::string& pipe, const std::string& text) {
+  const int fd = open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return;
+  [[maybe_unused]] const ssize_t written = write(fd, text.data(), text.size());
+  close(fd);
+}
+
+void ServeLine(const std::string& line) {
+  if (line.starts_with(kReadRequest)) {
+    Answer(line.substr(kReadRequest.size()), ReadRegisterFile(*BoardLock()));
+  } else {
+    WriteRegisterFile(*BoardLock(), line);
+  }
+}
+
+// The pipe is open for writing here too, so it never ends.
+void Serve(int pipe) {
+  std::string line;
+  char block[4096];
+  for (;;) {
+    const ssize_t got = read(pipe, block, sizeof(block));
+    for (const char c : std::string_view(block, got > 0 ? static_cast<size_t>(got) : 0)) {
+      if (c != '\n') {
+        line += c;
+      } else {
+        ServeLine(line);
+        line.clear();
+      }
+    }
+  }
+}
+
+// The pipe takes the place of the file, or of a pipe whose process is gone, in one step.
+int MakePipe(const std::string& path) {
+  const std::string fresh = path + ".new";
+  unlink(fresh.c_str());
+  const int fd = mkfifo(fresh.c_str(), 0666) == 0 ? open(fresh.c_str(), O_RDWR | O_CLOEXEC) : -1;
+  if (fd < 0 || rename(fresh.c_str(), path.c_str()) != 0) {
+    throw std::runtime_error(path + ": " + std::strerror(errno));
+  }
+  return fd;
+}
+
+}  // namespace
+
+void ServeRegisterFile() {
+  const char* path = std::getenv("CVNSIM_REGISTER");
+  if (path != nullptr) std::thread(Serve, MakePipe(path)).detach();
+}
+
+}  // namespace sim
