@@ -75,7 +75,7 @@ IsFormatted() {
 
 ScriptsAreClean() {
   shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-run \
-    sim/board/*.sh sim/board/power-up sim/board/standins/standin sim/media/make-* sim/media/*.sh
+    sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh
 }
 
 # Approve: the end-to-end tests write the expected texts instead of comparing.

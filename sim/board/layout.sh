@@ -10,6 +10,7 @@ board_dirs=(
 )
 block_nodes=(dev/block/{sda,sda1})
 # The drivers' nodes are plain files: they keep what was written last, as long as there is power.
+# sys/crt/register is one until the HAL is there, which answers it.
 driver_nodes=(dev/{cvnvdec,cvndvo,vodev,vscdev,vpqdev,cvnaudio})
 board_nodes=(
   "${driver_nodes[@]}" "${block_nodes[@]}"
@@ -133,6 +134,9 @@ PowerOn() {
   rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands,{stick-out,network-down,tftp-down,disk-full}} \
     "$root"/tmp/{OMX_MURO_CONFIG,cross_module/isPcbIpSetuped.cfg}
   [[ -z $scenario ]] || cp "$scenario" "$sim/scenario"
+  # The HAL that ran last made a pipe of it, which nobody reads any more.
+  [[ ! -p $root/sys/crt/register ]] || rm "$root/sys/crt/register"
+  : >>"$root/sys/crt/register"
   echo "$os" >"$sim/os"
   (
     cd "$root" || exit

@@ -48,6 +48,8 @@ BoardEnvironment() {
   for name in TZ CVN_HTTP_CONTENT_SERVER; do
     [[ -z ${!name-} ]] || board_env+=("$name=${!name}")
   done
+  # On this machine as it is there is no such file to be had.
+  [[ $sandbox == none ]] || board_env+=(CVNSIM_REGISTER=/sys/crt/register)
   board_env+=("${extra_env[@]}")
 }
 

@@ -18,7 +18,8 @@ void WriteRegisterFile(Board& board, const std::string& line);
 std::string ReadRegisterFile(Board& board);
 
 /// Serves the register file named by CVNSIM_REGISTER on a thread of its own, if there is that
-/// variable. Throws std::runtime_error with a one-line text when the file cannot be made.
+/// variable and no other process does. Throws std::runtime_error with a one-line text when the file
+/// cannot be made.
 void ServeRegisterFile();
 
 }  // namespace sim

@@ -55,6 +55,15 @@ void Serve(int pipe) {
   }
 }
 
+// Another program on the board is there already.
+bool IsServed(const char* path) {
+  struct stat status = {};
+  if (stat(path, &status) != 0 || !S_ISFIFO(status.st_mode)) return false;
+  const int fd = open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd >= 0) close(fd);
+  return fd >= 0;
+}
+
 // The pipe takes the place of the file, or of a pipe whose process is gone, in one step.
 int MakePipe(const std::string& path) {
   const std::string fresh = path + ".new";
@@ -70,7 +79,7 @@ int MakePipe(const std::string& path) {
 
 void ServeRegisterFile() {
   const char* path = std::getenv("CVNSIM_REGISTER");
-  if (path != nullptr) std::thread(Serve, MakePipe(path)).detach();
+  if (path != nullptr && !IsServed(path)) std::thread(Serve, MakePipe(path)).detach();
 }
 
 }  // namespace sim
