@@ -6,4 +6,6 @@
 class UTThermalModule : public SingletonModule<UTThermalModule> {
  public:
   UTThermalModule();
+  /// Prints its name and the module's id, each time.
+  static UTThermalModule* GetInstance();
 };
