@@ -85,17 +85,25 @@ TestCase::TestCase(const ST_THAL_TEST_CASE_T* record)
 
 int TestCase::Run() {
   result_ = 1;
+  if (function_ == nullptr) return 1;
+
+  console::SetEndOfInputHandler(&TestCase::FailRunningTest);
+  Execute();
+  console::SetEndOfInputHandler(nullptr);
+
+  Finish(result_);
+  return result_;
+}
+
+int TestCase::Execute() {
+  result_ = 1;
   char scratch[300] = {};
   if (function_ == nullptr) return 1;
 
   runningTest = this;
-  console::SetEndOfInputHandler(&TestCase::FailRunningTest);
   result_ = function_(scratch);
   if (result_ == 0 && !autoJudge_) Judge();
-  console::SetEndOfInputHandler(nullptr);
   runningTest = nullptr;
-
-  Finish();
   return result_;
 }
 
@@ -106,16 +114,20 @@ void TestCase::Judge() {
   if (strcasecmp(console::ReadAnswer().c_str(), "N") == 0) result_ = 1;
 }
 
-void TestCase::Finish() {
+bool TestCase::Finish(int result) {
+  result_ = result;
   if (result_ == 0) ++testCounters.pass;
   if (result_ == 1) ++testCounters.fail;
   ++testCounters.total;
-  EndTest();
+  return EndTest();
+}
+
+const TestCase* TestCase::Running() {
+  return runningTest;
 }
 
 void TestCase::FailRunningTest() {
-  runningTest->result_ = 1;
-  runningTest->Finish();
+  runningTest->Finish(1);
 }
 
 Case* TestCase::enterMenu() {
@@ -129,8 +141,8 @@ void TestCase::printMenu() {
             << ansi::kText;
 }
 
-void TestCase::EndTest() {
+bool TestCase::EndTest() {
   Case* menu = getParaent();
-  report::AppendTestLine(
+  return report::AppendTestLine(
       {menu == nullptr ? "" : menu->getName(), id_, getName(), getDescription(), result_});
 }

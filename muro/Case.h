@@ -77,15 +77,26 @@ class TestCase : public Case {
 
   /// Runs the test function, judges, counts and reports. Without a function nothing is counted.
   int Run() override;
+  /// Runs the test function and has the operator judge where that is due. Counts and reports
+  /// nothing. Returns the result; 1 without a function.
+  int Execute();
+  /// Counts a run that ended with `result` and writes its line into the report. Returns false when
+  /// the report could not be written.
+  bool Finish(int result);
   /// Runs the test and returns the menu that holds it.
   Case* enterMenu() override;
   void printMenu() override;
-  /// Writes the test's line into the report.
-  void EndTest();
+  /// Writes the test's line into the report. Returns false when that failed.
+  bool EndTest();
+
+  int32_t getId() const { return id_; }
+  bool isAutoJudged() const { return autoJudge_; }
+  bool hasFunction() const { return function_ != nullptr; }
+  /// The test that runs now, empty in menus.
+  static const TestCase* Running();
 
  private:
   void Judge();
-  void Finish();
   static void FailRunningTest();
 
   bool autoJudge_;

@@ -16,10 +16,14 @@
 
 namespace {
 
+using console::Input;
+
 constexpr std::size_t kLongestAnswer = 4095;  // what a terminal's line can hold
 constexpr useconds_t kClosedInputPauseUs = 100'000;
 
 void (*endOfInputHandler)() = nullptr;
+const console::InputObserver* observer = nullptr;
+bool putBack = false;  // a character was given back to stdin and is there without waiting
 
 /// Terminal attributes of standard input, changed for the life of this object. Does nothing where
 /// standard input is no terminal.
@@ -46,8 +50,31 @@ bool IsSpace(int c) {
   return c != EOF && std::isspace(c) != 0;
 }
 
+void TellWaiting(Input kind) {
+  int typed = 0;
+  if (observer == nullptr || observer->waiting == nullptr || putBack) return;
+  if (ioctl(0, FIONREAD, &typed) == 0 && typed > 0) return;
+  std::fflush(stdout);
+  observer->waiting(kind);
+}
+
+void TellTaken(Input kind, std::string_view text) {
+  if (observer != nullptr && observer->taken != nullptr) observer->taken(kind, text);
+}
+
+int NextCharacter(Input kind) {
+  TellWaiting(kind);
+  putBack = false;
+  return std::getchar();
+}
+
+void PutBack(int c) {
+  std::ungetc(c, stdin);
+  putBack = true;
+}
+
 void UnlessNewline(int c) {
-  if (c != '\n' && c != EOF) std::ungetc(c, stdin);
+  if (c != '\n' && c != EOF) PutBack(c);
 }
 
 [[noreturn]] void EndOfInput() {
@@ -106,14 +133,14 @@ namespace console {
 
 std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong) {
   std::fflush(stdout);
-  int c = std::getchar();
-  while (IsSpace(c)) c = std::getchar();
+  int c = NextCharacter(Input::kLine);
+  while (IsSpace(c)) c = NextCharacter(Input::kLine);
   if (c == EOF) {
     std::clearerr(stdin);
     return std::nullopt;
   }
   std::string token;
-  for (; c != EOF && !IsSpace(c); c = std::getchar()) {
+  for (; c != EOF && !IsSpace(c); c = NextCharacter(Input::kLine)) {
     if (token.size() < limit) {
       token.push_back(static_cast<char>(c));
     } else if (overlong == Overlong::kKeep) {
@@ -121,6 +148,7 @@ std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong) {
     }
   }
   UnlessNewline(c);
+  TellTaken(Input::kLine, token);
   return token;
 }
 
@@ -133,11 +161,12 @@ std::string ReadAnswer() {
 std::string ReadLine() {
   std::fflush(stdout);
   std::string line;
-  int c = std::getchar();
+  int c = NextCharacter(Input::kLine);
   if (c == EOF) EndOfInput();
-  for (; c != EOF && c != '\n'; c = std::getchar()) {
+  for (; c != EOF && c != '\n'; c = NextCharacter(Input::kLine)) {
     if (line.size() < kLongestAnswer) line.push_back(static_cast<char>(c));
   }
+  TellTaken(Input::kLine, line);
   return line;
 }
 
@@ -165,6 +194,10 @@ int AskNumberInBlue(const char* text) {
   return ReadNumber();
 }
 
+void SetInputObserver(const InputObserver* newObserver) {
+  observer = newObserver;
+}
+
 void SetEndOfInputHandler(void (*handler)()) {
   endOfInputHandler = handler;
 }
@@ -186,6 +219,8 @@ int fgets_ex(char* dst, unsigned len) {
   std::size_t length = 0;
   for (;;) {
     std::memset(line, 0, sizeof line);
+    TellWaiting(Input::kLine);
+    putBack = false;
     if (std::fgets(line, sizeof line, stdin) == nullptr) return -1;
     length = std::strlen(line);
     if (typedAhead < length) break;
@@ -196,6 +231,7 @@ int fgets_ex(char* dst, unsigned len) {
     return -1;
   }
   std::strncpy(dst, line + typedAhead, len);
+  TellTaken(Input::kLine, {dst, std::strcspn(dst, "\n")});
   return 0;
 }
 
@@ -253,20 +289,25 @@ int dump_mem(const unsigned char* p, unsigned len) {
 int kbhit() {
   std::fflush(stdout);
   const TerminalMode raw(ICANON | ECHO);
+  TellWaiting(Input::kPoll);
   const int flags = fcntl(0, F_GETFL);
   fcntl(0, F_SETFL, flags | O_NONBLOCK);
   const int key = std::getchar();
+  putBack = false;
   fcntl(0, F_SETFL, flags);
   if (key == EOF) {
     std::clearerr(stdin);
     return 0;
   }
-  std::ungetc(key, stdin);
+  PutBack(key);
   return 1;
 }
 
 int mygetch() {
   std::fflush(stdout);
   const TerminalMode raw(ICANON | ECHO);
-  return std::getchar();
+  const int key = NextCharacter(Input::kKey);
+  const char typed = static_cast<char>(key);
+  if (key != EOF) TellTaken(Input::kKey, {&typed, 1});
+  return key;
 }

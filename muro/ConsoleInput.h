@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace console {
 
@@ -37,6 +38,24 @@ int AskNumber(const char* text);
 
 /// Prints `text` in blue and reads a number (`ReadNumber`).
 int AskNumberInBlue(const char* text);
+
+/// How the console waits for the operator.
+enum class Input {
+  kLine,  // for a token or a line
+  kKey,   // for one key
+  kPoll,  // not at all: it looks whether a key was typed
+};
+
+/// Who wants to know when the console needs the operator. An empty function hears nothing.
+struct InputObserver {
+  /// Nothing was typed yet, and the console waits now. All output so far is on the terminal.
+  void (*waiting)(Input kind);
+  /// The console took `text`: a token, a line without its newline, or a key.
+  void (*taken)(Input kind, std::string_view text);
+};
+
+/// Sets the one observer; a null pointer takes it away.
+void SetInputObserver(const InputObserver* observer);
 
 /// Sets what is done when the input ends in a prompt, before the program ends: the frame counts and
 /// reports the running test there. A null pointer sets nothing.

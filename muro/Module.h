@@ -40,6 +40,9 @@ class Module {
   /// Registers the module with the frame. Returns 1, or 0 when its id has no slot.
   int DoInit();
 
+  /// All tests of the module, in the order of its tables.
+  std::span<const std::unique_ptr<TestCase>> Tests() const { return tests_; }
+
   // The index-th test of a list, empty behind the last one. No bound check.
   Case* GetSICHALDriverTestList(unsigned long index) const { return lists_[kHalDriver][index]; }
   Case* GetSICMediaPlayTestList(unsigned long index) const { return lists_[kMediaPlay][index]; }

@@ -6,6 +6,7 @@
 #include "Module.h"
 
 struct ModuleEntry {
+  const char* className;
   Module* (*instance)();  // creates the module on first use
   const char* notice;     // a line printed before the module is initialised, or empty
 };

@@ -65,12 +65,12 @@ std::string FormatFooter(const TestCounters& counters, char separator) {
          rule + FormatTotals(counters) + '\n' + rule;
 }
 
-void AppendTestLine(const TestLine& line) {
+bool AppendTestLine(const TestLine& line) {
   const char* path = Util::GetTestReportPath();
   const File file = Open(path, "r+");
   if (!file) {
     std::puts("Test Report file open fail!!!(you can ignore this)");
-    return;
+    return false;
   }
   std::string text = FormatTestLine(line) + '\n';
   const bool positioned = std::fseek(file.get(), -kFooterBytes, SEEK_END) == 0;
@@ -80,18 +80,19 @@ void AppendTestLine(const TestLine& line) {
   const bool written = Write(file.get(), text + FormatFooter(testCounters, '#'));
   if (!positioned || !written) std::puts("write fail!");
   std::printf("%sTest Report file generated at %s\n", ansi::kPass, path);
+  return positioned && written;
 }
 
 }  // namespace report
 
-void printReport() {
+bool printReport() {
   const File file = Open(Util::GetTestReportPath(), "w+");
   if (!file) {
     std::puts("write fail!");
-    return;
+    return false;
   }
   std::printf("length%zu\n", report::FormatTotals(testCounters).size());
-  if (!Write(file.get(), FormatHeader() + report::FormatFooter(testCounters, '-'))) {
-    std::puts("write fail!");
-  }
+  const bool written = Write(file.get(), FormatHeader() + report::FormatFooter(testCounters, '-'));
+  if (!written) std::puts("write fail!");
+  return written;
 }

@@ -42,11 +42,11 @@ std::string FormatTotals(const TestCounters& counters);
 std::string FormatFooter(const TestCounters& counters, char separator);
 
 /// Writes the test's line over the footer of the report file and a new footer behind it. A file
-/// that cannot be opened or written is reported on the console and otherwise ignored.
-void AppendTestLine(const TestLine& line);
+/// that cannot be opened or written is reported on the console; the result is false then.
+bool AppendTestLine(const TestLine& line);
 
 }  // namespace report
 
 /// Creates the report file with its header and a footer of zero totals. Called once, before the
-/// first menu. A file that cannot be written is reported on the console and otherwise ignored.
-void printReport();
+/// first menu. A file that cannot be written is reported on the console; the result is false then.
+bool printReport();
