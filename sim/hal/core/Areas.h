@@ -28,6 +28,7 @@ extern const Area kDeviceArea;
 extern const Area kThermalArea;
 extern const Area kLinkArea;
 extern const Area kFailureArea;
+extern const Area kMisbehaviourArea;
 extern const Area kEventArea;
 
 /// All areas, in the order in which help and state show them.

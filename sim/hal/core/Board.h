@@ -38,6 +38,17 @@ struct FailureTable {
   Failure entries[64];
 };
 
+/// A call that goes astray; free when `function` is empty.
+struct Misbehaviour {
+  char function[64];
+  uint32_t way;          // index into the ways of Misbehaviours.cpp
+  uint32_t callsBefore;  // calls that still go well
+};
+
+struct MisbehaviourTable {
+  Misbehaviour entries[16];
+};
+
 /// Something that happens later; free when `command` is empty.
 struct Event {
   char command[192];
@@ -236,6 +247,7 @@ struct Link {
 struct Board {
   Clock clock;
   FailureTable failures;
+  MisbehaviourTable misbehaviours;
   EventTable events;
   HdmiReceiver hdmi;
   Vby1Receiver vby1;

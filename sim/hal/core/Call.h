@@ -9,6 +9,7 @@
 
 #include "core/CallText.h"
 #include "core/Failures.h"
+#include "core/Misbehaviours.h"
 #include "core/SharedBoard.h"
 #include "core/Trace.h"
 
@@ -28,6 +29,7 @@ Result ProgrammedResult(int32_t code) {
 /// notes the call with its decoded arguments and its result in the trace.
 template <typename Simulate, typename... Arguments>
 auto Call(const char* function, Simulate simulate, Arguments... arguments) {
+  MisbehaveIfProgrammed(function);  // without the board: a call that hangs keeps nobody else out
   BoardLock board;
   using Result = std::invoke_result_t<Simulate, Board&, Arguments...>;
   const auto programmed = TakeFailure(*board, function);

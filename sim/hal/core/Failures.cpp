@@ -17,12 +17,6 @@ std::string_view NearestFunction(std::string_view name) {
   return *std::ranges::max_element(FunctionNames(), {}, alike);
 }
 
-void CheckFunction(const std::string& name) {
-  if (std::ranges::find(FunctionNames(), name) != FunctionNames().end()) return;
-  Refuse(name, "is no function of the HAL",
-         "those in hal/include, such as " + std::string(NearestFunction(name)));
-}
-
 void AddFailure(Board& board, const std::string& function, const Failure& failure) {
   for (Failure& entry : board.failures.entries) {
     if (entry.function[0] != '\0') continue;
@@ -89,6 +83,12 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 constinit const Area kFailureArea = {kCommands, Describe};
+
+void CheckFunction(const std::string& name) {
+  if (std::ranges::find(FunctionNames(), name) != FunctionNames().end()) return;
+  Refuse(name, "is no function of the HAL",
+         "those in hal/include, such as " + std::string(NearestFunction(name)));
+}
 
 std::optional<int32_t> TakeFailure(Board& board, const char* function) {
   std::optional<int32_t> code;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "core/Board.h"
 
@@ -9,5 +10,8 @@ namespace sim {
 
 /// Counts a call of `function` and gives the code it has to answer, if one was programmed for it.
 std::optional<int32_t> TakeFailure(Board& board, const char* function);
+
+/// Throws the CommandError for a name that is no function of the HAL.
+void CheckFunction(const std::string& name);
 
 }  // namespace sim
