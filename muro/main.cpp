@@ -2,11 +2,11 @@
 
 #include "TestFrame.h"
 #include "TestReport.h"
+#include "runner/CommandLine.h"
 
-int main() {
-  // Nothing may be read ahead of what a prompt asks for: tests look at the terminal themselves.
-  std::setvbuf(stdin, nullptr, _IONBF, 0);
+namespace {
 
+int OpenConsole() {
   TestFrame* frame = TestFrame::GetInstance();
   frame->DoInit();
   printReport();
@@ -14,4 +14,12 @@ int main() {
     frame->PrintMenu();
   } while (frame->EnterMenu() != 0);
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Nothing may be read ahead of what a prompt asks for: tests look at the terminal themselves.
+  std::setvbuf(stdin, nullptr, _IONBF, 0);
+  return argc < 2 ? OpenConsole() : runner::Main({argv + 1, argv + argc}, OpenConsole);
 }

@@ -1,0 +1,98 @@
+#include "Answers.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "Text.h"
+
+namespace runner {
+namespace {
+
+constexpr std::string_view kKeys = "keys ";
+constexpr char kAllowed[] =
+    "; allowed: TEST-GLOB, PROMPT-GLOB and ANSWER (or keys KEYS) with tabs between";
+// What a test printed since the last answer can be long; a prompt stands at its end.
+constexpr std::size_t kLongestPrompt = 4096;
+
+/// Adds one line's rule. Returns what is wrong, empty when all is well.
+std::string AddRule(const std::string& line, std::vector<AnswerRule>& rules) {
+  const std::vector<std::string> fields = Split(line, '\t');
+  if (fields.size() != 3 || fields[0].empty() || fields[1].empty()) {
+    return std::to_string(fields.size()) + " fields" +
+           (fields.size() == 3 ? ", an empty glob" : "") + kAllowed;
+  }
+  const bool keys = fields[2].starts_with(kKeys);
+  const auto text = Unescaped(std::string_view(fields[2]).substr(keys ? kKeys.size() : 0));
+  if (!text) return "unknown backslash in '" + fields[2] + R"('; allowed: \n \r \t \e \\ \xNN)";
+  if (keys && text->empty()) return "no keys behind 'keys '" + std::string(kAllowed);
+  const auto same = std::ranges::find_if(rules, [&](const AnswerRule& rule) {
+    return rule.testGlob == fields[0] && rule.promptGlob == fields[1];
+  });
+  if (same != rules.end()) {
+    same->answers.push_back({keys, *text});
+  } else {
+    rules.push_back({fields[0], fields[1], {{keys, *text}}});
+  }
+  return "";
+}
+
+/// True when the glob matches `prompt` or a part of it from a line's beginning to the end.
+bool MatchesPrompt(const std::string& glob, std::string_view prompt) {
+  for (;;) {
+    if (MatchesGlob(glob, std::string(prompt))) return true;
+    const auto newline = prompt.find('\n');
+    if (newline == std::string_view::npos) return false;
+    prompt.remove_prefix(newline + 1);
+  }
+}
+
+}  // namespace
+
+std::string LoadAnswers(const std::string& path, std::vector<AnswerRule>& rules) {
+  std::ifstream file(path);
+  if (!file) return path + ": cannot be read";
+  std::string line;
+  for (int number = 1; std::getline(file, line); ++number) {
+    if (line.ends_with('\r')) line.pop_back();
+    if (line.empty() || line[0] == '#') continue;
+    const std::string wrong = AddRule(line, rules);
+    if (!wrong.empty()) return path + ":" + std::to_string(number) + ": " + wrong;
+  }
+  return file.bad() ? path + ": cannot be read" : "";
+}
+
+std::string FormatAnswer(const std::string& testId, const std::string& prompt,
+                         const Answer& answer) {
+  const std::string promptGlob = prompt.empty() ? "*" : GlobOf(prompt);
+  // A line that begins like keys keeps its meaning with its first letter escaped.
+  std::string text = Escaped(answer.text);
+  if (!answer.keys && text.starts_with(kKeys)) text.replace(0, 1, "\\x6b");
+  return testId + '\t' + promptGlob + '\t' + (answer.keys ? std::string(kKeys) : "") + text + '\n';
+}
+
+std::string LastLine(std::string_view cleanText) {
+  const std::string_view text = Trimmed(cleanText);
+  return std::string(Trimmed(text.substr(text.rfind('\n') + 1)));
+}
+
+AnswerScript::AnswerScript(const std::vector<AnswerRule>& rules, const TestEntry& entry) {
+  for (const AnswerRule& rule : rules) {
+    if (Matches(entry, rule.testGlob)) lines_.push_back({&rule});
+  }
+}
+
+std::optional<std::string> AnswerScript::Next(std::string_view printed, console::Input kind) {
+  if (printed.size() > kLongestPrompt) printed.remove_prefix(printed.size() - kLongestPrompt);
+  const std::string clean = CleanText(printed);
+  for (Line& line : lines_) {
+    const auto& answers = line.rule->answers;
+    const Answer& answer = answers[std::min(line.used, answers.size() - 1)];
+    if (!answer.keys && kind != console::Input::kLine) continue;
+    if (!MatchesPrompt(line.rule->promptGlob, Trimmed(clean))) continue;
+    ++line.used;
+    return answer.keys ? answer.text : answer.text + '\n';
+  }
+  return std::nullopt;
+}
+
+}  // namespace runner

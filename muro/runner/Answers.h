@@ -1,0 +1,59 @@
+// The operator as data: which answer is typed at which prompt of which test.
+//
+// A file has one rule a line: test, prompt and answer, with tabs between. Test and prompt are
+// globs; the prompt's glob is held against everything printed since the last answer, and against
+// its last lines. An answer is a line to type, or "keys " and the keys. Rules of the same two globs
+// are a sequence, whose last answer repeats; otherwise the rule that comes first in the file holds.
+// Empty lines and lines that begin with # do not count. Backslashes as in `Escaped`.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ConsoleInput.h"
+#include "TestList.h"
+
+namespace runner {
+
+struct Answer {
+  bool keys = false;
+  std::string text;  // a line without its newline, or keys
+};
+
+struct AnswerRule {
+  std::string testGlob;
+  std::string promptGlob;
+  std::vector<Answer> answers;  // in sequence, at least one
+};
+
+/// Reads a file of answers into `rules`. Returns an error in one line, empty when all is well.
+std::string LoadAnswers(const std::string& path, std::vector<AnswerRule>& rules);
+
+/// One line of such a file, with its newline, that gives this answer at this prompt.
+std::string FormatAnswer(const std::string& testId, const std::string& prompt,
+                         const Answer& answer);
+
+/// What is left of a prompt to be told in one line: the last line of clean text.
+std::string LastLine(std::string_view cleanText);
+
+/// The answers for one run of one test.
+class AnswerScript {
+ public:
+  AnswerScript(const std::vector<AnswerRule>& rules, const TestEntry& entry);
+
+  /// The bytes to type when the console waits, with `printed` since the last answer; nothing when
+  /// no rule fits. Only keys are typed where a key is waited for.
+  std::optional<std::string> Next(std::string_view printed, console::Input kind);
+
+ private:
+  struct Line {
+    const AnswerRule* rule;
+    std::size_t used = 0;
+  };
+  std::vector<Line> lines_;
+};
+
+}  // namespace runner

@@ -1,0 +1,186 @@
+#include "CommandLine.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <utility>
+
+#include "Answers.h"
+#include "ConsoleWriter.h"
+#include "DumpVerification.h"
+#include "Guard.h"
+#include "Options.h"
+#include "Recorder.h"
+#include "ResultDirectory.h"
+#include "ResultWriters.h"
+#include "TestFrame.h"
+#include "TestList.h"
+#include "TestReport.h"
+#include "TestRun.h"
+#include "Util.h"
+
+namespace runner {
+namespace {
+
+namespace fs = std::filesystem;
+
+int Refuse(ExitStatus status, const std::string& problem) {
+  std::fprintf(stderr, "cvntester: %s%s\n", problem.c_str(),
+               status == kUsage ? "; cvntester --help tells more" : "");
+  return status;
+}
+
+int Print(const std::string& text) {
+  const bool printed = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  return std::fflush(stdout) == 0 && printed ? kAllPassed : kHarnessFailed;
+}
+
+/// Where an output is standard output, that is for it alone: everything else goes to standard
+/// error. Returns the descriptor behind "-".
+int SeparateOutput(const Outputs& outputs) {
+  const std::string* names[] = {&outputs.junit, &outputs.tap, &outputs.json, &outputs.lava};
+  if (std::ranges::none_of(names, [](const auto* name) { return *name == "-"; }))
+    return STDOUT_FILENO;
+  std::fflush(stdout);
+  const int standardOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  return standardOutput;
+}
+
+std::vector<TestEntry> TestsOfFrame() {
+  const MutedOutput muted;
+  TestFrame::GetInstance()->DoInit();
+  return AllTests();
+}
+
+/// Selects as the options say. Returns an error, empty when all is well.
+std::string SelectTests(const Options& options, std::vector<TestEntry>& tests) {
+  std::string unmatched;
+  tests = Select(TestsOfFrame(), options.patterns, options.excluded, unmatched);
+  return unmatched.empty() ? "" : "'" + unmatched + "' matches no test";
+}
+
+/// What a run works with.
+struct Prepared {
+  std::vector<TestEntry> tests;
+  std::vector<AnswerRule> rules;
+};
+
+/// Returns an error, empty when all is well.
+std::string Prepare(const Options& options, Prepared& run) {
+  const std::string problem = SelectTests(options, run.tests);
+  if (!problem.empty() || options.answers.empty()) return problem;
+  return LoadAnswers(options.answers, run.rules);
+}
+
+int List(const Options& options) {
+  std::vector<TestEntry> tests;
+  const std::string problem = SelectTests(options, tests);
+  if (!problem.empty()) return Refuse(kUsage, problem);
+  if (options.noOperator)
+    std::erase_if(tests, [](const TestEntry& entry) { return entry.NeedsOperator(); });
+  return Print(FormatList(tests, options.format));
+}
+
+bool StartReport() {
+  bool started = false;
+  {
+    const MutedOutput muted;
+    started = printReport();
+  }
+  std::printf("Test Report file path : %s\n", Util::GetTestReportPath());
+  return started;
+}
+
+/// Runs what is selected; `earlier` is what the journal of a resumed run tells.
+int Execute(const Options& options, Prepared run, ResultDirectory& directory,
+            const std::vector<JournalEntry>& earlier) {
+  const int standardOutput = SeparateOutput(options.outputs);
+  auto listeners = MakeWriters(options.outputs, standardOutput);
+  listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, options.verbose));
+  if (!std::ranges::all_of(listeners, [](const auto& l) { return l->Good(); }))
+    return kHarnessFailed;
+  if (!StartReport()) {
+    return Refuse(kHarnessFailed, std::string(Util::GetTestReportPath()) +
+                                      ": the report cannot be written; is its directory there?");
+  }
+  CatchInterrupts();
+  AdoptOrphans();
+  return TestRun(options, std::move(run.tests), std::move(run.rules), directory,
+                 std::move(listeners))
+      .Do(earlier);
+}
+
+std::vector<std::string> Ids(const std::vector<TestEntry>& tests) {
+  std::vector<std::string> ids;
+  for (const TestEntry& entry : tests) ids.push_back(entry.id);
+  return ids;
+}
+
+int Run(const Options& options, const std::vector<std::string>& words) {
+  Prepared run;
+  const std::string problem = Prepare(options, run);
+  if (!problem.empty()) return Refuse(kUsage, problem);
+  ResultDirectory directory;
+  if (!options.results.empty()) {
+    std::error_code ignored;
+    const RunHead head{fs::current_path(ignored).string(), words, Ids(run.tests)};
+    const std::string failure = directory.Create(options.results, head);
+    if (!failure.empty()) return Refuse(kHarnessFailed, failure);
+  }
+  return Execute(options, std::move(run), directory, {});
+}
+
+/// The journal's own command line says what is run and where results go.
+int Resume(const Options& asked) {
+  RunHead head;
+  std::vector<JournalEntry> earlier;
+  ResultDirectory directory;
+  std::string problem = directory.Open(asked.results, head, earlier);
+  if (!problem.empty()) return Refuse(kHarnessFailed, problem);
+  std::error_code error;
+  fs::current_path(head.directory, error);
+  if (error) return Refuse(kHarnessFailed, head.directory + ": " + error.message());
+  Options options;
+  problem = ParseOptions(head.words, options);
+  Prepared run;
+  if (problem.empty()) problem = Prepare(options, run);
+  if (problem.empty() && Ids(run.tests) != head.tests) problem = "the tests are others than then";
+  if (!problem.empty()) return Refuse(kHarnessFailed, asked.results + ": " + problem);
+  if (asked.color != "auto") options.color = asked.color;
+  options.verbose = options.verbose || asked.verbose;
+  return Execute(options, std::move(run), directory, earlier);
+}
+
+}  // namespace
+
+int Main(const std::vector<std::string>& words, const std::function<int()>& console) {
+  Options options;
+  const std::string problem = ParseOptions(words, options);
+  if (!problem.empty()) return Refuse(kUsage, problem);
+  switch (options.mode) {
+    case Mode::kHelp:
+      return Print(HelpText());
+    case Mode::kVersion:
+      return Print("cvntester " CVN_VERSION "\n");
+    case Mode::kDocument:
+      return Print(Document(options.document));
+    case Mode::kList:
+      return List(options);
+    case Mode::kRun:
+      return Run(options, words);
+    case Mode::kResume:
+      return Resume(options);
+    case Mode::kVerify:
+      return VerifyDumps(options, SeparateOutput(options.outputs));
+    case Mode::kInteractive:
+      break;
+  }
+  return RecordSession(options.record, console);
+}
+
+}  // namespace runner

@@ -1,0 +1,120 @@
+#include "ConsoleMarks.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <random>
+
+#include "TestList.h"
+#include "Text.h"
+
+namespace runner {
+namespace {
+
+// An application program command, which terminals ignore.
+constexpr std::string_view kEnd = "\033\\";
+constexpr std::string_view kKinds = "LKP";  // in the order of console::Input
+constexpr std::size_t kLongestMark = 16384;
+
+std::string markBegin;
+
+std::string BeginOf(const std::string& key) {
+  return "\033_cvn" + key;
+}
+
+void Write(const std::string& body) {
+  const std::string mark = markBegin + body + std::string(kEnd);
+  std::fflush(stdout);
+  [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, mark.data(), mark.size());
+}
+
+char Letter(console::Input kind) {
+  return kKinds[static_cast<std::size_t>(kind)];
+}
+
+void WriteWaiting(console::Input kind) {
+  Write({'?', Letter(kind)});
+}
+
+std::string RunningTestId() {
+  if (TestCase::Running() == nullptr) return "";
+  for (const TestEntry& entry : AllTests()) {
+    if (entry.test == TestCase::Running()) return entry.id;
+  }
+  return "";
+}
+
+void WriteTaken(console::Input kind, std::string_view text) {
+  Write(std::string{'!', Letter(kind)} + RunningTestId() + '\t' + Escaped(text));
+}
+
+constexpr console::InputObserver kWaitingObserver = {WriteWaiting, nullptr};
+constexpr console::InputObserver kFullObserver = {WriteWaiting, WriteTaken};
+
+/// Length of the longest end of `text` that is a beginning of `word`.
+std::size_t BegunLength(std::string_view text, std::string_view word) {
+  std::size_t length = std::min(text.size(), word.size() - 1);
+  while (!text.ends_with(word.substr(0, length))) --length;
+  return length;
+}
+
+}  // namespace
+
+std::string MakeMarkKey() {
+  std::random_device device;
+  char key[17];
+  std::snprintf(key, sizeof key, "%08x%08x", device(), device());
+  return key;
+}
+
+void MarkWaiting(const std::string& key) {
+  markBegin = BeginOf(key);
+  console::SetInputObserver(&kWaitingObserver);
+}
+
+void MarkWaitingAndTaken(const std::string& key) {
+  markBegin = BeginOf(key);
+  console::SetInputObserver(&kFullObserver);
+}
+
+MarkReader::MarkReader(const std::string& key, Listener listener)
+    : begin_(BeginOf(key)), listener_(std::move(listener)) {}
+
+void MarkReader::Read(std::string_view bytes) {
+  kept_ += bytes;
+  std::string_view rest = kept_;
+  for (;;) {
+    const auto begin = rest.find(begin_);
+    const std::size_t printed =
+        begin != std::string_view::npos ? begin : rest.size() - BegunLength(rest, begin_);
+    if (printed > 0) listener_.printed(rest.substr(0, printed));
+    rest.remove_prefix(printed);
+    const auto end = begin == std::string_view::npos ? begin : rest.find(kEnd, begin_.size());
+    if (end == std::string_view::npos) break;
+    Act(rest.substr(begin_.size(), end - begin_.size()));
+    rest.remove_prefix(end + kEnd.size());
+  }
+  kept_ = rest;
+  if (kept_.size() > kLongestMark) End();
+}
+
+void MarkReader::End() {
+  if (!kept_.empty()) listener_.printed(kept_);
+  kept_.clear();
+}
+
+void MarkReader::Act(std::string_view mark) const {
+  const auto kind = mark.size() < 2 ? std::string_view::npos : kKinds.find(mark[1]);
+  if (kind == std::string_view::npos) return;
+  const auto input = static_cast<console::Input>(kind);
+  if (mark[0] == '?') {
+    if (listener_.waiting) listener_.waiting(input);
+    return;
+  }
+  const auto tab = mark.find('\t');
+  if (tab == std::string_view::npos || !listener_.taken) return;
+  listener_.taken(input, std::string(mark.substr(2, tab - 2)),
+                  Unescaped(mark.substr(tab + 1)).value_or(""));
+}
+
+}  // namespace runner

@@ -1,0 +1,47 @@
+// Marks in a test's console output by which it tells the runner when it needs the operator. They
+// travel with the output, so it is exact what was printed before.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "ConsoleInput.h"
+
+namespace runner {
+
+/// A text that no test prints by chance, new at every call.
+std::string MakeMarkKey();
+
+/// From now on this process marks its standard output where it waits for input.
+void MarkWaiting(const std::string& key);
+
+/// As `MarkWaiting`, and marks what was typed, with the id of the test that took it.
+void MarkWaitingAndTaken(const std::string& key);
+
+/// Takes marked output apart.
+class MarkReader {
+ public:
+  struct Listener {
+    std::function<void(std::string_view text)> printed;
+    std::function<void(console::Input kind)> waiting;
+    /// `testId` is empty in menus.
+    std::function<void(console::Input kind, std::string testId, std::string text)> taken;
+  };
+
+  MarkReader(const std::string& key, Listener listener);
+
+  /// Takes the next bytes of output. An unfinished mark is kept for the next ones.
+  void Read(std::string_view bytes);
+  /// Nothing more comes: hands out what was kept.
+  void End();
+
+ private:
+  void Act(std::string_view mark) const;
+
+  std::string begin_;
+  Listener listener_;
+  std::string kept_;
+};
+
+}  // namespace runner

@@ -1,0 +1,30 @@
+// The process between the runner and a test.
+#pragma once
+
+#include <functional>
+
+namespace runner {
+
+/// What a test and its guard tell the runner, one message a write.
+struct Report {
+  enum Kind : int { kResult, kStatus };
+  Kind kind;
+  int value;  // the test's result, or its wait status
+  int leftChildren;
+};
+
+/// Writes one message.
+void SendReport(int fd, const Report& report);
+
+/// Becomes the guard: runs `test` in a child and reports how it ended, when it ended by itself or
+/// because `command` was closed at its other end. The test alone keeps `terminal` open.
+[[noreturn]] void Guard(int command, int report, int terminal, const std::function<void()>& test);
+
+/// From now on this process adopts the orphans among its descendants.
+void AdoptOrphans();
+
+/// Ends and reaps all children of this process, adopted ones included, as far as the system tells
+/// them. Returns how many had to be killed.
+int EndChildren();
+
+}  // namespace runner

@@ -1,0 +1,58 @@
+// The command line: one table from which the parser, --help, the man page and the completion come.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TestSession.h"
+
+namespace runner {
+
+enum class Mode { kInteractive, kHelp, kVersion, kDocument, kList, kRun, kResume, kVerify };
+
+/// Where results go; "-" is standard output, empty nowhere.
+struct Outputs {
+  std::string junit;
+  std::string tap;
+  std::string json;
+  std::string lava;
+};
+
+struct Options {
+  Mode mode = Mode::kInteractive;
+  std::vector<std::string> patterns;
+  std::vector<std::string> excluded;
+  std::string format = "text";
+  std::string document;
+  int repeat = 1;
+  bool repeatGiven = false;
+  bool untilFail = false;
+  std::optional<uint32_t> shuffleSeed;
+  bool stopOnFail = false;
+  bool noOperator = false;
+  Limits limits;
+  std::string answers;
+  std::string record;
+  Outputs outputs;
+  std::string results;  // result directory, of --resume too
+  std::string trace;
+  std::string color = "auto";
+  bool verbose = false;
+  std::string verifyCase;
+  std::string dump;
+  std::string golden;
+};
+
+/// Reads a command line (without the program's name). Returns an error in one line, empty when all
+/// is well.
+std::string ParseOptions(const std::vector<std::string>& words, Options& options);
+
+/// The help text.
+std::string HelpText();
+
+/// A man page (roff) or a bash completion; `kind` is "man" or "bash".
+std::string Document(const std::string& kind);
+
+}  // namespace runner

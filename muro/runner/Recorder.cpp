@@ -1,0 +1,161 @@
+#include "Recorder.h"
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "Answers.h"
+#include "ConsoleMarks.h"
+#include "IsolatedTest.h"
+#include "OutputFile.h"
+#include "TestRun.h"
+#include "Text.h"
+
+namespace runner {
+namespace {
+
+constexpr std::size_t kKeptPrompt = 8192;
+
+volatile std::sig_atomic_t resized = 0;
+
+/// The operator's terminal hands every key on; what keys mean is up to the inner one.
+class RawTerminal {
+ public:
+  explicit RawTerminal(const termios& before) : before_(before) {
+    termios raw = before;
+    cfmakeraw(&raw);
+    tcsetattr(STDIN_FILENO, TCSANOW, &raw);
+  }
+  ~RawTerminal() { tcsetattr(STDIN_FILENO, TCSADRAIN, &before_); }
+  RawTerminal(const RawTerminal&) = delete;
+  RawTerminal& operator=(const RawTerminal&) = delete;
+
+ private:
+  termios before_;
+};
+
+void CopyWindowSize(int to) {
+  winsize size{};
+  if (ioctl(STDIN_FILENO, TIOCGWINSZ, &size) == 0) ioctl(to, TIOCSWINSZ, &size);
+}
+
+[[noreturn]] void BeConsole(int slave, const std::string& key,
+                            const std::function<int()>& console) {
+  setsid();
+  ioctl(slave, TIOCSCTTY, 0);
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(slave, fd);
+  MarkWaitingAndTaken(key);
+  std::exit(console());
+}
+
+/// Writes down what is answered, while the output passes through to the operator.
+class Notes {
+ public:
+  Notes(OutputFile& file, const std::string& key)
+      : file_(file),
+        marks_(key, {[this](std::string_view text) { Printed(text); },
+                     [this](console::Input) { prompt_ = LastLine(CleanText(printed_)); },
+                     [this](console::Input kind, const std::string& testId,
+                            const std::string& text) { Taken(kind, testId, text); }}) {}
+
+  void Read(std::string_view output) { marks_.Read(output); }
+  void End() { marks_.End(); }
+
+ private:
+  void Printed(std::string_view text) {
+    WriteAll(STDOUT_FILENO, text);
+    printed_ += text;
+    if (printed_.size() > 2 * kKeptPrompt) printed_.erase(0, printed_.size() - kKeptPrompt);
+  }
+  void Taken(console::Input kind, const std::string& testId, const std::string& text) {
+    if (!testId.empty())
+      file_.Write(FormatAnswer(testId, prompt_, {kind == console::Input::kKey, text}));
+    printed_.clear();
+    prompt_.clear();
+  }
+
+  OutputFile& file_;
+  std::string printed_;  // since the last answer
+  std::string prompt_;   // as it was before the operator began to type
+  MarkReader marks_;
+};
+
+/// Copies what comes from `from`; false at its end.
+bool Take(int from, std::string& bytes) {
+  char block[4096];
+  const ssize_t got = read(from, block, sizeof block);
+  bytes.assign(block, static_cast<std::size_t>(got > 0 ? got : 0));
+  return got > 0 || (got < 0 && errno == EINTR);
+}
+
+void Relay(int master, Notes& notes) {
+  pollfd pollers[] = {{master, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
+  std::string bytes;
+  for (;;) {
+    if (resized != 0) CopyWindowSize(master);
+    resized = 0;
+    if (poll(pollers, 2, -1) < 0) continue;
+    if (pollers[0].revents != 0) {
+      if (!Take(master, bytes)) break;
+      notes.Read(bytes);
+    }
+    if (pollers[1].revents == 0) continue;
+    if (Take(STDIN_FILENO, bytes)) {
+      WriteAll(master, bytes);
+    } else {
+      return;  // the terminal hung up; closing the inner one hangs up on the console
+    }
+  }
+  notes.End();
+}
+
+int RelaySession(int master, OutputFile& file, const std::string& key, const termios& before) {
+  const RawTerminal raw(before);
+  Notes notes(file, key);
+  struct sigaction action = {};
+  action.sa_handler = [](int) { resized = 1; };
+  sigaction(SIGWINCH, &action, nullptr);
+  Relay(master, notes);
+  return file.Good() ? kAllPassed : kHarnessFailed;
+}
+
+}  // namespace
+
+int RecordSession(const std::string& path, const std::function<int()>& console) {
+  termios attributes{};
+  if (tcgetattr(STDIN_FILENO, &attributes) != 0) {
+    std::fprintf(stderr, "cvntester: --record needs an operator at a terminal\n");
+    return kUsage;
+  }
+  OutputFile file(path, -1);
+  file.Write("# test\tprompt\tanswer\n");
+  int master = -1;
+  int slave = -1;
+  if (!file.Good()) return kHarnessFailed;
+  if (!OpenTerminal(master, slave)) {
+    std::fprintf(stderr, "cvntester: no terminal: %s\n", std::strerror(errno));
+    return kHarnessFailed;
+  }
+  tcsetattr(slave, TCSANOW, &attributes);
+  CopyWindowSize(slave);
+  const std::string key = MakeMarkKey();
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) BeConsole(slave, key, console);
+  close(slave);
+  const int relayed = child < 0 ? kHarnessFailed : RelaySession(master, file, key, attributes);
+  close(master);
+  int status = 0;
+  if (child < 0 || waitpid(child, &status, 0) != child || relayed != 0) return kHarnessFailed;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace runner

@@ -1,0 +1,202 @@
+#include "ResultDirectory.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "OutputFile.h"
+#include "Text.h"
+
+namespace runner {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kTitle[] = "cvntester journal 1";
+constexpr std::size_t kLongestLog = std::size_t{8} << 20;
+constexpr std::size_t kTail = std::size_t{32} << 10;
+
+std::string SystemError(const std::string& what) {
+  return what + ": " + std::strerror(errno);
+}
+
+/// New names in a directory are on the disk only when the directory is.
+void SyncDirectory(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  fsync(fd);
+  close(fd);
+}
+
+std::string Line(std::vector<std::string> fields) {
+  for (std::string& field : fields) field = Escaped(field);
+  return Joined(fields, "\t") + '\n';
+}
+
+std::string HeadText(const RunHead& head) {
+  std::string text = Line({kTitle}) + Line({"directory", head.directory});
+  for (const std::string& word : head.words) text += Line({"word", word});
+  for (const std::string& test : head.tests) text += Line({"test", test});
+  return text + Line({"tests", std::to_string(head.tests.size())});
+}
+
+template <class Number>
+bool Parse(const std::string& text, Number& number) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+bool ReadEnd(const std::vector<std::string>& fields, JournalEntry& entry) {
+  if (fields.size() != 6 || fields[1] != entry.id) return false;
+  const auto name = std::ranges::find(kVerdictNames, fields[2]);
+  if (name == kVerdictNames.end()) return false;
+  entry.ended = true;
+  entry.verdict = static_cast<Verdict>(name - kVerdictNames.begin());
+  entry.message = fields[5];
+  return Parse(fields[3], entry.result) && Parse(fields[4], entry.seconds);
+}
+
+/// Takes one line of a journal. False when it is none.
+bool ReadLine(const std::string& line, RunHead& head, std::vector<JournalEntry>& entries,
+              bool& headIsWhole) {
+  std::vector<std::string> fields;
+  for (const std::string& field : Split(line, '\t')) {
+    const auto value = Unescaped(field);
+    if (!value) return false;
+    fields.push_back(*value);
+  }
+  const std::string& kind = fields[0];
+  if (kind == "end") return !entries.empty() && ReadEnd(fields, entries.back());
+  if (fields.size() != 2) return false;
+  const std::string& value = fields[1];
+  if (kind == "directory") head.directory = value;
+  if (kind == "word") head.words.push_back(value);
+  if (kind == "test") head.tests.push_back(value);
+  if (kind == "tests") headIsWhole = value == std::to_string(head.tests.size());
+  if (kind == "start") entries.emplace_back().id = value;
+  return true;
+}
+
+}  // namespace
+
+TestLog::~TestLog() {
+  if (fd_ >= 0) close(fd_);
+}
+
+bool TestLog::Open(const std::string& path) {
+  fd_ = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  good_ = fd_ >= 0;
+  return good_;
+}
+
+void TestLog::Add(std::string_view text) {
+  tail_ += text;
+  if (tail_.size() > 2 * kTail) tail_.erase(0, tail_.size() - kTail);
+  const std::size_t room = kLongestLog - std::min(kLongestLog, size_);
+  size_ += text.size();
+  if (fd_ >= 0 && room > 0) good_ = WriteAll(fd_, text.substr(0, room)) && good_;
+}
+
+bool TestLog::Close() {
+  if (fd_ < 0) return good_;
+  if (size_ > kLongestLog) {
+    const std::string note =
+        "\n[" + std::to_string(size_ - kLongestLog) + " more bytes are not kept]\n";
+    good_ = WriteAll(fd_, note) && good_;
+  }
+  good_ = fsync(fd_) == 0 && good_;
+  close(fd_);
+  fd_ = -1;
+  return good_;
+}
+
+std::string TestLog::CleanTail() const {
+  return CleanText(std::string_view(tail_).substr(tail_.size() - std::min(tail_.size(), kTail)));
+}
+
+ResultDirectory::~ResultDirectory() {
+  if (journal_ >= 0) close(journal_);
+}
+
+std::string ResultDirectory::Create(const std::string& path, const RunHead& head) {
+  std::error_code error;
+  if (fs::exists(path, error) && !fs::is_empty(path, error))
+    return path + ": holds something already; a new directory is needed, or --resume";
+  fs::create_directories(path + "/logs", error);
+  if (error) return path + ": " + error.message();
+  path_ = path;
+  const std::string journal = path + "/journal";
+  journal_ = open(journal.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0644);
+  if (journal_ < 0 || !Note(HeadText(head))) return SystemError(journal);
+  SyncDirectory(path);
+  return "";
+}
+
+std::string ResultDirectory::Open(const std::string& path, RunHead& head,
+                                  std::vector<JournalEntry>& entries) {
+  // The run goes on in its own working directory.
+  std::error_code error;
+  path_ = fs::absolute(path, error);
+  const std::string journal = path_ + "/journal";
+  std::ifstream file(journal, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (!file) return SystemError(journal);
+  text.resize(text.rfind('\n') + 1);  // npos + 1 is 0
+
+  std::vector<std::string> lines = Split(text, '\n');
+  lines.pop_back();
+  bool headIsWhole = false;
+  if (lines.empty() || lines[0] != kTitle) return journal + ": no journal of this program";
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    if (!ReadLine(lines[i], head, entries, headIsWhole))
+      return journal + ":" + std::to_string(i + 1) + ": no line of a journal";
+  }
+  if (!headIsWhole) return journal + ": was cut off before the first test; begin a new run";
+  journal_ = open(journal.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  if (journal_ < 0 || ftruncate(journal_, static_cast<off_t>(text.size())) != 0)
+    return SystemError(journal);
+  return "";
+}
+
+bool ResultDirectory::NoteStart(const PlannedTest& test) const {
+  return Note(Line({"start", test.id}));
+}
+
+bool ResultDirectory::NoteEnd(const TestResult& result, int reportResult) const {
+  return Note(Line({"end", result.test.id, std::string(VerdictName(result.verdict)),
+                    std::to_string(reportResult), SecondsText(result.seconds), result.message}));
+}
+
+bool ResultDirectory::Note(const std::string& line) const {
+  return WriteAll(journal_, line) && fdatasync(journal_) == 0;
+}
+
+std::string ResultDirectory::LogName(const PlannedTest& test, const std::string& extension) const {
+  std::string id = test.id;
+  std::replace(id.begin(), id.end(), '/', '.');
+  char number[16];
+  std::snprintf(number, sizeof number, "%04zu", test.number);
+  return "logs/" + std::string(number) + "-" + id + "." + extension;
+}
+
+std::string ResultDirectory::LogPath(const PlannedTest& test, const std::string& extension) const {
+  return path_ + "/" + LogName(test, extension);
+}
+
+std::string ReadCleanTail(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(0, std::ios::end);
+  const auto size = static_cast<std::streamoff>(file.tellg());
+  file.seekg(std::max<std::streamoff>(0, size - static_cast<std::streamoff>(kTail)));
+  return CleanText(std::string{std::istreambuf_iterator<char>(file), {}});
+}
+
+}  // namespace runner

@@ -1,0 +1,64 @@
+// What happens in a run, told to everything that writes results. All texts are clean.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "Verdict.h"
+
+namespace runner {
+
+/// One execution of one test in a run.
+struct PlannedTest {
+  std::size_t number = 0;  // from 1 on
+  int round = 1;
+  std::string id;           // unique in the run: "VscModule/31", in later rounds "VscModule/31@2"
+  std::string moduleClass;  // "VscModule"
+  std::string name;
+  std::string description;
+};
+
+struct TestResult {
+  PlannedTest test;
+  Verdict verdict = Verdict::kError;
+  std::string message;  // one line, may be empty
+  double seconds = 0;
+  std::string output;    // the end of what the test printed
+  std::string log;       // its log file's name in the result directory, may be empty
+  bool earlier = false;  // taken from the journal of the run that goes on here
+};
+
+/// Totals of a run.
+struct Totals {
+  std::size_t listed = 0;
+  std::array<std::size_t, kVerdictNames.size()> of{};  // by verdict
+  double seconds = 0;
+
+  std::size_t Of(Verdict verdict) const { return of[static_cast<std::size_t>(verdict)]; }
+  /// Tests that ran to an end of their own or to their limit.
+  std::size_t Run() const { return Of(Verdict::kPass) + Of(Verdict::kFail) + Of(Verdict::kError); }
+  bool AddUp() const { return listed == Run() + Of(Verdict::kSkipped) + Of(Verdict::kBlocked); }
+  /// "12 listed = 9 run + 2 skipped + 1 blocked; 7 passed, 1 failed, 1 errors"
+  std::string Text() const;
+};
+
+class RunListener {
+ public:
+  RunListener() = default;
+  virtual ~RunListener() = default;
+  RunListener(const RunListener&) = delete;
+  RunListener& operator=(const RunListener&) = delete;
+
+  /// `tests` is how many will be told, 0 when nobody knows.
+  virtual void RunStarted(std::size_t tests) = 0;
+  virtual void TestStarted(const PlannedTest&) {}
+  virtual void TestPrinted(const std::string&) {}
+  virtual void TestEnded(const TestResult& result) = 0;
+  virtual void RunEnded(const Totals& totals) = 0;
+  /// False when anything told could not be written.
+  virtual bool Good() const = 0;
+};
+
+}  // namespace runner

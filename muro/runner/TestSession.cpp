@@ -1,0 +1,135 @@
+#include "TestSession.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "ConsoleInput.h"
+#include "Text.h"
+
+namespace runner {
+namespace {
+
+constexpr int kLookMs = 50;
+constexpr std::size_t kKeptPrompt = 8192;
+
+double SecondsSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+std::string Limit(double seconds) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g s", seconds);
+  return text;
+}
+
+std::string SignalText(int signal) {
+  // The names are the same on every board, the descriptions are not.
+  const char* name = sigabbrev_np(signal);
+  return "signal " + std::to_string(signal) + (name == nullptr ? "" : std::string(" SIG") + name);
+}
+
+/// In the child: the test, whose end of input is a failure as it is for an operator.
+int RunTest(TestCase& test, const std::string& key) {
+  MarkWaiting(key);
+  console::SetEndOfInputHandler([] { LeaveChild(1); });
+  return test.Execute();
+}
+
+}  // namespace
+
+TestSession::TestSession(const TestEntry& entry, const std::vector<AnswerRule>& rules,
+                         const Limits& limits, Listener listener)
+    : entry_(entry),
+      limits_(limits),
+      listener_(std::move(listener)),
+      answers_(rules, entry),
+      marks_(key_, {[this](std::string_view text) { Printed(text); },
+                    [this](console::Input kind) { Waiting(kind); },
+                    {}}) {}
+
+Outcome TestSession::Run(bool (*interrupted)()) {
+  const std::string error = test_.Start([this] { return RunTest(*entry_.test, key_); });
+  if (!error.empty()) {
+    outcome_.message = error;
+    outcome_.harness = true;
+    return outcome_;
+  }
+  std::string output;
+  for (bool more = true; more;) {
+    more = test_.Wait(kLookMs, output);
+    if (!output.empty()) marks_.Read(output);
+    output.clear();
+    if (interrupted()) Break(Verdict::kError, "the run was interrupted");
+    WatchLimits();
+  }
+  marks_.End();
+  outcome_.seconds = SecondsSince(start_);
+  Judge(test_.End());
+  return outcome_;
+}
+
+void TestSession::Printed(std::string_view text) {
+  lastOutput_ = Clock::now();
+  listener_(text);
+  printed_ += text;
+  if (printed_.size() > 2 * kKeptPrompt) printed_.erase(0, printed_.size() - kKeptPrompt);
+}
+
+void TestSession::Waiting(console::Input kind) {
+  if (broken_) return;
+  const auto answer = answers_.Next(printed_, kind);
+  waiting_ = !answer;
+  if (!answer) return;
+  test_.Type(*answer);
+  listener_(*answer);
+  lastOutput_ = Clock::now();
+  printed_.clear();
+}
+
+void TestSession::WatchLimits() {
+  if (limits_.timeoutS > 0 && SecondsSince(start_) > limits_.timeoutS)
+    Break(Verdict::kError, "timeout: still running after " + Limit(limits_.timeoutS));
+  if (limits_.idleS <= 0 || SecondsSince(lastOutput_) <= limits_.idleS) return;
+  if (waiting_) {
+    Break(Verdict::kBlocked, "no answer to '" + LastLine(CleanText(printed_)) + "'");
+  } else {
+    Break(Verdict::kError, "timeout: no output for " + Limit(limits_.idleS));
+  }
+}
+
+void TestSession::Break(Verdict verdict, const std::string& message) {
+  if (broken_) return;
+  broken_ = true;
+  outcome_.verdict = verdict;
+  outcome_.message = message;
+  test_.Stop();
+}
+
+void TestSession::Judge(const ChildEnd& end) {
+  if (broken_) return;
+  switch (end.kind) {
+    case ChildEnd::kReturned:
+      outcome_.result = end.value;
+      if (end.value == 0) outcome_.verdict = Verdict::kPass;
+      if (end.value == 1) outcome_.verdict = Verdict::kFail;
+      if (end.value != 0 && end.value != 1)
+        outcome_.message = "undefined result " + std::to_string(end.value);
+      break;
+    case ChildEnd::kExited:
+      outcome_.message = "exited with status " + std::to_string(end.value) + " in the test";
+      break;
+    case ChildEnd::kSignalled:
+      outcome_.message = "killed by " + SignalText(end.value);
+      break;
+    case ChildEnd::kGuardLost:
+      outcome_.message = "killed the process that guards it, " + SignalText(end.value);
+      break;
+  }
+  if (end.leftChildren > 0) {
+    outcome_.message += (outcome_.message.empty() ? "" : "; ") + std::string("left ") +
+                        std::to_string(end.leftChildren) + " process(es) running, ended";
+  }
+}
+
+}  // namespace runner

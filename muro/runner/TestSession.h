@@ -1,0 +1,68 @@
+// One test run without its operator: answers typed, limits kept, the end judged.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Answers.h"
+#include "ConsoleMarks.h"
+#include "IsolatedTest.h"
+#include "TestList.h"
+#include "Verdict.h"
+
+namespace runner {
+
+/// Limits of one test, in seconds; 0 is none.
+struct Limits {
+  double timeoutS = 600;  // in all
+  double idleS = 60;      // without output
+};
+
+/// What became of a test.
+struct Outcome {
+  Verdict verdict = Verdict::kError;
+  std::string message;  // one clean line; empty when there is nothing to tell
+  double seconds = 0;
+  int result = 1;        // what the report's line says: 0 pass, 1 fail, anything else undefined
+  bool harness = false;  // the harness could not run the test at all
+};
+
+class TestSession {
+ public:
+  /// Hears what the test prints and what is typed, as it would stand on a terminal.
+  using Listener = std::function<void(std::string_view text)>;
+
+  TestSession(const TestEntry& entry, const std::vector<AnswerRule>& rules, const Limits& limits,
+              Listener listener);
+
+  /// Runs the test to its end. Becomes an error as soon as `interrupted` gives true.
+  Outcome Run(bool (*interrupted)());
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void Printed(std::string_view text);
+  void Waiting(console::Input kind);
+  void WatchLimits();
+  void Break(Verdict verdict, const std::string& message);
+  void Judge(const ChildEnd& end);
+
+  const TestEntry& entry_;
+  Limits limits_;
+  Listener listener_;
+  std::string key_ = MakeMarkKey();
+  AnswerScript answers_;
+  IsolatedTest test_;
+  MarkReader marks_;
+  Clock::time_point start_ = Clock::now();
+  Clock::time_point lastOutput_ = start_;
+  std::string printed_;   // since the last answer
+  bool waiting_ = false;  // for an answer that no rule gives
+  bool broken_ = false;   // the verdict is there before the test's end
+  Outcome outcome_;
+};
+
+}  // namespace runner

@@ -1,0 +1,36 @@
+#include "TraceCopy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "OutputFile.h"
+
+namespace runner {
+namespace {
+
+off_t SizeOf(const std::string& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 ? status.st_size : 0;
+}
+
+}  // namespace
+
+TraceCopy::TraceCopy(const std::string& path)
+    : path_(path), begin_(path.empty() ? 0 : SizeOf(path)) {}
+
+bool TraceCopy::Keep(const std::string& copyPath) const {
+  if (path_.empty()) return true;
+  const int from = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+  if (from < 0) return true;  // the HAL was not called yet
+  // A file that became shorter was begun anew.
+  lseek(from, SizeOf(path_) < begin_ ? 0 : begin_, SEEK_SET);
+  OutputFile copy(copyPath, -1);
+  char block[65536];
+  for (ssize_t got = 0; (got = read(from, block, sizeof block)) > 0;)
+    copy.Write({block, static_cast<std::size_t>(got)});
+  close(from);
+  return copy.Good();
+}
+
+}  // namespace runner
