@@ -95,6 +95,7 @@ bool Unpack(const std::string& archive, const std::string& directory) {
 std::string FillHome(const std::string& home, const Options& options) {
   std::error_code error;
   fs::create_directories(home + "config", error);
+  std::ofstream(home + "config/report_send_to_USB_TFTP.config") << "0\n";  // nowhere
   fs::create_directories(home + "golden_data", error);
   fs::create_directory_symlink(fs::absolute(options.golden), home + "golden_data/playback", error);
   if (fs::is_directory(options.dump)) {
@@ -133,6 +134,11 @@ std::string MakeReport(const CM_TestCase& testCase) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+std::string SingleSpaced(const std::string& text) {
+  std::istringstream words(text);
+  return Joined({std::istream_iterator<std::string>(words), {}}, " ");
+}
+
 /// The stage's outcome as a test. A stage that could not be compared is an error.
 TestResult ResultOf(const CM_Module& module, const CM_TestCase& testCase, std::size_t number) {
   const std::string stage = Module_Type_To_String_Simple(module.type);
@@ -154,7 +160,7 @@ TestResult ResultOf(const CM_Module& module, const CM_TestCase& testCase, std::s
   std::ostringstream row;
   const bool passed = module.result->PrintSimpleTable(row);
   result.verdict = passed ? Verdict::kPass : Verdict::kFail;
-  if (!passed) result.message = Trimmed(CleanLine(row.str()));
+  if (!passed) result.message = SingleSpaced(CleanLine(row.str()));
   return result;
 }
 

@@ -51,8 +51,9 @@ void MakePlain(int terminal) {
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(slave, fd);
   for (const int signal : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) std::signal(signal, SIG_DFL);
   std::setvbuf(stdin, nullptr, _IONBF, 0);
-  // A crash loses no whole line.
-  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+  // A crash loses no whole line. The buffer is a new one: the old one keeps its ways.
+  static char buffer[BUFSIZ];
+  std::setvbuf(stdout, buffer, _IOLBF, sizeof buffer);
   childReport = report;
   LeaveChild(body());
 }

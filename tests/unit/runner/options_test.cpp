@@ -1,0 +1,121 @@
+// The command line, the selection and the order of runs.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "TestFrame.h"
+#include "runner/Options.h"
+#include "runner/TestList.h"
+#include "runner/TestRun.h"
+#include "runner/Text.h"
+
+namespace {
+
+using runner::Options;
+
+TEST(OptionsTest, WrongCommandLinesAreRefusedWithWhatIsWrong) {
+  const struct {
+    const char* words;
+    const char* problem;
+  } cases[] = {
+      {"--nonsense", "unknown option --nonsense"},
+      {"VscModule", "'VscModule' is no option"},
+      {"--run", "--run needs PATTERN"},
+      {"--run A --list", "--list: one of the things to do only"},
+      {"--run A --repeat 0", "--repeat: '0' is no number"},
+      {"--run A --repeat 2x", "--repeat: '2x' is no number"},
+      {"--run A --timeout -1", "--timeout needs SECONDS"},
+      {"--run A --timeout=-1", "--timeout: '-1' is no number of seconds"},
+      {"--run A --shuffle 4294967296", "--shuffle: '4294967296' is no number"},
+      {"--run A --color red", "--color: 'red' is none of auto|always|never"},
+      {"--run A --format tsv", "--format does not belong here; it goes with --list"},
+      {"--list --junit x", "--junit does not belong here; it goes with --run, --verify"},
+      {"--run A --record f", "--record does not belong here; it stands alone"},
+      {"--run A --tap - --lava -", "only one kind of result can go to standard output"},
+      {"--verify 101 --dump d", "--verify needs --dump and --golden"},
+      {"--version=2", "--version takes no value"},
+      {"--junit=", "--junit: must not be empty"},
+  };
+  for (const auto& [words, problem] : cases) {
+    Options options;
+    const std::string said = runner::ParseOptions(runner::Split(words, ' '), options);
+    EXPECT_TRUE(said.starts_with(problem)) << words << ": " << said;
+  }
+}
+
+TEST(OptionsTest, PatternsAndValuesMayBeMixed) {
+  Options options;
+  EXPECT_EQ(runner::ParseOptions({"--run", "A", "B/1", "--tap=-", "--exclude", "C", "D", "--repeat",
+                                  "3", "--run", "E"},
+                                 options),
+            "");
+  EXPECT_EQ(options.patterns, (std::vector<std::string>{"A", "B/1", "E"}));
+  EXPECT_EQ(options.excluded, (std::vector<std::string>{"C", "D"}));
+  EXPECT_EQ(options.outputs.tap, "-");
+  EXPECT_EQ(options.repeat, 3);
+}
+
+std::vector<std::string> Selected(const std::vector<std::string>& patterns,
+                                  const std::vector<std::string>& excluded = {}) {
+  std::string unmatched;
+  std::vector<std::string> ids;
+  for (const auto& entry : runner::Select(runner::AllTests(), patterns, excluded, unmatched))
+    ids.push_back(entry.id);
+  if (!unmatched.empty()) ids.push_back("unmatched " + unmatched);
+  return ids;
+}
+
+TEST(SelectionTest, PatternsMeanModulesNumbersNamesAndDescriptions) {
+  TestFrame::GetInstance()->DoInit();
+  using Ids = std::vector<std::string>;
+  EXPECT_EQ(Selected({"VscModule/31"}), Ids{"VscModule/31"});
+  EXPECT_EQ(Selected({"UTVfeHdmiModule/20"}),
+            (Ids{"UTVfeHdmiModule/20", "UTVfeHdmiModule/20.2", "UTVfeHdmiModule/20.3"}));
+  EXPECT_EQ(Selected({"UTVfeHdmiModule/20.2"}), Ids{"UTVfeHdmiModule/20.2"});
+  EXPECT_EQ(Selected({"Vsc MURO 3"}), Ids{"VscModule/3"});
+  EXPECT_EQ(Selected({"GetARCChannel"}), Ids{"UTVfeHdmiModule/20.2"});
+  EXPECT_EQ(Selected({"UTSvp*", "VscModule/3"}, {"*/2"}).front(), "VscModule/3");
+  EXPECT_EQ(Selected({"vscmodule"}), Ids{"unmatched vscmodule"});
+  EXPECT_EQ(Selected({"VscModule/1"}, {"Nix"}), (Ids{"VscModule/1", "unmatched Nix"}));
+}
+
+TEST(SelectionTest, EveryTestHasAnIdOfItsOwnAndAPlaceInTheMenus) {
+  TestFrame::GetInstance()->DoInit();
+  std::set<std::string> ids;
+  for (const auto& entry : runner::AllTests()) {
+    EXPECT_TRUE(ids.insert(entry.id).second) << entry.id;
+    EXPECT_EQ(entry.id.find(' '), std::string::npos);
+    // The position leads from the main menu to the test.
+    Case* at = entry.test;
+    while (at->getParaent() != nullptr) at = at->getParaent();
+    for (const std::string& choice : runner::Split(entry.position, ' '))
+      at = at->getChild(static_cast<unsigned short>(std::stoi(choice)));
+    EXPECT_EQ(at, entry.test) << entry.position;
+  }
+}
+
+std::vector<std::size_t> Order(const Options& options, int round) {
+  runner::Plan plan(50, options);
+  std::vector<std::size_t> order;
+  while (const auto step = plan.Next()) {
+    if (step->round == round) order.push_back(step->index);
+  }
+  return order;
+}
+
+TEST(PlanTest, ShuffledRoundsHaveEveryTestOnceAndTheSameOrderForTheSameSeed) {
+  Options options;
+  options.repeat = 2;
+  options.shuffleSeed = 7;
+  auto first = Order(options, 1);
+  EXPECT_EQ(first, Order(options, 1));
+  EXPECT_NE(first, Order(options, 2));
+  options.shuffleSeed = 8;
+  EXPECT_NE(first, Order(options, 1));
+  options.shuffleSeed.reset();
+  std::sort(first.begin(), first.end());
+  EXPECT_EQ(first, Order(options, 1));
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+// Tests that run without their operator: prompts, keys, limits and results.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "ConsoleInput.h"
+#include "runner/TestSession.h"
+
+namespace {
+
+using runner::AnswerRule;
+using runner::Outcome;
+using runner::Verdict;
+
+struct Played {
+  Outcome outcome;
+  std::string console;
+};
+
+/// Plays a function as a test that judges itself, unless `byOperator`.
+Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool byOperator = false) {
+  ST_THAL_TEST_CASE_T record{1, "name", "description", function, !byOperator};
+  TestCase test(&record);
+  const runner::TestEntry entry{&test, "Module", "Module/1", "", "", false};
+  Played played;
+  runner::TestSession session(entry, rules, {.timeoutS = 5, .idleS = 0.3},
+                              [&](std::string_view text) { played.console += text; });
+  played.outcome = session.Run([] { return false; });
+  return played;
+}
+
+std::vector<AnswerRule> Rules(const std::string& prompt, const std::string& answer,
+                              bool keys = false) {
+  return {{"Module/1", prompt, {{keys, answer}}}};
+}
+
+int AskInPieces(char*) {
+  std::fputs("first ", stdout);
+  std::fflush(stdout);
+  usleep(1);
+  std::fputs("second=", stdout);
+  return console::ReadNumber() == 42 ? 0 : 1;
+}
+
+TEST(SessionTest, APromptInPiecesIsAnsweredWhenItIsWhole) {
+  const Played played = Play(AskInPieces, Rules("first second=", "42"));
+  EXPECT_EQ(played.outcome.verdict, Verdict::kPass) << played.outcome.message;
+  EXPECT_EQ(played.console, "first second=42\n");
+}
+
+TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {
+  for (const char* wrong : {"other=", "second", "second=?"}) {
+    const Played played = Play(AskInPieces, Rules(wrong, "42"));
+    EXPECT_EQ(played.outcome.verdict, Verdict::kBlocked);
+    EXPECT_EQ(played.outcome.message, "no answer to 'first second='");
+    EXPECT_EQ(played.outcome.result, 1);
+  }
+  const auto unjudged = Play([](char*) { return 0; }, {}, true);
+  EXPECT_EQ(unjudged.outcome.verdict, Verdict::kBlocked);
+}
+
+TEST(SessionTest, TheOperatorsVerdictCounts) {
+  const auto ok = [](char*) { return 0; };
+  EXPECT_EQ(Play(ok, Rules("*FAIL*", "y"), true).outcome.verdict, Verdict::kPass);
+  EXPECT_EQ(Play(ok, Rules("*FAIL*", "n"), true).outcome.verdict, Verdict::kFail);
+}
+
+TEST(SessionTest, KeysAreTypedWhereKeysAreRead) {
+  const auto keys = [](char*) {
+    std::fputs("press", stdout);
+    std::string typed;
+    while (typed.size() < 3) typed += console::ReadKey();
+    return typed == "\033[A" ? 0 : 1;
+  };
+  EXPECT_EQ(Play(keys, Rules("press", "\033[A", true)).outcome.verdict, Verdict::kPass);
+}
+
+TEST(SessionTest, ATestThatLooksForAKeyGoesOnUntilOneIsTyped) {
+  const auto polling = [](char*) {
+    for (int i = 0;; ++i) {
+      std::printf("poll %d\n", i);
+      if (kbhit() != 0) return mygetch() == 'q' && i >= 3 ? 0 : 1;
+    }
+  };
+  EXPECT_EQ(Play(polling, Rules("poll 3", "q", true)).outcome.verdict, Verdict::kPass);
+}
+
+TEST(SessionTest, WhatIsTypedIsNotThrownAwayAsTypedAhead) {
+  const auto number = [](char*) {
+    int port = 0;
+    for (int i = 0; i < 3; ++i) {
+      std::printf("port %d ? ", i);
+      if (_get_number_with_range(&port, 0, 3, 10) != 0 || port != i) return 1;
+    }
+    return _get_yes_no_with_text("sure") == 1 ? 0 : 1;
+  };
+  const std::vector<AnswerRule> rules = {
+      {"Module", "port*", {{false, "0"}, {false, "1"}, {false, "2"}}},
+      {"Module", "sure*", {{false, "y"}}}};
+  EXPECT_EQ(Play(number, rules).outcome.verdict, Verdict::kPass);
+}
+
+TEST(SessionTest, EndOfInputFailsTheTest) {
+  const Played played = Play(AskInPieces, Rules("*", "\x04", true));
+  EXPECT_EQ(played.outcome.verdict, Verdict::kFail);
+}
+
+TEST(SessionTest, ResultsThatSayNothingAndEndsWithoutResultsAreErrors) {
+  const struct {
+    int (*function)(char*);
+    const char* message;
+  } cases[] = {
+      {[](char*) { return 2; }, "undefined result 2"},
+      {[](char*) -> int { _exit(0); }, "exited with status 0 in the test"},
+      {[](char*) -> int {
+         for (;;) pause();
+       },
+       "timeout: no output for 0.3 s"},
+      {[](char*) -> int {
+         for (;;) std::puts("again");
+       },
+       "timeout: still running after 5 s"},
+  };
+  for (const auto& [function, message] : cases) {
+    const Played played = Play(function, {});
+    EXPECT_EQ(played.outcome.verdict, Verdict::kError);
+    EXPECT_EQ(played.outcome.message, message);
+  }
+}
+
+TEST(SessionTest, ALineThatATestPrintedLastIsKeptWhenItCrashes) {
+  const Played played = Play(
+      [](char*) -> int {
+        std::puts("before the end");
+        abort();
+      },
+      {});
+  EXPECT_EQ(played.outcome.message, "killed by signal 6 SIGABRT");
+  EXPECT_TRUE(played.console.starts_with("before the end\n")) << played.console;
+}
+
+}  // namespace

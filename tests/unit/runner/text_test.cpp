@@ -1,0 +1,73 @@
+// Output of tests, made fit for files, and marks in it.
+#include <gtest/gtest.h>
+
+#include "runner/ConsoleMarks.h"
+#include "runner/Text.h"
+
+namespace {
+
+TEST(TextTest, OnlyCleanTextGoesIntoFiles) {
+  const struct {
+    std::string text;
+    std::string clean;
+  } cases[] = {
+      {"plain\n\tline\r\n", "plain\n line\n"},
+      {"\033[1;31mred\033[m", "red"},
+      {"\033]0;title\atext\033_cvn\033\\end", "textend"},
+      {"cut \033[1;3", "cut "},
+      {"\033", ""},
+      {"bell\a null" + std::string(1, '\0') + "\x7f", "bell  null  "},
+      {"\xc3\xbc\xe2\x82\xac\xf0\x9f\x93\xba", "\xc3\xbc\xe2\x82\xac\xf0\x9f\x93\xba"},
+      {"\xff\xfe", "\xef\xbf\xbd\xef\xbf\xbd"},
+      {"\xc3(", "\xef\xbf\xbd("},                // cut short
+      {"\xc0\xaf", "\xef\xbf\xbd\xef\xbf\xbd"},  // overlong
+      {"\xed\xa0\x80", "\xef\xbf\xbd"},          // a surrogate
+      {"\xef\xbf\xbf", "\xef\xbf\xbd"},          // no character of XML
+      {"\xc2\x85", "\xef\xbf\xbd"},              // a control of ISO 6429
+      {"\xf4\x90\x80\x80", "\xef\xbf\xbd"},      // beyond Unicode
+      {"\xe2\x82", "\xef\xbf\xbd"},              // ends in the middle
+  };
+  for (const auto& [text, clean] : cases)
+    EXPECT_EQ(runner::CleanText(text), clean) << runner::Escaped(text);
+}
+
+TEST(TextTest, EscapesAreTakenBackByteForByte) {
+  std::string all;
+  for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
+  const std::string escaped = runner::Escaped(all);
+  EXPECT_EQ(escaped.find_first_of("\t\n\033"), std::string::npos);
+  EXPECT_EQ(runner::Unescaped(escaped), all);
+  for (const char* wrong : {"\\", "\\q", "\\x1", "\\xZZ", "\\x4G"})
+    EXPECT_EQ(runner::Unescaped(wrong), std::nullopt) << wrong;
+}
+
+TEST(TextTest, AGlobOfATextMatchesThatTextOnly) {
+  const std::string text = "0(Off), [1]? *\\";
+  EXPECT_TRUE(runner::MatchesGlob(runner::GlobOf(text), text));
+  EXPECT_FALSE(runner::MatchesGlob(runner::GlobOf(text), "0(Off), [1]x *\\"));
+}
+
+TEST(MarksTest, MarksAreFoundHoweverTheOutputIsCut) {
+  const std::string key = "0123";
+  const std::string marked =
+      "a "
+      "prompt=\033_cvn0123?L\033\\more\033[1m\033_cvn\033_cvn0123!KVscModule/"
+      "1\t\\x1b\033\\end\033_cvn01";
+  for (std::size_t cut = 0; cut <= marked.size(); ++cut) {
+    std::string heard;
+    runner::MarkReader reader(
+        key, {[&](std::string_view text) { heard += text; },
+              [&](console::Input kind) { heard += kind == console::Input::kLine ? "<L>" : "<?>"; },
+              [&](console::Input kind, const std::string& id, const std::string& text) {
+                heard += "<" + id + (kind == console::Input::kKey ? " key " : " ? ") +
+                         runner::Escaped(text) + ">";
+              }});
+    reader.Read(marked.substr(0, cut));
+    reader.Read(marked.substr(cut));
+    reader.End();
+    EXPECT_EQ(heard, "a prompt=<L>more\033[1m\033_cvn<VscModule/1 key \\e>end\033_cvn01")
+        << "cut at " << cut;
+  }
+}
+
+}  // namespace
