@@ -1,0 +1,285 @@
+// Runs without an operator on the simulated board, with drivers that go astray, and what other
+// programs read from the results.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "BoardFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Pty;
+
+constexpr char kChoice[] = "Please enter a choice : ";
+constexpr int kRunLimitMs = 60000;
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class UnattendedTest : public test::BoardFixture {
+ protected:
+  /// Runs cvntester with the arguments to its end and returns its exit status.
+  int Run(std::vector<std::string> arguments, const std::string& scenario = "") {
+    if (arguments[0] == "--run" || arguments[0] == "--resume")
+      arguments.insert(arguments.end(), {"--color", "never"});
+    Pty& pty = Start({.arguments = arguments, .scenario = scenario});
+    EXPECT_TRUE(pty.ExpectEnd(kRunLimitMs));
+    screen_ = pty.Transcript();
+    return pty.Wait();
+  }
+  const std::string& Screen() const { return screen_; }
+
+  /// What a program outside of the harness makes of a file of the board.
+  std::string Judge(const std::string& command, const std::string& file) const {
+    const auto judged = test::RunShell(command + " " + test::Quoted(OnBoard(file)));
+    EXPECT_EQ(judged.status, 0) << command << " " << file << ": " << judged.output;
+    return judged.output;
+  }
+  /// What a jq expression makes of JSON lines, read as one array.
+  std::string Query(const std::string& expression, const std::string& file) const {
+    std::string said = Judge("jq -rs " + test::Quoted(expression), file);
+    while (said.ends_with('\n')) said.pop_back();
+    return said;
+  }
+  void Put(const std::string& file, const std::string& text) const {
+    fs::create_directories(OnBoard(file).parent_path());
+    std::ofstream(OnBoard(file)) << text;
+  }
+
+ private:
+  std::string screen_;
+};
+
+TEST_F(UnattendedTest, DriversThatGoAstrayCostTheirTestOnly) {
+  const int status =
+      Run({"--run", "UTVpqModule", "--idle-timeout", "1", "--timeout", "2", "--junit", "/tmp/o.xml",
+           "--tap", "/tmp/o.tap", "--json", "/tmp/o.json", "--lava", "/tmp/o.lava", "--results",
+           "/tmp/res", "--trace", "/sim/trace"},
+          "plug 0 3840x2160p60 hdr\n"
+          "misbehave K2V_RHAL_VPQ_SetNR segv\n"
+          "misbehave K2V_RHAL_VPQ_SetGammaLUT abort\n"
+          "misbehave K2V_RHAL_VPQ_SetGamut exit\n"
+          "misbehave K2V_RHAL_VPQ_SetColorGain flood\n"
+          "misbehave K2V_RHAL_VPQ_SetColorGamut noise\n"
+          "misbehave K2V_RHAL_VPQ_SetColorFilter kill-group\n"
+          "misbehave K2V_RHAL_VPQ_SetSplitDemo leave-child\n"
+          "misbehave K2V_RHAL_VPQ_SetAplMode hang\n");
+  EXPECT_EQ(status, 1) << Screen();
+  EXPECT_EQ(Totals(), "245/239/6");
+  EXPECT_TRUE(Contains(Screen(),
+                       "245 listed = 245 run + 0 skipped + 0 blocked; 239 passed, 0 failed, "
+                       "6 errors"));
+  EXPECT_EQ(Query(".[] | select(.event == \"test-end\" and .message != \"\") | "
+                  ".test + \" \" + .verdict + \" \" + .message",
+                  "/tmp/o.json"),
+            "UTVpqModule/19 ERROR killed by signal 11 SIGSEGV\n"
+            "UTVpqModule/201 ERROR killed by signal 6 SIGABRT\n"
+            "UTVpqModule/204 ERROR exited with status 3 in the test\n"
+            "UTVpqModule/206 ERROR timeout: still running after 2 s\n"
+            "UTVpqModule/207 ERROR killed the process that guards it, signal 9 SIGKILL\n"
+            "UTVpqModule/210 PASS left 1 process(es) running, ended\n"
+            "UTVpqModule/212 ERROR timeout: no output for 1 s");
+
+  Judge("xmllint --noout", "/tmp/o.xml");
+  EXPECT_EQ(Judge("xmllint --xpath 'concat(count(//testcase), \" \", count(//error), \" \", "
+                  "/testsuites/@tests, \" \", /testsuites/@errors)'",
+                  "/tmp/o.xml"),
+            "245 6 245 6\n");
+  // prove knows the versions up to 13, which has all that is used here.
+  const auto proved =
+      test::RunShell("prove -e 'sed 1s/14/13/' " + test::Quoted(OnBoard("/tmp/o.tap")));
+  EXPECT_TRUE(Contains(proved.output, "Failed 6/245 subtests")) << proved.output;
+  EXPECT_FALSE(Contains(proved.output, "Parse errors")) << proved.output;
+  const std::string signals = test::FileText(OnBoard("/tmp/o.lava"));
+  EXPECT_EQ(std::count(signals.begin(), signals.end(), '\n'), 245);
+  EXPECT_TRUE(
+      Contains(signals, "<LAVA_SIGNAL_TESTCASE TEST_CASE_ID=UTVpqModule.19 RESULT=fail>\n"));
+
+  // The flood is kept to a size; the trace of a test is its own.
+  EXPECT_LT(fs::file_size(OnBoard("/tmp/res/logs/0207-UTVpqModule.206.log")), 9U << 20);
+  const std::string trace = test::FileText(OnBoard("/tmp/res/logs/0002-UTVpqModule.1.trace"));
+  EXPECT_FALSE(trace.empty());
+  EXPECT_FALSE(Contains(trace, "SetNR"));
+}
+
+TEST_F(UnattendedTest, ProcessesThatAreLeftBehindDoNotOutliveTheirTest) {
+  EXPECT_EQ(Run({"--run", "UTVpqModule/210", "--repeat", "2"},
+                "misbehave K2V_RHAL_VPQ_SetSplitDemo leave-child\n"),
+            0);
+  // The board's launcher ends only when every process of the board has ended.
+  EXPECT_TRUE(Contains(Screen(), "PASS    UTVpqModule/210@2")) << Screen();
+}
+
+TEST_F(UnattendedTest, AnswersLetPromptingModulesEndByThemselves) {
+  Put("/tmp/answers", "UTVfeHdmiModule\twhich port*\t0\n*\t*PASS or FAIL*\ty\n");
+  Pty& pty = Start({.arguments = {"--run", "UTVpqModule", "UTVfeHdmiModule", "CRlinkModule",
+                                  "VscModule/31", "--exclude", "UTVfeHdmiModule/10", "--answers",
+                                  "/tmp/answers", "--junit", "/tmp/out.xml"},
+                    .timeScale = 50});
+  ASSERT_TRUE(
+      pty.ExpectRegex("(\\d+) listed = (\\d+) run \\+ (\\d+) skipped \\+ 0 blocked; (\\d+) "
+                      "passed, 0 failed, 0 errors",
+                      kRunLimitMs));
+  EXPECT_EQ(pty.Groups()[2], pty.Groups()[4]);
+  EXPECT_EQ(pty.Wait(), 0);
+  EXPECT_EQ(Totals(), pty.Groups()[2] + "/" + pty.Groups()[2] + "/0");
+}
+
+TEST_F(UnattendedTest, WhatNeedsAPersonIsLeftOutOrBlocked) {
+  EXPECT_EQ(Run({"--run", "VscModule/31", "VpqModule/5", "--no-operator"}), 77);
+  EXPECT_EQ(Run({"--run", "VpqModule/5", "UTVpqModule/1", "--idle-timeout", "0.2"}), 1);
+  EXPECT_TRUE(Contains(Screen(), "BLOCKED VpqModule/5")) << Screen();
+  EXPECT_TRUE(Contains(Screen(), "2 listed = 1 run + 0 skipped + 1 blocked; 1 passed")) << Screen();
+}
+
+TEST_F(UnattendedTest, AFirstFailureEndsWhatIsToEndThere) {
+  const std::string failure = "misbehave K2V_RHAL_VPQ_SetGammaLUT abort --at 12\n";
+  EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--until-fail"}, failure), 1);
+  const bool inLaterRound = Contains(Screen(), "ERROR   UTVpqModule/201@");
+  EXPECT_TRUE(inLaterRound) << Screen();
+  EXPECT_TRUE(Contains(Screen(), ": stopped after UTVpqModule/201@")) << Screen();
+  EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--stop-on-fail"},
+                "misbehave K2V_RHAL_VPQ_SetGammaLUT abort\n"),
+            1);
+  EXPECT_TRUE(Contains(Screen(),
+                       "10 listed = 2 run + 8 skipped + 0 blocked; 1 passed, 0 failed, 1 "
+                       "errors"))
+      << Screen();
+}
+
+TEST_F(UnattendedTest, ARunThatIsKilledGoesOnBehindTheTestItWasIn) {
+  const std::vector<std::string> run = {"--run",    "UTVpqModule/2*", "--results",
+                                        "/tmp/res", "--json",         "/tmp/o.json"};
+  for (const std::size_t lines : {0U, 1U, 2U, 7U, 20U, 55U, 100U}) {
+    fs::remove_all(OnBoard("/tmp/res"));
+    Pty& pty = Start({.arguments = run});
+    const auto journalLines = [&] {
+      std::ifstream file(OnBoard("/tmp/res/journal"));
+      std::size_t count = 0;
+      for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("start") || line.starts_with("end")) ++count;
+        if (line.starts_with("tests") && count == 0) ++count;
+      }
+      return count;
+    };
+    while (journalLines() <= lines && !pty.ExpectEnd(1)) {
+    }
+    kill(pty.Pid(), SIGKILL);  // the whole board goes with it
+    EXPECT_TRUE(pty.ExpectEnd());
+    const int status = Run({"--resume", "/tmp/res"});
+    const std::string cutOff = Query(
+        "[.[] | select(.event == \"test-end\" and .message == "
+        "\"the run was cut off in this test\")] | length",
+        "/tmp/o.json");
+    EXPECT_EQ(status, cutOff == "0" ? 0 : 1) << Screen();
+    EXPECT_TRUE(cutOff == "0" || cutOff == "1") << cutOff;
+    EXPECT_EQ(Query("[.[] | select(.event == \"test-end\") | .test] | \"\\(length) \\(unique | "
+                    "length)\"",
+                    "/tmp/o.json"),
+              "56 56")
+        << "killed after " << lines;
+    EXPECT_EQ(Query(".[-1] | .PASS + .ERROR", "/tmp/o.json"), "56");
+    for (const auto& report : fs::directory_iterator(OnBoard("/tmp/var/log")))
+      EXPECT_TRUE(Contains(test::FileText(report.path()), "@TOTAL@"));
+  }
+}
+
+TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndGoesOn) {
+  Pty& pty = Start(
+      {.arguments = {"--run", "UTVpqModule/20?", "--results", "/tmp/res", "--tap", "/tmp/o.tap"},
+       .scenario = "misbehave K2V_RHAL_VPQ_SetGamut hang\n"});
+  ASSERT_TRUE(pty.Expect("UTVpqModule/204"));
+  pty.Send("\x03");
+  EXPECT_EQ(pty.Wait(), 99);
+  EXPECT_TRUE(Contains(test::FileText(OnBoard("/tmp/o.tap")), "# SKIP the run was interrupted"));
+  EXPECT_EQ(Run({"--resume", "/tmp/res"}), 1);
+  EXPECT_TRUE(Contains(Screen(),
+                       "10 listed = 10 run + 0 skipped + 0 blocked; 9 passed, 0 failed, 1 "
+                       "errors"))
+      << Screen();
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--results", "/tmp/res"}), 99) << Screen();
+}
+
+TEST_F(UnattendedTest, ARecordedSessionIsPlayedAgain) {
+  Pty& pty = Start({.arguments = {"--record", "/tmp/answers"}});
+  ASSERT_TRUE(Type(pty, {{kChoice, "3"},
+                         {kChoice, "2"},
+                         {kChoice, "37"},
+                         {"1(Enable)=", "x"},
+                         {"Unknown Input > x", "1"},
+                         {"PASS or FAIL", "y"},
+                         {kChoice, "p"},
+                         {kChoice, "5"},
+                         {kChoice, "2"}}));
+  for (const char* key : {"0", ">", "q"}) {
+    ASSERT_TRUE(pty.Expect("Random Value\n"));
+    ASSERT_TRUE(pty.WaitReading());
+    pty.Send(key);
+  }
+  ASSERT_TRUE(Type(pty, {{kChoice, "q"}}));
+  ASSERT_EQ(pty.Wait(), 0);
+  const auto recorded = Trace();
+  ASSERT_GT(recorded.size(), 3U);
+
+  EXPECT_EQ(Run({"--run", "VscModule/37", "VpqExtModule/2", "--answers", "/tmp/answers"}), 0)
+      << Screen() << test::FileText(OnBoard("/tmp/answers"));
+  EXPECT_EQ(Trace(), recorded);
+}
+
+TEST_F(UnattendedTest, ListsAreReadByOthers) {
+  ASSERT_EQ(Run({"--list", "--format", "json"}), 0);
+  Put("/tmp/list.json", Screen());
+  EXPECT_EQ(Judge("jq -r '.[] | select(.test == \"VscModule/31\") | \"\\(.menu) \\(.position) "
+                  "\\(.id) \\(.judge) \\(.prompts)\"'",
+                  "/tmp/list.json"),
+            "Vido Manual Test > Vsc Function Test 3 2 31 31 operator false\n");
+  ASSERT_EQ(Run({"--document", "bash"}), 0);
+  Put("/tmp/completion", Screen());
+  Judge("bash -n", "/tmp/completion");
+}
+
+TEST_F(UnattendedTest, WrongUseAndAMissingReportDirectoryHaveStatusesOfTheirOwn) {
+  EXPECT_EQ(Run({"--run", "Nix"}), 2);
+  EXPECT_TRUE(Contains(Screen(), "cvntester: 'Nix' matches no test")) << Screen();
+  Put("/tmp/answers", "one field\n");
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--answers", "/tmp/answers"}), 2);
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--junit", "/nowhere/x"}), 99);
+  EXPECT_EQ(Run({"--resume", "/nowhere"}), 99);
+  fs::remove_all(OnBoard("/tmp/var/log"));
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1"}), 99);
+  EXPECT_TRUE(Contains(Screen(), "the report cannot be written")) << Screen();
+}
+
+TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardLooseOrPacked) {
+  const fs::path home = Board() / "home";
+  const auto verify = [&](const std::string& dump) {
+    return test::RunShell(CVN_HARNESS " --verify 101 --dump " + test::Quoted(home / dump) +
+                          " --golden " + test::Quoted(home / "golden_data/playback") + " --tap " +
+                          test::Quoted(home / "o.tap"));
+  };
+  const std::string make = CVN_DUMP_GENERATOR " --case 101 --home " + test::Quoted(home) +
+                           " --dump-dir " + test::Quoted(home / "drivers");
+  ASSERT_EQ(test::RunShell(make).status, 0);
+  EXPECT_EQ(verify("dump_tmp").status, 0);
+  ASSERT_EQ(test::RunShell(make + " --defect VDEC:change:300:crc").status, 0);
+  ASSERT_EQ(
+      test::RunShell("cd " + test::Quoted(home / "dump_tmp") + " && tar -czf ../a.tar.gz .").status,
+      0);
+  const auto packed = verify("a.tar.gz");
+  EXPECT_EQ(packed.status, 1) << packed.output;
+  EXPECT_TRUE(Contains(packed.output, "First bad stage: [VDEC]   frame 300, crc")) << packed.output;
+  EXPECT_TRUE(Contains(test::FileText(home / "o.tap"), "not ok 3 - verify/101.VDEC"));
+  fs::remove(home / "dump_tmp/dump-101-h264-FrtChg-VO.txt");
+  EXPECT_TRUE(Contains(verify("dump_tmp").output, "no dump dump-101-h264-FrtChg-VO.txt"));
+  EXPECT_EQ(verify("missing").status, 2);
+}
+
+}  // namespace
