@@ -67,7 +67,8 @@ std::string FormatAnswer(const std::string& testId, const std::string& prompt,
   // A line that begins like keys keeps its meaning with its first letter escaped.
   std::string text = Escaped(answer.text);
   if (!answer.keys && text.starts_with(kKeys)) text.replace(0, 1, "\\x6b");
-  return testId + '\t' + promptGlob + '\t' + (answer.keys ? std::string(kKeys) : "") + text + '\n';
+  if (answer.keys) text.insert(0, kKeys);
+  return Joined({testId, promptGlob, text}, "\t").append("\n");
 }
 
 std::string LastLine(std::string_view cleanText) {

@@ -72,7 +72,7 @@ struct Prepared {
 
 /// Returns an error, empty when all is well.
 std::string Prepare(const Options& options, Prepared& run) {
-  const std::string problem = SelectTests(options, run.tests);
+  std::string problem = SelectTests(options, run.tests);
   if (!problem.empty() || options.answers.empty()) return problem;
   return LoadAnswers(options.answers, run.rules);
 }
@@ -117,6 +117,7 @@ int Execute(const Options& options, Prepared run, ResultDirectory& directory,
 
 std::vector<std::string> Ids(const std::vector<TestEntry>& tests) {
   std::vector<std::string> ids;
+  ids.reserve(tests.size());
   for (const TestEntry& entry : tests) ids.push_back(entry.id);
   return ids;
 }

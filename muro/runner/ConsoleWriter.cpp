@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdlib>
 
 #include "Text.h"
@@ -19,7 +20,7 @@ bool WantsColor(const std::string& color, bool isTerminal) {
 
 std::string Minutes(double seconds) {
   char text[32];
-  const long whole = static_cast<long>(seconds + 0.5);
+  const long whole = std::lround(seconds);
   std::snprintf(text, sizeof text, "%ld:%02ld", whole / 60, whole % 60);
   return text;
 }

@@ -26,8 +26,6 @@
 #include "TestRun.h"
 #include "Text.h"
 
-extern char** environ;
-
 namespace runner {
 namespace {
 

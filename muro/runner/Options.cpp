@@ -92,7 +92,7 @@ std::string AddPattern(Options& options, const std::string& value) {
 
 template <Mode mode, std::string Options::*member>
 std::string SetModeAndText(Options& options, const std::string& value) {
-  const std::string wrong = SetMode<mode>(options, "");
+  std::string wrong = SetMode<mode>(options, "");
   return wrong.empty() ? SetText<member>(options, value) : wrong;
 }
 
@@ -100,7 +100,7 @@ std::string SetModeAndText(Options& options, const std::string& value) {
 template <Mode mode>
 std::string SetModeAndPattern(Options& options, const std::string& value) {
   if (options.mode != mode || value.empty()) {
-    const std::string wrong = SetMode<mode>(options, "");
+    std::string wrong = SetMode<mode>(options, "");
     if (!wrong.empty() || value.empty()) return wrong;
   }
   return AddPattern<&Options::patterns>(options, value);
@@ -212,7 +212,7 @@ std::string Set(const Row& row, const std::string& value, Options& options) {
   const std::vector<std::string> allowed = AllowedWords(row);
   if (!allowed.empty() && std::ranges::find(allowed, value) == allowed.end())
     return std::string(row.name) + ": '" + value + "' is none of " + row.argument;
-  const std::string wrong = row.set(options, value);
+  std::string wrong = row.set(options, value);
   return wrong.empty() ? "" : std::string(row.name) + ": " + wrong;
 }
 
@@ -239,7 +239,7 @@ std::string TakeOption(std::span<const std::string>& words, Options& options,
   if (!values.empty() && row->takes == Takes::kNothing) return name + " takes no value";
   if (values.empty()) values.emplace_back();
   for (const std::string& value : values) {
-    const std::string wrong = Set(*row, value, options);
+    std::string wrong = Set(*row, value, options);
     if (!wrong.empty()) return wrong;
   }
   return "";
@@ -339,7 +339,7 @@ std::string ParseOptions(const std::vector<std::string>& words, Options& options
   std::vector<const Row*> used;
   while (!rest.empty()) {
     if (!IsOption(rest[0])) return "'" + rest[0] + "' is no option";
-    const std::string wrong = TakeOption(rest, options, used);
+    std::string wrong = TakeOption(rest, options, used);
     if (!wrong.empty()) return wrong;
   }
   return CheckCombination(options, used);

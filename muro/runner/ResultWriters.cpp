@@ -9,8 +9,6 @@
 #include "OutputFile.h"
 #include "Text.h"
 
-extern char** environ;
-
 namespace runner {
 namespace {
 
