@@ -22,6 +22,7 @@ namespace {
 
 constexpr int kLookAgainMs = 100;   // how late a killed guard is noticed at most
 constexpr int kLastOutputMs = 200;  // output can be on its way when the test is gone
+constexpr int kLastBlocks = 64;     // who still prints then is no test
 
 int childReport = -1;
 
@@ -124,7 +125,8 @@ bool IsolatedTest::Wait(int timeoutMs, std::string& output) {
   }
   if (ready > 0 && pollers[1].revents != 0 && IsReadable(report_, 0)) ReadReport();
   if (!ended_) return true;
-  while (IsReadable(terminal_, kLastOutputMs) && ReadTerminal(output)) {
+  for (int i = 0; i < kLastBlocks && IsReadable(terminal_, kLastOutputMs); ++i) {
+    if (!ReadTerminal(output)) break;
   }
   return false;
 }

@@ -43,7 +43,12 @@ bool WriteReportLine(TestCase& test, int result) {
 void CatchInterrupts() {
   struct sigaction action = {};
   action.sa_handler = NoteInterrupt;
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before = {};
+    sigaction(signal, nullptr, &before);
+    // nohup and the like mean what they say.
+    if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+  }
   std::signal(SIGPIPE, SIG_IGN);
 }
 

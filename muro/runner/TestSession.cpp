@@ -1,8 +1,9 @@
 #include "TestSession.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
+#include <iterator>
 
 #include "ConsoleInput.h"
 #include "Text.h"
@@ -11,6 +12,18 @@ namespace runner {
 namespace {
 
 constexpr int kLookMs = 50;
+
+/// The signals that end tests, by names that are the same on every board.
+struct SignalName {
+  int number;
+  const char* name;
+};
+constexpr SignalName kSignals[] = {
+    {SIGABRT, " SIGABRT"}, {SIGBUS, " SIGBUS"},   {SIGFPE, " SIGFPE"},   {SIGHUP, " SIGHUP"},
+    {SIGILL, " SIGILL"},   {SIGINT, " SIGINT"},   {SIGKILL, " SIGKILL"}, {SIGPIPE, " SIGPIPE"},
+    {SIGQUIT, " SIGQUIT"}, {SIGSEGV, " SIGSEGV"}, {SIGSYS, " SIGSYS"},   {SIGTERM, " SIGTERM"},
+    {SIGTRAP, " SIGTRAP"},
+};
 constexpr std::size_t kKeptPrompt = 8192;
 
 double SecondsSince(std::chrono::steady_clock::time_point start) {
@@ -24,9 +37,8 @@ std::string Limit(double seconds) {
 }
 
 std::string SignalText(int signal) {
-  // The names are the same on every board, the descriptions are not.
-  const char* name = sigabbrev_np(signal);
-  return "signal " + std::to_string(signal) + (name == nullptr ? "" : std::string(" SIG") + name);
+  const auto* row = std::ranges::find(kSignals, signal, &SignalName::number);
+  return "signal " + std::to_string(signal) + (row == std::end(kSignals) ? "" : row->name);
 }
 
 /// In the child: the test, whose end of input is a failure as it is for an operator.
