@@ -33,6 +33,12 @@ void SignalChildren(int signal) {
   for (pid_t child = 0; children >> child;) kill(child, signal);
 }
 
+/// True for a process that would have lived on: it was killed here, or its terminal was hung up
+/// when the test, the leader of its session, ended.
+bool WasEnded(int status) {
+  return WIFSIGNALED(status) && (WTERMSIG(status) == SIGKILL || WTERMSIG(status) == SIGHUP);
+}
+
 /// Waits until the test has ended; ends it when `command` is closed. Returns its wait status.
 /// SIGCHLD is blocked except in here.
 int AwaitTest(pid_t test, int command, const sigset_t& waitingMask) {
@@ -68,7 +74,7 @@ int EndChildren() {
   for (int round = 0; round < kLastRounds; ++round) {
     pid_t ended = 0;
     while ((ended = waitpid(-1, &status, WNOHANG)) > 0) {
-      if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) ++killed;
+      if (WasEnded(status)) ++killed;
     }
     if (ended < 0) return killed;
     SignalChildren(SIGKILL);

@@ -24,7 +24,7 @@ void SendReport(int fd, const Report& report);
 void AdoptOrphans();
 
 /// Ends and reaps all children of this process, adopted ones included, as far as the system tells
-/// them. Returns how many had to be killed.
+/// them. Returns how many of them did not end by themselves.
 int EndChildren();
 
 }  // namespace runner

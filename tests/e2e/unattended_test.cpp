@@ -63,7 +63,7 @@ class UnattendedTest : public test::BoardFixture {
 
 TEST_F(UnattendedTest, DriversThatGoAstrayCostTheirTestOnly) {
   const int status =
-      Run({"--run", "UTVpqModule", "--idle-timeout", "1", "--timeout", "2", "--junit", "/tmp/o.xml",
+      Run({"--run", "UTVpqModule", "--idle-timeout", "3", "--timeout", "5", "--junit", "/tmp/o.xml",
            "--tap", "/tmp/o.tap", "--json", "/tmp/o.json", "--lava", "/tmp/o.lava", "--results",
            "/tmp/res", "--trace", "/sim/trace"},
           "plug 0 3840x2160p60 hdr\n"
@@ -86,10 +86,10 @@ TEST_F(UnattendedTest, DriversThatGoAstrayCostTheirTestOnly) {
             "UTVpqModule/19 ERROR killed by signal 11 SIGSEGV\n"
             "UTVpqModule/201 ERROR killed by signal 6 SIGABRT\n"
             "UTVpqModule/204 ERROR exited with status 3 in the test\n"
-            "UTVpqModule/206 ERROR timeout: still running after 2 s\n"
+            "UTVpqModule/206 ERROR timeout: still running after 5 s\n"
             "UTVpqModule/207 ERROR killed the process that guards it, signal 9 SIGKILL\n"
             "UTVpqModule/210 PASS left 1 process(es) running, ended\n"
-            "UTVpqModule/212 ERROR timeout: no output for 1 s");
+            "UTVpqModule/212 ERROR timeout: no output for 3 s");
 
   Judge("xmllint --noout", "/tmp/o.xml");
   EXPECT_EQ(Judge("xmllint --xpath 'concat(count(//testcase), \" \", count(//error), \" \", "
@@ -138,7 +138,7 @@ TEST_F(UnattendedTest, AnswersLetPromptingModulesEndByThemselves) {
 
 TEST_F(UnattendedTest, WhatNeedsAPersonIsLeftOutOrBlocked) {
   EXPECT_EQ(Run({"--run", "VscModule/31", "VpqModule/5", "--no-operator"}), 77);
-  EXPECT_EQ(Run({"--run", "VpqModule/5", "UTVpqModule/1", "--idle-timeout", "0.2"}), 1);
+  EXPECT_EQ(Run({"--run", "VpqModule/5", "UTVpqModule/1", "--idle-timeout", "2"}), 1);
   EXPECT_TRUE(Contains(Screen(), "BLOCKED VpqModule/5")) << Screen();
   EXPECT_TRUE(Contains(Screen(), "2 listed = 1 run + 0 skipped + 1 blocked; 1 passed")) << Screen();
 }

@@ -20,12 +20,13 @@ struct Played {
 };
 
 /// Plays a function as a test that judges itself, unless `byOperator`.
-Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool byOperator = false) {
+Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool byOperator = false,
+            double idleS = 4) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", function, !byOperator};
   TestCase test(&record);
   const runner::TestEntry entry{&test, "Module", "Module/1", "", "", false};
   Played played;
-  runner::TestSession session(entry, rules, {.timeoutS = 5, .idleS = 0.3},
+  runner::TestSession session(entry, rules, {.timeoutS = 6, .idleS = idleS},
                               [&](std::string_view text) { played.console += text; });
   played.outcome = session.Run([] { return false; });
   return played;
@@ -52,12 +53,12 @@ TEST(SessionTest, APromptInPiecesIsAnsweredWhenItIsWhole) {
 
 TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {
   for (const char* wrong : {"other=", "second", "second=?"}) {
-    const Played played = Play(AskInPieces, Rules(wrong, "42"));
+    const Played played = Play(AskInPieces, Rules(wrong, "42"), false, 1);
     EXPECT_EQ(played.outcome.verdict, Verdict::kBlocked);
     EXPECT_EQ(played.outcome.message, "no answer to 'first second='");
     EXPECT_EQ(played.outcome.result, 1);
   }
-  const auto unjudged = Play([](char*) { return 0; }, {}, true);
+  const auto unjudged = Play([](char*) { return 0; }, {}, true, 1);
   EXPECT_EQ(unjudged.outcome.verdict, Verdict::kBlocked);
 }
 
@@ -117,11 +118,11 @@ TEST(SessionTest, ResultsThatSayNothingAndEndsWithoutResultsAreErrors) {
       {[](char*) -> int {
          for (;;) pause();
        },
-       "timeout: no output for 0.3 s"},
+       "timeout: no output for 4 s"},
       {[](char*) -> int {
          for (;;) std::puts("again");
        },
-       "timeout: still running after 5 s"},
+       "timeout: still running after 6 s"},
   };
   for (const auto& [function, message] : cases) {
     const Played played = Play(function, {});
