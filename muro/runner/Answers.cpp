@@ -56,7 +56,7 @@ std::string LoadAnswers(const std::string& path, std::vector<AnswerRule>& rules)
     if (line.ends_with('\r')) line.pop_back();
     if (line.empty() || line[0] == '#') continue;
     const std::string wrong = AddRule(line, rules);
-    if (!wrong.empty()) return path + ":" + std::to_string(number) + ": " + wrong;
+    if (!wrong.empty()) return Joined({path, std::to_string(number), " " + wrong}, ":");
   }
   return file.bad() ? path + ": cannot be read" : "";
 }
