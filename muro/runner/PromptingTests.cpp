@@ -15,6 +15,7 @@ struct Row {
 };
 
 constexpr Row kPromptingTests[] = {
+    {"Hdcp2Module", "4 5 6 7 8 9"},
     {"VfeHdmiModule", "0 1 2 3 4 5 7 8 10 11 13 14 16"},
     {"VfeVby1rxModule", "0 1 2"},
     {"VscModule",
@@ -27,8 +28,10 @@ constexpr Row kPromptingTests[] = {
      "62 66 68 70 72 74 76 78 80 83 84 88 92 96 97 98 99 100 101 102"},
     {"VbeModule", "0 2 3 5 20 21 22 23 24 25 26 30 31 32 34 35 36 40"},
     {"UTVfeHdmiModule", "10 12 12.2 12.3 12.4 13 13.2 14 15 16 17"},
-    {"CMplaybackModule", "4 5 14 15 17 18 19 20 21 22 23 24"},
-    {"CMAutoTest", "2 3"},
+    {"CRlinkModule", "26"},
+    {"K2vHalDeviceModule", "3"},  // polls until somebody ends it
+    {"CMplaybackModule", "1 2 3 4 5 6 8 12 14 15 17 18 19 20 21 22 23 24 25"},
+    {"CMAutoTest", "1 2 3 4"},
 };
 
 }  // namespace

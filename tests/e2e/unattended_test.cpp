@@ -143,6 +143,13 @@ TEST_F(UnattendedTest, WhatNeedsAPersonIsLeftOutOrBlocked) {
   EXPECT_TRUE(Contains(Screen(), "2 listed = 1 run + 0 skipped + 1 blocked; 1 passed")) << Screen();
 }
 
+TEST_F(UnattendedTest, WithoutAnOperatorNoCrossModuleTestOfANewBoardAsks) {
+  // The preparation reboots the board.
+  Run({"--run", "CMplaybackModule", "CMAutoTest", "--exclude", "CM*/0", "--no-operator",
+       "--idle-timeout", "5"});
+  EXPECT_TRUE(Contains(Screen(), "skipped + 0 blocked")) << Screen();
+}
+
 TEST_F(UnattendedTest, AFirstFailureEndsWhatIsToEndThere) {
   const std::string failure = "misbehave K2V_RHAL_VPQ_SetGammaLUT abort --at 12\n";
   EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--until-fail"}, failure), 1);
