@@ -58,18 +58,7 @@ namespace {
 // By VpqValue.
 constexpr int32_t kAtPowerOn[] = {
 #define VPQ_VALUE(function, atPowerOn, min, max) atPowerOn,
-#define VPQ_VALUE_OF(function, setter)
-#define VPQ_RECORD(function, type)
-#define VPQ_RECORD_OF(function, setter)
-#define VPQ_TEXT(function, text)
-#define VPQ_NOTED(function)
 #include "vpq/VpqFunctions.def"
-#undef VPQ_VALUE
-#undef VPQ_VALUE_OF
-#undef VPQ_RECORD
-#undef VPQ_RECORD_OF
-#undef VPQ_TEXT
-#undef VPQ_NOTED
 };
 
 template <VpqValue key, int32_t min, int32_t max>
@@ -168,18 +157,7 @@ void DescribeStep(const char* name, bool initialized, bool open, std::ostream& o
 void Describe(const Board& board, std::ostream& out) {
   static constexpr const char* kNames[] = {
 #define VPQ_VALUE(function, atPowerOn, min, max) #function,
-#define VPQ_VALUE_OF(function, setter)
-#define VPQ_RECORD(function, type)
-#define VPQ_RECORD_OF(function, setter)
-#define VPQ_TEXT(function, text)
-#define VPQ_NOTED(function)
 #include "vpq/VpqFunctions.def"
-#undef VPQ_VALUE
-#undef VPQ_VALUE_OF
-#undef VPQ_RECORD
-#undef VPQ_RECORD_OF
-#undef VPQ_TEXT
-#undef VPQ_NOTED
   };
   const Vpq& vpq = board.vpq;
   DescribeStep("picture quality: ", vpq.initialized, vpq.open, out);

@@ -10,28 +10,14 @@ namespace sim {
 /// The numbers that are kept, by the function that takes them.
 enum class VpqValue : unsigned {
 #define VPQ_VALUE(function, atPowerOn, min, max) k##function,
-#define VPQ_VALUE_OF(function, setter)
-#define VPQ_RECORD(function, type)
-#define VPQ_RECORD_OF(function, setter)
-#define VPQ_TEXT(function, text)
-#define VPQ_NOTED(function)
 #include "vpq/VpqFunctions.def"
-#undef VPQ_VALUE
   kCount
 };
 
 /// The records that are kept, by the function that takes them; zero until it is called.
 struct VpqRecords {
-#define VPQ_VALUE(function, atPowerOn, min, max)
-#undef VPQ_RECORD
 #define VPQ_RECORD(function, type) type function;
 #include "vpq/VpqFunctions.def"
-#undef VPQ_VALUE
-#undef VPQ_VALUE_OF
-#undef VPQ_RECORD
-#undef VPQ_RECORD_OF
-#undef VPQ_TEXT
-#undef VPQ_NOTED
 };
 
 constexpr unsigned kOsdMapItems = 5;
