@@ -122,7 +122,8 @@ TEST_F(UnattendedTest, ProcessesThatAreLeftBehindDoNotOutliveTheirTest) {
 }
 
 TEST_F(UnattendedTest, AnswersLetPromptingModulesEndByThemselves) {
-  Put("/tmp/answers", "UTVfeHdmiModule\twhich port*\t0\n*\t*PASS or FAIL*\ty\n");
+  Put("/tmp/answers",
+      "UTVfeHdmiModule\twhich port*\t0\nCRlinkModule/26\t*input:*\t5\n*\t*PASS or FAIL*\ty\n");
   Pty& pty = Start({.arguments = {"--run", "UTVpqModule", "UTVfeHdmiModule", "CRlinkModule",
                                   "VscModule/31", "--exclude", "UTVfeHdmiModule/10", "--answers",
                                   "/tmp/answers", "--junit", "/tmp/out.xml"},
