@@ -27,8 +27,7 @@ struct Figures {
 /// Pairs of dumps in a directory of their own, made when they are first asked for.
 class Dumps {
  public:
-  Dumps() {
-    path_ = (std::filesystem::temp_directory_path() / "dump_compare_XXXXXX").string();
+  Dumps() : path_((std::filesystem::temp_directory_path() / "dump_compare_XXXXXX").string()) {
     if (mkdtemp(path_.data()) == nullptr) std::exit((std::perror("mkdtemp"), 1));
   }
   ~Dumps() { std::filesystem::remove_all(path_); }

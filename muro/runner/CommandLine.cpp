@@ -14,6 +14,7 @@
 #include "DumpVerification.h"
 #include "Guard.h"
 #include "Options.h"
+#include "Problem.h"
 #include "Recorder.h"
 #include "ResultDirectory.h"
 #include "ResultWriters.h"
@@ -29,8 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 int Refuse(ExitStatus status, const std::string& problem) {
-  std::fprintf(stderr, "cvntester: %s%s\n", problem.c_str(),
-               status == kUsage ? "; cvntester --help tells more" : "");
+  PrintProblem(problem + (status == kUsage ? "; cvntester --help tells more" : ""));
   return status;
 }
 

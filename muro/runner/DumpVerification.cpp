@@ -16,6 +16,7 @@
 #include <sstream>
 
 #include "ConsoleWriter.h"
+#include "Problem.h"
 #include "ResultWriters.h"
 #include "TestCase/CrossModule/playback/src/Settings.h"
 #include "TestCase/CrossModule/playback/src/TestCaseCatalogue.h"
@@ -34,7 +35,7 @@ namespace fs = std::filesystem;
 constexpr char kWorkDirectory[] = "/tmp/cross_module";
 
 int Refuse(ExitStatus status, const std::string& problem) {
-  std::fprintf(stderr, "cvntester: %s\n", problem.c_str());
+  PrintProblem(problem);
   return status;
 }
 

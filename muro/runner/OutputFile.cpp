@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
+
+#include "Problem.h"
 
 namespace runner {
 
@@ -24,7 +24,7 @@ OutputFile::OutputFile(const std::string& path, int standardOutput)
                       : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)),
       owned_(path != "-"),
       good_(fd_ >= 0) {
-  if (!good_) std::fprintf(stderr, "cvntester: %s: %s\n", path.c_str(), std::strerror(errno));
+  if (!good_) PrintSystemProblem(path);
 }
 
 OutputFile::~OutputFile() {
@@ -34,7 +34,7 @@ OutputFile::~OutputFile() {
 void OutputFile::Write(std::string_view text) {
   const bool wasGood = good_;
   good_ = good_ && WriteAll(fd_, text);
-  if (wasGood && !good_) std::fprintf(stderr, "cvntester: results: %s\n", std::strerror(errno));
+  if (wasGood && !good_) PrintSystemProblem("results");
 }
 
 }  // namespace runner

@@ -10,12 +10,12 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "Answers.h"
 #include "ConsoleMarks.h"
 #include "IsolatedTest.h"
 #include "OutputFile.h"
+#include "Problem.h"
 #include "TestRun.h"
 #include "Text.h"
 
@@ -132,7 +132,7 @@ int RelaySession(int master, OutputFile& file, const std::string& key, const ter
 int RecordSession(const std::string& path, const std::function<int()>& console) {
   termios attributes{};
   if (tcgetattr(STDIN_FILENO, &attributes) != 0) {
-    std::fprintf(stderr, "cvntester: --record needs an operator at a terminal\n");
+    PrintProblem("--record needs an operator at a terminal");
     return kUsage;
   }
   OutputFile file(path, -1);
@@ -141,7 +141,7 @@ int RecordSession(const std::string& path, const std::function<int()>& console) 
   int slave = -1;
   if (!file.Good()) return kHarnessFailed;
   if (!OpenTerminal(master, slave)) {
-    std::fprintf(stderr, "cvntester: no terminal: %s\n", std::strerror(errno));
+    PrintSystemProblem("no terminal");
     return kHarnessFailed;
   }
   tcsetattr(slave, TCSANOW, &attributes);

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "OutputFile.h"
+#include "Problem.h"
 #include "TestSession.h"
 #include "Text.h"
 #include "TraceCopy.h"
@@ -226,7 +227,7 @@ void TestRun::Tell(const TestResult& result) {
 }
 
 void TestRun::Fail(const std::string& problem) {
-  if (!harnessFailed_) std::fprintf(stderr, "cvntester: %s\n", problem.c_str());
+  if (!harnessFailed_) PrintProblem(problem);
   harnessFailed_ = true;
   stop_ = problem;
 }

@@ -5,20 +5,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 
 namespace fuzz {
-namespace {
 
-void Require(bool succeeded, const char* what) {
-  if (succeeded) return;
-  std::perror(what);
+void Require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "%s (last error: %s)\n", what, std::strerror(errno));
   std::abort();
 }
-
-}  // namespace
 
 MemoryFile::MemoryFile(std::string_view bytes)
     : file_(memfd_create("fuzz", MFD_CLOEXEC)), path_("/proc/self/fd/" + std::to_string(file_)) {

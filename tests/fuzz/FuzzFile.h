@@ -1,10 +1,13 @@
-// What fuzzers share: files that live in memory, and quiet.
+// What fuzzers share: files that live in memory, findings, and quiet.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 namespace fuzz {
+
+/// Ends the program as a finding, with `what` on standard error, when it does not hold.
+void Require(bool holds, const char* what);
 
 /// A file with the given bytes; it is gone with the object.
 class MemoryFile {

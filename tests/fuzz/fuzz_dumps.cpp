@@ -2,6 +2,8 @@
 // names the reader; golden data and dump stand behind it, with the line "--" between them.
 #include <cstddef>
 #include <cstdint>
+#include <sstream>
+#include <string>
 #include <string_view>
 
 #include "FuzzFile.h"
@@ -27,11 +29,21 @@ constexpr Stage kStages[] = {
 constexpr std::string_view kSeparator = "--\n";
 constexpr std::size_t kStageCount = sizeof kStages / sizeof kStages[0];
 
+/// Prints the summary's row as a report does. True when the stage passed.
+bool Passes(CM_Verify_Result& result, const std::string& golden, const std::string& dump) {
+  result.goldenFrameCount = CountFrames(golden);
+  result.sampleFrameCount = CountFrames(dump);
+  result.Data_Preprocessing();
+  std::ostringstream row;
+  return result.PrintSimpleTable(row);
+}
+
 void Verify(const Stage& stage, const std::string& golden, const std::string& dump) {
   CM_Verify_Result result(stage.module);
   stage.verify(result, golden, dump);
-  CountFrames(golden);
-  CountFrames(dump);
+  if (!Passes(result, golden, dump)) return;
+  fuzz::Require(result.goldenFrameCount > 0 && result.sampleFrameCount > 0, "nothing passed");
+  fuzz::Require(result.wrongFields.empty(), "a wrong field passed");
 }
 
 /// The analysis of sound and picture, on one file in place of all three.

@@ -1,11 +1,12 @@
 // Scenarios of the simulated board: every line is done or refused with one line of text.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 
+#include "FuzzFile.h"
 #include "core/Areas.h"
 #include "core/Command.h"
 
@@ -16,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     try {
       sim::Apply(*kBoard, line);
     } catch (const sim::CommandError& error) {
-      if (std::string(error.what()).find('\n') != std::string::npos) std::abort();
+      fuzz::Require(std::string_view(error.what()).find('\n') == std::string_view::npos,
+                    "an error is not one line");
     }
   }
   sim::Describe(*kBoard);

@@ -46,7 +46,7 @@ int SetTemperatureOffset(Board& board, int32_t index, int32_t red, int32_t green
 
 int GetFactoryTemperature(Board& board, K2V_VPQ_MAGIC_COLOR_TEMP_T* record) {
   if (record == nullptr || record->nIndex >= kFactoryTemperatures) return K2V_RHAL_ERR_PARAM;
-  const auto& offsets = board.vpq.temperatureOffsets[record->nIndex];
+  const auto* offsets = board.vpq.temperatureOffsets[record->nIndex];
   record->nRedGain = static_cast<uint32_t>(kNeutralGain + offsets[0]);
   record->nGreenGain = static_cast<uint32_t>(kNeutralGain + offsets[1]);
   record->nBlueGain = static_cast<uint32_t>(kNeutralGain + offsets[2]);

@@ -85,8 +85,7 @@ void PretendAddressAtLook(int number) {
   looksWithoutAddress = number - 1;
 }
 
-Home::Home() {
-  path_ = testing::TempDir() + "cross_module_XXXXXX";
+Home::Home() : path_(testing::TempDir() + "cross_module_XXXXXX") {
   if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no directory " + path_);
   path_ += '/';
   SetCrossModuleHome(path_);

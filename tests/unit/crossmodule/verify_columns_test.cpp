@@ -21,14 +21,14 @@ std::string Join(const Values& values) {
 }
 
 /// A row of zeros with its number, its rate and what else is given by column.
-std::string Row(std::size_t columns, int frame, std::map<std::size_t, std::string> values) {
+std::string Row(std::size_t columns, int frame, const std::map<std::size_t, std::string>& values) {
   Values row(columns, "0");
   row[0] = std::to_string(frame);
   for (const auto& [column, value] : values) row[column] = value;
   return Join(row);
 }
 
-std::string Vdec(int frame, std::map<std::size_t, std::string> values = {}) {
+std::string Vdec(int frame, const std::map<std::size_t, std::string>& values = {}) {
   return Row(24, frame, values);
 }
 

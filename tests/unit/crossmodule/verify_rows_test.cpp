@@ -138,7 +138,7 @@ TEST(RowItems, WhatIsTakenForTheSameIsTheSameWhenRead) {
       golden = sample = Mutate(golden, random);
     else
       sample = Mutate(sample, random);
-    golden = golden.substr(0, golden.find('\n') + 1);
+    golden.resize(golden.find('\n') + 1);
     if (golden.empty()) continue;
     const SameRow same = sameItems.Find(golden, sample + "1,2\n");
     if (same.length == 0) continue;
@@ -165,7 +165,7 @@ TEST(RowItems, RowsOfTextAreTheSameButForTheSecondField) {
       golden = sample = Mutate(golden, random);
     else
       sample = Mutate(sample, random);
-    golden = golden.substr(0, golden.find('\n') + 1);
+    golden.resize(golden.find('\n') + 1);
     if (golden.empty()) continue;
     const SameRow same = SameButSecondField(golden, sample);
     if (same.length == 0) continue;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "runner/ConsoleMarks.h"
+#include "runner/Problem.h"
 #include "runner/Text.h"
 
 namespace {
@@ -45,6 +46,13 @@ TEST(TextTest, AGlobOfATextMatchesThatTextOnly) {
   const std::string text = "0(Off), [1]? *\\";
   EXPECT_TRUE(runner::MatchesGlob(runner::GlobOf(text), text));
   EXPECT_FALSE(runner::MatchesGlob(runner::GlobOf(text), "0(Off), [1]x *\\"));
+}
+
+TEST(TextTest, AProblemIsOneLineThatNoTerminalObeys) {
+  testing::internal::CaptureStderr();
+  runner::PrintProblem("answers:1: unknown backslash in '\\\033[2J\nx'");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "cvntester: answers:1: unknown backslash in '\\ x'\n");
 }
 
 TEST(MarksTest, MarksAreFoundHoweverTheOutputIsCut) {
