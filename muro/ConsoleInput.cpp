@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -265,11 +266,13 @@ int _get_number_with_range(int* out, int min, int max, unsigned base) {
   std::optional<std::string> token;
   while (!token) token = ReadLineToken();
   long value = 0;
+  errno = 0;
   if (_str_to_long(token->c_str(), &value, base & 0xFF) != 0) {
     std::printf("\nUnknown Input > %s", token->c_str());
     return -1;
   }
-  if (value < min || value > max) {
+  // Where a long has 32 bits, one that is too large reads as the largest.
+  if (errno == ERANGE || value < min || value > max) {
     std::printf("\n invalid inout > %s", token->c_str());
     return -1;
   }

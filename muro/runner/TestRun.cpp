@@ -91,7 +91,7 @@ void Plan::BeginRound() {
   if (!seed_) return;
   std::mt19937_64 random(uint64_t{*seed_} << 32 | static_cast<uint32_t>(round_));
   for (std::size_t left = order_.size(); left > 1; --left)
-    std::swap(order_[left - 1], order_[random() % left]);
+    std::swap(order_[left - 1], order_[static_cast<std::size_t>(random() % left)]);
 }
 
 std::size_t Plan::Size() const {

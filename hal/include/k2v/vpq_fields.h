@@ -83,16 +83,16 @@ auto WithTypeOf(const RecordField& field, Use use) {
 }
 
 /// Reads element `i` of a field.
-inline long GetField(const void* record, const RecordField& field, std::size_t i = 0) {
+inline int64_t GetField(const void* record, const RecordField& field, std::size_t i = 0) {
   const auto* const at = static_cast<const char*>(record) + field.offset + i * field.stride;
   return WithTypeOf(field, [at](auto number) {
     std::memcpy(&number, at, sizeof number);
-    return static_cast<long>(number);
+    return int64_t{number};
   });
 }
 
 /// Writes element `i` of a field, cut to the field's width.
-inline void SetField(void* record, const RecordField& field, long value, std::size_t i = 0) {
+inline void SetField(void* record, const RecordField& field, int64_t value, std::size_t i = 0) {
   auto* const at = static_cast<char*>(record) + field.offset + i * field.stride;
   WithTypeOf(field, [at, value](auto number) {
     number = static_cast<decltype(number)>(value);

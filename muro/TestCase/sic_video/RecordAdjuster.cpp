@@ -128,9 +128,9 @@ void Store(std::span<const Adjustable> numbers, std::span<const k2v::RecordField
       k2v::SetField(record, field, numbers[f].value);
       continue;
     }
-    const long rise = (long{field.max} - field.min) * numbers[f].value / kWholeRamp;
+    const int64_t rise = (int64_t{field.max} - field.min) * numbers[f].value / kWholeRamp;
     for (std::size_t i = 0; i < field.count; ++i) {
-      const long risen = rise * static_cast<long>(i) / static_cast<long>(field.count - 1);
+      const int64_t risen = rise * static_cast<int64_t>(i) / static_cast<int64_t>(field.count - 1);
       k2v::SetField(record, field, field.min + risen, i);
     }
   }

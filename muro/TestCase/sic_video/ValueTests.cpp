@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -125,11 +126,11 @@ int ShowText(const char* label, int (*get)(char* text)) {
 void PrintRecord(const void* record, std::span<const k2v::RecordField> fields) {
   for (const k2v::RecordField& field : fields) {
     if (field.count == 1) {
-      std::printf("%s = %ld\n", field.name, k2v::GetField(record, field));
+      std::printf("%s = %" PRId64 "\n", field.name, k2v::GetField(record, field));
       continue;
     }
     for (std::size_t i = 0; i < field.count; ++i) {
-      std::printf("%s[%zu] = %ld\n", field.name, i, k2v::GetField(record, field, i));
+      std::printf("%s[%zu] = %" PRId64 "\n", field.name, i, k2v::GetField(record, field, i));
     }
   }
 }

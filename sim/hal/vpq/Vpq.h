@@ -23,7 +23,7 @@ template <typename Record>
 bool HasItsRanges(const Record& record) {
   for (const k2v::RecordField& field : k2v::FieldsOf(&record)) {
     for (std::size_t i = 0; i < field.count; ++i) {
-      const long value = k2v::GetField(&record, field, i);
+      const int64_t value = k2v::GetField(&record, field, i);
       if (value < field.min || value > field.max) return false;
     }
   }

@@ -59,7 +59,8 @@ TEST(RowReader, ReadsFieldsAndNumbersAsTheStandardLibraryDoes) {
   EXPECT_EQ(SplitRow("a,b,c,d,e", {',', ' '}, fields), 4U);
   for (const char* text : {"12", " -7x", "+5", "x", "", "4294967295", "99999999999999999999",
                            "-99999999999999999999", "9223372036854775806", "- 5"}) {
-    EXPECT_EQ(ToNumber(text), std::atoi(text)) << text;
+    // What atoi makes of it where a long has 64 bits.
+    EXPECT_EQ(ToNumber(text), static_cast<int32_t>(std::strtoll(text, nullptr, 10))) << text;
   }
   std::array<int32_t, 3> numbers{};
   int32_t* const targets[] = {&numbers[0], &numbers[1], &numbers[2]};
@@ -73,12 +74,13 @@ TEST(RowItems, AreReadAsScanfDoes) {
   for (const char* row : {"1,2,ff,4\n", "1;2;0xFF;-4", " 1, 2,-f,\t4 \r\n", "1,2,fg,4", "1,2,,4",
                           "1,2x,3,4\n", "x", "12345678901,2,123456789,4", "1 ,2,3,4", "1,2,ff"}) {
     RowItems items{};
-    std::array<int, 4> expected{};
-    const int read = std::sscanf(row, "%d%*c%d%*c%x%*c%d", &expected[0], &expected[1],
-                                 reinterpret_cast<unsigned*>(&expected[2]), &expected[3]);
+    std::array<long long, 4> expected{};
+    const int read = std::sscanf(row, "%lld%*c%lld%*c%llx%*c%lld", &expected[0], &expected[1],
+                                 reinterpret_cast<unsigned long long*>(&expected[2]), &expected[3]);
     const std::size_t count = ReadItems(row, format, items);
     EXPECT_EQ(count, static_cast<std::size_t>(std::max(read, 0))) << row;
-    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(items[i], expected[i]) << row << " " << i;
+    for (std::size_t i = 0; i < count; ++i)
+      EXPECT_EQ(items[i], static_cast<int32_t>(expected[i])) << row << " " << i;
   }
   RowItems items{};
   EXPECT_EQ(ReadItems("1,2,3,4,5\n", format, items), 3U) << "too many";

@@ -20,7 +20,7 @@ struct Fault {
 Fault forkFault;
 Fault threadFault;
 std::function<std::string()> shellAnswer;
-long timeUs = -1;
+int64_t timeUs = -1;
 
 }  // namespace
 
@@ -55,7 +55,7 @@ std::FILE* __wrap_popen(const char*, const char*) {
 
 int __wrap_gettimeofday(timeval* now, void* zone) {
   if (timeUs < 0) return __real_gettimeofday(now, zone);
-  *now = {timeUs / 1'000'000, timeUs % 1'000'000};
+  *now = {static_cast<time_t>(timeUs / 1'000'000), static_cast<suseconds_t>(timeUs % 1'000'000)};
   return 0;
 }
 }
@@ -74,7 +74,7 @@ void AnswerShell(std::function<std::string()> answer) {
   shellAnswer = std::move(answer);
 }
 
-void SetTimeUs(long us) {
+void SetTimeUs(int64_t us) {
   timeUs = us;
 }
 

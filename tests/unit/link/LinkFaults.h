@@ -1,6 +1,7 @@
 // What fails in the C library while a test runs, and the register file's answers.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -14,6 +15,6 @@ void FailThread(int nth, int error);
 void AnswerShell(std::function<std::string()> answer);
 
 /// The time of day, in microseconds, that the program sees. Negative (the start): the real one.
-void SetTimeUs(long us);
+void SetTimeUs(int64_t us);
 
 }  // namespace faults

@@ -1,6 +1,7 @@
 // The clock tool: its registers and its arithmetic.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -67,21 +68,21 @@ TEST(StcTool, TheStepStopsAtBothEndsOfElevenBits) {
 /// A counter that runs at `ticksPerSecond` from `start`, in a time that passes only in waits.
 class FakeClock {
  public:
-  FakeClock(long ticksPerSecond, unsigned long start) {
+  FakeClock(int64_t ticksPerSecond, uint32_t start) {
     faults::SetTimeUs(0);
     scripted::OnWait(
-        [this](unsigned long us) { faults::SetTimeUs(nowUs_ += static_cast<long>(us)); });
+        [this](unsigned long us) { faults::SetTimeUs(nowUs_ += static_cast<int64_t>(us)); });
     faults::AnswerShell([=, this] {
-      const long ticks = nowUs_ * ticksPerSecond / 1'000'000;
+      const int64_t ticks = nowUs_ * ticksPerSecond / 1'000'000;
       char reply[80];
-      std::snprintf(reply, sizeof reply, "reg addr = 0xb801b6b8 , val = 0x%lx\n",
-                    (start + static_cast<unsigned long>(ticks)) & 0xFFFFFFFF);
+      std::snprintf(reply, sizeof reply, "reg addr = 0xb801b6b8 , val = 0x%x\n",
+                    start + static_cast<uint32_t>(ticks));
       return std::string(reply);
     });
   }
 
  private:
-  long nowUs_ = 0;
+  int64_t nowUs_ = 0;
 };
 
 TEST(StcTool, ShowsTicksASecondForNineSecondsAcrossTheCountersEnd) {

@@ -17,7 +17,7 @@ TEST(TextTest, OnlyCleanTextGoesIntoFiles) {
       {"\033]0;title\atext\033_cvn\033\\end", "textend"},
       {"cut \033[1;3", "cut "},
       {"\033", ""},
-      {"bell\a null" + std::string(1, '\0') + "\x7f", "bell  null  "},
+      {std::string("bell\a null\0\x7f", 12), "bell  null  "},
       {"\xc3\xbc\xe2\x82\xac\xf0\x9f\x93\xba", "\xc3\xbc\xe2\x82\xac\xf0\x9f\x93\xba"},
       {"\xff\xfe", "\xef\xbf\xbd\xef\xbf\xbd"},
       {"\xc3(", "\xef\xbf\xbd("},                // cut short

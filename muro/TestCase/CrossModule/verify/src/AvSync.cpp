@@ -91,7 +91,7 @@ uint32_t Unsigned(int32_t item) {
 }
 
 bool IsBeep(const AV_Sync_Field& sample) {
-  return std::atoi(sample.firstText.c_str()) > kSilence;
+  return ToNumber(sample.firstText) > kSilence;
 }
 
 /// The three stages' samples and where to print.

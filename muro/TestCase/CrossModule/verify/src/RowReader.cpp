@@ -14,6 +14,8 @@ namespace {
 // Large enough to make the calls of the system cheap, small enough to stay in the cache.
 constexpr std::size_t kBlockSize = 64 * 1024;
 
+static_assert(sizeof(off_t) == 8, "dumps of long runs pass 2 GiB");
+
 bool IsSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }

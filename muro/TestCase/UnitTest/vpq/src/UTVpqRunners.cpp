@@ -11,7 +11,7 @@ uint16_t OnLine(unsigned i, unsigned count, unsigned max) {
   return static_cast<uint16_t>(i * max / (count - 1));
 }
 
-long NumberFor(const k2v::RecordField& field, Filling filling) {
+int NumberFor(const k2v::RecordField& field, Filling filling) {
   switch (filling) {
     case Filling::kMinimum:
       return field.min;
