@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -48,31 +49,38 @@ int64_t DynamicRange(AVColorTransferCharacteristic transfer) {
   return transfer == AVCOL_TRC_ARIB_STD_B67 ? kHlg : kSdr;
 }
 
+/// The record that came with a frame; null when none did. The library aligned it.
+template <typename Record>
+const Record* SideData(const AVFrame& frame, AVFrameSideDataType type) {
+  const AVFrameSideData* const data = av_frame_get_side_data(&frame, type);
+  const void* const record = data == nullptr ? nullptr : data->data;
+  return static_cast<const Record*>(record);
+}
+
 void TakeMastering(const AVFrame& frame, FrameValues& values) {
-  const AVFrameSideData* data =
-      av_frame_get_side_data(&frame, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA);
-  if (data == nullptr) return;
-  const auto& display = *reinterpret_cast<const AVMasteringDisplayMetadata*>(data->data);
+  const auto* const display =
+      SideData<AVMasteringDisplayMetadata>(frame, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA);
+  if (display == nullptr) return;
   int64_t* const primaries[3][2] = {{&values.primaryX1, &values.primaryY1},
                                     {&values.primaryX2, &values.primaryY2},
                                     {&values.primaryX3, &values.primaryY3}};
   for (int colour = 0; colour < 3; ++colour) {
     for (int axis = 0; axis < 2; ++axis)
       *primaries[colour][axis] =
-          InUnits(display.display_primaries[colour][axis], kChromaticityUnits);
+          InUnits(display->display_primaries[colour][axis], kChromaticityUnits);
   }
-  values.whiteX = InUnits(display.white_point[0], kChromaticityUnits);
-  values.whiteY = InUnits(display.white_point[1], kChromaticityUnits);
-  values.maxLuminance = InUnits(display.max_luminance, kLuminanceUnits);
-  values.minLuminance = InUnits(display.min_luminance, kLuminanceUnits);
+  values.whiteX = InUnits(display->white_point[0], kChromaticityUnits);
+  values.whiteY = InUnits(display->white_point[1], kChromaticityUnits);
+  values.maxLuminance = InUnits(display->max_luminance, kLuminanceUnits);
+  values.minLuminance = InUnits(display->min_luminance, kLuminanceUnits);
 }
 
 void TakeLightLevel(const AVFrame& frame, FrameValues& values) {
-  const AVFrameSideData* data = av_frame_get_side_data(&frame, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL);
-  if (data == nullptr) return;
-  const auto& level = *reinterpret_cast<const AVContentLightMetadata*>(data->data);
-  values.maxCll = level.MaxCLL;
-  values.maxFall = level.MaxFALL;
+  const auto* const level =
+      SideData<AVContentLightMetadata>(frame, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL);
+  if (level == nullptr) return;
+  values.maxCll = level->MaxCLL;
+  values.maxFall = level->MaxFALL;
 }
 
 }  // namespace
@@ -115,29 +123,35 @@ int MeanLuma(const AVFrame& frame) {
 }
 
 SoundFacts SoundReader::Take(const AVFrame& frame) {
-  if (!Convert(frame)) return {0, false};
-  const auto* bytes = reinterpret_cast<const Bytef*>(samples_.data());
-  const auto size = static_cast<uInt>(samples_.size() * sizeof(samples_[0]));
-  const bool sounds = std::any_of(samples_.begin(), samples_.end(), [](int16_t sample) {
+  const std::span<const int16_t> samples = Convert(frame);
+  if (samples.empty()) return {0, false};
+  const auto* bytes = reinterpret_cast<const Bytef*>(samples.data());
+  const auto size = static_cast<uInt>(samples.size_bytes());
+  const bool sounds = std::any_of(samples.begin(), samples.end(), [](int16_t sample) {
     return std::abs(sample) >= kAudibleSample;
   });
   return {static_cast<uint32_t>(crc32(crc32(0, nullptr, 0), bytes, size)), sounds};
 }
 
-/// Puts the samples into `samples_` as interleaved 16-bit PCM of the same rate and channels.
-bool SoundReader::Convert(const AVFrame& frame) {
+/// The samples as interleaved 16-bit PCM of the same rate and channels, in `samples_`. None when
+/// they cannot be converted.
+std::span<const int16_t> SoundReader::Convert(const AVFrame& frame) {
   SwrContext* context = converter_.release();
   AVChannelLayout layout = frame.ch_layout;
   const int made =
       swr_alloc_set_opts2(&context, &layout, AV_SAMPLE_FMT_S16, frame.sample_rate, &layout,
                           static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
   converter_.reset(context);
-  if (made < 0 || swr_init(context) < 0) return false;
-  samples_.resize(static_cast<std::size_t>(frame.nb_samples) *
-                  static_cast<std::size_t>(frame.ch_layout.nb_channels));
+  if (made < 0 || swr_init(context) < 0) return {};
+  const std::size_t count = static_cast<std::size_t>(frame.nb_samples) *
+                            static_cast<std::size_t>(frame.ch_layout.nb_channels);
+  samples_.resize(count / std::size(SampleBlock{}.samples) + 1);
   auto* out = reinterpret_cast<uint8_t*>(samples_.data());
-  return swr_convert(context, &out, frame.nb_samples,
-                     const_cast<const uint8_t**>(frame.extended_data), frame.nb_samples) >= 0;
+  const int converted =
+      swr_convert(context, &out, frame.nb_samples, const_cast<const uint8_t**>(frame.extended_data),
+                  frame.nb_samples);
+  if (converted < 0) return {};
+  return {reinterpret_cast<const int16_t*>(samples_.data()), count};
 }
 
 }  // namespace player

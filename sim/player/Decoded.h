@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "DumpFormat.h"
@@ -34,10 +35,14 @@ class SoundReader {
   struct Free {
     void operator()(SwrContext* context) const { swr_free(&context); }
   };
-  bool Convert(const AVFrame& frame);
+  /// The converter rounds otherwise where its output is not aligned for the vector unit.
+  struct alignas(64) SampleBlock {
+    int16_t samples[32];
+  };
+  std::span<const int16_t> Convert(const AVFrame& frame);
 
   std::unique_ptr<SwrContext, Free> converter_;
-  std::vector<int16_t> samples_;
+  std::vector<SampleBlock> samples_;
 };
 
 }  // namespace player
