@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 
 #include "LinkCommands.h"
 #include "RlinkTestCase.h"

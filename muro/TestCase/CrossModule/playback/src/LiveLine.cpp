@@ -2,9 +2,7 @@
 
 #include <unistd.h>
 
-#include <condition_variable>
 #include <cstdio>
-#include <mutex>
 #include <utility>
 
 namespace {
@@ -25,24 +23,26 @@ std::string Stopwatch::Elapsed() const {
 
 LiveLine::LiveLine(std::string text) : text_(std::move(text)) {
   if (isatty(STDOUT_FILENO) == 0) return;
-  painter_ = std::jthread([this](const std::stop_token& stop) { Keep(stop); });
+  painter_ = std::thread([this] { Keep(); });
 }
 
 LiveLine::~LiveLine() {
   const bool live = painter_.joinable();
   if (live) {
-    painter_.request_stop();
+    {
+      const std::lock_guard lock(mutex_);
+      done_ = true;
+    }
+    wake_.notify_one();
     painter_.join();
   }
   Draw(live ? kLineStart : "", "\n");
 }
 
-void LiveLine::Keep(const std::stop_token& stop) const {
-  std::mutex mutex;
-  std::condition_variable_any wake;
-  std::unique_lock lock(mutex);
+void LiveLine::Keep() {
+  std::unique_lock lock(mutex_);
   // What the player says at its start has a line of its own.
-  while (!wake.wait_for(lock, stop, std::chrono::seconds(1), [&] { return stop.stop_requested(); }))
+  while (!wake_.wait_for(lock, std::chrono::seconds(1), [this] { return done_; }))
     Draw(kLineStart, "");
 }
 

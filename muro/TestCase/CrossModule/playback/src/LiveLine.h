@@ -2,7 +2,8 @@
 #pragma once
 
 #include <chrono>
-#include <stop_token>
+#include <condition_variable>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -25,10 +26,13 @@ class LiveLine {
   LiveLine& operator=(const LiveLine&) = delete;
 
  private:
-  void Keep(const std::stop_token& stop) const;
+  void Keep();
   void Draw(const char* before, const char* after) const;
 
   std::string text_;
   Stopwatch watch_;
-  std::jthread painter_;  // only on a terminal
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  bool done_ = false;
+  std::thread painter_;  // only on a terminal
 };
