@@ -14,6 +14,7 @@
 #include <fstream>
 #include <thread>
 
+#include "Emulated.h"
 #include "HalSteps.h"
 #include "SimHal.h"
 
@@ -101,6 +102,7 @@ TEST_F(Processes, TakeTurnsInCallsAndTrace) {
 
 // The trace is a full pipe, so that the client stands still inside of a call, holding the board.
 TEST_F(Processes, GoOnAfterOneWasKilledInsideACall) {
+  if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
   const std::string fifo = board_ + "/run/fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   const int pipe = open(fifo.c_str(), O_RDWR);

@@ -1,0 +1,17 @@
+// What tests cannot see on an emulated board, and why. They skip with the reason.
+#pragma once
+
+#include <cstdlib>
+
+namespace test {
+
+/// Tells whether the test runs under qemu-user, as `./test.sh --arch` runs it.
+inline bool IsEmulated() {
+  return std::getenv("CVN_EMULATED") != nullptr;
+}
+
+/// The simulated board's lock is a robust mutex, which is free again when its owner is killed.
+inline constexpr char kNoRobustMutex[] =
+    "the emulator has no set_robust_list: the simulated board stays locked by a killed process";
+
+}  // namespace test
