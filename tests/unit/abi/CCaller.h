@@ -1,0 +1,41 @@
+// What the caller that was compiled as C knows of the HAL's records, and its calls. Every record
+// that it passes holds the bytes 1, 2, 3 and so on.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct {
+  const char* type;
+  size_t bytes;
+  size_t alignment;
+} RecordLayout;
+
+typedef struct {
+  const char* type;
+  const char* name;
+  size_t offset;
+  size_t bytes;
+} FieldLayout;
+
+typedef struct {
+  const char* function;
+  const char* type;  // of the record that is passed
+  int (*call)(void);
+} CCall;
+
+// In the order of HalRecords.def.
+extern const RecordLayout kRecordsInC[];
+extern const FieldLayout kFieldsInC[];
+
+enum { kWindowFromC = 0x12345678 };  // passed before the record where a function takes a window
+enum { kCCallCount = 5 };
+extern const CCall kCallsFromC[kCCallCount];
+
+#ifdef __cplusplus
+}
+#endif
