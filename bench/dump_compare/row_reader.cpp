@@ -36,7 +36,7 @@ template <class Compare>
 void OnPairs(benchmark::State& state, Stage stage, Compare compare) {
   const std::vector<std::string> golden = MakeRows(stage, 0);
   const std::vector<std::string> sample = MakeRows(stage, 12345);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     for (std::size_t i = 0; i < golden.size(); ++i) {
       benchmark::DoNotOptimize(compare(golden[i], sample[i]));
     }
@@ -75,7 +75,7 @@ void NextRow(benchmark::State& state) {
   std::FILE* const file = std::fopen(path.c_str(), "w");
   for (const std::string& row : MakeRows(Stage::kVdec, 0)) std::fputs(row.c_str(), file);
   std::fclose(file);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     RowReader reader(path);
     std::string_view row;
     while (reader.Next(row)) benchmark::DoNotOptimize(row);

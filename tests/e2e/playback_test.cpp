@@ -273,7 +273,7 @@ TEST_F(PlaybackTest, EveryOperatingSystemPlaysFromItsSources) {
        {Board{"sorvex", "/home/cross_module/"}, Board{"pelxos", "/nvram/data/cross_module/"}}) {
     const test::BoardOptions options{.launcher = {"--os", board.os, "--fresh"}, .timeScale = 50};
     Initialise(options, board.home);
-    std::ofstream(OnBoard("/tmp/enableDebugMode"));  // one of them dumps on request only
+    const std::ofstream request(OnBoard("/tmp/enableDebugMode"));  // one dumps on request only
     Pty& pty = OpenMenu({.launcher = {"--os", board.os}, .timeScale = 50});
     EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << board.os;
     EXPECT_TRUE(pty.Answer(kChoice, "18"));

@@ -12,7 +12,7 @@ using console::Input;
 using runner::AnswerRule;
 
 std::string WriteFile(const std::string& text) {
-  const std::string path = testing::TempDir() + "answers.tsv";
+  std::string path = testing::TempDir() + "answers.tsv";
   std::ofstream(path) << text;
   return path;
 }

@@ -99,7 +99,7 @@ TEST_F(Pictures, WrittenPixelsAreReadBackUntilTheBufferRunsAgain) {
 
 TEST_F(Pictures, TheBufferTakesAtMostAStandardDefinitionFrame) {
   Start("3840x2160p60");
-  std::vector<K2V_VIDEO_PIXEL_T> pixels(720 * 577, {512, 500, 512});
+  std::vector<K2V_VIDEO_PIXEL_T> pixels(std::size_t{720} * 577, {512, 500, 512});
   K2V_VIDEO_RECT_T rect = {3120, 1584, 720, 576};
   EXPECT_EQ(K2V_RHAL_VSC_WriteVideoFrameBuffer(0, &rect, pixels.data()), 0);
   EXPECT_EQ(Pixel(3839, 2159).y, 500);

@@ -50,7 +50,7 @@ class FrameLog {
   void Flush();
 
  private:
-  static constexpr std::size_t kSize = 64 * 1024;
+  static constexpr std::size_t kSize = std::size_t{64} * 1024;
   static constexpr std::size_t kMargin = 128;  // room that every append finds
 
   char* Room() {
