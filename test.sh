@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds and runs all tests; installs first what is missing.
 set -euo pipefail
-usage='usage: test.sh [--quick] [--approve] [--fuzz [SECONDS]] [--arch NAME]... [--help] [-R REGEX]'
+usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--help] [-R REGEX]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/scripts/cross.sh"
@@ -14,7 +14,8 @@ $usage
   --fuzz [SECONDS]
              feed broken files to everything that reads files, SECONDS each (default 60)
   --arch NAME
-             only the unit tests, built for aarch64 or armhf, under an emulator
+             only the unit tests, built for aarch64 or armhf, under an emulator; can be repeated
+  --analyse  read the whole tree with clang-tidy and cppcheck, run the unit tests under valgrind
   -R REGEX   only tests whose name matches
 TEXT
 }
@@ -65,14 +66,6 @@ RunTests() {
   fi
 }
 
-# TestForArm PRESET: a board's unit tests on the emulator. What that cannot do is told and counted as
-# skipped.
-TestForArm() {
-  NeedTarget "$1"
-  BuildTests "$1"
-  RunTests "$1"
-}
-
 # Check WHAT COMMAND...: one more test, outside CTest.
 Check() {
   local what=$1
@@ -102,6 +95,54 @@ ScriptsAreClean() {
     sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh
 }
 
+TidyIsClean() {
+  run-clang-tidy -quiet -p build/debug -j2 "^$here/(muro|sim|tests|bench)/" >build/clang-tidy.txt 2>&1 &&
+    return
+  cat build/clang-tidy.txt
+  return 1
+}
+
+CppcheckIsClean() {
+  cppcheck -q -j2 --project=build/debug/compile_commands.json --library=googletest \
+    --enable=warning,performance,portability --suppressions-list=.cppcheck --error-exitcode=1
+}
+
+# TestAll: the builds asked for, their tests, and the form of what is in the tree.
+TestAll() {
+  local preset
+  for preset in "${presets[@]}"; do BuildTests "$preset"; done
+  for preset in "${presets[@]}"; do RunTests "$preset"; done
+  echo '== checks'
+  Check 'formatting (clang-format)' IsFormatted
+  Check 'scripts (shellcheck)' ScriptsAreClean
+  Total
+}
+
+# TestForArm: a board's unit tests on the emulator. What that cannot do is told and counted as
+# skipped.
+TestForArm() {
+  local preset
+  for preset in "${arm_presets[@]}"; do
+    NeedTarget "$preset"
+    BuildTests "$preset"
+    RunTests "$preset"
+  done
+  Total
+}
+
+# Analyse: what takes too long for every run.
+Analyse() {
+  NeedPackages "${analysis_packages[@]}"
+  BuildTests debug
+  BuildTests valgrind
+  selection+=(-L unit)
+  RunTests valgrind
+  echo '== analysis'
+  Check 'sources (cppcheck)' CppcheckIsClean
+  Check 'sources (clang-tidy)' TidyIsClean
+  Total
+}
+
 # Approve: the end-to-end tests write the expected texts instead of comparing.
 Approve() {
   BuildTests release
@@ -109,7 +150,7 @@ Approve() {
   echo 'Now look at what changed: git diff tests/expected'
 }
 
-# Fuzz SECONDS: what a fuzzer finds stays in build/fuzz/findings; a finding ends the run.
+# Fuzz: what a fuzzer finds stays in build/fuzz/findings; a finding ends the run.
 Fuzz() {
   local fuzzer name
   Configure fuzz
@@ -118,18 +159,24 @@ Fuzz() {
   for fuzzer in build/fuzz/bin/fuzz_*; do
     name=${fuzzer##*/fuzz_}
     mkdir -p "build/fuzz/corpus/$name"
-    echo "== fuzzing $name, $1 s"
-    RunQuietly "fuzzing $name" "$fuzzer" -max_total_time="$1" -timeout=10 -max_len=8192 \
+    echo "== fuzzing $name, $fuzz_seconds s"
+    RunQuietly "fuzzing $name" "$fuzzer" -max_total_time="$fuzz_seconds" -timeout=10 -max_len=8192 \
       -artifact_prefix="build/fuzz/findings/$name-" "build/fuzz/corpus/$name" "tests/fuzz/corpus/$name"
   done
   echo 'Nothing found'
 }
 
+# Choose TASK: in place of the usual one.
+Choose() {
+  [[ $task == TestAll || $task == "$1" ]] || Die 2 "one task at a time; $usage"
+  task=$1
+}
+
 OpenClosedDescriptors
 presets=(release debug)
 arm_presets=()
-fuzz_seconds=
-approve=0
+fuzz_seconds=60
+task=TestAll
 ctest_failed=0
 selection=()
 while (($#)); do
@@ -139,9 +186,10 @@ while (($#)); do
       exit 0
       ;;
     --quick) presets=(release) ;;
-    --approve) approve=1 ;;
+    --approve) Choose Approve ;;
+    --analyse) Choose Analyse ;;
     --fuzz)
-      fuzz_seconds=60
+      Choose Fuzz
       if [[ ${2-} =~ ^[1-9][0-9]*$ ]]; then
         fuzz_seconds=$2
         shift
@@ -149,6 +197,7 @@ while (($#)); do
       ;;
     --arch)
       [[ -n ${2-} && -n ${cross_packages[$2]-} ]] || Die 2 "--arch needs aarch64 or armhf; $usage"
+      Choose TestForArm
       arm_presets+=("$2")
       shift
       ;;
@@ -164,28 +213,4 @@ done
 
 NeedPackages "${run_packages[@]}" "${test_packages[@]}"
 cd "$here"
-if ((approve)); then
-  Approve
-  exit
-fi
-if [[ -n $fuzz_seconds ]]; then
-  Fuzz "$fuzz_seconds"
-  exit
-fi
-if ((${#arm_presets[@]})); then
-  for preset in "${arm_presets[@]}"; do
-    TestForArm "$preset"
-  done
-  Total
-  exit
-fi
-for preset in "${presets[@]}"; do
-  BuildTests "$preset"
-done
-for preset in "${presets[@]}"; do
-  RunTests "$preset"
-done
-echo '== checks'
-Check 'formatting (clang-format)' IsFormatted
-Check 'scripts (shellcheck)' ScriptsAreClean
-Total
+"$task"
