@@ -1,8 +1,8 @@
 #include "Answers.h"
 
 #include <algorithm>
-#include <fstream>
 
+#include "InputFile.h"
 #include "Text.h"
 
 namespace runner {
@@ -13,6 +13,8 @@ constexpr char kAllowed[] =
     "; allowed: TEST-GLOB, PROMPT-GLOB and ANSWER (or keys KEYS) with tabs between";
 // What a test printed since the last answer can be long; a prompt stands at its end.
 constexpr std::size_t kLongestPrompt = 4096;
+constexpr std::size_t kShownText = 80;
+constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 
 /// Adds one line's rule. Returns what is wrong, empty when all is well.
 std::string AddRule(const std::string& line, std::vector<AnswerRule>& rules) {
@@ -23,7 +25,9 @@ std::string AddRule(const std::string& line, std::vector<AnswerRule>& rules) {
   }
   const bool keys = fields[2].starts_with(kKeys);
   const auto text = Unescaped(std::string_view(fields[2]).substr(keys ? kKeys.size() : 0));
-  if (!text) return "unknown backslash in '" + fields[2] + R"('; allowed: \n \r \t \e \\ \xNN)";
+  if (!text)
+    return "unknown backslash in '" + CleanLine(fields[2].substr(0, kShownText)) +
+           R"('; allowed: \n \r \t \e \\ \xNN)";
   if (keys && text->empty()) return "no keys behind 'keys '" + std::string(kAllowed);
   const auto same = std::ranges::find_if(rules, [&](const AnswerRule& rule) {
     return rule.testGlob == fields[0] && rule.promptGlob == fields[1];
@@ -49,16 +53,18 @@ bool MatchesPrompt(const std::string& glob, std::string_view prompt) {
 }  // namespace
 
 std::string LoadAnswers(const std::string& path, std::vector<AnswerRule>& rules) {
-  std::ifstream file(path);
-  if (!file) return path + ": cannot be read";
-  std::string line;
-  for (int number = 1; std::getline(file, line); ++number) {
+  std::string text;
+  if (!ReadInputFile(path, kLargestFile + 1, text).empty()) return path + ": cannot be read";
+  if (text.size() > kLargestFile) return path + ": is larger than 1 MiB";
+  int number = 0;
+  for (std::string line : Split(text, '\n')) {
+    ++number;
     if (line.ends_with('\r')) line.pop_back();
     if (line.empty() || line[0] == '#') continue;
     const std::string wrong = AddRule(line, rules);
     if (!wrong.empty()) return Joined({path, std::to_string(number), " " + wrong}, ":");
   }
-  return file.bad() ? path + ": cannot be read" : "";
+  return "";
 }
 
 std::string FormatAnswer(const std::string& testId, const std::string& prompt,

@@ -16,6 +16,7 @@
 #include <sstream>
 
 #include "ConsoleWriter.h"
+#include "InputFile.h"
 #include "Problem.h"
 #include "ResultWriters.h"
 #include "TestCase/CrossModule/playback/src/Settings.h"
@@ -150,7 +151,7 @@ TestResult ResultOf(const CM_Module& module, const CM_TestCase& testCase, std::s
                     "",
                     ""};
   for (const std::string& path : {*module.dumpPath, testCase.Get_Golden_Path(module.type)}) {
-    if (access(path.c_str(), R_OK) == 0) continue;
+    if (IsInputFile(path)) continue;
     const bool isDump = path == *module.dumpPath;
     result.message =
         std::string(isDump ? "no dump " : "no golden file ") + fs::path(path).filename().string();

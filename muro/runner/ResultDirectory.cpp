@@ -9,9 +9,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
+#include "InputFile.h"
 #include "OutputFile.h"
 #include "Text.h"
 
@@ -23,6 +22,7 @@ namespace fs = std::filesystem;
 constexpr char kTitle[] = "cvntester journal 1";
 constexpr std::size_t kLongestLog = std::size_t{8} << 20;
 constexpr std::size_t kTail = std::size_t{32} << 10;
+constexpr std::size_t kLargestJournal = std::size_t{64} << 20;
 
 std::string SystemError(const std::string& what) {
   return what + ": " + std::strerror(errno);
@@ -77,11 +77,12 @@ bool ReadLine(const std::string& line, RunHead& head, std::vector<JournalEntry>&
   if (kind == "end") return !entries.empty() && ReadEnd(fields, entries.back());
   if (fields.size() != 2) return false;
   const std::string& value = fields[1];
-  if (kind == "directory") head.directory = value;
-  if (kind == "word") head.words.push_back(value);
-  if (kind == "test") head.tests.push_back(value);
-  if (kind == "tests") headIsWhole = value == std::to_string(head.tests.size());
-  if (kind == "start") entries.emplace_back().id = value;
+  if (kind == "directory") return head.directory = value, true;
+  if (kind == "word") return head.words.push_back(value), true;
+  if (kind == "test") return head.tests.push_back(value), true;
+  if (kind == "tests") return headIsWhole = value == std::to_string(head.tests.size()), true;
+  if (kind != "start") return false;
+  entries.emplace_back().id = value;
   return true;
 }
 
@@ -146,9 +147,10 @@ std::string ResultDirectory::Open(const std::string& path, RunHead& head,
   std::error_code error;
   path_ = fs::absolute(path, error);
   const std::string journal = path_ + "/journal";
-  std::ifstream file(journal, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) return SystemError(journal);
+  std::string text;
+  const std::string problem = ReadInputFile(journal, kLargestJournal + 1, text);
+  if (!problem.empty()) return problem;
+  if (text.size() > kLargestJournal) return journal + ": is larger than 64 MiB";
   text.resize(text.rfind('\n') + 1);  // npos + 1 is 0
 
   std::vector<std::string> lines = Split(text, '\n');
@@ -192,11 +194,9 @@ std::string ResultDirectory::LogPath(const PlannedTest& test, const std::string&
 }
 
 std::string ReadCleanTail(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  file.seekg(0, std::ios::end);
-  const auto size = static_cast<std::streamoff>(file.tellg());
-  file.seekg(std::max<std::streamoff>(0, size - static_cast<std::streamoff>(kTail)));
-  return CleanText(std::string{std::istreambuf_iterator<char>(file), {}});
+  std::string text;
+  ReadInputFile(path, kLongestLog + kTail, text);  // a log that is gone has no tail
+  return CleanText(std::string_view(text).substr(text.size() - std::min(text.size(), kTail)));
 }
 
 }  // namespace runner

@@ -1,9 +1,9 @@
 #include "TraceCopy.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "InputFile.h"
 #include "OutputFile.h"
 
 namespace runner {
@@ -21,7 +21,7 @@ TraceCopy::TraceCopy(const std::string& path)
 
 bool TraceCopy::Keep(const std::string& copyPath) const {
   if (path_.empty()) return true;
-  const int from = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+  const int from = OpenInputFile(path_);
   if (from < 0) return true;  // the HAL was not called yet
   // A file that became shorter was begun anew.
   lseek(from, SizeOf(path_) < begin_ ? 0 : begin_, SEEK_SET);

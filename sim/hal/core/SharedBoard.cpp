@@ -79,11 +79,15 @@ class File {
     if (ftruncate(fd_, static_cast<off_t>(bytes)) != 0) throw SystemError(path_);
   }
 
-  std::string Text() const {
+  /// The text of a regular file; one of `limit` bytes or more is not read to its end.
+  std::string Text(size_t limit) const {
+    struct stat status = {};
+    if (fstat(fd_, &status) != 0) throw SystemError(path_);
+    if (!S_ISREG(status.st_mode)) throw std::runtime_error(path_ + ": is no regular file");
     std::string text;
     char block[4096];
     ssize_t got = 0;
-    while ((got = read(fd_, block, sizeof(block))) > 0)
+    while (text.size() < limit && (got = read(fd_, block, sizeof(block))) > 0)
       text.append(block, static_cast<size_t>(got));
     if (got < 0) throw SystemError(path_);
     return text;
@@ -134,7 +138,9 @@ void StoreText(char (&target)[Size], const std::string& text, const std::string&
 void LoadScenario(SharedBoard& target) {
   const char* path = std::getenv("CVNSIM_SCENARIO");
   const std::string name = path != nullptr ? path : "default scenario";
-  const std::string text = path != nullptr ? File(path, O_RDONLY).Text() : kDefaultScenario;
+  const std::string text = path != nullptr
+                               ? File(path, O_RDONLY | O_NONBLOCK).Text(sizeof target.scenario)
+                               : kDefaultScenario;
   StoreText(target.scenarioName, name, "scenario's name");
   StoreText(target.scenario, text, name);
 }

@@ -1,7 +1,5 @@
 #include "CMplaybackTestCase.h"
 
-#include <unistd.h>
-
 #include <charconv>
 #include <iostream>
 #include <string>
@@ -17,6 +15,7 @@
 #include "ConsoleInput.h"
 #include "CrossModuleLog.h"
 #include "GoldenData.h"
+#include "InputFile.h"
 #include "MenuItem.h"
 #include "Settings.h"
 #include "TestCaseCatalogue.h"
@@ -37,8 +36,8 @@ void ListStages(const char* function) {
 /// A stage whose files are missing keeps its old result, which says nothing of this run.
 bool HasPassed(const CM_Module& module) {
   const CM_TestCase* testCase = Get_Current_TestCase();
-  return IsKnown(testCase) && access(module.dumpPath->c_str(), R_OK) == 0 &&
-         access(testCase->Get_Golden_Path(module.type).c_str(), R_OK) == 0 &&
+  return IsKnown(testCase) && IsInputFile(*module.dumpPath) &&
+         IsInputFile(testCase->Get_Golden_Path(module.type)) &&
          module.result->wrongFields.empty() && module.result->verifyStatus == 0;
 }
 

@@ -1,7 +1,5 @@
 #include "GoldenData.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <string>
 
@@ -10,6 +8,7 @@
 #include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "Environment.h"
+#include "InputFile.h"
 #include "Settings.h"
 #include "TestCaseCatalogue.h"
 
@@ -28,7 +27,7 @@ void BackUp(const CM_Module& module, const CM_TestCase& testCase) {
 
 bool IsKept(const CM_TestCase& testCase, MODULE_TYPE module) {
   const std::string dump = testCase.Get_Dump_Backup_Path(module);
-  if (access(dump.c_str(), R_OK) == 0) return true;
+  if (IsInputFile(dump)) return true;
   CmLog("Overwrite_Local_Golden") << ansi::kFail
                                   << "ERROR: no dump to replace golden data by: " << dump << '\n';
   return false;

@@ -93,6 +93,13 @@ bool IsServerAddress(std::string_view text) {
          });
 }
 
+/// The address that was read from the file, or none when it cannot be one.
+std::string KeptServerAddress(const std::string& stored) {
+  if (IsServerAddress(stored)) return stored;
+  CmLog("Get_TFTP_IP") << "Not a server's name or address, ignored: " << stored << '\n';
+  return kNone;
+}
+
 std::string AskServerAddress() {
   static constexpr char kFunction[] = "Set_TFTP_IP_by_User";
   for (;;) {
@@ -238,7 +245,7 @@ std::string Get_Customized_TestCase_List() {
 std::string Get_TFTP_IP() {
   if (tftpAddress == "NULL") {
     const auto stored = FirstLine(HomeFile("config/tftp_ip.cfg"));
-    tftpAddress = stored ? *stored : Set_TFTP_IP_by_User();
+    tftpAddress = stored ? KeptServerAddress(*stored) : Set_TFTP_IP_by_User();
   }
   return tftpAddress;
 }
@@ -270,7 +277,9 @@ void Set_Test_Timestamp() {
 
 std::string Get_Test_Timestamp() {
   if (timeStamp == kNone) {
-    timeStamp = FirstLine(HomeFile("config/timeStamp.config")).value_or(kNone);
+    const std::string stored = FirstLine(HomeFile("config/timeStamp.config")).value_or(kNone);
+    // It becomes a part of file names in shell commands.
+    timeStamp = stored.empty() || IsShellWord(stored) ? stored : kNone;
   }
   return timeStamp;
 }

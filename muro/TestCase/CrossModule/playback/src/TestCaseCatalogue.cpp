@@ -1,6 +1,7 @@
 #include "TestCaseCatalogue.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstdlib>
 #include <fstream>
@@ -67,15 +68,35 @@ Stage* Stages() {
 
 /// Line k of the file is the flag of list entry k; surplus lines belong to nobody.
 void ReadOverwriteFlags(std::vector<CM_TestCase>& cases) {
-  std::ifstream file(CrossModuleHome() + kOverwriteFile);
-  std::string line;
-  for (std::size_t k = 1; k < cases.size() && std::getline(file, line); ++k) {
+  const auto lines = FileLines(CrossModuleHome() + kOverwriteFile);
+  for (std::size_t k = 1; lines && k < cases.size() && k <= lines->size(); ++k) {
+    const std::string& line = (*lines)[k - 1];
     int32_t& flag = cases[k].goldenOverwritten;
     if (std::from_chars(line.data(), line.data() + line.size(), flag).ec != std::errc()) {
       CmLog("Init_TestCase_List") << kOverwriteFile << " line " << k
                                   << " is no number, skipped: " << line << '\n';
     }
   }
+}
+
+/// Whether a text of the user's file can be a part of shell commands and harm nothing: words, none
+/// of which but the first is a path or an option.
+bool IsHarmless(const std::string& text) {
+  std::istringstream words(text);
+  std::string word;
+  for (bool first = true; std::getline(words, word, ' '); first = false) {
+    if (word.empty()) continue;
+    if (!IsShellWord(word) || (!first && std::isalnum(static_cast<unsigned char>(word[0])) == 0))
+      return false;
+  }
+  return true;
+}
+
+/// Says so when what was written to the file below the home did not get there.
+void TellUnwritten(const char* function, std::ofstream& file, const char* name) {
+  if (file.flush()) return;
+  CmLog(function) << ansi::kFail << "ERROR: can not write " << CrossModuleHome() << name
+                  << ansi::kReset << '\n';
 }
 
 }  // namespace
@@ -141,21 +162,26 @@ int Init_TestCase_List() {
 }
 
 void Get_User_Add_TestCase() {
-  std::ifstream file(CrossModuleHome() + kUserCaseFile);
-  if (!file) return;
-  std::string name;
-  std::string flag;
-  std::string content;
-  std::getline(file, name);
-  std::getline(file, flag);
-  std::getline(file, content);
+  auto lines = FileLines(CrossModuleHome() + kUserCaseFile);
+  if (!lines) return;
+  lines->resize(3);
+  const std::string& name = (*lines)[0];
+  const std::string& content = (*lines)[2];
+  for (const std::string* text : {&name, &content}) {
+    if (IsHarmless(*text)) continue;
+    CmLog(__func__) << ansi::kFail << "ERROR: " << kUserCaseFile << " is broken, no test case "
+                    << kUserTestCase << '\n';
+    return;
+  }
   int32_t hdr = 0;
-  std::istringstream(flag) >> hdr;
+  std::istringstream((*lines)[1]) >> hdr;
   TestCaseList().emplace_back(kUserTestCase, name, content, hdr);
 }
 
 int Set_User_Add_TestCase(const std::string& name, int hdr, const std::string& file) {
-  std::ofstream(CrossModuleHome() + kUserCaseFile) << name << '\n' << hdr << '\n' << file << '\n';
+  std::ofstream stored = OpenEmpty(CrossModuleHome() + kUserCaseFile);
+  stored << name << '\n' << hdr << '\n' << file << '\n';
+  TellUnwritten(__func__, stored, kUserCaseFile);
   return 0;
 }
 
@@ -223,8 +249,9 @@ CM_TestCase* KnownTestCase(const char* function) {
 }
 
 void Keep_Golden_Overwrite() {
-  std::ofstream file(CrossModuleHome() + kOverwriteFile);
+  std::ofstream file = OpenEmpty(CrossModuleHome() + kOverwriteFile);
   for (std::size_t k = 1; k < TestCaseList().size(); ++k) {
     file << TestCaseList()[k].goldenOverwritten << '\n';
   }
+  TellUnwritten(__func__, file, kOverwriteFile);
 }

@@ -1,7 +1,5 @@
 #include "UserTestCase.h"
 
-#include <algorithm>
-#include <cctype>
 #include <string>
 #include <string_view>
 
@@ -9,23 +7,15 @@
 #include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "MenuItem.h"
+#include "SettingFile.h"
 #include "Settings.h"
 #include "TestCaseCatalogue.h"
 
 namespace {
 
-/// Whether a shell would take the text as one word, and as this very one. Content files of the
-/// catalogue have brackets in their names, so those may be there.
-bool IsOneWord(std::string_view text) {
-  static constexpr std::string_view kSpecial = "\"'`$\\&;|<>()*?{}~#!";
-  return !text.empty() && std::ranges::none_of(text, [](unsigned char c) {
-    return c <= ' ' || c == 0x7F || kSpecial.find(static_cast<char>(c)) != kSpecial.npos;
-  });
-}
-
 /// Part of a file name.
 bool IsName(std::string_view text) {
-  return IsOneWord(text) && text.find('/') == text.npos;
+  return IsShellWord(text) && text.find('/') == text.npos;
 }
 
 /// Asks until the answer is accepted.
@@ -53,7 +43,7 @@ void AddUserTestCase(const char* function) {
   CmLog(function) << "This is the list of all the file in " << ContentHome() << '\n';
   RunShell("ls -la " + ContentHome());
   const std::string file =
-      Ask(function, "Please input yout file name in " + ContentHome() + ": ", IsOneWord,
+      Ask(function, "Please input yout file name in " + ContentHome() + ": ", IsShellWord,
           "Not a file name of one word without special characters: ");
   const std::string name = Ask(function, "Please give a test case name(ex. user-content): ", IsName,
                                "Not a name of one word without special characters: ");

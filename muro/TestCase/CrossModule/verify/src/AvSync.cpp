@@ -78,11 +78,18 @@ bool ReadAudioRow(std::string_view row, RowItems& items) {
 AV_Sync_Info Fetch(MODULE_TYPE module, const char* function, const std::string& path,
                    bool (*read)(std::string_view row, RowItems& items),
                    void (*take)(const RowItems& items, std::vector<AV_Sync_Field>& fields)) {
-  AV_Sync_Info info{module, {}};
+  AV_Sync_Info info{module, {}, true};
   RowReader reader(path);
   if (!OpenDump(reader, function, path)) return info;
   RowItems items;
-  for (std::string_view row; reader.NextFilled(row) && read(row, items);) take(items, info.fields);
+  for (std::string_view row; info.whole && reader.NextFilled(row);) {
+    info.whole = !IsPiece(row) && read(row, items);
+    if (info.whole) take(items, info.fields);
+  }
+  if (!info.whole) {
+    CmLog(function) << ansi::kFail << "ERROR: " << path << " is broken behind frame "
+                    << (info.fields.empty() ? -1 : info.fields.back().frameNumber) << '\n';
+  }
   return info;
 }
 
@@ -275,7 +282,7 @@ bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scal
   PrintHead(out);
   const bool passed = PrintEvents({vo->fields, scaler->fields, audio, out});
   PrintLegend(out);
-  return passed;
+  return passed && vo->whole && scaler->whole && audio->whole;
 }
 
 bool Verify_AVsync() {

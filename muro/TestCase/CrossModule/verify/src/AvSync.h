@@ -26,10 +26,11 @@ struct AV_Sync_Field {
 struct AV_Sync_Info {
   MODULE_TYPE moduleType;
   std::vector<AV_Sync_Field> fields;
+  bool whole = true;  // false: the reading ended at a malformed row
 };
 
 /// Reads a stage's dump. A file that cannot be opened is reported and gives no rows; a malformed
-/// row ends the reading.
+/// row is reported and ends the reading.
 AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path);
 AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path);
 AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path);
@@ -43,7 +44,7 @@ std::size_t AVsync_Find_Audio_Frame_By_Time(uint32_t time, uint32_t range,
 void Set_AVsync_Offset(int offsetMs);
 
 /// Prints every flash with its beep and verdict. Returns false when an event is outside the
-/// tolerance or when there was none to judge.
+/// tolerance, when there was none to judge, or when a dump could not be read to its end.
 bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scaler,
                                 const AV_Sync_Info* audio, std::ostream& out);
 

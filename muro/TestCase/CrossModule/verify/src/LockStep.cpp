@@ -1,5 +1,8 @@
 #include "LockStep.h"
 
+#include <algorithm>
+#include <cctype>
+
 namespace {
 
 constexpr std::size_t kTitleLimit = 66 - 1;
@@ -58,6 +61,15 @@ bool LockStepWalk::ReadSample() {
   log_ << "[muro:" << __LINE__ << "] fread line2:" << sample_.rowsRead
        << " fail! maybe it's the end of file!\n";
   return false;
+}
+
+bool LockStepWalk::IsBroken(const char* name, const Side& side, std::size_t fieldCount) {
+  const std::string_view row = side.row;
+  if (CountFields(row) >= fieldCount && !IsPiece(row, kDataLimit)) return false;
+  if (std::ranges::all_of(row, [](unsigned char c) { return std::isspace(c) != 0; })) return false;
+  log_ << "[muro:" << __LINE__ << "] " << std::string_view(name) << " row " << side.rowsRead
+       << " is broken!\n";
+  return true;
 }
 
 /// Takes the sample's row without a further look when it is the same.

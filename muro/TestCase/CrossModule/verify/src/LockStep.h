@@ -24,7 +24,7 @@ struct MURO_DVO_FIELDS {
   std::array<std::string_view, 5> field;
 };
 
-/// Takes the fields of a row apart.
+/// Takes the fields of a row apart. Fields that the row does not have are empty.
 template <class Fields>
 void parseFields(Fields& fields, std::string_view line) {
   constexpr std::size_t kLongestField = 15;
@@ -85,6 +85,10 @@ class LockStepWalk {
 
   /// Looks at the current rows and decides what to read next.
   virtual ReadMode Judge() = 0;
+
+  /// True when the current row of a side is none: it has less than `fieldCount` fields, or is a
+  /// piece of an overlong line. Says so. A row of white space is not broken.
+  bool IsBroken(const char* name, const Side& side, std::size_t fieldCount);
 
   CM_Verify_Result& result_;
   Side golden_;

@@ -1,6 +1,5 @@
 #include "ModuleVerification.h"
 
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "../../playback/src/Settings.h"
 #include "../../playback/src/TestCaseCatalogue.h"
 #include "Ansi.h"
+#include "InputFile.h"
 #include "Verifiers.h"
 #include "VerifyReport.h"
 #include "VerifyResult.h"
@@ -34,7 +34,7 @@ std::ostream& Log() {
 }
 
 bool ReportExistence(const char* found, const char* missing, const std::string& path) {
-  if (std::ifstream(path).is_open()) {
+  if (IsInputFile(path)) {
     Log() << found << path << " exist\n";
     return true;
   }

@@ -16,7 +16,7 @@ class RowReader {
   /// Most characters of a row, its line end included. A longer line comes in pieces.
   static constexpr std::size_t kRowLimit = 1023;
 
-  /// Opens the file. One that cannot be opened has no rows.
+  /// Opens the file. One that cannot be opened, or is no regular file, has no rows.
   explicit RowReader(const std::string& path);
   ~RowReader();
   RowReader(const RowReader&) = delete;
@@ -43,6 +43,7 @@ class RowReader {
  private:
   bool Fill();
 
+  const std::string path_;
   int file_;
   std::vector<char> buffer_;
   const char* next_;
@@ -51,6 +52,11 @@ class RowReader {
 
 /// The row without its line end.
 std::string_view WithoutLineEnd(std::string_view row);
+
+/// True for the first piece of a line that is longer than `limit`.
+inline bool IsPiece(std::string_view row, std::size_t limit = RowReader::kRowLimit) {
+  return row.size() >= limit && row.back() != '\n';
+}
 
 /// The number that a text begins with, as `atoi` reads it: 0 when there is none.
 int32_t ToNumber(std::string_view text);
@@ -64,6 +70,10 @@ bool ReadNumber(std::string_view text, int32_t& number);
 /// ones are left out. Returns the number of fields set.
 std::size_t SplitRow(std::string_view row, std::array<char, 2> separators,
                      std::span<std::string_view> fields);
+
+/// The number of fields between commas and blanks, as `SplitRow` counts them; 0 when there is a NUL
+/// in the row.
+std::size_t CountFields(std::string_view row);
 
 /// Takes numbers apart as `strtok` and `atoi` do: any commas in a row count as one, a NUL ends the
 /// row, text that is no number is 0. Returns how many there are; numbers behind them are untouched.

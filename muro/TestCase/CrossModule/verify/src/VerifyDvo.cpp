@@ -1,5 +1,6 @@
 #include <iterator>
 #include <optional>
+#include <tuple>
 
 #include "LockStep.h"
 #include "Verifiers.h"
@@ -16,6 +17,8 @@ constexpr std::size_t kRate = 2;
 constexpr std::size_t kPts = 3;
 constexpr std::size_t kMarker = 4;
 constexpr std::size_t kColumnFields[] = {kFrameNumber, kRate, kPts};
+
+constexpr std::size_t kFieldCount = std::tuple_size_v<decltype(MURO_DVO_FIELDS::field)>;
 
 constexpr int32_t kFirstCheckedFrame = 120;
 
@@ -43,6 +46,7 @@ class DvoWalk : public LockStepWalk {
     if (!inStep_ || row.back() != '\n' || !sample_.file.Ahead().starts_with(row)) return 0;
     const int32_t frame = ToNumber(row);
     if (frame < kFirstCheckedFrame || row.find('-') != std::string_view::npos) return 0;
+    if (CountFields(row) < kFieldCount) return 0;
     lastGolden_ = lastSample_ = frame;
     return row.size();
   }
@@ -51,11 +55,15 @@ class DvoWalk : public LockStepWalk {
     parseFields(goldenFields_, golden_.row);
     parseFields(sampleFields_, sample_.row);
     const bool goldenEnds = IsEndOfStream(goldenFields_);
+    const bool sampleEnds = IsEndOfStream(sampleFields_);
     if (goldenEnds) log_ << "[muro:" << __LINE__ << "] golden got EOS \n";
-    if (IsEndOfStream(sampleFields_)) {
-      log_ << "[muro:" << __LINE__ << "] sample got EOS \n";
+    if (sampleEnds) log_ << "[muro:" << __LINE__ << "] sample got EOS \n";
+    if ((!goldenEnds && IsBroken("golden", golden_, kFieldCount)) ||
+        (!sampleEnds && IsBroken("sample", sample_, kFieldCount))) {
+      reportMissingFields(result_, goldenFields_);
       return ReadMode::kEnd;
     }
+    if (sampleEnds) return ReadMode::kEnd;
     const int32_t golden = FrameNumber(goldenFields_);
     if (goldenEnds || golden < kFirstCheckedFrame) return ReadMode::kGoldenOnly;
     const int32_t sample = FrameNumber(sampleFields_);

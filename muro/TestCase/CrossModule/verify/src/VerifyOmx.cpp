@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <iterator>
+#include <tuple>
 
 #include "LockStep.h"
 #include "Verifiers.h"
@@ -111,13 +112,21 @@ class OmxWalk : public LockStepWalk {
   std::size_t FindSame() override {
     if (golden_.rowsRead <= warmUpRows_ || sample_.rowsRead < warmUpRows_) return 0;
     const SameRow same = SameButSecondField(golden_.row, sample_.file.Ahead());
-    return same.length != 0 && !startUp_.Contains(golden_.row, same.text) ? same.length : 0;
+    return same.length != 0 && CountFields(golden_.row) >= kFieldCount &&
+                   !startUp_.Contains(golden_.row, same.text)
+               ? same.length
+               : 0;
   }
 
   ReadMode Judge() override {
     if (golden_.rowsRead <= warmUpRows_ && sample_.rowsRead <= warmUpRows_) return ReadMode::kBoth;
     Fields golden;
     parseFields(golden, golden_.row);
+    const bool goldenIsBroken = IsBroken("golden", golden_, kFieldCount);
+    if (IsBroken("sample", sample_, kFieldCount) || goldenIsBroken) {
+      reportMissingFields(result_, golden);
+      return ReadMode::kEnd;
+    }
     if (IsStartUp(golden)) return ReadMode::kGoldenOnly;
     Fields sample;
     parseFields(sample, sample_.row);
@@ -138,6 +147,8 @@ class OmxWalk : public LockStepWalk {
     ++compared_;
     return ReadMode::kBoth;
   }
+
+  static constexpr std::size_t kFieldCount = std::tuple_size_v<decltype(Fields::field)>;
 
   const int32_t warmUpRows_;
   StartUpRows<Fields> startUp_;
