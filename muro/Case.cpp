@@ -13,6 +13,7 @@
 
 #include "Ansi.h"
 #include "ConsoleInput.h"
+#include "DriverTest.h"
 #include "TestReport.h"
 
 namespace {
@@ -101,7 +102,9 @@ int TestCase::Execute() {
   if (function_ == nullptr) return 1;
 
   runningTest = this;
+  const unsigned shellFailures = ShellFailures();
   result_ = function_(scratch);
+  if (result_ == 0 && ShellFailures() != shellFailures) result_ = 1;
   if (result_ == 0 && !autoJudge_) Judge();
   runningTest = nullptr;
   return result_;

@@ -1,7 +1,26 @@
 #include "DriverTest.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+
+namespace {
+
+unsigned shellFailures = 0;
+
+/// Whether there was a shell, by what `system` returned. Sets errno when there was none.
+bool WasStarted(int status) {
+  // Where children are not waited for, the command's status is lost and nothing else.
+  if (status == -1) return errno == ECHILD;
+  const bool nothingWasFound = WIFEXITED(status) && WEXITSTATUS(status) == 127;
+  return !nothingWasFound || access("/bin/sh", X_OK) == 0;
+}
+
+}  // namespace
 
 void PrintTraceLine(const char* function, const char* file, int line) {
   std::printf("\033[1;31m [muro]%s,%s ,%d \n\033[m", file, function, line);
@@ -17,9 +36,16 @@ void PrintTraceName(const char* function) {
 
 void RunShell(const char* command) {
   std::fflush(stdout);
-  [[maybe_unused]] const int status = std::system(command);
+  const int status = std::system(command);
+  if (WasStarted(status)) return;
+  ++shellFailures;
+  std::printf("Cannot start a shell (%s) for: %s\n", std::strerror(errno), command);
 }
 
 void RunShell(const std::string& command) {
   RunShell(command.c_str());
+}
+
+unsigned ShellFailures() {
+  return shellFailures;
 }

@@ -15,6 +15,9 @@ void PrintUnitTraceLine(const char* function, const char* file = __builtin_FILE(
 void PrintTraceName(const char* function);
 
 /// Runs `command` in a shell, with everything printed so far on the console before it. Its exit
-/// status is not looked at.
+/// status is not looked at. A shell that cannot be started is told in one line and counted.
 void RunShell(const char* command);
 void RunShell(const std::string& command);
+
+/// How often a shell could not be started so far. What a test does then was not all done.
+unsigned ShellFailures();

@@ -1,5 +1,7 @@
 #include "TestReport.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -14,8 +16,11 @@ constexpr char kUndefinedResultText[] = "----";
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
+/// Opens without a buffer: what cannot be written is not tried again later.
 File Open(const char* path, const char* mode) {
-  return File(path == nullptr ? nullptr : std::fopen(path, mode), &std::fclose);
+  File file(path == nullptr ? nullptr : std::fopen(path, mode), &std::fclose);
+  if (file) std::setvbuf(file.get(), nullptr, _IONBF, 0);
+  return file;
 }
 
 const char* ResultText(int result) {
@@ -24,7 +29,19 @@ const char* ResultText(int result) {
 
 /// Writes everything to the disk's buffers; false when any byte did not get there.
 bool Write(std::FILE* file, const std::string& text) {
-  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+  return std::fwrite(text.data(), 1, text.size(), file) == text.size();
+}
+
+/// Puts a footer where the last one was when the disk had no room for more: the lines so far stay
+/// as they are, and the next one has its place.
+void PutFooterBack(std::FILE* file, long begin) {
+  std::clearerr(file);
+  if (std::fseek(file, begin, SEEK_SET) == 0 &&
+      Write(file, report::FormatFooter(testCounters, '#')) &&
+      ftruncate(fileno(file), begin + report::kFooterBytes) == 0) {
+    return;
+  }
+  std::puts("The footer of the report is lost");
 }
 
 std::string FormatHeader() {
@@ -77,8 +94,10 @@ bool AppendTestLine(const TestLine& line) {
   // A file shorter than a footer was cut by somebody else: it gets a whole footer again, so that
   // the next line has its place.
   if (!positioned) text.clear();
+  const long begin = std::ftell(file.get());
   const bool written = Write(file.get(), text + FormatFooter(testCounters, '#'));
   if (!positioned || !written) std::puts("write fail!");
+  if (positioned && !written) PutFooterBack(file.get(), begin);
   std::printf("%sTest Report file generated at %s\n", ansi::kPass, path);
   return positioned && written;
 }

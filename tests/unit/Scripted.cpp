@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -18,6 +19,7 @@ namespace {
 std::vector<unsigned long> waits;
 std::vector<std::string> commands;
 std::function<void(unsigned long)> waitHook;
+int shellError = 0;
 
 /// Removes the report's directory when the process that made it ends, and not in its forks.
 class ReportDirectory {
@@ -58,7 +60,8 @@ int usleep(useconds_t us) {
 
 int system(const char* command) {
   commands.emplace_back(command);
-  return 0;
+  errno = shellError;
+  return shellError == 0 ? 0 : -1;
 }
 }
 
@@ -103,6 +106,10 @@ std::vector<std::string> Commands() {
 std::vector<std::string> CommandsOf(const std::function<void()>& function,
                                     const std::string& input) {
   return Play(input, [&] { return function(), 0; }).commands;
+}
+
+void RefuseShells(int error) {
+  shellError = error;
 }
 
 void OnWait(std::function<void(unsigned long)> hook) {

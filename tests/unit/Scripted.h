@@ -30,6 +30,9 @@ std::vector<std::string> Commands();
 std::vector<std::string> CommandsOf(const std::function<void()>& function,
                                     const std::string& input = "");
 
+/// From now on no shell can be started: `system` fails with `error`. 0: it can again.
+void RefuseShells(int error);
+
 /// Called at every wait, for example to change the board while a test polls it. Empty: nothing.
 void OnWait(std::function<void(unsigned long us)> hook);
 

@@ -1,8 +1,11 @@
 // Verdicts, counters and the bytes of the report file.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <regex>
@@ -10,6 +13,7 @@
 
 #include "Case.h"
 #include "ConsoleInput.h"
+#include "DriverTest.h"
 #include "Scripted.h"
 #include "TestReport.h"
 #include "Util.h"
@@ -168,6 +172,38 @@ TEST_F(ReportTest, AMissingFileIsToldAtEveryTestAndStopsNothing) {
   std::string directory = path_.substr(0, path_.rfind('/'));
   rmdir(directory.c_str());
   EXPECT_EQ(scripted::Play("", [] { return printReport(), 0; }).output, "write fail!\n");
+}
+
+TEST_F(ReportTest, AFullDiskCostsNoLineThatWasThere) {
+  RunReturning(0);
+  const auto size = static_cast<rlim_t>(scripted::ReadFile(path_).size());
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  for (const rlim_t room : {rlim_t{0}, rlim_t{1}, rlim_t{100}}) {
+    const rlimit full = {size + room, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_TRUE(RunReturning(1).output.starts_with("write fail!\n"));
+  }
+  EXPECT_EQ(scripted::ReadFile(path_), kHeader + Line("PASS") + Footer('#', "4", "1", "3"));
+  setrlimit(RLIMIT_FSIZE, &limit);
+  RunReturning(0);
+  EXPECT_EQ(scripted::ReadFile(path_),
+            kHeader + Line("PASS") + Line("PASS") + Footer('#', "5", "2", "3"));
+}
+
+TEST_F(ReportTest, ATestWhoseShellCannotBeStartedFails) {
+  const ST_THAL_TEST_CASE_T record = Record(false, [](char*) { return RunShell("sync"), 0; });
+  TestCase test(&record);
+  menu_.add(&test);
+  scripted::RefuseShells(EAGAIN);
+  const auto refused = scripted::Play("", [&] { return test.Run(); });
+  EXPECT_EQ(refused.result, 1);
+  EXPECT_TRUE(refused.output.starts_with(
+      "Cannot start a shell (Resource temporarily unavailable) for: sync\n"))
+      << refused.output;
+  scripted::RefuseShells(0);
+  EXPECT_EQ(scripted::Play("y\n", [&] { return test.Run(); }).result, 0);
 }
 
 TEST_F(ReportTest, AFileCutByOthersGetsItsFooterBack) {

@@ -1,6 +1,8 @@
 // Starting test cases from the menu, one or many, and adding one.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "AutoRun.h"
 #include "CMplaybackTestCase.h"
 #include "PreparedBoard.h"
@@ -55,6 +57,14 @@ TEST_F(CrossModuleFilesAutoRun, PlaysTheListForAllRoundsAndSumsUp) {
         "102-h264-ResChg           FAIL  passed 0 of 2, not run 2\n"})
     EXPECT_TRUE(Says(run, said)) << said;
   EXPECT_EQ(Get_Customized_TestCase_List(), "1, 3,2 13 0 x 1x -1");
+}
+
+TEST_F(CrossModuleFilesAutoRun, OldDumpsDoNotPassWhereNoShellCanBeStarted) {
+  scripted::RefuseShells(EAGAIN);
+  const auto run = Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_Customized, "1\n1\n");
+  EXPECT_EQ(run.result, 1);
+  EXPECT_TRUE(Says(run, "Cannot start a shell (Resource temporarily unavailable) for: rm -f "));
+  EXPECT_TRUE(Says(run, "FAIL  passed 0 of 1, not run 1\n"));
 }
 
 TEST_F(CrossModuleFilesAutoRun, AsksForListAndRounds) {

@@ -8,6 +8,7 @@
 #include "Ansi.h"
 #include "CMplaybackTestCase.h"
 #include "CrossModuleLog.h"
+#include "DriverTest.h"
 #include "LiveLine.h"
 #include "MenuItem.h"
 #include "PlaybackRun.h"
@@ -87,8 +88,9 @@ int Auto_Test_Start() {
 }
 
 Verdict RunAndVerify(CM_TestCase* testCase, Checks checks, const std::string& progress) {
+  const unsigned shellFailures = ShellFailures();
   const int status = Run_Playback_Test_Case(testCase, progress);
-  if (status == -1) return Verdict::kNotRun;
+  if (status == -1 || ShellFailures() != shellFailures) return Verdict::kNotRun;
   bool passed = status == 0;
   if (checks == Checks::kAll) {
     passed = CMplaybackTestCase::CMplayback_Verify_All(nullptr) == 0 && passed;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -23,7 +24,11 @@ std::string Stopwatch::Elapsed() const {
 
 LiveLine::LiveLine(std::string text) : text_(std::move(text)) {
   if (isatty(STDOUT_FILENO) == 0) return;
-  painter_ = std::thread([this] { Keep(); });
+  try {
+    painter_ = std::thread([this] { Keep(); });
+  } catch (const std::system_error&) {
+    // Where no thread can be had the line comes at the end only.
+  }
 }
 
 LiveLine::~LiveLine() {

@@ -66,10 +66,10 @@ int UTThermalTestCase::TestCase1(char*) {
 
 int UTThermalTestCase::TestCase2(char*) {
   PrintUnitTraceLine(__func__);
-  for (int session = 0; session < 2; ++session) {
-    if (StartSession(__func__) < 0) return 1;
-  }
   int result = 0;
+  for (int session = 0; session < 2 && result == 0; ++session) {
+    if (StartSession(__func__) < 0) result = 1;
+  }
   int status = 0;
   for (pid_t child = WaitFor(-1, &status); child > 0; child = WaitFor(-1, &status)) {
     std::printf("%s: child_pid(%u) exited, status=%d\n", __func__, static_cast<unsigned>(child),
