@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <ctime>
@@ -17,8 +18,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kPoliteTime(1000);  // from SIGTERM to SIGKILL
 constexpr int kLastRounds = 1000;                       // of a millisecond each
-
-constexpr int kExitedWithOne = 1 << 8;  // as a wait status
 
 void Nothing(int) {}
 
@@ -104,9 +103,13 @@ void Guard(int command, int report, int terminal, const std::function<void()>& t
     std::signal(SIGHUP, SIG_DFL);
     test();
   }
+  if (child < 0) {
+    SendReport(report, {Report::kNotStarted, errno, 0});
+    _exit(1);
+  }
   close(terminal);
-  const int status = child < 0 ? kExitedWithOne : AwaitTest(child, command, normal);
-  if (child > 0) kill(-child, SIGKILL);
+  const int status = AwaitTest(child, command, normal);
+  kill(-child, SIGKILL);
   SendReport(report, {Report::kStatus, status, EndChildren()});
   _exit(0);
 }

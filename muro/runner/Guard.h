@@ -7,9 +7,9 @@ namespace runner {
 
 /// What a test and its guard tell the runner, one message a write.
 struct Report {
-  enum Kind : int { kResult, kStatus };
+  enum Kind : int { kResult, kStatus, kNotStarted };
   Kind kind;
-  int value;  // the test's result, or its wait status
+  int value;  // the test's result, its wait status, or why there is no process for it (errno)
   int leftChildren;
 };
 

@@ -153,7 +153,9 @@ void IsolatedTest::ReadReport() {
   }
   // A test that was killed after it had told its result did not end well.
   const int status = message.value;
-  if (WIFSIGNALED(status)) {
+  if (message.kind == Report::kNotStarted) {
+    end_ = {ChildEnd::kNotStarted, message.value, 0};
+  } else if (WIFSIGNALED(status)) {
     end_ = {ChildEnd::kSignalled, WTERMSIG(status), 0};
   } else if (!returned_) {
     end_ = {ChildEnd::kExited, WEXITSTATUS(status), 0};

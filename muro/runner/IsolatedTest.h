@@ -16,9 +16,9 @@ namespace runner {
 
 /// How a test's process ended.
 struct ChildEnd {
-  enum Kind { kReturned, kExited, kSignalled, kGuardLost };
+  enum Kind { kReturned, kExited, kSignalled, kGuardLost, kNotStarted };
   Kind kind;
-  int value;         // the test's result, exit status or signal
+  int value;         // the test's result, exit status, signal or error
   int leftChildren;  // processes that the test left behind and that had to be ended
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 
 #include "ConsoleInput.h"
@@ -136,6 +137,10 @@ void TestSession::Judge(const ChildEnd& end) {
       break;
     case ChildEnd::kGuardLost:
       outcome_.message = "killed the process that guards it, " + SignalText(end.value);
+      break;
+    case ChildEnd::kNotStarted:
+      outcome_.message = std::string("no process: ") + std::strerror(end.value);
+      outcome_.harness = true;
       break;
   }
   if (end.leftChildren > 0) {

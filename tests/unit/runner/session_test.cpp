@@ -1,12 +1,29 @@
 // Tests that run without their operator: prompts, keys, limits and results.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 #include "ConsoleInput.h"
 #include "runner/TestSession.h"
+
+namespace {
+
+int forksUntilRefusal = 0;  // 0: none is refused
+
+}  // namespace
+
+extern "C" pid_t fork() noexcept {
+  if (forksUntilRefusal > 0 && --forksUntilRefusal == 0) {
+    errno = EAGAIN;
+    return -1;
+  }
+  static const auto systemFork = reinterpret_cast<pid_t (*)()>(dlsym(RTLD_NEXT, "fork"));
+  return systemFork();
+}
 
 namespace {
 
@@ -60,6 +77,17 @@ TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {
   }
   const auto unjudged = Play([](char*) { return 0; }, {}, true, 1);
   EXPECT_EQ(unjudged.outcome.verdict, Verdict::kBlocked);
+}
+
+TEST(SessionTest, WithoutAProcessTheHarnessHasFailedAndNotTheTest) {
+  // The first fork is that of the guard, the second one the guard's.
+  for (const int refused : {1, 2}) {
+    forksUntilRefusal = refused;
+    const Played played = Play([](char*) { return 0; }, {});
+    EXPECT_TRUE(played.outcome.harness);
+    EXPECT_EQ(played.outcome.verdict, Verdict::kError);
+    EXPECT_EQ(played.outcome.message, "no process: Resource temporarily unavailable");
+  }
 }
 
 TEST(SessionTest, TheOperatorsVerdictCounts) {
