@@ -50,12 +50,12 @@ bool ReadRangeKey(const Range& range, int& value) {
   for (;;) {
     switch (console::ReadKey()) {
       case '0':
-        value = std::min(value + 1, range.max);
+        // The value is the HAL's at first, and can be any number.
+        value = value < range.max ? value + 1 : range.max;
         std::printf("Set %s = %d\n", range.label, value);
         return true;
       case '1':
-        --value;
-        if (value < range.min || value > range.max) value = range.min;
+        value = value > range.min && value - 1 <= range.max ? value - 1 : range.min;
         std::printf("Set %s = %d\n", range.label, value);
         return true;
       case '>':

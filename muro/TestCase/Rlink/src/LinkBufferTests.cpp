@@ -150,7 +150,9 @@ bool ReadInPlace(const SharedBuffer& buffer, Bytes* bytes) {
   const Link& link = buffer.link;
   RLNK_BUFFER_RANGE range{};
   if (link.rlink.GetBufferDataRange(link.session, buffer.record, &range) != 0 ||
-      range.size_1 + range.size_2 != bytes->size()) {
+      uint64_t{range.size_1} + range.size_2 != bytes->size() ||
+      (range.size_1 > 0 && range.start_1 == nullptr) ||
+      (range.size_2 > 0 && range.start_2 == nullptr)) {
     std::puts("GetAvailBufferRange failed.");
     return false;
   }
@@ -158,7 +160,7 @@ bool ReadInPlace(const SharedBuffer& buffer, Bytes* bytes) {
   std::printf("Buffer size_1 = %d\n", static_cast<int>(range.size_1));
   std::printf("Buffer start_2 = %p\n", range.start_2);
   std::printf("Buffer size_2 = %d\n", static_cast<int>(range.size_2));
-  std::memcpy(bytes->data(), range.start_1, range.size_1);
+  if (range.size_1 > 0) std::memcpy(bytes->data(), range.start_1, range.size_1);
   if (range.size_2 > 0) std::memcpy(bytes->data() + range.size_1, range.start_2, range.size_2);
   std::puts("Copy data done.");
   const auto size = static_cast<uint32_t>(bytes->size());

@@ -39,6 +39,7 @@ constexpr uint32_t kMemoryTypes[] = {RLNK_PARAM_MEMREF_IN, RLNK_PARAM_MEMREF_IN,
                                      RLNK_PARAM_MEMREF_OUT, RLNK_PARAM_MEMREF_INOUT};
 constexpr uint32_t kMemorySizes[] = {8, 8, 16, 24};
 constexpr uint32_t kWordBytes = sizeof(uint32_t);
+constexpr uint32_t kFilledBytes = 24;
 
 /// Where parameter `i` has to lie: the slave's memory is one piece.
 uint32_t ExpectedAddress(const RLNK_CMD_PARAMS& params, unsigned i) {
@@ -54,7 +55,7 @@ void PrintMemory(const RLNK_CMD_PARAM& param) {
 }
 
 bool CheckMemoryParams(const RLNK_CMD_PARAMS& params) {
-  bool ok = true;
+  bool ok = params.param[0].a != 0;
   for (unsigned i = 0; i < RLNK_PARAM_COUNT; ++i) {
     std::printf("type%u: [%d, %d]\n", i, static_cast<int>(TypeOf(params, i)),
                 static_cast<int>(kMemoryTypes[i]));
@@ -117,7 +118,9 @@ void Command_Test(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) {
     for (unsigned i = 0; i < RLNK_PARAM_COUNT; ++i) {
       const uint32_t type = TypeOf(*params, i);
       PrintParam(type, params->param[i]);
-      if (type == RLNK_PARAM_MEMREF_INOUT) std::memset(Memory(params->param[i]), 'A', 24);
+      const bool hasMemory = params->param[i].a != 0 && params->param[i].b >= kFilledBytes;
+      if (type == RLNK_PARAM_MEMREF_INOUT && hasMemory)
+        std::memset(Memory(params->param[i]), 'A', kFilledBytes);
     }
   }
   std::puts("Command_Test <-");
