@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include <cstring>
 
 #include "Ansi.h"
+#include "TerminalMode.h"
 
 namespace {
 
@@ -25,27 +25,6 @@ constexpr useconds_t kClosedInputPauseUs = 100'000;
 void (*endOfInputHandler)() = nullptr;
 const console::InputObserver* observer = nullptr;
 bool putBack = false;  // a character was given back to stdin and is there without waiting
-
-/// Terminal attributes of standard input, changed for the life of this object. Does nothing where
-/// standard input is no terminal.
-class TerminalMode {
- public:
-  explicit TerminalMode(tcflag_t clearedFlags) : isTerminal_(tcgetattr(0, &saved_) == 0) {
-    if (!isTerminal_) return;
-    termios raw = saved_;
-    raw.c_lflag &= ~clearedFlags;
-    tcsetattr(0, TCSANOW, &raw);
-  }
-  ~TerminalMode() {
-    if (isTerminal_) tcsetattr(0, TCSANOW, &saved_);
-  }
-  TerminalMode(const TerminalMode&) = delete;
-  TerminalMode& operator=(const TerminalMode&) = delete;
-
- private:
-  termios saved_{};
-  bool isTerminal_;
-};
 
 bool IsSpace(int c) {
   return c != EOF && std::isspace(c) != 0;
@@ -63,10 +42,19 @@ void TellTaken(Input kind, std::string_view text) {
   if (observer != nullptr && observer->taken != nullptr) observer->taken(kind, text);
 }
 
+/// True when a signal, and not the end of input, ended the last read: then it is to be read again.
+bool WasInterrupted() {
+  if (std::ferror(stdin) == 0 || errno != EINTR) return false;
+  std::clearerr(stdin);
+  return true;
+}
+
 int NextCharacter(Input kind) {
   TellWaiting(kind);
   putBack = false;
-  return std::getchar();
+  int c = std::getchar();
+  while (c == EOF && WasInterrupted()) c = std::getchar();
+  return c;
 }
 
 void PutBack(int c) {
@@ -79,7 +67,7 @@ void UnlessNewline(int c) {
 }
 
 [[noreturn]] void EndOfInput() {
-  if (endOfInputHandler != nullptr) endOfInputHandler();
+  console::GiveUpTest();
   std::printf("\nEnd of input\n");
   std::exit(1);
 }
@@ -203,6 +191,10 @@ void SetEndOfInputHandler(void (*handler)()) {
   endOfInputHandler = handler;
 }
 
+void GiveUpTest() {
+  if (endOfInputHandler != nullptr) endOfInputHandler();
+}
+
 }  // namespace console
 
 int _kbhit() {
@@ -222,7 +214,9 @@ int fgets_ex(char* dst, unsigned len) {
     std::memset(line, 0, sizeof line);
     TellWaiting(Input::kLine);
     putBack = false;
-    if (std::fgets(line, sizeof line, stdin) == nullptr) return -1;
+    while (std::fgets(line, sizeof line, stdin) == nullptr) {
+      if (!WasInterrupted()) return -1;
+    }
     length = std::strlen(line);
     if (typedAhead < length) break;
     typedAhead -= length;
@@ -291,13 +285,10 @@ int dump_mem(const unsigned char* p, unsigned len) {
 
 int kbhit() {
   std::fflush(stdout);
-  const TerminalMode raw(ICANON | ECHO);
+  const TerminalMode raw(ICANON | ECHO, O_NONBLOCK);
   TellWaiting(Input::kPoll);
-  const int flags = fcntl(0, F_GETFL);
-  fcntl(0, F_SETFL, flags | O_NONBLOCK);
   const int key = std::getchar();
   putBack = false;
-  fcntl(0, F_SETFL, flags);
   if (key == EOF) {
     std::clearerr(stdin);
     return 0;

@@ -61,6 +61,9 @@ void SetInputObserver(const InputObserver* observer);
 /// reports the running test there. A null pointer sets nothing.
 void SetEndOfInputHandler(void (*handler)());
 
+/// Does what the handler does: for the program's other ends in the middle of a test.
+void GiveUpTest();
+
 }  // namespace console
 
 /// Number of bytes that wait on standard input, 0 when that cannot be told.

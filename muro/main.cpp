@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "OutOfMemory.h"
 #include "TestFrame.h"
 #include "TestReport.h"
 #include "runner/CommandLine.h"
@@ -19,6 +20,7 @@ int OpenConsole() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  EndWhenOutOfMemory();
   // Nothing may be read ahead of what a prompt asks for: tests look at the terminal themselves.
   std::setvbuf(stdin, nullptr, _IONBF, 0);
   return argc < 2 ? OpenConsole() : runner::Main({argv + 1, argv + argc}, OpenConsole);

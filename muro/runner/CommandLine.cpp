@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -177,6 +178,7 @@ int Main(const std::vector<std::string>& words, const std::function<int()>& cons
     case Mode::kResume:
       return Resume(options);
     case Mode::kVerify:
+      std::signal(SIGPIPE, SIG_IGN);  // results are written to their end, whoever reads the report
       return VerifyDumps(options, SeparateOutput(options.outputs));
     case Mode::kInteractive:
       break;

@@ -3,14 +3,17 @@
 
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Pty.h"
@@ -269,6 +272,102 @@ TEST(Keys, AreSeenAndTakenOneByOneWithoutEcho) {
   console.Send(">");
   EXPECT_TRUE(console.Expect("1 q> restored\n"));
   EXPECT_EQ(console.Before().find('>'), std::string::npos) << "the key was echoed";
+}
+
+/// Waits for a key, as a shell's job: the group that has the terminal. Tells the key.
+[[noreturn]] void BeJob() {
+  for (const int number : {SIGINT, SIGQUIT}) signal(number, SIG_DFL);
+  setpgid(0, 0);
+  signal(SIGTTOU, SIG_IGN);
+  tcsetpgrp(0, getpid());
+  signal(SIGTTOU, SIG_DFL);
+  std::setvbuf(stdin, nullptr, _IONBF, 0);
+  std::printf("job %d\n", static_cast<int>(getpid()));
+  _exit(mygetch());
+}
+
+/// Takes the terminal back, as a shell does when its job has ended or stopped. Tells what became of
+/// the job, and whether a line can be typed.
+void TellJob(int status) {
+  signal(SIGTTOU, SIG_IGN);
+  tcsetpgrp(0, getpgrp());
+  termios modes{};
+  tcgetattr(0, &modes);
+  const int number = WIFSTOPPED(status) ? WSTOPSIG(status) : WTERMSIG(status);
+  std::printf("signal %d, %s\n", number, (modes.c_lflag & ICANON) != 0 ? "lines" : "keys");
+  std::fflush(stdout);
+}
+
+TEST(Keys, ASignalThatEndsTheProgramLeavesTheTerminalAsItWas) {
+  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGSEGV, SIGABRT}) {
+    Pty pty([] {
+      for (const int ignored : {SIGINT, SIGQUIT}) signal(ignored, SIG_IGN);
+      const pid_t child = fork();
+      if (child == 0) BeJob();
+      int status = 0;
+      waitpid(child, &status, 0);
+      TellJob(status);
+      return 0;
+    });
+    ASSERT_TRUE(pty.ExpectRegex("job (\\d+)\n"));
+    ASSERT_TRUE(pty.WaitReading());
+    if (number == SIGINT || number == SIGQUIT) {
+      pty.Send(number == SIGINT ? "\x03" : "\x1c");
+    } else {
+      kill(std::stoi(pty.Groups()[1]), number);
+    }
+    EXPECT_TRUE(pty.Expect("signal " + std::to_string(number) + ", lines\n"));
+  }
+}
+
+TEST(Keys, AreTakenAgainWhenTheProgramWasStoppedAndGoesOn) {
+  Pty pty([] {
+    const pid_t child = fork();
+    if (child == 0) BeJob();
+    int status = 0;
+    for (int stop = 0; stop < 2; ++stop) {
+      waitpid(child, &status, WUNTRACED);
+      TellJob(status);
+      tcsetpgrp(0, child);
+      kill(-child, SIGCONT);
+    }
+    waitpid(child, &status, 0);
+    return WEXITSTATUS(status);
+  });
+  ASSERT_TRUE(pty.ExpectRegex("job (\\d+)\n"));
+  ASSERT_TRUE(pty.WaitReading());
+  for (int stop = 0; stop < 2; ++stop) {
+    pty.Send("\x1a");
+    ASSERT_TRUE(pty.Expect("signal " + std::to_string(SIGTSTP) + ", lines\n"));
+    ASSERT_TRUE(pty.WaitReading());
+  }
+  pty.Send("k");
+  EXPECT_EQ(pty.Wait(), 'k') << "without Return";
+}
+
+TEST(Prompt, IsNotEndedByASignalThatSomebodyHandles) {
+  const std::pair<const char*, std::function<int()>> kReaders[] = {
+      {"5\n", [] { return console::ReadNumber(); }},
+      {"12345\n", [] { return static_cast<int>(console::ReadLine().size()); }},
+      {"y\n", [] { return _get_yes_no() + 4; }},
+      {"\x05", [] { return mygetch(); }},
+  };
+  for (const auto& [keys, read] : kReaders) {
+    Console console([read = read] {
+      struct sigaction action = {};
+      action.sa_handler = [](int) {
+        [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, "resized\n", 8);
+      };
+      sigaction(SIGWINCH, &action, nullptr);
+      return read();
+    });
+    ASSERT_TRUE(console.WaitReading());
+    console.Resize(20, 60);
+    ASSERT_TRUE(console.Expect("resized\n"));
+    ASSERT_TRUE(console.WaitReading());
+    console.Send(keys);
+    EXPECT_TRUE(console.ExpectResult(5)) << keys;
+  }
 }
 
 TEST(Keys, CountsTheBytesThatWait) {
