@@ -103,6 +103,20 @@ std::string Mutate(std::string row, std::mt19937& random) {
   return row;
 }
 
+TEST(RowReader, CountsFieldsAsItSplitsThem) {
+  std::mt19937 random(3);
+  std::array<std::string_view, 99> fields;
+  for (int i = 0; i < 30000; ++i) {
+    std::string row;
+    for (auto length = random() % 40; length > 0; --length) row += ", x,1 \n\xAC"[random() % 9];
+    row = Mutate(row + '\n', random);
+    const bool hasNul = row.find('\0') != std::string::npos;
+    ASSERT_EQ(CountFields(row), hasNul ? 0 : SplitRow(row, {',', ' '}, fields)) << row;
+  }
+  EXPECT_EQ(CountFields(std::string(1023, ',')), 0U);
+  EXPECT_EQ(CountFields(""), 0U);
+}
+
 TEST(RowItems, OfAPairAreThoseOfTheRowsAlone) {
   constexpr RowFormat kFormat{5, 1U << 3, 1};
   std::mt19937 random(2);

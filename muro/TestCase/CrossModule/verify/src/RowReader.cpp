@@ -178,6 +178,15 @@ std::size_t ReadItemsLike(std::string_view goldenRow, const RowItems& golden,
   return CountToEnd(p, end, format);
 }
 
+constexpr uint64_t kOnes = 0x0101010101010101;
+constexpr uint64_t kHighBits = kOnes * 0x80;
+
+/// The high bits of those bytes of the word that are `c`.
+uint64_t BytesEqual(uint64_t word, char c) {
+  const uint64_t different = word ^ kOnes * static_cast<uint8_t>(c);
+  return ~(((different & ~kHighBits) + ~kHighBits) | different) & kHighBits;
+}
+
 /// Length of the sample's row when it is golden's but for digits in place of those from `field` to
 /// `fieldEnd`; 0 when it is another one. What follows golden's field is no digit.
 std::size_t LengthOfSame(std::string_view golden, std::string_view sample, const char* field,
@@ -290,15 +299,25 @@ std::size_t SplitRow(std::string_view row, std::array<char, 2> separators,
   return count;
 }
 
+// This is asked for every row of the largest files, so it looks at eight characters at a time.
 std::size_t CountFields(std::string_view row) {
-  const auto separates = [](char c) { return (c == ',') | (c == ' '); };
-  unsigned count = row.empty() || separates(row[0]) ? 0 : 1;
-  bool hasNul = !row.empty() && row[0] == '\0';
-  // Without a branch, so that many characters are looked at at once.
-  for (std::size_t i = 1; i < row.size(); ++i) {
-    count += static_cast<unsigned>(separates(row[i - 1]) & !separates(row[i]));
-    hasNul |= row[i] == '\0';
-  }
+  static_assert(std::endian::native == std::endian::little, "the lowest byte comes first");
+  constexpr std::size_t kWidth = sizeof(uint64_t);
+  std::size_t count = 0;
+  uint64_t separatorBefore = 0x80;
+  bool hasNul = false;
+  const auto look = [&](const char* p, std::size_t length) {
+    uint64_t word = kOnes * ',';
+    std::memcpy(&word, p, length);
+    hasNul |= ((word - kOnes) & ~word & kHighBits) != 0;
+    const uint64_t separators = BytesEqual(word, ',') | BytesEqual(word, ' ');
+    const uint64_t starts = ~separators & kHighBits & (separators << 8 | separatorBefore);
+    separatorBefore = separators >> 56;
+    count += (starts >> 7) * kOnes >> 56;
+  };
+  std::size_t at = 0;
+  for (; at + kWidth <= row.size(); at += kWidth) look(row.data() + at, kWidth);
+  look(row.data() + at, row.size() - at);
   return hasNul ? 0 : count;
 }
 
