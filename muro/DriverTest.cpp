@@ -1,5 +1,6 @@
 #include "DriverTest.h"
 
+#include <paths.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,7 +18,7 @@ bool WasStarted(int status) {
   // Where children are not waited for, the command's status is lost and nothing else.
   if (status == -1) return errno == ECHILD;
   const bool nothingWasFound = WIFEXITED(status) && WEXITSTATUS(status) == 127;
-  return !nothingWasFound || access("/bin/sh", X_OK) == 0;
+  return !nothingWasFound || access(_PATH_BSHELL, X_OK) == 0;
 }
 
 }  // namespace

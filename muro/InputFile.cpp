@@ -46,7 +46,7 @@ std::string ReadInputFile(const std::string& path, std::size_t limit, std::strin
     if (got < 0 && errno != EINTR) break;
     text.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
   }
-  const std::string problem = got < 0 ? Problem(path) : "";
+  std::string problem = got < 0 ? Problem(path) : "";
   close(fd);
   return problem;
 }

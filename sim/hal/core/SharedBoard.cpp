@@ -83,6 +83,7 @@ class File {
   std::string Text(size_t limit) const {
     struct stat status = {};
     if (fstat(fd_, &status) != 0) throw SystemError(path_);
+    if (S_ISDIR(status.st_mode)) throw std::runtime_error(path_ + ": Is a directory");
     if (!S_ISREG(status.st_mode)) throw std::runtime_error(path_ + ": is no regular file");
     std::string text;
     char block[4096];

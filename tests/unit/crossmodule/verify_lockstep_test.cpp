@@ -274,4 +274,12 @@ TEST(VerifyDvo, ToldApartFromOrder) {
   EXPECT_FALSE(RunVerifier(Verify_DVO, golden, golden).result.outOfOrder);
 }
 
+TEST(VerifyDvo, TakesTheRestOfALongTitleForNoBrokenRow) {
+  const std::string rows = "120, 2, 60000, 30, 0\n121, 2, 60000, 40, 0\nEOS\n";
+  const std::string text = std::string(90, 't') + "\n" + rows;
+  EXPECT_EQ(RunVerifier(Verify_DVO, text, text).fields, Lines{});
+  const std::string broken = text.substr(0, text.size() - 8) + "\nEOS\n";
+  EXPECT_EQ(RunVerifier(Verify_DVO, broken, broken).fields.size(), 3U);
+}
+
 }  // namespace

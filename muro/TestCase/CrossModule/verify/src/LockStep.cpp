@@ -16,15 +16,21 @@ void PrintMismatch(FrameLog& log, int32_t frameNumber, uint32_t mask) {
 }
 
 LockStepWalk::LockStepWalk(CM_Verify_Result& result, StageFiles& files)
-    : result_(result), golden_{files.golden, {}, 0}, sample_{files.sample, {}, 0} {}
+    : result_(result), golden_{files.golden, {}, 0, false}, sample_{files.sample, {}, 0, false} {}
 
 void LockStepWalk::Run() {
-  std::string_view title;
-  if (!golden_.file.Next(title, kTitleLimit)) log_ << "read golden title fail\n";
-  if (!sample_.file.Next(title, kTitleLimit)) log_ << "read sample title fail\n";
+  if (!ReadTitle(golden_)) log_ << "read golden title fail\n";
+  if (!ReadTitle(sample_)) log_ << "read sample title fail\n";
   ReadMode mode = ReadMode::kBoth;
   while (mode != ReadMode::kEnd && failedReads_ < 2) mode = Step(mode);
   result_.putVerifyFrameCount(compared_);
+}
+
+bool LockStepWalk::ReadTitle(Side& side) {
+  std::string_view title;
+  const bool isRead = side.file.Next(title, kTitleLimit);
+  side.titleGoesOn = isRead && IsPiece(title, kTitleLimit);
+  return isRead;
 }
 
 /// Reads the rows of the mode and looks at them. Returns what to read next: after a failed read,
@@ -65,6 +71,7 @@ bool LockStepWalk::ReadSample() {
 
 bool LockStepWalk::IsBroken(const char* name, const Side& side, std::size_t fieldCount) {
   const std::string_view row = side.row;
+  if (side.titleGoesOn && side.rowsRead == 1) return false;
   if (CountFields(row) >= fieldCount && !IsPiece(row, kDataLimit)) return false;
   if (std::ranges::all_of(row, [](unsigned char c) { return std::isspace(c) != 0; })) return false;
   log_ << "[muro:" << __LINE__ << "] " << std::string_view(name) << " row " << side.rowsRead

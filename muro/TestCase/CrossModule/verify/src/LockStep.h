@@ -77,6 +77,7 @@ class LockStepWalk {
     RowReader& file;
     std::string_view row;  // the last one read
     int32_t rowsRead;
+    bool titleGoesOn;  // the first row is the rest of a long title
   };
 
   /// Length of the sample's next row when it is the same as golden's current one and there is
@@ -87,7 +88,7 @@ class LockStepWalk {
   virtual ReadMode Judge() = 0;
 
   /// True when the current row of a side is none: it has less than `fieldCount` fields, or is a
-  /// piece of an overlong line. Says so. A row of white space is not broken.
+  /// piece of an overlong line. Says so. White space and the rest of a title are not broken.
   bool IsBroken(const char* name, const Side& side, std::size_t fieldCount);
 
   CM_Verify_Result& result_;
@@ -97,6 +98,7 @@ class LockStepWalk {
   int32_t compared_ = 0;  // pairs of rows
 
  private:
+  static bool ReadTitle(Side& side);
   bool ReadGolden(bool alone);
   bool ReadSample();
   bool TakeSame();

@@ -58,19 +58,24 @@ class DvoWalk : public LockStepWalk {
     const bool sampleEnds = IsEndOfStream(sampleFields_);
     if (goldenEnds) log_ << "[muro:" << __LINE__ << "] golden got EOS \n";
     if (sampleEnds) log_ << "[muro:" << __LINE__ << "] sample got EOS \n";
-    if ((!goldenEnds && IsBroken("golden", golden_, kFieldCount)) ||
-        (!sampleEnds && IsBroken("sample", sample_, kFieldCount))) {
-      reportMissingFields(result_, goldenFields_);
-      return ReadMode::kEnd;
-    }
-    if (sampleEnds) return ReadMode::kEnd;
+    if (sampleEnds) return goldenEnds ? ReadMode::kEnd : UnlessGoldenIsBroken(ReadMode::kEnd);
+    if (goldenEnds) return UnlessSampleIsBroken(ReadMode::kGoldenOnly);
     const int32_t golden = FrameNumber(goldenFields_);
-    if (goldenEnds || golden < kFirstCheckedFrame) return ReadMode::kGoldenOnly;
+    if (golden < kFirstCheckedFrame) return UnlessGoldenIsBroken(ReadMode::kGoldenOnly);
     const int32_t sample = FrameNumber(sampleFields_);
     if (!inStep_ && !FindStart(golden, sample)) return ReadMode::kSampleOnly;
     if (golden < sample) return SampleIsAhead(golden, sample);
-    if (sample < golden) return SampleIsBehind(golden, sample);
+    if (sample < golden) return UnlessSampleIsBroken(SampleIsBehind(golden, sample));
     return Compare(golden, sample);
+  }
+
+  /// What is to be read next, unless the row that would be passed over is none: that ends the walk.
+  ReadMode UnlessGoldenIsBroken(ReadMode next) { return Unless("golden", golden_, next); }
+  ReadMode UnlessSampleIsBroken(ReadMode next) { return Unless("sample", sample_, next); }
+  ReadMode Unless(const char* name, const Side& side, ReadMode next) {
+    if (!IsBroken(name, side, kFieldCount)) return next;
+    reportMissingFields(result_, goldenFields_);
+    return ReadMode::kEnd;
   }
 
   /// Looks for golden's first checked frame in the dump. Returns true when it is there.
@@ -112,6 +117,10 @@ class DvoWalk : public LockStepWalk {
 
   ReadMode Compare(int32_t golden, int32_t sample) {
     if (compareFields(result_, goldenFields_, sampleFields_, log_) != 0) return ReadMode::kEnd;
+    if (UnlessSampleIsBroken(ReadMode::kBoth) == ReadMode::kEnd ||
+        UnlessGoldenIsBroken(ReadMode::kBoth) == ReadMode::kEnd) {
+      return ReadMode::kEnd;
+    }
     lastGolden_ = golden;
     lastSample_ = sample;
     ++compared_;

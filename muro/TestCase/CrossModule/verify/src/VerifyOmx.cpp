@@ -122,11 +122,6 @@ class OmxWalk : public LockStepWalk {
     if (golden_.rowsRead <= warmUpRows_ && sample_.rowsRead <= warmUpRows_) return ReadMode::kBoth;
     Fields golden;
     parseFields(golden, golden_.row);
-    const bool goldenIsBroken = IsBroken("golden", golden_, kFieldCount);
-    if (IsBroken("sample", sample_, kFieldCount) || goldenIsBroken) {
-      reportMissingFields(result_, golden);
-      return ReadMode::kEnd;
-    }
     if (IsStartUp(golden)) return ReadMode::kGoldenOnly;
     Fields sample;
     parseFields(sample, sample_.row);
@@ -144,6 +139,10 @@ class OmxWalk : public LockStepWalk {
       return ReadMode::kSampleOnly;
     }
     if (compareFields(result_, golden, sample, log_) != 0) return ReadMode::kEnd;
+    if (IsBroken("golden", golden_, kFieldCount) || IsBroken("sample", sample_, kFieldCount)) {
+      reportMissingFields(result_, golden);
+      return ReadMode::kEnd;
+    }
     ++compared_;
     return ReadMode::kBoth;
   }
