@@ -172,6 +172,21 @@ testing::AssertionResult Pty::WaitReading(int timeoutMs) {
   return testing::AssertionSuccess();
 }
 
+bool Pty::TakesKeys() const {
+  termios mode{};
+  return tcgetattr(master_, &mode) == 0 && (mode.c_lflag & static_cast<tcflag_t>(ICANON)) == 0;
+}
+
+std::string Pty::TakeOutput(int timeoutMs) {
+  if (consumed_ == transcript_.size()) ReadOutput(timeoutMs);
+  while (ReadOutput(0)) {
+  }
+  std::string taken = transcript_.substr(consumed_);
+  transcript_.clear();
+  consumed_ = 0;
+  return taken;
+}
+
 testing::AssertionResult Pty::Answer(const std::string& prompt, const std::string& line,
                                      int timeoutMs) {
   testing::AssertionResult result = Expect(prompt, timeoutMs);

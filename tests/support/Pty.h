@@ -50,6 +50,11 @@ class Pty {
   /// Waits until the program sleeps in a read from the terminal: what is typed before that may be
   /// thrown away by it.
   [[nodiscard]] testing::AssertionResult WaitReading(int timeoutMs = kLimitMs);
+  /// True while the program takes single keys and not lines.
+  bool TakesKeys() const;
+  /// All output that was not expected yet, after waiting for some; the transcript forgets it. For
+  /// programs that print for hours.
+  std::string TakeOutput(int timeoutMs);
   /// Waits for `prompt` and for the program to read, then types `line`.
   [[nodiscard]] testing::AssertionResult Answer(const std::string& prompt, const std::string& line,
                                                 int timeoutMs = kLimitMs);

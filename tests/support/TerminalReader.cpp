@@ -15,9 +15,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// The one line of a file under /proc; empty when its process goes meanwhile.
 std::string ReadAll(const fs::path& path) {
   std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::string line;
+  std::getline(file, line);
+  return line;
 }
 
 /// One thread of a program, by its directory under /proc.
