@@ -12,7 +12,7 @@ namespace simhal {
 constexpr uint32_t kForEver = UINT32_MAX;
 
 /// The trace lines of this process, oldest first, such as "K2V_RHAL_VSC_Open(0) = 0". Only the
-/// newest 8192 are kept.
+/// newest 8192 are kept, and none where CVNSIM_TRACE names a file for them.
 std::vector<std::string> Calls();
 void ClearCalls();
 

@@ -22,6 +22,11 @@ std::deque<std::string>& Kept() {
   return lines;
 }
 
+void Keep(const std::string& line) {
+  Kept().push_back(line);
+  if (Kept().size() > kKeptLines) Kept().pop_front();
+}
+
 }  // namespace
 
 void OpenTraceFile() {
@@ -32,9 +37,10 @@ void OpenTraceFile() {
 }
 
 void Note(const std::string& line) {
-  Kept().push_back(line);
-  if (Kept().size() > kKeptLines) Kept().pop_front();
-  if (traceFd < 0) return;
+  if (traceFd < 0) {
+    Keep(line);
+    return;
+  }
   const std::string bytes = line + '\n';
   // A full disk loses the line, as it would lose a driver's log; the board goes on.
   [[maybe_unused]] const ssize_t written = write(traceFd, bytes.data(), bytes.size());

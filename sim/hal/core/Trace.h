@@ -10,12 +10,12 @@ namespace sim {
 /// memory only. Throws std::runtime_error when the file cannot be opened.
 void OpenTraceFile();
 
-/// Notes one line (without newline) in the file, with one write(2) so that processes can share it,
-/// and in this process's memory. The caller holds the board.
+/// Notes one line (without newline) in the file, with one write(2) so that processes can share it;
+/// without a file in this process's memory. The caller holds the board.
 void Note(const std::string& line);
 
-/// The newest lines that this process noted, oldest first, at most 8192. The caller holds the
-/// board.
+/// The newest lines that this process noted in memory, oldest first, at most 8192. The caller holds
+/// the board.
 std::vector<std::string> NotedLines();
 
 /// Forgets the lines in memory. The caller holds the board.
