@@ -28,4 +28,25 @@ class OutputFile {
   bool good_;
 };
 
+/// Text that waits for the end of a run: in a file without a name, since it may become longer than
+/// a board has memory.
+class Spool {
+ public:
+  /// The file is made in the directory of `path`, where its text will go; in /tmp when that is no
+  /// place for it.
+  explicit Spool(const std::string& path);
+  ~Spool();
+  Spool(const Spool&) = delete;
+  Spool& operator=(const Spool&) = delete;
+
+  void Add(std::string_view text);
+  /// Writes all that was added to `file`.
+  void CopyTo(OutputFile& file);
+  bool Good() const { return good_; }
+
+ private:
+  int fd_;
+  bool good_;
+};
+
 }  // namespace runner

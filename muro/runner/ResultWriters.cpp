@@ -4,7 +4,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <deque>
 #include <map>
+#include <utility>
 
 #include "OutputFile.h"
 #include "Text.h"
@@ -19,6 +22,7 @@ class FileWriter : public RunListener {
 
  protected:
   void Write(const std::string& text) { file_.Write(text); }
+  void Write(Spool& spool) { spool.CopyTo(file_); }
   int Descriptor() const { return file_.Descriptor(); }
 
  private:
@@ -26,44 +30,55 @@ class FileWriter : public RunListener {
 };
 
 /// JUnit XML: a suite a module, in the order of their first tests. A blocked test is an error of
-/// the type BLOCKED. The whole document is written at the end.
+/// the type BLOCKED. The whole document is written at the end: a suite's totals stand before its
+/// cases, which wait in files until then.
 class JUnitWriter : public FileWriter {
  public:
-  using FileWriter::FileWriter;
+  JUnitWriter(const std::string& path, int standardOutput)
+      : FileWriter(path, standardOutput), path_(path) {}
 
+  bool Good() const override {
+    return FileWriter::Good() &&
+           std::ranges::all_of(suites_, [](const Suite& suite) { return suite.cases.Good(); });
+  }
   void RunStarted(std::size_t) override {}
   void TestEnded(const TestResult& result) override {
     Suite& suite = SuiteOf(result.test.moduleClass);
     suite.seconds += result.seconds;
     ++suite.totals.of[static_cast<std::size_t>(result.verdict)];
-    suite.cases += "    <testcase" + Attribute("classname", result.test.moduleClass) +
-                   Attribute("name", result.test.id + " " + result.test.name) +
-                   Attribute("time", SecondsText(result.seconds)) + ">\n" + Problem(result);
+    std::string text = "    <testcase" + Attribute("classname", result.test.moduleClass) +
+                       Attribute("name", result.test.id + " " + result.test.name) +
+                       Attribute("time", SecondsText(result.seconds)) + ">\n" + Problem(result);
     if (!result.output.empty())
-      suite.cases += "      <system-out>" + XmlText(result.output) + "</system-out>\n";
-    suite.cases += "    </testcase>\n";
+      text += "      <system-out>" + XmlText(result.output) + "</system-out>\n";
+    suite.cases.Add(text + "    </testcase>\n");
   }
   void RunEnded(const Totals& totals) override {
-    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" +
-                       Attribute("name", "cvntester") + Counts(totals, totals.seconds) + ">\n";
-    for (const Suite& suite : suites_) {
-      text += "  <testsuite" + Attribute("name", suite.name) + Counts(suite.totals, suite.seconds) +
-              ">\n" + suite.cases + "  </testsuite>\n";
+    Write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" +
+          Attribute("name", "cvntester") + Counts(totals, totals.seconds) + ">\n");
+    for (Suite& suite : suites_) {
+      Write("  <testsuite" + Attribute("name", suite.name) + Counts(suite.totals, suite.seconds) +
+            ">\n");
+      Write(suite.cases);
+      Write("  </testsuite>\n");
     }
-    Write(text + "</testsuites>\n");
+    Write("</testsuites>\n");
   }
 
  private:
   struct Suite {
+    Suite(std::string suiteName, const std::string& path)
+        : name(std::move(suiteName)), cases(path) {}
+
     std::string name;
-    std::string cases{};
+    Spool cases;
     Totals totals{};
     double seconds = 0;
   };
 
   Suite& SuiteOf(const std::string& name) {
     const auto [at, isNew] = indexes_.try_emplace(name, suites_.size());
-    if (isNew) suites_.push_back({name});
+    if (isNew) suites_.emplace_back(name, path_);
     return suites_[at->second];
   }
 
@@ -96,7 +111,8 @@ class JUnitWriter : public FileWriter {
     }
   }
 
-  std::vector<Suite> suites_;
+  std::string path_;
+  std::deque<Suite> suites_;
   std::map<std::string, std::size_t> indexes_;
 };
 
