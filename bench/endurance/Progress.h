@@ -1,0 +1,40 @@
+// Where a stage is in its run, and what is seen of the harness on the way.
+#pragma once
+
+#include <chrono>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "NightBoard.h"
+#include "Watch.h"
+
+namespace endurance {
+
+class Progress {
+ public:
+  /// `total` tests are due; what is seen goes to `tenths`.
+  Progress(NightBoard& board, std::size_t total, Tenths& tenths);
+
+  /// `count` more are done. Looks at the harness some forty times a tenth.
+  void Done(std::size_t count);
+  std::size_t DoneSoFar() const { return done_; }
+
+  /// Files that the board's /tmp has now and did not have when the first tenth was over, a line
+  /// each.
+  std::vector<std::string> LeftFiles() const;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  NightBoard& board_;
+  std::size_t total_;
+  Tenths& tenths_;
+  std::size_t done_ = 0;
+  std::size_t index_ = 0;  // of the tenth
+  std::size_t lookedAt_ = 0;
+  Clock::time_point since_ = Clock::now();
+  std::set<std::string> files_;
+};
+
+}  // namespace endurance

@@ -1,0 +1,17 @@
+// A short night, so that a leak is seen on every day; bench/endurance runs whole ones.
+#include <gtest/gtest.h>
+
+#include "BoardFixture.h"
+
+namespace {
+
+constexpr int kNoSandbox = 77;
+
+TEST(EnduranceTest, AShortNightGrowsNothingAndReportsEveryTest) {
+  const auto night =
+      test::RunShell(test::Quoted(CVN_ENDURANCE) + " --tests 300 --verifications 20");
+  if (night.status == kNoSandbox) GTEST_SKIP() << night.output;
+  EXPECT_EQ(night.status, 0) << night.output;
+}
+
+}  // namespace
