@@ -148,7 +148,7 @@ std::string ResultDirectory::Open(const std::string& path, RunHead& head,
   path_ = fs::absolute(path, error);
   const std::string journal = path_ + "/journal";
   std::string text;
-  const std::string problem = ReadInputFile(journal, kLargestJournal + 1, text);
+  std::string problem = ReadInputFile(journal, kLargestJournal + 1, text);
   if (!problem.empty()) return problem;
   if (text.size() > kLargestJournal) return journal + ": is larger than 64 MiB";
   text.resize(text.rfind('\n') + 1);  // npos + 1 is 0

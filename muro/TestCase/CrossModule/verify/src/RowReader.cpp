@@ -14,7 +14,7 @@
 namespace {
 
 // Large enough to make the calls of the system cheap, small enough to stay in the cache.
-constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
 
 static_assert(sizeof(off_t) == 8, "dumps of long runs pass 2 GiB");
 
