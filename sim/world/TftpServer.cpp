@@ -61,7 +61,7 @@ std::string NextPacket(int peer) {
 std::string Exchange(int peer, const std::string& packet, uint16_t operation, uint16_t number) {
   for (int tries = 0; tries < kTries; ++tries) {
     SendPacket(peer, packet);
-    const std::string answer = NextPacket(peer);
+    std::string answer = NextPacket(peer);
     if (NumberAt(answer, 0) == kError) return "";
     if (NumberAt(answer, 0) == operation && NumberAt(answer, 2) == number) return answer;
   }

@@ -78,6 +78,7 @@ void BecomeOperatorsProgram(int terminal, const PtyOptions& options) {
 int Execute(const std::vector<std::string>& argv) {
   std::vector<std::string> words = argv;
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   execvp(pointers[0], pointers.data());

@@ -199,41 +199,40 @@ TEST(YesNo, SkipsTheBeginningOfALineTypedBeforeTheQuestion) {
   EXPECT_EQ(console.Transcript().find("Unknown"), std::string::npos);
 }
 
-struct RangeCase {
-  const char* typed;
-  unsigned base;
-  int result;
-  int value;
-  const char* message;
-};
-
-class Range : public testing::TestWithParam<RangeCase> {};
-
-TEST_P(Range, ReadsOneNumber) {
-  const RangeCase& c = GetParam();
-  Console console([&c] {
-    int value = -77;
-    const int result = _get_number_with_range(&value, -5, 100, c.base);
-    std::printf("[%d]", value);
-    return result;
-  });
-  ASSERT_TRUE(console.TypeWhenRead(""));
-  ASSERT_TRUE(console.TypeWhenRead(c.typed));
-  EXPECT_TRUE(console.Expect(std::string(c.message) + "[" + std::to_string(c.value) +
-                             "]result=" + std::to_string(c.result) + "\n"));
+TEST(Range, ReadsOneNumber) {
+  const struct {
+    const char* typed;
+    unsigned base;
+    int result;
+    int value;
+    const char* message;
+  } cases[] = {
+      {"1f", 16, 0, 31, ""},
+      {"0x1f", 16, 0, 31, ""},
+      {"010", 0, 0, 8, ""},
+      {"010", 10, 0, 10, ""},
+      {"1f", 0x110, 0, 31, ""},
+      {"100", 10, 0, 100, ""},
+      {"-5", 10, 0, -5, ""},
+      {"101", 10, -1, -77, "\n invalid inout > 101"},
+      {"-6", 10, -1, -77, "\n invalid inout > -6"},
+      {"99999999999999999", 10, -1, -77, "\n invalid inout > 99999999999999999"},
+      {"1f", 10, -1, -77, "\nUnknown Input > 1f"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.typed << " in base " << c.base);
+    Console console([&c] {
+      int value = -77;
+      const int result = _get_number_with_range(&value, -5, 100, c.base);
+      std::printf("[%d]", value);
+      return result;
+    });
+    ASSERT_TRUE(console.TypeWhenRead(""));
+    ASSERT_TRUE(console.TypeWhenRead(c.typed));
+    EXPECT_TRUE(console.Expect(std::string(c.message) + "[" + std::to_string(c.value) +
+                               "]result=" + std::to_string(c.result) + "\n"));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Numbers, Range,
-    testing::Values(RangeCase{"1f", 16, 0, 31, ""}, RangeCase{"0x1f", 16, 0, 31, ""},
-                    RangeCase{"010", 0, 0, 8, ""}, RangeCase{"010", 10, 0, 10, ""},
-                    RangeCase{"1f", 0x110, 0, 31, ""}, RangeCase{"100", 10, 0, 100, ""},
-                    RangeCase{"-5", 10, 0, -5, ""},
-                    RangeCase{"101", 10, -1, -77, "\n invalid inout > 101"},
-                    RangeCase{"-6", 10, -1, -77, "\n invalid inout > -6"},
-                    RangeCase{"99999999999999999", 10, -1, -77,
-                              "\n invalid inout > 99999999999999999"},
-                    RangeCase{"1f", 10, -1, -77, "\nUnknown Input > 1f"}));
 
 TEST(Line, SeventeenCharactersFitIntoTwenty) {
   Console console([] {

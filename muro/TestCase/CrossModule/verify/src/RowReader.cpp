@@ -313,7 +313,7 @@ std::size_t CountFields(std::string_view row) {
     const uint64_t separators = BytesEqual(word, ',') | BytesEqual(word, ' ');
     const uint64_t starts = ~separators & kHighBits & (separators << 8 | separatorBefore);
     separatorBefore = separators >> 56;
-    count += (starts >> 7) * kOnes >> 56;
+    count += static_cast<std::size_t>((starts >> 7) * kOnes >> 56);
   };
   std::size_t at = 0;
   for (; at + kWidth <= row.size(); at += kWidth) look(row.data() + at, kWidth);
