@@ -137,9 +137,8 @@ TEST_F(CrossModuleFilesAutoRun, AUsersCaseIsOneWordForTheShell) {
   for (const std::string bad :
        {"a b", "a\tb", "a;reboot", "$(reboot)", "`reboot`", "a|b", "a&b", "a>b", "a<b", "a*", "a?",
         "it's", "\"a\"", "a\\b", "a\177", "", "(a)"}) {
-    std::string typed = "100\n";
-    typed.append(bad).append("\nfilm.ts\n").append(bad).append("\na/b\nfilm\n0\n");
-    const auto run = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, typed);
+    const auto run = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase,
+                            "100\n" + bad + "\nfilm.ts\n" + bad + "\na/b\nfilm\n0\n");
     EXPECT_EQ(Text(file), "film\n0\nfilm.ts\n") << bad;
     EXPECT_EQ(run.commands, Lines{"ls -la " + Home() + "cross_module_content_v1/"})
         << "nothing typed is run";

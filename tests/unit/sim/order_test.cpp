@@ -100,8 +100,8 @@ TEST(Trace, DecodesArgumentsAndWhatTheCallWrote) {
       "K2V_RHAL_VFE_HDMI_EnableHPD() = 0",
       "K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, {}) = -3",
       "K2V_RHAL_VFE_HDMI_Connect(0) = 0",
-      std::string("K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, {format=97, 3840x2160p60.00, ") +
-          "total=4400x2250, porch=384x82, hFreq=13500, mode=1}) = 0",
+      "K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, {format=97, 3840x2160p60.00, total=4400x2250, "
+      "porch=384x82, hFreq=13500, mode=1}) = 0",
       "K2V_RHAL_VSC_Initialize() = 0",
       "K2V_RHAL_VSC_Open(0) = 0",
       "K2V_RHAL_VSC_GetInputRegion(0, NULL) = -2",

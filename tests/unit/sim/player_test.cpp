@@ -157,7 +157,7 @@ TEST_F(PlayerTest, FlashAndBeepComeTogetherOnceASecond) {
 
 TEST_F(PlayerTest, WhatCannotBePlayedIsToldInOneLine) {
   std::ofstream(root_ / "text.ts") << "no media\n";
-  std::ofstream(root_ / "empty.ts");
+  std::ofstream(root_ / "empty.ts") << "";
   const std::string file =
       test::Quoted(std::string(kContent) + "[R501]AVsync_dp_AAC_200_48k_25fps.mp4");
   const std::string in = test::Quoted(root_);
