@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "Emulated.h"
 #include "Pty.h"
 
 namespace {
@@ -320,6 +321,7 @@ TEST(Keys, ASignalThatEndsTheProgramLeavesTheTerminalAsItWas) {
 }
 
 TEST(Keys, AreTakenAgainWhenTheProgramWasStoppedAndGoesOn) {
+  if (test::IsUnderValgrind()) GTEST_SKIP() << test::kNoStopInHandlers;
   Pty pty([] {
     const pid_t child = fork();
     if (child == 0) BeJob();
