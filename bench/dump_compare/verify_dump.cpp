@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <string_view>
 
+#include "TestCase/CrossModule/stages/src/VerifyResult.h"
 #include "TestCase/CrossModule/verify/src/Verifiers.h"
-#include "TestCase/CrossModule/verify/src/VerifyResult.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "FuzzFile.h"
+#include "TestCase/CrossModule/stages/src/VerifyResult.h"
 #include "TestCase/CrossModule/verify/src/AvSync.h"
 #include "TestCase/CrossModule/verify/src/Verifiers.h"
-#include "TestCase/CrossModule/verify/src/VerifyResult.h"
 
 namespace {
 

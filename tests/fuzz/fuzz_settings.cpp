@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "FuzzFile.h"
-#include "TestCase/CrossModule/playback/src/Settings.h"
-#include "TestCase/CrossModule/playback/src/TestCaseCatalogue.h"
+#include "TestCase/CrossModule/stages/src/Settings.h"
+#include "TestCase/CrossModule/stages/src/TestCaseCatalogue.h"
 #include "TestCase/CrossModule/verify/src/ColumnCompare.h"
 
 namespace {

@@ -5,15 +5,15 @@
 #include <iomanip>
 #include <sstream>
 
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
 #include "CMplaybackTestCase.h"
-#include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "LiveLine.h"
 #include "MenuItem.h"
 #include "PlaybackRun.h"
-#include "Settings.h"
-#include "TestCaseCatalogue.h"
 
 namespace {
 

@@ -4,11 +4,11 @@
 
 #include <string>
 
-#include "BoardTools.h"
-#include "CrossModuleLog.h"
+#include "../../stages/src/BoardTools.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
 #include "DriverTest.h"
 #include "GoldenData.h"
-#include "Settings.h"
 
 namespace {
 

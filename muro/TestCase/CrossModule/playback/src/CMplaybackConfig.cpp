@@ -2,14 +2,14 @@
 #include <cstdlib>
 #include <string>
 
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
 #include "BoardSetup.h"
 #include "CMplaybackTestCase.h"
 #include "ConsoleInput.h"
-#include "CrossModuleLog.h"
 #include "MenuItem.h"
-#include "Settings.h"
-#include "TestCaseCatalogue.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "CMplaybackModule.h"
 
+#include "../../stages/src/Settings.h"
 #include "CMplaybackTestCase.h"
-#include "Settings.h"
 
 namespace {
 

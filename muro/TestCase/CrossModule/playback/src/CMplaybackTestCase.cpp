@@ -4,21 +4,21 @@
 #include <iostream>
 #include <string>
 
+#include "../../stages/src/BoardConnections.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
+#include "../../stages/src/VerifyResult.h"
 #include "../../verify/src/AvSync.h"
 #include "../../verify/src/ModuleVerification.h"
 #include "../../verify/src/ReportDelivery.h"
 #include "../../verify/src/VerifyReport.h"
-#include "../../verify/src/VerifyResult.h"
 #include "AutoRun.h"
-#include "BoardConnections.h"
 #include "BoardSetup.h"
 #include "ConsoleInput.h"
-#include "CrossModuleLog.h"
 #include "GoldenData.h"
 #include "InputFile.h"
 #include "MenuItem.h"
-#include "Settings.h"
-#include "TestCaseCatalogue.h"
 #include "UserTestCase.h"
 
 namespace {

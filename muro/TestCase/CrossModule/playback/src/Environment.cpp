@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <string>
 
-#include "CrossModuleLog.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "DriverTest.h"
-#include "Settings.h"
-#include "TestCaseCatalogue.h"
 
 namespace {
 

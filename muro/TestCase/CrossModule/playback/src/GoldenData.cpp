@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <string>
 
+#include "../../stages/src/BoardTools.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
-#include "BoardTools.h"
-#include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "Environment.h"
 #include "InputFile.h"
-#include "Settings.h"
-#include "TestCaseCatalogue.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "ConsoleInput.h"
-#include "CrossModuleLog.h"
-#include "TestCaseCatalogue.h"
 
 void StartMenuItem(const char* function) {
   std::cout << "[CrossModule][Executing item: " << function << "] START \n";

@@ -4,17 +4,17 @@
 
 #include <optional>
 
+#include "../../stages/src/BoardConnections.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "../../verify/src/ReportDelivery.h"
 #include "Ansi.h"
-#include "BoardConnections.h"
 #include "ConsoleInput.h"
-#include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "Environment.h"
 #include "GoldenData.h"
 #include "LiveLine.h"
-#include "Settings.h"
-#include "TestCaseCatalogue.h"
 
 namespace {
 

@@ -3,13 +3,13 @@
 #include <string>
 #include <string_view>
 
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/SettingFile.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "ConsoleInput.h"
-#include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "MenuItem.h"
-#include "SettingFile.h"
-#include "Settings.h"
-#include "TestCaseCatalogue.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <utility>
 
-#include "../../playback/src/CrossModuleLog.h"
-#include "../../playback/src/TestCaseCatalogue.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
 #include "ColumnCompare.h"
 #include "ModuleVerification.h"

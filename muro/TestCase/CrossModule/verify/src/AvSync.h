@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../../playback/src/ModuleType.h"
+#include "../../stages/src/ModuleType.h"
 
 /// One row of a dump. The texts are checksums in lowercase hexadecimal, of audio in decimal.
 struct AV_Sync_Field {

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "../../stages/src/VerifyResult.h"
 #include "RowReader.h"
 #include "StageFiles.h"
-#include "VerifyResult.h"
 
 inline constexpr RowFormat kVoFormat{27, 1U << 2 | 1U << 8 | 1U << 10 | 1U << 26, 2};
 inline constexpr RowFormat kScalerFormat{22, 1U << 1 | 0x7FFF0U, 1};

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <string_view>
 
-#include "../../playback/src/TestCaseCatalogue.h"
+#include "../../stages/src/TestCaseCatalogue.h"
+#include "../../stages/src/VerifyResult.h"
 #include "RowReader.h"
 #include "Verifiers.h"
-#include "VerifyResult.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include <string>
 #include <string_view>
 
+#include "../../stages/src/VerifyResult.h"
 #include "FrameLog.h"
 #include "RowReader.h"
 #include "StageFiles.h"
-#include "VerifyResult.h"
 
 /// Rows of text fields. A field is a view of at most 15 characters into the row.
 struct OMX_MURO_FIELDS {

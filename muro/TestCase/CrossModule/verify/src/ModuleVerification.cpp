@@ -4,14 +4,14 @@
 #include <string>
 #include <utility>
 
-#include "../../playback/src/CrossModuleLog.h"
-#include "../../playback/src/Settings.h"
-#include "../../playback/src/TestCaseCatalogue.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
+#include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
 #include "InputFile.h"
 #include "Verifiers.h"
 #include "VerifyReport.h"
-#include "VerifyResult.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Verifying a stage's dump of the current test case against its golden data.
 #pragma once
 
-#include "../../playback/src/ModuleType.h"
+#include "../../stages/src/ModuleType.h"
 
 class CM_TestCase;
 

@@ -4,9 +4,9 @@
 #include <fstream>
 #include <iostream>
 
-#include "../../playback/src/CrossModuleLog.h"
-#include "../../playback/src/Settings.h"
-#include "../../playback/src/TestCaseCatalogue.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
 #include "DriverTest.h"
 

@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "VerifyResult.h"
+#include "../../stages/src/VerifyResult.h"
 
 namespace report_table {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "../../stages/src/VerifyResult.h"
 #include "RowReader.h"
-#include "VerifyResult.h"
 
 /// What stands for the value of a row or an item that a file does not have.
 inline constexpr char kMissingValue[] = "-1";

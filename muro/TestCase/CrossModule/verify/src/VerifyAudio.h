@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include "../../stages/src/VerifyResult.h"
 #include "FrameLog.h"
 #include "RowReader.h"
-#include "VerifyResult.h"
 
 /// One block of audio.
 struct MURO_CROSS_MODULE_CHECK_T {

@@ -10,15 +10,15 @@
 #include <tuple>
 #include <vector>
 
-#include "../../playback/src/CrossModuleLog.h"
-#include "../../playback/src/Settings.h"
-#include "../../playback/src/TestCaseCatalogue.h"
+#include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Settings.h"
+#include "../../stages/src/TestCaseCatalogue.h"
+#include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
 #include "DriverTest.h"
 #include "ModuleVerification.h"
 #include "ReportDelivery.h"
 #include "ReportTable.h"
-#include "VerifyResult.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "VerifyResult.h"
+#include "../../stages/src/VerifyResult.h"
 
 #include <algorithm>
 #include <iomanip>
 #include <ostream>
 
-#include "../../playback/src/CrossModuleLog.h"
+#include "../../stages/src/CrossModuleLog.h"
 #include "Ansi.h"
 #include "ReportTable.h"
 

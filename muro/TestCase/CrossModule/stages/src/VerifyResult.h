@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../../playback/src/ModuleType.h"
+#include "ModuleType.h"
 
 /// One field that differs.
 struct VerifyFailField {

@@ -11,11 +11,11 @@
 #include <sstream>
 #include <utility>
 
-#include "../../verify/src/VerifyResult.h"
 #include "Ansi.h"
 #include "CrossModuleLog.h"
 #include "SettingFile.h"
 #include "Settings.h"
+#include "VerifyResult.h"
 
 namespace {
 
