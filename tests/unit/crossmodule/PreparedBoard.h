@@ -8,13 +8,6 @@
 #include "TemporaryHome.h"
 #include "TestCaseCatalogue.h"
 
-/// The text with every `mark` replaced.
-inline std::string Replaced(std::string text, const std::string& mark, const std::string& by) {
-  for (auto at = text.find(mark); at != text.npos; at = text.find(mark, at + by.size()))
-    text.replace(at, mark.size(), by);
-  return text;
-}
-
 class PreparedBoard : public AfterReboot {
  protected:
   using Lines = std::vector<std::string>;

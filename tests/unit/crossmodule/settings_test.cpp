@@ -1,5 +1,6 @@
 // Settings of the cross-module test: files, defaults, what is kept in the program and what is not.
 #include "Settings.h"
+#include "BoardSystem.h"
 
 #include <gtest/gtest.h>
 

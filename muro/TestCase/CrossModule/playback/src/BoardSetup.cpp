@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "../../stages/src/BoardTools.h"
+#include "../../stages/src/BoardSystem.h"
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
 #include "DriverTest.h"
@@ -15,37 +15,22 @@ namespace {
 constexpr char kNoAndroidMarker[] = "/data/noAndroidMode";
 constexpr char kPrepare[] = "CMplaybackTest_Env_Init";
 
-constexpr const char* kSorvexCommands[] = {
-    "mount -o rw,remount /",
-    "mount -o rw,remount /system",
-    "mount -o rw,remount /vendor",
-    "ln -sv /data/cross_module/gst_root/usr/lib /usr",
-    "mkdir /usr/share",
-    "ln -sv /data/cross_module/gst_root/usr/share/alsa/ /usr/share\t",
-    "touch /data/noAndroidMode",
-    "touch /home/cross_module/muroMode",
-};
-
-void MakeHome(int os) {
+void MakeHome(const BoardSystem& system) {
   RunShell("mkdir -p " + CrossModuleHome());
   RunShell("mkdir " + CrossModuleHome() + "config");
-  // The links made below lead there.
-  if (os == OS_SORVEX) RunShell("mkdir -p /data/cross_module/");
+  for (const char* command : system.homeCommands) RunShell(WithHome(command));
 }
 
-void UnpackPlayer() {
-  RunShell(BusyboxCommand() + " tar -jx -f /vendor/corvana/gst_root.tar.bz2 -C " +
+void UnpackPlayer(const BoardSystem& system) {
+  RunShell(std::string(system.busybox) + " tar -jx -f /vendor/corvana/gst_root.tar.bz2 -C " +
            CrossModuleHome());
   RunShell("cp /vendor/corvana/gstomx.conf " + CrossModuleHome() +
            "gst_root/usr/etc/xdg/gstomx.conf");
 }
 
-void FitIntoSystem(int os) {
-  if (os == OS_SORVEX) {
-    CmLog(kPrepare) << "Sorvex CrossModule Init Process\n";
-    for (const char* command : kSorvexCommands) RunShell(command);
-  }
-  if (os == OS_PELXOS) RunShell("cp " + CrossModuleHome() + "gst_root/usr/lib/* /usr/lib/");
+void FitIntoSystem(const BoardSystem& system) {
+  if (system.prepareMessage != nullptr) CmLog(kPrepare) << system.prepareMessage << '\n';
+  for (const char* command : system.prepareCommands) RunShell(WithHome(command));
 }
 
 void Reboot() {
@@ -56,13 +41,13 @@ void Reboot() {
 }  // namespace
 
 void PrepareBoard() {
-  const int os = Get_Board_OS_System();
+  const BoardSystem& system = ThisBoardSystem();
   CmLog(kPrepare) << "Extract GST lib..., please wait. Note: System will reboot after this step\n";
-  MakeHome(os);
-  UnpackPlayer();
+  MakeHome(system);
+  UnpackPlayer(system);
   RunShell("chmod 755 /vendor/corvana/udhcpc.script");
   Restore_Local_Golden();
-  FitIntoSystem(os);
+  FitIntoSystem(system);
   Reboot();
 }
 

@@ -2,42 +2,24 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
+#include "../../stages/src/BoardSystem.h"
 #include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/SettingFile.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "DriverTest.h"
 
 namespace {
 
-constexpr char kOmxConfiguration[] = "/tmp/OMX_MURO_CONFIG";
-constexpr char kDebugModeMarker[] = "/tmp/enableDebugMode";
-
-/// A command of the test mode, in two parts with the stage's dump path between them.
-struct DumpCommand {
-  MODULE_TYPE stage;
-  const char* before;
-  const char* after;
-};
-
-// The OMX layer has no node: it reads where its two dumps go, the output's first.
-constexpr DumpCommand kOmxAndVideo[] = {
-    {MODULE_OMXOUT, "echo testresult=", " > "},
-    {MODULE_OMXIN, "echo testresult=", " >> "},
-    {MODULE_VDEC, "echo testmode=1 testresult=", " > /dev/cvnvdec"},
-    {MODULE_DVO, "echo testmode=1 testresult=", " > /dev/cvndvo"},
-    {MODULE_VO, "echo testmode=1 testresult=", " > /dev/vodev"},
-    {MODULE_SCALER, "echo testmode=1 testresult=", " > /dev/vscdev"},
-};
-constexpr DumpCommand kAudio = {MODULE_AUDIO, "echo fw@ testmode=1 ", " > /dev/cvnaudio"};
-
-constexpr const char* kTestModeOff[] = {
-    "echo testmode=0 > /dev/cvnvdec", "echo testmode=0 > /dev/cvndvo",
-    "echo testmode=0 > /dev/vodev",   "echo testmode=0 > /dev/vscdev",
-    "echo testmode=0 > /dev/vpqdev",  "echo fw@ testmode=0 > /dev/cvnaudio",
-};
+// The picture quality has a test mode and no dump. It is switched after the picture's stages.
+constexpr const char* kPictureQualityOn[] = {"echo testmode=1 > /dev/vpqdev",
+                                             "echo testmode=2 > /dev/vpqdev"};  // by `hdr`
+constexpr char kPictureQualityOff[] = "echo testmode=0 > /dev/vpqdev";
 
 /// Variables that name places of the GStreamer tree, by their tail behind the home.
 constexpr struct {
@@ -78,21 +60,34 @@ void StartTestPicture() {
   RunShell(CrossModuleHome() + "gst_root/usr/bin/dvo-scalar-setup");
 }
 
-void RunDumpCommand(const DumpCommand& command) {
-  const bool isOmx = command.stage == MODULE_OMXIN || command.stage == MODULE_OMXOUT;
-  RunShell(command.before + *Get_Module_by_ID(command.stage)->dumpPath + command.after +
-           (isOmx ? kOmxConfiguration : ""));
+/// Hands the stages to `take` in the order in which test modes are switched, and calls
+/// `betweenPictureAndSound` where it is due.
+template <class Take, class Between>
+void ForEachTestMode(Take take, Between betweenPictureAndSound) {
+  std::vector<const Stage*> stages;
+  for (const Stage& stage : kStages) stages.push_back(&stage);
+  std::ranges::sort(stages, {}, &Stage::testModeStep);
+  const auto sound = std::ranges::find(stages, 0, &Stage::pictureStep);
+  std::for_each(stages.begin(), sound, take);
+  betweenPictureAndSound();
+  std::for_each(sound, stages.end(), take);
 }
 
 void SwitchTestModeOn(int hdr) {
-  for (const DumpCommand& command : kOmxAndVideo) RunDumpCommand(command);
-  RunShell(hdr != 0 ? "echo testmode=2 > /dev/vpqdev" : "echo testmode=1 > /dev/vpqdev");
-  RunDumpCommand(kAudio);
+  ForEachTestMode(
+      [](const Stage* stage) {
+        RunShell(Replaced(stage->testModeOn, "{dump}", *Get_Module_by_ID(stage->module)->dumpPath));
+      },
+      [&] { RunShell(kPictureQualityOn[hdr != 0 ? 1 : 0]); });
 }
 
 void SwitchTestModeOff() {
   RunShell(std::string("rm -f ") + kOmxConfiguration);
-  for (const char* command : kTestModeOff) RunShell(command);
+  ForEachTestMode(
+      [](const Stage* stage) {
+        if (stage->testModeOff != nullptr) RunShell(stage->testModeOff);
+      },
+      [] { RunShell(kPictureQualityOff); });
 }
 
 }  // namespace
@@ -106,12 +101,12 @@ void Setup_GST_Env_Var(bool enable) {
   if (done) return;
   done = true;
   CmLog(__func__) << "Setup GST environment variables\n";
-  const int os = Get_Board_OS_System();
-  if (os == OS_SORVEX) {
+  const BoardSystem& system = ThisBoardSystem();
+  if (system.hasOwnPlayer) {
     RunShell("dvo-scalar-setup");
     return;
   }
-  if (os == OS_PELXOS) {
+  if (system.putsTreeInPath) {
     SetVariable("LD_LIBRARY_PATH", CrossModuleHome() + "gst_root/usr/lib");
     PutTreeInFrontOfPath();
   }
@@ -121,9 +116,9 @@ void Setup_GST_Env_Var(bool enable) {
 
 void EnableDebugMode(bool enable, int hdr) {
   Init_Module_List();
-  if (Get_Board_OS_System() == OS_SORVEX) {
-    if (access(kDebugModeMarker, F_OK) != 0) {
-      CmLog(__func__) << "[Kelvra] SKIP enable Enable debug mode. hint: touch " << kDebugModeMarker
+  if (const char* marker = ThisBoardSystem().debugModeMarker; marker != nullptr) {
+    if (access(marker, F_OK) != 0) {
+      CmLog(__func__) << "[Kelvra] SKIP enable Enable debug mode. hint: touch " << marker
                       << " to enable \n";
       return;
     }

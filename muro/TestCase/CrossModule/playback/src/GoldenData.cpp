@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "../../stages/src/BoardTools.h"
+#include "../../stages/src/BoardSystem.h"
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
@@ -56,8 +56,8 @@ int Backup_Dump_File() {
 int Restore_Local_Golden() {
   Init_TestCase_List();
   CmLog(__func__) << "Untar golden data ...\n";
-  RunShell(BusyboxCommand() + " tar -zxv -f /vendor/corvana/golden_data.tar.gz -C " +
-           CrossModuleHome());
+  RunShell(std::string(ThisBoardSystem().busybox) +
+           " tar -zxv -f /vendor/corvana/golden_data.tar.gz -C " + CrossModuleHome());
   RunShell("rm -f " + CrossModuleHome() + "golden_overwrite.config");
   for (std::size_t k = 1; k < TestCaseList().size(); ++k) TestCaseList()[k].goldenOverwritten = 0;
   return 0;

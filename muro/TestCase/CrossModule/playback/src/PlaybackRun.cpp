@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <optional>
+#include <span>
 
 #include "../../stages/src/BoardConnections.h"
+#include "../../stages/src/BoardSystem.h"
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
@@ -17,10 +19,6 @@
 #include "LiveLine.h"
 
 namespace {
-
-// Keys that the input generator of one operating system takes at the start and the end of a run.
-constexpr int kStartKey = 114;
-constexpr int kEndKey = 115;
 
 constexpr const char* kPlatformLogs[] = {
     "/tmp/var/log/dpq_acpu1.log", "/tmp/var/log/dpq_acpu2.log", "/tmp/var/log/dpq_logfile.log",
@@ -59,9 +57,8 @@ void ClearPlatformLogs() {
   RunShell("rm -f /tmp/var/log/dpq_logfile.log.gz");
 }
 
-void PressKey(int code) {
-  RunShell("nilo-send -f -n 1 nilo://com.kelvra.inputgenerator/pushKeyEvent '{\"keycodenum\": " +
-           std::to_string(code) + ", \"eventtype\":\"keypressed\"}'");
+void RunAll(std::span<const char* const> commands) {
+  for (const char* command : commands) RunShell(command);
 }
 
 bool IsContentThere(const CM_TestCase& testCase) {
@@ -73,13 +70,10 @@ bool IsContentThere(const CM_TestCase& testCase) {
   return false;
 }
 
-std::string PlayerCommand(const CM_TestCase& testCase, int os) {
-  std::string command = PlayerCommandPrefix() + ContentHome() + testCase.contentFile;
-  // Only the prefix for files has opened the quote.
-  if (os == OS_SORVEX && Get_USB_HTTP_Mode() != MODE_HTTP) {
-    command += " video-sink=dvovideosink audio-sink=cvnalsasink\" -p -c IP1+IP2";
-  }
-  return command;
+std::string PlayerCommand(const CM_TestCase& testCase, const BoardSystem& system) {
+  const bool isFile = Get_USB_HTTP_Mode() != MODE_HTTP;
+  return PlayerCommandPrefix() + ContentHome() + testCase.contentFile +
+         (isFile ? system.filePlayerEnd : "");
 }
 
 void Play(const CM_TestCase& testCase, const std::string& progress) {
@@ -89,9 +83,9 @@ void Play(const CM_TestCase& testCase, const std::string& progress) {
     mygetch();
     return;
   }
-  const int os = Get_Board_OS_System();
-  const std::string command = PlayerCommand(testCase, os);
-  CmLog(kFunction) << (os == OS_SORVEX ? "[SORVEX] " : "") << "Excute command: " << command << '\n';
+  const BoardSystem& system = ThisBoardSystem();
+  const std::string command = PlayerCommand(testCase, system);
+  CmLog(kFunction) << system.playerLogTag << "Excute command: " << command << '\n';
   std::optional<LiveLine> line;
   if (!progress.empty()) line.emplace(progress);
   RunShell(command);
@@ -118,11 +112,7 @@ int Test_Start(int hdr) {
   RunShell("chmod -R 777 /tmp/cross_module");
   Signal(hdr == 0, "/tmp/GST_DVO_FORCE_ADAPTIVE");
   ClearPlatformLogs();
-  if (Get_Board_OS_System() == OS_SORVEX) {
-    RunShell("touch /tmp/runningCrossModule");
-    PressKey(kStartKey);
-    RunShell("echo osd_ctrl=0 0 > /proc/cvngdma/dbg");
-  }
+  RunAll(ThisBoardSystem().runStart);
   if (!manualPlay) Setup_GST_Env_Var(true);
   RunShell("setenforce 0");
   EnableDebugMode(false, 0);
@@ -135,10 +125,7 @@ int Test_Start(int hdr) {
 int Test_End() {
   Init_TestCase_List();
   Init_Module_List();
-  if (Get_Board_OS_System() == OS_SORVEX) {
-    RunShell("rm /tmp/runningCrossModule");
-    PressKey(kEndKey);
-  }
+  RunAll(ThisBoardSystem().runEnd);
   if (!manualPlay) Setup_GST_Env_Var(false);
   EnableDebugMode(false, 0);
   return Backup_Dump_File();

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "Ansi.h"
+#include "BoardSystem.h"
 #include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "Settings.h"
@@ -73,8 +74,7 @@ bool HasAddress(const char* interface) {
 
 /// Asks for an address until there is one.
 void RequestAddress() {
-  const std::string busybox =
-      Get_Board_OS_System() == OS_ANDROID_O ? "/vendor/cvn_rootfs/bin/busybox" : "busybox";
+  const std::string busybox = ThisBoardSystem().networkBusybox;
   for (int attempt = 0; attempt < kAddressAttempts; ++attempt) {
     RunShell("ifconfig eth0 up; " + busybox + " udhcpc -s /vendor/corvana/udhcpc.script; route");
     if (HasAddress("eth0")) return;
@@ -102,8 +102,7 @@ int Mount_USB() {
   const std::string device = partition != nullptr ? partition : disk;  // pulled out meanwhile
   CmLog(__func__) << "Mount USB from  \"" << device << "\" to  \"" << mountPoint << "\" \n";
   RunShell("mount " + device + " " + mountPoint);
-  // A stick is read-only there at first, and reports go to it.
-  if (Get_Board_OS_System() == OS_PELXOS) RunShell("mount -o remount,rw " + mountPoint);
+  if (ThisBoardSystem().remountsStick) RunShell("mount -o remount,rw " + mountPoint);
   return 0;
 }
 

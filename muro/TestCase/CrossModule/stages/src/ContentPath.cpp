@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Ansi.h"
+#include "BoardSystem.h"
 #include "CrossModuleLog.h"
 #include "DriverTest.h"
 #include "Settings.h"
@@ -31,11 +32,8 @@ std::string HttpContent() {
          kContentDirectory;
 }
 
-/// A player for files. One of the boards has a player of its own, which takes a whole pipeline; the
-/// text behind the file closes its quote.
 std::string FilePlayer() {
-  if (Get_Board_OS_System() == OS_SORVEX) return "gst-cvn-test-1.0 \"playbin3 uri=file://";
-  return CrossModuleHome() + "gst_root/usr/bin/gst-cvn-test-1.0 --gst-debug=0 -c IP1+IP2  -pf ";
+  return WithHome(ThisBoardSystem().filePlayer);
 }
 
 void CopyToEmmc() {

@@ -49,3 +49,9 @@ bool IsShellWord(std::string_view text) {
     return c <= ' ' || c == 0x7F || kSpecial.find(static_cast<char>(c)) != kSpecial.npos;
   });
 }
+
+std::string Replaced(std::string text, std::string_view mark, std::string_view by) {
+  for (auto at = text.find(mark); at != text.npos; at = text.find(mark, at + by.size()))
+    text.replace(at, mark.size(), by);
+  return text;
+}

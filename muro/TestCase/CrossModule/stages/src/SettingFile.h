@@ -24,3 +24,6 @@ std::ofstream OpenEmpty(const std::string& path);
 /// Whether a shell would take the text as one word, and as this very one. Content files of the
 /// catalogue have brackets in their names, so those may be there.
 bool IsShellWord(std::string_view text);
+
+/// The text with `by` in the place of every `mark`.
+std::string Replaced(std::string text, std::string_view mark, std::string_view by);

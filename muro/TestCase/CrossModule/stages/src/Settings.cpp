@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "Ansi.h"
+#include "BoardSystem.h"
 #include "ConsoleInput.h"
 #include "CrossModuleLog.h"
 #include "SettingFile.h"
@@ -21,14 +22,10 @@ namespace {
 constexpr char kNone[] = "-";
 constexpr int kUnread = -1;
 
-struct Facts {
-  std::string home = "/data/cross_module/";
-  std::string usbMountPoint = "/tmp/usb";
-};
-Facts facts;
+std::string crossModuleHome = "/data/cross_module/";
+std::string usbMountPoint = "/tmp/usb";
 
-int contentSource = 0;  // 0: not read yet
-int reportDestination = SEND_REPORT_NONE;
+int contentSource = 0;             // 0: not read yet
 std::string tftpAddress = "NULL";  // not read yet
 std::string timeStamp = kNone;     // not read yet
 int debugLevel = 0;
@@ -49,7 +46,7 @@ Switch autoSendDump{"Set_Auto_Send_DumpData", "config/auto_send_dumpData_to_TFTP
                     nullptr};
 
 std::string HomeFile(const char* name) {
-  return facts.home + name;
+  return crossModuleHome + name;
 }
 
 std::string PathOf(const Switch& setting) {
@@ -119,45 +116,33 @@ std::optional<std::string> ValueOf(std::string_view line, std::string_view key) 
 
 }  // namespace
 
-int Get_Board_OS_System() {
-  if (access("/vendor/manifest.xml", F_OK) == 0) return OS_ANDROID_O;
-  if (access("/vendor/corvana/pelxos", F_OK) == 0) return OS_PELXOS;
-  if (access("/home/core.1st", F_OK) == 0) return OS_SORVEX;
-  CmLog("Get_Board_OS_System") << "unknown OS, return OS_ANDROID_O\n";
-  return OS_ANDROID_O;
-}
-
 void CM_Playback_Init() {
   static bool done = false;
   if (done) return;
   done = true;
-  switch (Get_Board_OS_System()) {
-    case OS_SORVEX:
-      facts = {"/home/cross_module/", "/tmp/usb"};
-      break;
-    case OS_PELXOS:
-      facts = {"/nvram/data/cross_module/", "/media/ext1:"};
-      break;
-    default:
-      facts = {"/data/cross_module/", "/tmp/usb"};
-      break;
-  }
+  const BoardSystem& system = ThisBoardSystem();
+  crossModuleHome = system.home;
+  usbMountPoint = system.usbMountPoint;
 }
 
 const std::string& CrossModuleHome() {
-  return facts.home;
+  return crossModuleHome;
 }
 
 void SetCrossModuleHome(const std::string& home) {
-  facts.home = home;
+  crossModuleHome = home;
+}
+
+std::string WithHome(const char* text) {
+  return Replaced(text, "{home}", crossModuleHome);
 }
 
 bool Check_If_CrossModulePlayback_Env_Setup() {
-  return access(facts.home.substr(0, facts.home.size() - 1).c_str(), F_OK) == 0;
+  return access(crossModuleHome.substr(0, crossModuleHome.size() - 1).c_str(), F_OK) == 0;
 }
 
 const std::string& UsbMountPoint() {
-  return facts.usbMountPoint;
+  return usbMountPoint;
 }
 
 int Set_USB_HTTP_Mode(USB_HTTP_MODE_TYPE mode) {
@@ -180,15 +165,13 @@ int Get_USB_HTTP_Mode() {
 
 int Set_Report_Send_To(SEND_REPORT_TO_TYPE to) {
   Store(HomeFile("config/report_send_to_USB_TFTP.config"), static_cast<int>(to));
-  reportDestination = to;
   CmLog("Set_Report_Send_To") << "Send Report to:" << Send_Report_Type_To_String(to) << '\n';
   return 0;
 }
 
 int Get_Report_Send_To() {
   const auto stored = FirstLine(HomeFile("config/report_send_to_USB_TFTP.config"));
-  reportDestination = stored ? std::atoi(stored->c_str()) : SEND_REPORT_USB_TFTP;
-  return reportDestination;
+  return stored ? std::atoi(stored->c_str()) : SEND_REPORT_USB_TFTP;
 }
 
 const char* Send_Report_Type_To_String(int to) {

@@ -7,13 +7,6 @@
 #include <cstdint>
 #include <string>
 
-/// Board operating systems.
-enum BOARD_OS_TYPE : int32_t {
-  OS_ANDROID_O = 1,
-  OS_SORVEX = 2,
-  OS_PELXOS = 3,
-};
-
 /// Where the test content is.
 enum USB_HTTP_MODE_TYPE : int32_t {
   MODE_USB = 1,
@@ -29,9 +22,6 @@ enum SEND_REPORT_TO_TYPE : int32_t {
   SEND_REPORT_USB_TFTP = 3,
 };
 
-/// The board's operating system, told by the files it has. Unknown boards count as Android.
-int Get_Board_OS_System();
-
 /// Sets the process-wide directories for the board's operating system. Call it before anything else
 /// of the cross-module test; later calls do nothing.
 void CM_Playback_Init();
@@ -39,6 +29,9 @@ void CM_Playback_Init();
 /// Directory of settings, golden data and reports, with its closing "/". Tests may move it.
 const std::string& CrossModuleHome();
 void SetCrossModuleHome(const std::string& home);
+
+/// The text with the cross-module home in the place of every "{home}".
+std::string WithHome(const char* text);
 
 /// True when the board was prepared for playback tests: the cross-module home is there. Only the
 /// preparation makes it.

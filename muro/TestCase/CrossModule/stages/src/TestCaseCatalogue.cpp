@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <cstdlib>
+#include <deque>
 #include <fstream>
 #include <iomanip>
 #include <memory>
@@ -45,26 +46,7 @@ constexpr struct {
     {604, "sdr-hlg", "[R604]HLGtoSDR.ts", 1},
 };
 
-struct Stage {
-  CM_Verify_Result result;
-  std::string dumpPath;
-};
-
 TEST_CASE_TYPE currentTestCase = kUnknownTestCase;
-
-/// The stages with their results, which live as long as the program.
-Stage* Stages() {
-  const auto stage = [](MODULE_TYPE module, const char* dump) {
-    return Stage{CM_Verify_Result(module), std::string(kDumpDirectory) + dump};
-  };
-  static Stage stages[] = {
-      stage(MODULE_OMXIN, "dump_omx_input.txt"), stage(MODULE_OMXOUT, "dump_omx_output.txt"),
-      stage(MODULE_VDEC, "dump_vdec.txt"),       stage(MODULE_DVO, "dump_dvo.txt"),
-      stage(MODULE_VO, "dump_vo.txt"),           stage(MODULE_SCALER, "dump_scaler.txt"),
-      stage(MODULE_AUDIO, "dump_audio.txt"),
-  };
-  return stages;
-}
 
 /// Line k of the file is the flag of list entry k; surplus lines belong to nobody.
 void ReadOverwriteFlags(std::vector<CM_TestCase>& cases) {
@@ -187,10 +169,13 @@ int Set_User_Add_TestCase(const std::string& name, int hdr, const std::string& f
 
 void Init_Module_List() {
   if (!ModuleTypeList().empty()) return;
-  Stage* stage = Stages();
-  for (const MODULE_TYPE module : kAllModules) {
-    ModuleTypeList().push_back({module, &stage->result, &stage->dumpPath});
-    ++stage;
+  // Results and paths live as long as the program; the records point at them.
+  static std::deque<CM_Verify_Result> results;
+  static std::deque<std::string> dumpPaths;
+  for (const Stage& stage : kStages) {
+    CM_Verify_Result& result = results.emplace_back(stage.module);
+    std::string& dumpPath = dumpPaths.emplace_back(std::string(kDumpDirectory) + stage.dumpFile);
+    ModuleTypeList().push_back({stage.module, &result, &dumpPath});
   }
 }
 

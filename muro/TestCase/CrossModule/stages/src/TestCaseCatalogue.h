@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ModuleType.h"
+#include "Stage.h"
 
 class CM_Verify_Result;
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ModuleType.h"
+#include "Stage.h"
 
 /// One field that differs.
 struct VerifyFailField {

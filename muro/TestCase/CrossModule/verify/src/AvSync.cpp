@@ -57,7 +57,7 @@ bool OpenDump(RowReader& reader, const char* function, const std::string& path) 
   return true;
 }
 
-constexpr std::size_t kAudioItems = 7;
+constexpr std::size_t kAudioItems = std::size(kAudioColumns);
 
 bool ReadVoRow(std::string_view row, RowItems& items) {
   return ReadItems(row, kVoFormat, items) == kVoFormat.itemCount;
@@ -235,16 +235,21 @@ AV_Sync_Field::AV_Sync_Field(int32_t frame, uint32_t time, std::string text, uin
 AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path) {
   return Fetch(MODULE_VO, "Fetch_AVsync_Info_VO", path, ReadVoRow,
                [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
-                 fields.emplace_back(items[0], Unsigned(items[2]), Hex(items[10]), Hex(items[26]),
-                                     Unsigned(items[8]));
+                 fields.emplace_back(items[ColumnOf(kVoColumns, Unit::kFrame)],
+                                     Unsigned(items[kVoFormat.counterItem]),
+                                     Hex(items[ColumnNamed(kVoColumns, "crc_vo")]),
+                                     Hex(items[ColumnNamed(kVoColumns, "crc_vgip")]),
+                                     Unsigned(items[ColumnNamed(kVoColumns, "pts.L")]));
                });
 }
 
 AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path) {
   return Fetch(MODULE_SCALER, "Fetch_AVsync_Info_Scaler", path, ReadScalerRow,
                [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
-                 fields.emplace_back(items[0], Unsigned(items[1]), Hex(items[18]), Hex(items[4]),
-                                     0U);
+                 fields.emplace_back(items[ColumnOf(kScalerColumns, Unit::kFrame)],
+                                     Unsigned(items[kScalerFormat.counterItem]),
+                                     Hex(items[ColumnNamed(kScalerColumns, "crc_panel_if")]),
+                                     Hex(items[ColumnNamed(kScalerColumns, "crc_vgip")]), 0U);
                });
 }
 
@@ -252,9 +257,13 @@ AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path) {
   std::cout << "[Cross Module][Audio] skip first 300ms test data\n";
   return Fetch(MODULE_AUDIO, "Fetch_AVsync_Info_Audio", path, ReadAudioRow,
                [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
-                 if (items[5] < kFirstAudioPts) return;
-                 fields.emplace_back(items[0], Unsigned(items[1]), std::to_string(items[4]),
-                                     Unsigned(items[5]), Unsigned(items[6]));
+                 const int32_t pts = items[ColumnNamed(kAudioColumns, "pts")];
+                 if (pts < kFirstAudioPts) return;
+                 fields.emplace_back(
+                     items[ColumnOf(kAudioColumns, Unit::kFrame)],
+                     Unsigned(items[ColumnNamed(kAudioColumns, "90k_counter")]),
+                     std::to_string(items[ColumnOf(kAudioColumns, Unit::kChecksum)]), Unsigned(pts),
+                     Unsigned(items[ColumnNamed(kAudioColumns, "delay")]));
                });
 }
 

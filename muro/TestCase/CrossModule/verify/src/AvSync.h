@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../../stages/src/ModuleType.h"
+#include "../../stages/src/Stage.h"
 
 /// One row of a dump. The texts are checksums in lowercase hexadecimal, of audio in decimal.
 struct AV_Sync_Field {

@@ -171,15 +171,16 @@ void ColumnComparison::Fail(int32_t frameNumber, std::size_t item, ItemValue gol
   result_.golden = golden.value;
   result_.dump = dump.value;
   std::printf("[%s][%d] is_same=0@FrameNo[%d.%d], %s NOT MATCH!!\n%s\n", rules_.name, rows_,
-              golden_.lastFrame, sample_.lastFrame, rules_.itemNames[item], kFailLine);
+              golden_.lastFrame, sample_.lastFrame, NameInMessages(rules_.columns[item]),
+              kFailLine);
 }
 
 void ColumnComparison::PrintSummary() const {
   std::printf("[%s] file scan end@FC[%d], rst=[%d|%d]!!\n", rules_.name, rows_, golden_.lastRead,
               sample_.lastRead);
   std::printf("[%s] ------- Error count: --------\n", rules_.name);
-  for (std::size_t i = 0; i < rules_.itemNames.size(); ++i) {
-    std::printf("[%s] %s :%d\n", rules_.name, rules_.itemNames[i], itemErrors_[i]);
+  for (std::size_t i = 0; i < rules_.columns.size(); ++i) {
+    std::printf("[%s] %s :%d\n", rules_.name, NameInMessages(rules_.columns[i]), itemErrors_[i]);
   }
   std::printf("[%s] compare frameCnt=%d(Last frame_n=%d|%d) %s !!!, errCnt=%d, ", rules_.summaryTag,
               rows_, golden_.lastFrame, sample_.lastFrame, result_.failed ? "FAIL" : "PASS",

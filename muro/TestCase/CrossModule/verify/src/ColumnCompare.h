@@ -13,8 +13,8 @@
 #include "RowReader.h"
 #include "StageFiles.h"
 
-inline constexpr RowFormat kVoFormat{27, 1U << 2 | 1U << 8 | 1U << 10 | 1U << 26, 2};
-inline constexpr RowFormat kScalerFormat{22, 1U << 1 | 0x7FFF0U, 1};
+inline constexpr RowFormat kVoFormat = FormatOf(kVoColumns);
+inline constexpr RowFormat kScalerFormat = FormatOf(kScalerColumns);
 
 /// What to compare, and how strictly.
 struct _SCALER_INFO_COMPARE_SETTING {
@@ -65,7 +65,7 @@ void ReadVoutSetting(const std::string& path, _VOUT_INFO_COMPARE_SETTING& settin
 /// What tells one stage's comparison from the other's.
 struct ColumnRules {
   RowFormat format;
-  std::span<const char* const> itemNames;
+  std::span<const StageColumn> columns;
   std::size_t rateItem;
   int32_t rateRounding;          // added to thousandths of a frame per second before the division
   bool comparesWholeRates;       // the rate is compared in frames per second

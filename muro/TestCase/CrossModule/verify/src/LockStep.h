@@ -15,13 +15,13 @@
 
 /// Rows of text fields. A field is a view of at most 15 characters into the row.
 struct OMX_MURO_FIELDS {
-  std::array<std::string_view, 7> field;
+  std::array<std::string_view, std::size(kOmxOutputColumns)> field;
 };
 struct MURO_OMX_INPUT_FIELDS {
-  std::array<std::string_view, 5> field;
+  std::array<std::string_view, std::size(kOmxInputColumns)> field;
 };
 struct MURO_DVO_FIELDS {
-  std::array<std::string_view, 5> field;
+  std::array<std::string_view, std::size(kDvoColumns)> field;
 };
 
 /// Takes the fields of a row apart. Fields that the row does not have are empty.

@@ -1,7 +1,7 @@
 // Verifying a stage's dump of the current test case against its golden data.
 #pragma once
 
-#include "../../stages/src/ModuleType.h"
+#include "../../stages/src/Stage.h"
 
 class CM_TestCase;
 

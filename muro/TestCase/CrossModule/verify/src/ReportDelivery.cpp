@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "../../stages/src/BoardSystem.h"
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
@@ -60,21 +61,6 @@ std::string PackageDirectory(const CM_TestCase& testCase) {
   return ReportDirectory() + "package_" + testCase.Get_TestCase_Name() + "_" + Get_Test_Timestamp();
 }
 
-std::string TarCommand() {
-  return Get_Board_OS_System() == OS_PELXOS ? "/vendor/corvana/busybox tar -zcf " : "tar -zcf ";
-}
-
-std::string TftpCommand() {
-  switch (Get_Board_OS_System()) {
-    case OS_ANDROID_O:
-      return "/vendor/cvn_rootfs/usr/bin/tftp -p -l ";
-    case OS_PELXOS:
-      return "/vendor/corvana/busybox tftp -p -l ";
-    default:
-      return "tftp -p -l ";
-  }
-}
-
 void LogSending(const std::string& path, const char* arrow, const std::string& destination) {
   CmLog(kSend) << "Send " << ansi::kText << path << ansi::kReset << arrow << '"' << destination
                << "\"\n";
@@ -91,7 +77,8 @@ void SendToTftp(const std::filesystem::path& path) {
   const std::string directory = path.has_parent_path() ? path.parent_path().string() : ".";
   const std::string server = Get_TFTP_IP();
   LogSending(path, " ----> [TFTP] ", server);
-  Run(kSend, "cd " + directory + "; " + TftpCommand() + path.filename().string() + " " + server);
+  Run(kSend,
+      "cd " + directory + "; " + ThisBoardSystem().tftp + path.filename().string() + " " + server);
 }
 
 }  // namespace
@@ -142,7 +129,7 @@ void Package_AllinOne(bool withReport) {
   if (withReport) copy(Get_Report_Name(kReportFile, true));
   for (const char* log : kBoardLogs) copy(log);
   Run(kPackage, "sync");
-  Run(kPackage, "cd " + directory + "; " + TarCommand() + "../" +
+  Run(kPackage, "cd " + directory + "; " + ThisBoardSystem().tar + "../" +
                     Get_Report_Name(kReportArchive, false) + " .");
   Run(kPackage, std::string("rm ") + kColouredTemporaryReport);
   Run(kPackage, "rm -rf  " + directory);

@@ -18,6 +18,13 @@ bool StageFiles::AreOpen(CM_Verify_Result& result, const char* goldenFailure,
   return goldenIsOpen && sampleIsOpen;
 }
 
+void ListColumns(CM_Verify_Result& result, std::span<const StageColumn> columns) {
+  result.columnNames.clear();
+  for (const StageColumn& column : columns) {
+    if (column.use != Use::kUnlisted) result.columnNames.emplace_back(column.name);
+  }
+}
+
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
                       std::string_view golden, std::string_view dump) {
   auto& fields = result.wrongFields;

@@ -3,9 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
+#include "../../stages/src/Stage.h"
 #include "../../stages/src/VerifyResult.h"
 #include "RowReader.h"
 
@@ -25,6 +27,20 @@ struct StageFiles {
   RowReader golden;
   RowReader sample;
 };
+
+/// How a stage's rows of numbers are written.
+constexpr RowFormat FormatOf(std::span<const StageColumn> columns) {
+  RowFormat format{columns.size(), 0, 0};
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (columns[i].notation == Notation::kHexadecimal) format.hexadecimal |= 1U << i;
+    if (columns[i].unit == Unit::kTicks90k && columns[i].use == Use::kIgnored)
+      format.counterItem = i;
+  }
+  return format;
+}
+
+/// Names the columns that the result's wrong fields refer to.
+void ListColumns(CM_Verify_Result& result, std::span<const StageColumn> columns);
 
 /// Appends a wrong field; line ends do not become part of the values.
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,

@@ -9,9 +9,7 @@
 
 namespace {
 
-// The seventh number of a row has no name: it is never compared.
-constexpr const char* kColumns[] = {"frame_no",   "90k_counter",  "sample_rate",
-                                    "channel_no", "pcm_data_crc", "pts"};
+constexpr std::size_t kChecksum = ColumnOf(kAudioColumns, Unit::kChecksum);
 
 constexpr int32_t kSkippedTicks = 90000;  // the first second
 // Rows that may be skipped, and rows that must be left, for a dump to count as evidence.
@@ -22,9 +20,10 @@ struct ComparedField {
   std::size_t column;
   int32_t MURO_CROSS_MODULE_CHECK_T::*value;
 };
-constexpr ComparedField kComparedFields[] = {{4, &MURO_CROSS_MODULE_CHECK_T::pcm_data_crc},
-                                             {2, &MURO_CROSS_MODULE_CHECK_T::sample_rate},
-                                             {3, &MURO_CROSS_MODULE_CHECK_T::channel_no}};
+constexpr ComparedField kComparedFields[] = {
+    {kChecksum, &MURO_CROSS_MODULE_CHECK_T::pcm_data_crc},
+    {ColumnNamed(kAudioColumns, "sample_rate"), &MURO_CROSS_MODULE_CHECK_T::sample_rate},
+    {ColumnNamed(kAudioColumns, "channel_no"), &MURO_CROSS_MODULE_CHECK_T::channel_no}};
 
 void PrintRow(FrameLog& log, const MURO_CROSS_MODULE_CHECK_T& row) {
   log << row.frame_no << ", " << row.counter90k << ", " << row.sample_rate << ", " << row.channel_no
@@ -55,7 +54,7 @@ void SkipFirstSecond(Side& side, const char* message) {
 /// compared as they are: seven plain numbers with a pts. Returns false when they must be read.
 bool TakeSame(std::string_view goldenLine, RowReader& test) {
   const SameRow same = SameButSecondField(goldenLine, test.Ahead());
-  if (same.length == 0 || !IsPlainRow(goldenLine, 7)) return false;
+  if (same.length == 0 || !IsPlainRow(goldenLine, std::size(kAudioColumns))) return false;
   const std::size_t delay = goldenLine.rfind(',');
   const std::size_t pts = goldenLine.rfind(',', delay - 1) + 1;
   if (goldenLine.find_first_not_of('0', pts) == delay) return false;
@@ -85,7 +84,7 @@ void ReportBrokenRow(CM_Verify_Result& result, std::string_view golden) {
   const ItemText missing(-1, false);
   MURO_CROSS_MODULE_CHECK_T row;
   const bool goldenIsWhole = convert_to_data(golden, row) == 0;
-  AppendWrongField(result, ToNumber(golden), 4,
+  AppendWrongField(result, ToNumber(golden), kChecksum,
                    goldenIsWhole ? ItemText(row.pcm_data_crc, true) : missing, missing);
 }
 
@@ -171,7 +170,7 @@ int checking_data(const MURO_CROSS_MODULE_CHECK_T& golden, const MURO_CROSS_MODU
 
 void Verify_Audio(CM_Verify_Result& result, const std::string& goldenPath,
                   const std::string& samplePath) {
-  result.columnNames.assign(std::begin(kColumns), std::end(kColumns));
+  ListColumns(result, kAudioColumns);
   StageFiles files(goldenPath, samplePath);
   if (!files.AreOpen(result, "[Cross Module][Audio] muro open golden file failed",
                      "[Cross Module][Audio] muro open test file failed")) {

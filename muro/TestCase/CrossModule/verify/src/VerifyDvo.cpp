@@ -7,16 +7,15 @@
 
 namespace {
 
-// Only these have a name in the result; a row also has the kind of frame and the marker.
-constexpr const char* kColumns[] = {"frame_no", "frame_rate", "pts.L"};
+constexpr std::size_t kFrameNumber = ColumnOf(kDvoColumns, Unit::kFrame);
+constexpr std::size_t kKind = ColumnNamed(kDvoColumns, "frame_kind");
+constexpr std::size_t kRate = ColumnOf(kDvoColumns, Unit::kMilliFramesPerSecond);
+constexpr std::size_t kPts = ColumnNamed(kDvoColumns, "pts.L");
+constexpr std::size_t kMarker = ColumnNamed(kDvoColumns, "marker");
 
-// Fields of a row, and those of them that are columns of the result.
-constexpr std::size_t kFrameNumber = 0;
-constexpr std::size_t kKind = 1;
-constexpr std::size_t kRate = 2;
-constexpr std::size_t kPts = 3;
-constexpr std::size_t kMarker = 4;
-constexpr std::size_t kColumnFields[] = {kFrameNumber, kRate, kPts};
+// The fields that have a name in the result, in its order.
+constexpr std::size_t kListedFields[] = {kFrameNumber, kRate, kPts};
+enum Listed : std::size_t { kListedFrameNumber, kListedRate, kListedPts };
 
 constexpr std::size_t kFieldCount = std::tuple_size_v<decltype(MURO_DVO_FIELDS::field)>;
 
@@ -32,7 +31,7 @@ bool IsEndOfStream(const MURO_DVO_FIELDS& row) {
 
 void AppendColumn(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden, std::size_t column,
                   std::string_view dump) {
-  AppendWrongField(result, FrameNumber(golden), column, golden.field[kColumnFields[column]], dump);
+  AppendWrongField(result, FrameNumber(golden), column, golden.field[kListedFields[column]], dump);
 }
 
 class DvoWalk : public LockStepWalk {
@@ -139,15 +138,15 @@ class DvoWalk : public LockStepWalk {
 }  // namespace
 
 void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden) {
-  for (std::size_t i = 0; i < std::size(kColumns); ++i) {
+  for (std::size_t i = 0; i < std::size(kListedFields); ++i) {
     AppendColumn(result, golden, i, kMissingValue);
   }
 }
 
 void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
                         const MURO_DVO_FIELDS& sample) {
-  for (std::size_t i = 0; i < std::size(kColumns); ++i) {
-    AppendColumn(result, golden, i, sample.field[kColumnFields[i]]);
+  for (std::size_t i = 0; i < std::size(kListedFields); ++i) {
+    AppendColumn(result, golden, i, sample.field[kListedFields[i]]);
   }
 }
 
@@ -157,21 +156,21 @@ uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
   if (ToNumber(sample.field[kMarker]) < 0) {
     log << "[muro:" << __LINE__ << "] golden->frame_no:" << golden.field[kFrameNumber]
         << ", but sampe->frame_no is being drop!!\n";
-    AppendColumn(result, golden, 0, sample.field[kFrameNumber]);
+    AppendColumn(result, golden, kListedFrameNumber, sample.field[kFrameNumber]);
     return 0x2;
   }
   uint32_t mask = 0;
   if (golden.field[kFrameNumber] != sample.field[kFrameNumber]) {
-    AppendColumn(result, golden, 0, sample.field[kFrameNumber]);
+    AppendColumn(result, golden, kListedFrameNumber, sample.field[kFrameNumber]);
     mask |= 0x8;
   }
   if (golden.field[kRate] != sample.field[kRate]) {
     // Only frames of this kind carry a rate of their own.
-    if (golden.field[kKind] == "2") AppendColumn(result, golden, 1, sample.field[kRate]);
+    if (golden.field[kKind] == "2") AppendColumn(result, golden, kListedRate, sample.field[kRate]);
     mask |= 0x4;
   }
   if (golden.field[kPts] != sample.field[kPts]) {
-    AppendColumn(result, golden, 2, sample.field[kPts]);
+    AppendColumn(result, golden, kListedPts, sample.field[kPts]);
     mask |= 0x2;
   }
   PrintMismatch(log, FrameNumber(golden), mask);
@@ -180,7 +179,7 @@ uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
 
 void Verify_DVO(CM_Verify_Result& result, const std::string& goldenPath,
                 const std::string& samplePath) {
-  result.columnNames.assign(std::begin(kColumns), std::end(kColumns));
+  ListColumns(result, kDvoColumns);
   StageFiles files(goldenPath, samplePath);
   if (files.AreOpen(result, nullptr, nullptr)) DvoWalk(result, files).Run();
 }

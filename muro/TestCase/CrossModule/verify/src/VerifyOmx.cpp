@@ -7,23 +7,39 @@
 
 namespace {
 
-constexpr const char* kOutputColumns[] = {"frame_no", "90k_counter", "width", "height",
-                                          "hdrInfo",  "frame_rate",  "pts.L"};
-constexpr const char* kInputColumns[] = {"frame_no", "90k_counter", "input_size", "input_flags",
-                                         "pts.L"};
+/// Places of the output's columns.
+struct Output {
+  static constexpr std::size_t kFrameNumber = ColumnOf(kOmxOutputColumns, Unit::kFrame);
+  static constexpr std::size_t kWidth = ColumnNamed(kOmxOutputColumns, "width");
+  static constexpr std::size_t kHdrInfo = ColumnNamed(kOmxOutputColumns, "hdrInfo");
+  static constexpr std::size_t kRate = ColumnOf(kOmxOutputColumns, Unit::kMilliFramesPerSecond);
+  static constexpr std::size_t kPts = ColumnNamed(kOmxOutputColumns, "pts.L");
+};
+
+/// Places of the input's columns.
+struct Input {
+  static constexpr std::size_t kFrameNumber = ColumnOf(kOmxInputColumns, Unit::kFrame);
+  static constexpr std::size_t kSize = ColumnNamed(kOmxInputColumns, "input_size");
+  static constexpr std::size_t kFlags = ColumnNamed(kOmxInputColumns, "input_flags");
+  static constexpr std::size_t kPts = ColumnNamed(kOmxInputColumns, "pts.L");
+};
+
+// Rows at the start that are only counted.
+constexpr int32_t kOutputWarmUpRows = 120;
+constexpr int32_t kInputWarmUpRows = 10;
 
 constexpr int64_t kRateTolerance = 6000;  // thousandths of a frame per second
 
 int32_t FrameNumber(const OMX_MURO_FIELDS& row) {
-  return ToNumber(row.field[0]);
+  return ToNumber(row.field[Output::kFrameNumber]);
 }
 int32_t FrameNumber(const MURO_OMX_INPUT_FIELDS& row) {
-  return ToNumber(row.field[0]);
+  return ToNumber(row.field[Input::kFrameNumber]);
 }
 
 /// Frames of the first two seconds, which the decoder may show in any way.
 int32_t StartUpFrames(const OMX_MURO_FIELDS& row) {
-  return ToNumber(row.field[5]) / 500;
+  return ToNumber(row.field[Output::kRate]) / 500;
 }
 bool IsStartUp(const OMX_MURO_FIELDS& row) {
   return FrameNumber(row) < StartUpFrames(row);
@@ -80,13 +96,13 @@ uint32_t CompareField(CM_Verify_Result& result, const Fields& golden, const Fiel
 /// A rate that is a little off is only worth a warning.
 uint32_t CompareRate(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
                      const OMX_MURO_FIELDS& sample, FrameLog& log) {
-  if (golden.field[5] == sample.field[5]) return 0;
-  const int32_t goldenRate = ToNumber(golden.field[5]);
-  const int32_t sampleRate = ToNumber(sample.field[5]);
+  if (golden.field[Output::kRate] == sample.field[Output::kRate]) return 0;
+  const int32_t goldenRate = ToNumber(golden.field[Output::kRate]);
+  const int32_t sampleRate = ToNumber(sample.field[Output::kRate]);
   log << "[muro] warning frame_no:" << FrameNumber(golden) << " golden_fps:" << goldenRate
       << ", sample_fps:" << sampleRate << " \n";
   if (std::abs(int64_t{goldenRate} - sampleRate) <= kRateTolerance) return 0;
-  return CompareField(result, golden, sample, 5, 0x4);
+  return CompareField(result, golden, sample, Output::kRate, 0x4);
 }
 
 void PrintLarger(FrameLog& log, int32_t golden, int32_t sample) {
@@ -173,37 +189,37 @@ void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& 
 uint32_t compareFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
                        const OMX_MURO_FIELDS& sample, FrameLog& log) {
   if (IsStartUp(golden)) return 0;
-  uint32_t mask = CompareField(result, golden, sample, 0, 0x80);
-  if (golden.field[2] != sample.field[2]) {
+  uint32_t mask = CompareField(result, golden, sample, Output::kFrameNumber, 0x80);
+  if (golden.field[Output::kWidth] != sample.field[Output::kWidth]) {
     log << "[muro] warning frame_no:" << FrameNumber(golden)
-        << " golden_width:" << ToNumber(golden.field[2])
-        << ", sample_width:" << ToNumber(sample.field[2]) << " \n";
+        << " golden_width:" << ToNumber(golden.field[Output::kWidth])
+        << ", sample_width:" << ToNumber(sample.field[Output::kWidth]) << " \n";
   }
-  mask |= CompareField(result, golden, sample, 4, 0x8);
+  mask |= CompareField(result, golden, sample, Output::kHdrInfo, 0x8);
   mask |= CompareRate(result, golden, sample, log);
-  mask |= CompareField(result, golden, sample, 6, 0x2);
+  mask |= CompareField(result, golden, sample, Output::kPts, 0x2);
   PrintMismatch(log, FrameNumber(golden), mask);
   return mask;
 }
 
 uint32_t compareFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden,
                        const MURO_OMX_INPUT_FIELDS& sample, FrameLog& log) {
-  uint32_t mask = CompareField(result, golden, sample, 0, 0x20);
-  mask |= CompareField(result, golden, sample, 2, 0x8);
-  mask |= CompareField(result, golden, sample, 3, 0x4);
-  mask |= CompareField(result, golden, sample, 4, 0x2);
+  uint32_t mask = CompareField(result, golden, sample, Input::kFrameNumber, 0x20);
+  mask |= CompareField(result, golden, sample, Input::kSize, 0x8);
+  mask |= CompareField(result, golden, sample, Input::kFlags, 0x4);
+  mask |= CompareField(result, golden, sample, Input::kPts, 0x2);
   PrintMismatch(log, FrameNumber(golden), mask);
   return mask;
 }
 
 void Verify_OMX_Output(CM_Verify_Result& result, const std::string& goldenPath,
                        const std::string& samplePath) {
-  result.columnNames.assign(std::begin(kOutputColumns), std::end(kOutputColumns));
-  Verify<OMX_MURO_FIELDS>(result, goldenPath, samplePath, 120);
+  ListColumns(result, kOmxOutputColumns);
+  Verify<OMX_MURO_FIELDS>(result, goldenPath, samplePath, kOutputWarmUpRows);
 }
 
 void Verify_OMX_Input(CM_Verify_Result& result, const std::string& goldenPath,
                       const std::string& samplePath) {
-  result.columnNames.assign(std::begin(kInputColumns), std::end(kInputColumns));
-  Verify<MURO_OMX_INPUT_FIELDS>(result, goldenPath, samplePath, 10);
+  ListColumns(result, kOmxInputColumns);
+  Verify<MURO_OMX_INPUT_FIELDS>(result, goldenPath, samplePath, kInputWarmUpRows);
 }

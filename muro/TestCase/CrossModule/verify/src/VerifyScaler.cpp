@@ -7,17 +7,10 @@
 
 namespace {
 
-constexpr const char* kColumns[] = {
-    "frame_no",     "90k_counter",  "width",      "height",      "crc_vgip",     "crc_rgb2yuv",
-    "crc_di_hzd",   "crc_di",       "crc_uzd_h",  "crc_uzd_v",   "crc_M_cap",    "crc_mem",
-    "crc_uzu",      "crc_sharp",    "crc_icm",    "crc_memc_in", "crc_memc_out", "crc_od",
-    "crc_panel_if", "memc_cadence", "frame_rate", "color_fmt"};
-static_assert(std::size(kColumns) == kScalerFormat.itemCount);
-
 constexpr ColumnRules kRules{
     .format = kScalerFormat,
-    .itemNames = kColumns,
-    .rateItem = 20,
+    .columns = kScalerColumns,
+    .rateItem = ColumnOf(kScalerColumns, Unit::kMilliFramesPerSecond),
     .rateRounding = 50,
     .comparesWholeRates = true,
     .rateFromFrameZero = false,
@@ -43,7 +36,7 @@ bool Api_scaler_info_compare(const _SCALER_INFO_COMPARE_SETTING& setting,
 
 void Verify_Scaler(CM_Verify_Result& result, const std::string& goldenPath,
                    const std::string& samplePath) {
-  result.columnNames.assign(std::begin(kColumns), std::end(kColumns));
+  ListColumns(result, kScalerColumns);
   _SCALER_INFO_COMPARE_SETTING setting;
   setting.fileNameIn1 = goldenPath;
   setting.fileNameIn2 = samplePath;

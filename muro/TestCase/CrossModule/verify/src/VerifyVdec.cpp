@@ -8,13 +8,8 @@
 
 namespace {
 
-constexpr const char* kColumns[] = {
-    "frame_no",    "width",       "height",    "crc",        "frame_rate",  "pts",
-    "90k_counter", "hdrInfo",     "pri_x1",    "pri_x2",     "pri_x3",      "pri_y1",
-    "pri_y2",      "pri_y3",      "white_x",   "white_y",    "max_disp_lu", "min_disp_lu",
-    "trans_char",  "matrix_coef", "color_pri", "full_range", "max_c_cll",   "max_fall"};
-constexpr std::size_t kCrc = 3;
-constexpr RowFormat kFormat{std::size(kColumns), 1U << kCrc, 6};
+constexpr std::size_t kCrc = ColumnOf(kVdecColumns, Unit::kChecksum);
+constexpr RowFormat kFormat = FormatOf(kVdecColumns);
 
 /// Takes the title row; says so when it ends with the word that a title ends with.
 void SkipTitle(RowReader& file, const char* message) {
@@ -29,7 +24,7 @@ void Fail(CM_Verify_Result& result, FrameLog& log, int32_t frame, const ItemPair
   const int32_t sample = pair.sample[item];
   AppendWrongField(result, frame, item, ItemText(golden, item == kCrc && item < pair.goldenCount),
                    ItemText(sample, item == kCrc && item < pair.sampleCount));
-  log << "vdec info compare fail in frame " << frame << ", " << kColumns[item] << " ,val=";
+  log << "vdec info compare fail in frame " << frame << ", " << kVdecColumns[item].name << " ,val=";
   log.Hex(golden) << " ";
   log.Hex(sample) << " \n";
 }
@@ -63,7 +58,7 @@ bool CompareRows(CM_Verify_Result& result, FrameLog& log, std::string_view golde
 
 void Verify_VDEC(CM_Verify_Result& result, const std::string& goldenPath,
                  const std::string& samplePath) {
-  result.columnNames.assign(std::begin(kColumns), std::end(kColumns));
+  ListColumns(result, kVdecColumns);
   StageFiles files(goldenPath, samplePath);
   if (!files.AreOpen(result, "Dump_Info(VDEC) - open text file1 fail",
                      "Dump_Info(VDEC) - open text file2 fail")) {

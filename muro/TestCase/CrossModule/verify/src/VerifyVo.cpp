@@ -11,32 +11,20 @@ namespace {
 constexpr char kSettingPath[] = "/system/bin/vout_setting.conf";
 constexpr char kDashes[] = "--------------------------------------------------";
 
-constexpr const char* kColumns[] = {
-    "frame_no",   "repeat_cnt",  "90k_counter", "width",      "height",      "HDR_type",
-    "frame_rate", "pts.H",       "pts.L",       "color_fmt",  "crc_vo",      "pri_x1",
-    "pri_x2",     "pri_x3",      "pri_y1",      "pri_y2",     "pri_y3",      "white_x",
-    "white_y",    "max_disp_lu", "min_disp_lu", "trans_char", "matrix_coef", "full_range",
-    "max_c_cll",  "max_fall",    "crc_vgip"};
-// The messages call them otherwise than the dump's title does.
-constexpr const char* kItemNames[] = {
-    "frame_no",  "repeatCnt",  "misc_90k_counter", "width",   "height",  "HDR_type",  "frame_rate",
-    "pts.H",     "pts.L",      "color_format",     "VO_CRC",  "Pri_X1",  "Pri_X2",    "Pri_X3",
-    "Pri_Y1",    "Pri_Y2",     "Pri_Y3",           "White_X", "White_Y", "MaxDispLu", "MinDispLu",
-    "TransChar", "MatrixCoef", "FullRange",        "MaxCll",  "MaxFALL", "VGIP_CRC"};
-static_assert(std::size(kColumns) == kVoFormat.itemCount);
-static_assert(std::size(kItemNames) == kVoFormat.itemCount);
+constexpr std::size_t kFrameNumber = ColumnOf(kVoColumns, Unit::kFrame);
+constexpr std::size_t kInputChecksum = ColumnNamed(kVoColumns, "crc_vgip");
 
 constexpr ColumnRules kRules{
     .format = kVoFormat,
-    .itemNames = kItemNames,
-    .rateItem = 6,
+    .columns = kVoColumns,
+    .rateItem = ColumnOf(kVoColumns, Unit::kMilliFramesPerSecond),
     .rateRounding = 100,
     .comparesWholeRates = false,
     .rateFromFrameZero = true,
     .firstDebounceCount = 1,
     .hexPrefix = "",
-    .repeatItem = 1,
-    .frameInfoItems = 1U << 0 | 1U << 26,
+    .repeatItem = ColumnNamed(kVoColumns, "repeat_cnt"),
+    .frameInfoItems = 1U << kFrameNumber | 1U << kInputChecksum,
     .name = "VOUT",
     .summaryTag = "VOUT",
 };
@@ -80,12 +68,12 @@ bool ApplyTolerance(int line, std::string_view name, std::string_view value,
 bool ApplyMask(int line, std::string_view name, std::string_view value,
                _VOUT_INFO_COMPARE_SETTING& setting) {
   if (!name.starts_with("mask ")) return false;
-  const auto item = std::ranges::find(kItemNames, Trim(name.substr(5)), [](const char* itemName) {
-    return std::string_view(itemName);
-  });
+  const auto* const item = std::ranges::find(
+      kVoColumns, Trim(name.substr(5)),
+      [](const StageColumn& column) { return std::string_view(NameInMessages(column)); });
   int32_t flag = 0;
-  if (item == std::end(kItemNames) || !ReadValue(value, 1, flag)) return false;
-  const auto index = static_cast<std::size_t>(item - std::begin(kItemNames));
+  if (item == std::end(kVoColumns) || !ReadValue(value, 1, flag)) return false;
+  const auto index = static_cast<std::size_t>(item - std::begin(kVoColumns));
   std::printf("[VOUT][%d] maskItem[%d]=%d\n", line, static_cast<int>(index), flag);
   Change(line, name, value, flag, setting.maskItem[index]);
   return true;
@@ -98,7 +86,8 @@ void PrintSetting(const _VOUT_INFO_COMPARE_SETTING& setting) {
   std::printf("[VOUT] errTolerance_sec\t= %d\n", setting.errTolerance_sec);
   std::printf("[VOUT] syncTolerance_sec\t= %d\n", setting.syncTolerance_sec);
   for (std::size_t i = 0; i < setting.maskItem.size(); ++i) {
-    if (setting.maskItem[i] != 0) std::printf("[VOUT] maskItem[%s] is Enabled!\n", kItemNames[i]);
+    if (setting.maskItem[i] != 0)
+      std::printf("[VOUT] maskItem[%s] is Enabled!\n", NameInMessages(kVoColumns[i]));
   }
   std::printf("[VOUT] QUICT When Error= %d\n", 0);  // the comparison runs to the end
   std::printf("[VOUT] %s\n", kDashes);
@@ -137,7 +126,7 @@ bool Api_vout_info_compare(const _VOUT_INFO_COMPARE_SETTING& setting,
 
 void Verify_VO(CM_Verify_Result& result, const std::string& goldenPath,
                const std::string& samplePath) {
-  result.columnNames.assign(std::begin(kColumns), std::end(kColumns));
+  ListColumns(result, kVoColumns);
   _VOUT_INFO_COMPARE_SETTING setting;
   setting.fileNameIn1 = goldenPath;
   setting.fileNameIn2 = samplePath;
@@ -147,7 +136,7 @@ void Verify_VO(CM_Verify_Result& result, const std::string& goldenPath,
   std::printf("Api_vout_info_compare result: %s\n", passed ? "PASS" : "FAIL");
   if (first.failed) {
     std::printf("[VOUT] FAIL ON Frame[%d.%d], %s Golden[%x] != Dump[%x]\n", first.frameNumber,
-                static_cast<int>(first.item), kItemNames[first.item],
+                static_cast<int>(first.item), NameInMessages(kVoColumns[first.item]),
                 static_cast<uint32_t>(first.golden), static_cast<uint32_t>(first.dump));
   }
   std::printf("Test case(VOUT) - Done!!@%d, rst=%d\n", first.frameCount, passed ? 0 : -1);
