@@ -22,6 +22,8 @@ CM_Verify_Result Result(MODULE_TYPE module, std::vector<VerifyFailField> fields,
   result.columnNames = {"frame_no", "width", "crc"};
   result.wrongFields = std::move(fields);
   result.sampleFrameCount = result.goldenFrameCount = frameCount;
+  result.framesAreCounted = true;
+  result.coverage.compared = frameCount;
   result.createWrongFrame();
   return result;
 }
@@ -77,7 +79,7 @@ TEST(VerifyResult, IndexesItsWrongFieldsByFrame) {
        {{4, 3, "a", "b"}},
        1,
        "4:1@0 ",
-       "ERROR: fieldName.size() too small!!   fieldName.size()= 3 idx= frame     4,field:    3,"
+       "ERROR: fieldName.size() too small!!   fieldName.size()= 3idx= frame     4,field:    3,"
        "dump:         b,golden:         a, change fieldIdx to 0\n"},
   };
   for (const auto& test : kCases) {

@@ -1,6 +1,7 @@
 // What verifying one stage's dump against its golden data found.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
@@ -9,12 +10,20 @@
 
 #include "Stage.h"
 
+/// What makes two values differ that look the same in a report.
+enum class HiddenDifference : uint8_t {
+  kNone,
+  kLineEnd,     // one row ends otherwise
+  kDropMarker,  // the frame is there, and marked as dropped
+};
+
 /// One field that differs.
 struct VerifyFailField {
   int32_t frameNumber = 0;   // of the golden row
   uint32_t columnIndex = 0;  // into the result's column names
   std::string goldenValue;
   std::string dumpValue;  // "-1" for a row that the dump does not have
+  HiddenDifference hidden = HiddenDifference::kNone;
 };
 
 /// Writes frame, column, dump and golden value right-aligned in their widths.
@@ -26,6 +35,17 @@ struct WrongFrame {
   int32_t firstField = 0;  // index of the first one in the list of wrong fields
 };
 
+/// How much of a stage was compared. Rows that the stage's rules leave out, such as titles and the
+/// start of a dump, are in none of the numbers.
+struct Coverage {
+  int64_t compared = 0;    // pairs of rows
+  int64_t goldenOnly = 0;  // golden rows that had no partner
+  int64_t dumpOnly = 0;    // rows of the dump that had none
+
+  /// Rows that the rules select for comparison.
+  int64_t Selected() const { return compared + std::max(goldenOnly, dumpOnly); }
+};
+
 /// Bits of the verify status.
 enum VerifyStatus : int32_t {
   kStatusNoGolden = 1,     // the golden file could not be opened
@@ -33,7 +53,8 @@ enum VerifyStatus : int32_t {
   kStatusAudioFailed = 15  // the audio verdict is a failure
 };
 
-/// Outcome of verifying one stage. Results move; a wrong-frame table is never shared.
+/// Outcome of verifying one stage: plain data. What it means is told by `Judge` (Verdict.h);
+/// counting and printing are done by verify/src. Results move; a wrong-frame table is never shared.
 class CM_Verify_Result {
  public:
   explicit CM_Verify_Result(MODULE_TYPE module) : moduleType(module) {}
@@ -68,7 +89,10 @@ class CM_Verify_Result {
   int32_t verifyFrameCount = 0;
   std::vector<WrongFrame> wrongFrames;  // one a frame number, empty until made
   int32_t wrongFrameTotal = 0;          // distinct frames with a wrong field
+  bool framesAreCounted = false;        // the two below are of this verification
   int32_t sampleFrameCount = 0;
   int32_t goldenFrameCount = 0;
-  bool outOfOrder = false;  // DVO: a frame came earlier than its neighbours
+  bool outOfOrder = false;     // DVO: a frame came earlier than its neighbours
+  bool runWasRefused = false;  // there is no dump because the board was not run
+  Coverage coverage;
 };

@@ -16,6 +16,14 @@ void PrintTitle(RowReader& file, int number) {
   std::printf("[Title%d] %s\n", number, title.c_str());
 }
 
+/// Whether there is an item that is neither masked nor the counter.
+bool HasUnmaskedItem(const RowFormat& format, std::span<const uint8_t> mask) {
+  for (std::size_t i = 0; i < format.itemCount; ++i) {
+    if (i != format.counterItem && mask[i] == 0) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 void Verify_VO_push_frameInfo(_VOUT_INFO_COMPARE_RESULT& result, const VoFrameInfo& info) {
@@ -33,6 +41,7 @@ ColumnComparison::ColumnComparison(const ColumnRules& rules,
       stage_(stage),
       files_(setting.fileNameIn1, setting.fileNameIn2),
       sameItems_(rules.format),
+      comparesAnything_(HasUnmaskedItem(rules.format, mask)),
       debounceCount_(rules.firstDebounceCount) {}
 
 bool ColumnComparison::Run() {
@@ -43,13 +52,20 @@ bool ColumnComparison::Run() {
   PrintTitle(files_.golden, 1);
   PrintTitle(files_.sample, 2);
   Walk();
+  stage_.coverage.goldenOnly += files_.golden.CountFilledLines();
+  stage_.coverage.dumpOnly += files_.sample.CountFilledLines();
   result_.frameCount = rows_;
   stage_.putVerifyFrameCount(rows_);
   PrintSummary();
   return !result_.failed;
 }
 
-/// Walks to the end of the longer file, or to a row that is none.
+/// Whether the current row is behind the tolerance, so that a difference fails.
+bool ColumnComparison::IsJudged() const {
+  return rows_ >= debounceCount_ && comparesAnything_;
+}
+
+/// Walks to the end of the longer file, or to a malformed row.
 void ColumnComparison::Walk() {
   std::string_view golden;
   std::string_view sample;
@@ -62,6 +78,7 @@ void ColumnComparison::Walk() {
     if (!goldenIsThere && !sampleIsThere) return;
     if (goldenIsThere && sampleIsThere) {
       readable = CompareRows(golden, sample);
+      if (IsJudged()) ++stage_.coverage.compared;
     } else {
       NoteMissingRow(goldenIsThere, goldenIsThere ? golden : sample);
     }
@@ -77,6 +94,7 @@ bool ColumnComparison::TakeSame(std::string_view goldenRow) {
   const int32_t frame = ToNumber(same.text);
   if (rules_.rateFromFrameZero && frame == 0) return false;
   files_.sample.Skip(same.length);
+  if (IsJudged()) ++stage_.coverage.compared;
   golden_.lastFrame = sample_.lastFrame = frame;
   if (rules_.repeatItem == 1 && ToNumber(goldenRow.substr(same.text.size() + 1)) != 0) {
     ++golden_.repeats;
@@ -118,6 +136,7 @@ void ColumnComparison::NoteMissingRow(bool goldenIsThere, std::string_view row) 
   golden_.lastFrame = goldenIsThere ? frame : -1;
   sample_.lastFrame = goldenIsThere ? -1 : frame;
   ++(goldenIsThere ? sample_ : golden_).drops;
+  ++(goldenIsThere ? stage_.coverage.goldenOnly : stage_.coverage.dumpOnly);
   ++itemErrors_[0];
   Fail(frame, 0, {golden_.lastFrame, goldenIsThere}, {sample_.lastFrame, !goldenIsThere});
 }

@@ -106,6 +106,7 @@ class ColumnComparison {
   };
 
   void Walk();
+  bool IsJudged() const;
   bool TakeSame(std::string_view goldenRow);
   bool CompareRows(std::string_view goldenRow, std::string_view sampleRow);
   void NoteMissingRow(bool goldenIsThere, std::string_view row);
@@ -124,6 +125,7 @@ class ColumnComparison {
   SameItems sameItems_;
   Side golden_;
   Side sample_;
+  const bool comparesAnything_;  // not all items are masked
   int64_t debounceCount_;
   bool rateIsKnown_ = false;
   int32_t rows_ = 0;

@@ -37,4 +37,5 @@ void CM_Verify_Result::Init_Frame_Count() {
   const bool known = IsKnown(testCase);
   goldenFrameCount = known ? CountFrames(testCase->Get_Golden_Path(moduleType)) : 0;
   sampleFrameCount = known ? CountFrames(testCase->Get_Dump_Backup_Path(moduleType)) : 0;
+  framesAreCounted = true;
 }

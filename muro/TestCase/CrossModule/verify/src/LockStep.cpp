@@ -7,6 +7,10 @@ namespace {
 
 constexpr std::size_t kTitleLimit = 66 - 1;
 
+bool IsBlank(std::string_view row) {
+  return std::ranges::all_of(row, [](unsigned char c) { return std::isspace(c) != 0; });
+}
+
 }  // namespace
 
 void PrintMismatch(FrameLog& log, int32_t frameNumber, uint32_t mask) {
@@ -16,7 +20,9 @@ void PrintMismatch(FrameLog& log, int32_t frameNumber, uint32_t mask) {
 }
 
 LockStepWalk::LockStepWalk(CM_Verify_Result& result, StageFiles& files)
-    : result_(result), golden_{files.golden, {}, 0, false}, sample_{files.sample, {}, 0, false} {}
+    : result_(result),
+      golden_{files.golden, {}, 0, false, true},
+      sample_{files.sample, {}, 0, false, true} {}
 
 void LockStepWalk::Run() {
   if (!ReadTitle(golden_)) log_ << "read golden title fail\n";
@@ -24,12 +30,19 @@ void LockStepWalk::Run() {
   ReadMode mode = ReadMode::kBoth;
   while (mode != ReadMode::kEnd && failedReads_ < 2) mode = Step(mode);
   result_.putVerifyFrameCount(compared_);
+  for (Side* side : {&golden_, &sample_}) NoteRest(*side);
+  result_.coverage = {compared_, golden_.selected - compared_, sample_.selected - compared_};
+}
+
+void LockStepWalk::CountAsCompared() {
+  ++compared_;
 }
 
 bool LockStepWalk::ReadTitle(Side& side) {
   std::string_view title;
   const bool isRead = side.file.Next(title, kTitleLimit);
   side.titleGoesOn = isRead && IsPiece(title, kTitleLimit);
+  side.startsLine = !side.titleGoesOn;
   return isRead;
 }
 
@@ -39,15 +52,29 @@ ReadMode LockStepWalk::Step(ReadMode mode) {
   const bool goldenIsRead =
       mode == ReadMode::kSampleOnly || ReadGolden(mode == ReadMode::kGoldenOnly);
   if (goldenIsRead && mode == ReadMode::kBoth && TakeSame()) return mode;
+  if (goldenIsRead && mode != ReadMode::kSampleOnly) NoteRow(golden_);
   const bool sampleIsRead = mode == ReadMode::kGoldenOnly || ReadSample();
   return goldenIsRead && sampleIsRead ? Judge() : mode;
 }
 
+bool LockStepWalk::Read(Side& side) {
+  if (!side.file.Next(side.row, kDataLimit)) return false;
+  ++side.rowsRead;
+  return true;
+}
+
+/// Counts the current row when the rules select it. Further pieces of an overlong line are no rows.
+void LockStepWalk::NoteRow(Side& side) const {
+  if (side.startsLine && !IsBlank(side.row) && IsSelected(side.row, side.rowsRead)) ++side.selected;
+  side.startsLine = side.row.back() == '\n';
+}
+
+void LockStepWalk::NoteRest(Side& side) const {
+  while (Read(side)) NoteRow(side);
+}
+
 bool LockStepWalk::ReadGolden(bool alone) {
-  if (golden_.file.Next(golden_.row, kDataLimit)) {
-    ++golden_.rowsRead;
-    return true;
-  }
+  if (Read(golden_)) return true;
   ++failedReads_;
   if (alone) {
     log_ << "[muro:" << __LINE__ << "] fread golden no:" << golden_.rowsRead << " fail!\n";
@@ -59,8 +86,8 @@ bool LockStepWalk::ReadGolden(bool alone) {
 }
 
 bool LockStepWalk::ReadSample() {
-  if (sample_.file.Next(sample_.row, kDataLimit)) {
-    ++sample_.rowsRead;
+  if (Read(sample_)) {
+    NoteRow(sample_);
     return true;
   }
   ++failedReads_;
@@ -73,7 +100,7 @@ bool LockStepWalk::IsBroken(const char* name, const Side& side, std::size_t fiel
   const std::string_view row = side.row;
   if (side.titleGoesOn && side.rowsRead == 1) return false;
   if (CountFields(row) >= fieldCount && !IsPiece(row, kDataLimit)) return false;
-  if (std::ranges::all_of(row, [](unsigned char c) { return std::isspace(c) != 0; })) return false;
+  if (IsBlank(row)) return false;
   log_ << "[muro:" << __LINE__ << "] " << std::string_view(name) << " row " << side.rowsRead
        << " is broken!\n";
   return true;
@@ -86,5 +113,8 @@ bool LockStepWalk::TakeSame() {
   sample_.file.Skip(length);
   ++sample_.rowsRead;
   ++compared_;
+  ++golden_.selected;
+  ++sample_.selected;
+  golden_.startsLine = sample_.startsLine = true;
   return true;
 }

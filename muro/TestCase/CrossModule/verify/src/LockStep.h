@@ -77,7 +77,9 @@ class LockStepWalk {
     RowReader& file;
     std::string_view row;  // the last one read
     int32_t rowsRead;
-    bool titleGoesOn;  // the first row is the rest of a long title
+    bool titleGoesOn;      // the first row is the rest of a long title
+    bool startsLine;       // the next row begins a line
+    int64_t selected = 0;  // rows so far that the stage's rules select for comparison
   };
 
   /// Length of the sample's next row when it is the same as golden's current one and there is
@@ -87,22 +89,31 @@ class LockStepWalk {
   /// Looks at the current rows and decides what to read next.
   virtual ReadMode Judge() = 0;
 
-  /// True when the current row of a side is none: it has less than `fieldCount` fields, or is a
-  /// piece of an overlong line. Says so. White space and the rest of a title are not broken.
+  /// Whether the stage's rules select a row for comparison. `rowsRead` counts it.
+  virtual bool IsSelected(std::string_view row, int32_t rowsRead) const = 0;
+
+  /// True when the current row of a side is malformed: it has less than `fieldCount` fields, or is
+  /// a piece of an overlong line. Says so. White space and the rest of a title are not malformed.
   bool IsBroken(const char* name, const Side& side, std::size_t fieldCount);
+
+  /// Counts the current rows as compared, and found to be the same or told apart.
+  void CountAsCompared();
 
   CM_Verify_Result& result_;
   Side golden_;
   Side sample_;
   FrameLog log_;
-  int32_t compared_ = 0;  // pairs of rows
 
  private:
   static bool ReadTitle(Side& side);
+  static bool Read(Side& side);
+  void NoteRow(Side& side) const;
+  void NoteRest(Side& side) const;
   bool ReadGolden(bool alone);
   bool ReadSample();
   bool TakeSame();
   ReadMode Step(ReadMode mode);
 
   int failedReads_ = 0;
+  int32_t compared_ = 0;  // pairs of rows
 };

@@ -258,6 +258,15 @@ bool RowReader::NextFilled(std::string_view& row) {
   return false;
 }
 
+int64_t RowReader::CountFilledLines() {
+  int64_t count = 0;
+  bool startsLine = true;
+  for (std::string_view piece; Next(piece); startsLine = piece.back() == '\n') {
+    if (startsLine && !std::all_of(piece.begin(), piece.end(), IsSpace)) ++count;
+  }
+  return count;
+}
+
 std::string RowReader::NextLine() {
   std::string_view piece;
   if (!Next(piece)) return {};

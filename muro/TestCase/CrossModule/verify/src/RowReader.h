@@ -36,6 +36,9 @@ class RowReader {
   /// As `Next`, but passes by rows of nothing but white space.
   bool NextFilled(std::string_view& row);
 
+  /// Takes all lines to the end of the file. Returns how many are more than white space.
+  int64_t CountFilledLines();
+
   /// Takes the next line whole, however long it is. Returns at most `kRowLimit` characters of it,
   /// the line end among them; empty at the end of the file.
   std::string NextLine();

@@ -34,9 +34,20 @@ void PrintRow(FrameLog& log, const MURO_CROSS_MODULE_CHECK_T& row) {
 struct Side {
   RowReader& file;
   MURO_CROSS_MODULE_CHECK_T row;
-  int32_t skipped = 0;  // rows passed by before they could be compared
+  int32_t skipped = 0;   // rows passed by before they could be compared
+  int64_t selected = 0;  // rows after the first second that have a pts
 
-  bool Read() { return read_next_row(row, file) == 0; }
+  bool Read() {
+    if (read_next_row(row, file) != 0) return false;
+    Note();
+    return true;
+  }
+  void Note() { selected += row.pts != 0 ? 1 : 0; }
+  void NoteRest() {
+    for (std::string_view line; file.NextFilled(line);) {
+      if (convert_to_data(line, row) == 0) Note();
+    }
+  }
   bool Skip() {
     if (!Read()) return false;
     ++skipped;
@@ -48,6 +59,7 @@ void SkipFirstSecond(Side& side, const char* message) {
   std::puts(message);
   while (side.Skip() && side.row.pts < kSkippedTicks) {
   }
+  side.selected = 0;
 }
 
 /// Takes the test's row when it is the same as golden's but for the 90k counter, and both can be
@@ -95,19 +107,32 @@ int32_t CompareRows(CM_Verify_Result& result, Side& golden, Side& test) {
   std::string_view testLine;
   int32_t errors = 0;
   int32_t checked = 0;
+  int64_t same = 0;
+  int64_t paired = 0;
   for (; golden.file.NextFilled(goldenLine); ++checked) {
-    if (TakeSame(goldenLine, test.file)) continue;
-    if (!test.file.NextFilled(testLine)) break;
+    if (TakeSame(goldenLine, test.file)) {
+      ++same;
+      continue;
+    }
+    if (!test.file.NextFilled(testLine)) {
+      if (convert_to_data(goldenLine, golden.row) == 0) golden.Note();
+      break;
+    }
     if (IsPiece(goldenLine) || IsPiece(testLine) || convert_to_data(goldenLine, golden.row) != 0 ||
         convert_to_data(testLine, test.row) != 0) {
       ReportBrokenRow(result, goldenLine);
       ++errors;
       break;
     }
+    golden.Note();
+    test.Note();
     Resynchronise(log, golden, test);
+    if (golden.row.pts == test.row.pts && golden.row.pts != 0) ++paired;
     errors += checking_data(golden.row, test.row, result, log);
   }
   result.putVerifyFrameCount(checked);
+  for (Side* side : {&golden, &test}) side->NoteRest();
+  result.coverage = {same + paired, golden.selected - paired, test.selected - paired};
   return errors;
 }
 

@@ -25,6 +25,11 @@ int32_t FrameNumber(const MURO_DVO_FIELDS& row) {
   return ToNumber(row.field[kFrameNumber]);
 }
 
+/// Frames of the first two seconds, which may be shown in any way.
+bool IsStartUp(const MURO_DVO_FIELDS& row) {
+  return FrameNumber(row) < ToNumber(row.field[kRate]) / 500;
+}
+
 bool IsEndOfStream(const MURO_DVO_FIELDS& row) {
   return WithoutLineEnd(row.field[kFrameNumber]) == "EOS";
 }
@@ -48,6 +53,13 @@ class DvoWalk : public LockStepWalk {
     if (CountFields(row) < kFieldCount) return 0;
     lastGolden_ = lastSample_ = frame;
     return row.size();
+  }
+
+  bool IsSelected(std::string_view row, int32_t) const override {
+    MURO_DVO_FIELDS fields;
+    parseFields(fields, row);
+    return !IsEndOfStream(fields) && FrameNumber(fields) >= kFirstCheckedFrame &&
+           !IsStartUp(fields);
   }
 
   ReadMode Judge() override {
@@ -115,14 +127,19 @@ class DvoWalk : public LockStepWalk {
   }
 
   ReadMode Compare(int32_t golden, int32_t sample) {
-    if (compareFields(result_, goldenFields_, sampleFields_, log_) != 0) return ReadMode::kEnd;
+    const std::size_t fieldsBefore = result_.wrongFields.size();
+    const uint32_t mask = compareFields(result_, goldenFields_, sampleFields_, log_);
+    // A difference without a wrong field ends the walk, and must not count as a frame that is
+    // right.
+    const bool isTold = mask == 0 || result_.wrongFields.size() != fieldsBefore;
+    if (isTold && !IsStartUp(goldenFields_)) CountAsCompared();
+    if (mask != 0) return ReadMode::kEnd;
     if (UnlessSampleIsBroken(ReadMode::kBoth) == ReadMode::kEnd ||
         UnlessGoldenIsBroken(ReadMode::kBoth) == ReadMode::kEnd) {
       return ReadMode::kEnd;
     }
     lastGolden_ = golden;
     lastSample_ = sample;
-    ++compared_;
     return ReadMode::kBoth;
   }
 
@@ -152,7 +169,7 @@ void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
 
 uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
                        const MURO_DVO_FIELDS& sample, FrameLog& log) {
-  if (FrameNumber(golden) < ToNumber(golden.field[kRate]) / 500) return 0;
+  if (IsStartUp(golden)) return 0;
   if (ToNumber(sample.field[kMarker]) < 0) {
     log << "[muro:" << __LINE__ << "] golden->frame_no:" << golden.field[kFrameNumber]
         << ", but sampe->frame_no is being drop!!\n";

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "../../stages/src/CrossModuleLog.h"
+#include "../../stages/src/Verdict.h"
 #include "Ansi.h"
 #include "ReportTable.h"
 
@@ -13,26 +14,15 @@ namespace {
 using report_table::Cell;
 using report_table::kNoData;
 
-/// A stage that was not verified, or whose dump or golden data have no frame, has not passed.
-bool LacksData(const CM_Verify_Result& result) {
-  return result.columnNames.empty() || result.sampleFrameCount <= 0 || result.goldenFrameCount <= 0;
-}
-
-Cell Verdict(const CM_Verify_Result& result) {
-  if (!result.wrongFields.empty() || result.verifyStatus != 0 || LacksData(result))
-    return {"FAIL!", ansi::kFail};
-  if (result.sampleFrameCount != result.goldenFrameCount)
-    return {"FrameDrop", report_table::kWarnColour};
-  return {"PASS", ansi::kPass};
-}
-
-/// Why a stage is not to be trusted, where the table's columns do not say so.
-std::string Remark(const CM_Verify_Result& result) {
-  if (result.columnNames.empty()) return "  not verified";
-  if (result.goldenFrameCount <= 0) return "  no golden frames";
-  if (result.sampleFrameCount <= 0) return "  no dumped frames";
-  if (result.wrongFields.empty() && result.verifyStatus != 0) return "  too little to compare";
-  return result.outOfOrder ? "  frames out of order" : "";
+Cell VerdictCell(StageVerdict verdict) {
+  switch (verdict) {
+    case StageVerdict::kPass:
+      return {"PASS", ansi::kPass};
+    case StageVerdict::kFrameDrop:
+      return {"FrameDrop", report_table::kWarnColour};
+    default:
+      return {"FAIL!", ansi::kFail};
+  }
 }
 
 std::string FrameCount(int32_t count) {
@@ -53,7 +43,7 @@ void CleanValue(std::string& text) {
 void KeepColumnKnown(VerifyFailField& field, std::size_t columnCount) {
   if (field.columnIndex < columnCount) return;
   CmLog("Data_Preprocessing") << "ERROR: fieldName.size() too small!!   fieldName.size()= "
-                              << columnCount << " idx=" << field << ", change fieldIdx to 0\n";
+                              << columnCount << "idx=" << field << ", change fieldIdx to 0\n";
   field.columnIndex = 0;
 }
 
@@ -109,17 +99,18 @@ void CM_Verify_Result::Print_Column_Name(std::ostream& out) const {
 }
 
 bool CM_Verify_Result::PrintSimpleTable(std::ostream& out) const {
-  const Cell verdict = Verdict(*this);
+  const Judgement judgement = Judge(*this);
   const VerifyFailField* first = wrongFields.empty() ? nullptr : &wrongFields.front();
   const Cell cells[] = {
       {Module_Type_To_String(moduleType)},
-      verdict,
+      VerdictCell(judgement.verdict),
       {FrameCount(sampleFrameCount) + "/" + FrameCount(goldenFrameCount)},
       {std::to_string(wrongFrameTotal) + "/" + std::to_string(wrongFields.size())},
       {first == nullptr ? "-" : std::to_string(first->frameNumber)},
       {first == nullptr ? "-" : report_table::FieldName(*this, *first)},
-      {(first == nullptr ? kNoData : report_table::ValuePair(*first)) + Remark(*this)},
+      {(first == nullptr ? kNoData : report_table::ValuePair(*first)) +
+       (judgement.remark.empty() ? "" : "  " + judgement.remark)},
   };
   report_table::PrintRow(out, report_table::kSummaryColumns, cells);
-  return verdict.text == "PASS";
+  return judgement.verdict == StageVerdict::kPass;
 }

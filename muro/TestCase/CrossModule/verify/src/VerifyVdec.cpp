@@ -80,9 +80,13 @@ void Verify_VDEC(CM_Verify_Result& result, const std::string& goldenPath,
     } else if (files.sample.NextFilled(sample)) {
       whole = CompareRows(result, log, golden, sample);
     } else {
+      result.coverage.goldenOnly = 1;
       break;
     }
     ++compared;
   }
   result.putVerifyFrameCount(compared);
+  result.coverage.compared = compared;
+  result.coverage.goldenOnly += files.golden.CountFilledLines();
+  result.coverage.dumpOnly = files.sample.CountFilledLines();
 }
