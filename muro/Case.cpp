@@ -13,7 +13,7 @@
 
 #include "Ansi.h"
 #include "ConsoleInput.h"
-#include "DriverTest.h"
+#include "Shell.h"
 #include "TestReport.h"
 
 namespace {

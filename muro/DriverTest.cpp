@@ -1,27 +1,6 @@
 #include "DriverTest.h"
 
-#include <paths.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-
-namespace {
-
-unsigned shellFailures = 0;
-
-/// Whether there was a shell, by what `system` returned. Sets errno when there was none.
-bool WasStarted(int status) {
-  // Where children are not waited for, the command's status is lost and nothing else.
-  if (status == -1) return errno == ECHILD;
-  const bool nothingWasFound = WIFEXITED(status) && WEXITSTATUS(status) == 127;
-  return !nothingWasFound || access(_PATH_BSHELL, X_OK) == 0;
-}
-
-}  // namespace
 
 void PrintTraceLine(const char* function, const char* file, int line) {
   std::printf("\033[1;31m [muro]%s,%s ,%d \n\033[m", file, function, line);
@@ -33,20 +12,4 @@ void PrintUnitTraceLine(const char* function, const char* file, int line) {
 
 void PrintTraceName(const char* function) {
   std::printf("\033[1;31m [muro]%s\n\033[m", function);
-}
-
-void RunShell(const char* command) {
-  std::fflush(stdout);
-  const int status = std::system(command);
-  if (WasStarted(status)) return;
-  ++shellFailures;
-  std::printf("Cannot start a shell (%s) for: %s\n", std::strerror(errno), command);
-}
-
-void RunShell(const std::string& command) {
-  RunShell(command.c_str());
-}
-
-unsigned ShellFailures() {
-  return shellFailures;
 }

@@ -13,8 +13,8 @@
 
 #include "Case.h"
 #include "ConsoleInput.h"
-#include "DriverTest.h"
 #include "Scripted.h"
+#include "Shell.h"
 #include "TestReport.h"
 #include "Util.h"
 

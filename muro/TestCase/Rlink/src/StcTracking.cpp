@@ -8,8 +8,8 @@
 #include <optional>
 
 #include "ConsoleInput.h"
-#include "DriverTest.h"
 #include "RlinkTestCase.h"
+#include "Shell.h"
 
 namespace {
 

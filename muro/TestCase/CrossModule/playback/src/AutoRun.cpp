@@ -10,10 +10,10 @@
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
 #include "CMplaybackTestCase.h"
-#include "DriverTest.h"
 #include "LiveLine.h"
 #include "MenuItem.h"
 #include "PlaybackRun.h"
+#include "Shell.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include "../../stages/src/BoardSystem.h"
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
-#include "DriverTest.h"
 #include "GoldenData.h"
+#include "Shell.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "../../stages/src/SettingFile.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
-#include "DriverTest.h"
+#include "Shell.h"
 
 namespace {
 

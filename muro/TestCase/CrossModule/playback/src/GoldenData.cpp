@@ -8,9 +8,9 @@
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
-#include "DriverTest.h"
 #include "Environment.h"
 #include "InputFile.h"
+#include "Shell.h"
 
 namespace {
 

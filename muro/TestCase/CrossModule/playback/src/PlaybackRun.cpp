@@ -13,10 +13,10 @@
 #include "../../verify/src/ReportDelivery.h"
 #include "Ansi.h"
 #include "ConsoleInput.h"
-#include "DriverTest.h"
 #include "Environment.h"
 #include "GoldenData.h"
 #include "LiveLine.h"
+#include "Shell.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "ConsoleInput.h"
-#include "DriverTest.h"
 #include "MenuItem.h"
+#include "Shell.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include "Ansi.h"
 #include "BoardSystem.h"
 #include "CrossModuleLog.h"
-#include "DriverTest.h"
 #include "Settings.h"
+#include "Shell.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include "Ansi.h"
 #include "BoardSystem.h"
 #include "CrossModuleLog.h"
-#include "DriverTest.h"
 #include "Settings.h"
+#include "Shell.h"
 
 namespace {
 

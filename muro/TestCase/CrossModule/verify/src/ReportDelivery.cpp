@@ -9,7 +9,7 @@
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
-#include "DriverTest.h"
+#include "Shell.h"
 
 namespace {
 

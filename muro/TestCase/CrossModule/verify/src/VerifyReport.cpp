@@ -15,10 +15,10 @@
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
-#include "DriverTest.h"
 #include "ModuleVerification.h"
 #include "ReportDelivery.h"
 #include "ReportTable.h"
+#include "Shell.h"
 
 namespace {
 

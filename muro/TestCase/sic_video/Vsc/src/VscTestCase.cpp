@@ -8,6 +8,7 @@
 
 #include "ConsoleInput.h"
 #include "DriverTest.h"
+#include "Shell.h"
 #include "commonVsc.h"
 #include "k2v/vsc.h"
 

@@ -1,0 +1,40 @@
+#include "Shell.h"
+
+#include <paths.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+unsigned shellFailures = 0;
+
+/// Whether there was a shell, by what `system` returned. Sets errno when there was none.
+bool WasStarted(int status) {
+  // Where children are not waited for, the command's status is lost and nothing else.
+  if (status == -1) return errno == ECHILD;
+  const bool nothingWasFound = WIFEXITED(status) && WEXITSTATUS(status) == 127;
+  return !nothingWasFound || access(_PATH_BSHELL, X_OK) == 0;
+}
+
+}  // namespace
+
+void RunShell(const char* command) {
+  std::fflush(stdout);
+  const int status = std::system(command);
+  if (WasStarted(status)) return;
+  ++shellFailures;
+  std::printf("Cannot start a shell (%s) for: %s\n", std::strerror(errno), command);
+}
+
+void RunShell(const std::string& command) {
+  RunShell(command.c_str());
+}
+
+unsigned ShellFailures() {
+  return shellFailures;
+}
