@@ -13,6 +13,7 @@
 #include "Answers.h"
 #include "ConsoleWriter.h"
 #include "DumpVerification.h"
+#include "ExitStatus.h"
 #include "Guard.h"
 #include "Options.h"
 #include "Problem.h"
@@ -43,9 +44,7 @@ int Print(const std::string& text) {
 /// Where an output is standard output, that is for it alone: everything else goes to standard
 /// error. Returns the descriptor behind "-".
 int SeparateOutput(const Outputs& outputs) {
-  const std::string* names[] = {&outputs.junit, &outputs.tap, &outputs.json, &outputs.lava};
-  if (std::ranges::none_of(names, [](const auto* name) { return *name == "-"; }))
-    return STDOUT_FILENO;
+  if (std::ranges::find(outputs, "-") == outputs.end()) return STDOUT_FILENO;
   std::fflush(stdout);
   const int standardOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
   dup2(STDERR_FILENO, STDOUT_FILENO);

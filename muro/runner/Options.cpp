@@ -44,9 +44,9 @@ std::string SetText(Options& options, const std::string& value) {
   return value.empty() ? "must not be empty" : "";
 }
 
-template <std::string Outputs::*member>
+template <ResultFormat format>
 std::string SetOutput(Options& options, const std::string& value) {
-  options.outputs.*member = value;
+  options.outputs[format] = value;
   return value.empty() ? "must not be empty" : "";
 }
 
@@ -149,14 +149,9 @@ constexpr Row kRows[] = {
 
     {"Results", "--results", Takes::kOne, "DIR", kRunOnly, SetText<&Options::results>,
      "a new directory for a log a test and the journal that --resume needs"},
-    {nullptr, "--junit", Takes::kOne, "FILE", kRunAndVerify, SetOutput<&Outputs::junit>,
-     "JUnit XML; FILE - is standard output, here and below"},
-    {nullptr, "--tap", Takes::kOne, "FILE", kRunAndVerify, SetOutput<&Outputs::tap>,
-     "TAP version 14"},
-    {nullptr, "--json", Takes::kOne, "FILE", kRunAndVerify, SetOutput<&Outputs::json>,
-     "one JSON object a line and event"},
-    {nullptr, "--lava", Takes::kOne, "FILE", kRunAndVerify, SetOutput<&Outputs::lava>,
-     "LAVA test case signals, through lava-test-case where there is one"},
+#define RESULT_FORMAT(name, option, help) \
+  {nullptr, option, Takes::kOne, "FILE", kRunAndVerify, SetOutput<k##name>, help},
+#include "ResultFormats.def"
     {nullptr, "--color", Takes::kOne, "auto|always|never", kRunAndVerify | Bit(Mode::kResume),
      SetText<&Options::color>, "of the runner's own output; NO_COLOR in the environment is never"},
     {nullptr, "--verbose", Takes::kNothing, "", kRunOnly | Bit(Mode::kResume),
@@ -266,9 +261,7 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
   }
   if (options.mode == Mode::kVerify && (options.dump.empty() || options.golden.empty()))
     return "--verify needs --dump and --golden";
-  const auto& out = options.outputs;
-  const std::string* outputs[] = {&out.junit, &out.tap, &out.json, &out.lava};
-  if (std::ranges::count_if(outputs, [](const auto* name) { return *name == "-"; }) > 1)
+  if (std::ranges::count(options.outputs, "-") > 1)
     return "only one kind of result can go to standard output";
   return "";
 }

@@ -6,19 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "TestSession.h"
+#include "RunSettings.h"
 
 namespace runner {
 
 enum class Mode { kInteractive, kHelp, kVersion, kDocument, kList, kRun, kResume, kVerify };
-
-/// Where results go; "-" is standard output, empty nowhere.
-struct Outputs {
-  std::string junit;
-  std::string tap;
-  std::string json;
-  std::string lava;
-};
 
 struct Options {
   Mode mode = Mode::kInteractive;

@@ -13,10 +13,10 @@
 
 #include "Answers.h"
 #include "ConsoleMarks.h"
+#include "ExitStatus.h"
 #include "IsolatedTest.h"
 #include "OutputFile.h"
 #include "Problem.h"
-#include "TestRun.h"
 #include "Text.h"
 
 namespace runner {

@@ -8,21 +8,14 @@
 #include <string>
 #include <vector>
 
+#include "Answers.h"
+#include "ExitStatus.h"
 #include "Options.h"
 #include "ResultDirectory.h"
 #include "RunEvents.h"
 #include "TestList.h"
 
 namespace runner {
-
-/// Exit statuses of the program.
-enum ExitStatus : int {
-  kAllPassed = 0,
-  kSomeFailed = 1,
-  kUsage = 2,
-  kNothingRan = 77,
-  kHarnessFailed = 99,
-};
 
 /// Which test comes next: rounds of the selection, each in an order of its own when shuffled.
 class Plan {

@@ -10,16 +10,11 @@
 #include "Answers.h"
 #include "ConsoleMarks.h"
 #include "IsolatedTest.h"
+#include "RunSettings.h"
 #include "TestList.h"
 #include "Verdict.h"
 
 namespace runner {
-
-/// Limits of one test, in seconds; 0 is none.
-struct Limits {
-  double timeoutS = 600;  // in all
-  double idleS = 60;      // without output
-};
 
 /// What became of a test.
 struct Outcome {

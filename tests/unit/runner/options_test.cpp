@@ -52,8 +52,28 @@ TEST(OptionsTest, PatternsAndValuesMayBeMixed) {
             "");
   EXPECT_EQ(options.patterns, (std::vector<std::string>{"A", "B/1", "E"}));
   EXPECT_EQ(options.excluded, (std::vector<std::string>{"C", "D"}));
-  EXPECT_EQ(options.outputs.tap, "-");
+  EXPECT_EQ(options.outputs[runner::kTap], "-");
   EXPECT_EQ(options.repeat, 3);
+}
+
+TEST(OptionsTest, StandardOutputBelongsToOneFormatWhicheverTheyAre) {
+  constexpr const char* kFormats[] = {
+#define RESULT_FORMAT(name, option, help) option,
+#include "runner/ResultFormats.def"
+  };
+  for (const char* first : kFormats) {
+    for (const char* second : kFormats) {
+      Options options;
+      const std::string said = runner::ParseOptions(
+          {"--run", "A", first, "-", second, first == second ? "-" : "/tmp/x"}, options);
+      EXPECT_EQ(said, "") << first << ' ' << second;
+      EXPECT_EQ(std::ranges::count(options.outputs, "-"), 1);
+      if (first == second) continue;
+      EXPECT_EQ(runner::ParseOptions({"--run", "A", first, "-", second, "-"}, options = {}),
+                "only one kind of result can go to standard output")
+          << first << ' ' << second;
+    }
+  }
 }
 
 std::vector<std::string> Selected(const std::vector<std::string>& patterns,

@@ -1,0 +1,26 @@
+// What a run is given, as plain data: limits of its tests and places for its results.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+namespace runner {
+
+/// Limits of one test, in seconds; 0 is none.
+struct Limits {
+  double timeoutS = 600;  // in all
+  double idleS = 60;      // without output
+};
+
+/// The formats of results, in the order of their list.
+enum ResultFormat : std::size_t {
+#define RESULT_FORMAT(name, option, help) k##name,
+#include "ResultFormats.def"
+  kResultFormatCount,
+};
+
+/// Where results go, by format; "-" is standard output, empty nowhere.
+using Outputs = std::array<std::string, kResultFormatCount>;
+
+}  // namespace runner
