@@ -81,6 +81,7 @@ void ModuleCase::printMenu() {
 TestCase::TestCase(const ST_THAL_TEST_CASE_T* record)
     : Case(record->name, record->description),
       autoJudge_(record->autoJudge),
+      traits_(record->traits),
       id_(record->id),
       function_(record->function) {}
 
@@ -113,7 +114,7 @@ int TestCase::Execute() {
 // Only a clear "N" fails the test: any other answer passes it.
 void TestCase::Judge() {
   std::cout << ansi::kList << getName() << " has been executed \n"
-            << ansi::kList << "Please check the result PASS or FAIL by 'Y' or 'N' " << ansi::kText;
+            << ansi::kList << kVerdictQuestion << ansi::kText;
   if (strcasecmp(console::ReadAnswer().c_str(), "N") == 0) result_ = 1;
 }
 

@@ -4,6 +4,17 @@
 #include <cstdint>
 #include <vector>
 
+/// What is to be known of a test before it runs unattended.
+enum TestTraits : uint8_t {
+  kNoTraits = 0,
+  kAsks = 1,        // it may read the console before the verdict, or needs somebody to pull a cable
+  kDisruptive = 2,  // it changes the board for good: reboots it, replaces golden data
+};
+
+constexpr TestTraits operator|(TestTraits a, TestTraits b) {
+  return static_cast<TestTraits>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
+}
+
 /// One declared test. Tables of these records live for the whole run and are never copied.
 struct ST_THAL_TEST_CASE_T {
   int32_t id;              // shown in menus' reports, never used as an index
@@ -11,6 +22,7 @@ struct ST_THAL_TEST_CASE_T {
   char description[256];   // second menu column
   int (*function)(char*);  // 0 pass, 1 fail, anything else neither; may be empty
   bool autoJudge;          // a 0 counts as pass at once; otherwise the operator is asked
+  TestTraits traits = kNoTraits;
 };
 
 /// A node of the menu tree. Nodes are never freed while the program runs and do not own each other.
@@ -92,14 +104,22 @@ class TestCase : public Case {
   int32_t getId() const { return id_; }
   bool isAutoJudged() const { return autoJudge_; }
   bool hasFunction() const { return function_ != nullptr; }
+  /// True when it may need its operator before the verdict.
+  bool asks() const { return (traits_ & kAsks) != 0; }
+  /// True when it changes the board for good.
+  bool isDisruptive() const { return (traits_ & kDisruptive) != 0; }
   /// The test that runs now, empty in menus.
   static const TestCase* Running();
+  /// The last line that the operator reads before giving the verdict.
+  static constexpr char kVerdictQuestion[] =
+      "Please check the result PASS or FAIL by 'Y' or 'N' ";
 
  private:
   void Judge();
   static void FailRunningTest();
 
   bool autoJudge_;
+  TestTraits traits_;
   int32_t id_;
   int (*function_)(char*);
   int result_ = 1;

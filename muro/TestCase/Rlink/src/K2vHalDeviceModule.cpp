@@ -9,7 +9,7 @@ constexpr ST_THAL_TEST_CASE_T kTests[] = {
     {1, "TestFunc_Device_Healthy", "Test Device Healthy.", Wrapper_TestFunc_Device_Healthy, true},
     {2, "TestFunc_Device_Get_Clock_Value", "Test Device Get Clock Value.",
      Wrapper_TestFunc_Device_Get_Clock_Value, true},
-    {3, "TestFunc_Slave_Ready", "Test Slave Ready.", Wrapper_TestFunc_Slave_Ready, true},
+    {3, "TestFunc_Slave_Ready", "Test Slave Ready.", Wrapper_TestFunc_Slave_Ready, true, kAsks},
 };
 
 }  // namespace

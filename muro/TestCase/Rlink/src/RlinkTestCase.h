@@ -4,8 +4,8 @@
 
 #include "rlink.h"
 
-#define RLINK_TEST(id, name, description, function) \
-  int TestFunc_##function();                        \
+#define RLINK_TEST(id, name, description, function, ...) \
+  int TestFunc_##function();                             \
   int Wrapper_TestFunc_##function(char*);
 #include "RlinkTests.def"
 

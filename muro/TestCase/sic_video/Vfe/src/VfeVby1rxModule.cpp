@@ -5,10 +5,12 @@
 namespace {
 
 constexpr ST_THAL_TEST_CASE_T kTests[] = {
-    {0, "Vfe MURO 0", "VBY1RX Display 1", VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase1, true},
-    {1, "Vfe MURO 1", "VBY1RX Display 2", VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase2, true},
+    {0, "Vfe MURO 0", "VBY1RX Display 1", VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase1, true,
+     kAsks},
+    {1, "Vfe MURO 1", "VBY1RX Display 2", VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase2, true,
+     kAsks},
     {2, "Vfe MURO 2", "VBY1RX Display change timing", VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase3,
-     true},
+     true, kAsks},
     {3, "Vfe MURO 3", "VBY1RX Get timing info", VfeVby1rxMUROTestCase::VfeVby1rxMURO_GetTimingInfo,
      true},
 };

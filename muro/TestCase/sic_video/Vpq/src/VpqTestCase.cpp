@@ -73,10 +73,10 @@ int AdjustExpertColor() {
 
 }  // namespace
 
-#define VPQ_AS(name, description, run)                      \
+#define VPQ_AS(name, description, run, ...)                 \
   int VpqTestCase::VPQ_FunctionTest_HAL_VPQ_##name(char*) { \
     std::printf(" %s \n", __func__);                        \
     return run;                                             \
   }
-#define VPQ(name, run) VPQ_AS(name, "", run)
+#define VPQ(name, run, ...) VPQ_AS(name, "", run)
 #include "VpqTests.def"

@@ -35,10 +35,10 @@ int SendRamp(int (*set)(Record* record)) {
 
 }  // namespace
 
-#define VPQEXT_AS(name, description, run)                  \
+#define VPQEXT_AS(name, description, run, ...)             \
   int VpqExtTestCase::VPQ_FunctionTest_HAL_##name(char*) { \
     std::puts(__func__);                                   \
     return run;                                            \
   }
-#define VPQEXT(name, run) VPQEXT_AS(name, "", run)
+#define VPQEXT(name, run, ...) VPQEXT_AS(name, "", run)
 #include "VpqExtTests.def"

@@ -4,8 +4,8 @@
 
 class VpqExtTestCase {
  public:
-#define VPQEXT_AS(name, description, run) static int VPQ_FunctionTest_HAL_##name(char*);
-#define VPQEXT(name, run) VPQEXT_AS(name, "", run)
+#define VPQEXT_AS(name, description, run, ...) static int VPQ_FunctionTest_HAL_##name(char*);
+#define VPQEXT(name, run, ...) VPQEXT_AS(name, "", run)
 #include "VpqExtTests.def"
 #undef VPQEXT
 #undef VPQEXT_AS
