@@ -22,7 +22,7 @@ const ST_THAL_TEST_CASE_T kRecord = {0, "nothing", "does nothing", DoNothing, tr
 TestCase test(&kRecord);
 
 void RunIsolated() {
-  const runner::TestEntry entry{&test, "Bench", "Bench/0", "", "", false};
+  const runner::TestEntry entry{&test, "Bench", "Bench/0", "", ""};
   const auto outcome =
       runner::TestSession(entry, {}, {}, [](std::string_view) {}).Run([] { return false; });
   if (outcome.verdict != runner::Verdict::kPass) std::puts(outcome.message.c_str());

@@ -39,7 +39,7 @@ class JUnitWriter : public FileWriter {
           Attribute("name", "cvntester") + Counts(totals, totals.seconds) + ">\n");
     for (Suite& suite : suites_) {
       Write("  <testsuite" + Attribute("name", suite.name) + Counts(suite.totals, suite.seconds) +
-            ">\n");
+            ">\n" + SkippedRounds(totals));
       Write(suite.cases);
       Write("  </testsuite>\n");
     }
@@ -75,6 +75,12 @@ class JUnitWriter : public FileWriter {
            Attribute("errors", std::to_string(count(Verdict::kError) + count(Verdict::kBlocked))) +
            Attribute("skipped", std::to_string(count(Verdict::kSkipped))) +
            Attribute("time", SecondsText(seconds));
+  }
+
+  static std::string SkippedRounds(const Totals& totals) {
+    if (totals.skippedRounds == 0) return "";
+    return "    <properties>\n      <property" + Attribute("name", "skipped_rounds") +
+           Attribute("value", std::to_string(totals.skippedRounds)) + "/>\n    </properties>\n";
   }
 
   static std::string Problem(const TestResult& result) {

@@ -20,7 +20,8 @@ class JsonWriter : public FileWriter {
   void TestEnded(const TestResult& result) override {
     Write("{\"event\": \"test-end\", " + Test(result.test) + ", \"verdict\": " +
           JsonText(VerdictName(result.verdict)) + ", \"message\": " + JsonText(result.message) +
-          ", \"seconds\": " + SecondsText(result.seconds) + ", \"log\": " + JsonText(result.log) +
+          ", \"seconds\": " + SecondsText(result.seconds) + ", \"prompts\": " +
+          std::to_string(result.prompts) + ", \"log\": " + JsonText(result.log) +
           ", \"earlier\": " + (result.earlier ? "true" : "false") +
           ", \"output\": " + JsonText(result.output) + "}\n");
   }
@@ -28,7 +29,8 @@ class JsonWriter : public FileWriter {
     std::string text = "{\"event\": \"run-end\", \"listed\": " + std::to_string(totals.listed);
     for (std::size_t i = 0; i < kVerdictNames.size(); ++i)
       text += ", " + JsonText(kVerdictNames[i]) + ": " + std::to_string(totals.of[i]);
-    Write(text + ", \"seconds\": " + SecondsText(totals.seconds) + "}\n");
+    Write(text + ", \"skipped_rounds\": " + std::to_string(totals.skippedRounds) +
+          ", \"seconds\": " + SecondsText(totals.seconds) + "}\n");
   }
 
  private:

@@ -17,7 +17,7 @@ class LavaWriter : public FileWriter {
 
   void RunStarted(std::size_t) override {}
   void TestEnded(const TestResult& result) override {
-    if (result.earlier) return;  // told in the life before
+    if (result.provisional) return;  // a resumed run reports it
     const std::string id = Id(result.test.id);
     const char* word = Word(result.verdict);
     if (CallTestCase(id, word)) return;

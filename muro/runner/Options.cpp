@@ -41,13 +41,13 @@ std::string SetMode(Options& options, const std::string&) {
 template <std::string Options::*member>
 std::string SetText(Options& options, const std::string& value) {
   options.*member = value;
-  return value.empty() ? "must not be empty" : "";
+  return "";
 }
 
 template <ResultFormat format>
 std::string SetOutput(Options& options, const std::string& value) {
   options.outputs[format] = value;
-  return value.empty() ? "must not be empty" : "";
+  return "";
 }
 
 template <bool Options::*member>
@@ -87,7 +87,7 @@ std::string SetSeed(Options& options, const std::string& value) {
 template <std::vector<std::string> Options::*member>
 std::string AddPattern(Options& options, const std::string& value) {
   (options.*member).push_back(value);
-  return value.empty() ? "must not be empty" : "";
+  return "";
 }
 
 template <Mode mode, std::string Options::*member>
@@ -96,7 +96,8 @@ std::string SetModeAndText(Options& options, const std::string& value) {
   return wrong.empty() ? SetText<member>(options, value) : wrong;
 }
 
-/// The words of --list and --run come one by one; the first call sets the mode.
+/// The words of --list and --run come one by one; the first call sets the mode. --list without any
+/// comes with an empty one.
 template <Mode mode>
 std::string SetModeAndPattern(Options& options, const std::string& value) {
   if (options.mode != mode || value.empty()) {
@@ -128,6 +129,8 @@ constexpr Row kRows[] = {
      "leave these out of the selection"},
     {nullptr, "--no-operator", Takes::kNothing, "", kListAndRun, SetFlag<&Options::noOperator>,
      "leave out tests that ask or have to be judged; a run counts them as skipped"},
+    {nullptr, "--disruptive", Takes::kNothing, "", kRunOnly, SetFlag<&Options::disruptive>,
+     "also run tests that change the board for good; without it only those that are named exactly"},
     {nullptr, "--format", Takes::kOne, "text|tsv|json", Bit(Mode::kList), SetText<&Options::format>,
      "of the list"},
 
@@ -232,6 +235,7 @@ std::string TakeOption(std::span<const std::string>& words, Options& options,
   if (values.empty() && row->takes != Takes::kNothing && row->takes != Takes::kAny)
     return name + " needs " + row->argument;
   if (!values.empty() && row->takes == Takes::kNothing) return name + " takes no value";
+  if (std::ranges::any_of(values, &std::string::empty)) return name + ": must not be empty";
   if (values.empty()) values.emplace_back();
   for (const std::string& value : values) {
     std::string wrong = Set(*row, value, options);

@@ -24,6 +24,7 @@ struct Options {
   std::optional<uint32_t> shuffleSeed;
   bool stopOnFail = false;
   bool noOperator = false;
+  bool disruptive = false;
   Limits limits;
   std::string answers;
   std::string record;

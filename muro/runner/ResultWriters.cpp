@@ -19,7 +19,8 @@ std::string Totals::Text() const {
   return count(listed, "listed = ") + count(Run(), "run + ") +
          count(Of(Verdict::kSkipped), "skipped + ") + count(Of(Verdict::kBlocked), "blocked; ") +
          count(Of(Verdict::kPass), "passed, ") + count(Of(Verdict::kFail), "failed, ") +
-         count(Of(Verdict::kError), "errors");
+         count(Of(Verdict::kError), "errors") +
+         (skippedRounds > 0 ? "; " + std::to_string(skippedRounds) + " rounds skipped" : "");
 }
 
 std::vector<std::unique_ptr<RunListener>> MakeWriters(const Outputs& outputs, int standardOutput) {

@@ -25,9 +25,11 @@ struct TestResult {
   Verdict verdict = Verdict::kError;
   std::string message;  // one line, may be empty
   double seconds = 0;
-  std::string output;    // the end of what the test printed
-  std::string log;       // its log file's name in the result directory, may be empty
-  bool earlier = false;  // taken from the journal of the run that goes on here
+  std::string output;        // the end of what the test printed
+  std::string log;           // its log file's name in the result directory, may be empty
+  int prompts = 0;           // how often it asked before the verdict
+  bool earlier = false;      // taken from the journal of the run that is resumed here
+  bool provisional = false;  // a resumed run will run this test again
 };
 
 /// Totals of a run.
@@ -35,12 +37,14 @@ struct Totals {
   std::size_t listed = 0;
   std::array<std::size_t, kVerdictNames.size()> of{};  // by verdict
   double seconds = 0;
+  int skippedRounds = 0;  // rounds of --repeat that did not begin
 
   std::size_t Of(Verdict verdict) const { return of[static_cast<std::size_t>(verdict)]; }
   /// Tests that ran to an end of their own or to their limit.
   std::size_t Run() const { return Of(Verdict::kPass) + Of(Verdict::kFail) + Of(Verdict::kError); }
   bool AddUp() const { return listed == Run() + Of(Verdict::kSkipped) + Of(Verdict::kBlocked); }
-  /// "12 listed = 9 run + 2 skipped + 1 blocked; 7 passed, 1 failed, 1 errors"
+  /// "12 listed = 9 run + 2 skipped + 1 blocked; 7 passed, 1 failed, 1 errors", with "; 3 rounds
+  /// skipped" behind it where there are any.
   std::string Text() const;
 };
 

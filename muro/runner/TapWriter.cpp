@@ -23,7 +23,9 @@ class TapWriter : public FileWriter {
     text += skipped ? " # SKIP " + Description(result.message) + "\n" : "\n";
     Write(fine ? text : text + Block(result));
   }
-  void RunEnded(const Totals&) override {
+  void RunEnded(const Totals& totals) override {
+    if (totals.skippedRounds > 0)
+      Write("# " + std::to_string(totals.skippedRounds) + " rounds skipped\n");
     if (!planned_) Write(Plan(told_));
   }
 

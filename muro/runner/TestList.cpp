@@ -1,12 +1,12 @@
 #include "TestList.h"
 
 #include <algorithm>
+#include <array>
 #include <iomanip>
 #include <map>
 #include <sstream>
 
 #include "ModuleList.h"
-#include "PromptingTests.h"
 #include "Text.h"
 
 namespace runner {
@@ -31,11 +31,9 @@ void AddPlace(TestEntry& entry) {
 }
 
 TestEntry MakeEntry(const std::string& moduleClass, TestCase& test, std::map<int, int>& seen) {
-  TestEntry entry{&test, moduleClass, moduleClass + "/" + std::to_string(test.getId()),
-                  "",    "",          false};
+  TestEntry entry{&test, moduleClass, moduleClass + "/" + std::to_string(test.getId()), "", ""};
   const int times = ++seen[test.getId()];
   if (times > 1) entry.id.append(".").append(std::to_string(times));
-  entry.prompts = Prompts(entry.id);
   AddPlace(entry);
   return entry;
 }
@@ -64,7 +62,8 @@ constexpr Column kColumns[] = {
      [](const TestEntry& entry) -> std::string {
        return entry.test->isAutoJudged() ? "test" : "operator";
      }},
-    {"prompts", false, [](const TestEntry& entry) { return Truth(entry.prompts); }},
+    {"prompts", false, [](const TestEntry& entry) { return Truth(entry.test->asks()); }},
+    {"disruptive", false, [](const TestEntry& entry) { return Truth(entry.test->isDisruptive()); }},
 };
 
 std::string FormatTsv(const std::vector<TestEntry>& tests) {
@@ -102,11 +101,18 @@ std::string FormatText(const std::vector<TestEntry>& tests) {
     menu = entry.menuPath;
     out << "  " << std::left << std::setw(22) << entry.id << ' ' << std::setw(30)
         << CleanLine(entry.test->getName()) << ' ' << CleanLine(entry.test->getDescription());
-    if (entry.prompts) out << "  [prompts]";
+    if (entry.test->asks()) out << "  [prompts]";
     if (!entry.test->isAutoJudged()) out << "  [operator judges]";
+    if (entry.test->isDisruptive()) out << "  [disruptive]";
     out << '\n';
   }
   return out.str();
+}
+
+/// What may stand for this one test.
+std::array<std::string, 4> NamesOf(const TestEntry& entry) {
+  return {entry.moduleClass + "/" + std::to_string(entry.test->getId()), entry.id,
+          entry.test->getName(), entry.test->getDescription()};
 }
 
 bool MatchesAny(const TestEntry& entry, const std::vector<std::string>& patterns) {
@@ -133,10 +139,15 @@ std::vector<TestEntry> AllTests() {
 }
 
 bool Matches(const TestEntry& entry, const std::string& pattern) {
-  const std::string numbered = entry.moduleClass + "/" + std::to_string(entry.test->getId());
-  const std::string texts[] = {entry.moduleClass, numbered, entry.id, entry.test->getName(),
-                               entry.test->getDescription()};
-  return std::ranges::any_of(texts, [&](const auto& text) { return MatchesGlob(pattern, text); });
+  const auto names = NamesOf(entry);
+  // A name may hold characters that mean something else in a glob.
+  return MatchesGlob(pattern, entry.moduleClass) || IsNamed(entry, {pattern}) ||
+         std::ranges::any_of(names, [&](const auto& name) { return MatchesGlob(pattern, name); });
+}
+
+bool IsNamed(const TestEntry& entry, const std::vector<std::string>& patterns) {
+  const auto names = NamesOf(entry);
+  return std::ranges::find_first_of(names, patterns) != names.end();
 }
 
 std::vector<TestEntry> Select(const std::vector<TestEntry>& tests,

@@ -14,10 +14,9 @@ struct TestEntry {
   std::string id;           // stable and without blanks: "VscModule/31", "VscModule/31.2"
   std::string menuPath;     // "Vido Manual Test > Vsc Function Test"
   std::string position;     // what is typed from the main menu on: "3 2 31"
-  bool prompts;             // asks its operator for something, apart from the verdict
 
   /// True when a person is needed: to answer or to judge.
-  bool NeedsOperator() const { return prompts || !test->isAutoJudged(); }
+  bool NeedsOperator() const { return test->asks() || !test->isAutoJudged(); }
   /// The id with nothing but letters, digits, dots and minus signs: "VscModule.31".
   std::string DottedId() const;
 };
@@ -28,6 +27,9 @@ std::vector<TestEntry> AllTests();
 /// True when a glob, case-sensitive, matches the module class, "class/number", the id, the name or
 /// the description.
 bool Matches(const TestEntry& entry, const std::string& pattern);
+
+/// True when a pattern is the test's "class/number", id, name or description, letter by letter.
+bool IsNamed(const TestEntry& entry, const std::vector<std::string>& patterns);
 
 /// The tests that a pattern matches and no pattern of `excluded` does, in list order; all when
 /// there is no pattern. A pattern that matches no test at all is put into `unmatched`.

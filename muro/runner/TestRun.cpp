@@ -68,34 +68,26 @@ MutedOutput::~MutedOutput() {
 }
 
 Plan::Plan(std::size_t tests, const Options& options)
-    : order_(tests),
+    : tests_(tests),
       seed_(options.shuffleSeed),
-      lastRound_(options.untilFail && !options.repeatGiven ? 0 : options.repeat) {
-  next_ = tests;
-}
-
-std::optional<Plan::Step> Plan::Next() {
-  if (next_ == order_.size()) {
-    const bool wasLast = lastRound_ != 0 && round_ == lastRound_;
-    if (order_.empty() || wasLast) return std::nullopt;
-    BeginRound();
-  }
-  return Step{order_[next_++], round_};
-}
+      lastRound_(options.untilFail && !options.repeatGiven ? 0 : options.repeat),
+      open_(options.untilFail || (options.stopOnFail && options.repeat > 1)) {}
 
 /// An order that is the same on every machine for the same seed and round.
-void Plan::BeginRound() {
+std::optional<std::vector<std::size_t>> Plan::NextRound() {
+  if (tests_ == 0 || (lastRound_ != 0 && round_ == lastRound_)) return std::nullopt;
   ++round_;
-  next_ = 0;
-  std::iota(order_.begin(), order_.end(), std::size_t{0});
-  if (!seed_) return;
+  std::vector<std::size_t> order(tests_);
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  if (!seed_) return order;
   std::mt19937_64 random(uint64_t{*seed_} << 32 | static_cast<uint32_t>(round_));
-  for (std::size_t left = order_.size(); left > 1; --left)
-    std::swap(order_[left - 1], order_[static_cast<std::size_t>(random() % left)]);
+  for (std::size_t left = order.size(); left > 1; --left)
+    std::swap(order[left - 1], order[static_cast<std::size_t>(random() % left)]);
+  return order;
 }
 
 std::size_t Plan::Size() const {
-  return order_.size() * static_cast<std::size_t>(lastRound_);
+  return open_ ? 0 : tests_ * static_cast<std::size_t>(lastRound_);
 }
 
 TestRun::TestRun(const Options& options, std::vector<TestEntry> tests,
@@ -109,33 +101,51 @@ TestRun::TestRun(const Options& options, std::vector<TestEntry> tests,
       plan_(tests_.size(), options) {}
 
 int TestRun::Do(const std::vector<JournalEntry>& earlier) {
-  for (const auto& listener : listeners_)
-    listener->RunStarted(options_.untilFail ? 0 : plan_.Size());
-  while (const auto step = plan_.Next()) {
-    const PlannedTest test = Planned(*step);
-    const TestEntry& entry = tests_[step->index];
-    if (test.number <= earlier.size()) {
-      TakeOver(test, entry, earlier[test.number - 1]);
-    } else {
-      Decide(test, entry);
-    }
-    if (!stop_.empty() && (options_.untilFail || harnessFailed_)) plan_.EndWithRound();
+  for (const auto& listener : listeners_) listener->RunStarted(plan_.Size());
+  while (const auto round = plan_.NextRound()) {
+    const std::size_t ranBefore = ledger_.Sums().listed - ledger_.Sums().Of(Verdict::kSkipped);
+    DoRound(*round, earlier);
+    if (IsLastRound(ranBefore)) break;
   }
+  if (!stop_.empty() && !options_.untilFail) ledger_.SkipRounds(plan_.RoundsLeft());
   if (Interrupted() && !harnessFailed_) Fail("the run was interrupted");
-  for (const auto& listener : listeners_) listener->RunEnded(totals_);
+  if (const std::string difference = ledger_.Difference(); !difference.empty()) Fail(difference);
+  for (const auto& listener : listeners_) listener->RunEnded(ledger_.Sums());
   return Status();
 }
 
-PlannedTest TestRun::Planned(const Plan::Step& step) {
-  const TestEntry& entry = tests_[step.index];
-  std::string id = entry.id;
-  if (step.round > 1) id.append("@").append(std::to_string(step.round));
-  return {++totals_.listed,
-          step.round,
-          id,
-          entry.moduleClass,
-          CleanLine(entry.test->getName()),
-          CleanLine(entry.test->getDescription())};
+void TestRun::DoRound(const std::vector<std::size_t>& round,
+                      const std::vector<JournalEntry>& earlier) {
+  const std::vector<PlannedTest> tests = List(round);
+  for (std::size_t i = 0; i < round.size(); ++i) {
+    const TestEntry& entry = tests_[round[i]];
+    if (tests[i].number <= earlier.size()) {
+      TakeOver(tests[i], entry, earlier[tests[i].number - 1]);
+    } else {
+      Decide(tests[i], entry);
+    }
+  }
+}
+
+/// A run ends where it was stopped, and where going on until a failure would never end.
+bool TestRun::IsLastRound(std::size_t ranBefore) const {
+  const Totals& totals = ledger_.Sums();
+  const bool noneRan = totals.listed - totals.Of(Verdict::kSkipped) == ranBefore;
+  return !stop_.empty() || (options_.untilFail && noneRan);
+}
+
+std::vector<PlannedTest> TestRun::List(const std::vector<std::size_t>& round) {
+  std::vector<PlannedTest> tests;
+  tests.reserve(round.size());
+  for (const std::size_t index : round) {
+    const TestEntry& entry = tests_[index];
+    std::string id = entry.id;
+    if (plan_.Round() > 1) id.append("@").append(std::to_string(plan_.Round()));
+    tests.push_back({++listed_, plan_.Round(), id, entry.moduleClass,
+                     CleanLine(entry.test->getName()), CleanLine(entry.test->getDescription())});
+    ledger_.List(tests.back());
+  }
+  return tests;
 }
 
 /// A test of the journal counts and is reported as if it had been run here.
@@ -147,6 +157,7 @@ void TestRun::TakeOver(const PlannedTest& test, const TestEntry& entry,
                     earlier.seconds,
                     ReadCleanTail(directory_.LogPath(test, "log")),
                     "",
+                    0,
                     true};
   if (earlier.id != test.id) {
     Fail("the journal does not fit: " + earlier.id + " where " + test.id + " is due");
@@ -175,6 +186,8 @@ void TestRun::Decide(const PlannedTest& test, const TestEntry& entry) {
 std::string TestRun::ReasonToSkip(const TestEntry& entry) const {
   if (!stop_.empty()) return stop_;
   if (!entry.test->hasFunction()) return "has no function";
+  if (entry.test->isDisruptive() && !options_.disruptive && !IsNamed(entry, options_.patterns))
+    return "changes the board for good; name it exactly or add --disruptive";
   return options_.noOperator && entry.NeedsOperator() ? "needs an operator" : "";
 }
 
@@ -193,34 +206,39 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   const Outcome outcome = session.Run(Interrupted);
   if (outcome.harness) Fail("a test cannot be run: " + outcome.message);
 
-  TestResult result{test, outcome.verdict, CleanLine(outcome.message), outcome.seconds, "", ""};
-  if (!WriteReportLine(*entry.test, outcome.result)) {
-    Fail("the report cannot be written");
-    result.verdict = Verdict::kError;
-    result.message = stop_;
-  }
-  const bool stored = log.Close() && (!kept || trace.Keep(directory_.LogPath(test, "trace")));
+  TestResult result{test, outcome.verdict, CleanLine(outcome.message), outcome.seconds, "",
+                    "",   outcome.prompts};
+  if (!WriteReportLine(*entry.test, outcome.result)) Lose(result, "the report cannot be written");
+  if (!log.Close() || (kept && !trace.Keep(directory_.LogPath(test, "trace"))))
+    Lose(result, "the log of a test cannot be written");
   result.output = log.CleanTail();
   if (kept) result.log = directory_.LogName(test, "log");
   // What an interruption did to a test is no result of it: a resumed run says that it was cut off.
-  const bool journalled = !kept || Interrupted() || directory_.NoteEnd(result, outcome.result);
-  if (!stored || !journalled) Fail("the result directory cannot be written");
+  result.provisional = kept && Interrupted();
+  if (kept && !result.provisional && !directory_.NoteEnd(result, outcome.result))
+    Lose(result, "the journal cannot be written");
   Tell(result);
 }
 
+/// A result that is not stored is none, and the run cannot go on.
+void TestRun::Lose(TestResult& result, const std::string& problem) {
+  Fail(problem);
+  result.verdict = Verdict::kError;
+  result.message = problem;
+}
+
 void TestRun::Skip(const PlannedTest& test, const std::string& reason) {
-  const TestResult result{test, Verdict::kSkipped, reason, 0, "", ""};
-  const bool ownDecision = !harnessFailed_;
-  if (directory_.IsOpen() && ownDecision &&
+  TestResult result{test, Verdict::kSkipped, reason, 0, "", ""};
+  result.provisional = directory_.IsOpen() && harnessFailed_;
+  if (directory_.IsOpen() && !result.provisional &&
       !(directory_.NoteStart(test) && directory_.NoteEnd(result, 0))) {
-    Fail("the result directory cannot be written");
+    Fail("the journal cannot be written");
   }
   Tell(result);
 }
 
 void TestRun::Tell(const TestResult& result) {
-  ++totals_.of[static_cast<std::size_t>(result.verdict)];
-  totals_.seconds += result.seconds;
+  ledger_.Store(result);
   for (const auto& listener : listeners_) listener->TestEnded(result);
   if ((options_.stopOnFail || options_.untilFail) && Counts(result.verdict) && stop_.empty())
     stop_ = "stopped after " + result.test.id;
@@ -234,10 +252,11 @@ void TestRun::Fail(const std::string& problem) {
 
 int TestRun::Status() const {
   const bool told = std::ranges::all_of(listeners_, [](const auto& l) { return l->Good(); });
-  if (harnessFailed_ || !told || !totals_.AddUp()) return kHarnessFailed;
-  if (totals_.Run() != totals_.Of(Verdict::kPass) || totals_.Of(Verdict::kBlocked) > 0)
+  const Totals& totals = ledger_.Sums();
+  if (harnessFailed_ || !told) return kHarnessFailed;
+  if (totals.Run() != totals.Of(Verdict::kPass) || totals.Of(Verdict::kBlocked) > 0)
     return kSomeFailed;
-  return totals_.Run() == 0 ? kNothingRan : kAllPassed;
+  return totals.Run() == 0 ? kNothingRan : kAllPassed;
 }
 
 }  // namespace runner

@@ -13,34 +13,31 @@
 #include "Options.h"
 #include "ResultDirectory.h"
 #include "RunEvents.h"
+#include "RunLedger.h"
 #include "TestList.h"
 
 namespace runner {
 
-/// Which test comes next: rounds of the selection, each in an order of its own when shuffled.
+/// Which tests come next: rounds of the selection, each in an order of its own when shuffled.
 class Plan {
  public:
   Plan(std::size_t tests, const Options& options);
 
-  struct Step {
-    std::size_t index;  // into the selection
-    int round;
-  };
-  /// The next step; nothing behind the last round.
-  std::optional<Step> Next();
-  /// No round begins any more.
-  void EndWithRound() { lastRound_ = round_; }
-  /// Steps in all; 0 when the end is open.
+  /// Indexes into the selection for the next round, in its order; nothing after the last round.
+  std::optional<std::vector<std::size_t>> NextRound();
+  /// Number of the round that `NextRound` gave last, from 1 on.
+  int Round() const { return round_; }
+  /// Rounds that have not begun; 0 when nobody knows how many there are.
+  int RoundsLeft() const { return lastRound_ == 0 ? 0 : lastRound_ - round_; }
+  /// Tests in all; 0 when the end is open.
   std::size_t Size() const;
 
  private:
-  void BeginRound();
-
-  std::vector<std::size_t> order_;
+  std::size_t tests_;
   std::optional<uint32_t> seed_;
   int lastRound_;  // 0: none
+  bool open_;      // a result may end the run before its last round
   int round_ = 0;
-  std::size_t next_ = 0;
 };
 
 /// Runs the tests of a plan one by one and tells listeners and the journal.
@@ -53,12 +50,15 @@ class TestRun {
   int Do(const std::vector<JournalEntry>& earlier);
 
  private:
-  PlannedTest Planned(const Plan::Step& step);
+  std::vector<PlannedTest> List(const std::vector<std::size_t>& round);
+  void DoRound(const std::vector<std::size_t>& round, const std::vector<JournalEntry>& earlier);
+  bool IsLastRound(std::size_t ranBefore) const;
   void TakeOver(const PlannedTest& test, const TestEntry& entry, const JournalEntry& earlier);
   void Decide(const PlannedTest& test, const TestEntry& entry);
   void Execute(const PlannedTest& test, const TestEntry& entry);
   void Skip(const PlannedTest& test, const std::string& reason);
   void Tell(const TestResult& result);
+  void Lose(TestResult& result, const std::string& problem);
   void Fail(const std::string& problem);
   std::string ReasonToSkip(const TestEntry& entry) const;
   int Status() const;
@@ -69,7 +69,8 @@ class TestRun {
   ResultDirectory& directory_;
   std::vector<std::unique_ptr<RunListener>> listeners_;
   Plan plan_;
-  Totals totals_;
+  RunLedger ledger_;
+  std::size_t listed_ = 0;
   std::string stop_;  // why no further test is run; empty: nothing stops the run
   bool harnessFailed_ = false;
 };

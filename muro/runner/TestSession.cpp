@@ -91,6 +91,7 @@ void TestSession::Printed(std::string_view text) {
 
 void TestSession::Waiting(console::Input kind) {
   if (broken_) return;
+  if (LastLine(CleanText(printed_)) != Trimmed(TestCase::kVerdictQuestion)) ++outcome_.prompts;
   const auto answer = answers_.Next(printed_, kind);
   waiting_ = !answer;
   if (!answer) return;

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "BoardFixture.h"
+#include "UnattendedFixture.h"
 
 namespace {
 
@@ -18,48 +18,9 @@ namespace fs = std::filesystem;
 using test::Pty;
 
 constexpr char kChoice[] = "Please enter a choice : ";
-constexpr int kRunLimitMs = 60000;
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
-class UnattendedTest : public test::BoardFixture {
- protected:
-  /// Runs cvntester with the arguments to its end and returns its exit status.
-  int Run(std::vector<std::string> arguments, const std::string& scenario = "") {
-    if (arguments[0] == "--run" || arguments[0] == "--resume")
-      arguments.insert(arguments.end(), {"--color", "never"});
-    // At an exit the leak check looks for /proc entries that the board does not have.
-    Pty& pty = Start({.launcher = {"--setenv", "ASAN_OPTIONS=detect_leaks=0"},
-                      .arguments = arguments,
-                      .scenario = scenario});
-    EXPECT_TRUE(pty.ExpectEnd(kRunLimitMs));
-    screen_ = pty.Transcript();
-    return pty.Wait();
-  }
-  const std::string& Screen() const { return screen_; }
-
-  /// What a program outside of the harness makes of a file of the board.
-  std::string Judge(const std::string& command, const std::string& file) const {
-    const auto judged = test::RunShell(command + " " + test::Quoted(OnBoard(file)));
-    EXPECT_EQ(judged.status, 0) << command << " " << file << ": " << judged.output;
-    return judged.output;
-  }
-  /// What a jq expression makes of JSON lines, read as one array.
-  std::string Query(const std::string& expression, const std::string& file) const {
-    std::string said = Judge("jq -rs " + test::Quoted(expression), file);
-    while (said.ends_with('\n')) said.pop_back();
-    return said;
-  }
-  void Put(const std::string& file, const std::string& text) const {
-    fs::create_directories(OnBoard(file).parent_path());
-    std::ofstream(OnBoard(file)) << text;
-  }
-
- private:
-  std::string screen_;
-};
+using test::Contains;
+using test::UnattendedTest;
 
 TEST_F(UnattendedTest, DriversThatGoAstrayCostTheirTestOnly) {
   const int status =
@@ -131,7 +92,7 @@ TEST_F(UnattendedTest, AnswersLetPromptingModulesEndByThemselves) {
   ASSERT_TRUE(
       pty.ExpectRegex("(\\d+) listed = (\\d+) run \\+ (\\d+) skipped \\+ 0 blocked; (\\d+) "
                       "passed, 0 failed, 0 errors",
-                      kRunLimitMs));
+                      test::kRunLimitMs));
   EXPECT_EQ(pty.Groups()[2], pty.Groups()[4]);
   EXPECT_EQ(pty.Wait(), 0);
   EXPECT_EQ(Totals(), pty.Groups()[2] + "/" + pty.Groups()[2] + "/0");

@@ -36,6 +36,10 @@ TEST(OptionsTest, WrongCommandLinesAreRefusedWithWhatIsWrong) {
       {"--verify 101 --dump d", "--verify needs --dump and --golden"},
       {"--version=2", "--version takes no value"},
       {"--junit=", "--junit: must not be empty"},
+      {"--run=", "--run: must not be empty"},
+      {"--run A ", "--run: must not be empty"},
+      {"--list=", "--list: must not be empty"},
+      {"--run A --exclude ", "--exclude: must not be empty"},
   };
   for (const auto& [words, problem] : cases) {
     Options options;
@@ -115,11 +119,22 @@ TEST(SelectionTest, EveryTestHasAnIdOfItsOwnAndAPlaceInTheMenus) {
   }
 }
 
+TEST(SelectionTest, OnlyAnExactNameMeansADisruptiveTest) {
+  TestFrame::GetInstance()->DoInit();
+  const auto tests = runner::AllTests();
+  const auto entry = std::ranges::find(tests, "CMplaybackModule/9", &runner::TestEntry::id);
+  ASSERT_TRUE(entry != tests.end() && entry->test->isDisruptive());
+  for (const char* exact : {"CMplaybackModule/9", "[Config] Golden Data Overwrite"})
+    EXPECT_TRUE(runner::IsNamed(*entry, {"VscModule/1", exact})) << exact;
+  for (const char* wide : {"CMplaybackModule", "*", "CMplaybackModule/[9]", "CMplaybackModule/?"})
+    EXPECT_FALSE(runner::IsNamed(*entry, {wide})) << wide;
+}
+
 std::vector<std::size_t> Order(const Options& options, int round) {
   runner::Plan plan(50, options);
   std::vector<std::size_t> order;
-  while (const auto step = plan.Next()) {
-    if (step->round == round) order.push_back(step->index);
+  while (const auto next = plan.NextRound()) {
+    if (plan.Round() == round) order = *next;
   }
   return order;
 }

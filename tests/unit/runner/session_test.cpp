@@ -41,7 +41,7 @@ Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool b
             double idleS = 4) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", function, !byOperator};
   TestCase test(&record);
-  const runner::TestEntry entry{&test, "Module", "Module/1", "", "", false};
+  const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
   Played played;
   runner::TestSession session(entry, rules, {.timeoutS = 6, .idleS = idleS},
                               [&](std::string_view text) { played.console += text; });
