@@ -23,16 +23,17 @@ bool WasStarted(int status) {
 
 }  // namespace
 
-void RunShell(const char* command) {
+bool RunShell(const char* command) {
   std::fflush(stdout);
   const int status = std::system(command);
-  if (WasStarted(status)) return;
+  if (WasStarted(status)) return status == 0;
   ++shellFailures;
   std::printf("Cannot start a shell (%s) for: %s\n", std::strerror(errno), command);
+  return false;
 }
 
-void RunShell(const std::string& command) {
-  RunShell(command.c_str());
+bool RunShell(const std::string& command) {
+  return RunShell(command.c_str());
 }
 
 unsigned ShellFailures() {

@@ -1,8 +1,6 @@
 #include "DumpVerification.h"
 
-#include <fcntl.h>
 #include <spawn.h>
-#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,20 +8,23 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 #include "ConsoleWriter.h"
 #include "InputFile.h"
 #include "Problem.h"
 #include "ResultWriters.h"
-#include "TestCase/CrossModule/stages/src/Settings.h"
+#include "TestCase/CrossModule/stages/src/StageVerdict.h"
 #include "TestCase/CrossModule/stages/src/TestCaseCatalogue.h"
 #include "TestCase/CrossModule/stages/src/VerifyResult.h"
+#include "TestCase/CrossModule/verify/src/AvSync.h"
 #include "TestCase/CrossModule/verify/src/ModuleVerification.h"
 #include "TestCase/CrossModule/verify/src/ReportDelivery.h"
+#include "TestCase/CrossModule/verify/src/ReportTable.h"
+#include "TestCase/CrossModule/verify/src/Verifiers.h"
 #include "TestCase/CrossModule/verify/src/VerifyReport.h"
 #include "TestRun.h"
 #include "Text.h"
@@ -33,51 +34,30 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kWorkDirectory[] = "/tmp/cross_module";
-
 int Refuse(ExitStatus status, const std::string& problem) {
   PrintProblem(problem);
   return status;
 }
 
-/// A cross-module home of its own for one verification, gone at the end of the scope.
-class TemporaryHome {
+/// A directory for an unpacked archive, gone at the end of the scope.
+class TemporaryDirectory {
  public:
-  TemporaryHome() {
+  TemporaryDirectory() {
     std::string name = (fs::temp_directory_path() / "cvntester-verify-XXXXXX").string();
-    if (mkdtemp(name.data()) != nullptr) path_ = name + "/";
+    if (mkdtemp(name.data()) != nullptr) path_ = name;
   }
-  ~TemporaryHome() {
+  ~TemporaryDirectory() {
     std::error_code ignored;
     if (!path_.empty()) fs::remove_all(path_, ignored);
   }
-  TemporaryHome(const TemporaryHome&) = delete;
-  TemporaryHome& operator=(const TemporaryHome&) = delete;
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
   /// Empty when there is none.
   const std::string& Path() const { return path_; }
 
  private:
   std::string path_;
-};
-
-/// The drivers' work directory has room for one verification at a time.
-class WorkDirectoryLock {
- public:
-  WorkDirectoryLock() {
-    std::error_code ignored;
-    fs::create_directories(kWorkDirectory, ignored);
-    fd_ = open(kWorkDirectory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd_ >= 0) flock(fd_, LOCK_EX);
-  }
-  ~WorkDirectoryLock() {
-    if (fd_ >= 0) close(fd_);
-  }
-  WorkDirectoryLock(const WorkDirectoryLock&) = delete;
-  WorkDirectoryLock& operator=(const WorkDirectoryLock&) = delete;
-
- private:
-  int fd_ = -1;
 };
 
 bool Unpack(const std::string& archive, const std::string& directory) {
@@ -90,78 +70,163 @@ bool Unpack(const std::string& archive, const std::string& directory) {
          waitpid(pid, &status, 0) == pid && status == 0;
 }
 
-/// Puts dumps and golden files where the verifiers look for them. Returns an error, empty when all
-/// is well.
-std::string FillHome(const std::string& home, const Options& options) {
-  std::error_code error;
-  fs::create_directories(home + "config", error);
-  std::ofstream(home + "config/report_send_to_USB_TFTP.config") << "0\n";  // nowhere
-  fs::create_directories(home + "golden_data", error);
-  fs::create_directory_symlink(fs::absolute(options.golden), home + "golden_data/playback", error);
-  if (fs::is_directory(options.dump)) {
-    fs::create_directory_symlink(fs::absolute(options.dump), home + "dump_tmp", error);
-  } else {
-    fs::create_directories(home + "dump_tmp", error);
-    if (!Unpack(options.dump, home + "dump_tmp")) return options.dump + ": cannot be unpacked";
-  }
-  return error ? home + ": " + error.message() : "";
-}
-
-/// The test case by number, name or both; null when there is none.
-const CM_TestCase* FindTestCase(const std::string& name) {
-  for (const CM_TestCase& testCase : TestCaseList()) {
+/// The test case by number, name or both; nothing when there is none.
+std::optional<CM_TestCase> FindBuiltIn(const std::string& name) {
+  for (const CM_TestCase& testCase : BuiltInTestCases()) {
     if (testCase.type == kUnknownTestCase) continue;
     if (name == testCase.Get_TestCase_Number() || name == testCase.displayName ||
         name == testCase.Get_TestCase_Name())
-      return &testCase;
+      return testCase;
   }
-  return nullptr;
+  return std::nullopt;
 }
 
-/// Verifies all stages with their kept dumps and returns the report's text, without colours.
-std::string MakeReport(const CM_TestCase& testCase) {
-  const WorkDirectoryLock lock;
-  const MutedOutput muted;
-  static std::vector<std::string> dumps;
-  dumps.clear();
-  dumps.reserve(ModuleTypeList().size());
-  for (CM_Module& module : ModuleTypeList())
-    module.dumpPath = &dumps.emplace_back(testCase.Get_Dump_Backup_Path(module.type));
-  Set_Current_TestCase(testCase.type);
-  Verify_All_Modules();
-  Print_Verify_Result();
-  std::ifstream file(Get_Report_Name(kReportFile, true));
-  return {std::istreambuf_iterator<char>(file), {}};
-}
+/// Dumps and golden data of one test case, and what comparing them found. Nothing but the two
+/// directories is read.
+class Verification {
+ public:
+  Verification(CM_TestCase testCase, std::string goldenDirectory, std::string dumpDirectory)
+      : testCase_(std::move(testCase)),
+        goldenDirectory_(std::move(goldenDirectory)),
+        dumpDirectory_(std::move(dumpDirectory)) {}
 
-std::string SingleSpaced(const std::string& text) {
-  std::istringstream words(text);
-  return Joined({std::istream_iterator<std::string>(words), {}}, " ");
-}
+  void Run() {
+    const MutedOutput muted;
+    IgnoreVoutSettings();
+    for (const Stage& stage : kStages) results_.push_back(Compare(stage.module));
+    if (testCase_.type == kAvSyncTestCase) AnalyseSynchronisation();
+  }
 
-/// The stage's outcome as a test. A stage that could not be compared is an error.
-TestResult ResultOf(const CM_Module& module, const CM_TestCase& testCase, std::size_t number) {
-  const std::string stage = Module_Type_To_String_Simple(module.type);
-  const std::string stageName(Trimmed(stage));
-  TestResult result{{number, 1, "verify/" + testCase.Get_TestCase_Number() + "." + stageName,
-                     "verify", testCase.Get_TestCase_Name() + " " + stageName, ""},
-                    Verdict::kError,
-                    "",
-                    0,
-                    "",
-                    ""};
-  for (const std::string& path : {*module.dumpPath, testCase.Get_Golden_Path(module.type)}) {
-    if (IsInputFile(path)) continue;
-    const bool isDump = path == *module.dumpPath;
-    result.message =
-        std::string(isDump ? "no dump " : "no golden file ") + fs::path(path).filename().string();
+  /// The report's text, without colours.
+  std::string Report() const {
+    StageResults results;
+    for (const CM_Verify_Result& result : results_) results.push_back(&result);
+    std::ostringstream report;
+    WriteReport(report,
+                {.name = testCase_.Get_TestCase_Name(),
+                 .content = testCase_.contentFile,
+                 .goldenData = goldenDirectory_,
+                 .testTime = "-",
+                 .softwareVersion = "-"},
+                results, synchronisation_);
+    return WithoutColours(report.str());
+  }
+
+  /// One result a stage, and one of the synchronisation where the content has marks for it.
+  std::vector<TestResult> Results() const {
+    std::vector<TestResult> results;
+    for (const CM_Verify_Result& result : results_) results.push_back(ResultOf(result));
+    if (sync_) results.push_back(SynchronisationResult());
+    for (std::size_t i = 0; i < results.size(); ++i) results[i].test.number = i + 1;
+    return results;
+  }
+
+ private:
+  std::string GoldenPath(MODULE_TYPE module) const {
+    return goldenDirectory_ + "/" + testCase_.Get_Dump_Backup_Name(module);
+  }
+  std::string DumpPath(MODULE_TYPE module) const {
+    return dumpDirectory_ + "/" + testCase_.Get_Dump_Backup_Name(module);
+  }
+
+  CM_Verify_Result Compare(MODULE_TYPE module) const {
+    CM_Verify_Result result(module);
+    if (IsInputFile(DumpPath(module)) && IsInputFile(GoldenPath(module)))
+      CompareStage(result, GoldenPath(module), DumpPath(module));
+    result.goldenFrameCount = CountFrames(GoldenPath(module));
+    result.sampleFrameCount = CountFrames(DumpPath(module));
+    result.framesAreCounted = true;
+    result.createWrongFrame();
+    result.Data_Preprocessing();
     return result;
   }
-  std::ostringstream row;
-  const bool passed = module.result->PrintSimpleTable(row);
-  result.verdict = passed ? Verdict::kPass : Verdict::kFail;
-  if (!passed) result.message = SingleSpaced(CleanLine(row.str()));
-  return result;
+
+  void AnalyseSynchronisation() {
+    std::ostringstream table;
+    std::ostream quiet(nullptr);
+    sync_ = VerifyAvSync(
+        testCase_, [&](MODULE_TYPE stage) { return GoldenPath(stage); },
+        [&](MODULE_TYPE stage) { return DumpPath(stage); }, table, quiet);
+    synchronisation_ = table.str();
+  }
+
+  TestResult NewResult(const std::string& what) const {
+    TestResult result;
+    result.test.id = "verify/" + testCase_.Get_TestCase_Number() + "." + what;
+    result.test.moduleClass = "verify";
+    result.test.name = testCase_.Get_TestCase_Name() + " " + what;
+    return result;
+  }
+
+  /// A stage that could not be compared is an error.
+  TestResult ResultOf(const CM_Verify_Result& stage) const {
+    TestResult result = NewResult(Module_Type_To_String_Simple(stage.moduleType));
+    const std::string file = testCase_.Get_Dump_Backup_Name(stage.moduleType);
+    if (!IsInputFile(DumpPath(stage.moduleType))) {
+      result.message = "no dump " + file;
+    } else if (!IsInputFile(GoldenPath(stage.moduleType))) {
+      result.message = "no golden file " + file;
+    } else {
+      result.verdict = Passed(stage) ? Verdict::kPass : Verdict::kFail;
+      result.message = CleanLine(Summary(stage));
+      result.figures = {{"compared", stage.coverage.compared},
+                        {"selected", stage.coverage.Selected()}};
+    }
+    return result;
+  }
+
+  /// "447 of 447 frames, 1 wrong frame, 1 wrong field, first: frame 300, crc = 1/2"
+  static std::string Summary(const CM_Verify_Result& stage) {
+    std::string text = std::to_string(stage.sampleFrameCount) + " of " +
+                       std::to_string(stage.goldenFrameCount) + " frames";
+    if (!stage.wrongFields.empty()) {
+      const VerifyFailField& first = stage.wrongFields.front();
+      text += ", " + Counted(static_cast<std::size_t>(stage.wrongFrameTotal), "wrong frame") +
+              ", " + Counted(stage.wrongFields.size(), "wrong field") + ", first: frame " +
+              std::to_string(first.frameNumber) + ", " + report_table::FieldName(stage, first) +
+              " = " + report_table::ValuePair(first);
+    }
+    const std::string remark = Judge(stage).remark;
+    if (!remark.starts_with("compared")) text += ", " + ComparedText(stage);
+    return text + (remark.empty() ? "" : ", " + remark);
+  }
+
+  static std::string Counted(std::size_t count, const char* what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+  }
+
+  TestResult SynchronisationResult() const {
+    TestResult result = NewResult("AVsync");
+    result.verdict = sync_->passed ? Verdict::kPass : Verdict::kFail;
+    result.message = sync_->reason;
+    return result;
+  }
+
+  const CM_TestCase testCase_;
+  const std::string goldenDirectory_;
+  const std::string dumpDirectory_;
+  std::vector<CM_Verify_Result> results_;
+  std::optional<AvSyncVerdict> sync_;
+  std::string synchronisation_;
+};
+
+/// Writes the results in all formats. Returns the exit status.
+int Write(const std::vector<TestResult>& results, const Options& options, int standardOutput,
+          const std::string& report) {
+  auto listeners = MakeWriters(options.outputs, standardOutput);
+  listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, false));
+  std::fputs(report.c_str(), stdout);
+  Totals totals;
+  totals.listed = results.size();
+  for (const auto& listener : listeners) listener->RunStarted(results.size());
+  for (const TestResult& result : results) {
+    ++totals.of[static_cast<std::size_t>(result.verdict)];
+    for (const auto& listener : listeners) listener->TestEnded(result);
+  }
+  for (const auto& listener : listeners) listener->RunEnded(totals);
+  if (!std::ranges::all_of(listeners, [](const auto& l) { return l->Good(); }))
+    return kHarnessFailed;
+  return totals.Of(Verdict::kPass) == totals.listed ? kAllPassed : kSomeFailed;
 }
 
 }  // namespace
@@ -171,36 +236,19 @@ int VerifyDumps(const Options& options, int standardOutput) {
   if (!fs::exists(options.dump, error)) return Refuse(kUsage, options.dump + ": does not exist");
   if (!fs::is_directory(options.golden, error))
     return Refuse(kUsage, options.golden + ": is no directory");
-  const TemporaryHome home;
-  if (home.Path().empty()) return Refuse(kHarnessFailed, "no room for temporary files");
-  const std::string problem = FillHome(home.Path(), options);
-  if (!problem.empty()) return Refuse(kHarnessFailed, problem);
-  SetCrossModuleHome(home.Path());
-  {
-    const MutedOutput muted;
-    Init_TestCase_List();
-    Init_Module_List();
-  }
-  const CM_TestCase* testCase = FindTestCase(options.verifyCase);
-  if (testCase == nullptr) return Refuse(kUsage, options.verifyCase + ": no such test case");
+  const std::optional<CM_TestCase> testCase = FindBuiltIn(options.verifyCase);
+  if (!testCase) return Refuse(kUsage, options.verifyCase + ": no such test case");
 
-  auto listeners = MakeWriters(options.outputs, standardOutput);
-  listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, false));
-  const std::string report = MakeReport(*testCase);
-  if (report.empty()) return Refuse(kHarnessFailed, "the report could not be written");
-  std::fputs(report.c_str(), stdout);
-
-  Totals totals;
-  for (const auto& listener : listeners) listener->RunStarted(ModuleTypeList().size());
-  for (const CM_Module& module : ModuleTypeList()) {
-    const TestResult result = ResultOf(module, *testCase, ++totals.listed);
-    ++totals.of[static_cast<std::size_t>(result.verdict)];
-    for (const auto& listener : listeners) listener->TestEnded(result);
+  std::optional<TemporaryDirectory> unpacked;
+  if (!fs::is_directory(options.dump, error)) {
+    if (unpacked.emplace().Path().empty())
+      return Refuse(kHarnessFailed, "no room for temporary files");
+    if (!Unpack(options.dump, unpacked->Path()))
+      return Refuse(kHarnessFailed, options.dump + ": cannot be unpacked");
   }
-  for (const auto& listener : listeners) listener->RunEnded(totals);
-  if (!std::ranges::all_of(listeners, [](const auto& l) { return l->Good(); }))
-    return kHarnessFailed;
-  return totals.Of(Verdict::kPass) == totals.listed ? kAllPassed : kSomeFailed;
+  Verification verification(*testCase, options.golden, unpacked ? unpacked->Path() : options.dump);
+  verification.Run();
+  return Write(verification.Results(), options, standardOutput, verification.Report());
 }
 
 }  // namespace runner

@@ -29,7 +29,8 @@ class JUnitWriter : public FileWriter {
     ++suite.totals.of[static_cast<std::size_t>(result.verdict)];
     std::string text = "    <testcase" + Attribute("classname", result.test.moduleClass) +
                        Attribute("name", result.test.id + " " + result.test.name) +
-                       Attribute("time", SecondsText(result.seconds)) + ">\n" + Problem(result);
+                       Attribute("time", SecondsText(result.seconds)) + ">\n" + Figures(result) +
+                       Problem(result);
     if (!result.output.empty())
       text += "      <system-out>" + XmlText(result.output) + "</system-out>\n";
     suite.cases.Add(text + "    </testcase>\n");
@@ -77,10 +78,22 @@ class JUnitWriter : public FileWriter {
            Attribute("time", SecondsText(seconds));
   }
 
+  static std::string Properties(const std::string& indent, const std::vector<Figure>& figures) {
+    if (figures.empty()) return "";
+    std::string text = indent + "<properties>\n";
+    for (const Figure& figure : figures)
+      text += indent + "  <property" + Attribute("name", figure.name) +
+              Attribute("value", std::to_string(figure.value)) + "/>\n";
+    return text + indent + "</properties>\n";
+  }
+
+  static std::string Figures(const TestResult& result) {
+    return Properties("      ", result.figures);
+  }
+
   static std::string SkippedRounds(const Totals& totals) {
     if (totals.skippedRounds == 0) return "";
-    return "    <properties>\n      <property" + Attribute("name", "skipped_rounds") +
-           Attribute("value", std::to_string(totals.skippedRounds)) + "/>\n    </properties>\n";
+    return Properties("    ", {{"skipped_rounds", totals.skippedRounds}});
   }
 
   static std::string Problem(const TestResult& result) {

@@ -22,7 +22,7 @@ class JsonWriter : public FileWriter {
           JsonText(VerdictName(result.verdict)) + ", \"message\": " + JsonText(result.message) +
           ", \"seconds\": " + SecondsText(result.seconds) + ", \"prompts\": " +
           std::to_string(result.prompts) + ", \"log\": " + JsonText(result.log) +
-          ", \"earlier\": " + (result.earlier ? "true" : "false") +
+          ", \"earlier\": " + (result.earlier ? "true" : "false") + Figures(result) +
           ", \"output\": " + JsonText(result.output) + "}\n");
   }
   void RunEnded(const Totals& totals) override {
@@ -34,6 +34,12 @@ class JsonWriter : public FileWriter {
   }
 
  private:
+  static std::string Figures(const TestResult& result) {
+    std::string text;
+    for (const Figure& figure : result.figures)
+      text += ", " + JsonText(figure.name) + ": " + std::to_string(figure.value);
+    return text;
+  }
   static std::string Test(const PlannedTest& test) {
     return "\"number\": " + std::to_string(test.number) +
            ", \"round\": " + std::to_string(test.round) + ", \"test\": " + JsonText(test.id) +

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,12 @@ struct PlannedTest {
   std::string description;
 };
 
+/// A number that a test found beside its verdict.
+struct Figure {
+  std::string name;  // "compared"
+  int64_t value = 0;
+};
+
 struct TestResult {
   PlannedTest test;
   Verdict verdict = Verdict::kError;
@@ -30,6 +37,7 @@ struct TestResult {
   int prompts = 0;           // how often it asked before the verdict
   bool earlier = false;      // taken from the journal of the run that is resumed here
   bool provisional = false;  // a resumed run will run this test again
+  std::vector<Figure> figures = {};
 };
 
 /// Totals of a run.

@@ -19,6 +19,7 @@ namespace {
 std::vector<unsigned long> waits;
 std::vector<std::string> commands;
 std::function<void(unsigned long)> waitHook;
+std::function<int(const std::string&)> commandHook;
 int shellError = 0;
 
 /// Removes the report's directory when the process that made it ends, and not in its forks.
@@ -61,7 +62,8 @@ int usleep(useconds_t us) {
 int system(const char* command) {
   commands.emplace_back(command);
   errno = shellError;
-  return shellError == 0 ? 0 : -1;
+  if (shellError != 0) return -1;
+  return commandHook ? commandHook(command) << 8 : 0;
 }
 }
 
@@ -106,6 +108,10 @@ std::vector<std::string> Commands() {
 std::vector<std::string> CommandsOf(const std::function<void()>& function,
                                     const std::string& input) {
   return Play(input, [&] { return function(), 0; }).commands;
+}
+
+void OnCommand(std::function<int(const std::string&)> hook) {
+  commandHook = std::move(hook);
 }
 
 void RefuseShells(int error) {

@@ -30,6 +30,9 @@ std::vector<std::string> Commands();
 std::vector<std::string> CommandsOf(const std::function<void()>& function,
                                     const std::string& input = "");
 
+/// Called with every shell command, for its exit status. Empty: every command succeeds.
+void OnCommand(std::function<int(const std::string& command)> hook);
+
 /// From now on no shell can be started: `system` fails with `error`. 0: it can again.
 void RefuseShells(int error);
 

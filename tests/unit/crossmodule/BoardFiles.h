@@ -44,6 +44,12 @@ void PretendFiles(const std::vector<std::string>& paths);
 /// Pretends that the board's Ethernet gets its address at the n-th look from now on. 0: never.
 void PretendAddressAtLook(int number);
 
+/// Runs a command in a real shell, quietly. Returns its exit status.
+int RunForReal(const std::string& command);
+
+/// Whether a command only moves files of the report's directories, which tests have as on a board.
+bool MovesAReport(const std::string& command);
+
 /// Removes what a test left in the directory that all boards' programs share, "/tmp/cross_module/".
 void RemoveVolatileFiles();
 

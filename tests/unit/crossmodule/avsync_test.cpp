@@ -76,13 +76,14 @@ struct Clip {
   }
 };
 
-std::string Report(const std::string& events) {
+std::string Report(const std::string& events, const std::string& failure = "") {
   return "\033[1;33m[CrossModule][Print_AVsync_Anayze_Result] \033[0;37mList the AV Sync Result:\n"
          "\033[1;35m[AV Sync Result]\033[m\n"
          "beep  Frame           TimeDiff   Result            Posision\n" +
          events +
          " *AV sync tolerance:(+20ms) ~ (-30ms)\n"
-         "(TimeDiff = videoTime - audioTime,    +:audio ahead  -:audio delay)\n";
+         "(TimeDiff = videoTime - audioTime,    +:audio ahead  -:audio delay)\n" +
+         (failure.empty() ? "" : "\033[0;32;31mFAIL: " + failure + "\033[m\n");
 }
 
 std::string Event(const std::string& difference, const std::string& verdict, int scaler = 12) {
@@ -114,8 +115,9 @@ TEST(AvSync, JudgesTheDifferenceAtItsEdges) {
   for (const auto& test : kCases) {
     Clip clip(test.ticks);
     clip.vo.fields[12].secondText = kFlash;
-    EXPECT_EQ(clip.Analyse(std::string(test.verdict) == "PASS"),
-              Report(Event(test.difference, test.verdict)));
+    const bool passes = std::string(test.verdict) == "PASS";
+    EXPECT_EQ(clip.Analyse(passes), Report(Event(test.difference, test.verdict),
+                                           passes ? "" : "1 of 1 flashes outside the tolerance"));
   }
 }
 
@@ -140,28 +142,67 @@ TEST(AvSync, TakesThePanelsFlashUpToTenFramesBefore) {
   }
 }
 
-TEST(AvSync, TellsWhatItCannotJudge) {
-  const std::string noFlash = "\033[0;32;31mFAIL: no flash to judge\033[m\n";
-  Clip none(0);
-  EXPECT_EQ(none.Analyse(false), Report(noFlash));
-
+TEST(AvSync, FailsWhereThereIsNothingToJudge) {
   const std::string skipped = "\033[0;35m   1\033[m| frame      12  skipped: no ";
+  const std::string allSkipped = "no flash to judge, all were skipped";
+  EXPECT_EQ(Clip(0).Analyse(false), Report("", "no flash to judge"));
+
   Clip noPanel(0);
   noPanel.vo.fields[12].secondText = kFlash;
   noPanel.scaler.fields.resize(12, noPanel.scaler.fields[0]);
-  EXPECT_EQ(noPanel.Analyse(false), Report(skipped + "Scaler sample of this frame\n" + noFlash));
+  EXPECT_EQ(noPanel.Analyse(false), Report(skipped + "Scaler sample of this frame\n", allSkipped));
 
   Clip noSound(0);
   noSound.vo.fields[12].secondText = kFlash;
   noSound.audio.fields.clear();
-  EXPECT_EQ(noSound.Analyse(false), Report(skipped + "Audio sample\n" + noFlash));
+  EXPECT_EQ(noSound.Analyse(false), Report(skipped + "Audio sample\n", allSkipped));
 
-  // One flash that is skipped does not spoil the others; the scaler's start is not looked behind.
-  Clip two(0);
-  two.vo.fields[2].secondText = two.vo.fields[12].secondText = kFlash;
-  two.scaler.fields.erase(two.scaler.fields.begin() + 12);
-  EXPECT_NE(two.Analyse(true).find("   2\033[m| frame      12  skipped: no Scaler"),
-            std::string::npos);
+  Clip oneSkipped(0);
+  oneSkipped.vo.fields[2].secondText = oneSkipped.vo.fields[12].secondText = kFlash;
+  oneSkipped.scaler.fields.erase(oneSkipped.scaler.fields.begin() + 12);
+  EXPECT_NE(oneSkipped.Analyse(false).find("FAIL: 1 of 2 flashes skipped"), std::string::npos);
+}
+
+// Sample 0 stands for a beep that is not there, and its difference is that of any silent clip: 0
+// ms.
+TEST(AvSync, FailsWithoutTheBeepThatAFlashNeeds) {
+  const auto clipOf = [](const std::vector<uint32_t>& flashes, const AV_Sync_Info& sound) {
+    Clip clip(0);
+    const AV_Sync_Field last = clip.audio.fields.back();
+    clip.audio = sound;
+    for (AV_Sync_Field& sample : clip.audio.fields) {
+      sample.time90k = last.time90k;
+      sample.secondValue = last.secondValue;
+    }
+    for (std::size_t i = 0; i < flashes.size(); ++i) {
+      clip.vo.fields[10 + i].secondText = kFlash;
+      clip.vo.fields[10 + i].firstValue = flashes[i];
+    }
+    return clip;
+  };
+  const uint32_t at120 = 120 * 1920;
+  const uint32_t at200 = 200 * 1920;
+  const struct {
+    const char* what;
+    Clip clip;
+    const char* failure;
+  } kCases[] = {
+      {"silence", clipOf({at200}, Sound(400, {})), "no beep at any flash"},
+      {"one beep of two", clipOf({at120, at200}, Sound(400, {120})),
+       "no beep at flash 2 (frame 11)"},
+      {"the sound ends before the flash", clipOf({at120, at200}, Sound(150, {120})),
+       "no beep at flash 2 (frame 11)"},
+      {"hardly any sound", clipOf({at120}, Sound(100, {50})), "no beep at any flash"},
+      {"a flash before the search begins", clipOf({0, at200}, Sound(400, {200})), ""},
+  };
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(test.what);
+    std::ostringstream out;
+    const AvSyncVerdict verdict =
+        AnalyseAvSync(test.clip.vo, test.clip.scaler, test.clip.audio, out);
+    EXPECT_EQ(verdict.reason, test.failure) << out.str();
+    EXPECT_EQ(verdict.passed, verdict.reason.empty());
+  }
 }
 
 std::string WriteDump(player::Stage stage, int64_t audioOffsetMs) {
@@ -204,10 +245,11 @@ TEST(AvSync, JudgesDumpedClips) {
 
 TEST(AvSync, ReadsSamplesUpToTheFirstMalformedRow) {
   const std::string path = testing::TempDir() + "avsync_rows_" + std::to_string(getpid());
-  const auto fetch = [&](const std::string& rows, AV_Sync_Info (*read)(const std::string&)) {
+  const auto fetch = [&](const std::string& rows,
+                         AV_Sync_Info (*read)(const std::string&, std::ostream&)) {
     std::ofstream(path) << "title\n" << rows;
     AV_Sync_Info info{MODULE_AUDIO, {}};
-    scripted::Play("", [&] { return info = read(path), 0; });
+    scripted::Play("", [&] { return info = read(path, std::cout), 0; });
     std::string text;
     for (const AV_Sync_Field& field : info.fields) {
       text += std::to_string(field.frameNumber) + " " + std::to_string(field.time90k) + " '" +

@@ -157,13 +157,22 @@ TEST_F(CrossModuleFilesSetup, NetworkIsTriedThreeTimes) {
       "ifconfig eth0 up; /vendor/cvn_rootfs/bin/busybox udhcpc -s /vendor/corvana/udhcpc.script; "
       "route\n";
   const std::string mark = "mkdir /tmp/cross_module/; touch /tmp/cross_module/isPcbIpSetuped.cfg\n";
-  for (const auto& [look, attempts] : {std::pair{2, attempt + attempt},
-                                       {3, attempt + attempt + attempt},
-                                       {0, attempt + attempt + attempt}}) {
-    PretendAddressAtLook(look);
-    EXPECT_EQ(CommandsOf(Setup_PCB_IP),
-              Commands("mount -o rw,remount /system\n" + attempts + mark));
+  const struct {
+    int look;
+    std::string attempts;
+    int result;
+  } kCables[] = {{2, attempt + attempt + mark, 0},
+                 {3, attempt + attempt + attempt + mark, 0},
+                 {0, attempt + attempt + attempt, -1}};  // the cable may come back: no mark
+  for (const auto& cable : kCables) {
+    PretendAddressAtLook(cable.look);
+    const auto run = Play("", Setup_PCB_IP);
+    EXPECT_EQ(run.commands, Commands("mount -o rw,remount /system\n" + cable.attempts));
+    EXPECT_EQ(run.result, cable.result);
   }
+  PretendAddressAtLook(0);
+  const auto entry = [] { return CMplaybackTestCase::CMplaybackTest_Setup_PCB_IP(nullptr); };
+  EXPECT_EQ(Play("", entry).result, 1) << "the entry did nothing";
 }
 
 TEST_F(CrossModuleFilesSetup, AndroidIsSwitchedByItsMarkerAndTheBoardRebootsOnAChange) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "BoardConnections.h"
 #include "BoardFiles.h"
 #include "ReportDelivery.h"
 #include "Scripted.h"
@@ -61,6 +62,7 @@ TEST_F(CrossModuleFilesDelivery, PacksWithTheBoardsTools) {
   const std::string package = home_.Path() + "report/package_101-h264-FrtChg_0315_142501";
   for (const auto& test : kCases) {
     crossmodule::PretendBoardFile(test.board);
+    home_.Write("dump_tmp/dump-101-h264-FrtChg-VO.txt", "a dump\n");
     Lines expected = {"mkdir -p " + package};
     for (const char* stage : {"OMXIN", "OMXOUT", "VDEC", "DVO", "VO", "Scaler", "Audio"})
       expected.push_back("cp " + home_.Path() + "dump_tmp/dump-101-h264-FrtChg-" + stage + ".txt " +
@@ -94,6 +96,8 @@ TEST_F(CrossModuleFilesDelivery, SendsWhereTheSettingSays) {
       {3, kSorvex, true, "tftp -p -l "},
       {3, kPelxos, true, "/vendor/corvana/busybox tftp -p -l "},
   };
+  crossmodule::PretendFiles({"/dev/block/sda"});
+  ReachStick();
   for (const auto& test : kCases) {
     crossmodule::PretendBoardFile(test.board);
     SendTo(test.destination);
@@ -132,6 +136,7 @@ TEST_F(CrossModuleFilesDelivery, SendsTheKeptDumps) {
     expected.push_back("cd " + home_.Path() + "dump_tmp ;tftp -p -l dump-101-h264-FrtChg-" + stage +
                        ".txt tv-farm.local");
   EXPECT_EQ(CommandsOf(Send_Dump_To_TFTP), expected);
+  home_.Write("config/tftp_ip.cfg", "-\n");
 }
 
 TEST_F(CrossModuleFilesDelivery, DoesNothingForAnUnknownTestCase) {

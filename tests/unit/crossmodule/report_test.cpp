@@ -29,10 +29,6 @@ bool Contains(const std::string& text, const std::string& wanted) {
   return text.find(wanted) != std::string::npos;
 }
 
-std::string CleanReport() {
-  return scripted::ReadFile(std::string(kTemporaryReport) + ".tmp");
-}
-
 class CrossModuleFilesReport : public testing::Test {
  protected:
   void SetUp() override {
@@ -44,6 +40,9 @@ class CrossModuleFilesReport : public testing::Test {
     Init_Module_List();
     Set_Current_TestCase(101);
     Set_Debug_Level(0);
+    scripted::OnCommand([](const std::string& command) {
+      return crossmodule::MovesAReport(command) ? crossmodule::RunForReal(command) : 0;
+    });
   }
 
   void TearDown() override { crossmodule::RemoveVolatileFiles(); }
@@ -51,6 +50,14 @@ class CrossModuleFilesReport : public testing::Test {
   static scripted::Run VerifyAll() {
     Play("", [] { return Verify_All_Modules(), 0; });
     return Play("", [] { return Print_Verify_Result() ? 0 : 1; });
+  }
+
+  /// The stored report of test case 101; `number` follows the time where it is not the first.
+  std::string StoredReport(const std::string& number = "") const {
+    return scripted::ReadFile(ReportPath(number));
+  }
+  std::string ReportPath(const std::string& number = "") const {
+    return home_.Path() + "report/report_101-h264-FrtChg_0315_142501" + number + ".txt";
   }
 
   crossmodule::Home home_;
@@ -99,13 +106,13 @@ TEST_F(CrossModuleFilesReport, NamesTheBadStageTheFrameAndTheField) {
   EXPECT_TRUE(Contains(WithoutColours(run.output), tables)) << run.output;
   EXPECT_TRUE(Contains(run.output, "\033[0;32;31mFAIL!\033[m")) << "the console keeps its colours";
 
-  const std::string report = CleanReport();
+  const std::string report = StoredReport();
   const std::string columns = "Module Column Name:\n[OMXIN] 0:frame_no, 1:90k_counter, ";
   EXPECT_EQ(report.substr(0, report.find(columns)), kHead + tables);
   EXPECT_TRUE(Contains(report, "\n[DVO]    0:frame_no, 1:frame_rate, 2:pts.L\n")) << report;
   EXPECT_FALSE(Contains(report, "\033"));
 
-  const std::string path = home_.Path() + "report/report_101-h264-FrtChg_0315_142501.txt";
+  const std::string path = ReportPath();
   const std::vector<std::string> commands = scripted::Commands();
   ASSERT_GE(commands.size(), 2U);
   EXPECT_EQ(commands[commands.size() - 2], "mkdir -p " + home_.Path() + "report/");
@@ -114,7 +121,8 @@ TEST_F(CrossModuleFilesReport, NamesTheBadStageTheFrameAndTheField) {
                        "[CrossModule][Print_Verify_Result] DONE. report:" + path + "\n"));
 
   Play("", [] { return Print_Verify_Result() ? 0 : 1; });
-  EXPECT_EQ(CleanReport(), report) << "a second printing counts the same";
+  EXPECT_EQ(StoredReport("_2"), report) << "a second printing counts the same";
+  EXPECT_EQ(StoredReport(), report) << "and replaces nothing";
 }
 
 TEST_F(CrossModuleFilesReport, ShowsWhatEachStageLost) {
@@ -135,7 +143,8 @@ TEST_F(CrossModuleFilesReport, ShowsWhatEachStageLost) {
            "frame_no      349/350\n",
            "[VO]      FAIL!                      599/599                    1/2          350  width"
            "         1/1920\n",
-           " First bad stage: [DVO]    frame 350, frame_no = 349/350\n",
+           " First bad stage: [OMXIN] frame 400, frame_no = (no---data)/400\n"
+           " Sound besides: [Audio]  frame 200, pcm_data_crc = 1/4cd24eef\n",
            "        350  -    -     -   DVOVO-     -               5  [DVO]      frame_no      "
            "349/350\n",
        })
@@ -261,14 +270,21 @@ TEST_F(CrossModuleFilesReport, VerifiesAStageInSteps) {
   EXPECT_TRUE(unknown.output.ends_with(tag + "ERROR: unknown module: 64\n")) << unknown.output;
 }
 
-TEST(DetailedVerdict, TellsAPassAndAStatus) {
+TEST(DetailedVerdict, KeepsItsLineAndSaysWhatDidNotPass) {
   const std::string tag = "\033[1;33m[CrossModule][Print_RWA_Verify_Result] \033[0;37m";
   CM_Verify_Result result(MODULE_AUDIO);
+  result.columnNames = {"frame_no"};
+  result.coverage.compared = 899;
   const auto print = [&] { return Print_RWA_Verify_Result(&result), 0; };
   EXPECT_EQ(Play("", print).output, tag + "[Audio] verify result ==>  \033[0;32;32mPASS\033[m\n");
   result.addVerifyStatus(15);
   EXPECT_EQ(Play("", print).output,
-            tag + "[Audio] verify result ==>  \033[0;32;32mPASS\033[m (verify status 15)\n");
+            tag + "[Audio] verify result ==>  \033[0;32;32mPASS\033[m (verify status 15)\n" + tag +
+                "\033[0;32;31mnot passed: too little to compare\033[m\n");
+  result.verifyStatus = 0;
+  result.coverage = {0, 899, 0};
+  EXPECT_EQ(Play("", print).output, tag + "[Audio] verify result ==>  \033[0;32;32mPASS\033[m\n" +
+                                        tag + "\033[0;32;31mnot passed: compared 0 of 899\033[m\n");
 }
 
 }  // namespace

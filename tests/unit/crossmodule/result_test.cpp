@@ -134,7 +134,7 @@ TEST(VerifyResult, ShowsTheFirstWrongFieldInTheSummary) {
       with(Result(MODULE_VO, {}), [](auto& result) { result.sampleFrameCount = 0; }),
       with(Result(MODULE_SCALER, {}), [](auto& result) { result.columnNames.clear(); }),
       with(Result(MODULE_AUDIO, {}), [](auto& result) { result.verifyStatus = 15; }),
-      with(Result(MODULE_DVO, {{4, 1, "-1", "-1"}}),
+      with(Result(MODULE_DVO, {{4, 1, "7\033[2J", "-1"}}),
            [](auto& result) { result.outOfOrder = true; }),
   };
   std::ostringstream out;
@@ -159,7 +159,7 @@ TEST(VerifyResult, ShowsTheFirstWrongFieldInTheSummary) {
             "[Audio]   \033[0;32;31mFAIL!\033[m                      600/600                    0/0"
             "            -  -             (no---data)  too little to compare\n"
             "[DVO]     \033[0;32;31mFAIL!\033[m                      600/600                    1/1"
-            "            4  width         -1/-1  frames out of order\n");
+            "            4  width         -1/7\\x1b[2J  frames out of order\n");
 }
 
 }  // namespace

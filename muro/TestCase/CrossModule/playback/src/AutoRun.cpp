@@ -8,8 +8,9 @@
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
+#include "../../verify/src/AvSync.h"
+#include "../../verify/src/VerifyReport.h"
 #include "Ansi.h"
-#include "CMplaybackTestCase.h"
 #include "LiveLine.h"
 #include "MenuItem.h"
 #include "PlaybackRun.h"
@@ -87,17 +88,28 @@ int Auto_Test_Start() {
   return 0;
 }
 
+bool VerifyAll(Dumps dumps) {
+  StartMenuItem("CMplayback_Verify_All");
+  Verify_All_Modules(dumps);
+  return Print_Verify_Result();
+}
+
+bool VerifyAvSyncAlone() {
+  StartMenuItem("CMplayback_Verify_AVsync");
+  return Verify_AVsync();
+}
+
 Verdict RunAndVerify(CM_TestCase* testCase, Checks checks, const std::string& progress) {
   const unsigned shellFailures = ShellFailures();
   const int status = Run_Playback_Test_Case(testCase, progress);
   if (status == -1 || ShellFailures() != shellFailures) return Verdict::kNotRun;
-  bool passed = status == 0;
-  if (checks == Checks::kAll) {
-    passed = CMplaybackTestCase::CMplayback_Verify_All(nullptr) == 0 && passed;
-  }
-  if (checks == Checks::kSyncOnly || testCase->type == kAvSyncTestCase) {
-    passed = CMplaybackTestCase::CMplayback_Verify_AVsync(nullptr) == 0 && passed;
-  }
+  const bool refused = status != 0;
+  bool passed = true;
+  if (checks == Checks::kAll)
+    passed = VerifyAll(refused ? Dumps::kOfARefusedRun : Dumps::kOfARun) && passed;
+  if (checks == Checks::kSyncOnly || testCase->type == kAvSyncTestCase)
+    passed = VerifyAvSyncAlone() && passed;
+  if (refused) return Verdict::kNotRun;
   return passed ? Verdict::kPass : Verdict::kFail;
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "../../verify/src/ModuleVerification.h"
+
 class CM_TestCase;
 
 /// What is looked at after a run.
@@ -13,6 +15,14 @@ enum class Checks {
 };
 
 enum class Verdict { kPass, kFail, kNotRun };
+
+/// Verifies all stages of the current test case and stores the report, as the menu's entry of that
+/// name does. Returns whether it passed.
+bool VerifyAll(Dumps dumps = Dumps::kOfARun);
+
+/// Analyses the synchronisation of the current test case, as the menu's entry of that name does.
+/// Returns whether it passed.
+bool VerifyAvSyncAlone();
 
 /// Opens an automatic test: sets the time stamp that names its reports. Returns 0.
 int Auto_Test_Start();

@@ -8,16 +8,12 @@
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
-#include "../../stages/src/VerifyResult.h"
-#include "../../verify/src/AvSync.h"
 #include "../../verify/src/ModuleVerification.h"
 #include "../../verify/src/ReportDelivery.h"
-#include "../../verify/src/VerifyReport.h"
 #include "AutoRun.h"
 #include "BoardSetup.h"
 #include "ConsoleInput.h"
 #include "GoldenData.h"
-#include "InputFile.h"
 #include "MenuItem.h"
 #include "UserTestCase.h"
 
@@ -31,14 +27,6 @@ void ListStages(const char* function) {
   for (const CM_Module& module : ModuleTypeList()) {
     CmLog(function) << ++number << ". " << Module_Type_To_String_Simple(module.type) << '\n';
   }
-}
-
-/// A stage whose files are missing keeps its old result, which says nothing of this run.
-bool HasPassed(const CM_Module& module) {
-  const CM_TestCase* testCase = Get_Current_TestCase();
-  return IsKnown(testCase) && IsInputFile(*module.dumpPath) &&
-         IsInputFile(testCase->Get_Golden_Path(module.type)) &&
-         module.result->wrongFields.empty() && module.result->verifyStatus == 0;
 }
 
 enum Again { kPrepareAgain = 1, kLeaveAsItIs = 2 };
@@ -149,8 +137,9 @@ int CMplaybackTestCase::CMplaybackTest_Mount_USB(char*) {
 
 int CMplaybackTestCase::CMplaybackTest_Setup_PCB_IP(char*) {
   StartMenuItem(__func__);
-  Setup_PCB_IP();
-  return 0;
+  const int status = Setup_PCB_IP();
+  if (status == 1) CmLog(__func__) << "nothing to do: no content, report or dump needs a network\n";
+  return status == 0 ? 0 : 1;
 }
 
 int CMplaybackTestCase::CMplayback_Verify_One_Module(char*) {
@@ -162,33 +151,25 @@ int CMplaybackTestCase::CMplayback_Verify_One_Module(char*) {
     return 1;
   }
   const CM_Module& module = ModuleTypeList()[static_cast<std::size_t>(choice) - 1];
-  Verify_Module(module.type);
-  return HasPassed(module) ? 0 : 1;
+  return VerifyOneModule(module.type) ? 0 : 1;
 }
 
 int CMplaybackTestCase::CMplayback_Verify_All(char*) {
-  StartMenuItem(__func__);
-  Verify_All_Modules();
-  return Print_Verify_Result() ? 0 : 1;
+  return VerifyAll() ? 0 : 1;
 }
 
 int CMplaybackTestCase::CMplayback_Verify_AVsync(char*) {
-  StartMenuItem(__func__);
-  return Verify_AVsync() ? 0 : 1;
+  return VerifyAvSyncAlone() ? 0 : 1;
 }
 
 int CMplaybackTestCase::CMplaybackTest_Package_AllInOne(char*) {
   StartMenuItem(__func__);
   const std::string archive = Get_Report_Name(kReportArchive, true);
   if (archive.empty()) return 1;
-  Package_AllinOne(true);
-  if (!Check_If_CrossModulePlayback_Env_Setup()) return 1;
-  Send_Report_File(archive);
-  return 0;
+  return Package_AllinOne(true) && Send_Report_File(archive) ? 0 : 1;
 }
 
 int CMplaybackTestCase::CMplayback_Send_Dump_To_TFTP(char*) {
   StartMenuItem(__func__);
-  Send_Dump_To_TFTP();
-  return 0;
+  return Send_Dump_To_TFTP() ? 0 : 1;
 }

@@ -49,15 +49,14 @@ void TellNoDisk() {
   CmLog("Mount_USB") << "STOP test\n";
 }
 
-bool IsServerSet(const std::string& address) {
-  return !address.empty() && address != "-" && address != "NULL";
-}
+/// The disk whose stick this program mounted last; empty: none.
+std::string mountedDisk;
 
 bool NeedsNetwork() {
   if (Get_USB_HTTP_Mode() == MODE_HTTP) return true;
   const bool sends =
       (Get_Report_Send_To() & SEND_REPORT_TFTP) != 0 || Get_Auto_Send_DumpData() != 0;
-  return sends && IsServerSet(Get_TFTP_IP());
+  return sends && NamesTftpServer(Get_TFTP_IP());
 }
 
 bool HasAddress(const char* interface) {
@@ -72,14 +71,15 @@ bool HasAddress(const char* interface) {
   return found;
 }
 
-/// Asks for an address until there is one.
-void RequestAddress() {
+/// Asks for an address until there is one. Returns whether there is.
+bool RequestAddress() {
   const std::string busybox = ThisBoardSystem().networkBusybox;
   for (int attempt = 0; attempt < kAddressAttempts; ++attempt) {
     RunShell("ifconfig eth0 up; " + busybox + " udhcpc -s /vendor/corvana/udhcpc.script; route");
-    if (HasAddress("eth0")) return;
+    if (HasAddress("eth0")) return true;
   }
   CmLog("Setup_PCB_IP") << "no address on eth0 after " << kAddressAttempts << " attempts\n";
+  return false;
 }
 
 }  // namespace
@@ -89,6 +89,7 @@ int Mount_USB() {
   RunShell("echo 1 > /proc/usercalls");
   CmLog(__func__) << "echo 1 > /proc/usercalls done, wait " << kUsbWaitSeconds
                   << " seconds for usb(sda, sda1)... \n";
+  mountedDisk.clear();
   const char* disk = WaitForDisk();
   if (disk == nullptr) {
     TellNoDisk();
@@ -102,12 +103,19 @@ int Mount_USB() {
   const std::string device = partition != nullptr ? partition : disk;  // pulled out meanwhile
   CmLog(__func__) << "Mount USB from  \"" << device << "\" to  \"" << mountPoint << "\" \n";
   RunShell("mount " + device + " " + mountPoint);
+  mountedDisk = disk;
   if (ThisBoardSystem().remountsStick) RunShell("mount -o remount,rw " + mountPoint);
   return 0;
 }
 
-void Setup_PCB_IP() {
-  if (access(kAddressMarker, F_OK) == 0 || !NeedsNetwork()) return;
+bool ReachStick() {
+  const bool isThere = !mountedDisk.empty() && access(mountedDisk.c_str(), F_OK) == 0;
+  return isThere || Mount_USB() == 0;
+}
+
+int Setup_PCB_IP() {
+  if (access(kAddressMarker, F_OK) == 0) return 0;
+  if (!NeedsNetwork()) return 1;
   for (const char* hint :
        {"Hint: if stop in \"Sending discover...\" so long time",
         "      (1)please check your mac address is usable",
@@ -115,6 +123,7 @@ void Setup_PCB_IP() {
     CmLog(__func__) << hint << '\n';
   }
   RunShell("mount -o rw,remount /system");
-  RequestAddress();
+  if (!RequestAddress()) return -1;  // not marked as done: the cable may come back
   RunShell(std::string("mkdir /tmp/cross_module/; touch ") + kAddressMarker);
+  return 0;
 }

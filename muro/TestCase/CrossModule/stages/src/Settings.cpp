@@ -233,6 +233,10 @@ std::string Get_TFTP_IP() {
   return tftpAddress;
 }
 
+bool NamesTftpServer(const std::string& address) {
+  return !address.empty() && address != kNone && address != "NULL";
+}
+
 std::string Set_TFTP_IP_by_User() {
   std::string address = AskServerAddress();
   Store(HomeFile("config/tftp_ip.cfg"), address);

@@ -80,6 +80,9 @@ std::string Get_TFTP_IP();
 /// Asks the operator for the TFTP server until the answer is none or an address, and keeps it.
 std::string Set_TFTP_IP_by_User();
 
+/// Whether an address that Get_TFTP_IP() returned names a server.
+bool NamesTftpServer(const std::string& address);
+
 /// Time stamp of the test round, "MMDD_HHMMSS"; "-" when there was none.
 void Set_Test_Timestamp();
 std::string Get_Test_Timestamp();

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 /// One bit each; 64 is not used.
 enum MODULE_TYPE : int32_t {
@@ -230,6 +231,9 @@ inline constexpr Stage kStages[] = {
 
 /// The stage's row; null for a number that is no stage's.
 const Stage* FindStage(MODULE_TYPE module);
+
+/// The stages that a picture passes, in its order. Sound is not among them.
+std::vector<const Stage*> PictureWay();
 
 /// The stage's name in brackets for aligned tables, such as "[VDEC]  "; "[other] " for anything
 /// else.

@@ -53,6 +53,7 @@ void ReadOverwriteFlags(std::vector<CM_TestCase>& cases) {
   const auto lines = FileLines(CrossModuleHome() + kOverwriteFile);
   for (std::size_t k = 1; lines && k < cases.size() && k <= lines->size(); ++k) {
     const std::string& line = (*lines)[k - 1];
+    if (line.empty() && lines->size() == 1) break;  // an empty file
     int32_t& flag = cases[k].goldenOverwritten;
     if (std::from_chars(line.data(), line.data() + line.size(), flag).ec != std::errc()) {
       CmLog("Init_TestCase_List") << kOverwriteFile << " line " << k
@@ -130,14 +131,19 @@ std::vector<CM_Module>& ModuleTypeList() {
   return modules;
 }
 
+std::vector<CM_TestCase> BuiltInTestCases() {
+  std::vector<CM_TestCase> cases;
+  for (const auto& row : kBuiltIn)
+    cases.emplace_back(row.type, row.name, row.contentFile, row.hdrFile);
+  return cases;
+}
+
 int Init_TestCase_List() {
   static bool done = false;
   if (done) return 0;
   done = true;
   Init_Content_Path(static_cast<USB_HTTP_MODE_TYPE>(Get_USB_HTTP_Mode()));
-  for (const auto& row : kBuiltIn) {
-    TestCaseList().emplace_back(row.type, row.name, row.contentFile, row.hdrFile);
-  }
+  TestCaseList() = BuiltInTestCases();
   Get_User_Add_TestCase();
   ReadOverwriteFlags(TestCaseList());
   return 0;

@@ -53,6 +53,9 @@ struct CM_Module {
   const std::string* dumpPath;
 };
 
+/// The test cases that every board has, entry 0 "unknown". Reads and changes nothing.
+std::vector<CM_TestCase> BuiltInTestCases();
+
 /// Builds the list of test cases once. Returns 0.
 int Init_TestCase_List();
 /// Builds the list of stages once.

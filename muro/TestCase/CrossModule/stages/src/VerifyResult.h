@@ -13,8 +13,10 @@
 /// What makes two values differ that look the same in a report.
 enum class HiddenDifference : uint8_t {
   kNone,
-  kLineEnd,     // one row ends otherwise
-  kDropMarker,  // the frame is there, and marked as dropped
+  kLineEnd,       // one row ends otherwise
+  kExtraColumn,   // one row goes on
+  kDropMarker,    // the frame is there, and marked as dropped
+  kMalformedRow,  // a row cannot be read
 };
 
 /// One field that differs.
@@ -53,7 +55,7 @@ enum VerifyStatus : int32_t {
   kStatusAudioFailed = 15  // the audio verdict is a failure
 };
 
-/// Outcome of verifying one stage: plain data. What it means is told by `Judge` (Verdict.h);
+/// Outcome of verifying one stage: plain data. What it means is told by `Judge` (StageVerdict.h);
 /// counting and printing are done by verify/src. Results move; a wrong-frame table is never shared.
 class CM_Verify_Result {
  public:

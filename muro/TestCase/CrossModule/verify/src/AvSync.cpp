@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cstdlib>
-#include <iostream>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
 #include "ColumnCompare.h"
+#include "LateStage.h"
 #include "ModuleVerification.h"
 #include "ReportTable.h"
 #include "RowReader.h"
@@ -48,9 +48,9 @@ std::string Hex(int32_t value) {
 }
 
 /// Opens the dump and steps over its title.
-bool OpenDump(RowReader& reader, const char* function, const std::string& path) {
+bool OpenDump(RowReader& reader, const char* function, const std::string& path, std::ostream& log) {
   if (!reader.IsOpen()) {
-    CmLog(function) << ansi::kFail << "ERROR: can not open " << path << '\n';
+    CmLog(function, log) << ansi::kFail << "ERROR: can not open " << path << '\n';
     return false;
   }
   reader.NextLine();
@@ -76,19 +76,19 @@ bool ReadAudioRow(std::string_view row, RowItems& items) {
 
 /// Hands the rows up to the first malformed one to `take`.
 AV_Sync_Info Fetch(MODULE_TYPE module, const char* function, const std::string& path,
-                   bool (*read)(std::string_view row, RowItems& items),
+                   std::ostream& log, bool (*read)(std::string_view row, RowItems& items),
                    void (*take)(const RowItems& items, std::vector<AV_Sync_Field>& fields)) {
   AV_Sync_Info info{module, {}, true};
   RowReader reader(path);
-  if (!OpenDump(reader, function, path)) return info;
+  if (!OpenDump(reader, function, path, log)) return info;
   RowItems items;
   for (std::string_view row; info.whole && reader.NextFilled(row);) {
     info.whole = !IsPiece(row) && read(row, items);
     if (info.whole) take(items, info.fields);
   }
   if (!info.whole) {
-    CmLog(function) << ansi::kFail << "ERROR: " << path << " is broken behind frame "
-                    << (info.fields.empty() ? -1 : info.fields.back().frameNumber) << '\n';
+    CmLog(function, log) << ansi::kFail << "ERROR: " << path << " is broken behind frame "
+                         << (info.fields.empty() ? -1 : info.fields.back().frameNumber) << '\n';
   }
   return info;
 }
@@ -110,6 +110,23 @@ struct Analysis {
 };
 
 enum class Verdict { kSkipped, kPassed, kFailed };
+
+/// Where a flash's beep is.
+struct Beep {
+  std::size_t index = 0;  // sample 0 stands for a beep that is not there
+  bool isThere = false;
+  bool isExpected = false;  // the search could have found one
+};
+
+/// What is counted over all flashes.
+struct Tally {
+  int flashes = 0;
+  int skipped = 0;
+  int failed = 0;
+  int withBeep = 0;
+  int firstWithoutBeep = 0;  // number of the flash; 0: none
+  int32_t firstFrameWithoutBeep = 0;
+};
 
 /// The Scaler sample of the flash: the panel shows it up to ten frames before the frame that the
 /// output gives the flash's number. Behind the last sample when the frame was not dumped.
@@ -168,8 +185,23 @@ void PrintPosition(std::ostream& out, const char* label, std::size_t position) {
   out << label << PadLeft(std::to_string(position), 7);
 }
 
+/// Looks for a beep as `AVsync_Find_Audio_Frame_By_Time` documents it.
+Beep FindBeep(uint32_t time, uint32_t range, const AV_Sync_Info* audio) {
+  const std::vector<AV_Sync_Field>& samples = audio->fields;
+  if (samples.size() <= kFirstBeepRow) return {.isExpected = true};
+  const auto before = [](int64_t limit) {
+    return [limit](const AV_Sync_Field& sample) { return limit > sample.firstValue; };
+  };
+  const auto from = samples.begin() + kFirstBeepRow;
+  const auto lower = std::find_if_not(from, samples.end(), before(int64_t{time} - range));
+  const auto upper = std::find_if_not(lower, samples.end(), before(int64_t{time} + range));
+  const auto beep = std::find_if(lower, upper, IsBeep);
+  if (beep == upper) return {.isExpected = upper != from};
+  return {static_cast<std::size_t>(beep - samples.begin()), true, true};
+}
+
 /// Prints the event of the flash at `voIndex` as one line.
-Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex) {
+Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex, std::size_t beep) {
   std::ostream& out = analysis.out;
   const AV_Sync_Field& flash = analysis.vo[voIndex];
   out << report_table::kTitleColour << PadLeft(std::to_string(number), 4) << ansi::kReset
@@ -181,8 +213,6 @@ Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex) {
         << '\n';
     return Verdict::kSkipped;
   }
-  const std::size_t beep =
-      AVsync_Find_Audio_Frame_By_Time(flash.firstValue, kBeepRange, analysis.audio);
   const Verdict verdict =
       PrintVerdict(out, TimeDiffMs(flash, analysis.scaler[scaler], analysis.audio->fields[beep]));
   PrintPosition(out, "       [VO]    ", voIndex);
@@ -192,21 +222,47 @@ Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex) {
   return verdict;
 }
 
-/// Prints all events. Returns true when at least one was judged and none failed.
-bool PrintEvents(const Analysis& analysis) {
-  int number = 0;
-  bool judged = false;
-  bool failed = false;
+void Count(Tally& tally, const AV_Sync_Field& flash, Verdict verdict, const Beep& beep) {
+  tally.skipped += verdict == Verdict::kSkipped ? 1 : 0;
+  tally.failed += verdict == Verdict::kFailed ? 1 : 0;
+  tally.withBeep += beep.isThere ? 1 : 0;
+  if (beep.isThere || !beep.isExpected || tally.firstWithoutBeep != 0) return;
+  tally.firstWithoutBeep = tally.flashes;
+  tally.firstFrameWithoutBeep = flash.frameNumber;
+}
+
+/// Prints all events and counts them.
+Tally PrintEvents(const Analysis& analysis, AvSyncVerdict& result) {
+  Tally tally;
   for (std::size_t i = 0; i < analysis.vo.size(); ++i) {
-    if (!IsOneOf(kVoFlashes, analysis.vo[i].secondText)) continue;
-    const Verdict verdict = PrintEvent(analysis, ++number, i);
-    judged |= verdict != Verdict::kSkipped;
-    failed |= verdict == Verdict::kFailed;
+    const AV_Sync_Field& flash = analysis.vo[i];
+    if (!IsOneOf(kVoFlashes, flash.secondText)) continue;
+    const Beep beep = FindBeep(flash.firstValue, kBeepRange, analysis.audio);
+    const Verdict verdict = PrintEvent(analysis, ++tally.flashes, i, beep.index);
+    Count(tally, flash, verdict, beep);
+    if (verdict != Verdict::kFailed || !beep.isThere || result.failedFrame != -1) continue;
+    result.failedFrame = flash.frameNumber;
+    result.failedFlash90k = flash.firstValue;
   }
-  if (!judged) {
-    analysis.out << ansi::kFail << "FAIL: no flash to judge" << ansi::kReset << '\n';
+  return tally;
+}
+
+std::string OfFlashes(int count, const Tally& tally) {
+  return std::to_string(count) + " of " + std::to_string(tally.flashes) + " flashes ";
+}
+
+/// Why the analysis failed; empty when it passed.
+std::string WhyFailed(const Tally& tally, bool dumpsAreWhole) {
+  if (tally.flashes == 0) return "no flash to judge";
+  if (tally.skipped == tally.flashes) return "no flash to judge, all were skipped";
+  if (tally.withBeep == 0) return "no beep at any flash";
+  if (tally.firstWithoutBeep != 0) {
+    return "no beep at flash " + std::to_string(tally.firstWithoutBeep) + " (frame " +
+           std::to_string(tally.firstFrameWithoutBeep) + ")";
   }
-  return judged && !failed;
+  if (tally.failed != 0) return OfFlashes(tally.failed, tally) + "outside the tolerance";
+  if (tally.skipped != 0) return OfFlashes(tally.skipped, tally) + "skipped";
+  return dumpsAreWhole ? "" : "a dump has a malformed row";
 }
 
 void PrintLegend(std::ostream& out) {
@@ -232,8 +288,8 @@ AV_Sync_Field::AV_Sync_Field(int32_t frame, uint32_t time, std::string text, uin
       firstValue(value1),
       secondValue(value2) {}
 
-AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path) {
-  return Fetch(MODULE_VO, "Fetch_AVsync_Info_VO", path, ReadVoRow,
+AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path, std::ostream& log) {
+  return Fetch(MODULE_VO, "Fetch_AVsync_Info_VO", path, log, ReadVoRow,
                [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
                  fields.emplace_back(items[ColumnOf(kVoColumns, Unit::kFrame)],
                                      Unsigned(items[kVoFormat.counterItem]),
@@ -243,8 +299,8 @@ AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path) {
                });
 }
 
-AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path) {
-  return Fetch(MODULE_SCALER, "Fetch_AVsync_Info_Scaler", path, ReadScalerRow,
+AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path, std::ostream& log) {
+  return Fetch(MODULE_SCALER, "Fetch_AVsync_Info_Scaler", path, log, ReadScalerRow,
                [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
                  fields.emplace_back(items[ColumnOf(kScalerColumns, Unit::kFrame)],
                                      Unsigned(items[kScalerFormat.counterItem]),
@@ -253,9 +309,9 @@ AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path) {
                });
 }
 
-AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path) {
-  std::cout << "[Cross Module][Audio] skip first 300ms test data\n";
-  return Fetch(MODULE_AUDIO, "Fetch_AVsync_Info_Audio", path, ReadAudioRow,
+AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path, std::ostream& log) {
+  log << "[Cross Module][Audio] skip first 300ms test data\n";
+  return Fetch(MODULE_AUDIO, "Fetch_AVsync_Info_Audio", path, log, ReadAudioRow,
                [](const RowItems& items, std::vector<AV_Sync_Field>& fields) {
                  const int32_t pts = items[ColumnNamed(kAudioColumns, "pts")];
                  if (pts < kFirstAudioPts) return;
@@ -269,37 +325,53 @@ AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path) {
 
 std::size_t AVsync_Find_Audio_Frame_By_Time(uint32_t time, uint32_t range,
                                             const AV_Sync_Info* audio) {
-  const std::vector<AV_Sync_Field>& samples = audio->fields;
-  if (samples.size() <= kFirstBeepRow) return 0;
-  const auto before = [](int64_t limit) {
-    return [limit](const AV_Sync_Field& sample) { return limit > sample.firstValue; };
-  };
-  const auto from = samples.begin() + kFirstBeepRow;
-  const auto lower = std::find_if_not(from, samples.end(), before(int64_t{time} - range));
-  const auto upper = std::find_if_not(lower, samples.end(), before(int64_t{time} + range));
-  const auto beep = std::find_if(lower, upper, IsBeep);
-  return beep == upper ? 0 : static_cast<std::size_t>(beep - samples.begin());
+  return FindBeep(time, range, audio).index;
 }
 
 void Set_AVsync_Offset(int milliseconds) {
   offsetMs = milliseconds;
 }
 
-bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scaler,
-                                const AV_Sync_Info* audio, std::ostream& out) {
+AvSyncVerdict AnalyseAvSync(const AV_Sync_Info& vo, const AV_Sync_Info& scaler,
+                            const AV_Sync_Info& audio, std::ostream& out) {
+  AvSyncVerdict result;
   CmLog("Print_AVsync_Anayze_Result", out) << "List the AV Sync Result:\n";
   PrintHead(out);
-  const bool passed = PrintEvents({vo->fields, scaler->fields, audio, out});
+  const Tally tally = PrintEvents({vo.fields, scaler.fields, &audio, out}, result);
   PrintLegend(out);
-  return passed && vo->whole && scaler->whole && audio->whole;
+  result.reason = WhyFailed(tally, vo.whole && scaler.whole && audio.whole);
+  result.passed = result.reason.empty();
+  if (!result.passed) out << ansi::kFail << "FAIL: " << result.reason << ansi::kReset << '\n';
+  return result;
+}
+
+bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scaler,
+                                const AV_Sync_Info* audio, std::ostream& out) {
+  return AnalyseAvSync(*vo, *scaler, *audio, out).passed;
+}
+
+AvSyncVerdict VerifyAvSync(const CM_TestCase& testCase, const StagePath& golden,
+                           const StagePath& dump, std::ostream& out, std::ostream& log) {
+  Set_AVsync_Offset(IsDemoContent(testCase) ? kDemoOffsetMs : 0);
+  const AV_Sync_Info vo = Fetch_AVsync_Info_VO(dump(MODULE_VO), log);
+  const AV_Sync_Info scaler = Fetch_AVsync_Info_Scaler(dump(MODULE_SCALER), log);
+  const AV_Sync_Info audio = Fetch_AVsync_Info_Audio(dump(MODULE_AUDIO), log);
+  AvSyncVerdict verdict = AnalyseAvSync(vo, scaler, audio, out);
+  if (verdict.failedFrame != -1) {
+    const std::string late =
+        NameLateStage({verdict.failedFrame, verdict.failedFlash90k, golden, dump});
+    out << ansi::kFail << " First bad stage: " << late << ansi::kReset << '\n';
+    verdict.reason += ", first bad stage: " + late;
+  }
+  return verdict;
 }
 
 bool Verify_AVsync() {
   const CM_TestCase* testCase = KnownTestCase("Verify_AVsync");
   if (testCase == nullptr) return false;
-  Set_AVsync_Offset(IsDemoContent(*testCase) ? kDemoOffsetMs : 0);
-  const AV_Sync_Info vo = Fetch_AVsync_Info_VO(*Get_Module_by_ID(MODULE_VO)->dumpPath);
-  const AV_Sync_Info scaler = Fetch_AVsync_Info_Scaler(*Get_Module_by_ID(MODULE_SCALER)->dumpPath);
-  const AV_Sync_Info audio = Fetch_AVsync_Info_Audio(*Get_Module_by_ID(MODULE_AUDIO)->dumpPath);
-  return Print_AVsync_Anayze_Result(&vo, &scaler, &audio, std::cout);
+  return VerifyAvSync(
+             *testCase, [&](MODULE_TYPE stage) { return testCase->Get_Golden_Path(stage); },
+             [](MODULE_TYPE stage) { return *Get_Module_by_ID(stage)->dumpPath; }, std::cout,
+             std::cout)
+      .passed;
 }

@@ -3,11 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iosfwd>
+#include <iostream>
 #include <string>
 #include <vector>
 
 #include "../../stages/src/Stage.h"
+#include "LateStage.h"
+
+class CM_TestCase;
 
 /// One row of a dump. The texts are checksums in lowercase hexadecimal, of audio in decimal.
 struct AV_Sync_Field {
@@ -29,11 +32,11 @@ struct AV_Sync_Info {
   bool whole = true;  // false: the reading ended at a malformed row
 };
 
-/// Reads a stage's dump. A file that cannot be opened is reported and gives no rows; a malformed
-/// row is reported and ends the reading.
-AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path);
-AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path);
-AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path);
+/// Reads a stage's dump. A file that cannot be opened is reported on `log` and gives no rows; a
+/// malformed row is reported and ends the reading.
+AV_Sync_Info Fetch_AVsync_Info_VO(const std::string& path, std::ostream& log = std::cout);
+AV_Sync_Info Fetch_AVsync_Info_Scaler(const std::string& path, std::ostream& log = std::cout);
+AV_Sync_Info Fetch_AVsync_Info_Audio(const std::string& path, std::ostream& log = std::cout);
 
 /// Index of the first beep within `range` of `time` (90 kHz ticks); 0 when there is none. The first
 /// 100 rows are not looked at.
@@ -43,10 +46,29 @@ std::size_t AVsync_Find_Audio_Frame_By_Time(uint32_t time, uint32_t range,
 /// Difference in milliseconds that the playing content itself has, added to every event's.
 void Set_AVsync_Offset(int offsetMs);
 
-/// Prints every flash with its beep and verdict. Returns false when an event is outside the
-/// tolerance, when there was none to judge, or when a dump could not be read to its end.
+/// What the analysis found.
+struct AvSyncVerdict {
+  bool passed = false;
+  std::string reason;           // why not, such as "3 of 7 flashes outside the tolerance"
+  uint32_t failedFlash90k = 0;  // pts of the first flash outside the tolerance
+  int32_t failedFrame = -1;     // its frame; -1: there is none
+};
+
+/// Prints every flash with its beep, and below the table why the analysis failed. It fails when an
+/// event is outside the tolerance, when a flash was not judged or has no beep, when there is no
+/// flash or no beep at all, and when a dump could not be read to its end. A flash before the first
+/// beep that the search can find needs none.
+AvSyncVerdict AnalyseAvSync(const AV_Sync_Info& vo, const AV_Sync_Info& scaler,
+                            const AV_Sync_Info& audio, std::ostream& out);
+
+/// The same. Returns whether the analysis passed.
 bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scaler,
                                 const AV_Sync_Info* audio, std::ostream& out);
+
+/// Analyses a test case's dumps, prints to `out`, with the messages of reading on `log`, and names
+/// the stage that came too late or too early against the golden data.
+AvSyncVerdict VerifyAvSync(const CM_TestCase& testCase, const StagePath& golden,
+                           const StagePath& dump, std::ostream& out, std::ostream& log);
 
 /// Analyses the dumps of the current test case on the console. Returns false as the printer does,
 /// and for an unknown test case.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "../../stages/src/CrossModuleLog.h"
+
 namespace {
 
 constexpr char kFailLine[] = "==================================================";
@@ -13,7 +15,7 @@ bool HasBit(std::uint32_t bits, std::size_t item) {
 
 void PrintTitle(RowReader& file, int number) {
   const std::string title(WithoutLineEnd(file.NextLine()));
-  std::printf("[Title%d] %s\n", number, title.c_str());
+  std::printf("[Title%d] %s\n", number, Printable(title).c_str());
 }
 
 /// Whether there is an item that is neither masked nor the counter.
@@ -123,8 +125,8 @@ bool ColumnComparison::CompareRows(std::string_view goldenRow, std::string_view 
     const std::size_t item = pair.readable;
     ++itemErrors_[item];
     Fail(pair.goldenCount != 0 ? pair.golden[0] : ToNumber(sampleRow), item,
-         {pair.golden[item], item < pair.goldenCount},
-         {pair.sample[item], item < pair.sampleCount});
+         {pair.golden[item], item < pair.goldenCount}, {pair.sample[item], item < pair.sampleCount},
+         HiddenDifference::kMalformedRow);
   }
   return pair.whole;
 }
@@ -175,14 +177,14 @@ void ColumnComparison::CompareItem(const ItemPair& pair, std::size_t item) {
   Fail(pair.golden[0], item, {golden}, {dump});
 }
 
-void ColumnComparison::Fail(int32_t frameNumber, std::size_t item, ItemValue golden,
-                            ItemValue dump) {
+void ColumnComparison::Fail(int32_t frameNumber, std::size_t item, ItemValue golden, ItemValue dump,
+                            HiddenDifference hidden) {
   ++failures_;
   const auto textOf = [&](const ItemValue& value) {
     return ItemText(value.value, value.isThere && HasBit(rules_.format.hexadecimal, item),
                     rules_.hexPrefix);
   };
-  AppendWrongField(stage_, frameNumber, item, textOf(golden), textOf(dump));
+  AppendWrongField(stage_, frameNumber, item, textOf(golden), textOf(dump), hidden);
   if (result_.failed) return;
   result_.failed = true;
   result_.frameNumber = frameNumber;

@@ -113,7 +113,8 @@ class ColumnComparison {
   void NoteRow(Side& side, const RowItems& items, std::size_t itemCount);
   void LearnRate(const RowItems& golden);
   void CompareItem(const ItemPair& pair, std::size_t item);
-  void Fail(int32_t frameNumber, std::size_t item, ItemValue golden, ItemValue dump);
+  void Fail(int32_t frameNumber, std::size_t item, ItemValue golden, ItemValue dump,
+            HiddenDifference hidden = HiddenDifference::kNone);
   void PrintSummary() const;
 
   const ColumnRules& rules_;

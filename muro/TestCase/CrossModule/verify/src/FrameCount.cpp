@@ -36,6 +36,8 @@ void CM_Verify_Result::Init_Frame_Count() {
   const CM_TestCase* const testCase = Get_Current_TestCase();
   const bool known = IsKnown(testCase);
   goldenFrameCount = known ? CountFrames(testCase->Get_Golden_Path(moduleType)) : 0;
-  sampleFrameCount = known ? CountFrames(testCase->Get_Dump_Backup_Path(moduleType)) : 0;
+  // What is kept is older than a run that was refused.
+  sampleFrameCount =
+      known && !runWasRefused ? CountFrames(testCase->Get_Dump_Backup_Path(moduleType)) : 0;
   framesAreCounted = true;
 }

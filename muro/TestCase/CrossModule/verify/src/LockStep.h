@@ -41,10 +41,13 @@ uint32_t compareFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& go
 uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
                        const MURO_DVO_FIELDS& sample, FrameLog& log);
 
-/// Appends every column of a golden row that the dump does not have.
-void reportMissingFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden);
-void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden);
-void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden);
+/// Appends every column of a golden row that the dump does not have, or not as a whole row.
+void reportMissingFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
+                         HiddenDifference hidden = HiddenDifference::kNone);
+void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden,
+                         HiddenDifference hidden = HiddenDifference::kNone);
+void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
+                         HiddenDifference hidden = HiddenDifference::kNone);
 
 /// Appends every column of a row that the dump shows again in place of the golden one.
 void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,

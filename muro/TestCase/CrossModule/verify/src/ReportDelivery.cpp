@@ -1,14 +1,19 @@
 #include "ReportDelivery.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <optional>
+#include <sstream>
 
+#include "../../stages/src/BoardConnections.h"
 #include "../../stages/src/BoardSystem.h"
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "Ansi.h"
+#include "InputFile.h"
 #include "Shell.h"
 
 namespace {
@@ -31,9 +36,10 @@ constexpr const char* kBoardLogs[] = {
     "/tmp/var/log/dpq_vcpu1.log",   "/tmp/var/log/dpq_vcpu2.log",
 };
 
-void Run(const char* function, const std::string& command) {
+/// Runs a command that is shown. Returns whether it succeeded.
+bool Run(const char* function, const std::string& command) {
   CmLog(function) << command << '\n';
-  RunShell(command);
+  return RunShell(command);
 }
 
 void EraseAll(std::string& line, const std::string& sequence) {
@@ -50,6 +56,7 @@ void EraseColours(std::string& line) {
   } while (line.size() != sizeBefore);
 }
 
+/// Every line of the copy has a line end.
 void CopyWithoutColours(std::istream& from, std::ostream& to) {
   for (std::string line; std::getline(from, line);) {
     EraseColours(line);
@@ -61,24 +68,55 @@ std::string PackageDirectory(const CM_TestCase& testCase) {
   return ReportDirectory() + "package_" + testCase.Get_TestCase_Name() + "_" + Get_Test_Timestamp();
 }
 
+/// "report_101-h264-FrtChg_0315_142501"
+std::string ReportStem(const CM_TestCase& testCase) {
+  return "report_" + testCase.Get_TestCase_Name() + "_" + Get_Test_Timestamp();
+}
+
+/// The name that the last report took, beside the one that it would have without others.
+struct {
+  std::string firstStem;
+  std::string stem;
+} lastReport;
+
 void LogSending(const std::string& path, const char* arrow, const std::string& destination) {
   CmLog(kSend) << "Send " << ansi::kText << path << ansi::kReset << arrow << '"' << destination
                << "\"\n";
 }
 
-void SendToUsb(const std::string& path) {
+bool SendToUsb(const std::string& path) {
   const std::string directory = UsbMountPoint() + "/cross_module_report";
+  if (!ReachStick()) {
+    CmLog(kSend) << ansi::kFail << "no USB stick: " << path << " not sent to it" << ansi::kReset
+                 << '\n';
+    return false;
+  }
   LogSending(path, " ----> [USB]  ", directory);
   Run(kSend, "mkdir -p " + directory);
-  Run(kSend, "cp " + path + " " + directory + "/");
+  return Run(kSend, "cp " + path + " " + directory + "/");
 }
 
-void SendToTftp(const std::filesystem::path& path) {
+/// The server that takes files; where there is none, that is logged with what is not sent.
+std::optional<std::string> TftpServer(const char* function, const std::string& what) {
+  std::string server = Get_TFTP_IP();
+  if (NamesTftpServer(server)) return server;
+  CmLog(function) << "No TFTP server is set: " << what << " not sent\n";
+  return std::nullopt;
+}
+
+bool SendToTftp(const std::filesystem::path& path) {
+  const auto server = TftpServer(kSend, path.string());
+  if (!server) return false;
   const std::string directory = path.has_parent_path() ? path.parent_path().string() : ".";
-  const std::string server = Get_TFTP_IP();
-  LogSending(path, " ----> [TFTP] ", server);
-  Run(kSend,
-      "cd " + directory + "; " + ThisBoardSystem().tftp + path.filename().string() + " " + server);
+  LogSending(path, " ----> [TFTP] ", *server);
+  return Run(kSend, "cd " + directory + "; " + ThisBoardSystem().tftp + path.filename().string() +
+                        " " + *server);
+}
+
+bool HasKeptDump(const CM_TestCase& testCase) {
+  return std::ranges::any_of(kStages, [&](const Stage& stage) {
+    return IsInputFile(testCase.Get_Dump_Backup_Path(stage.module));
+  });
 }
 
 }  // namespace
@@ -91,8 +129,28 @@ std::string Get_Report_Name(int kind, bool withDirectory) {
   if (kind != kReportFile && kind != kReportArchive) return "";
   const CM_TestCase* testCase = KnownTestCase("Get_Report_Name");
   if (testCase == nullptr) return "";
-  return (withDirectory ? ReportDirectory() : "") + "report_" + testCase->Get_TestCase_Name() +
-         "_" + Get_Test_Timestamp() + (kind == kReportFile ? ".txt" : ".tar.gz");
+  const std::string stem = ReportStem(*testCase);
+  return (withDirectory ? ReportDirectory() : "") +
+         (lastReport.firstStem == stem ? lastReport.stem : stem) +
+         (kind == kReportFile ? ".txt" : ".tar.gz");
+}
+
+std::string TakeReportName() {
+  const CM_TestCase* testCase = KnownTestCase("Get_Report_Name");
+  if (testCase == nullptr) return "";
+  const std::string first = ReportStem(*testCase);
+  std::string stem = first;
+  for (int number = 2; IsInputFile(ReportDirectory() + stem + ".txt"); ++number)
+    stem = first + "_" + std::to_string(number);
+  lastReport = {first, stem};
+  return Get_Report_Name(kReportFile, true);
+}
+
+std::string WithoutColours(const std::string& text) {
+  std::istringstream from(text);
+  std::ostringstream to;
+  CopyWithoutColours(from, to);
+  return to.str();
 }
 
 void Remove_Color_Code_From_File(const std::string& path) {
@@ -114,12 +172,17 @@ void Remove_Color_Code_From_File(const std::string& path) {
   Run(kRemoveColours, "mv " + cleanPath + " " + path);
 }
 
-void Package_AllinOne(bool withReport) {
+bool Package_AllinOne(bool withReport) {
   const CM_TestCase* testCase = KnownTestCase(kPackage);
-  if (testCase == nullptr) return;
+  if (testCase == nullptr) return false;
   if (!Check_If_CrossModulePlayback_Env_Setup()) {
     CmLog(kPackage) << ansi::kFail << "ERROR: no " << CrossModuleHome() << ", nothing to pack\n";
-    return;
+    return false;
+  }
+  if (!HasKeptDump(*testCase)) {
+    CmLog(kPackage) << ansi::kFail << "ERROR: no dump of " << testCase->Get_TestCase_Name()
+                    << " to pack\n";
+    return false;
   }
   const std::string directory = PackageDirectory(*testCase);
   const auto copy = [&](const std::string& path) { Run(kPackage, "cp " + path + " " + directory); };
@@ -129,25 +192,33 @@ void Package_AllinOne(bool withReport) {
   if (withReport) copy(Get_Report_Name(kReportFile, true));
   for (const char* log : kBoardLogs) copy(log);
   Run(kPackage, "sync");
-  Run(kPackage, "cd " + directory + "; " + ThisBoardSystem().tar + "../" +
-                    Get_Report_Name(kReportArchive, false) + " .");
+  const bool packed = Run(kPackage, "cd " + directory + "; " + ThisBoardSystem().tar + "../" +
+                                        Get_Report_Name(kReportArchive, false) + " .");
   Run(kPackage, std::string("rm ") + kColouredTemporaryReport);
   Run(kPackage, "rm -rf  " + directory);
+  return packed;
 }
 
-void Send_Report_File(const std::string& path) {
+bool Send_Report_File(const std::string& path) {
   Run(kSend, "sync");
   const int destinations = Get_Report_Send_To();
-  if ((destinations & SEND_REPORT_USB) != 0) SendToUsb(path);
-  if ((destinations & SEND_REPORT_TFTP) != 0) SendToTftp(path);
+  const bool toUsb = (destinations & SEND_REPORT_USB) != 0;
+  const bool toTftp = (destinations & SEND_REPORT_TFTP) != 0;
+  bool arrived = !toUsb && !toTftp;
+  if (toUsb) arrived = SendToUsb(path) || arrived;
+  if (toTftp) arrived = SendToTftp(path) || arrived;
   Run(kSend, "sync");
+  return arrived;
 }
 
-void Send_Dump_To_TFTP() {
+bool Send_Dump_To_TFTP() {
   const CM_TestCase* testCase = KnownTestCase(kSendDumps);
-  if (testCase == nullptr) return;
-  const std::string server = Get_TFTP_IP();
+  if (testCase == nullptr) return false;
+  const auto server = TftpServer(kSendDumps, "dumps");
+  if (!server) return false;
+  bool arrived = false;
   for (const CM_Module& module : ModuleTypeList())
-    Run(kSendDumps, "cd " + CrossModuleHome() + "dump_tmp ;tftp -p -l " +
-                        testCase->Get_Dump_Backup_Name(module.type) + " " + server);
+    arrived |= Run(kSendDumps, "cd " + CrossModuleHome() + "dump_tmp ;tftp -p -l " +
+                                   testCase->Get_Dump_Backup_Name(module.type) + " " + *server);
+  return arrived;
 }

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <vector>
 
+#include "../../stages/src/CrossModuleLog.h"
 #include "Ansi.h"
 #include "StageFiles.h"
 
@@ -25,7 +26,7 @@ void PrintCell(std::ostream& out, const Column& column, const Cell& cell) {
 }
 
 std::string OrNoData(const std::string& value) {
-  return value.empty() ? kNoData : value;
+  return value.empty() ? kNoData : Printable(value);
 }
 
 }  // namespace

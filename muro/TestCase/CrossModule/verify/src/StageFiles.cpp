@@ -26,7 +26,7 @@ void ListColumns(CM_Verify_Result& result, std::span<const StageColumn> columns)
 }
 
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
-                      std::string_view golden, std::string_view dump) {
+                      std::string_view golden, std::string_view dump, HiddenDifference hidden) {
   auto& fields = result.wrongFields;
   // Most dumps have no wrong field, bad ones have very many: moving them costs more than room does.
   if (fields.size() == fields.capacity()) fields.reserve(fields.size() * 4);
@@ -35,6 +35,9 @@ void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t
   field.columnIndex = static_cast<uint32_t>(column);
   field.goldenValue = WithoutLineEnd(golden);
   field.dumpValue = WithoutLineEnd(dump);
+  field.hidden = hidden;
+  if (hidden == HiddenDifference::kNone && golden != dump && field.goldenValue == field.dumpValue)
+    field.hidden = HiddenDifference::kLineEnd;
 }
 
 ItemText::ItemText(int32_t value, bool hexadecimal, std::string_view hexPrefix) {

@@ -42,9 +42,11 @@ constexpr RowFormat FormatOf(std::span<const StageColumn> columns) {
 /// Names the columns that the result's wrong fields refer to.
 void ListColumns(CM_Verify_Result& result, std::span<const StageColumn> columns);
 
-/// Appends a wrong field; line ends do not become part of the values.
+/// Appends a wrong field; line ends do not become part of the values. `hidden` says what differs
+/// where the values do not; line ends that differ are noticed here.
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
-                      std::string_view golden, std::string_view dump);
+                      std::string_view golden, std::string_view dump,
+                      HiddenDifference hidden = HiddenDifference::kNone);
 
 /// The text of a number in a wrong field: as "%d" or, behind the prefix, as "%x" writes it.
 class ItemText {

@@ -22,6 +22,10 @@ void Verify_Scaler(CM_Verify_Result& result, const std::string& goldenPath,
 void Verify_Audio(CM_Verify_Result& result, const std::string& goldenPath,
                   const std::string& samplePath);
 
+/// Lets VO be compared with the default tolerances, whatever the board's settings file says: for
+/// dumps that are looked at away from their board.
+void IgnoreVoutSettings();
+
 /// Counts the frames of a dump or golden file: rows whose number is the largest so far, and rows of
 /// number -1. 0 for a file that cannot be opened.
 int32_t CountFrames(const std::string& path);

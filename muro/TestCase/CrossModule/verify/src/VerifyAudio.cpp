@@ -97,7 +97,8 @@ void ReportBrokenRow(CM_Verify_Result& result, std::string_view golden) {
   MURO_CROSS_MODULE_CHECK_T row;
   const bool goldenIsWhole = convert_to_data(golden, row) == 0;
   AppendWrongField(result, ToNumber(golden), kChecksum,
-                   goldenIsWhole ? ItemText(row.pcm_data_crc, true) : missing, missing);
+                   goldenIsWhole ? ItemText(row.pcm_data_crc, true) : missing, missing,
+                   HiddenDifference::kMalformedRow);
 }
 
 /// Compares the files from here to the end of one of them. Returns how many rows differed.

@@ -2,6 +2,7 @@
 #include <optional>
 #include <tuple>
 
+#include "../../stages/src/CrossModuleLog.h"
 #include "LockStep.h"
 #include "Verifiers.h"
 
@@ -35,8 +36,9 @@ bool IsEndOfStream(const MURO_DVO_FIELDS& row) {
 }
 
 void AppendColumn(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden, std::size_t column,
-                  std::string_view dump) {
-  AppendWrongField(result, FrameNumber(golden), column, golden.field[kListedFields[column]], dump);
+                  std::string_view dump, HiddenDifference hidden = HiddenDifference::kNone) {
+  AppendWrongField(result, FrameNumber(golden), column, golden.field[kListedFields[column]], dump,
+                   hidden);
 }
 
 class DvoWalk : public LockStepWalk {
@@ -74,7 +76,7 @@ class DvoWalk : public LockStepWalk {
     const int32_t golden = FrameNumber(goldenFields_);
     if (golden < kFirstCheckedFrame) return UnlessGoldenIsBroken(ReadMode::kGoldenOnly);
     const int32_t sample = FrameNumber(sampleFields_);
-    if (!inStep_ && !FindStart(golden, sample)) return ReadMode::kSampleOnly;
+    if (!inStep_ && !FindStart(golden, sample)) return UnlessSampleIsBroken(ReadMode::kSampleOnly);
     if (golden < sample) return SampleIsAhead(golden, sample);
     if (sample < golden) return UnlessSampleIsBroken(SampleIsBehind(golden, sample));
     return Compare(golden, sample);
@@ -85,7 +87,7 @@ class DvoWalk : public LockStepWalk {
   ReadMode UnlessSampleIsBroken(ReadMode next) { return Unless("sample", sample_, next); }
   ReadMode Unless(const char* name, const Side& side, ReadMode next) {
     if (!IsBroken(name, side, kFieldCount)) return next;
-    reportMissingFields(result_, goldenFields_);
+    reportMissingFields(result_, goldenFields_, HiddenDifference::kMalformedRow);
     return ReadMode::kEnd;
   }
 
@@ -154,9 +156,10 @@ class DvoWalk : public LockStepWalk {
 
 }  // namespace
 
-void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden) {
+void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
+                         HiddenDifference hidden) {
   for (std::size_t i = 0; i < std::size(kListedFields); ++i) {
-    AppendColumn(result, golden, i, kMissingValue);
+    AppendColumn(result, golden, i, kMissingValue, hidden);
   }
 }
 
@@ -171,9 +174,10 @@ uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
                        const MURO_DVO_FIELDS& sample, FrameLog& log) {
   if (IsStartUp(golden)) return 0;
   if (ToNumber(sample.field[kMarker]) < 0) {
-    log << "[muro:" << __LINE__ << "] golden->frame_no:" << golden.field[kFrameNumber]
+    log << "[muro:" << __LINE__ << "] golden->frame_no:" << Printable(golden.field[kFrameNumber])
         << ", but sampe->frame_no is being drop!!\n";
-    AppendColumn(result, golden, kListedFrameNumber, sample.field[kFrameNumber]);
+    AppendColumn(result, golden, kListedFrameNumber, sample.field[kFrameNumber],
+                 HiddenDifference::kDropMarker);
     return 0x2;
   }
   uint32_t mask = 0;

@@ -78,9 +78,9 @@ class StartUpRows<MURO_OMX_INPUT_FIELDS> {
 };
 
 template <class Fields>
-void ReportAllFields(CM_Verify_Result& result, const Fields& golden) {
+void ReportAllFields(CM_Verify_Result& result, const Fields& golden, HiddenDifference hidden) {
   for (std::size_t i = 0; i < golden.field.size(); ++i) {
-    AppendWrongField(result, FrameNumber(golden), i, golden.field[i], kMissingValue);
+    AppendWrongField(result, FrameNumber(golden), i, golden.field[i], kMissingValue, hidden);
   }
 }
 
@@ -164,7 +164,10 @@ class OmxWalk : public LockStepWalk {
       return ReadMode::kSampleOnly;
     }
     CountAsCompared();
-    if (compareFields(result_, golden, sample, log_) != 0) return ReadMode::kEnd;
+    if (compareFields(result_, golden, sample, log_) != 0) {
+      NoteExtraColumns();
+      return ReadMode::kEnd;
+    }
     return EndIfBroken(golden);
   }
 
@@ -172,8 +175,16 @@ class OmxWalk : public LockStepWalk {
   ReadMode EndIfBroken(const Fields& golden) {
     if (!IsBroken("golden", golden_, kFieldCount) && !IsBroken("sample", sample_, kFieldCount))
       return ReadMode::kBoth;
-    reportMissingFields(result_, golden);
+    reportMissingFields(result_, golden, HiddenDifference::kMalformedRow);
     return ReadMode::kEnd;
+  }
+
+  /// The last field takes its line end along, and a further column takes that away.
+  void NoteExtraColumns() {
+    if (CountFields(golden_.row) == CountFields(sample_.row)) return;
+    for (VerifyFailField& field : result_.wrongFields) {
+      if (field.hidden == HiddenDifference::kLineEnd) field.hidden = HiddenDifference::kExtraColumn;
+    }
   }
 
   static constexpr std::size_t kFieldCount = std::tuple_size_v<decltype(Fields::field)>;
@@ -191,12 +202,14 @@ void Verify(CM_Verify_Result& result, const std::string& goldenPath, const std::
 
 }  // namespace
 
-void reportMissingFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden) {
-  ReportAllFields(result, golden);
+void reportMissingFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
+                         HiddenDifference hidden) {
+  ReportAllFields(result, golden, hidden);
 }
 
-void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden) {
-  ReportAllFields(result, golden);
+void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& golden,
+                         HiddenDifference hidden) {
+  ReportAllFields(result, golden, hidden);
 }
 
 uint32_t compareFields(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,

@@ -1,58 +1,61 @@
 #include "VerifyReport.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
-#include <span>
+#include <optional>
+#include <sstream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
+#include "../../stages/src/StageVerdict.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
+#include "AvSync.h"
 #include "ModuleVerification.h"
 #include "ReportDelivery.h"
-#include "ReportTable.h"
+#include "ReportTables.h"
 #include "Shell.h"
+
+using namespace std::string_literals;
 
 namespace {
 
-using report_table::Align;
-using report_table::Cell;
-using report_table::Column;
-
 constexpr char kTemporaryReport[] = "/tmp/cross_module/report.verify.tmp.txt";
-
-constexpr MODULE_TYPE kVideoModules[] = {MODULE_VDEC, MODULE_DVO, MODULE_VO, MODULE_SCALER};
-
-constexpr Column kIntegrationColumns[] = {
-    {"Frame", 11, Align::kRight},    {"Module", 31, Align::kLeft},
-    {"ErrField", 10, Align::kRight}, {"1stModule", 9, Align::kLeft},
-    {"FieldName", 12, Align::kLeft}, {"Value(Dump/Golen)", 17, Align::kLeft},
-};
 
 std::ostream& Log() {
   return CmLog("Print_Verify_Result");
 }
 
-std::vector<std::string> TestInformation(const CM_TestCase& testCase) {
+TestInformation InformationOf(const CM_TestCase& testCase) {
   return {
-      "Test case     : " + testCase.Get_TestCase_Name(),
-      "Content       : " + ContentHome() + testCase.contentFile,
-      "Golden data   : " + std::string(Get_FreeRun_Mode() != 0 ? "free run" : "normal") +
-          (testCase.goldenOverwritten != 0 ? ", overwritten by the user" : ""),
-      "Test time     : " + Get_Test_Timestamp(),
-      "PCB SW version: " + Get_SW_Version() + ansi::kReset,
+      .name = testCase.Get_TestCase_Name(),
+      .content = ContentHome() + testCase.contentFile,
+      .goldenData = std::string(Get_FreeRun_Mode() != 0 ? "free run" : "normal") +
+                    (testCase.goldenOverwritten != 0 ? ", overwritten by the user" : ""),
+      .testTime = Get_Test_Timestamp(),
+      .softwareVersion = Get_SW_Version() + ansi::kReset,
   };
 }
 
-void PrintColumnNames(std::ostream& out) {
-  for (const CM_Module& module : ModuleTypeList()) module.result->Print_Column_Name(out);
+std::vector<std::string> InformationLines(const TestInformation& information) {
+  return {
+      "Test case     : " + information.name,
+      "Content       : " + information.content,
+      "Golden data   : " + information.goldenData,
+      "Test time     : " + information.testTime,
+      "PCB SW version: " + information.softwareVersion,
+  };
+}
+
+StageResults Results() {
+  StageResults results;
+  for (const CM_Module& module : ModuleTypeList()) results.push_back(module.result);
+  return results;
 }
 
 void LogColumnNames() {
@@ -87,23 +90,40 @@ void ReleaseWrongFrames() {
   for (const CM_Module& module : ModuleTypeList()) module.result->deleteWrongFrame();
 }
 
-/// Writes the console's and the file's copy of the report. Returns the verdict.
-bool WriteReport(const CM_TestCase& testCase, std::ostream& file) {
-  for (const std::string& line : TestInformation(testCase)) {
-    Log() << line << '\n';
-    file << line << '\n';
+void PrintTables(std::ostream& out, const std::string& name, const StageResults& results) {
+  PrintSummary(out, name, results);
+  out << '\n';
+  PrintVideoIntegration(out, results);
+  out << '\n';
+}
+
+/// Analyses the synchronisation of content with marks for it. What it prints is the text.
+std::optional<AvSyncVerdict> AnalyseMarks(const CM_TestCase& testCase, std::string& text) {
+  if (testCase.type != kAvSyncTestCase) return std::nullopt;
+  std::ostringstream table;
+  std::ostream quiet(nullptr);
+  AvSyncVerdict verdict = VerifyAvSync(
+      testCase, [&](MODULE_TYPE stage) { return testCase.Get_Golden_Path(stage); },
+      [](MODULE_TYPE stage) { return *Get_Module_by_ID(stage)->dumpPath; }, table, quiet);
+  text = table.str();
+  return verdict;
+}
+
+bool IsFilled(const std::string& path) {
+  std::error_code failure;
+  const auto size = std::filesystem::file_size(path, failure);
+  return !failure && size > 0;
+}
+
+/// Says that a report is not where it should be, and where a good copy is. Nothing is sent then.
+void TellLostReport(const std::string& path) {
+  Log() << ansi::kFail << "ERROR: the report is not in " << path << ", it is not sent";
+  for (const std::string& copy : {std::string(kTemporaryReport), kTemporaryReport + ".Orig"s}) {
+    if (!IsFilled(copy)) continue;
+    std::cout << ", a copy is in " << copy;
+    break;
   }
-  file << "\nCVN - Cross Module Test - Playback Verify Report\n\n";
-  const bool passed = Print_Simple_Table(std::cout);
-  Print_Simple_Table(file);
-  for (std::ostream* out : {&std::cout, &file}) {
-    *out << '\n';
-    Print_Video_Integration_Table(*out);
-    *out << '\n';
-  }
-  file << "Module Column Name:\n";
-  PrintColumnNames(file);
-  return passed;
+  std::cout << ansi::kReset << '\n';
 }
 
 void KeepReport(bool passed) {
@@ -113,67 +133,28 @@ void KeepReport(bool passed) {
           << kTemporaryReport << '\n';
     return;
   }
-  const std::string path = Get_Report_Name(kReportFile, true);
   RunShell("mkdir -p " + ReportDirectory());
+  const std::string path = TakeReportName();
   RunShell(std::string("mv ") + kTemporaryReport + " " + path);
+  if (!IsFilled(path)) {
+    TellLostReport(path);
+    return;
+  }
   Log() << "DONE. report:" << path << '\n';
   if (Get_Report_Send_To() != 0 && (!passed || Get_SendPassReport() == 1)) Send_Report_File(path);
 }
 
-/// Orders stages by their first wrong frame. Audio counts blocks, not frames, and comes last.
-bool WentWrongEarlier(const CM_Module& a, const CM_Module& b) {
-  const auto key = [](const CM_Module& module) {
-    const auto& fields = module.result->wrongFields;
-    return std::tuple(fields.empty(), module.type == MODULE_AUDIO,
-                      fields.empty() ? 0 : fields.front().frameNumber);
-  };
-  return key(a) < key(b);
-}
-
-void PrintFirstBadStage(std::ostream& out) {
-  const auto& modules = ModuleTypeList();
-  const auto bad = std::min_element(modules.begin(), modules.end(), WentWrongEarlier);
-  if (bad == modules.end() || bad->result->wrongFields.empty()) return;
-  const VerifyFailField& field = bad->result->wrongFields.front();
-  out << ansi::kFail << " First bad stage: " << Module_Type_To_String(bad->type) << " frame "
-      << std::to_string(field.frameNumber) << ", " << report_table::FieldName(*bad->result, field)
-      << " = " << report_table::ValuePair(field) << ansi::kReset << '\n';
-}
-
-/// What the video stages say of one frame.
-struct FrameErrors {
-  int stages = 0;  // MODULE_TYPE bits
-  int64_t fieldCount = 0;
-  const CM_Verify_Result* first = nullptr;  // the stage that comes first in the pipeline
-};
-
-FrameErrors ErrorsOfFrame(std::span<const CM_Verify_Result* const> results, std::size_t frame) {
-  FrameErrors errors;
-  for (const CM_Verify_Result* result : results) {
-    if (frame >= result->wrongFrames.size() || result->wrongFrames[frame].fieldCount == 0) continue;
-    errors.stages |= result->moduleType;
-    errors.fieldCount += result->wrongFrames[frame].fieldCount;
-    if (errors.first == nullptr) errors.first = result;
-  }
-  return errors;
-}
-
-void PrintIntegrationRow(std::ostream& out, std::size_t frame, const FrameErrors& errors) {
-  const WrongFrame& row = errors.first->wrongFrames[frame];
-  const VerifyFailField& field =
-      errors.first->wrongFields[static_cast<std::size_t>(row.firstField)];
-  const Cell cells[] = {
-      {std::to_string(frame)},
-      {Module_Type_Inte_To_String(errors.stages)},
-      {std::to_string(errors.fieldCount)},
-      {Module_Type_To_String(errors.first->moduleType)},
-      {report_table::FieldName(*errors.first, field)},
-      {report_table::ValuePair(field)},
-  };
-  report_table::PrintRow(out, kIntegrationColumns, cells);
-}
-
 }  // namespace
+
+void WriteReport(std::ostream& out, const TestInformation& information, const StageResults& results,
+                 const std::string& synchronisation) {
+  for (const std::string& line : InformationLines(information)) out << line << '\n';
+  out << "\nCVN - Cross Module Test - Playback Verify Report\n\n";
+  PrintTables(out, information.name, results);
+  out << "Module Column Name:\n";
+  PrintColumnNames(out, results);
+  if (!synchronisation.empty()) out << '\n' << synchronisation;
+}
 
 bool Print_Verify_Result() {
   const CM_TestCase* testCase = KnownTestCase("Print_Verify_Result");
@@ -181,48 +162,38 @@ bool Print_Verify_Result() {
   LogColumnNames();
   CheckDemoContent(*testCase);
   PrepareResults();
+  std::string synchronisation;
+  const std::optional<AvSyncVerdict> sync = AnalyseMarks(*testCase, synchronisation);
   std::error_code failure;
   std::filesystem::create_directories(std::filesystem::path(kTemporaryReport).parent_path(),
                                       failure);
   std::ofstream file(kTemporaryReport);
   Log() << "Print the Info & Verify Result\n";
-  const bool passed = WriteReport(*testCase, file);
+  const TestInformation information = InformationOf(*testCase);
+  for (const std::string& line : InformationLines(information)) Log() << line << '\n';
+  const StageResults results = Results();
+  PrintTables(std::cout, information.name, results);
+  WriteReport(file, information, results, synchronisation);
+  const bool passed = AllPassed(results) && (!sync || sync->passed);
   ReleaseWrongFrames();
   file.close();
   if (file)
     KeepReport(passed);
   else
     Log() << ansi::kFail << "ERROR: can not write " << kTemporaryReport << '\n';
+  if (sync && !sync->passed)
+    Log() << ansi::kFail << "AV sync: FAIL, " << sync->reason << ansi::kReset << '\n';
   return passed;
 }
 
 bool Print_Simple_Table(std::ostream& out) {
   const CM_TestCase* testCase = Get_Current_TestCase();
-  const std::string name = IsKnown(testCase) ? testCase->Get_TestCase_Name() : "unknown";
-  out << ' ' << report_table::kTitleColour << "List The 1st Erro Frame of All Module"
-      << ansi::kReset << '\n'
-      << report_table::kHeadingColour << "[Test-" << name << "-Overview]" << ansi::kReset << '\n';
-  report_table::PrintHeadings(out, report_table::kSummaryColumns);
-  bool passed = true;
-  for (const CM_Module& module : ModuleTypeList())
-    passed = module.result->PrintSimpleTable(out) && passed;
-  PrintFirstBadStage(out);
-  return passed;
+  return PrintSummary(out, IsKnown(testCase) ? testCase->Get_TestCase_Name() : "unknown",
+                      Results());
 }
 
 void Print_Video_Integration_Table(std::ostream& out) {
-  std::vector<const CM_Verify_Result*> results;
-  std::size_t frameCount = 0;
-  for (const MODULE_TYPE type : kVideoModules) {
-    results.push_back(Get_Module_by_ID(type)->result);
-    frameCount = std::max(frameCount, results.back()->wrongFrames.size());
-  }
-  out << report_table::kHeadingColour << "[Video-Integration]" << ansi::kReset << '\n';
-  report_table::PrintHeadings(out, kIntegrationColumns);
-  for (std::size_t frame = 0; frame < frameCount; ++frame) {
-    const FrameErrors errors = ErrorsOfFrame(results, frame);
-    if (errors.first != nullptr) PrintIntegrationRow(out, frame, errors);
-  }
+  PrintVideoIntegration(out, Results());
 }
 
 void Print_RWA_Verify_Result(const CM_Verify_Result* result) {
@@ -232,6 +203,8 @@ void Print_RWA_Verify_Result(const CM_Verify_Result* result) {
     std::cout << ansi::kList << "PASS" << ansi::kReset;
     if (result->verifyStatus != 0) std::cout << " (verify status " << result->verifyStatus << ')';
     std::cout << '\n';
+    if (!Passed(*result))
+      log() << ansi::kFail << "not passed: " << WhyNotPassed(*result) << ansi::kReset << '\n';
     return;
   }
   std::cout << ansi::kFail << "FAIL, error field count:" << result->wrongFields.size()

@@ -2,11 +2,29 @@
 #pragma once
 
 #include <iosfwd>
+#include <string>
+
+#include "ReportTables.h"
 
 class CM_Verify_Result;
 
+/// What a report says of its test besides the results.
+struct TestInformation {
+  std::string name;
+  std::string content;
+  std::string goldenData;
+  std::string testTime;
+  std::string softwareVersion;
+};
+
+/// Writes the whole report: information, tables, column names and, unless empty, the analysis of
+/// the synchronisation. The results are prepared for printing.
+void WriteReport(std::ostream& out, const TestInformation& information, const StageResults& results,
+                 const std::string& synchronisation);
+
 /// Prints the outcome of all stages of the current test case on the console and into the report
-/// file, and sends the report where the settings say. Returns true when every stage passed.
+/// file, and sends the report where the settings say. Returns true when every stage passed, and the
+/// synchronisation where the content has marks for it.
 bool Print_Verify_Result();
 
 /// Prints the first wrong field of each stage, one line a stage, and the first bad stage. Returns

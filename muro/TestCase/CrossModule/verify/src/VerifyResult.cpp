@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "../../stages/src/CrossModuleLog.h"
-#include "../../stages/src/Verdict.h"
+#include "../../stages/src/StageVerdict.h"
 #include "Ansi.h"
 #include "ReportTable.h"
 
@@ -57,7 +57,7 @@ std::ostream& operator<<(std::ostream& out, const VerifyFailField& field) {
   const std::ios_base::fmtflags flags = out.flags();
   out << std::right << std::dec << " frame " << std::setw(5) << field.frameNumber
       << ",field:" << std::setw(5) << field.columnIndex << ",dump:" << std::setw(10)
-      << field.dumpValue << ",golden:" << std::setw(10) << field.goldenValue;
+      << Printable(field.dumpValue) << ",golden:" << std::setw(10) << Printable(field.goldenValue);
   out.flags(flags);
   return out;
 }

@@ -19,11 +19,11 @@ void SkipTitle(RowReader& file, const char* message) {
 }
 
 void Fail(CM_Verify_Result& result, FrameLog& log, int32_t frame, const ItemPair& pair,
-          std::size_t item) {
+          std::size_t item, HiddenDifference hidden = HiddenDifference::kNone) {
   const int32_t golden = pair.golden[item];
   const int32_t sample = pair.sample[item];
   AppendWrongField(result, frame, item, ItemText(golden, item == kCrc && item < pair.goldenCount),
-                   ItemText(sample, item == kCrc && item < pair.sampleCount));
+                   ItemText(sample, item == kCrc && item < pair.sampleCount), hidden);
   log << "vdec info compare fail in frame " << frame << ", " << kVdecColumns[item].name << " ,val=";
   log.Hex(golden) << " ";
   log.Hex(sample) << " \n";
@@ -42,7 +42,7 @@ bool CompareRows(CM_Verify_Result& result, FrameLog& log, std::string_view golde
     ++failed;
   }
   if (!pair.whole) {
-    Fail(result, log, frame, pair, pair.readable);
+    Fail(result, log, frame, pair, pair.readable, HiddenDifference::kMalformedRow);
     ++failed;
   }
   log << "vdec info compare frame " << frame;

@@ -24,5 +24,8 @@ Judgement Judge(const CM_Verify_Result& result);
 /// True for the verdict `kPass` alone.
 bool Passed(const CM_Verify_Result& result);
 
+/// Why a stage has not passed, also when the remark leaves that to fields and counts.
+std::string WhyNotPassed(const CM_Verify_Result& result);
+
 /// "compared 200 of 899".
 std::string ComparedText(const CM_Verify_Result& result);

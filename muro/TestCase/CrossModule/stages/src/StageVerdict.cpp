@@ -1,4 +1,4 @@
-#include "Verdict.h"
+#include "StageVerdict.h"
 
 #include "VerifyResult.h"
 
@@ -22,13 +22,18 @@ std::string StatusRemark(const CM_Verify_Result& result) {
 }
 
 std::string HiddenRemark(const CM_Verify_Result& result) {
-  switch (result.wrongFields.front().hidden) {
+  const VerifyFailField& field = result.wrongFields.front();
+  switch (field.hidden) {
     case HiddenDifference::kLineEnd:
       return "line ends differ";
+    case HiddenDifference::kExtraColumn:
+      return "a row has an extra column";
     case HiddenDifference::kDropMarker:
       return "marked as dropped";
+    case HiddenDifference::kMalformedRow:
+      return "malformed row";
     default:
-      return "";
+      return field.goldenValue == field.dumpValue ? "only control characters differ" : "";
   }
 }
 
@@ -55,6 +60,15 @@ Judgement Judge(const CM_Verify_Result& result) {
 
 bool Passed(const CM_Verify_Result& result) {
   return Judge(result).verdict == StageVerdict::kPass;
+}
+
+std::string WhyNotPassed(const CM_Verify_Result& result) {
+  const Judgement judgement = Judge(result);
+  if (!judgement.remark.empty()) return judgement.remark;
+  if (!result.wrongFields.empty())
+    return std::to_string(result.wrongFields.size()) + " wrong fields";
+  return std::to_string(result.sampleFrameCount) + " of " +
+         std::to_string(result.goldenFrameCount) + " frames";
 }
 
 std::string ComparedText(const CM_Verify_Result& result) {
