@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,7 @@
 
 #include "BoardConnections.h"
 #include "BoardFiles.h"
+#include "CMplaybackTestCase.h"
 #include "ReportDelivery.h"
 #include "Scripted.h"
 #include "Settings.h"
@@ -136,7 +138,68 @@ TEST_F(CrossModuleFilesDelivery, SendsTheKeptDumps) {
     expected.push_back("cd " + home_.Path() + "dump_tmp ;tftp -p -l dump-101-h264-FrtChg-" + stage +
                        ".txt tv-farm.local");
   EXPECT_EQ(CommandsOf(Send_Dump_To_TFTP), expected);
+}
+
+TEST_F(CrossModuleFilesDelivery, MountsTheStickBeforeItSendsThere) {
+  crossmodule::PretendBoardFile(kAndroid);
+  SendTo(1);
+  const auto send = [] { return Send_Report_File("/a/report.txt") ? 0 : 1; };
+  const Lines copied = {"mkdir -p /tmp/usb/cross_module_report",
+                        "cp /a/report.txt /tmp/usb/cross_module_report/", "sync"};
+  const auto endsWith = [](const Lines& all, const Lines& end) {
+    return all.size() >= end.size() && std::equal(end.rbegin(), end.rend(), all.rbegin());
+  };
+  const auto none = Play("", send);
+  EXPECT_EQ(none.result, 1);
+  EXPECT_NE(none.output.find("no USB stick: /a/report.txt not sent to it"), std::string::npos);
+  EXPECT_EQ(std::ranges::count(none.commands, copied[1]), 0);
+
+  crossmodule::PretendFiles({"/dev/block/sda", "/dev/block/sda1"});
+  const auto first = Play("", send);
+  EXPECT_EQ(first.result, 0);
+  EXPECT_EQ(std::ranges::count(first.commands, "mount /dev/block/sda1 /tmp/usb"), 1);
+  EXPECT_TRUE(endsWith(first.commands, copied));
+  const auto second = Play("", send);
+  EXPECT_EQ(second.commands, (Lines{"sync", copied[0], copied[1], copied[2]}))
+      << "it is still mounted";
+  crossmodule::PretendFiles({});
+  EXPECT_EQ(Play("", send).result, 1) << "pulled out";
+}
+
+TEST_F(CrossModuleFilesDelivery, FailsWhenNothingWasPackedOrSent) {
+  crossmodule::PretendBoardFile(kSorvex);
+  const auto package = [] { return CMplaybackTestCase::CMplaybackTest_Package_AllInOne(nullptr); };
+  const auto sendDumps = [] { return CMplaybackTestCase::CMplayback_Send_Dump_To_TFTP(nullptr); };
+  SendTo(2);
+  const auto noDump = Play("", package);
+  EXPECT_EQ(noDump.result, 1);
+  EXPECT_EQ(noDump.commands, Lines{});
+  EXPECT_NE(noDump.output.find("ERROR: no dump of 101-h264-FrtChg to pack"), std::string::npos);
+
+  home_.Write("dump_tmp/dump-101-h264-FrtChg-VO.txt", "a dump\n");
+  const struct {
+    const char* failing;  // commands that hold this
+    int package;
+    int sendDumps;
+  } kFaults[] = {{"nothing", 0, 0}, {"tftp -p", 1, 1}, {"tar -zcf", 1, 0}, {"-VO.txt tv", 0, 0}};
+  for (const auto& fault : kFaults) {
+    scripted::OnCommand([&](const std::string& command) {
+      return command.find(fault.failing) == std::string::npos ? 0 : 1;
+    });
+    EXPECT_EQ(Play("", package).result, fault.package) << fault.failing;
+    EXPECT_EQ(Play("", sendDumps).result, fault.sendDumps) << fault.failing;
+  }
+}
+
+TEST_F(CrossModuleFilesDelivery, SendsNothingWithoutAServer) {
   home_.Write("config/tftp_ip.cfg", "-\n");
+  SendTo(2);
+  const auto send = [] { return Send_Dump_To_TFTP() || Send_Report_File("/a/r.txt") ? 0 : 1; };
+  const auto run = Play("", send);
+  EXPECT_EQ(run.result, 1);
+  EXPECT_EQ(run.commands, (Lines{"sync", "sync"}));
+  EXPECT_NE(run.output.find("No TFTP server is set: dumps not sent\n"), std::string::npos);
+  EXPECT_NE(run.output.find("No TFTP server is set: /a/r.txt not sent\n"), std::string::npos);
 }
 
 TEST_F(CrossModuleFilesDelivery, DoesNothingForAnUnknownTestCase) {

@@ -4,12 +4,15 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "AvSync.h"
 #include "BoardFiles.h"
+#include "DetailedVerdict.h"
 #include "ModuleVerification.h"
+#include "ReportDelivery.h"
 #include "Scripted.h"
 #include "Settings.h"
 #include "TestCaseCatalogue.h"
@@ -178,6 +181,94 @@ TEST_F(CrossModuleFilesReport, GoesWhereItIsWanted) {
     EXPECT_EQ(Contains(run.output, "[Send_Report_File]"), test.sent)
         << test.destination << test.fails << test.sendPassReport;
   }
+}
+
+TEST_F(CrossModuleFilesReport, ReplacesNoOtherReport) {
+  home_.Write("config/report_send_to_USB_TFTP.config", "2\n");
+  home_.Play(101, {ParseDefect("VO:garble:300")});
+  std::string sent;
+  for (int round = 1; round <= 10; ++round) {
+    const auto run = VerifyAll();
+    std::string number;
+    if (round > 1) number.append("_").append(std::to_string(round));
+    EXPECT_TRUE(Contains(StoredReport(number), "[VO]      FAIL!")) << round;
+    EXPECT_TRUE(
+        Contains(run.output, "report_101-h264-FrtChg_0315_142501" + number + ".txt 10.0.0.2\n"))
+        << run.output;
+    EXPECT_EQ(Get_Report_Name(kReportArchive, false),
+              "report_101-h264-FrtChg_0315_142501" + number + ".tar.gz");
+  }
+}
+
+TEST_F(CrossModuleFilesReport, IsNotSentWhenItWasNotStored) {
+  home_.Write("config/report_send_to_USB_TFTP.config", "3\n");
+  home_.Play(101, {ParseDefect("VO:garble:300")});
+  const std::string path = ReportPath();
+  const struct {
+    const char* what;
+    std::function<int(const std::string& command)> shell;
+    const char* copy;
+  } kFaults[] = {
+      {"no room to move it",
+       [&](const std::string& command) {
+         return command.ends_with(path) ? 1 : crossmodule::RunForReal(command);
+       },
+       kTemporaryReport},
+      {"cleaned of everything",
+       [&](const std::string& command) {
+         if (command.ends_with(".tmp /tmp/cross_module/report.verify.tmp.txt"))
+           return crossmodule::RunForReal("> /tmp/cross_module/report.verify.tmp.txt");
+         return crossmodule::MovesAReport(command) ? crossmodule::RunForReal(command) : 0;
+       },
+       "/tmp/cross_module/report.verify.tmp.txt.Orig"},
+  };
+  for (const auto& fault : kFaults) {
+    std::filesystem::remove(path);
+    scripted::OnCommand(fault.shell);
+    const std::string shown = WithoutColours(VerifyAll().output);
+    EXPECT_TRUE(Contains(shown, "ERROR: the report is not in " + path +
+                                    ", it is not sent, a copy is in " + fault.copy + "\n"))
+        << fault.what << shown;
+    EXPECT_FALSE(Contains(shown, "[Send_Report_File]")) << fault.what;
+    EXPECT_FALSE(Contains(shown, "DONE. report:")) << fault.what;
+    EXPECT_TRUE(Contains(scripted::ReadFile(fault.copy), "[VO]  "));
+  }
+}
+
+TEST_F(CrossModuleFilesReport, OfARefusedRunShowsNoOlderDumps) {
+  home_.Play(101, {});
+  for (const CM_Module& module : ModuleTypeList())
+    std::filesystem::rename(*module.dumpPath, *module.dumpPath + ".old");
+  Play("", [] { return Verify_All_Modules(Dumps::kOfARefusedRun), 0; });
+  for (const CM_Module& module : ModuleTypeList())
+    std::filesystem::rename(*module.dumpPath + ".old", *module.dumpPath);
+  const auto run = Play("", [] { return Print_Verify_Result() ? 0 : 1; });
+  EXPECT_EQ(run.result, 1);
+  EXPECT_TRUE(
+      Contains(WithoutColours(run.output),
+               "[VDEC]    FAIL!              (no---data)/599                    0/0         "
+               "   -  -             (no---data)  not run\n"))
+      << run.output;
+}
+
+TEST_F(CrossModuleFilesReport, HasTheSynchronisationOfItsCase) {
+  Set_Current_TestCase(501);
+  home_.Play(501, {ParseDefect("Audio:late:0:21")});
+  const auto run = VerifyAll();
+  EXPECT_EQ(run.result, 1) << "every stage passed";
+  const std::string report =
+      scripted::ReadFile(home_.Path() + "report/report_501-avSync_0315_142501.txt");
+  EXPECT_TRUE(Contains(report, "[Audio]   PASS"));
+  EXPECT_TRUE(
+      report.ends_with("\nFAIL: 10 of 10 flashes outside the tolerance\n"
+                       " First bad stage: [OMXIN] or [Audio], the sound 21 ms late\n"))
+      << report;
+  EXPECT_TRUE(Contains(WithoutColours(run.output), "AV sync: FAIL, 10 of 10 flashes outside"));
+
+  home_.Play(501, {});
+  EXPECT_EQ(VerifyAll().result, 0);
+  home_.Play(501, {ParseDefect("Audio:change:300:pcm_data_crc=1")});
+  EXPECT_EQ(VerifyAll().result, 1) << "a synchronisation that passes hides no stage";
 }
 
 TEST_F(CrossModuleFilesReport, TellsThatItCannotBeWritten) {

@@ -31,6 +31,9 @@ class CM_TestCase {
   std::string Get_Dump_Backup_Name(MODULE_TYPE module) const;
   /// Where the stage's dump of this case is kept.
   std::string Get_Dump_Backup_Path(MODULE_TYPE module) const;
+  /// True for the demo clip, whose sound is early and whose outcome is checked in a line of its
+  /// own.
+  bool IsDemo() const { return contentFile == "goodDemo.cfg"; }
   /// Golden file of the stage; free-run mode has a set of its own.
   std::string Get_Golden_Path(MODULE_TYPE module) const;
 

@@ -13,7 +13,6 @@
 #include "Ansi.h"
 #include "ColumnCompare.h"
 #include "LateStage.h"
-#include "ModuleVerification.h"
 #include "ReportTable.h"
 #include "RowReader.h"
 
@@ -352,7 +351,7 @@ bool Print_AVsync_Anayze_Result(const AV_Sync_Info* vo, const AV_Sync_Info* scal
 
 AvSyncVerdict VerifyAvSync(const CM_TestCase& testCase, const StagePath& golden,
                            const StagePath& dump, std::ostream& out, std::ostream& log) {
-  Set_AVsync_Offset(IsDemoContent(testCase) ? kDemoOffsetMs : 0);
+  Set_AVsync_Offset(testCase.IsDemo() ? kDemoOffsetMs : 0);
   const AV_Sync_Info vo = Fetch_AVsync_Info_VO(dump(MODULE_VO), log);
   const AV_Sync_Info scaler = Fetch_AVsync_Info_Scaler(dump(MODULE_SCALER), log);
   const AV_Sync_Info audio = Fetch_AVsync_Info_Audio(dump(MODULE_AUDIO), log);

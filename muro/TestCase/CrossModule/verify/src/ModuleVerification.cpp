@@ -12,9 +12,9 @@
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
+#include "DetailedVerdict.h"
 #include "InputFile.h"
 #include "Verifiers.h"
-#include "VerifyReport.h"
 
 namespace {
 
@@ -94,8 +94,4 @@ void Verify_All_Modules(Dumps dumps) {
     Verify_Module(module.type);
   }
   verifyingAll = false;
-}
-
-bool IsDemoContent(const CM_TestCase& testCase) {
-  return testCase.contentFile == "goodDemo.cfg";
 }

@@ -5,7 +5,6 @@
 
 #include "../../stages/src/Stage.h"
 
-class CM_TestCase;
 class CM_Verify_Result;
 
 /// Compares a stage's two files with the stage's verifier.
@@ -28,6 +27,3 @@ enum class Dumps {
 
 /// Forgets every stage's outcome and verifies all stages in list order.
 void Verify_All_Modules(Dumps dumps = Dumps::kOfARun);
-
-/// True for the demo clip, whose sound is early and whose outcome is checked in a line of its own.
-bool IsDemoContent(const CM_TestCase& testCase);

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iomanip>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -11,12 +10,10 @@
 
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
-#include "../../stages/src/StageVerdict.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
 #include "AvSync.h"
-#include "ModuleVerification.h"
 #include "ReportDelivery.h"
 #include "ReportTables.h"
 #include "Shell.h"
@@ -70,7 +67,7 @@ void PrintShortVerdict(std::ostream& out, const char* name, MODULE_TYPE type) {
 }
 
 void CheckDemoContent(const CM_TestCase& testCase) {
-  if (!IsDemoContent(testCase)) return;
+  if (!testCase.IsDemo()) return;
   Log() << "(VIP) Start Test \n";
   PrintShortVerdict(Log(), "VO", MODULE_VO);
   PrintShortVerdict(std::cout, " -> scaler", MODULE_SCALER);
@@ -194,23 +191,4 @@ bool Print_Simple_Table(std::ostream& out) {
 
 void Print_Video_Integration_Table(std::ostream& out) {
   PrintVideoIntegration(out, Results());
-}
-
-void Print_RWA_Verify_Result(const CM_Verify_Result* result) {
-  const auto log = []() -> std::ostream& { return CmLog("Print_RWA_Verify_Result"); };
-  log() << Module_Type_To_String(result->moduleType) << "verify result ==>  ";
-  if (result->wrongFields.empty()) {
-    std::cout << ansi::kList << "PASS" << ansi::kReset;
-    if (result->verifyStatus != 0) std::cout << " (verify status " << result->verifyStatus << ')';
-    std::cout << '\n';
-    if (!Passed(*result))
-      log() << ansi::kFail << "not passed: " << WhyNotPassed(*result) << ansi::kReset << '\n';
-    return;
-  }
-  std::cout << ansi::kFail << "FAIL, error field count:" << result->wrongFields.size()
-            << ansi::kReset << '\n';
-  const std::ios_base::fmtflags flags = std::cout.flags();
-  for (std::size_t i = 0; i < result->wrongFields.size(); ++i)
-    log() << "  " << std::right << std::setw(3) << i << ' ' << result->wrongFields[i] << '\n';
-  std::cout.flags(flags);
 }

@@ -1,12 +1,10 @@
-// The report of a verified test case, and one stage's outcome in detail.
+// The report of a verified test case.
 #pragma once
 
 #include <iosfwd>
 #include <string>
 
 #include "ReportTables.h"
-
-class CM_Verify_Result;
 
 /// What a report says of its test besides the results.
 struct TestInformation {
@@ -33,6 +31,3 @@ bool Print_Simple_Table(std::ostream& out);
 
 /// Prints the wrong frames of the video stages, one line a frame, from the prepared results.
 void Print_Video_Integration_Table(std::ostream& out);
-
-/// Prints one stage's verdict with all wrong fields on the console.
-void Print_RWA_Verify_Result(const CM_Verify_Result* result);
