@@ -51,8 +51,8 @@ class DvoWalk : public LockStepWalk {
     const std::string_view row = golden_.row;
     if (!inStep_ || row.back() != '\n' || !sample_.file.Ahead().starts_with(row)) return 0;
     const int32_t frame = ToNumber(row);
-    if (frame < kFirstCheckedFrame || row.find('-') != std::string_view::npos) return 0;
-    if (CountFields(row) < kFieldCount) return 0;
+    if (frame < kFirstCheckedFrame) return 0;
+    if (row.find('-') != std::string_view::npos || CountFields(row) < kFieldCount) return 0;
     lastGolden_ = lastSample_ = frame;
     return row.size();
   }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdlib>
 #include <iterator>
 #include <tuple>
@@ -56,25 +57,41 @@ class StartUpRows {
  public:
   bool Contains(std::string_view row, std::string_view behindCounter) {
     if (known_.empty() || !behindCounter.starts_with(known_)) Learn(row, behindCounter);
-    return known_.empty() || ToNumber(row) < frames_;
+    return known_.empty() || (!IsPlainlyLarge(row) && ToNumber(row) < frames_);
+  }
+
+  /// True when a row that `Contains` looked at surely has all its fields.
+  bool IsWhole(std::string_view behindCounter) const {
+    return !known_.empty() && IsPlain(behindCounter.substr(known_.size()), 1);
   }
 
  private:
+  /// True for more digits than the number of start-up frames has: most rows need not be read.
+  bool IsPlainlyLarge(std::string_view row) const {
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return row.size() > digits_ && row[0] != '0' &&
+           std::all_of(row.begin(), row.begin() + static_cast<std::ptrdiff_t>(digits_) + 1,
+                       isDigit);
+  }
+
   void Learn(std::string_view row, std::string_view behindCounter) {
     OMX_MURO_FIELDS fields;
     parseFields(fields, row);
     const char* const pts = fields.field.back().data();
     known_ = pts == nullptr ? "" : std::string(behindCounter.data(), pts);
     frames_ = StartUpFrames(fields);
+    digits_ = std::to_string(frames_).size();
   }
 
   std::string known_;  // of the last row that was taken apart
   int32_t frames_ = 0;
+  std::size_t digits_ = 1;
 };
 template <>
 class StartUpRows<MURO_OMX_INPUT_FIELDS> {
  public:
   bool Contains(std::string_view, std::string_view) { return false; }
+  bool IsWhole(std::string_view) const { return false; }
 };
 
 template <class Fields>
@@ -128,10 +145,10 @@ class OmxWalk : public LockStepWalk {
   std::size_t FindSame() override {
     if (golden_.rowsRead <= warmUpRows_ || sample_.rowsRead < warmUpRows_) return 0;
     const SameRow same = SameButSecondField(golden_.row, sample_.file.Ahead());
-    return same.length != 0 && CountFields(golden_.row) >= kFieldCount &&
-                   !startUp_.Contains(golden_.row, same.text)
-               ? same.length
-               : 0;
+    if (same.length == 0 || startUp_.Contains(golden_.row, same.text)) return 0;
+    // The text is that of the fields after the first two.
+    const bool isWhole = startUp_.IsWhole(same.text) || CountFields(same.text) + 2 >= kFieldCount;
+    return isWhole ? same.length : 0;
   }
 
   bool IsSelected(std::string_view row, int32_t rowsRead) const override {
