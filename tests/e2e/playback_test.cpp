@@ -114,28 +114,53 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
     const char* stage;
     Strings firstError;  // frame and field, as the stage's row shows them
     Strings stages;      // all that fail, by name
+    const char* named;   // as the first bad stage; empty: there is none
   } kCases[] = {
-      {"vdec corrupt 300", "[VDEC]", {"300", "crc"}, {"[Scaler]", "[VDEC]", "[VO]"}},
+      {"vdec corrupt 300",
+       "[VDEC]",
+       {"300", "crc"},
+       {"[Scaler]", "[VDEC]", "[VO]"},
+       "[VDEC]   frame 300, crc = "},
       {"omxin drop 200",
        "[OMXIN]",
        {"200", "frame_no"},
-       {"[DVO]", "[OMXIN]", "[OMXOUT]", "[Scaler]", "[VDEC]", "[VO]"}},
+       {"[DVO]", "[OMXIN]", "[OMXOUT]", "[Scaler]", "[VDEC]", "[VO]"},
+       "[OMXIN] frame 200"},
       {"omxout reorder 250",
        "[OMXOUT]",
        {"250", "frame_no"},
-       {"[DVO]", "[OMXOUT]", "[Scaler]", "[VO]"}},
-      {"dvo repeat 200", "[DVO]", {"201", "frame_no"}, {"[DVO]", "[Scaler]", "[VO]"}},
-      {"vo drop 300 2", "[VO]", {"300", "frame_no"}, {"[Scaler]", "[VO]"}},
-      {"scaler corrupt 400 5", "[Scaler]", {"400", "crc_vgip"}, {"[Scaler]"}},
-      {"audio corrupt 200", "[Audio]", {"200", "pcm_data_crc"}, {"[Audio]"}},
-      {"audio drop 200", "[Audio]", {"-", "-"}, {"[Audio]"}},
-      {"omxin change 200 input_flags", "[OMXIN]", {"200", "input_flags"}, {"[OMXIN]"}},
-      {"dvo change 200 frame_rate=1", "[DVO]", {"200", "frame_rate"}, {"[DVO]"}},
-      {"vo change 200 width=1", "[VO]", {"200", "width"}, {"[VO]"}},
-      {"vdec truncate 300", "[VDEC]", {"300", "hdrInfo"}, {"[VDEC]"}},
-      {"omxout truncate 300", "[OMXOUT]", {"300", "hdrInfo"}, {"[OMXOUT]"}},
-      {"scaler nothing", "[Scaler]", {"-", "-"}, {"[Scaler]"}},
-      {"vdec late 0 50", "[VDEC]", {"-", "-"}, {}},  // no clock is compared
+       {"[DVO]", "[OMXOUT]", "[Scaler]", "[VO]"},
+       "[OMXOUT] frame 250"},
+      {"dvo repeat 200",
+       "[DVO]",
+       {"201", "frame_no"},
+       {"[DVO]", "[Scaler]", "[VO]"},
+       "[DVO]    frame 201"},
+      {"vo drop 300 2", "[VO]", {"300", "frame_no"}, {"[Scaler]", "[VO]"}, "[VO]     frame 300"},
+      {"scaler corrupt 400 5", "[Scaler]", {"400", "crc_vgip"}, {"[Scaler]"}, "[Scaler] frame 400"},
+      {"audio corrupt 200", "[Audio]", {"200", "pcm_data_crc"}, {"[Audio]"}, "[Audio]  frame 200"},
+      {"vo corrupt 300",
+       "[VO]",
+       {"300", "crc_vo"},
+       {"[Scaler]", "[VO]"},
+       "[OMXOUT], [DVO] or [VO] frame 300"},
+      {"audio repeat 200", "[Audio]", {"-", "-"}, {"[Audio]"}, "[Audio]  compared "},
+      {"audio drop 200", "[Audio]", {"-", "-"}, {"[Audio]"}, "[Audio]  468 of 469 frames"},
+      {"omxin change 200 input_flags",
+       "[OMXIN]",
+       {"200", "input_flags"},
+       {"[OMXIN]"},
+       "[OMXIN] frame 200"},
+      {"dvo change 200 frame_rate=1",
+       "[DVO]",
+       {"200", "frame_rate"},
+       {"[DVO]"},
+       "[DVO]    frame 200"},
+      {"vo change 200 width=1", "[VO]", {"200", "width"}, {"[VO]"}, "[VO]     frame 200"},
+      {"vdec truncate 300", "[VDEC]", {"300", "hdrInfo"}, {"[VDEC]"}, "[VDEC]   frame 300"},
+      {"omxout truncate 300", "[OMXOUT]", {"300", "hdrInfo"}, {"[OMXOUT]"}, "[OMXOUT] frame 300"},
+      {"scaler nothing", "[Scaler]", {"-", "-"}, {"[Scaler]"}, "[Scaler] not verified"},
+      {"vdec late 0 50", "[VDEC]", {"-", "-"}, {}, ""},  // no clock is compared
   };
   Initialise();
   Pty& pty = OpenMenu();
@@ -143,6 +168,10 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
     SetDefect(expected.defect);
     const std::string report = RunCase(pty, "1");
     EXPECT_EQ(StagesNotPassed(report), expected.stages) << expected.defect;
+    const std::string named = " First bad stage: ";
+    EXPECT_TRUE(Contains(report, named) ? Contains(report, named + expected.named)
+                                        : *expected.named == '\0')
+        << expected.defect << report;
     const Strings row = test::Overview(report)[expected.stage];
     ASSERT_GE(row.size(), 5U) << report;
     EXPECT_EQ(Strings(row.begin() + 3, row.begin() + 5), expected.firstError) << expected.defect;
@@ -155,25 +184,35 @@ TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
   const struct {
     const char* defect;
     const char* verdict;
+    const char* named;  // as the first bad stage
   } kCases[] = {
-      {"none", " 0ms "},
-      {"audio late 0 20", "+20ms "},
-      {"audio late 0 21", "FAIL(+1ms)"},
-      {"audio early 0 30", " -30ms "},
-      {"audio early 0 31", "FAIL: (-1ms)"},
-      {"vdec late 0 50", "FAIL: (-20ms)"},
+      {"none", " 0ms ", ""},
+      {"audio late 0 20", "+20ms ", ""},
+      {"audio late 0 21", "FAIL(+1ms)", "[OMXIN] or [Audio], the sound 21 ms late"},
+      {"audio early 0 30", " -30ms ", ""},
+      {"audio early 0 31", "FAIL: (-1ms)", "[OMXIN] or [Audio], the sound 31 ms early"},
+      {"vdec late 0 50", "FAIL: (-20ms)", "[VDEC] 50 ms late"},
+      {"vo late 0 50", "FAIL: (-20ms)", "[VO] 50 ms late"},
   };
   Initialise();
   Pty& pty = OpenMenu();
   for (const auto& expected : kCases) {
     SetDefect(expected.defect);
-    EXPECT_EQ(StagesNotPassed(RunCase(pty, "8")), Strings()) << "checksums do not tell";
+    const std::string report = RunCase(pty, "8");
+    EXPECT_EQ(StagesNotPassed(report), Strings()) << "checksums do not tell";
+    const std::string name = fs::path(pty.Groups()[1]).filename();
     EXPECT_TRUE(pty.Expect(" *AV sync tolerance:"));
     const bool fails = Contains(expected.verdict, "FAIL");
     EXPECT_TRUE(Contains(pty.Before(), expected.verdict)) << expected.defect << pty.Before();
     EXPECT_EQ(Contains(pty.Before(), "FAIL"), fails) << pty.Before();
     EXPECT_EQ(Contains(pty.Before(), "PASS"), !fails) << "all flashes are alike";
     EXPECT_TRUE(Contains(pty.Before(), "| frame     237")) << pty.Before();
+    EXPECT_TRUE(Contains(report, "| frame     237")) << "the stored report has it too";
+    EXPECT_EQ(Contains(report, "FAIL: 7 of 7 flashes outside the tolerance\n First bad stage: " +
+                                   std::string(expected.named) + "\n"),
+              fails)
+        << report;
+    EXPECT_EQ(fs::exists(Board() / kStickReports / name), fails) << "failing reports are sent";
   }
 }
 
@@ -254,6 +293,22 @@ TEST_F(PlaybackTest, CustomizedListRunsItsRounds) {
   EXPECT_TRUE(pty.Expect("passed 0 of 2\n"));
   EXPECT_TRUE(pty.Expect("passed 2 of 2\n"));
   EXPECT_TRUE(pty.Expect(kChoice));
+}
+
+TEST_F(PlaybackTest, EveryRoundKeepsItsReport) {
+  Initialise();
+  Pty& pty = OpenMenu({.scenario = "defect vdec corrupt 100\n", .timeScale = 50});
+  EXPECT_TRUE(pty.Answer(kChoice, "1"));
+  EXPECT_TRUE(pty.Answer("empty: keep): ", "2"));
+  EXPECT_TRUE(pty.Answer("number of rounds: ", "10"));
+  EXPECT_TRUE(pty.Expect("passed 0 of 10\n", kAllLimitMs));
+  EXPECT_TRUE(pty.Expect(kChoice));
+  Strings stored;
+  for (const auto& entry : fs::directory_iterator(OnBoard(kHome + std::string("report"))))
+    stored.push_back(entry.path().filename());
+  std::sort(stored.begin(), stored.end());
+  EXPECT_EQ(stored.size(), 10U);
+  EXPECT_EQ(Arrived(kStickReports), stored);
 }
 
 TEST_F(PlaybackTest, AllCasesPassInOneRun) {

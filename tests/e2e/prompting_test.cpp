@@ -71,6 +71,7 @@ TEST_F(PromptingTest, RowsOfCrossModuleTestsSayWhichOfThemAsk) {
   for (const char* test : {"CMplaybackModule/15", "CMplaybackModule/22"}) {
     fs::remove(home / "config/tftp_ip.cfg");
     Put("/data/cross_module/config/report_send_to_USB_TFTP.config", "2\n");
+    Put("/tmp/cross_module/file_format.cfg", "101\n");
     Drive({test});
   }
   // One that was set up already; 2 leaves it as it is.

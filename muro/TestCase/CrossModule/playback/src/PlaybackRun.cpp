@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <optional>
 #include <span>
 
@@ -76,6 +77,26 @@ std::string PlayerCommand(const CM_TestCase& testCase, const BoardSystem& system
          (isFile ? system.filePlayerEnd : "");
 }
 
+/// While this lives, relative commands are found below the cross-module home, wherever the program
+/// was started: the player of network content is called by such a one.
+class AtHome {
+ public:
+  AtHome() {
+    std::error_code failure;
+    before_ = std::filesystem::current_path(failure);
+    std::filesystem::current_path(CrossModuleHome(), failure);
+  }
+  ~AtHome() {
+    std::error_code failure;
+    if (!before_.empty()) std::filesystem::current_path(before_, failure);
+  }
+  AtHome(const AtHome&) = delete;
+  AtHome& operator=(const AtHome&) = delete;
+
+ private:
+  std::filesystem::path before_;
+};
+
 void Play(const CM_TestCase& testCase, const std::string& progress) {
   constexpr char kFunction[] = "Run_Playback_Test_Case";
   if (manualPlay) {
@@ -88,6 +109,8 @@ void Play(const CM_TestCase& testCase, const std::string& progress) {
   CmLog(kFunction) << system.playerLogTag << "Excute command: " << command << '\n';
   std::optional<LiveLine> line;
   if (!progress.empty()) line.emplace(progress);
+  std::optional<AtHome> atHome;
+  if (Get_USB_HTTP_Mode() == MODE_HTTP) atHome.emplace();
   RunShell(command);
 }
 
