@@ -1,6 +1,7 @@
 // Dumps that lie on the board against golden data, from the menu to the report on the USB stick.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -131,6 +132,39 @@ TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheSynchronisationOfTheSelectedC
   Play(talk);
   EXPECT_TRUE(Reported("016.Verify - AV sync", " FAIL ")) << Screen();
   EXPECT_TRUE(Contains(Screen(), "FAIL(+1ms)")) << Screen();
+}
+
+TEST_F(VerifyTest, AwayFromTheBoardNothingButTheTwoDirectoriesCounts) {
+  PutDumps("--case 101 --defect VO:change:300:width=1");
+  // Settings that would choose other golden data, another case and a day of tolerance.
+  const struct {
+    const char* path;
+    const char* text;
+  } kSettings[] = {{"/tmp/cross_module/freeRun.config", "1\n"},
+                   {"/tmp/cross_module/file_format.cfg", "201\n"},
+                   {"/system/bin/vout_setting.conf", "errTolerance_sec = 86400\n"}};
+  for (const auto& setting : kSettings) {
+    fs::create_directories(OnBoard(setting.path).parent_path());
+    std::ofstream(OnBoard(setting.path)) << setting.text;
+  }
+  const auto files = [&] {
+    std::vector<std::string> paths;
+    for (const char* directory : {"/tmp", "/data"}) {
+      for (const auto& entry : fs::recursive_directory_iterator(OnBoard(directory)))
+        paths.push_back(entry.path());
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+  };
+  const auto before = files();
+  Pty& pty = Start({.arguments = {"--verify", "101", "--dump", "/data/cross_module/dump_tmp",
+                                  "--golden", "/data/cross_module/golden_data/playback"}});
+  EXPECT_EQ(pty.Wait(), 1);
+  EXPECT_TRUE(Contains(pty.Transcript(), "6 passed, 1 failed")) << pty.Transcript();
+  EXPECT_TRUE(Contains(pty.Transcript(), "first: frame 300, width = 1/1920"));
+  EXPECT_EQ(files(), before);
+  for (const auto& setting : kSettings)
+    EXPECT_EQ(test::FileText(OnBoard(setting.path)), setting.text);
 }
 
 TEST_F(VerifyTest, EveryOperatingSystemHasItsHomeAndStick) {

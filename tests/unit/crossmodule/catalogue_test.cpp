@@ -132,6 +132,12 @@ TEST_F(Catalogue, UserCaseFilesOfAllKindsAreRead) {
   }
 }
 
+TEST_F(Catalogue, AnEmptyOverwriteFileMarksNothingAndIsNoComplaint) {
+  Write(kOverwriteFile, "");
+  EXPECT_EQ(Build().find("skipped"), std::string::npos);
+  for (const CM_TestCase& testCase : TestCaseList()) EXPECT_EQ(testCase.goldenOverwritten, 0);
+}
+
 TEST_F(Catalogue, OverwriteLinesBelongToTheCasesFromTheFirstOn) {
   Write(kOverwriteFile, "0\n1\n");
   EXPECT_EQ(Build().find("skipped"), std::string::npos);

@@ -10,6 +10,7 @@
 
 #include "../../stages/src/CrossModuleLog.h"
 #include "../../stages/src/Settings.h"
+#include "../../stages/src/StageVerdict.h"
 #include "../../stages/src/TestCaseCatalogue.h"
 #include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
@@ -60,10 +61,10 @@ void LogColumnNames() {
   for (const CM_Module& module : ModuleTypeList()) module.result->Print_Column_Name(Log());
 }
 
-/// Prints "VO(0) PASS" for a stage without wrong fields.
+/// Prints "VO(0) PASS": the number of wrong fields and the verdict.
 void PrintShortVerdict(std::ostream& out, const char* name, MODULE_TYPE type) {
-  const std::size_t errors = Get_Module_by_ID(type)->result->wrongFields.size();
-  out << name << '(' << errors << ") " << (errors == 0 ? "PASS" : "FAIL");
+  const CM_Verify_Result& result = *Get_Module_by_ID(type)->result;
+  out << name << '(' << result.wrongFields.size() << ") " << (Passed(result) ? "PASS" : "FAIL");
 }
 
 void CheckDemoContent(const CM_TestCase& testCase) {
