@@ -78,6 +78,8 @@ class RLink {
   virtual int RegisterInvokeCommand(uint32_t class_id, RLNK_INVOKE_HANDLER handler) = 0;
   // Waits for the slave's answer, which is in the parameters that go out.
   virtual int Send(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) = 0;
+  // Does not wait. The command is copied; memory that it refers to must stay until the session is
+  // closed, because the slave reads it when it comes to it.
   virtual int SendAsync(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) = 0;
 
   // Null on failure. The buffer is the library's; ReleaseBuffer frees it.

@@ -159,6 +159,27 @@ TEST(LinkTests, AFailingCloseTurnsSuccessIntoFailure) {
       << run.output;
 }
 
+/// How often the slave's command came with the values of the notice.
+int Notices(const std::string& output) {
+  return Count(output, "cmd_id = 00002010\nparamTypes = 00000071\nVALUE IN, a = 11111111\n");
+}
+
+// The slave gets to an asynchronous command long after it was sent. Memory that is gone by then
+// ends the process.
+TEST(LinkTests, MemoryOfAnAsynchronousCommandStaysUntilTheSlaveHasReadIt) {
+  const auto one = PlayTest(Wrapper_TestFunc_SendAsync);
+  EXPECT_EQ(one.result, 0);
+  EXPECT_EQ(Notices(one.output), 1) << one.output;
+  const auto two = PlayTest(Wrapper_TestFunc_Multi_Session);
+  EXPECT_EQ(two.result, 0);
+  EXPECT_NE(two.output.find("SendAsync of session("), std::string::npos) << two.output;
+  for (const char* call : {"fail RLink::CloseSession -1", "fail RLink::SendAsync -1 --at 2"}) {
+    ASSERT_EQ(simhal::Apply(call), "");
+    EXPECT_EQ(PlayTest(Wrapper_TestFunc_Multi_Session).result, 1) << call;
+    simhal::Apply("clear all");
+  }
+}
+
 TEST(LinkTests, TheSecondSessionFailingClosesTheFirst) {
   simhal::Fail("RLink::OpenSession", -1, 2);
   const auto run = PlayTest(Wrapper_TestFunc_Multi_Session);

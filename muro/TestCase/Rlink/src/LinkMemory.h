@@ -6,7 +6,7 @@
 
 #include "rlink.h"
 
-/// One page of zeros below 4 GiB, freed with the object.
+/// One page of zeros below 4 GiB, freed with the object: the slave must have no use for it then.
 class LinkMemory {
  public:
   LinkMemory();

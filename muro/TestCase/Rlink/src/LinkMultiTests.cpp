@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "LinkCommands.h"
 #include "LinkSession.h"
@@ -36,7 +35,7 @@ bool SendNoticeTold(const Link& link) {
 }
 
 /// Does `body` in one session after the other while both are open.
-bool RunTwoSessions(RLink& first, RLink& second, LinkBody body) {
+bool RunTwoSessions(LinkHost& first, LinkHost& second, LinkBody body) {
   return WithSession(first, kTestClass, [&](const Link& outer) {
     return WithSession(second, kSecondClass,
                        [&](const Link& inner) { return body(outer) && body(inner); });
@@ -45,14 +44,14 @@ bool RunTwoSessions(RLink& first, RLink& second, LinkBody body) {
 
 /// Does `body` in a session of a link of its own.
 bool RunOwnLink(uint32_t classId, LinkBody body) {
-  const std::unique_ptr<RLink> rlink(RLink::Create());
-  return rlink && WithSession(*rlink, classId, body);
+  LinkHost host;
+  return WithSession(host, classId, body);
 }
 
 int RunTwoLinks(const char* name, LinkBody body) {
-  const std::unique_ptr<RLink> first(RLink::Create());
-  const std::unique_ptr<RLink> second(RLink::Create());
-  const bool ok = first && second && RunTwoSessions(*first, *second, body);
+  LinkHost first;
+  LinkHost second;
+  const bool ok = first.rlink && second.rlink && RunTwoSessions(first, second, body);
   CheckResult(ok, name);
   return ok;
 }
@@ -156,8 +155,8 @@ int TestFunc_Multi_RLink_Send() {
 }
 
 int TestFunc_Multi_Session() {
-  const std::unique_ptr<RLink> rlink(RLink::Create());
-  const bool ok = rlink && RunTwoSessions(*rlink, *rlink, SendNoticeTold);
+  LinkHost host;
+  const bool ok = RunTwoSessions(host, host, SendNoticeTold);
   CheckResult(ok, __func__);
   return ok;
 }

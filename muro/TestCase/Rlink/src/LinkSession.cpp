@@ -1,10 +1,8 @@
 #include "LinkSession.h"
 
 #include <cstdio>
-#include <memory>
 
 #include "LinkCommands.h"
-#include "LinkMemory.h"
 
 namespace {
 
@@ -14,7 +12,8 @@ bool Register(RLink& rlink, RLNK_INVOKE_HANDLER handler) {
   return false;
 }
 
-bool OpenAndRun(RLink& rlink, RLNK_INVOKE_HANDLER handler, LinkBody body, LinkClosed closed) {
+bool OpenAndRun(LinkHost& host, RLNK_INVOKE_HANDLER handler, LinkBody body, LinkClosed closed) {
+  RLink& rlink = *host.rlink;
   RLNK_HOST_SESSION session{};
   if (rlink.OpenSession(kTestClass, &session) != 0) {
     std::puts("Open session failed.");
@@ -22,7 +21,7 @@ bool OpenAndRun(RLink& rlink, RLNK_INVOKE_HANDLER handler, LinkBody body, LinkCl
   }
   const uint32_t id = session.session_id;
   std::printf("Open session success. session_id = %08x\n", id);
-  const bool ok = Register(rlink, handler) && body({rlink, &session});
+  const bool ok = Register(rlink, handler) && body({rlink, host.memory, &session});
   if (rlink.CloseSession(&session) != 0) {
     std::puts("Close session failed.");
     return false;
@@ -55,8 +54,8 @@ void CheckResult(int ok, const char* name) {
 
 int RunSession(const char* name, RLNK_INVOKE_HANDLER handler, LinkBody body, LinkClosed closed) {
   bool ok = false;
-  if (const std::unique_ptr<RLink> rlink{RLink::Create()}) {
-    ok = OpenAndRun(*rlink, handler, body, closed);
+  if (LinkHost host; host.rlink) {
+    ok = OpenAndRun(host, handler, body, closed);
   } else {
     std::puts("Open session failed.");
   }
@@ -64,7 +63,9 @@ int RunSession(const char* name, RLNK_INVOKE_HANDLER handler, LinkBody body, Lin
   return ok;
 }
 
-bool WithSession(RLink& rlink, uint32_t classId, const std::function<bool(const Link&)>& inside) {
+bool WithSession(LinkHost& host, uint32_t classId, const std::function<bool(const Link&)>& inside) {
+  if (!host.rlink) return false;
+  RLink& rlink = *host.rlink;
   RLNK_HOST_SESSION session{};
   if (rlink.OpenSession(classId, &session) != 0) {
     std::printf("Open session of class_id(%08x) failed.\n", classId);
@@ -72,7 +73,7 @@ bool WithSession(RLink& rlink, uint32_t classId, const std::function<bool(const 
   }
   const uint32_t id = session.session_id;
   std::printf("Open session(%08x) of class_id(%08x) success.\n", id, classId);
-  const bool ok = inside({rlink, &session});
+  const bool ok = inside({rlink, host.memory, &session});
   if (rlink.CloseSession(&session) != 0) {
     std::printf("Close session(%08x) failed.\n", id);
     return false;
@@ -100,8 +101,7 @@ bool SendValues(const Link& link, int round) {
 }
 
 int SendNotice(const Link& link) {
-  LinkMemory memory;
   RLNK_CMD_PARAMS params{
-      kCommandNotice, 0x51, {{11'111'111, 22'222'222}, memory.Param(0, 16), {}, {}}};
-  return memory.IsUsable() ? link.rlink.SendAsync(link.session, &params) : -1;
+      kCommandNotice, 0x51, {{11'111'111, 22'222'222}, link.memory.Param(0, 16), {}, {}}};
+  return link.memory.IsUsable() ? link.rlink.SendAsync(link.session, &params) : -1;
 }

@@ -3,12 +3,22 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
+#include "LinkMemory.h"
 #include "rlink.h"
 
-/// An open session and the library it belongs to.
+/// The link library with the memory that asynchronous commands refer to. The slave may read that
+/// memory until the library is gone, so it is declared first and freed last.
+struct LinkHost {
+  LinkMemory memory;
+  std::unique_ptr<RLink> rlink{RLink::Create()};
+};
+
+/// An open session and the host that it belongs to.
 struct Link {
   RLink& rlink;
+  const LinkMemory& memory;
   RLNK_HOST_SESSION* session;
 };
 
@@ -47,9 +57,10 @@ using LinkClosed = bool (*)(uint32_t sessionId);
 int RunSession(const char* name, RLNK_INVOKE_HANDLER handler, LinkBody body,
                LinkClosed closed = nullptr);
 
-/// Opens a session of `classId`, calls `inside` with it and closes it, as tests of several sessions
-/// tell it. Returns whether all went well.
-bool WithSession(RLink& rlink, uint32_t classId, const std::function<bool(const Link&)>& inside);
+/// Opens a session of `classId`, calls `inside` with it and closes it, with the messages of tests
+/// of several sessions. Returns whether all went well; false without a word where there is no
+/// library.
+bool WithSession(LinkHost& host, uint32_t classId, const std::function<bool(const Link&)>& inside);
 
 /// Sends `params` and waits for the answer. Prints a message where that fails.
 bool SendCommand(const Link& link, RLNK_CMD_PARAMS* params, int round);
@@ -57,5 +68,7 @@ bool SendCommand(const Link& link, RLNK_CMD_PARAMS* params, int round);
 /// Sends the four-letter values and checks the slave's answer.
 bool SendValues(const Link& link, int round);
 
-/// Sends the notice that the slave answers with a command of its own. Prints nothing.
+/// Sends the notice that the slave answers with a command of its own, and does not wait for it. Its
+/// memory is that of the session's host. Prints nothing. Returns the result of the HAL, or -1 where
+/// there is no memory that the slave can reach.
 int SendNotice(const Link& link);
