@@ -63,7 +63,7 @@ static void Put(CallText& out, RLNK_INVOKE_HANDLER handler) {
 namespace {
 
 constexpr auto kAnswerTimeout = std::chrono::milliseconds(500);
-constexpr auto kInvokeDelay = std::chrono::milliseconds(10);
+constexpr auto kAsyncDelay = std::chrono::milliseconds(100);  // until the slave gets to it
 
 struct SharedBuffer {
   RLNK_BUFFER record;
@@ -216,7 +216,7 @@ int SimLink::SendAsync(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) {
     if (params == nullptr) return K2V_RHAL_ERR_PARAM;
     if (!IsOpen(session)) return K2V_RHAL_ERR_ORDER;
     slave_.Post([this, from = *session, command = *params]() mutable {
-      std::this_thread::sleep_for(kInvokeDelay);
+      std::this_thread::sleep_for(kAsyncDelay);
       Serve(from, command);
     });
     return K2V_RHAL_OK;

@@ -168,8 +168,13 @@ int PutData(const SlaveView& view, Params& params) {
   return K2V_RHAL_OK;
 }
 
-// Shows the host its own values again, with memory to write to.
+// Shows the host its own values again, with memory to write to. The memory that came with them has
+// to be zero.
 int Notice(const SlaveView& view, Params& params) {
+  const Param& zeros = params.param[1];
+  for (uint32_t i = 0; i < WordCount(zeros); ++i) {
+    if (WordAt(zeros, i) != 0) return K2V_RHAL_ERR_FAIL;
+  }
   Params invoked = {kNotice, 0x71, {params.param[0]}};
   if (!LayMemory(invoked, 1, {24})) return K2V_RHAL_ERR_FAIL;
   FillWords(invoked.param[1], 0);
