@@ -262,6 +262,48 @@ TEST(DetectOnce, DetectsAgainAsLongAsTheOperatorWants) {
   EXPECT_EQ(LastCalls(1), Lines{"VFE_HDMI_Uninitialize() = 0"});
 }
 
+TEST(DetectOnce, FollowsTheTableForEveryStateAndSize) {
+  const K2V_VIDEO_RECT_T none = {0, 0, 0, 0}, noWidth = {0, 0, 0, 2160}, whole = {0, 0, 3840, 2160};
+  const Lines show = {"Connect", "SetInputRegion", "SetOutputRegion", "SetWinBlank"};
+  const Lines fromStart = {"Initialize",      "Open",       "Connect", "SetInputRegion",
+                           "SetOutputRegion", "SetWinBlank"};
+  const struct {
+    uint8_t state;
+    K2V_VIDEO_RECT_T size;
+    uint8_t next;
+    Lines calls;  // names
+    const char* printed;
+  } kCases[] = {
+      {0, none, 0, {}, "title\nNo Signal\nagain?\n"},
+      {0, whole, 3, fromStart, "timing\nformat:0\n"},
+      {1, none, 2, {"Disconnect"}, "title\nNo Signal\nagain?\n"},
+      {1, noWidth, 2, {"Disconnect"}, "title\nNo Signal\nagain?\n"},
+      {1, whole, 3, show, "timing\nformat:0\n"},
+      {2, none, 2, {}, "title\nNo Signal\nagain?\n"},
+      {2, whole, 3, show, "timing\nformat:0\n"},
+      {3, none, 1, {"SetWinBlank"}, "title\nNo Signal\n"},
+      {3, whole, 3, {}, "title\ntiming\nformat:0\n"},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(testing::Message() << int{c.state} << ' ' << c.size.w << 'x' << c.size.h);
+    simhal::Reset();
+    fakeState = {c.state, K2V_VSC_INPUTSRC_HDMI};
+    sizes = {c.size};
+    nextSize = 0;
+    const bool placed = c.calls.size() >= show.size();
+    const auto run = scripted::Play("0\n" + (placed ? kPlaceIt : "0\n") + "0\n", [] {
+      return RunDetectOnce(kFake, {"title", "again?", false}, "Name");
+    });
+    EXPECT_EQ(fakeState.state, c.next);
+    Lines calls = CallsOf("K2V_RHAL_VSC_");
+    for (std::string& call : calls) call.resize(call.find('('));
+    Lines expected = c.calls;
+    expected.emplace_back("Disconnect");  // tearing down
+    EXPECT_EQ(calls, expected);
+    EXPECT_TRUE(Contains(run.output, c.printed)) << run.output;
+  }
+}
+
 TEST(Vby1rx, ShowsTheConnectedInputAndChangesIt) {
   simhal::Apply("vby1 plug 1 1920x1080p60");
   const auto run = PlayTest(VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase1,

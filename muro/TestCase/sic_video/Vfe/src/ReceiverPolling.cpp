@@ -157,17 +157,18 @@ Next Poll(const Receiver& receiver, const PollingTest& test, const char* functio
   }
 }
 
-/// Takes the detection as far as this timing allows.
+/// Takes the detection as far as this timing allows: up to the picture with a signal, one step back
+/// without one.
 void DetectOnce(const Receiver& receiver, uint8_t port, const char* function) {
   const K2V_HDMI_TIMING_T timing = ReadTiming(receiver, port);
-  const bool wasShowing = receiver.detection.state == kShowing;
+  const uint8_t& state = receiver.detection.state;
   if (!HasSignal(timing)) {
     std::puts("No Signal");
-    if (wasShowing) Detect(receiver, timing, function);
+    if (state == kShowing || state == kScalerOpen) Detect(receiver, timing, function);
     return;
   }
-  if (wasShowing) PrintTiming(receiver, timing);
-  while (receiver.detection.state != kShowing) Detect(receiver, timing, function);
+  if (state == kShowing) PrintTiming(receiver, timing);
+  while (state != kShowing) Detect(receiver, timing, function);
 }
 
 }  // namespace
