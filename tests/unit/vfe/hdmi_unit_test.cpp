@@ -93,6 +93,7 @@ TEST(HdmiUnit, EndsAtTheFirstStepThatFailsAndLeavesTheReceiver) {
       {kAny, "EnableHPD"},
       {kAny, "Connect"},
       {kAny, "GetConnectionState"},
+      {T::UTVfeHdmiTest_Connect, "GetConnectionState"},
       {kAny, "GetClockStatus"},
       {kAny, "getHDCPReceiverId"},
   };
@@ -138,6 +139,18 @@ TEST(HdmiUnit, ConnectFollowsTheCable) {
       run.output.ends_with("3.1 Please Connect HDMI Cable to HDMI Port 0\n"
                            "3.1 Please Disconnect HDMI Cable from HDMI Port 0\nResult : Passed\n"));
 
+  // Reading the state 8 times finds the cable; the 9th and all that follow fail.
+  AtPolls({{7, "plug 0 1920x1080p60"}});
+  simhal::Reset();
+  simhal::Unplug(0);
+  simhal::Fail("K2V_RHAL_VFE_HDMI_GetConnectionState", 5, 9);
+  run = PlayTest(T::UTVfeHdmiTest_Connect, "");
+  EXPECT_EQ(run.result, 1) << "the cable is still in";
+  EXPECT_TRUE(
+      run.output.ends_with("Disconnect HDMI Cable from HDMI Port 0\n"
+                           "Result : failed - K2V_RHAL_VFE_HDMI_GetConnectionState failed\n"))
+      << run.output;
+
   const struct {
     const char* board;
     const char* what;
@@ -150,6 +163,41 @@ TEST(HdmiUnit, ConnectFollowsTheCable) {
     EXPECT_EQ(run.result, 1);
     EXPECT_TRUE(run.output.ends_with(std::string("Result : failed - unable to detect HDMI cable ") +
                                      c.what + '\n'));
+  }
+}
+
+TEST(HdmiUnit, AStateThatCannotBeReadWhileWaitingForTheCableEndsTheTest) {
+  simhal::Unplug(0);
+  simhal::Fail("K2V_RHAL_VFE_HDMI_GetConnectionState", 5, 4);
+  const auto run = PlayTest(T::UTVfeHdmiTest_GetClockStatus, "");
+  EXPECT_EQ(run.result, 1);
+  EXPECT_TRUE(
+      run.output.ends_with("Please Connect HDMI Cable to port0\n"
+                           "Result : failed - K2V_RHAL_VFE_HDMI_GetConnectionState failed\n"))
+      << run.output;
+}
+
+TEST(HdmiUnit, AsksEveryPortForHdcp22AndRefusesACountThatCannotBe) {
+  const struct {
+    int count;
+    int ports;
+    int result;
+    const char* end;
+  } kCases[] = {
+      {1, 1, 0, "\nHDCP 2.2 Support = 1\nResult : Passed\n"},
+      {4, 4, 0, "(port3) \nHDCP 2.2 Support = 1\nResult : Passed\n"},
+      {0, 0, 1, " = 0\nResult : failed - K2V_RHAL_VFE_HDMI_GetRxPortCnt out of range\n"},
+      {-2, 0, 1, " = -2\nResult : failed - K2V_RHAL_VFE_HDMI_GetRxPortCnt out of range\n"},
+      {5, 0, 1, " = 5\nResult : failed - K2V_RHAL_VFE_HDMI_GetRxPortCnt out of range\n"},
+      {256, 0, 1, " = 256\nResult : failed - K2V_RHAL_VFE_HDMI_GetRxPortCnt out of range\n"},
+  };
+  for (const auto& c : kCases) {
+    simhal::Reset();
+    simhal::Fail("K2V_RHAL_VFE_HDMI_GetRxPortCnt", c.count);
+    const auto run = PlayTest(T::UTVfeHdmiTest_IsHDCP22Supported, "");
+    EXPECT_EQ(run.result, c.result) << c.count;
+    EXPECT_TRUE(run.output.ends_with(c.end)) << run.output;
+    EXPECT_EQ(CallsOf("K2V_RHAL_VFE_HDMI_isHDCP22Supported").size(), c.ports);
   }
 }
 

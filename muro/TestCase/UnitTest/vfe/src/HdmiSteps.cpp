@@ -28,21 +28,24 @@ bool StoreAndRaise(uint8_t port) {
          Succeeded("K2V_RHAL_VFE_HDMI_EnableHPD", K2V_RHAL_VFE_HDMI_EnableHPD());
 }
 
-/// The port's state without a word; a port that cannot tell it has none.
-bool IsConnected(uint8_t port) {
+constexpr char kGetConnectionState[] = "K2V_RHAL_VFE_HDMI_GetConnectionState";
+
+/// The port's connection state, read without a step's line. Empty, after the result line, when the
+/// call fails.
+std::optional<bool> ReadConnectionState(uint8_t port) {
   uint8_t connected = 0;
-  return K2V_RHAL_VFE_HDMI_GetConnectionState(port, &connected) == 0 && connected != 0;
+  const int result = K2V_RHAL_VFE_HDMI_GetConnectionState(port, &connected);
+  if (!Succeeded(kGetConnectionState, result)) return {};
+  return connected != 0;
 }
 
 bool AskForCable(uint8_t port) {
-  constexpr char kCall[] = "K2V_RHAL_VFE_HDMI_GetConnectionState";
   uint8_t connected = 0;
   const auto read = [&] { return K2V_RHAL_VFE_HDMI_GetConnectionState(port, &connected); };
-  if (!PortStep(4, kCall, port, read)) return false;
+  if (!PortStep(4, kGetConnectionState, port, read)) return false;
   if (connected != 0) return true;
   std::printf("Please Connect HDMI Cable to port%d\n", port);
-  AwaitConnectionState(port, true);
-  return true;
+  return AwaitConnectionState(port, true).has_value();
 }
 
 bool PrintClock(uint8_t port) {
@@ -85,14 +88,16 @@ bool Connect(int number, uint8_t port) {
 bool PrintConnectionState(int number, uint8_t port) {
   uint8_t connected = 0;
   const auto read = [&] { return K2V_RHAL_VFE_HDMI_GetConnectionState(port, &connected); };
-  if (!PortStep(number, "K2V_RHAL_VFE_HDMI_GetConnectionState", port, read)) return false;
+  if (!PortStep(number, kGetConnectionState, port, read)) return false;
   std::printf("Connect State = %d\n", connected);
   return true;
 }
 
-bool AwaitConnectionState(uint8_t port, bool wanted) {
+std::optional<bool> AwaitConnectionState(uint8_t port, bool wanted) {
   for (int poll = 0; poll < kStatePolls; ++poll) {
-    if (IsConnected(port) == wanted) return true;
+    const std::optional<bool> connected = ReadConnectionState(port);
+    if (!connected) return {};
+    if (*connected == wanted) return true;
     usleep(kStatePeriodUs);
   }
   return false;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 
 #include "k2v/vfe_hdmi.h"
 
@@ -51,13 +52,13 @@ bool Connect(int number, uint8_t port);
 /// Step `number`: reads and prints the connection state.
 bool PrintConnectionState(int number, uint8_t port);
 
-/// Looks at the connection state until it is `wanted`, half a minute at most. False when it is not
-/// to be.
-bool AwaitConnectionState(uint8_t port, bool wanted);
+/// Reads the connection state until it is `wanted`, for half a minute at most. False when it never
+/// was; empty, after the result line, when the state could not be read.
+std::optional<bool> AwaitConnectionState(uint8_t port, bool wanted);
 
 /// Steps 3 to 5 of the tests that need a signal: our EDID and HDCP data, the connected port, its
-/// clock status. Asks the operator for a cable where there is none, and goes on without one after a
-/// while.
+/// clock status. Asks the operator for a cable where there is none, and continues without one after
+/// half a minute.
 bool BringUp(uint8_t port);
 
 /// The HDCP data that the tests write, K2V_HDMI_HDCP_BYTES: no real keys.

@@ -136,7 +136,9 @@ int UTVfeHdmiTestCase::UTVfeHdmiTest_IsHDCP22Supported(char*) {
     std::puts("2. K2V_RHAL_VFE_HDMI_GetRxPortCnt");
     const int count = K2V_RHAL_VFE_HDMI_GetRxPortCnt();
     std::printf("Rx Port Count = %d\n", count);
-    if (count > UINT8_MAX) return false;  // the port's number has a byte
+    if (count < 1 || count > K2V_HDMI_PORT_COUNT) {
+      return Fail("K2V_RHAL_VFE_HDMI_GetRxPortCnt out of range");
+    }
     for (int port = 0; port < count; ++port) {
       std::printf("3. %s (port%d) \n", kCall, port);
       std::printf("HDCP 2.2 Support = %d\n",

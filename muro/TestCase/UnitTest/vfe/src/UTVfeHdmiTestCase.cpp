@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "HdmiSteps.h"
 #include "TestCase/sic_video/Vsc/src/HdmiEdid.h"
@@ -60,6 +61,13 @@ bool RefusesNullHdcp() {
   return Fail("K2V_RHAL_VFE_HDMI_WriteHDCP should not return API_OK, with NULL buffer");
 }
 
+/// Asks the operator for the cable and waits until the port sees it, or sees that it is gone.
+bool FollowsCable(const char* request, bool connected, const char* timeout) {
+  std::puts(request);
+  const std::optional<bool> followed = AwaitConnectionState(kPort, connected);
+  return followed && (*followed || Fail(timeout));
+}
+
 }  // namespace
 
 int UTVfeHdmiTestCase::UTVfeHdmiTest_Initialize(char*) {
@@ -87,11 +95,11 @@ int UTVfeHdmiTestCase::UTVfeHdmiTest_Open(char*) {
 
 int UTVfeHdmiTestCase::UTVfeHdmiTest_Connect(char*) {
   return Run("K2V_RHAL_VFE_HDMI_Connect", [] {
-    if (!InitializeAndOpen() || !Connect(3, kPort)) return false;
-    std::puts("3.1 Please Connect HDMI Cable to HDMI Port 0");
-    if (!AwaitConnectionState(kPort, true)) return Fail("unable to detect HDMI cable connect");
-    std::puts("3.1 Please Disconnect HDMI Cable from HDMI Port 0");
-    return AwaitConnectionState(kPort, false) || Fail("unable to detect HDMI cable disconnect");
+    return InitializeAndOpen() && Connect(3, kPort) &&
+           FollowsCable("3.1 Please Connect HDMI Cable to HDMI Port 0", true,
+                        "unable to detect HDMI cable connect") &&
+           FollowsCable("3.1 Please Disconnect HDMI Cable from HDMI Port 0", false,
+                        "unable to detect HDMI cable disconnect");
   });
 }
 
