@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "HdmiEdid.h"
+#include "TestCase/sic_video/HdmiEdid.h"
 
 namespace {
 

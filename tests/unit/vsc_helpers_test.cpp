@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "HdmiEdid.h"
 #include "Scripted.h"
 #include "SimHal.h"
+#include "TestCase/sic_video/HdmiEdid.h"
 #include "commonVsc.h"
 #include "k2v/vfe_hdmi.h"
 

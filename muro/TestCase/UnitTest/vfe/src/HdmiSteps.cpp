@@ -6,7 +6,7 @@
 
 #include "ConsoleInput.h"
 #include "InfoFrameText.h"
-#include "TestCase/sic_video/Vsc/src/HdmiEdid.h"
+#include "TestCase/sic_video/HdmiEdid.h"
 
 namespace hdmi_steps {
 namespace {

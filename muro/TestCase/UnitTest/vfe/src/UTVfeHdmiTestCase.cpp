@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "HdmiSteps.h"
-#include "TestCase/sic_video/Vsc/src/HdmiEdid.h"
+#include "TestCase/sic_video/HdmiEdid.h"
 #include "k2v/vfe_hdmi.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include "ConsoleInput.h"
 #include "DriverTest.h"
 #include "ReceiverPolling.h"
-#include "TestCase/sic_video/Vsc/src/HdmiEdid.h"
+#include "TestCase/sic_video/HdmiEdid.h"
 #include "k2v/vfe_hdmi.h"
 
 namespace {
@@ -14,13 +14,6 @@ namespace {
 constexpr int kCloseAnswer = 3;
 
 DetectionState detection;
-
-void StoreEdids() {
-  for (uint8_t port = 0; port < K2V_HDMI_PORT_COUNT; ++port) {
-    K2V_RHAL_VFE_HDMI_WriteEDID(port, HdmiEdid(port));
-  }
-  K2V_RHAL_VFE_HDMI_EnableHPD();
-}
 
 int GetTiming(uint8_t port, K2V_HDMI_TIMING_T& timing) {
   return K2V_RHAL_VFE_HDMI_GetPortTimingInfo(port, &timing);
@@ -49,7 +42,7 @@ const Receiver kHdmi = {
              [](uint8_t) { K2V_RHAL_VFE_HDMI_Close(); }},
     .connect = {K2V_RHAL_VFE_HDMI_Connect, "HDMI_Connect fail",
                 [](uint8_t port) { K2V_RHAL_VFE_HDMI_Disconnect(port); }},
-    .prepare = StoreEdids,
+    .prepare = StoreHdmiEdids,
     .getTiming = GetTiming,
     .changePort = ChangePort,
     .tearDown = TearDown,

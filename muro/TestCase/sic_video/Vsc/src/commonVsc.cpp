@@ -7,7 +7,7 @@
 
 #include "Ansi.h"
 #include "ConsoleInput.h"
-#include "HdmiEdid.h"
+#include "TestCase/sic_video/HdmiEdid.h"
 #include "k2v/vfe_hdmi.h"
 
 const std::string kPlayFileCommand = "gst-cvn-test-1.0 --gst-debug=1 -c IP1+IP2 -pf ";
@@ -111,13 +111,6 @@ K2V_VSC_OUTPUT_MODE AskOutputMode(__K2V_VIDEO_WID_T wid) {
   return static_cast<K2V_VSC_OUTPUT_MODE>(console::ReadNumber());
 }
 
-void StoreEdids() {
-  for (uint8_t port = 0; port < K2V_HDMI_PORT_COUNT; ++port) {
-    K2V_RHAL_VFE_HDMI_WriteEDID(port, HdmiEdid(port));
-  }
-  K2V_RHAL_VFE_HDMI_EnableHPD();
-}
-
 void StoreTiming(const K2V_HDMI_TIMING_T& t) {
   storedTiming = t;
   timingRegion = t.active;
@@ -190,7 +183,7 @@ __K2V_VIDEO_WID_T Api_vsc_get_input_winid() {
 
 int32_t Api_vsc_Misc_SetInput_HDMI_Init() {
   if (const int32_t r = Checked("HDMI Init", K2V_RHAL_VFE_HDMI_Initialize()); r != 0) return r;
-  StoreEdids();
+  StoreHdmiEdids();
   if (const int32_t r = Checked("HDMI Open", K2V_RHAL_VFE_HDMI_Open()); r != 0) return r;
   currentHdmiPort =
       static_cast<uint8_t>(console::AskNumberInBlue(" Please choose HDMI InputPort 0 ~ 3\n"));
@@ -200,7 +193,7 @@ int32_t Api_vsc_Misc_SetInput_HDMI_Init() {
 
 int32_t Api_vsc_Misc_SetInput_HDMI_Directly(unsigned bRunDM) {
   if (K2V_RHAL_VFE_HDMI_Initialize() != 0) std::puts("=====hdmi already init(ignore this)=====");
-  StoreEdids();
+  StoreHdmiEdids();
   if (K2V_RHAL_VFE_HDMI_Open() != 0) std::puts("=====hdmi already open(ignore this)=====");
   if (K2V_RHAL_VFE_HDMI_Connect(0) != 0) std::puts("=====hdmi already connect(ignore this)=====");
   sleep(2);

@@ -9,3 +9,6 @@
 /// 1920x1080. The images differ in the CEC physical address alone: 3.0.0.0, 2.0.0.0, 1.0.0.0 and,
 /// on port 3, 1.0.0.0 again.
 const uint8_t* HdmiEdid(unsigned port);
+
+/// Stores every port's EDID and raises the hot-plug lines. What the HAL answers is not looked at.
+void StoreHdmiEdids();

@@ -90,3 +90,10 @@ constexpr Image kImages[K2V_HDMI_PORT_COUNT] = {MakeImage(0x30), MakeImage(0x20)
 const uint8_t* HdmiEdid(unsigned port) {
   return kImages[port].data();
 }
+
+void StoreHdmiEdids() {
+  for (uint8_t port = 0; port < K2V_HDMI_PORT_COUNT; ++port) {
+    K2V_RHAL_VFE_HDMI_WriteEDID(port, HdmiEdid(port));
+  }
+  K2V_RHAL_VFE_HDMI_EnableHPD();
+}
