@@ -120,27 +120,6 @@ int StartPanel() {
   return Verdict(K2V_RHAL_VBE_DISP_TCON_Initialize(), "VBE_Tcon ");
 }
 
-// By format.
-constexpr const char* k3dFormatNames[] = {
-    "VBE_INPUT_TYPE_3DOFF ",
-    "VBE_INPUT_TYPE_TOPNBOTTOM ",
-    "VBE_INPUT_TYPE_SIDEBYSIDE ",
-    "VBE_INPUT_TYPE_CHECKERBOARD ",
-    "VBE_INPUT_TYPE_FRAMESEQ ",
-    "VBE_INPUT_TYPE_COLUMN_INTERLEAVE ",
-    "VBE_INPUT_TYPE_LINE_INTERLEAVE_HALF ",
-    "VBE_INPUT_TYPE_FRAMEPAC ",
-    "VBE_INPUT_TYPE_FIELD_ALTERNATIVE ",
-    "VBE_INPUT_TYPE_LINE_ALTERNATIVE ",
-    "VBE_INPUT_TYPE_SIDEBYSIDE_FULL ",
-    "VBE_INPUT_TYPE_DUALSTREAM ",
-    "VBE_INPUT_TYPE_2DTO3D ",
-};
-
-int Select3dFormat(uint32_t format) {
-  return Verdict(K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(format), k3dFormatNames[format]);
-}
-
 /// Prints the result of every call, and that of a failed one once more.
 int VerdictPrintedAlways(int result) {
   std::printf("result : %d\n", result);
@@ -301,57 +280,12 @@ int VbeTestCase::VBE_TRIDFMT_Initialize(char*) {
   return Verdict(K2V_RHAL_VBE_TRIDFMT_Open());
 }
 
-int VbeTestCase::VBE_TRIDFMT_Change_2D_to_3D(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_2DTO3D);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_SideBySide(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_SIDEBYSIDE);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_TopBottom(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_TOPNBOTTOM);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_Field_Alternative(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_FIELD_ALTERNATIVE);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_CheckBoard(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_CHECKERBOARD);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_Line_Interleave(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_LINE_INTERLEAVE_HALF);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_Column_Interleave(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_COLUMN_INTERLEAVE);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_FramePacking(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_FRAMEPAC);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_FrameSequential(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_FRAMESEQ);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_Line_Alternative(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_LINE_ALTERNATIVE);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_SideBySide_Full(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_SIDEBYSIDE_FULL);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_Dual_Stream(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_DUALSTREAM);
-}
-
-int VbeTestCase::VBE_TRIDFMT_Change_3D_Off(char*) {
-  return Select3dFormat(VBE_INPUT_TYPE_3DOFF);
-}
+#define VBE_3D_FORMAT(id, name, format, description)                             \
+  int VbeTestCase::VBE_TRIDFMT_##name(char*) {                                   \
+    return Verdict(K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(format), #format " "); \
+  }
+#include "Vbe3dFormats.def"
+#undef VBE_3D_FORMAT
 
 int VbeTestCase::VBE_TRIDFMT_Set_3D_Depth(char*) {
   const uint32_t mode = AskUint32(

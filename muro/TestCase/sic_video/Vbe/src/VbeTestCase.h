@@ -30,19 +30,9 @@ class VbeTestCase {
 
   // 3D formatter.
   static int VBE_TRIDFMT_Initialize(char*);
-  static int VBE_TRIDFMT_Change_2D_to_3D(char*);
-  static int VBE_TRIDFMT_Change_3D_SideBySide(char*);
-  static int VBE_TRIDFMT_Change_3D_TopBottom(char*);
-  static int VBE_TRIDFMT_Change_3D_Field_Alternative(char*);
-  static int VBE_TRIDFMT_Change_3D_CheckBoard(char*);
-  static int VBE_TRIDFMT_Change_3D_Line_Interleave(char*);
-  static int VBE_TRIDFMT_Change_3D_Column_Interleave(char*);
-  static int VBE_TRIDFMT_Change_3D_FramePacking(char*);
-  static int VBE_TRIDFMT_Change_3D_FrameSequential(char*);
-  static int VBE_TRIDFMT_Change_3D_Line_Alternative(char*);
-  static int VBE_TRIDFMT_Change_3D_SideBySide_Full(char*);
-  static int VBE_TRIDFMT_Change_3D_Dual_Stream(char*);
-  static int VBE_TRIDFMT_Change_3D_Off(char*);
+#define VBE_3D_FORMAT(id, name, format, description) static int VBE_TRIDFMT_##name(char*);
+#include "Vbe3dFormats.def"
+#undef VBE_3D_FORMAT
   static int VBE_TRIDFMT_Set_3D_Depth(char*);
   static int VBE_TRIDFMT_Set_3D_ViewPoint(char*);
   static int VBE_TRIDFMT_Set_3D_LR_Toggle(char*);
