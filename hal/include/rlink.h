@@ -21,7 +21,7 @@ struct RLNK_CMD_PARAM {
   uint32_t b;
 };
 
-constexpr unsigned RLNK_PARAM_COUNT = 4;
+enum : uint32_t { RLNK_PARAM_COUNT = 4 };
 
 // Type of a parameter.
 enum RLNK_PARAM_TYPE : uint32_t {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "k2v/types.h"
+#include "k2v/vpq_records.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -27,18 +28,6 @@ typedef struct {
 typedef struct {
   CHIP_COLOR_CONTROL_ENTRY_T stRegion[K2V_VPQ_COLOR_REGIONS];
 } CHIP_COLOR_CONTROL_T;
-
-#define K2V_RECORD(name) typedef struct {
-#define K2V_FIELD(type, name, min, max) type name;
-#define K2V_ARRAY(type, name, count, min, max) type name[count];
-#define K2V_RECORD_END(name) \
-  }                          \
-  name;
-#include "k2v/vpq_records.def"
-#undef K2V_RECORD
-#undef K2V_FIELD
-#undef K2V_ARRAY
-#undef K2V_RECORD_END
 
 // Start and end. Initialise before open, open before close.
 int K2V_RHAL_VPQEX_Init(void);

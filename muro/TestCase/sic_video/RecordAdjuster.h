@@ -9,7 +9,7 @@
 #include <tuple>
 #include <vector>
 
-#include "k2v/vpq_fields.h"
+#include "TestCase/sic_video/VpqFields.h"
 
 namespace record_adjuster {
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <span>
 
-#include "k2v/vpq_fields.h"
+#include "TestCase/sic_video/VpqFields.h"
 
 namespace value_tests {
 

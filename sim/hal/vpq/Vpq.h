@@ -3,8 +3,8 @@
 
 #include <initializer_list>
 
+#include "TestCase/sic_video/VpqFields.h"
 #include "core/Board.h"
-#include "k2v/vpq_fields.h"
 
 namespace sim {
 

@@ -1,8 +1,8 @@
 // Picture-quality records in the trace, field by field.
 #pragma once
 
+#include "TestCase/sic_video/VpqFields.h"
 #include "core/CallText.h"
-#include "k2v/vpq_fields.h"
 
 namespace sim {
 

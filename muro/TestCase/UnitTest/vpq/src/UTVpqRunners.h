@@ -11,7 +11,7 @@
 #include <memory>
 #include <tuple>
 
-#include "k2v/vpq_fields.h"
+#include "TestCase/sic_video/VpqFields.h"
 
 namespace utvpq {
 

@@ -1,5 +1,6 @@
-// The fields of the picture-quality records as tables, for C++ programs that fill, print or check
-// any record field by field.
+// The fields of the picture quality's parameter records as tables, for code that fills, prints or
+// checks any record field by field. Names, widths and signs are those of the HAL's headers, ranges
+// those of VpqRanges.def.
 #pragma once
 
 #include <cstddef>
@@ -22,32 +23,49 @@ struct RecordField {
   std::size_t stride;
   int min;
   int max;
+  bool isMatrix = false;  // 3 by 3, row by row, in units of 1 / kMatrixOne
 };
+
+constexpr int kMatrixOne = 4096;
+constexpr std::size_t kMatrixSide = 3;
 
 /// `Record::table` of a record type holds its fields in the order of the record.
 template <typename T>
 struct RecordFields;
 
+/// A field of type `T`, a number or an array of numbers.
+template <typename T>
+constexpr RecordField FieldOfType(const char* name, std::size_t offset, int min, int max) {
+  using Number = std::remove_all_extents_t<T>;
+  constexpr std::size_t kWidth = sizeof(Number);
+  return {name, offset, kWidth, std::is_signed_v<Number>, sizeof(T) / kWidth, kWidth, min, max};
+}
+
+/// The same for a matrix.
+template <typename T>
+constexpr RecordField MatrixOfType(const char* name, std::size_t offset, int min, int max) {
+  static_assert(std::extent_v<T> == kMatrixSide * kMatrixSide);
+  RecordField field = FieldOfType<T>(name, offset, min, max);
+  field.isMatrix = true;
+  return field;
+}
+
 // clang-format off
-#define K2V_RECORD(name)                  \
-  template <>                             \
-  struct RecordFields<name> {             \
-    using Record = name;                  \
+#define RANGES_OF(record)   \
+  template <>               \
+  struct RecordFields<record> { \
+    using Record = record;  \
     static constexpr RecordField table[] = {
-#define K2V_FIELD(type, name, min, max) \
-  {#name, offsetof(Record, name), sizeof(type), std::is_signed_v<type>, 1, 0, min, max},
-#define K2V_ARRAY(type, name, count, min, max) \
-  {#name, offsetof(Record, name), sizeof(type), std::is_signed_v<type>, count, sizeof(type), min, max},
-#define K2V_RECORD_END(name) \
-  }                          \
-  ;                          \
-  }                          \
-  ;
-#include "k2v/vpq_records.def"
-#undef K2V_RECORD
-#undef K2V_FIELD
-#undef K2V_ARRAY
-#undef K2V_RECORD_END
+#define RANGE(field, min, max) \
+  FieldOfType<decltype(Record::field)>(#field, offsetof(Record, field), min, max),
+#define MATRIX(field, min, max) \
+  MatrixOfType<decltype(Record::field)>(#field, offsetof(Record, field), min, max),
+#define RANGES_END }; };
+#include "VpqRanges.def"
+#undef RANGES_OF
+#undef RANGE
+#undef MATRIX
+#undef RANGES_END
 // clang-format on
 
 /// The colour regions' gains, region by region in each field.
