@@ -14,7 +14,7 @@ uint16_t OnLine(unsigned i, unsigned count, unsigned max) {
 int NumberFor(const k2v::RecordField& field, Filling filling) {
   switch (filling) {
     case Filling::kMinimum:
-      return field.min;
+      return 0;
     case Filling::kMaximum:
       return field.max;
     case Filling::kRandom:

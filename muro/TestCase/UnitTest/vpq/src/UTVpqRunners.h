@@ -60,14 +60,14 @@ void CallWithNull(const char* name, int (*call)(T*)) {
   call(nullptr);
 }
 
-/// What a record's fields are filled with.
+/// What a record's fields are filled with. The minimum is zero, also where a field's range begins
+/// below it.
 enum class Filling { kMinimum, kMaximum, kRandom };
 
 /// Fills every element of every field; random numbers are cut to the field's width.
 void Fill(void* record, std::span<const k2v::RecordField> fields, Filling filling);
 
-/// Calls with a record of the smallest numbers, of the largest, of random ones, and with a null
-/// pointer.
+/// Calls with a record of zeros, of the largest numbers, of random ones, and with a null pointer.
 template <typename Record>
 void CallWithRecord(const char* name, int (*call)(Record*)) {
   static constexpr struct {
