@@ -2,8 +2,11 @@
 // the operator's keys as a script.
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <map>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -91,6 +94,48 @@ TEST(UTVpq, EveryRowReachesItsFunctionWithTheNumbersThatItPrints) {
     if (name.ends_with("Force24to48")) continue;  // its argument is fixed and not printed
     EXPECT_EQ(numbers, PrintedNumbers(run.output)) << name;
   }
+}
+
+/// Expects that the table has all fields of a record: between them is nothing but padding.
+template <typename Record>
+void ExpectAllFields(const char* name) {
+  const auto alignedTo = [](std::size_t at, std::size_t width) {
+    return (at + width - 1) / width * width;
+  };
+  std::size_t end = 0;
+  for (const k2v::RecordField& field : k2v::RecordFields<Record>::table) {
+    EXPECT_EQ(field.offset, alignedTo(end, field.width)) << name << ": before " << field.name;
+    end = field.offset + field.count * field.width;
+  }
+  EXPECT_EQ(sizeof(Record), alignedTo(end, alignof(Record))) << name;
+}
+
+/// Expects that a record of the smallest numbers is zero, field by field.
+void ExpectZeros(const char* name, std::size_t bytes, std::span<const k2v::RecordField> fields) {
+  std::vector<char> record(bytes, '\xFF');
+  utvpq::Fill(record.data(), fields, utvpq::Filling::kMinimum);
+  for (const k2v::RecordField& field : fields) {
+    for (std::size_t i = 0; i < field.count; ++i) {
+      EXPECT_EQ(k2v::GetField(record.data(), field, i), 0) << name << '.' << field.name;
+    }
+  }
+}
+
+TEST(RecordFields, AreAllFieldsOfTheirRecordAndTheirSmallestNumberIsZero) {
+#define RANGES_OF(record)           \
+  ExpectAllFields<record>(#record); \
+  ExpectZeros(#record, sizeof(record), k2v::RecordFields<record>::table);
+#define RANGE(field, min, max)
+#define MATRIX(field, min, max)
+#define RANGES_END
+#include "TestCase/sic_video/VpqRanges.def"
+  PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_SetColorTemp);
+  EXPECT_EQ(simhal::Calls()[0],
+            "K2V_RHAL_VPQ_SetColorTemp({nRedGain=0, nGreenGain=0, nBlueGain=0, nRedOffset=0, "
+            "nGreenOffset=0, nBlueOffset=0}) = 0");
+  PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_SetColorGamut);
+  EXPECT_EQ(simhal::Calls()[0],
+            "K2V_RHAL_VPQ_SetColorGamut({eGamut=0, nMatrix=[0 0 0 0 0 0 0 0 0]}) = 0");
 }
 
 TEST(UTVpq, RecordsOfSmallestAndLargestNumbersAreTaken) {
@@ -232,6 +277,11 @@ TEST(Getters, ShowTheValueWithItsLegendForFourSeconds) {
   run = PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_GetHue);
   EXPECT_EQ(run.output, "VPQ_FunctionTest_HAL_VPQ_GetHue\nHue = 0\n");
   EXPECT_EQ(run.result, 0);
+  K2V_RHAL_VPQEX_SetSGamma(-2);
+  run = PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQEX_GetSGamma);
+  EXPECT_EQ(run.output,
+            "VPQ_FunctionTest_HAL_VPQEX_GetSGamma\n"
+            "SGamma level: -3=-3, -2=-2, -1=-1, 0=0, 1=1, 2=2, 3=3\nSGamma level = -2\n");
   run = PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_GetPQModule);
   EXPECT_TRUE(run.output.ends_with("\neModule = 0\nbEnable = 0\n")) << run.output;
 }
@@ -268,18 +318,105 @@ TEST(RecordAdjuster, EndsWhenTheHalRefusesAndStaysInRange) {
   for (const std::string& call : simhal::Calls()) EXPECT_TRUE(call.ends_with(" = 0")) << call;
 }
 
-TEST(ColorManagement, KeepsTheOffsetsOfEachRegion) {
-  PlayTest(VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorManagement, "10w1pq");
+TEST(RecordAdjuster, StartsAtNeutralAndReachesItFromEverywhere) {
+  const std::string call = "K2V_RHAL_VPQ_SetColorTempExtend({nRedGain=";
+  PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorTempExtend,
+           ">" + std::string(52, 'p') + "<" + std::string(52, '0') + "q");
   const Lines calls = simhal::Calls();
-  ASSERT_EQ(calls.size(), 6u);
-  EXPECT_NE(calls[5].find("nHueGain=[128 127 128 128 128 128 128 128 128], "
-                          "nSaturationGain=[129 129 128 128 128 128 128 128 128]"),
-            std::string::npos)
-      << calls[5];
+  EXPECT_EQ(calls[0], call +
+                          "512, nGreenGain=512, nBlueGain=512, nRedOffset=512, nGreenOffset=512, "
+                          "nBlueOffset=512}) = 0");
+  EXPECT_TRUE(calls[2].starts_with(call + "1022,")) << calls[2];
+  EXPECT_TRUE(calls[53].starts_with(call + "512,")) << calls[53];
+  EXPECT_TRUE(calls[55].starts_with(call + "2,")) << calls[55];
+  EXPECT_TRUE(calls[106].starts_with(call + "512,")) << calls[106];
+}
+
+TEST(RecordAdjuster, MatricesStartAsIdentityAndAreSetNumberByNumber) {
+  const auto run = PlayTest(VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorGamut,
+                            "00a2<" + std::string(80, '1') + "q");
+  const std::string call = "K2V_RHAL_VPQ_SetColorGamut({eGamut=";
+  const Lines calls = simhal::Calls();
+  EXPECT_EQ(calls[0], call + "0, nMatrix=[4096 0 0 0 4096 0 0 0 4096]}) = 0");
+  EXPECT_EQ(calls[4], call + "2, nMatrix=[3840 256 0 0 4096 0 0 0 4096]}) = 0");
+  EXPECT_TRUE(calls.back().starts_with(call + "0, nMatrix=[4096 -16384 ")) << calls.back();
+  EXPECT_NE(run.output.find("Enter '0' '1' '2' '3' '4' '5' '6' '7' '8' '9' to increase eGamut m11 "
+                            "m12 m13 m21 m22 m23 m31 m32 m33 value\n"),
+            std::string::npos);
+}
+
+TEST(GammaCurve, HasAsManyPointsAsItSays) {
+  PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQEX_SetGammaCurve);
+  K2V_VPQ_GAMMA_CURVE_T curve{};
+  curve.nTableSize = 1024;
+  for (unsigned i = 0; i < 1024; ++i) curve.nCurve[i] = static_cast<uint16_t>(i * 4095 / 1023);
+  const std::string sent = simhal::Calls().back();
+  K2V_RHAL_VPQEX_SetGammaCurve(&curve);
+  EXPECT_EQ(sent, simhal::Calls().back());
+}
+
+/// The offsets that were printed last, by name.
+std::map<std::string, int> PrintedOffsets(const std::string& output) {
+  static const std::regex kOffset("(saturation|hue|brightness) = (-?\\d+)");
+  std::map<std::string, int> offsets;
+  for (std::sregex_iterator at(output.begin(), output.end(), kOffset), end; at != end; ++at) {
+    offsets[at->str(1)] = std::stoi(at->str(2));
+  }
+  return offsets;
+}
+
+/// The three gains of a region in a call, as offsets from neutral.
+std::map<std::string, int> SentOffsets(const std::string& call, std::size_t region) {
+  std::map<std::string, int> offsets;
+  for (const auto& [name, field] : {std::pair{"saturation", "nSaturationGain=["},
+                                    {"hue", "nHueGain=["},
+                                    {"brightness", "nBrightnessGain=["}}) {
+    const std::size_t at = call.find(field);
+    EXPECT_NE(at, std::string::npos) << call;
+    std::istringstream gains(call.substr(at + std::string(field).size()));
+    int gain = 0;
+    for (std::size_t i = 0; i <= region; ++i) gains >> gain;
+    offsets[name] = gain - 128;
+  }
+  return offsets;
+}
+
+TEST(ColorManagement, SendsWhatItPrintsAndKeepsEachRegion) {
+  const TestFunction test = VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorManagement;
+  const std::map<std::string, int> kept = {{"saturation", 1}, {"hue", -1}, {"brightness", 0}};
+  const struct {
+    const char* keys;
+    std::size_t region;
+    std::map<std::string, int> offsets;  // empty: any
+  } kStarts[] = {
+      {"1w", 0, kept},
+      {"", 0, kept},
+      {"0>", 1, {{"saturation", 50}, {"hue", 50}, {"brightness", 50}}},
+      {"00<3", 2, {{"saturation", -50}, {"hue", -50}, {"brightness", -49}}},
+      {"000?", 3, {}},
+      {"0", 1, {{"saturation", 50}, {"hue", 50}, {"brightness", 50}}},
+      {"000p", 2, {{"saturation", -50}, {"hue", -50}, {"brightness", -49}}},
+  };
+  for (const auto& start : kStarts) {
+    SCOPED_TRACE(start.keys);
+    const auto run = PlayTest(test, std::string(start.keys) + 'q');
+    const std::string sent = simhal::Calls().back();
+    const auto offsets = SentOffsets(sent, start.region);
+    EXPECT_EQ(PrintedOffsets(run.output), offsets) << run.output << sent;
+    EXPECT_TRUE(start.offsets.empty() || start.offsets == offsets) << sent;
+    EXPECT_EQ(SentOffsets(sent, 0), kept) << "another region was chosen";
+  }
+}
+
+TEST(ColorManagement, AdvancedOffsetsGoOnFromWhereTheyWereLeft) {
   PlayTest(VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetPreferredColor, "02q");
   EXPECT_NE(simhal::Calls()[2].find("nHueGain=[128 134 128 128 128 128 134 128 128]"),
             std::string::npos)
       << simhal::Calls()[2];
+  PlayTest(VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetPreferredColor, "0q");
+  EXPECT_NE(simhal::Calls()[1].find("nHueGain=[128 134 128 128 128 128 140 128 128]"),
+            std::string::npos)
+      << simhal::Calls()[1];
 }
 
 }  // namespace

@@ -44,8 +44,20 @@ void Set(Adjustable& number, int value) {
   std::printf("Set %s = %d\n", number.name, number.value);
 }
 
-void StepBy(Adjustable& number, int steps) {
-  Set(number, number.value + steps * std::max(1, (number.max - number.min) / kStepsOfRange));
+/// The middle of a range, where most settings are neutral.
+int MiddleOf(int min, int max) {
+  return static_cast<int>((int64_t{min} + max + 1) / 2);
+}
+
+/// Steps up or down to the next value that is whole steps away from the middle, so that the keys
+/// reach the middle from everywhere.
+void Step(Adjustable& number, bool up) {
+  const int step =
+      number.step != 0 ? number.step : std::max(1, (number.max - number.min) / kStepsOfRange);
+  const int middle = MiddleOf(number.min, number.max);
+  const int beyond = ((number.value - middle) % step + step) % step;
+  const int down = beyond != 0 ? beyond : step;
+  Set(number, up ? number.value + step - beyond : number.value - down);
 }
 
 /// Place of `key` among the first `count` keys, or `count`.
@@ -62,6 +74,7 @@ int RandomOf(const Adjustable& number) {
 bool SetAll(char key, std::span<Adjustable> numbers) {
   if (kAllKeys.find(key) == std::string_view::npos) return false;
   for (Adjustable& number : numbers) {
+    if (number.isChoice) continue;
     if (key == '>' || key == '.') {
       Set(number, number.max);
     } else if (key == '<' || key == ',') {
@@ -85,13 +98,32 @@ bool ReadChange(std::span<Adjustable> numbers, std::size_t& changed) {
     const std::size_t down = PlaceOf(key, kDownKeys, stepped.size());
     changed = std::min(up, down);
     if (changed == stepped.size()) continue;
-    StepBy(stepped[changed], up < stepped.size() ? 1 : -1);
+    Step(stepped[changed], up < stepped.size());
     return true;
   }
 }
 
-bool IsArray(const k2v::RecordField& field) {
-  return field.count > 1;
+/// Whether a field is one number that makes a ramp.
+bool IsRamp(const k2v::RecordField& field) {
+  return field.count > 1 && !field.isMatrix;
+}
+
+void AddIdentity(const k2v::RecordField& field, std::vector<Adjustable>& numbers) {
+  static constexpr const char* kNames[] = {"m11", "m12", "m13", "m21", "m22",
+                                           "m23", "m31", "m32", "m33"};
+  constexpr int kStep = k2v::kMatrixOne / 16;
+  for (std::size_t i = 0; i < std::size(kNames); ++i) {
+    const bool onDiagonal = i % (k2v::kMatrixSide + 1) == 0;
+    numbers.push_back({kNames[i], field.min, field.max, onDiagonal ? k2v::kMatrixOne : 0, kStep});
+  }
+}
+
+void StoreRamp(int percent, const k2v::RecordField& field, void* record) {
+  const int64_t rise = (int64_t{field.max} - field.min) * percent / kWholeRamp;
+  for (std::size_t i = 0; i < field.count; ++i) {
+    const int64_t risen = rise * static_cast<int64_t>(i) / static_cast<int64_t>(field.count - 1);
+    k2v::SetField(record, field, field.min + risen, i);
+  }
 }
 
 }  // namespace
@@ -109,11 +141,13 @@ int Adjust(std::span<Adjustable> numbers, const std::function<int(std::size_t ch
 std::vector<Adjustable> NumbersOf(std::span<const k2v::RecordField> fields) {
   std::vector<Adjustable> numbers;
   for (const k2v::RecordField& field : fields) {
-    if (IsArray(field)) {
+    if (field.isMatrix) {
+      AddIdentity(field, numbers);
+    } else if (IsRamp(field)) {
       numbers.push_back({field.name, 0, kWholeRamp, kWholeRamp});
     } else {
       const bool isChoice = field.max - field.min <= kMaxChoices;
-      const int start = isChoice ? field.min : (field.min + field.max) / 2;
+      const int start = isChoice ? field.min : MiddleOf(field.min, field.max);
       numbers.push_back({field.name, field.min, field.max, start});
     }
   }
@@ -122,16 +156,14 @@ std::vector<Adjustable> NumbersOf(std::span<const k2v::RecordField> fields) {
 
 void Store(std::span<const Adjustable> numbers, std::span<const k2v::RecordField> fields,
            void* record) {
-  for (std::size_t f = 0; f < fields.size(); ++f) {
-    const k2v::RecordField& field = fields[f];
-    if (!IsArray(field)) {
-      k2v::SetField(record, field, numbers[f].value);
+  auto number = numbers.begin();
+  for (const k2v::RecordField& field : fields) {
+    if (IsRamp(field)) {
+      StoreRamp(number++->value, field, record);
       continue;
     }
-    const int64_t rise = (int64_t{field.max} - field.min) * numbers[f].value / kWholeRamp;
     for (std::size_t i = 0; i < field.count; ++i) {
-      const int64_t risen = rise * static_cast<int64_t>(i) / static_cast<int64_t>(field.count - 1);
-      k2v::SetField(record, field, field.min + risen, i);
+      k2v::SetField(record, field, number++->value, i);
     }
   }
 }

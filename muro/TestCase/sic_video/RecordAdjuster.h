@@ -19,6 +19,8 @@ struct Adjustable {
   int min;
   int max;
   int value;
+  int step = 0;           // 0: a hundredth of the range, at least 1
+  bool isChoice = false;  // says what the others belong to: not changed together with them
 };
 
 /// Sets the numbers with `apply`, which gets the place of the changed one (0 at first) and returns
@@ -26,8 +28,9 @@ struct Adjustable {
 /// keys. Returns 0.
 int Adjust(std::span<Adjustable> numbers, const std::function<int(std::size_t changed)>& apply);
 
-/// The fields of a record as numbers. An array is one number: how far its elements rise, in
-/// percent of a straight line from the smallest to the largest value.
+/// The fields of a record as numbers, at their neutral values. A 3 by 3 matrix is nine numbers that
+/// make the identity. Any other array is one number: how far its elements rise, in percent of a
+/// straight line from the smallest to the largest value.
 std::vector<Adjustable> NumbersOf(std::span<const k2v::RecordField> fields);
 
 /// Writes such numbers to the record.

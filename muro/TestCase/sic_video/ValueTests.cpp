@@ -15,10 +15,11 @@ namespace {
 
 constexpr useconds_t kReadingTimeUs = 4'000'000;
 
-void PrintLevels(const Levels& levels) {
+/// Prints what the numbers from `number` on mean.
+void PrintLevels(const Levels& levels, int number) {
   const char* separator = "";
-  for (std::size_t i = 0; i < levels.names.size(); ++i) {
-    std::printf("%s%zu=%s", separator, i, levels.names[i]);
+  for (const char* name : levels.names) {
+    std::printf("%s%d=%s", separator, number++, name);
     separator = ", ";
   }
   std::printf("\n");
@@ -109,7 +110,7 @@ int ShowNumber(const char* label, NumberGetter get) {
 int ShowLevel(const char* label, const Levels& levels, NumberGetter get) {
   const int level = Read(get);
   std::printf("%s level: ", label);
-  PrintLevels(levels);
+  PrintLevels(levels, levels.first);
   std::printf("%s level = %d\n", label, level);
   LetRead();
   return 0;
@@ -148,7 +149,7 @@ int ChooseLevel(const char* label, const Levels& levels, NumberSetter set, Numbe
   int value = StartValue(levels.first, get);
   while (set(value) == 0) {
     std::printf("Choose the %s level\n", label);
-    PrintLevels(levels);
+    PrintLevels(levels, 0);  // the keys
     std::puts("Use 'q' to exit");
     std::size_t level = 0;
     if (!ReadLevelKey(levels, level)) break;

@@ -19,7 +19,7 @@ struct ExpertOffsets {
 };
 
 int8_t advancedOffsets[std::size(kAdvancedEntries)];
-ExpertOffsets expertOffsets[6];
+ExpertOffsets expertOffsets[kExpertRegionCount];
 
 uint8_t Moved(uint8_t gain, int offset) {
   return static_cast<uint8_t>(std::clamp(gain + offset, 0, 255));
@@ -31,6 +31,15 @@ void Keep(const ICM_PC_PARAM_T& param) {
 }
 
 }  // namespace
+
+int8_t KeptAdvancedOffset(int8_t index) {
+  return advancedOffsets[index];
+}
+
+ICM_CM_PARAM_T KeptExpertOffsets(uint8_t region) {
+  const ExpertOffsets& kept = expertOffsets[region];
+  return {region, kept.saturation, kept.hue, kept.brightness};
+}
 
 void utility_get_test_cm_gain(CHIP_COLOR_CONTROL_T* table, unsigned char gain) {
   if (table == nullptr) return;

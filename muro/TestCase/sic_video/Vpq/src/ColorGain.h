@@ -12,6 +12,8 @@ struct ICM_PC_PARAM_T {
   uint8_t value;  // offset, read as a signed number
 };
 
+inline constexpr unsigned kExpertRegionCount = 6;
+
 /// A choice of the expert colour menu.
 struct ICM_CM_PARAM_T {
   uint8_t region;  // 0 to 5
@@ -19,6 +21,11 @@ struct ICM_CM_PARAM_T {
   int8_t hue;
   int8_t brightness;
 };
+
+/// What the menus were set to last: the advanced offset of `index` (0 to 2) and the expert offsets
+/// of `region` (0 to 5). Zero at start.
+int8_t KeptAdvancedOffset(int8_t index);
+ICM_CM_PARAM_T KeptExpertOffsets(uint8_t region);
 
 /// Fills `table` with neutral gains below the master gain `gain` * 80, cut to 16 bits. A null table
 /// does nothing.

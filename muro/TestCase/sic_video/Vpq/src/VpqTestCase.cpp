@@ -1,7 +1,7 @@
 #include "VpqTestCase.h"
 
-#include <array>
 #include <cstdio>
+#include <span>
 
 #include "../../RecordAdjuster.h"
 #include "../../ValueTests.h"
@@ -14,7 +14,6 @@ using namespace value_tests;
 
 constexpr unsigned char kDefaultGain = 100;
 constexpr int kMaxOffset = 50;
-constexpr unsigned kExpertRegions = 6;
 
 int Call(int (*call)()) {
   call();
@@ -31,10 +30,15 @@ int AdjustColorGain(int (*set)(CHIP_COLOR_CONTROL_T* table)) {
   });
 }
 
+Adjustable Offset(const char* name, int kept) {
+  return {name, -kMaxOffset, kMaxOffset, kept};
+}
+
+/// The offsets go on from where they were left.
 int AdjustAdvancedColor() {
-  Adjustable offsets[] = {{"first", -kMaxOffset, kMaxOffset, 0},
-                          {"second", -kMaxOffset, kMaxOffset, 0},
-                          {"third", -kMaxOffset, kMaxOffset, 0}};
+  Adjustable offsets[] = {Offset("first", KeptAdvancedOffset(0)),
+                          Offset("second", KeptAdvancedOffset(1)),
+                          Offset("third", KeptAdvancedOffset(2))};
   return Adjust(offsets, [&](std::size_t) {
     CHIP_COLOR_CONTROL_T neutral{}, matched{};
     utility_get_test_cm_gain(&neutral, kDefaultGain);
@@ -46,26 +50,36 @@ int AdjustAdvancedColor() {
   });
 }
 
-/// The offsets shown are those of the chosen region; the other regions keep theirs.
+/// Shows the offsets that a region was left with.
+void ShowRegion(uint8_t region, std::span<Adjustable> offsets) {
+  const ICM_CM_PARAM_T kept = KeptExpertOffsets(region);
+  const int values[] = {kept.saturation, kept.hue, kept.brightness};
+  std::printf("Region %d :", region);
+  for (std::size_t i = 0; i < offsets.size(); ++i) {
+    offsets[i].value = values[i];
+    std::printf(" %s = %d", offsets[i].name, values[i]);
+  }
+  std::printf("\n");
+}
+
+/// The offsets are those of the chosen region and go on from where they were left; the other
+/// regions keep theirs.
 int AdjustExpertColor() {
-  Adjustable numbers[] = {{"region", 0, kExpertRegions - 1, 0},
-                          {"saturation", -kMaxOffset, kMaxOffset, 0},
-                          {"hue", -kMaxOffset, kMaxOffset, 0},
-                          {"brightness", -kMaxOffset, kMaxOffset, 0}};
-  std::array<std::array<int, 3>, kExpertRegions> offsets{};
-  int shown = 0;
+  Adjustable numbers[] = {{"region", 0, kExpertRegionCount - 1, 0, 0, true},
+                          Offset("saturation", 0),
+                          Offset("hue", 0),
+                          Offset("brightness", 0)};
+  const std::span offsets = std::span(numbers).subspan(1);
+  int shown = -1;
   return Adjust(numbers, [&](std::size_t) {
-    auto& region = offsets[static_cast<std::size_t>(numbers[0].value)];
-    for (std::size_t i = 0; i < region.size(); ++i) {
-      int& number = numbers[i + 1].value;
-      if (numbers[0].value != shown) number = region[i];
-      region[i] = number;
-    }
-    shown = numbers[0].value;
+    const auto region = static_cast<uint8_t>(numbers[0].value);
+    if (region != shown) ShowRegion(region, offsets);
+    shown = region;
     CHIP_COLOR_CONTROL_T neutral{}, matched{};
     utility_get_test_cm_gain(&neutral, kDefaultGain);
-    ICM_CM_PARAM_T param = {static_cast<uint8_t>(shown), static_cast<int8_t>(region[0]),
-                            static_cast<int8_t>(region[1]), static_cast<int8_t>(region[2])};
+    ICM_CM_PARAM_T param = {region, static_cast<int8_t>(offsets[0].value),
+                            static_cast<int8_t>(offsets[1].value),
+                            static_cast<int8_t>(offsets[2].value)};
     utility_calc_test_cm_ui_match_gain_exp(&param, &neutral, &matched);
     return K2V_RHAL_VPQ_SetColorManagement(&matched);
   });

@@ -1,6 +1,7 @@
 #include "VpqExtTestCase.h"
 
 #include <cstdio>
+#include <iterator>
 
 #include "../../RecordAdjuster.h"
 #include "../../ValueTests.h"
@@ -23,13 +24,28 @@ int Call(int (*call)(Arguments...), std::type_identity_t<Arguments>... arguments
   return 0;
 }
 
-/// Sets a record whose tables are straight lines.
+/// A record whose tables are straight lines.
 template <typename Record>
-int SendRamp(int (*set)(Record* record)) {
+Record Ramp() {
   Record record{};
   const auto fields = k2v::FieldsOf(&record);
   record_adjuster::Store(NumbersOf(fields), fields, &record);
+  return record;
+}
+
+/// Sets a record whose tables are straight lines.
+template <typename Record>
+int SendRamp(int (*set)(Record* record)) {
+  Record record = Ramp<Record>();
   set(&record);
+  return 0;
+}
+
+/// Sets a straight gamma curve of all its points.
+int SendGammaRamp(int (*set)(K2V_VPQ_GAMMA_CURVE_T* curve)) {
+  K2V_VPQ_GAMMA_CURVE_T curve = Ramp<K2V_VPQ_GAMMA_CURVE_T>();
+  curve.nTableSize = std::size(curve.nCurve);
+  set(&curve);
   return 0;
 }
 
