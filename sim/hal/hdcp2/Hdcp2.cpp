@@ -147,7 +147,10 @@ int GetStatus(Board& board, uint8_t port, K2V_HDCP2_STATUS_T* status) {
   if (const int error = CheckInitialized(board, port < kPortCount && status != nullptr)) {
     return error;
   }
-  *status = board.hdcp2.ports[port].status;
+  K2V_HDCP2_STATUS_T& current = board.hdcp2.ports[port].status;
+  const bool failed = current.eState == K2V_HDCP2_STATE_FAILED;
+  if (!failed && !SourceAt(board.hdmi.ports[port]).speaksHdcp2) current = {};  // it has stopped
+  *status = current;
   return K2V_RHAL_OK;
 }
 

@@ -160,6 +160,7 @@ Action ParsePlug(const Words& words) {
   const SourceKind kind = words.size() > 2 ? ParseKind(words[2]) : SourceKind::kSdrVideo;
   return [=](Board& board) {
     HdmiPort& plugged = board.hdmi.ports[port];
+    board.hdcp2.ports[port].status = {};  // another cable, another link
     plugged.cable = true;
     plugged.sending = true;
     plugged.muted = false;
@@ -169,7 +170,10 @@ Action ParsePlug(const Words& words) {
 }
 
 Action ParseUnplug(const Words& words) {
-  return [port = ParsePort(words[0])](Board& board) { board.hdmi.ports[port].cable = false; };
+  return [port = ParsePort(words[0])](Board& board) {
+    board.hdmi.ports[port].cable = false;
+    board.hdcp2.ports[port].status = {};
+  };
 }
 
 Action ParseSignal(const Words& words) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "SimHal.h"
 #include "k2v/hdcp2.h"
@@ -44,6 +45,21 @@ TEST(Hdcp2, OnlySourcesWithHdcp2Authenticate) {
   EXPECT_EQ(StatusOf(0).eReason, K2V_HDCP2_REASON_NO_SOURCE);
   EXPECT_EQ(K2V_RHAL_HDCP2_Deauthenticate(0), kOk);
   EXPECT_EQ(StatusOf(0).eState, K2V_HDCP2_STATE_IDLE);
+}
+
+TEST(Hdcp2, NoLinkIsAuthenticatedAfterItBroke) {
+  Start();
+  for (const auto& commands : {std::pair{"unplug 0", "plug 0 3840x2160p60 hdr"},
+                               {"plug 0 3840x2160p60 hdr", "plug 0 3840x2160p60 hdr"},
+                               {"signal 0 off", "signal 0 on"}}) {
+    ASSERT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_STREAM), kOk);
+    EXPECT_EQ(StatusOf(0).eState, K2V_HDCP2_STATE_AUTHENTICATED);
+    for (const char* command : {commands.first, commands.second}) {
+      simhal::Apply(command);
+      EXPECT_EQ(StatusOf(0).eState, K2V_HDCP2_STATE_IDLE) << command;
+      EXPECT_EQ(StatusOf(0).eReason, K2V_HDCP2_REASON_NONE) << command;
+    }
+  }
 }
 
 TEST(Hdcp2, ASourceUsesTheKeyThatItStoredUntilItsProofFails) {
