@@ -73,6 +73,33 @@ TEST(Hdcp2, EachFaultFailsTheStepThatItBelongsTo) {
   }
 }
 
+TEST(Hdcp2, RefusesPortsThatAreNone) {
+  for (const TestFunction test :
+       {Hdcp2TestCase::Hdcp2Test_AKE, Hdcp2TestCase::Hdcp2Test_LocalityCheck,
+        Hdcp2TestCase::Hdcp2Test_SessionKeyExchange, Hdcp2TestCase::Hdcp2Test_ReceiverInfo,
+        Hdcp2TestCase::Hdcp2Test_StreamManage, Hdcp2TestCase::Hdcp2Test_Authenticate}) {
+    for (const char* port : {"256", "-1", "65536"}) {
+      const auto run = PlayTest(test, port);
+      EXPECT_EQ(run.result, 1) << port;
+      EXPECT_TRUE(run.output.ends_with(std::string("HDCP2 port NG : ") + port + '\n'));
+    }
+    const auto run = PlayTest(test, "4");
+    EXPECT_EQ(run.result, 1);
+    EXPECT_TRUE(Contains(run.output, " NG : -2\n")) << run.output;
+  }
+}
+
+TEST(Hdcp2, AReceiverThatWasUnpluggedIsNotAuthenticated) {
+  EXPECT_EQ(PlayTest(Hdcp2TestCase::Hdcp2Test_Authenticate).result, 0);
+  EXPECT_TRUE(
+      Contains(PlayTest(Hdcp2TestCase::Hdcp2Test_ReceiverInfo).output, "state = authenticated\n"));
+  for (const char* command : {"unplug 0", "plug 0 3840x2160p60 hdr"}) {
+    simhal::Apply(command);
+    EXPECT_TRUE(Contains(PlayTest(Hdcp2TestCase::Hdcp2Test_ReceiverInfo).output, "state = idle\n"))
+        << command;
+  }
+}
+
 TEST(Hdcp2, StreamTestTakesTheRepeaterFlagBackWhenItFails) {
   PlayTest(Hdcp2TestCase::Hdcp2Test_Init);
   simhal::Fail("K2V_RHAL_HDCP2_Authenticate", -7);

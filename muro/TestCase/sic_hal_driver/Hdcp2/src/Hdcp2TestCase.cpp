@@ -1,6 +1,8 @@
 #include "Hdcp2TestCase.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <optional>
 
 #include "ConsoleInput.h"
 #include "DriverTest.h"
@@ -10,9 +12,12 @@ namespace {
 
 using namespace hdcp2;
 
-uint8_t AskPort() {
-  return static_cast<uint8_t>(
-      console::AskNumber("Input port: 0(HDMI1); 1(HDMI2); 2(HDMI3); 3(HDMI4);\n"));
+/// Asks for a port. Empty, after a line, for a number that the HAL cannot even be given.
+std::optional<uint8_t> AskPort() {
+  const int port = console::AskNumber("Input port: 0(HDMI1); 1(HDMI2); 2(HDMI3); 3(HDMI4);\n");
+  if (port >= 0 && port <= UINT8_MAX) return static_cast<uint8_t>(port);
+  std::printf("HDCP2 port NG : %d\n", port);
+  return {};
 }
 
 int Verdict(bool passed) {
@@ -32,8 +37,8 @@ bool PrintKeyInfo() {
 
 /// Authenticates up to a state and prints the port's status.
 int RunUpTo(uint32_t state) {
-  const uint8_t port = AskPort();
-  return Verdict(Prepare() && Authenticate(port, state) && PrintStatus(port));
+  const auto port = AskPort();
+  return Verdict(port && Prepare() && Authenticate(*port, state) && PrintStatus(*port));
 }
 
 }  // namespace
@@ -71,26 +76,27 @@ int Hdcp2TestCase::Hdcp2Test_SessionKeyExchange(char*) {
 
 int Hdcp2TestCase::Hdcp2Test_ReceiverInfo(char*) {
   PrintTraceLine(__func__);
-  const uint8_t port = AskPort();
-  return Verdict(Prepare() && PrintKeyInfo() && PrintStatus(port));
+  const auto port = AskPort();
+  return Verdict(port && Prepare() && PrintKeyInfo() && PrintStatus(*port));
 }
 
 int Hdcp2TestCase::Hdcp2Test_StreamManage(char*) {
   PrintTraceLine(__func__);
-  const uint8_t port = AskPort();
-  if (!Prepare() || !Succeeded("K2V_RHAL_HDCP2_SetRepeater", K2V_RHAL_HDCP2_SetRepeater(1))) {
+  const auto port = AskPort();
+  if (!port || !Prepare() ||
+      !Succeeded("K2V_RHAL_HDCP2_SetRepeater", K2V_RHAL_HDCP2_SetRepeater(1))) {
     return 1;
   }
-  const bool passed = Authenticate(port, K2V_HDCP2_STATE_STREAM) && PrintStatus(port);
+  const bool passed = Authenticate(*port, K2V_HDCP2_STATE_STREAM) && PrintStatus(*port);
   K2V_RHAL_HDCP2_SetRepeater(0);
   return Verdict(passed);
 }
 
 int Hdcp2TestCase::Hdcp2Test_Authenticate(char*) {
   PrintTraceLine(__func__);
-  const uint8_t port = AskPort();
+  const auto port = AskPort();
   // From the very start: nothing that an earlier test did helps.
-  return Verdict(Restart() && Prepare() &&
+  return Verdict(port && Restart() && Prepare() &&
                  Succeeded("K2V_RHAL_HDCP2_VerifyKeys", K2V_RHAL_HDCP2_VerifyKeys()) &&
-                 Authenticate(port, K2V_HDCP2_STATE_STREAM) && PrintStatus(port));
+                 Authenticate(*port, K2V_HDCP2_STATE_STREAM) && PrintStatus(*port));
 }
