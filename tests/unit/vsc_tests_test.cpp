@@ -323,6 +323,46 @@ TEST(AllSources, TellsWhatEachOfflineSourceReceives) {
   EXPECT_TRUE(Contains(run.output, "Detecting Timing..20 \n"));
 }
 
+// The answers that bring HDMI up on port 0, with no other source, and show it in a window.
+std::string ShowHdmiIn(const std::string& window) {
+  return "2\n0\n0\n0\n0\n0\n0\n0\n" + window + "\n0\n" + window + '\n' + window + "\n0\n" + window +
+         '\n';
+}
+
+// The answers that choose a source which cannot be brought up, and leave.
+const std::string kLeaveByAvd = "0\n0\n0\n0\n0\n0\n0\n1\n";
+
+TEST(AllSources, AskForTheWindowUntilItIsTheOneWithTheSource) {
+  auto run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun,
+                      ShowHdmiIn("1") + "2\n0\n0\n1\n1\n" + kLeaveByAvd);
+  EXPECT_EQ(run.result, 0);
+  EXPECT_EQ(CountOf(run.output, "change src: VSC Window"), 2u);
+  EXPECT_EQ(CountOf(run.output, "Change Src VFE NG : -1\n"), 1u);
+  EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(0,"), 0u);
+  EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(1,"), 1u);
+  // What was left is a source that cannot be ended: one question, and it is given up.
+  run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, "0\n0\n" + kLeaveByAvd);
+  EXPECT_EQ(run.result, 0);
+  EXPECT_EQ(CountOf(run.output, "change src: VSC Window"), 1u);
+}
+
+TEST(AllSources, ChangeTheSourceThatWasKept) {
+  PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, ShowHdmiIn("0") + "1\n");
+  simhal::ClearCalls();
+  auto run =
+      PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, "0\n0\n" + ShowHdmiIn("0") + "1\n");
+  EXPECT_EQ(run.result, 0);
+  EXPECT_TRUE(run.output.starts_with("VSC_INPUT_TYPE_Src : 2, Switch\n\033[1;34mchange src: "));
+  EXPECT_EQ(CallsOf("K2V_RHAL_VFE_HDMI_Uninitialize"), 1u);
+  EXPECT_FALSE(Contains(run.output, " NG : ")) << run.output;
+
+  // A refused disconnect leaves no source behind, and no question that repeats for ever.
+  simhal::Fail("K2V_RHAL_VSC_Disconnect", -8);
+  run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, "0\n0\n" + kLeaveByAvd);
+  EXPECT_EQ(run.result, 0);
+  EXPECT_TRUE(Contains(run.output, "Change Src NG : -8\nInput Src\n")) << run.output;
+}
+
 TEST(FastSwitch, GivesTheWindowUpBeforeTheNextSource) {
   PlayTest(VscTestCase::Vsc_FastSwitchSource_ForDemo, "2\n");
   EXPECT_EQ(LastCall(), "K2V_RHAL_VSC_SetWinBlank(0, 0, 0) = 0");

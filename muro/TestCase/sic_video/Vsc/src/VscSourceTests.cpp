@@ -32,8 +32,8 @@ struct WindowSources {
 };
 WindowSources functionalitySources;
 WindowSources zoomSources;
+WindowSources allRunSources;
 K2V_VSC_INPUT_TYPE onlyMainSource = kNoSource;
-K2V_VSC_INPUT_TYPE allRunSource = kNoSource;
 K2V_VSC_INPUT_TYPE demoSource = kNoSource;
 __K2V_VIDEO_WID_T selectedWindow = K2V_VIDEO_WID_0;
 
@@ -115,21 +115,38 @@ Selection ShowSource(K2V_VSC_INPUT_TYPE source, PollPeriods periods) {
   }
 }
 
-/// Takes the source out of a window that the operator names; repeated until that has worked.
-void ChangeSource(K2V_VSC_INPUT_TYPE& main, K2V_VSC_INPUT_TYPE& sub) {
-  for (;;) {
-    selectedWindow = static_cast<__K2V_VIDEO_WID_T>(
-        console::AskNumberInBlue("change src: VSC Window 0(Win0), 1(Win1)\n"));
-    K2V_VSC_INPUT_TYPE& source = selectedWindow == K2V_VIDEO_WID_1 ? sub : main;
-    Api_vsc_Misc_SetWinBlank(1, 0);
-    if (const int32_t r = Api_vsc_Misc_ExitInput_Source(source); r != 0) {
-      std::printf("Change Src VFE NG : %d\n", r);
-      continue;
-    }
-    const int32_t r = Api_vsc_Misc_SetVSC_Disconnect(selectedWindow);
-    source = kNoSource;
-    if (r == 0) return;
-    std::printf("Change Src NG : %d\n", r);
+K2V_VSC_INPUT_TYPE& SourceIn(WindowSources& sources, __K2V_VIDEO_WID_T window) {
+  return window == K2V_VIDEO_WID_1 ? sources.sub : sources.main;
+}
+
+/// Takes the source out of a window that the operator names. Returns whether that has worked.
+bool TakeSourceOut(WindowSources& sources) {
+  selectedWindow = static_cast<__K2V_VIDEO_WID_T>(
+      console::AskNumberInBlue("change src: VSC Window 0(Win0), 1(Win1)\n"));
+  K2V_VSC_INPUT_TYPE& source = SourceIn(sources, selectedWindow);
+  Api_vsc_Misc_SetWinBlank(1, 0);
+  if (const int32_t r = Api_vsc_Misc_ExitInput_Source(source); r != 0) {
+    std::printf("Change Src VFE NG : %d\n", r);
+    return false;
+  }
+  const int32_t r = Api_vsc_Misc_SetVSC_Disconnect(selectedWindow);
+  source = kNoSource;
+  if (r != 0) std::printf("Change Src NG : %d\n", r);
+  return r == 0;
+}
+
+/// The source of two windows of which one has none.
+K2V_VSC_INPUT_TYPE OnlySource(const WindowSources& sources) {
+  return sources.main != kNoSource ? sources.main : sources.sub;
+}
+
+/// Takes the only source out, however often that has to be tried. One that the helpers cannot end
+/// is given up.
+void TakeOnlySourceOut(WindowSources& sources) {
+  while (!TakeSourceOut(sources)) {
+    if (OnlySource(sources) == K2V_VSC_INPUTSRC_HDMI) continue;
+    sources = {};
+    return;
   }
 }
 
@@ -176,10 +193,6 @@ bool ChooseSource(WindowSources& sources) {
   return true;
 }
 
-K2V_VSC_INPUT_TYPE SelectedSource(const WindowSources& sources) {
-  return selectedWindow == K2V_VIDEO_WID_1 ? sources.sub : sources.main;
-}
-
 /// Polls the main window's source; kContinue when it has a timing.
 Selection DetectForMainWindow(K2V_VSC_INPUT_TYPE source) {
   uint8_t polls = 0;
@@ -222,6 +235,10 @@ void ChangeMainSource(K2V_VSC_INPUT_TYPE& source) {
   source = kNoSource;
 }
 
+void PrintSwitch(K2V_VSC_INPUT_TYPE source) {
+  std::printf("VSC_INPUT_TYPE_Src : %d, Switch\n", static_cast<int>(source));
+}
+
 /// Asks for each source whether it runs beside the shown one, brings those up and tells what they
 /// receive.
 void ConnectOfflineSources(const bool (&offline)[kSourceCount]) {
@@ -238,9 +255,10 @@ void ConnectOfflineSources(const bool (&offline)[kSourceCount]) {
   }
 }
 
-void RunAllSources(K2V_VSC_INPUT_TYPE& source) {
+/// Brings up the source that the operator chooses, and others beside it. Returns the chosen one.
+K2V_VSC_INPUT_TYPE RunAllSources() {
   std::puts("Input Src");
-  source = AskSourceType();
+  const K2V_VSC_INPUT_TYPE source = AskSourceType();
   bool offline[kSourceCount];
   for (K2V_VSC_INPUT_TYPE type = 0; type < kSourceCount; ++type) {
     std::printf("Offline Connect %s, 0(NO), 1(YES)\n", kSourceNames[type]);
@@ -248,12 +266,13 @@ void RunAllSources(K2V_VSC_INPUT_TYPE& source) {
     std::printf("\n Connect:%d\n", answer);
     offline[type] = answer == 1;
   }
-  std::printf("VSC_INPUT_TYPE_Src : %d, Switch\n", static_cast<int>(source));
+  PrintSwitch(source);
   if (const int32_t r = Api_vsc_Misc_SetInput_Source(source); r != 0) {
     std::printf("Switch Src NG : %d\n", r);
   }
   usleep(kSourceGapUs);
   ConnectOfflineSources(offline);
+  return source;
 }
 
 /// The demo's last source gives its window up.
@@ -290,19 +309,28 @@ int VscTestCase::Vsc_functionality(char*) {
   while (console::AskNumberInBlue("VSC_FunctionTest_HAL_VSC_Switch_Source Exit, 0(No) 1(YES)\n") !=
          1) {
     WindowSources& sources = functionalitySources;
-    if (ChooseSource(sources) && ShowSource(SelectedSource(sources), {5, 4}) == Selection::kExit) {
+    if (ChooseSource(sources) &&
+        ShowSource(SourceIn(sources, selectedWindow), {5, 4}) == Selection::kExit) {
       return 1;
     }
-    ChangeSource(sources.main, sources.sub);
+    while (!TakeSourceOut(sources)) {
+    }
   }
   return 1;
 }
 
 int VscTestCase::Vsc_SwitchSource_AllSourceRun(char*) {
   for (;;) {
-    RunAllSources(allRunSource);
-    if (ShowSource(allRunSource, {20, 20}) == Selection::kExit) return 0;
-    ChangeSource(allRunSource, allRunSource);
+    WindowSources& sources = allRunSources;
+    if (const K2V_VSC_INPUT_TYPE kept = OnlySource(sources); kept != kNoSource) {
+      PrintSwitch(kept);
+    } else {
+      const K2V_VSC_INPUT_TYPE source = RunAllSources();
+      const Selection selection = ShowSource(source, {20, 20});
+      SourceIn(sources, Api_vsc_get_input_winid()) = source;
+      if (selection == Selection::kExit) return 0;
+    }
+    TakeOnlySourceOut(sources);
   }
 }
 
