@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <random>
 
+#include "Remarks.h"
 #include "TestList.h"
 #include "Text.h"
 
@@ -14,6 +15,7 @@ namespace {
 // An application program command, which terminals ignore.
 constexpr std::string_view kEnd = "\033\\";
 constexpr std::string_view kKinds = "LKP";  // in the order of console::Input
+constexpr char kRemark = '#';
 constexpr std::size_t kLongestMark = 16384;
 
 std::string markBegin;
@@ -44,6 +46,10 @@ std::string RunningTestId() {
   return "";
 }
 
+void WriteRemark(const std::string& text) {
+  Write(kRemark + Escaped(text));
+}
+
 void WriteTaken(console::Input kind, std::string_view text) {
   Write(std::string{'!', Letter(kind)} + RunningTestId() + '\t' + Escaped(text));
 }
@@ -70,6 +76,7 @@ std::string MakeMarkKey() {
 void MarkWaiting(const std::string& key) {
   markBegin = BeginOf(key);
   console::SetInputObserver(&kWaitingObserver);
+  SetRemarkListener(WriteRemark);
 }
 
 void MarkWaitingAndTaken(const std::string& key) {
@@ -104,6 +111,14 @@ void MarkReader::End() {
 }
 
 void MarkReader::Act(std::string_view mark) const {
+  if (!mark.starts_with(kRemark)) {
+    ActOnInput(mark);
+  } else if (listener_.remarked) {
+    listener_.remarked(Unescaped(mark.substr(1)).value_or(""));
+  }
+}
+
+void MarkReader::ActOnInput(std::string_view mark) const {
   const auto kind = mark.size() < 2 ? std::string_view::npos : kKinds.find(mark[1]);
   if (kind == std::string_view::npos) return;
   const auto input = static_cast<console::Input>(kind);

@@ -1,5 +1,5 @@
-// Marks in a test's console output by which it tells the runner when it needs the operator. They
-// travel with the output, so it is exact what was printed before.
+// Marks in a test's console output by which it tells the runner when it needs the operator, and
+// what it remarks. They travel with the output, so it is exact what was printed before.
 #pragma once
 
 #include <functional>
@@ -13,7 +13,8 @@ namespace runner {
 /// A text that no test prints by chance, new at every call.
 std::string MakeMarkKey();
 
-/// From now on this process marks its standard output where it waits for input.
+/// From now on this process marks its standard output where it waits for input, and puts remarks of
+/// tests into it.
 void MarkWaiting(const std::string& key);
 
 /// As `MarkWaiting`, and marks what was typed, with the id of the test that took it.
@@ -27,6 +28,7 @@ class MarkReader {
     std::function<void(console::Input kind)> waiting;
     /// `testId` is empty in menus.
     std::function<void(console::Input kind, std::string testId, std::string text)> taken;
+    std::function<void(std::string text)> remarked = {};
   };
 
   MarkReader(const std::string& key, Listener listener);
@@ -38,6 +40,7 @@ class MarkReader {
 
  private:
   void Act(std::string_view mark) const;
+  void ActOnInput(std::string_view mark) const;
 
   std::string begin_;
   Listener listener_;

@@ -42,6 +42,11 @@ std::string SignalText(int signal) {
   return "signal " + std::to_string(signal) + (row == std::end(kSignals) ? "" : row->name);
 }
 
+/// Adds to what a line says.
+void AddTo(std::string& line, const std::string& text) {
+  line += (line.empty() ? "" : "; ") + text;
+}
+
 /// In the child: the test, whose end of input is a failure as it is for an operator.
 int RunTest(TestCase& test, const std::string& key) {
   MarkWaiting(key);
@@ -59,7 +64,8 @@ TestSession::TestSession(const TestEntry& entry, const std::vector<AnswerRule>& 
       answers_(rules, entry),
       marks_(key_, {[this](std::string_view text) { Printed(text); },
                     [this](console::Input kind) { Waiting(kind); },
-                    {}}) {}
+                    {},
+                    [this](const std::string& text) { AddTo(remarks_, CleanLine(text)); }}) {}
 
 Outcome TestSession::Run(bool (*interrupted)()) {
   const std::string error = test_.Start([this] { return RunTest(*entry_.test, key_); });
@@ -129,6 +135,7 @@ void TestSession::Judge(const ChildEnd& end) {
       if (end.value == 1) outcome_.verdict = Verdict::kFail;
       if (end.value != 0 && end.value != 1)
         outcome_.message = "undefined result " + std::to_string(end.value);
+      if (!remarks_.empty()) AddTo(outcome_.message, remarks_);
       break;
     case ChildEnd::kExited:
       outcome_.message = "exited with status " + std::to_string(end.value) + " in the test";
@@ -145,8 +152,8 @@ void TestSession::Judge(const ChildEnd& end) {
       break;
   }
   if (end.leftChildren > 0) {
-    outcome_.message += (outcome_.message.empty() ? "" : "; ") + std::string("left ") +
-                        std::to_string(end.leftChildren) + " process(es) running, ended";
+    AddTo(outcome_.message,
+          "left " + std::to_string(end.leftChildren) + " process(es) running, ended");
   }
 }
 

@@ -58,6 +58,7 @@ class TestSession {
   std::string printed_;   // since the last answer
   bool waiting_ = false;  // for an answer that no rule gives
   bool broken_ = false;   // the verdict is there before the test's end
+  std::string remarks_;
   Outcome outcome_;
 };
 

@@ -8,6 +8,7 @@
 #include "Module.h"
 #include "Scripted.h"
 #include "SimHal.h"
+#include "TestCounts.h"
 #include "TestFrame.h"
 #include "TestReport.h"
 
@@ -72,7 +73,7 @@ TEST_F(FrameTest, EveryModuleHoldsItsWholeTable) {
   const struct {
     std::vector<unsigned short> path;
     int count;
-    const char* last;
+    std::string last;
   } kModules[] = {
       {{0, 0}, 9, "Hdcp2 MURO 9"},
       {{3, 0}, 17, "Vfe MURO 17"},
@@ -85,7 +86,7 @@ TEST_F(FrameTest, EveryModuleHoldsItsWholeTable) {
       {{4, 0, 2}, 2, "Thermal notifier test (multi sessions)"},
       {{4, 0, 3}, 2, "UTSvp Test do nothing"},
       {{4, 0, 4}, 29, "UTVFE HDMI HDCP Test"},
-      {{4, 0, 5}, 245, "UTVpq Test 244"},
+      {{4, 0, 5}, test::kUtVpqTests, "UTVpq Test " + std::to_string(test::kUtVpqTests - 1)},
       {{5, 0, 0}, 26, "Playback AutoTest - ALL"},
       {{6, 0}, 27, "TestFunc_STC"},
       {{6, 1}, 4, "TestFunc_Slave_Ready"},
@@ -93,7 +94,7 @@ TEST_F(FrameTest, EveryModuleHoldsItsWholeTable) {
   for (const auto& module : kModules) {
     Case* menu = Descend(root, module.path);
     EXPECT_EQ(menu->getChildCount(), module.count) << menu->getName();
-    EXPECT_STREQ(ChildNames(menu).back().c_str(), module.last) << menu->getName();
+    EXPECT_EQ(ChildNames(menu).back(), module.last) << menu->getName();
   }
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Remarks.h"
 #include "Scripted.h"
 #include "SimHal.h"
 #include "UTVpqRunners.h"
@@ -183,6 +184,19 @@ TEST(UTVpq, EachKindPrintsItsLinesInTheOrderOfItsCalls) {
 
   EXPECT_EQ(WithoutTraceLine(PlayTest(UTVpqTestCase::UTVpq_Test).output),
             "Just test basic api call.\n");
+}
+
+Lines remarks;
+
+TEST(UTVpq, RemarksTheErrorsThatAnswerNumbersOfTheRange) {
+  SetRemarkListener([](const std::string& text) { remarks.push_back(text); });
+  PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_SetNR);
+  EXPECT_EQ(remarks, Lines()) << "refusing 6 and random numbers is right";
+  simhal::Fail("K2V_RHAL_VPQ_SetNR", -7, 2);
+  const auto run = PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_SetNR);
+  EXPECT_EQ(run.result, 0);
+  EXPECT_EQ(remarks, Lines{"max value 4 answered -7, which this test does not judge"});
+  EXPECT_EQ(run.output.find("-7"), std::string::npos);
 }
 
 TEST(UTVpq, OnlyThePictureModesRandomNumberStaysInRange) {

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "ConsoleInput.h"
+#include "Remarks.h"
 #include "runner/TestSession.h"
 
 namespace {
@@ -66,6 +67,21 @@ TEST(SessionTest, APromptInPiecesIsAnsweredWhenItIsWhole) {
   const Played played = Play(AskInPieces, Rules("first second=", "42"));
   EXPECT_EQ(played.outcome.verdict, Verdict::kPass) << played.outcome.message;
   EXPECT_EQ(played.console, "first second=42\n");
+}
+
+TEST(SessionTest, RemarksStandInTheResultAndNotInTheOutput) {
+  const Played played = Play(
+      [](char*) {
+        std::fputs("before ", stdout);
+        Remark("one");
+        Remark("two\033[1m");
+        std::fputs("after", stdout);
+        return 0;
+      },
+      {});
+  EXPECT_EQ(played.outcome.verdict, Verdict::kPass);
+  EXPECT_EQ(played.outcome.message, "one; two");
+  EXPECT_EQ(played.console, "before after");
 }
 
 TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {

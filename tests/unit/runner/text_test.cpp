@@ -60,7 +60,7 @@ TEST(MarksTest, MarksAreFoundHoweverTheOutputIsCut) {
   const std::string marked =
       "a "
       "prompt=\033_cvn0123?L\033\\more\033[1m\033_cvn\033_cvn0123!KVscModule/"
-      "1\t\\x1b\033\\end\033_cvn01";
+      "1\t\\x1b\033\\end\033_cvn0123#a; b\033\\.\033_cvn01";
   for (std::size_t cut = 0; cut <= marked.size(); ++cut) {
     std::string heard;
     runner::MarkReader reader(
@@ -69,11 +69,13 @@ TEST(MarksTest, MarksAreFoundHoweverTheOutputIsCut) {
               [&](console::Input kind, const std::string& id, const std::string& text) {
                 heard += "<" + id + (kind == console::Input::kKey ? " key " : " ? ") +
                          runner::Escaped(text) + ">";
-              }});
+              },
+              [&](const std::string& text) { heard += "<remark " + text + ">"; }});
     reader.Read(marked.substr(0, cut));
     reader.Read(marked.substr(cut));
     reader.End();
-    EXPECT_EQ(heard, "a prompt=<L>more\033[1m\033_cvn<VscModule/1 key \\e>end\033_cvn01")
+    EXPECT_EQ(heard,
+              "a prompt=<L>more\033[1m\033_cvn<VscModule/1 key \\e>end<remark a; b>.\033_cvn01")
         << "cut at " << cut;
   }
 }

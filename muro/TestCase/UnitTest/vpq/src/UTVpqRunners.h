@@ -20,8 +20,9 @@ using NumberSetter = int (*)(int32_t);
 /// Calls a function without arguments, and calls it again.
 void CallTwice(int (*call)());
 
-/// Calls with `value`, printed behind the kind of test and the parameter's name.
-void CallWithNumber(const char* kind, const char* name, int32_t value, NumberSetter call);
+/// Calls with `value`, printed behind the kind of test and the parameter's name. Returns the HAL's
+/// answer.
+int CallWithNumber(const char* kind, const char* name, int32_t value, NumberSetter call);
 
 /// Which random number a range is tried with.
 enum class Random {
@@ -31,7 +32,7 @@ enum class Random {
 };
 
 /// Calls with the smallest and the largest number, with a random one, and with each number beyond
-/// the limits.
+/// the limits. An error that answers a number of the range is remarked.
 void CallWithLimits(const char* name, int32_t min, int32_t max, NumberSetter call, Random random,
                     std::initializer_list<int32_t> boundaries);
 
