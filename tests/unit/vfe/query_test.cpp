@@ -1,12 +1,30 @@
 // The HDMI tests that make one query.
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sstream>
 #include <string>
 
 #include "VfeHdmiTestCase.h"
 #include "VfePlay.h"
 #include "k2v/vfe_hdmi.h"
+
+namespace {
+
+std::optional<uint32_t> depthCode;  // what the HAL answers instead of the depth of its source
+
+}  // namespace
+
+extern "C" {
+
+int __real_K2V_RHAL_VFE_HDMI_GetColorDepth(uint8_t port, uint32_t* depth);
+
+int __wrap_K2V_RHAL_VFE_HDMI_GetColorDepth(uint8_t port, uint32_t* depth) {
+  if (!depthCode) return __real_K2V_RHAL_VFE_HDMI_GetColorDepth(port, depth);
+  *depth = *depthCode;
+  return 0;
+}
+}
 
 namespace {
 
@@ -49,6 +67,25 @@ TEST(HdmiQueries, PrintTheAnswerOfTheHal) {
     const auto run = PlayTest(c.test, c.answers);
     EXPECT_EQ(run.result, 0) << c.line;
     EXPECT_EQ(run.output, (*c.answers != '\0' ? ports : "") + c.line);
+  }
+}
+
+TEST(HdmiQueries, PrintEveryColourDepth) {
+  const struct {
+    uint32_t code;
+    const char* line;
+  } kCases[] = {
+      {0, "VfeHdmiMUROTest_GetColorDepth(2) = 8 Bit\n"},
+      {1, "VfeHdmiMUROTest_GetColorDepth(2) = 10 Bit\n"},
+      {2, "VfeHdmiMUROTest_GetColorDepth(2) = 12 Bit\n"},
+      {3, "VfeHdmiMUROTest_GetColorDepth(2) = 16 Bit\n"},
+      {4, "VfeHdmiMUROTest_GetColorDepth(2) = 4\n"},
+      {UINT32_MAX, "VfeHdmiMUROTest_GetColorDepth(2) = -1\n"},
+  };
+  for (const auto& c : kCases) {
+    depthCode = c.code;
+    EXPECT_TRUE(PlayTest(T::VfeHdmiMUROTest_GetColorDepth, "2\n").output.ends_with(c.line))
+        << c.code;
   }
 }
 
