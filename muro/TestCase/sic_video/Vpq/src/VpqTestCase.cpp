@@ -1,5 +1,6 @@
 #include "VpqTestCase.h"
 
+#include <array>
 #include <cstdio>
 #include <span>
 
@@ -50,14 +51,17 @@ int AdjustAdvancedColor() {
   });
 }
 
+/// Saturation, hue and brightness.
+using Offsets = std::span<Adjustable, 3>;
+
 /// Shows the offsets that a region was left with.
-void ShowRegion(uint8_t region, std::span<Adjustable> offsets) {
+void ShowRegion(uint8_t region, Offsets offsets) {
   const ICM_CM_PARAM_T kept = KeptExpertOffsets(region);
-  const int values[] = {kept.saturation, kept.hue, kept.brightness};
+  const std::array<int, Offsets::extent> values = {kept.saturation, kept.hue, kept.brightness};
   std::printf("Region %d :", region);
   for (std::size_t i = 0; i < offsets.size(); ++i) {
     offsets[i].value = values[i];
-    std::printf(" %s = %d", offsets[i].name, values[i]);
+    std::printf("%s %s = %d", i == 0 ? "" : ",", offsets[i].name, values[i]);
   }
   std::printf("\n");
 }
@@ -69,7 +73,7 @@ int AdjustExpertColor() {
                           Offset("saturation", 0),
                           Offset("hue", 0),
                           Offset("brightness", 0)};
-  const std::span offsets = std::span(numbers).subspan(1);
+  const Offsets offsets = std::span(numbers).subspan<1>();
   int shown = -1;
   return Adjust(numbers, [&](std::size_t) {
     const auto region = static_cast<uint8_t>(numbers[0].value);
