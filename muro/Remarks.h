@@ -3,7 +3,7 @@
 
 #include <string>
 
-/// Remarks something, in one line, that the verdict of the running test does not tell, such as the
+/// Remarks something, in one line, that the verdict of the running test does not say, such as the
 /// code of a call that the test is not to judge. It is shown with the result of an unattended run;
 /// at the console it is not.
 void Remark(const std::string& text);

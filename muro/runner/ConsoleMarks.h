@@ -1,5 +1,5 @@
-// Marks in a test's console output by which it tells the runner when it needs the operator, and
-// what it remarks. They travel with the output, so it is exact what was printed before.
+// Marks in a test's console output that tell the runner when it needs the operator, and what it
+// remarks. They travel with the output, so it is exact what was printed before.
 #pragma once
 
 #include <functional>

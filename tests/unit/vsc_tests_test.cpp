@@ -303,6 +303,17 @@ TEST(OnlyMainWindow, ShowsHdmiAndChangesTheSource) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(0,"), 1u);
 }
 
+TEST(OnlyMainWindow, TriesADisconnectUntilItIsAccepted) {
+  simhal::Fail("K2V_RHAL_VSC_Disconnect", -8, 1, 2);
+  const auto run = PlayTest(VscTestCase::Vsc_functionality_OnlyMainWin, "2\n2\n99\n");
+  EXPECT_EQ(run.result, 0);
+  const std::string refused =
+      "VSC Disconnect NG : -8\nApi_vsc_Misc_SetVSC_Disconnect NG : -8\nChange Src NG : -8\n";
+  EXPECT_EQ(CountOf(run.output, refused), 2u) << run.output;
+  EXPECT_EQ(CountOf(run.output, "Change Src VFE NG : -3\n"), 2u) << "the source was ended at once";
+  EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(0,"), 3u);
+}
+
 TEST(OnlyMainWindow, AsksEveryThirdPollWhileNothingIsDetected) {
   const auto run = PlayTest(VscTestCase::Vsc_functionality_OnlyMainWin, "0\n0\n1\n");
   EXPECT_EQ(run.result, 0);

@@ -20,7 +20,7 @@ using NumberSetter = int (*)(int32_t);
 /// Calls a function without arguments, and calls it again.
 void CallTwice(int (*call)());
 
-/// Calls with `value`, printed behind the kind of test and the parameter's name. Returns the HAL's
+/// Calls with `value`, printed after the kind of test and the parameter's name. Returns the HAL's
 /// answer.
 int CallWithNumber(const char* kind, const char* name, int32_t value, NumberSetter call);
 

@@ -35,7 +35,7 @@ Adjustable Offset(const char* name, int kept) {
   return {name, -kMaxOffset, kMaxOffset, kept};
 }
 
-/// The offsets go on from where they were left.
+/// The offsets start from where they were left.
 int AdjustAdvancedColor() {
   Adjustable offsets[] = {Offset("first", KeptAdvancedOffset(0)),
                           Offset("second", KeptAdvancedOffset(1)),
@@ -66,7 +66,7 @@ void ShowRegion(uint8_t region, Offsets offsets) {
   std::printf("\n");
 }
 
-/// The offsets are those of the chosen region and go on from where they were left; the other
+/// The offsets are those of the chosen region and start from where they were left; the other
 /// regions keep theirs.
 int AdjustExpertColor() {
   Adjustable numbers[] = {{"region", 0, kExpertRegionCount - 1, 0, 0, true},
