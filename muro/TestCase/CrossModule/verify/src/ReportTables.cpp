@@ -118,6 +118,8 @@ std::string NamesOf(const std::vector<const Stage*>& stages) {
 }
 
 void PrintFirstBadStages(std::ostream& out, const StageResults& results) {
+  // A run that was refused broke at no stage.
+  if (std::ranges::any_of(results, &CM_Verify_Result::runWasRefused)) return;
   const std::string picture = FirstBadStage(results);
   if (!picture.empty())
     out << ansi::kFail << " First bad stage: " << picture << ansi::kReset << '\n';
