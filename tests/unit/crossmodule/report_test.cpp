@@ -249,6 +249,7 @@ TEST_F(CrossModuleFilesReport, OfARefusedRunShowsNoOlderDumps) {
                "[VDEC]    FAIL!              (no---data)/599                    0/0         "
                "   -  -             (no---data)  not run\n"))
       << run.output;
+  EXPECT_FALSE(Contains(run.output, "First bad stage")) << "it broke nowhere";
 }
 
 TEST_F(CrossModuleFilesReport, HasTheSynchronisationOfItsCase) {

@@ -22,16 +22,20 @@ constexpr const char* kSorvexPreparation[] = {
     "touch /home/cross_module/muroMode",
 };
 // Keys of the input generator mark the start and the end of a run.
+constexpr char kStartKey[] =
+    "nilo-send -f -n 1 nilo://com.kelvra.inputgenerator/pushKeyEvent "
+    "'{\"keycodenum\": 114, \"eventtype\":\"keypressed\"}'";
+constexpr char kEndKey[] =
+    "nilo-send -f -n 1 nilo://com.kelvra.inputgenerator/pushKeyEvent "
+    "'{\"keycodenum\": 115, \"eventtype\":\"keypressed\"}'";
 constexpr const char* kSorvexRunStart[] = {
     "touch /tmp/runningCrossModule",
-    "nilo-send -f -n 1 nilo://com.kelvra.inputgenerator/pushKeyEvent "
-    "'{\"keycodenum\": 114, \"eventtype\":\"keypressed\"}'",
+    kStartKey,
     "echo osd_ctrl=0 0 > /proc/cvngdma/dbg",
 };
 constexpr const char* kSorvexRunEnd[] = {
     "rm /tmp/runningCrossModule",
-    "nilo-send -f -n 1 nilo://com.kelvra.inputgenerator/pushKeyEvent "
-    "'{\"keycodenum\": 115, \"eventtype\":\"keypressed\"}'",
+    kEndKey,
 };
 
 constexpr const char* kPelxosPreparation[] = {"cp {home}gst_root/usr/lib/* /usr/lib/"};
