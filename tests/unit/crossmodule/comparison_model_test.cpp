@@ -1,5 +1,6 @@
 // The rules of the comparison, written down once more as plainly as possible, against the verifiers
-// on random pairs of files: the wrong fields and the numbers of rows must agree.
+// on random pairs of files: the wrong fields and the numbers of rows must agree. CVN_SEEDS is how
+// many pairs are tried for each stage.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -45,6 +46,25 @@ int64_t CountIf(const Rows& rows, const std::function<bool(std::size_t index)>& 
 // Two rows read together, or one of them alone after the other lagged.
 enum class Next { kBoth, kGolden, kSample, kEnd };
 
+/// Two files that are read side by side, and how often one of them had no row left.
+struct BothFiles {
+  const Rows& golden;
+  const Rows& sample;
+  std::size_t g = 0;  // rows read
+  std::size_t s = 0;
+  int ends = 0;
+
+  /// Reads on. Returns false when a row that is wanted is not there.
+  bool Read(Next next) {
+    const bool noGolden = next != Next::kSample && g == golden.size();
+    const bool noSample = next != Next::kGolden && s == sample.size();
+    if (next != Next::kSample && !noGolden) ++g;
+    if (next != Next::kGolden && !noSample) ++s;
+    ends += (noGolden ? 1 : 0) + (noSample ? 1 : 0);
+    return !noGolden && !noSample;
+  }
+};
+
 /// The walk of the OMX stages. `rateColumn` is 0 where there is no rate.
 Finding Omx(const Rows& golden, const Rows& sample, std::size_t warmUp, std::size_t rateColumn,
             const std::function<bool(const Row&, const Row&, Finding&)>& differ) {
@@ -59,26 +79,11 @@ Finding Omx(const Rows& golden, const Rows& sample, std::size_t warmUp, std::siz
   std::vector<std::size_t> all(golden.empty() ? 0 : golden[0].size());
   for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
 
-  std::size_t g = 0;
-  std::size_t s = 0;
-  int ends = 0;
-  for (Next next = Next::kBoth; next != Next::kEnd && ends < 2;) {
-    bool isRead = true;
-    if (next != Next::kSample) {
-      if (g == golden.size())
-        isRead = (++ends, false);
-      else
-        ++g;
-    }
-    if (next != Next::kGolden) {
-      if (s == sample.size())
-        isRead = (++ends, false);
-      else
-        ++s;
-    }
-    if (!isRead || (g <= warmUp && s <= warmUp)) continue;
-    const Row& goldenRow = golden[g - 1];
-    const Row& sampleRow = sample[s - 1];
+  BothFiles files{golden, sample};
+  for (Next next = Next::kBoth; next != Next::kEnd && files.ends < 2;) {
+    if (!files.Read(next) || (files.g <= warmUp && files.s <= warmUp)) continue;
+    const Row& goldenRow = golden[files.g - 1];
+    const Row& sampleRow = sample[files.s - 1];
     const int goldenNumber = Int(goldenRow[0]);
     const int sampleNumber = Int(sampleRow[0]);
     if (isStart(goldenRow)) {
@@ -133,30 +138,15 @@ Finding Dvo(const Rows& golden, const Rows& sample) {
   Finding found;
   found.goldenSelected = selects(golden);
   found.dumpSelected = selects(sample);
-  std::size_t g = 0;
-  std::size_t s = 0;
-  int ends = 0;
+  BothFiles files{golden, sample};
   int firstChecked = -1;
   bool inStep = false;
   bool startIsMissing = false;
   int lastSample = 0;
-  for (Next next = Next::kBoth; next != Next::kEnd && ends < 2;) {
-    bool isRead = true;
-    if (next != Next::kSample) {
-      if (g == golden.size())
-        isRead = (++ends, false);
-      else
-        ++g;
-    }
-    if (next != Next::kGolden) {
-      if (s == sample.size())
-        isRead = (++ends, false);
-      else
-        ++s;
-    }
-    if (!isRead) continue;
-    const Row& goldenRow = golden[g - 1];
-    const Row& sampleRow = sample[s - 1];
+  for (Next next = Next::kBoth; next != Next::kEnd && files.ends < 2;) {
+    if (!files.Read(next)) continue;
+    const Row& goldenRow = golden[files.g - 1];
+    const Row& sampleRow = sample[files.s - 1];
     const int goldenNumber = Int(goldenRow[0]);
     const int sampleNumber = Int(sampleRow[0]);
     if (isEnd(sampleRow)) break;
@@ -400,8 +390,10 @@ class Pair {
 };
 
 TEST(ComparisonModel, AgreesWithTheVerifiersOnRandomPairs) {
+  const char* more = std::getenv("CVN_SEEDS");
+  const unsigned seeds = more == nullptr ? 60 : static_cast<unsigned>(std::atoi(more));
   for (const Model& model : kModels) {
-    for (unsigned seed = 0; seed < 300; ++seed) {
+    for (unsigned seed = 0; seed < seeds; ++seed) {
       const Pair pair(model, seed);
       const Finding expected = model.compare(pair.golden, pair.sample);
       const TemporaryFile golden("golden", pair.Text(pair.golden));
