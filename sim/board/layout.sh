@@ -148,7 +148,5 @@ PowerOn() {
   local server=192.0.2.1
   [[ $sandbox == bwrap ]] || server=127.0.0.1
   printf '%s\n' '127.0.0.1 localhost board' "$server content.local tftp.local" >"$root/etc/hosts"
-  # The player is called by this path from where the harness is started.
-  ln -sfn "${os_homes[$os]}/gst_root" "$root/opt/cvntester/gst_root"
   InstallMedia
 }

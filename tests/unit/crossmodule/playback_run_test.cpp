@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <span>
 
 #include "GoldenData.h"
@@ -146,8 +147,16 @@ TEST_F(CrossModuleFilesRun, FromTheServer) {
     InAnEarlierProgram([&] {
       PretendAddressAtLook(1);
       Boot(os, MODE_HTTP);
+      const std::filesystem::path before = std::filesystem::current_path();
+      std::filesystem::path ofPlayer;
+      scripted::OnCommand([&](const std::string& command) {
+        if (command == kServerPlayer) ofPlayer = std::filesystem::current_path();
+        return 0;
+      });
       const auto commands = Run(101).commands;
       EXPECT_EQ(std::ranges::count(commands, kServerPlayer), 1) << "no quote is closed";
+      EXPECT_TRUE(std::filesystem::equivalent(ofPlayer, Home())) << "its path is relative";
+      EXPECT_EQ(std::filesystem::current_path(), before);
       const Lines network = Commands(
           "mount -o rw,remount /system\n"
           "ifconfig eth0 up; busybox udhcpc -s /vendor/corvana/udhcpc.script; route\n"
