@@ -22,10 +22,6 @@ declare -A os_markers=(
   [android]=vendor/manifest.xml [sorvex]=home/core.1st [pelxos]=vendor/corvana/pelxos
 )
 
-declare -A os_homes=(
-  [android]=/data/cross_module [sorvex]=/home/cross_module [pelxos]=/nvram/data/cross_module
-)
-
 # Makes the board's directory, or refuses one that holds something else. Only one board-run at a
 # time may use it: switching on throws the running board's state away.
 PrepareBoard() {
