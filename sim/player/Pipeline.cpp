@@ -7,13 +7,11 @@
 #include <cstddef>
 
 #include "DumpWriter.h"
-#include "StageFacts.h"
 
 namespace player {
 
 namespace {
 
-constexpr int64_t kStart90k = 10 * kSecond90k;  // the pipeline's clock when a file starts
 constexpr int64_t kDefaultRateMilliHz = 60000;
 
 // Flags of the decoder's input buffers.
@@ -158,7 +156,7 @@ void Pipeline::ToDisplay(FrameValues& values) const {
 void Pipeline::Dump(Stage stage, FrameValues values) {
   DumpWriter* dump = dumps_[static_cast<std::size_t>(stage)];
   if (dump == nullptr) return;
-  values.clock90k = kStart90k + values.pts90k + Latency90k(stage);
+  values.clock90k = clock_.At(values.pts90k + Latency90k(stage));
   dump->Write(values);
 }
 

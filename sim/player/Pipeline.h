@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "MediaReader.h"
+#include "StageFacts.h"
 #include "TestMode.h"
 
 namespace player {
@@ -19,8 +20,8 @@ using StageDumps = std::array<DumpWriter*, std::size(kAllStages)>;
 
 class Pipeline : public MediaListener {
  public:
-  Pipeline(const DisplayMode& display, const StageDumps& dumps)
-      : display_(display), dumps_(dumps) {}
+  Pipeline(const DisplayMode& display, const StageDumps& dumps, const RunClock& clock = {})
+      : display_(display), dumps_(dumps), clock_(clock) {}
 
   void TakePacket(int64_t pts90k, int64_t size, bool isKeyFrame) override;
   void TakePicture(int64_t pts90k, double tick90k, int meanLuma,
@@ -42,6 +43,7 @@ class Pipeline : public MediaListener {
 
   const DisplayMode display_;
   const StageDumps dumps_;
+  const RunClock clock_;
   std::optional<FrameValues> held_;  // until the next picture tells how long it is shown
   int64_t frameRateMilliHz_ = 0;
   int64_t duration90k_ = 0;

@@ -1,5 +1,6 @@
 #include "StageFacts.h"
 
+#include <cmath>
 #include <limits>
 
 namespace player {
@@ -25,6 +26,10 @@ constexpr int64_t FrameValues::*kChecksums[] = {
 };
 
 }  // namespace
+
+int64_t RunClock::At(int64_t time90k) const {
+  return start90k + time90k + std::llround(static_cast<double>(time90k) * driftPpm / 1e6);
+}
 
 int64_t Latency90k(Stage stage) {
   if (stage == Stage::kAudio) return Latency90k(Stage::kScaler) + kAudioDelay90k;

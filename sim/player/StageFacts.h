@@ -11,6 +11,16 @@ namespace player {
 inline constexpr int64_t kSecond90k = 90000;
 inline constexpr int64_t kTicksPerMs = 90;
 
+/// The 90 kHz counter of one playing. No board's crystal runs at the speed of the file's time
+/// stamps, and each playing finds the counter elsewhere.
+struct RunClock {
+  int64_t start90k = 10 * kSecond90k;  // when the file starts
+  double driftPpm = 0;                 // how much faster than the time stamps it runs
+
+  /// The counter at a time after the start of the file, in ticks of the time stamps.
+  int64_t At(int64_t time90k) const;
+};
+
 /// What a sound block tells of its own way behind the dump.
 inline constexpr int64_t kAudioDelay90k = 20 * kTicksPerMs;
 

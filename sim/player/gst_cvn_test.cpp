@@ -151,7 +151,7 @@ void Play(const Options& options) {
   const player::TestMode mode = player::ReadTestMode(options.root);
   const player::BoardWishes wishes = player::AskBoard();
   Dumps dumps(mode.dumps, wishes);
-  player::Pipeline pipeline(mode.display, dumps.Writers());
+  player::Pipeline pipeline(mode.display, dumps.Writers(), wishes.clock);
   player::ReadMedia(options.media, pipeline);
   pipeline.End();
   dumps.Close();

@@ -189,9 +189,17 @@ struct DumpDefect {
   char words[96];
 };
 
+/// The 90 kHz counter of the dumps' rows, where it is not left to itself.
+struct DumpCounter {
+  bool isSet;
+  int64_t start90k;
+  double driftPpm;
+};
+
 /// The media side and the world around the board; zero is all well.
 struct Media {
   DumpDefect defects[32];
+  DumpCounter counter;
   bool stickOut;
   bool networkDown;
   bool tftpDown;

@@ -1,4 +1,5 @@
-// The broadcast clock: 90 kHz, trimmed in steps by its speed register.
+// The board's clocks of 90 kHz: the media clock, and the broadcast clock, which its speed register
+// trims in steps.
 #pragma once
 
 #include <string>
@@ -7,7 +8,10 @@
 
 namespace sim {
 
-/// Ticks since the power-on.
+/// Ticks of the media clock since the power-on.
+uint64_t MediaTicks(const Board& board);
+
+/// Ticks of the broadcast clock since the power-on.
 uint64_t BroadcastTicks(const Board& board);
 
 /// Does one line written to the register file: "ADDRESS VALUE" writes a register, "ADDRESS" alone

@@ -87,7 +87,7 @@ int Tell(Board& board, int* out) {
 uint64_t ClockValue(Board& board, int which) {
   switch (which) {
     case K2V_CLOCK_MEDIA:
-      return static_cast<uint64_t>(static_cast<double>(SincePowerOnNs(board)) * kTicksPerNs);
+      return MediaTicks(board);
     case K2V_CLOCK_BROADCAST:
       return BroadcastTicks(board);
     default:
@@ -119,6 +119,10 @@ void Describe(const Board& board, std::ostream& out) {
 }  // namespace
 
 constinit const Area kDeviceArea = {kCommands, Describe};
+
+uint64_t MediaTicks(const Board& board) {
+  return static_cast<uint64_t>(static_cast<double>(SincePowerOnNs(board)) * kTicksPerNs);
+}
 
 uint64_t BroadcastTicks(const Board& board) {
   return static_cast<uint64_t>(TicksAt(board.device.broadcast, SincePowerOnNs(board)));

@@ -81,12 +81,24 @@ Action ParseDefectCommand(const Words& words) {
   return [line](Board& board) { AddDefect(board, line); };
 }
 
+Action ParseCounter(const Words& words) {
+  if (words == Words{"free"}) return [](Board& board) { board.media.counter = {}; };
+  if (words.size() < 2) Refuse(Join(words), "lacks its drift", "START PPM, free");
+  const DumpCounter counter = {true, ParseNumber(words[0], "number of ticks", 0, INT32_MAX),
+                               ParseDecimal(words[1], "drift in ppm", -1000, 1000)};
+  return [counter](Board& board) { board.media.counter = counter; };
+}
+
 void Describe(const Board& board, std::ostream& out) {
   out << "around the board:\n ";
   const char* separator = " ";
   for (const Switch* item : kSwitches) {
     out << separator << item->name << ' ' << (board.media.*item->isIll ? item->ill : item->well);
     separator = ", ";
+  }
+  if (const DumpCounter& counter = board.media.counter; counter.isSet) {
+    out << "\ncounter of dumps: from " << counter.start90k << " on, drift " << counter.driftPpm
+        << " ppm";
   }
   out << "\ndefects of dumps:\n";
   bool any = false;
@@ -103,6 +115,9 @@ constexpr Command kCommands[] = {
      "let dumps of the next playings show a defect: change, drop, repeat, reorder, corrupt, late,\n"
      "      early, truncate, garble, nothing",
      1, 4, ParseDefectCommand},
+    {"counter", "START PPM | free",
+     "let the 90 kHz counter of the next dumps start there and run that much too fast", 1, 2,
+     ParseCounter},
     {"stick", "in|out", "plug the USB stick in or pull it out", 1, 1, ParseSwitch<kStick>},
     {"network", "up|down", "plug the network's cable in or pull it out", 1, 1,
      ParseSwitch<kNetwork>},

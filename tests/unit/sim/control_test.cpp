@@ -116,6 +116,11 @@ TEST(Media, CommandsAreKeptAndWrongOnesRefused) {
                                  "defects of dumps:\n  vdec corrupt 300\n  audio late 0 21\n"),
             std::string::npos)
       << simhal::State();
+  EXPECT_EQ(simhal::Apply("counter 900000 -20.5"), "");
+  EXPECT_NE(simhal::State().find("counter of dumps: from 900000 on, drift -20.5 ppm\n"),
+            std::string::npos);
+  EXPECT_EQ(simhal::Apply("counter free"), "");
+  EXPECT_EQ(simhal::State().find("counter of dumps"), std::string::npos);
   EXPECT_EQ(simhal::Apply("defect none"), "");
   EXPECT_NE(simhal::State().find("defects of dumps:\n  none\n"), std::string::npos);
   const struct {
@@ -127,6 +132,9 @@ TEST(Media, CommandsAreKeptAndWrongOnesRefused) {
       {"defect vdecc drop 1", "'vdecc' is no stage: one of OMXIN"},
       {"defect vdec drop", "is no whole defect"},
       {"defect dvo late 3", "'late' needs a clock in the dump, and DVO has none"},
+      {"counter 900000", "'900000' lacks its drift; allowed: START PPM, free"},
+      {"counter -1 0", "'-1' is no number of ticks; allowed: 0 to 2147483647"},
+      {"counter 0 2000", "'2000' is no drift in ppm; allowed: -1000 to 1000"},
       {"stick gone", "'gone' is no state of the stick; allowed: in, out"},
       {"disk", "has the wrong number of arguments; allowed: disk free|full"},
   };

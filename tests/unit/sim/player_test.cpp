@@ -77,6 +77,35 @@ TEST_F(PlayerTest, SameFileGivesTheSameDumpsOfStagesInTestMode) {
   EXPECT_FALSE(fs::exists(root_ / "tmp/VO"));
 }
 
+TEST_F(PlayerTest, OnABoardEveryRunHasItsOwnCounterAndNothingElseOfItsOwn) {
+  const std::string file = "[R102]h264-ResChg.ts";
+  Play(file);
+  const std::vector<Row> golden = Rows(Stage::kVdec);
+  setenv("CVNSIM_STATE", (root_ / "state").c_str(), 1);
+  ASSERT_EQ(test::RunShell(SIM_CLIENT).status, 0) << "switches the board on";
+  const auto counters = [&] {
+    Play(file);
+    std::vector<Row> rows = Rows(Stage::kVdec);
+    EXPECT_EQ(rows.size(), golden.size());
+    std::vector<long> values;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      values.push_back(std::stol(rows[i].at("90k_counter")));
+      rows[i]["90k_counter"] = golden.at(i).at("90k_counter");
+      EXPECT_EQ(rows[i], golden[i]);
+    }
+    return values;
+  };
+  const std::vector<long> first = counters(), second = counters();
+  EXPECT_LT(first.front(), second.front()) << "it counts on between two runs";
+  // Six seconds at 30 ppm are 16 ticks.
+  for (const auto& run : {first, second})
+    EXPECT_NEAR(static_cast<double>(run.back() - run.front()), 359 * 1500, 17);
+  ASSERT_EQ(test::RunShell(CVNSIM " counter 2000000000 -100").status, 0);
+  const std::vector<long> set = counters();
+  EXPECT_EQ(set.back() - set.front(), 359 * 1500 - 54) << "half a million ticks, 100 ppm too slow";
+  EXPECT_EQ(set.front(), 2000000000 + std::stol(golden.front().at("90k_counter")) - 900000);
+}
+
 TEST_F(PlayerTest, RatesSizesAndRangesChangeWhereTheFileDoes) {
   struct Change {
     std::size_t frame;
