@@ -11,11 +11,14 @@ namespace sim {
 struct Area {
   std::span<const Command> commands;
   void (*describe)(const Board& board, std::ostream& out);
+  /// Does what is due with time alone; `nowMs` is simulated time.
+  void (*passTime)(Board& board, int64_t nowMs) = nullptr;
 };
 
 // Each is defined in the area's own file.
 extern const Area kHdmiArea;
 extern const Area kVby1Area;
+extern const Area kSignalLockArea;
 extern const Area kScalerArea;
 extern const Area kDisplayArea;
 extern const Area kFormatter3dArea;

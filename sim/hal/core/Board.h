@@ -61,6 +61,21 @@ struct EventTable {
   Event entries[64];
 };
 
+/// How long receivers take to lock, where that was set.
+struct LockTimes {
+  bool areSet;
+  uint32_t ms;
+  uint32_t polls;
+};
+
+/// A receiver that has not locked to its source yet.
+struct SignalLock {
+  bool lost;
+  bool muted;          // the source set AV mute before it changed its timing
+  uint32_t pollsLeft;  // that still find no timing
+  int64_t dueMs;       // simulated time until which there is none
+};
+
 /// What the port drives on its hot-plug line.
 enum class HotPlug : uint8_t {
   kIdle,  // not raised yet: sources do not send, but the receiver sees their cable
@@ -84,6 +99,7 @@ struct HdmiPort {
   uint8_t edid[K2V_HDMI_EDID_BYTES];
   uint8_t hdcp[K2V_HDMI_HDCP_BYTES];
   K2V_HDMI_TIMING_T timing;  // of the source
+  SignalLock lock;
 };
 
 struct HdmiReceiver {
@@ -98,6 +114,7 @@ struct Vby1Receiver {
   bool connected;
   uint8_t selected;                                  // input
   K2V_HDMI_TIMING_T sources[K2V_VBY1RX_PORT_COUNT];  // width 0: nothing plugged in
+  SignalLock lock;                                   // to the selected source
 };
 
 /// What a source delivers; width 0: no picture.
@@ -257,6 +274,7 @@ struct Board {
   FailureTable failures;
   MisbehaviourTable misbehaviours;
   EventTable events;
+  LockTimes lockTimes;
   HdmiReceiver hdmi;
   Vby1Receiver vby1;
   Scaler scaler;

@@ -25,6 +25,18 @@ void Run(Board& board, Event& event) {
   }
 }
 
+void RunEventsDueAt(Board& board, int64_t nowMs) {
+  for (;;) {
+    Event* next = nullptr;
+    for (Event& event : board.events.entries) {
+      if (!IsTimed(event) || event.dueMs > nowMs) continue;
+      if (next == nullptr || event.dueMs < next->dueMs) next = &event;
+    }
+    if (next == nullptr) return;
+    Run(board, *next);
+  }
+}
+
 void AddEvent(Board& board, const std::string& command, const Event& event) {
   for (Event& entry : board.events.entries) {
     if (entry.command[0] != '\0') continue;
@@ -111,14 +123,9 @@ int64_t SimulatedMs(const Clock& clock) {
 
 void RunDueEvents(Board& board) {
   const int64_t nowMs = SimulatedMs(board.clock);
-  for (;;) {
-    Event* next = nullptr;
-    for (Event& event : board.events.entries) {
-      if (!IsTimed(event) || event.dueMs > nowMs) continue;
-      if (next == nullptr || event.dueMs < next->dueMs) next = &event;
-    }
-    if (next == nullptr) return;
-    Run(board, *next);
+  RunEventsDueAt(board, nowMs);
+  for (const Area* area : Areas()) {
+    if (area->passTime != nullptr) area->passTime(board, nowMs);
   }
 }
 

@@ -8,6 +8,8 @@
 #include "core/Areas.h"
 #include "core/Call.h"
 #include "core/Events.h"
+#include "vfe/HdmiSource.h"
+#include "vfe/SignalLock.h"
 #include "vfe/Timing.h"
 
 namespace sim {
@@ -33,10 +35,15 @@ void DriveHotPlug(HdmiReceiver& receiver, HotPlug level) {
   for (HdmiPort& port : receiver.ports) port.hotPlug = level;
 }
 
+void Release(HdmiPort& port) {
+  port.connected = false;
+  port.lock = {};
+}
+
 void EndOpen(HdmiReceiver& receiver) {
   receiver.open = false;
   DriveHotPlug(receiver, HotPlug::kIdle);
-  for (HdmiPort& port : receiver.ports) port.connected = false;
+  for (HdmiPort& port : receiver.ports) Release(port);
 }
 
 int Initialize(Board& board) {
@@ -123,15 +130,16 @@ int Connect(Board& board, uint8_t port) {
 int Disconnect(Board& board, uint8_t port) {
   if (port >= kPortCount) return K2V_RHAL_ERR_PARAM;
   if (!board.hdmi.ports[port].connected) return K2V_RHAL_ERR_ORDER;
-  board.hdmi.ports[port].connected = false;
+  Release(board.hdmi.ports[port]);
   return K2V_RHAL_OK;
 }
 
 int GetPortTimingInfo(Board& board, uint8_t port, K2V_HDMI_TIMING_T* timing) {
   if (port >= kPortCount || timing == nullptr) return K2V_RHAL_ERR_PARAM;
-  const HdmiPort& source = board.hdmi.ports[port];
+  HdmiPort& source = board.hdmi.ports[port];
   if (!source.connected) return K2V_RHAL_ERR_ORDER;
   *timing = HasSignal(source) ? source.timing : K2V_HDMI_TIMING_T{};
+  CountUnlockedPoll(source.lock);
   return K2V_RHAL_OK;
 }
 
@@ -154,6 +162,12 @@ SourceKind ParseKind(const std::string& word) {
   Refuse(word, "is no choice", "hdr, sdr, pc");
 }
 
+/// What the receiver sees of a source that starts, or that changes its timing behind an AV mute.
+void Restart(const Board& board, HdmiPort& port, bool behindMute) {
+  port.lock = {};
+  if (port.connected && HasSignal(port)) LoseLock(board, port.lock, behindMute);
+}
+
 Action ParsePlug(const Words& words) {
   const size_t port = ParsePort(words[0]);
   const K2V_HDMI_TIMING_T timing = ParseTiming(words[1]);
@@ -166,6 +180,7 @@ Action ParsePlug(const Words& words) {
     plugged.muted = false;
     plugged.kind = kind;
     plugged.timing = timing;
+    Restart(board, plugged, false);
   };
 }
 
@@ -179,7 +194,12 @@ Action ParseUnplug(const Words& words) {
 Action ParseSignal(const Words& words) {
   const size_t port = ParsePort(words[0]);
   const bool on = ParseChoice(words[1], "on", "off");
-  return [=](Board& board) { PluggedPort(board, port).sending = on; };
+  return [=](Board& board) {
+    HdmiPort& plugged = PluggedPort(board, port);
+    const bool starts = on && !plugged.sending;
+    plugged.sending = on;
+    if (starts) Restart(board, plugged, false);
+  };
 }
 
 Action ParseMute(const Words& words) {
@@ -201,7 +221,11 @@ Action ParseDefect(const Words& words) {
 Action ParseNewTiming(const Words& words) {
   const size_t port = ParsePort(words[0]);
   const K2V_HDMI_TIMING_T timing = ParseTiming(words[1]);
-  return [=](Board& board) { PluggedPort(board, port).timing = timing; };
+  return [=](Board& board) {
+    HdmiPort& plugged = PluggedPort(board, port);
+    plugged.timing = timing;
+    Restart(board, plugged, MutesChanges(plugged));
+  };
 }
 
 void DescribeSource(const HdmiPort& port, std::ostream& out) {
@@ -220,6 +244,7 @@ void DescribePort(const HdmiPort& port, std::ostream& out) {
   if (port.edidDefect) out << ", edid memory defective";
   if (port.hdcpDefect) out << ", hdcp memory defective";
   if (port.connected) out << ", connected";
+  if (port.lock.lost) out << ", not locked";
   if (port.edidWritten) out << ", edid crc32=" << Crc32Text(port.edid, sizeof(port.edid));
 }
 
@@ -239,6 +264,10 @@ void Describe(const Board& board, std::ostream& out) {
   }
 }
 
+void SettleLocks(Board& board, int64_t nowMs) {
+  for (HdmiPort& port : board.hdmi.ports) SettleLock(port.lock, nowMs);
+}
+
 constexpr Command kCommands[] = {
     {"plug", "PORT TIMING [hdr|sdr|pc]", "plug in a source that sends, such as 3840x2160p60 hdr", 2,
      3, ParsePlug},
@@ -253,10 +282,10 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-constinit const Area kHdmiArea = {kCommands, Describe};
+constinit const Area kHdmiArea = {kCommands, Describe, SettleLocks};
 
 bool HasSignal(const HdmiPort& port) {
-  return port.hotPlug == HotPlug::kRaised && port.cable && port.sending;
+  return port.hotPlug == HotPlug::kRaised && port.cable && port.sending && !port.lock.lost;
 }
 
 Picture HdmiPicture(const HdmiReceiver& receiver) {

@@ -5,7 +5,8 @@
 
 namespace sim {
 
-/// A source is plugged into the port, sees its hot-plug line raised and sends.
+/// A source is plugged into the port, sees its hot-plug line raised and sends, and the receiver has
+/// locked to it.
 bool HasSignal(const HdmiPort& port);
 
 /// The picture of the lowest connected port with a signal; none: width 0.

@@ -108,6 +108,9 @@ uint32_t ColorDepth(const HdmiPort& port) {
 int HdcpVersion(const HdmiPort& port) {
   return KindOf(port).hdcpVersion;
 }
+bool MutesChanges(const HdmiPort& port) {
+  return port.kind != SourceKind::kPc;
+}
 bool IsScrambled(const HdmiPort& port) {
   return TmdsClockKHz(port) > kMaxUnscrambledKHz;
 }

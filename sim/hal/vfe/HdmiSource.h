@@ -19,6 +19,9 @@ int HdcpVersion(const HdmiPort& port);
 /// The scrambling that rates above 340 MHz need.
 bool IsScrambled(const HdmiPort& port);
 
+/// Sets AV mute before it changes its timing.
+bool MutesChanges(const HdmiPort& port);
+
 // The info-frames. Each returns 0, or K2V_RHAL_ERR_FAIL when the source sends none of its kind.
 int MakeAvi(const HdmiPort& port, K2V_HAL_VFE_HDMI_AVI_INFO_T& info);
 int MakeSpd(const HdmiPort& port, K2V_HAL_VFE_HDMI_SPD_INFO_T& info);

@@ -72,13 +72,17 @@ int MakeDepth(const HdmiPort& port, uint32_t& depth) {
   return K2V_RHAL_OK;
 }
 
-int MakeMute(const HdmiPort& port, uint8_t& muted) {
-  muted = port.muted;
-  return K2V_RHAL_OK;
-}
-
 int MakeKeySelection(const HdmiPort& port, uint8_t& ksv) {
   return CopyKeySelection(port, &ksv);
+}
+
+// What the source set before it changed its timing holds until it clears it.
+int GetMute(Board& board, uint8_t port, uint8_t* muted) {
+  if (const int error = CheckPort(board, port, muted)) return error;
+  const HdmiPort& source = board.hdmi.ports[port];
+  if (!HasSignal(source) && !source.lock.muted) return K2V_RHAL_ERR_NO_SIGNAL;
+  *muted = source.muted || source.lock.muted;
+  return K2V_RHAL_OK;
 }
 
 // The clock can be measured on every port of an open receiver.
@@ -176,7 +180,7 @@ int K2V_RHAL_VFE_HDMI_GetColorDepth(uint8_t port, uint32_t* depth) {
 }
 
 int K2V_RHAL_VFE_HDMI_GetAVMute(uint8_t port, uint8_t* muted) {
-  return Call(__func__, Receive<uint8_t, MakeMute>, port, Out{muted});
+  return Call(__func__, GetMute, port, Out{muted});
 }
 
 int K2V_RHAL_VFE_HDMI_GetScdcStatus(uint8_t port, K2V_HAL_VFE_HDMI_SCDC_TYPE_T type,

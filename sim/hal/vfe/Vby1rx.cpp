@@ -2,6 +2,7 @@
 
 #include "core/Areas.h"
 #include "core/Call.h"
+#include "vfe/SignalLock.h"
 #include "vfe/Timing.h"
 
 namespace sim {
@@ -22,6 +23,10 @@ const K2V_HDMI_TIMING_T& SelectedSource(const Vby1Receiver& receiver) {
   return receiver.sources[receiver.selected];
 }
 
+K2V_HDMI_TIMING_T ReceivedTiming(const Vby1Receiver& receiver) {
+  return receiver.lock.lost ? K2V_HDMI_TIMING_T{} : SelectedSource(receiver);
+}
+
 int Initialize(Board& board) {
   if (board.vby1.initialized) return K2V_RHAL_ERR_ALREADY;
   board.vby1.initialized = true;
@@ -33,6 +38,7 @@ int Uninitialize(Board& board) {
   if (!receiver.initialized) return K2V_RHAL_ERR_ORDER;
   receiver.initialized = receiver.open = receiver.connected = false;
   receiver.selected = 0;
+  receiver.lock = {};
   return K2V_RHAL_OK;
 }
 
@@ -50,15 +56,17 @@ int Connect(Board& board, uint8_t port) {
   if (receiver.connected && receiver.selected == port) return K2V_RHAL_ERR_ALREADY;
   receiver.selected = port;
   receiver.connected = true;
+  receiver.lock = {};
   return K2V_RHAL_OK;
 }
 
 int GetTimingInfo(Board& board, K2V_VBY1RX_TIMING_T* timing, uint32_t source) {
   if (timing == nullptr || source != K2V_VFE_TIMING_SOURCE_VBY1RX) return K2V_RHAL_ERR_PARAM;
   if (!board.vby1.initialized) return K2V_RHAL_ERR_ORDER;
-  const K2V_HDMI_TIMING_T& t = SelectedSource(board.vby1);
+  const K2V_HDMI_TIMING_T t = ReceivedTiming(board.vby1);
   *timing = {t.format, t.hFreq,  t.vFreq,  t.hTotal,   t.vTotal,
              t.hPorch, t.vPorch, t.active, t.scanType, 0};
+  CountUnlockedPoll(board.vby1.lock);
   return K2V_RHAL_OK;
 }
 
@@ -74,8 +82,13 @@ Action ParseVby1(const Words& words) {
   } else if (words[0] != "unplug" || words.size() > 2) {
     Refuse(Join(words), "is no choice", "plug PORT TIMING, unplug PORT");
   }
-  return
-      [timing, input = ParseInput(words[1])](Board& board) { board.vby1.sources[input] = timing; };
+  return [timing, input = ParseInput(words[1])](Board& board) {
+    Vby1Receiver& receiver = board.vby1;
+    receiver.sources[input] = timing;
+    if (receiver.selected != input) return;
+    receiver.lock = {};
+    if (receiver.connected && timing.active.w != 0) LoseLock(board, receiver.lock, false);
+  };
 }
 
 void Describe(const Board& board, std::ostream& out) {
@@ -85,9 +98,15 @@ void Describe(const Board& board, std::ostream& out) {
   for (size_t i = 0; i < K2V_VBY1RX_PORT_COUNT; ++i) {
     const K2V_HDMI_TIMING_T& source = receiver.sources[i];
     out << "  input " << i << ": " << (source.active.w == 0 ? "no cable" : TimingName(source));
-    if (receiver.connected && receiver.selected == i) out << ", connected";
+    if (receiver.connected && receiver.selected == i) {
+      out << ", connected" << (receiver.lock.lost ? ", not locked" : "");
+    }
     out << '\n';
   }
+}
+
+void Settle(Board& board, int64_t nowMs) {
+  SettleLock(board.vby1.lock, nowMs);
 }
 
 constexpr Command kCommands[] = {
@@ -97,11 +116,11 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-constinit const Area kVby1Area = {kCommands, Describe};
+constinit const Area kVby1Area = {kCommands, Describe, Settle};
 
 Picture Vby1Picture(const Vby1Receiver& receiver) {
   if (!receiver.connected) return {};
-  const K2V_VIDEO_RECT_T& active = SelectedSource(receiver).active;
+  const K2V_VIDEO_RECT_T active = ReceivedTiming(receiver).active;
   return {active.w, active.h, K2V_COLOR_STANDARD_BT709};
 }
 

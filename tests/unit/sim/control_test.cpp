@@ -24,6 +24,7 @@ TEST(Timings, HaveThePublishedFigures) {
       {"1920x1200p60", 0, 2080, 1235, 112, 32, 7410, 6000, K2V_HDMI_SCAN_PROGRESSIVE},
       {"3831x2160p60", 0, 3991, 2222, 112, 59, 13332, 6000, K2V_HDMI_SCAN_PROGRESSIVE},
   };
+  simhal::Apply("lock 0 0");
   DoSteps(kHdmiOn);
   for (const auto& expected : kCases) {
     simhal::PlugHdmi(0, expected.name);
@@ -41,6 +42,7 @@ TEST(Timings, HaveThePublishedFigures) {
 
 TEST(Signal, NeedsCableSourceAndHotPlug) {
   const auto width = [] { return TimingOf(0).active.w; };
+  simhal::Apply("lock 0 0");
   DoSteps("h-init h-open h-conn0");
   EXPECT_EQ(width(), 0) << "hot-plug not raised";
   DoSteps("h-hpd");
@@ -78,6 +80,7 @@ TEST(Failures, ComeAtTheirCallAndLeaveEverythingElseUntouched) {
 }
 
 TEST(Events, HappenAtTheirPollOfTheirPort) {
+  simhal::Apply("lock 0 0");
   DoSteps("h-init h-hpd h-open h-conn0 h-conn1");
   ASSERT_EQ(simhal::Apply("after 3 polls 0 timing 0 1280x720p50"), "");
   ASSERT_EQ(simhal::Apply("after 1 polls 1 unplug 1"), "");
@@ -89,6 +92,7 @@ TEST(Events, HappenAtTheirPollOfTheirPort) {
 }
 
 TEST(Events, HappenAtTheirTimeInOrder) {
+  simhal::Apply("lock 0 0");
   DoSteps(kHdmiOn);
   ASSERT_EQ(simhal::Apply("after 3600 s unplug 0"), "");
   ASSERT_EQ(simhal::Apply("after 0.02 s timing 0 1280x720p50"), "");

@@ -141,6 +141,7 @@ TEST(Scaler, RegionsStayInsideSourceAndPanel) {
 }
 
 TEST(Scaler, ConnectTakesTheLowestConnectedPortWithASignal) {
+  simhal::Apply("lock 0 0");
   DoSteps("h-init h-hpd h-open h-conn0 h-conn1 s-init s-open");
   simhal::Apply("signal 0 off");
   K2V_VIDEO_RECT_T region = {};

@@ -70,6 +70,7 @@ TEST_F(Pictures, ColourStandardFollowsTheSource) {
   } kCases[] = {{"3840x2160p60 hdr", K2V_COLOR_STANDARD_BT2020, {64, 888, 548}},
                 {"1280x720p50", K2V_COLOR_STANDARD_BT709, {64, 877, 553}},
                 {"720x576p50", K2V_COLOR_STANDARD_BT601, {64, 840, 585}}};
+  simhal::Apply("lock 0 0");
   Start("1920x1080p60");
   for (const auto& [timing, standard, yellow] : kCases) {
     simhal::PlugHdmi(0, timing);

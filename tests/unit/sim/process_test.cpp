@@ -212,7 +212,9 @@ TEST_F(Processes, CvnsimChangesARunningBoard) {
   const fs::path state = board_ + "/run/state";
   while (!fs::exists(state) || fs::file_size(state) == 0) std::this_thread::yield();
   EXPECT_EQ(Client(kHdmiOn).output, "0\n0\n0\n0\n");
+  EXPECT_EQ(Cvnsim("lock 0 1").output, "");
   EXPECT_EQ(Cvnsim("timing 0 1920x1080i50").output, "");
+  EXPECT_EQ(Client("signal").output, "0x0\n");
   EXPECT_EQ(Client("signal").output, "1920x1080\n");
   EXPECT_EQ(Cvnsim("fail K2V_RHAL_VSC_Initialize -3 --times 1").status, 0);
   EXPECT_EQ(Cvnsim("after 100 s unplug 0").status, 0);

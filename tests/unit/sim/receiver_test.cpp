@@ -2,7 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
+#include <string>
+#include <thread>
 
 #include "SimHal.h"
 #include "k2v/vfe_hdmi.h"
@@ -21,6 +24,7 @@ void BringUp() {
 }
 
 TEST(HdmiSource, SendsWhatFitsItsKindAndTiming) {
+  simhal::Apply("lock 0 0");
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(2);
   const struct {
@@ -75,6 +79,78 @@ TEST(HdmiSource, OnlyHdrTellsItsMasteringDisplay) {
   EXPECT_EQ(drm.stDisplayPrimaries[2].x, 35400);
   EXPECT_EQ(drm.stDisplayPrimaries[2].y, 14600);
   EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetDRMInfo(1, &drm), kFail);
+}
+
+struct Signal {
+  int width;
+  int mute;  // of the receiver; negative: its failure
+};
+
+Signal PollPort0() {
+  K2V_HDMI_TIMING_T timing{};
+  uint8_t muted = 99;
+  const int result = K2V_RHAL_VFE_HDMI_GetAVMute(0, &muted);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, &timing), kOk);
+  return {timing.active.w, result == kOk ? muted : result};
+}
+
+TEST(HdmiLock, IsLostWhereTheSourceStartsOrChangesItsTiming) {
+  constexpr Signal kNone = {0, kNoSignal};
+  const struct {
+    const char* before;
+    const char* change;
+    Signal first, second, third;
+  } kCases[] = {
+      {"", "timing 0 1920x1080p50", {0, 1}, {0, 1}, {1920, 0}},
+      {"plug 0 1920x1200p60 pc", "timing 0 1920x1080p50", kNone, kNone, {1920, 0}},
+      {"mute 0 on", "timing 0 1920x1080p50", {0, 1}, {0, 1}, {1920, 1}},
+      {"unplug 0", "plug 0 1920x1080p50", kNone, kNone, {1920, 0}},
+      {"", "plug 0 1920x1080p50", kNone, kNone, {1920, 0}},
+      {"signal 0 off", "signal 0 on", kNone, kNone, {3840, 0}},
+      {"", "signal 0 on", {3840, 0}, {3840, 0}, {3840, 0}},
+      {"signal 0 off", "timing 0 1920x1080p50", kNone, kNone, kNone},
+      {"", "timing 1 1920x1080p50", {3840, 0}, {3840, 0}, {3840, 0}},
+      {"lock 0 0", "timing 0 1920x1080p50", {1920, 0}, {1920, 0}, {1920, 0}},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::string(c.before) + ", " + c.change);
+    simhal::Reset();
+    BringUp();
+    simhal::Apply("lock 0 0");
+    K2V_RHAL_VFE_HDMI_Connect(0);
+    simhal::Apply(c.before);
+    if (!std::string(c.before).starts_with("lock")) simhal::Apply("lock 0 2");
+    ASSERT_EQ(simhal::Apply(c.change), "");
+    for (const Signal& expected : {c.first, c.second, c.third}) {
+      const Signal seen = PollPort0();
+      EXPECT_EQ(seen.width, expected.width);
+      EXPECT_EQ(seen.mute, expected.mute);
+    }
+  }
+}
+
+TEST(HdmiLock, TakesItsTimeAndPolls) {
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_EQ(simhal::Apply("timing 0 1920x1080p50"), "");
+  EXPECT_NE(simhal::State().find("connected, not locked"), std::string::npos);
+  K2V_HAL_VFE_HDMI_CLOCK_STATUS_T clock{};
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetClockStatus(0, &clock), kOk);
+  EXPECT_EQ(clock.bPllLocked, 0);
+  while (PollPort0().width == 0) std::this_thread::yield();
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(299));
+  ASSERT_EQ(simhal::Apply("lock 1 2"), "");
+  ASSERT_EQ(simhal::Apply("timing 0 3840x2160p60"), "");
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_EQ(PollPort0().width, 0) << "the time alone does not do";
+  EXPECT_EQ(PollPort0().width, 0);
+  EXPECT_EQ(PollPort0().width, 3840);
+  // A receiver that is brought up in front of a source finds its signal at once.
+  simhal::Apply("timing 0 1920x1080p50");
+  K2V_RHAL_VFE_HDMI_Disconnect(0);
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  EXPECT_EQ(PollPort0().width, 1920);
 }
 
 TEST(HdmiPort, KeepsEdidAndHdcpDataApart) {
@@ -139,6 +215,7 @@ TEST(HdmiStatus, EnforcesOrderAndArguments) {
   int number = 0;
   for (const auto& c : kCases) {
     simhal::Reset();
+    simhal::Apply("lock 0 0");
     BringUp();
     K2V_RHAL_VFE_HDMI_Connect(0);
     K2V_RHAL_VFE_HDMI_Connect(2);
@@ -165,7 +242,13 @@ TEST(Vby1, FollowsItsInputsAndEnforcesOrder) {
   EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource - 1), kParam);
   EXPECT_EQ(K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource), kOk);
   EXPECT_EQ(timing.active.w, 0);
+  EXPECT_EQ(simhal::Apply("lock 0 2"), "");
   EXPECT_EQ(simhal::Apply("vby1 plug 2 3840x2160p60"), "");
+  for (const int height : {0, 0, 2160}) {
+    K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource);
+    EXPECT_EQ(timing.active.h, height);
+  }
+  EXPECT_EQ(simhal::Apply("vby1 plug 1 1920x1080p60"), "") << "not the selected one";
   K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource);
   EXPECT_EQ(timing.active.h, 2160);
   EXPECT_EQ(simhal::Apply("vby1 unplug 2"), "");

@@ -102,6 +102,7 @@ TEST(Detection, FollowsTheTableForEveryStateAndSize) {
 }
 
 TEST(HdmiPolling, FollowsTheSignalThroughLossAndReturn) {
+  simhal::Apply("lock 0 0");
   AtPolls({{6, "signal 0 off"}, {9, "signal 0 on"}});
   const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1,
                             "0\n" + kPlaceIt + "0\n" + kPlaceIt + "1\n");
@@ -120,6 +121,22 @@ TEST(HdmiPolling, FollowsTheSignalThroughLossAndReturn) {
                        "v_total:2250\nh_porch:384\nv_porch:82\nactive.x:0\nactive.y:0\n"
                        "active.w:3840\nactive.h:2160\nscan_type:1\nfull_3d_timing:0\n"
                        "video_lr_order:0\nVfeHdmiMUROTestCase:4\n"));
+}
+
+TEST(HdmiPolling, ShowsAnotherTimingOnceTheReceiverHasLockedToIt) {
+  simhal::Apply("lock 0 2");
+  AtPolls({{6, "timing 0 1920x1080p50"}});
+  const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1,
+                            "0\n" + kPlaceIt + "0\n" + kPlaceIt + "1\n");
+  const Lines calls = CallsOf("K2V_RHAL_VSC_");
+  const auto blank = std::find(calls.begin(), calls.end(), "SetWinBlank(0, 1, 1) = 0");
+  EXPECT_EQ(Lines(blank, calls.end()),
+            (Lines{"SetWinBlank(0, 1, 1) = 0", "Disconnect(0, {type=2, attr=0x0, output=0}) = 0",
+                   "Connect(0, {type=2, attr=0x0, output=0}) = 0",
+                   "SetInputRegion(0, {x=0, y=0, w=1920, h=1080}) = 0",
+                   "SetOutputRegion(0, {x=0, y=0, w=3840, h=2160}) = 0", "SetWinBlank(0, 0, 0) = 0",
+                   "Disconnect(0, {type=2, attr=0x0, output=0}) = 0"}));
+  EXPECT_TRUE(Contains(run.output, "GetPortTimingInfo\nformat:31\n"));
 }
 
 TEST(HdmiPolling, KeepsItsStateFromRunToRun) {
@@ -222,6 +239,7 @@ TEST(Polling, ABringUpThatFailsIsToldAndUndone) {
 }
 
 TEST(HdmiPolling, PrintsTheInfoFramesThatAreAskedForOncePerPicture) {
+  simhal::Apply("lock 0 0");
   AtPolls({{6, "signal 0 off"}, {9, "plug 0 1920x1080p60"}});
   const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase2,
                             "0\n" + kPlaceIt + "1\n0\n2\n0\n3\n0\n4\n0\n0\n0\n5\n1\n" + "0\n" +
@@ -249,6 +267,7 @@ TEST(HdmiPolling, PrintsTheInfoFramesThatAreAskedForOncePerPicture) {
 }
 
 TEST(DetectOnce, DetectsAgainAsLongAsTheOperatorWants) {
+  simhal::Apply("lock 0 0");
   AtPolls({{2, "plug 3 1280x720p50"}, {4, "unplug 3"}});
   const auto run =
       PlayTest(VfeHdmiMUROTestCase::VfeHdmiMURO_SwitchToHDMI, "3\n1\n" + kPlaceIt + "1\n1\n0\n2\n");
