@@ -235,6 +235,7 @@ int K2V_RHAL_VFE_HDMI_GetConnectionState(uint8_t port, uint8_t* connected);
 int K2V_RHAL_VFE_HDMI_WriteEDID(uint8_t port, const uint8_t* edid);
 int K2V_RHAL_VFE_HDMI_ReadEDID(uint8_t port, uint8_t* edid);
 
+// Connecting raises the port's hot-plug line where it was not lowered on purpose.
 int K2V_RHAL_VFE_HDMI_Connect(uint8_t port);
 int K2V_RHAL_VFE_HDMI_Disconnect(uint8_t port);
 
