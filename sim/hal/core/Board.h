@@ -78,9 +78,9 @@ struct SignalLock {
 
 /// What the port drives on its hot-plug line.
 enum class HotPlug : uint8_t {
-  kIdle,  // not raised yet: sources do not send, but the receiver sees their cable
+  kIdle,  // low since the receiver was opened; connecting the port raises it
   kRaised,
-  kHeldLow,  // for the source as if there were no cable
+  kHeldLow,  // until it is raised explicitly
 };
 
 /// Kind of an HDMI source; it decides on info-frames, colour depth and content protection.

@@ -122,8 +122,10 @@ int ReadHdcp(Board& board, uint8_t port, uint8_t* data) {
 int Connect(Board& board, uint8_t port) {
   if (port >= kPortCount) return K2V_RHAL_ERR_PARAM;
   if (!board.hdmi.open) return K2V_RHAL_ERR_ORDER;
-  if (board.hdmi.ports[port].connected) return K2V_RHAL_ERR_ALREADY;
-  board.hdmi.ports[port].connected = true;
+  HdmiPort& target = board.hdmi.ports[port];
+  if (target.connected) return K2V_RHAL_ERR_ALREADY;
+  target.connected = true;
+  if (target.hotPlug == HotPlug::kIdle) target.hotPlug = HotPlug::kRaised;
   return K2V_RHAL_OK;
 }
 

@@ -113,7 +113,7 @@ int GetConnectionState(Board& board, uint8_t port, uint8_t* connected) {
   if (port >= kPortCount || connected == nullptr) return K2V_RHAL_ERR_PARAM;
   if (!board.hdmi.initialized) return K2V_RHAL_ERR_ORDER;
   const HdmiPort& source = board.hdmi.ports[port];
-  *connected = source.cable && source.hotPlug != HotPlug::kHeldLow;
+  *connected = source.cable && source.hotPlug == HotPlug::kRaised;
   return K2V_RHAL_OK;
 }
 

@@ -174,9 +174,15 @@ TEST(HdmiPort, ConnectionStateFollowsCableAndHotPlug) {
     K2V_RHAL_VFE_HDMI_GetConnectionState(0, &connected);
     return int{connected};
   };
-  EXPECT_EQ(state(), 1);
+  K2V_RHAL_VFE_HDMI_Open();
+  EXPECT_EQ(state(), 0) << "no source sees a hot-plug line yet";
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  EXPECT_EQ(state(), 1) << "connecting raises the port's line";
   K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 0);
   EXPECT_EQ(state(), 0);
+  K2V_RHAL_VFE_HDMI_Disconnect(0);
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  EXPECT_EQ(state(), 0) << "but not one that is held low";
   K2V_RHAL_VFE_HDMI_EnableHPD();
   EXPECT_EQ(state(), 1);
   simhal::Apply("signal 0 off");
