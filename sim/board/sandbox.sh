@@ -44,7 +44,8 @@ BoardEnvironment() {
     TERM="${TERM:-dumb}" HOME=/
     PATH=/opt/cvntester/standins:/opt/cvntester/bin:/usr/sbin:/usr/bin:/sbin:/bin
   )
-  [[ -z $scenario ]] || board_env+=(CVNSIM_SCENARIO="$1/scenario")
+  [[ -z $scenario ]] ||
+    board_env+=(CVNSIM_SCENARIO="$1/scenario" CVNSIM_SCENARIO_NAME="${scenario#"$PWD"/}")
   for name in TZ CVN_HTTP_CONTENT_SERVER; do
     [[ -z ${!name-} ]] || board_env+=("$name=${!name}")
   done

@@ -84,6 +84,17 @@ TEST_F(BoardTest, OptionsReachTheBoard) {
   EXPECT_EQ(0, RunScript("[ -z \"$CVNSIM_SCENARIO\" ] && [ ! -e /sim/scenario ]")) << Screen();
 }
 
+TEST_F(BoardTest, AWrongScenarioLineNamesTheFileThatWasGiven) {
+  const test::BoardOptions options{.scenario = "\nplug 9 1920x1080p60\n"};
+  const std::string message = "scenario:2: '9' is no port; allowed: 0 to 3\n";
+  const fs::path directory = Board().parent_path();
+  EXPECT_EQ(RunScript("cvntester --version", options), 2);
+  EXPECT_EQ(Screen(), "simulated board: " + (directory / message).string());
+  const std::vector<std::string> command = CommandLine(Shell("cvntester --version"), options);
+  const ShellResult relative = RunShell("cd " + Quoted(directory) + " && " + Joined(command));
+  EXPECT_EQ(relative.output, "simulated board: " + message);
+}
+
 TEST_F(BoardTest, WhatIsNoBoardIsNotTouched) {
   const fs::path precious = Board().parent_path() / "photos";
   fs::create_directory(precious);

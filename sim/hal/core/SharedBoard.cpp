@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -36,7 +37,7 @@ struct Header {
 struct SharedBoard {
   Header header;
   pthread_mutex_t mutex;
-  char scenarioName[256];
+  char scenarioName[PATH_MAX];
   char scenario[64 * 1024];
   Board board;
 };
@@ -138,7 +139,10 @@ void StoreText(char (&target)[Size], const std::string& text, const std::string&
 
 void LoadScenario(SharedBoard& target) {
   const char* path = std::getenv("CVNSIM_SCENARIO");
-  const std::string name = path != nullptr ? path : "default scenario";
+  const char* shownPath = std::getenv("CVNSIM_SCENARIO_NAME");
+  const std::string name = path == nullptr        ? "default scenario"
+                           : shownPath != nullptr ? shownPath
+                                                  : path;
   const std::string text = path != nullptr
                                ? File(path, O_RDONLY | O_NONBLOCK).Text(sizeof target.scenario)
                                : kDefaultScenario;

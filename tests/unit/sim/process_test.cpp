@@ -190,6 +190,8 @@ TEST_F(Processes, RefuseAWrongScenarioLineAtOnce) {
     EXPECT_NE(outcome.output.find(message), std::string::npos) << outcome.output;
     EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 1);
   }
+  setenv("CVNSIM_SCENARIO_NAME", "given.txt", 1);
+  EXPECT_EQ(Client("h-init").output.rfind("simulated board: given.txt:4: '' is no command", 0), 0U);
   Write("scenario", "plug 3 1920x1080p60\n");  // the refused ones left nothing behind
   EXPECT_EQ(Client("h-init h-hpd h-open h-conn0 signal").output, "0\n0\n0\n0\n0x0\n");
 }
