@@ -8,6 +8,12 @@ board_dirs=(
   usr/{bin,sbin,lib,lib32,lib64}
   opt/cvntester/{bin,lib,standins,www} sim/{log,tftp,usb/stick}
 )
+# What lies in memory on a board, so that no power-on finds it again.
+volatile_files=(
+  tmp/{cross_module,OMX_MURO_CONFIG,GST_DVO_FREERUN,GST_DVO_FORCE_ADAPTIVE,enableDebugMode}
+  tmp/{runningCrossModule,gst_1_0_registry.bin}
+  tmp/var/log/dpq_{logfile,acpu1,acpu2,vcpu1,vcpu2}.log tmp/var/log/dpq_logfile.log.gz
+)
 block_nodes=(dev/block/{sda,sda1})
 # The drivers' nodes are plain files: they keep what was written last, as long as there is power.
 # sys/crt/register is one until the HAL is there, which answers it.
@@ -123,12 +129,12 @@ UnmountAll() {
   done <"$sim/mounts"
 }
 
-# Every start is a power-on: the root file system survives, the HAL's and the drivers' state does
-# not, and around the board all is well.
+# Every start is a power-on: the root file system survives, but for what a board keeps in memory; the
+# HAL's and the drivers' state does not, and around the board all is well. Reports stay for the user.
 PowerOn() {
   UnmountAll
-  rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands,{stick-out,network-down,tftp-down,disk-full}} \
-    "$root"/tmp/{OMX_MURO_CONFIG,cross_module/isPcbIpSetuped.cfg}
+  rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands,{stick-out,network-down,tftp-down,disk-full}}
+  printf '%s\n' "${volatile_files[@]}" "${driver_nodes[@]}" >"$sim/volatile"
   [[ -z $scenario ]] || cp "$scenario" "$sim/scenario"
   # The HAL that ran last made a pipe of it, which nobody reads any more.
   [[ ! -p $root/sys/crt/register ]] || rm "$root/sys/crt/register"
@@ -137,6 +143,7 @@ PowerOn() {
   (
     cd "$root" || exit
     rm -f "${os_markers[@]}"
+    rm -rf "${volatile_files[@]}"
     : >"${os_markers[$os]}"
     for node in "${driver_nodes[@]}" "${block_nodes[@]}"; do : >"$node"; done
   )

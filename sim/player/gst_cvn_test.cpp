@@ -22,6 +22,7 @@
 #include "DumpWriter.h"
 #include "MediaReader.h"
 #include "Pipeline.h"
+#include "PlayLog.h"
 #include "TestMode.h"
 
 namespace {
@@ -147,13 +148,26 @@ class Dumps {
   std::array<std::optional<DumpFile>, std::size(player::kAllStages)> files_;
 };
 
+void Decode(const Options& options, const player::PlayLog& log, player::Pipeline& pipeline) {
+  log.DecoderOpens(options.media);
+  try {
+    player::ReadMedia(options.media, pipeline);
+  } catch (const std::exception& error) {
+    log.DecoderFails(error.what());
+    throw;
+  }
+  pipeline.End();
+  log.DecoderEnds(pipeline.PictureCount(), pipeline.SoundCount());
+}
+
 void Play(const Options& options) {
   const player::TestMode mode = player::ReadTestMode(options.root);
   const player::BoardWishes wishes = player::AskBoard();
+  const player::PlayLog log(options.root, wishes.clock);
   Dumps dumps(mode.dumps, wishes);
+  log.OutputStarts(dumps.Names());
   player::Pipeline pipeline(mode.display, dumps.Writers(), wishes.clock);
-  player::ReadMedia(options.media, pipeline);
-  pipeline.End();
+  Decode(options, log, pipeline);
   dumps.Close();
   std::cout << "Played " << options.media << ": " << pipeline.PictureCount() << " pictures, "
             << pipeline.SoundCount() << " blocks of sound; dumps:" << dumps.Names() << '\n';

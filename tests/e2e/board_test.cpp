@@ -214,11 +214,38 @@ TEST_F(BoardTest, PowerCutUnmountsTheStickAndSwitchesTheDriversOff) {
   ASSERT_EQ(128 + SIGKILL,
             RunScript("mkdir /tmp/usb; echo below >/tmp/usb/kept; mount /dev/block/sda /tmp/usb; "
                       "echo new >/tmp/usb/new; echo testmode=1 >/dev/cvnvdec; "
-                      ": >/tmp/OMX_MURO_CONFIG; reboot"))
+                      "mkdir /tmp/cross_module; echo 1 >/tmp/cross_module/freeRun.config; "
+                      ": >/tmp/OMX_MURO_CONFIG; : >/tmp/var/log/report; reboot"))
       << Screen();
   EXPECT_EQ("new\n", FileText(Board() / "usb/stick/new"));
-  EXPECT_EQ(0, RunScript("cat /tmp/usb/*; mount; cat /dev/cvnvdec; [ ! -e /tmp/OMX_MURO_CONFIG ]"));
+  EXPECT_EQ(0, RunScript("cat /tmp/usb/*; mount; cat /dev/cvnvdec; "
+                         "! ls -d /tmp/OMX_MURO_CONFIG /tmp/cross_module 2>/dev/null && "
+                         "[ -e /tmp/var/log/report ]"));
   EXPECT_EQ("below\n", Screen());
+}
+
+TEST_F(BoardTest, AResetClearsWhatTheBoardKeepsInMemory) {
+  EXPECT_EQ(0, RunScript("cvntester --version >/dev/null; mkdir /tmp/cross_module /data/kept; "
+                         "echo 101 >/tmp/cross_module/file_format.cfg; : >/tmp/GST_DVO_FREERUN; "
+                         "echo testmode=1 >/dev/cvndvo; cvnsim reset; cat /dev/cvndvo; "
+                         "! ls -d /tmp/cross_module /tmp/GST_DVO_FREERUN 2>/dev/null && "
+                         "[ -e /data/kept ]"))
+      << Screen();
+  EXPECT_EQ("", Screen());
+}
+
+TEST_F(BoardTest, APulledStickTakesNoFilesUntilItIsMountedAgain) {
+  EXPECT_EQ(0, RunScript("cvntester --version >/dev/null; mkdir /tmp/usb; "
+                         "mount /dev/block/sda1 /tmp/usb && echo 1 >/tmp/usb/first; "
+                         "cvnsim stick out; ls /dev/block; echo 2 >/tmp/usb/second; "
+                         "mkdir -p /tmp/usb/reports; cvnsim stick in; echo 3 >/tmp/usb/third; "
+                         "umount /tmp/usb && mount /dev/block/sda1 /tmp/usb && "
+                         "echo 4 >/tmp/usb/fourth"))
+      << Screen();
+  for (const char* name : {"first", "fourth"})
+    EXPECT_TRUE(fs::exists(Board() / "usb/stick" / name)) << name << Screen();
+  for (const char* name : {"second", "third", "reports"})
+    EXPECT_FALSE(fs::exists(Board() / "usb/stick" / name)) << name << Screen();
 }
 
 TEST_F(BoardTest, NetworkCarriesFilesUntilItIsCut) {

@@ -278,6 +278,28 @@ TEST_F(PlaybackTest, FullDiskCutsEveryDump) {
   EXPECT_TRUE(Contains(pty.Transcript(), "No space left on device"));
 }
 
+TEST_F(PlaybackTest, ThePackageHoldsWhatTheBoardLogged) {
+  Initialise();
+  Pty& pty = OpenMenu();
+  RunCase(pty, "1");
+  EXPECT_TRUE(pty.Answer(kChoice, "22"));
+  EXPECT_TRUE(pty.Expect("Test Report file generated"));
+  std::string archive;
+  for (const auto& entry : fs::directory_iterator(OnBoard(kHome + std::string("report")))) {
+    if (entry.path().extension() == ".gz") archive = entry.path();
+  }
+  for (const auto& [log, line] : {std::pair{"logfile", "vcpu2: output starts, dumps: OMXIN"},
+                                  {"acpu1", "acpu1: decoder ends after 470 blocks of sound\n"},
+                                  {"acpu2", "acpu2: output starts"},
+                                  {"vcpu1", "vcpu1: decoder ends after 448 pictures\n"},
+                                  {"vcpu2", "vcpu2: output starts"}}) {
+    const auto text = test::RunShell("tar -xzOf " + test::Quoted(archive) + " ./dpq_" +
+                                     std::string(log) + ".log");
+    EXPECT_TRUE(Contains(text.output, line)) << log << ": " << text.output << pty.Before();
+    EXPECT_FALSE(Contains(text.output, "started")) << "the run empties them first";
+  }
+}
+
 TEST_F(PlaybackTest, CustomizedListRunsItsRounds) {
   Initialise();
   // Only the first of the two is that long.
@@ -329,8 +351,9 @@ TEST_F(PlaybackTest, EveryOperatingSystemPlaysFromItsSources) {
        {Board{"sorvex", "/home/cross_module/"}, Board{"pelxos", "/nvram/data/cross_module/"}}) {
     const test::BoardOptions options{.launcher = {"--os", board.os, "--fresh"}, .timeScale = 50};
     Initialise(options, board.home);
-    const std::ofstream request(OnBoard("/tmp/enableDebugMode"));  // one dumps on request only
     Pty& pty = OpenMenu({.launcher = {"--os", board.os}, .timeScale = 50});
+    EXPECT_TRUE(pty.WaitReading());
+    const std::ofstream request(OnBoard("/tmp/enableDebugMode"));  // one dumps on request only
     EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << board.os;
     EXPECT_TRUE(pty.Answer(kChoice, "18"));
     EXPECT_TRUE(pty.Answer("(3)HTTP in HQ: ", "2"));

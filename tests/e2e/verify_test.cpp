@@ -39,8 +39,10 @@ class VerifyTest : public test::BoardFixture {
     std::ofstream(OnBoard(home + "/config/tftp_ip.cfg")) << "-\n";
   }
 
-  /// Puts dumps and golden data of a test case on the board.
-  void PutDumps(const std::string& options) const {
+  /// Lets the generator put dumps and golden data of a test case on the board once that is on.
+  void PutDumps(const std::string& options) { dumps_ = options; }
+
+  void MakeDumps(const std::string& options) const {
     const auto made =
         test::RunShell(CVN_DUMP_GENERATOR " --home " + test::Quoted(OnBoard(kHome)) +
                        " --dump-dir " + test::Quoted(OnBoard("/tmp/cross_module")) + " " + options);
@@ -52,6 +54,8 @@ class VerifyTest : public test::BoardFixture {
     talk.insert(talk.begin(), {{kChoice, "5"}, {kChoice, "0"}, {kChoice, "0"}});
     talk.emplace_back(kChoice, "q");
     Pty& pty = Start(options);
+    ASSERT_TRUE(pty.WaitReading());
+    if (!dumps_.empty()) MakeDumps(dumps_);
     for (const auto& [prompt, answer] : talk) ASSERT_TRUE(pty.Answer(prompt, answer));
     ASSERT_EQ(pty.Wait(), 0);
     screen_ = pty.Transcript();
@@ -80,6 +84,7 @@ class VerifyTest : public test::BoardFixture {
   }
 
  private:
+  std::string dumps_;
   std::string screen_;
 };
 
@@ -135,6 +140,12 @@ TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheSynchronisationOfTheSelectedC
 }
 
 TEST_F(VerifyTest, AwayFromTheBoardNothingButTheTwoDirectoriesCounts) {
+  // The board is on, and its processors have logged that they started.
+  Pty& pty = StartProgram({"sh", "-c",
+                           "cvntester --version; echo up; read go; exec cvntester --verify 101 "
+                           "--dump /data/cross_module/dump_tmp "
+                           "--golden /data/cross_module/golden_data/playback"});
+  ASSERT_TRUE(pty.Expect("up\n"));
   PutDumps("--case 101 --defect VO:change:300:width=1");
   // Settings that would choose other golden data, another case and a day of tolerance.
   const struct {
@@ -157,8 +168,7 @@ TEST_F(VerifyTest, AwayFromTheBoardNothingButTheTwoDirectoriesCounts) {
     return paths;
   };
   const auto before = files();
-  Pty& pty = Start({.arguments = {"--verify", "101", "--dump", "/data/cross_module/dump_tmp",
-                                  "--golden", "/data/cross_module/golden_data/playback"}});
+  pty.SendLine("go");
   EXPECT_EQ(pty.Wait(), 1);
   EXPECT_TRUE(Contains(pty.Transcript(), "6 passed, 1 failed")) << pty.Transcript();
   EXPECT_TRUE(Contains(pty.Transcript(), "first: frame 300, width = 1/1920"));

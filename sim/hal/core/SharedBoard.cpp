@@ -171,6 +171,7 @@ void SwitchOn(Board& board, double timeScale) {
   board.clock.powerOnNs = MonotonicNs();
   RunScenario(*shared, board);
   ShowOutside(board);
+  LogStart();
 }
 
 // Expects memory of zeros and touches as little of it as it can: most of a board is frame buffers.
@@ -267,6 +268,7 @@ std::string StateDirectory() {
 void ResetBoard(Board& board) {
   const double timeScale = board.clock.timeScale;
   std::memset(&board, 0, sizeof(board));
+  LoseVolatileFiles();
   SwitchOn(board, timeScale);
 }
 

@@ -2,12 +2,14 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "Defect.h"
 #include "core/Areas.h"
 #include "core/SharedBoard.h"
+#include "media/BoardLogs.h"
 
 namespace sim {
 namespace {
@@ -52,6 +54,36 @@ Action ParseSwitch(const Words& words) {
     board.media.*Of.isIll = ill;
     ShowOutside(board);
   };
+}
+
+/// The board's root directory; nothing where the state file is not a board's.
+std::optional<fs::path> BoardRoot() {
+  const fs::path simulator = StateDirectory();
+  if (simulator.empty() || !fs::is_directory(simulator.parent_path() / "dev/block"))
+    return std::nullopt;
+  return simulator.parent_path();
+}
+
+/// Where the pulled stick was mounted there is nothing any more, also when it comes back.
+void CutMounts(const fs::path& root) {
+  std::ifstream mounts(fs::path(StateDirectory()) / "mounts");
+  std::string device, directory;
+  while (mounts >> device && std::getline(mounts >> std::ws, directory)) {
+    const fs::path link = root / fs::path(directory).relative_path();
+    std::error_code ignored;
+    if (!fs::is_symlink(link, ignored)) continue;
+    fs::remove(link, ignored);
+    fs::create_symlink("pulled-out", link, ignored);
+  }
+}
+
+/// Drivers' nodes are emptied, everything else goes.
+void LoseFile(const fs::path& path) {
+  std::error_code ignored;
+  if (path.parent_path().filename() == "dev")
+    fs::resize_file(path, 0, ignored);
+  else
+    fs::remove_all(path, ignored);
 }
 
 void AddDefect(Board& board, const std::string& words) {
@@ -130,11 +162,23 @@ constexpr Command kCommands[] = {
 constinit const Area kMediaArea = {kCommands, Describe};
 
 void ShowOutside(const Board& board) {
+  const auto root = BoardRoot();
+  if (!root) return;
   const fs::path simulator = StateDirectory();
-  const fs::path nodes = simulator.parent_path() / "dev/block";
-  if (simulator.empty() || !fs::is_directory(nodes)) return;
   for (const Switch* item : kSwitches) SetFile(simulator / item->marker, board.media.*item->isIll);
-  for (const char* node : kStickNodes) SetFile(nodes / node, !board.media.stickOut);
+  for (const char* node : kStickNodes) SetFile(*root / "dev/block" / node, !board.media.stickOut);
+  if (board.media.stickOut) CutMounts(*root);
+}
+
+void LoseVolatileFiles() {
+  const auto root = BoardRoot();
+  if (!root) return;
+  std::ifstream paths(fs::path(StateDirectory()) / "volatile");
+  for (std::string path; std::getline(paths, path);) LoseFile(*root / path);
+}
+
+void LogStart() {
+  if (const auto root = BoardRoot()) LogPowerOn(*root);
 }
 
 }  // namespace sim
