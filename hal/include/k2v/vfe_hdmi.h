@@ -265,7 +265,7 @@ int K2V_RHAL_VFE_HDMI_isHDCP22Supported(uint8_t port);
 int K2V_RHAL_VFE_HDMI_Get_HDCP_Version(uint8_t port);
 
 // This receiver's HDCP 2.2 identifier, and the key selection vector of the source: 20 one bits each
-// in K2V_HDMI_HDCP_ID_BYTES.
+// in K2V_HDMI_HDCP_ID_BYTES. The vector is zero where the source does not speak HDCP 1.x.
 int K2V_RHAL_VFE_HDMI_getHDCPReceiverId(uint8_t* id);
 int K2V_RHAL_VFE_HDMI_GetSourceKSVData(uint8_t port, uint8_t* ksv);
 
