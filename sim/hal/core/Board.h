@@ -84,7 +84,10 @@ enum class HotPlug : uint8_t {
 };
 
 /// Kind of an HDMI source; it decides on info-frames, colour depth and content protection.
-enum class SourceKind : uint8_t { kSdrVideo, kHdrVideo, kPc };
+enum class SourceKind : uint8_t { kSdrVideo, kHdrVideo, kPc, kHlgVideo, kDeepVideo, kDvi };
+
+/// How a source packs the pictures of two eyes into its timing.
+enum class Stereo : uint8_t { kNone, kFramePacking, kSideBySide, kTopAndBottom };
 
 struct HdmiPort {
   bool cable;      // a source is plugged in
@@ -92,6 +95,7 @@ struct HdmiPort {
   bool muted;      // … with AV mute set
   bool connected;  // the HAL's Connect
   SourceKind kind;
+  Stereo stereo;
   HotPlug hotPlug;
   bool edidWritten;
   bool edidDefect;  // what is written is changed in one byte
@@ -122,6 +126,7 @@ struct Picture {
   uint16_t width;
   uint16_t height;
   uint32_t colorStandard;
+  uint32_t eotf;  // K2V_HDMI_EOTF_*
 };
 
 constexpr uint32_t kMaxWrittenPixels = 720 * 576;

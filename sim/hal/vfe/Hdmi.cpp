@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <string_view>
 
 #include "core/Areas.h"
 #include "core/Call.h"
@@ -27,9 +26,6 @@ static void Put(CallText& out, const K2V_HDMI_TIMING_T& timing) {
 }
 
 namespace {
-
-// By SourceKind.
-constexpr std::string_view kKindNames[] = {"sdr", "hdr", "pc"};
 
 void DriveHotPlug(HdmiReceiver& receiver, HotPlug level) {
   for (HdmiPort& port : receiver.ports) port.hotPlug = level;
@@ -157,13 +153,6 @@ HdmiPort& PluggedPort(Board& board, size_t port) {
   return plugged;
 }
 
-SourceKind ParseKind(const std::string& word) {
-  for (size_t i = 0; i < std::size(kKindNames); ++i) {
-    if (word == kKindNames[i]) return static_cast<SourceKind>(i);
-  }
-  Refuse(word, "is no choice", "hdr, sdr, pc");
-}
-
 /// What the receiver sees of a source that starts, or that changes its timing behind an AV mute.
 void Restart(const Board& board, HdmiPort& port, bool behindMute) {
   port.lock = {};
@@ -172,16 +161,16 @@ void Restart(const Board& board, HdmiPort& port, bool behindMute) {
 
 Action ParsePlug(const Words& words) {
   const size_t port = ParsePort(words[0]);
-  const K2V_HDMI_TIMING_T timing = ParseTiming(words[1]);
-  const SourceKind kind = words.size() > 2 ? ParseKind(words[2]) : SourceKind::kSdrVideo;
+  const SourceOrder order = ParseSource(words, 1);
   return [=](Board& board) {
     HdmiPort& plugged = board.hdmi.ports[port];
     board.hdcp2.ports[port].status = {};  // another cable, another link
     plugged.cable = true;
     plugged.sending = true;
     plugged.muted = false;
-    plugged.kind = kind;
-    plugged.timing = timing;
+    plugged.kind = order.kind;
+    plugged.stereo = order.stereo;
+    plugged.timing = order.timing;
     Restart(board, plugged, false);
   };
 }
@@ -225,7 +214,9 @@ Action ParseNewTiming(const Words& words) {
   const K2V_HDMI_TIMING_T timing = ParseTiming(words[1]);
   return [=](Board& board) {
     HdmiPort& plugged = PluggedPort(board, port);
-    plugged.timing = timing;
+    const uint8_t mode = plugged.timing.mode;
+    plugged.timing = Packed(timing, plugged.stereo);
+    plugged.timing.mode = mode;
     Restart(board, plugged, MutesChanges(plugged));
   };
 }
@@ -235,9 +226,9 @@ void DescribeSource(const HdmiPort& port, std::ostream& out) {
     out << "no cable";
     return;
   }
-  out << TimingName(port.timing) << ' ' << kKindNames[static_cast<size_t>(port.kind)] << ", format "
-      << port.timing.format << (port.sending ? "" : ", source silent")
-      << (port.muted ? ", muted" : "");
+  out << TimingName(port.timing) << ' ' << SourceName(port) << ", format " << port.timing.format
+      << (port.sending ? "" : ", source silent") << (port.muted ? ", muted" : "")
+      << (FitsLink(port) ? "" : ", more than the link carries");
 }
 
 void DescribePort(const HdmiPort& port, std::ostream& out) {
@@ -271,8 +262,8 @@ void SettleLocks(Board& board, int64_t nowMs) {
 }
 
 constexpr Command kCommands[] = {
-    {"plug", "PORT TIMING [hdr|sdr|pc]", "plug in a source that sends, such as 3840x2160p60 hdr", 2,
-     3, ParsePlug},
+    {"plug", "PORT TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom]",
+     "plug in a source that sends, such as 3840x2160p60 hdr", 2, 4, ParsePlug},
     {"unplug", "PORT", "take the cable out", 1, 1, ParseUnplug},
     {"signal", "PORT on|off", "let the plugged source send, or fall silent with its cable in", 2, 2,
      ParseSignal},
@@ -287,18 +278,15 @@ constexpr Command kCommands[] = {
 constinit const Area kHdmiArea = {kCommands, Describe, SettleLocks};
 
 bool HasSignal(const HdmiPort& port) {
-  return port.hotPlug == HotPlug::kRaised && port.cable && port.sending && !port.lock.lost;
+  return port.hotPlug == HotPlug::kRaised && port.cable && port.sending && !port.lock.lost &&
+         FitsLink(port);
 }
 
 Picture HdmiPicture(const HdmiReceiver& receiver) {
   for (const HdmiPort& port : receiver.ports) {
     if (!port.connected || !HasSignal(port)) continue;
     const K2V_VIDEO_RECT_T& active = port.timing.active;
-    const bool hdr = port.kind == SourceKind::kHdrVideo;
-    const uint32_t standard = hdr               ? K2V_COLOR_STANDARD_BT2020
-                              : active.h >= 720 ? K2V_COLOR_STANDARD_BT709
-                                                : K2V_COLOR_STANDARD_BT601;
-    return {active.w, active.h, standard};
+    return {active.w, active.h, ColorStandard(port), Eotf(port)};
   }
   return {};
 }

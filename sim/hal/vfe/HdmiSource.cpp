@@ -1,41 +1,106 @@
 #include "vfe/HdmiSource.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <iterator>
+#include <optional>
+
+#include "vfe/Edid.h"
+#include "vfe/Timing.h"
 
 namespace sim {
 namespace {
 
+constexpr uint32_t kWideGamut = K2V_COLOR_STANDARD_BT2020;
+
 // What is the same for all sources of a kind.
 struct Kind {
+  std::string_view name;                         // in commands
   const char* vendor;                            // at most 8 characters
   const char* product;                           // at most 16 characters
   uint32_t deviceInfo;                           // K2V_HDMI_SOURCE_*
   uint32_t depth;                                // K2V_HDMI_DEPTH_*
   int hdcpVersion;                               // K2V_HDMI_HDCP_*
-  uint8_t keySelection[K2V_HDMI_HDCP_ID_BYTES];  // 20 of 40 bits are 1
+  uint8_t keySelection[K2V_HDMI_HDCP_ID_BYTES];  // 20 of 40 bits are 1; zeros without HDCP 1.x
+  uint32_t eotf;                                 // K2V_HDMI_EOTF_*; SDR is not told
+  bool isRgb;
 };
 
 // By SourceKind.
 constexpr Kind kKinds[] = {
-    {"SIMBOARD",
+    {"sdr",
+     "SIMBOARD",
      "HD Tuner",
      K2V_HDMI_SOURCE_DIGITAL_STB,
      K2V_HDMI_DEPTH_8,
      K2V_HDMI_HDCP_1_4,
-     {0x35, 0xA6, 0x5C, 0xC9, 0x9A}},
-    {"SIMBOARD",
+     {0x35, 0xA6, 0x5C, 0xC9, 0x9A},
+     K2V_HDMI_EOTF_SDR,
+     false},
+    {"hdr",
+     "SIMBOARD",
      "UHD Disc Player",
      K2V_HDMI_SOURCE_BLU_RAY,
      K2V_HDMI_DEPTH_10,
      K2V_HDMI_HDCP_2_2,
-     {0x69, 0x3C, 0xA5, 0xD2, 0x96}},
-    {"SIMBOARD", "PC Graphics", K2V_HDMI_SOURCE_PC, K2V_HDMI_DEPTH_8, K2V_HDMI_HDCP_NONE, {}},
+     {},
+     K2V_HDMI_EOTF_PQ,
+     false},
+    {"pc",
+     "SIMBOARD",
+     "PC Graphics",
+     K2V_HDMI_SOURCE_PC,
+     K2V_HDMI_DEPTH_8,
+     K2V_HDMI_HDCP_NONE,
+     {},
+     K2V_HDMI_EOTF_SDR,
+     true},
+    {"hlg",
+     "SIMBOARD",
+     "UHD Tuner",
+     K2V_HDMI_SOURCE_DIGITAL_STB,
+     K2V_HDMI_DEPTH_10,
+     K2V_HDMI_HDCP_2_2,
+     {},
+     K2V_HDMI_EOTF_HLG,
+     false},
+    {"deep",
+     "SIMBOARD",
+     "Disc Player",
+     K2V_HDMI_SOURCE_BLU_RAY,
+     K2V_HDMI_DEPTH_12,
+     K2V_HDMI_HDCP_1_4,
+     {0x4B, 0xD2, 0x2D, 0xB4, 0xA6},
+     K2V_HDMI_EOTF_SDR,
+     false},
+    {"dvi",
+     "",
+     "",
+     K2V_HDMI_SOURCE_UNKNOWN,
+     K2V_HDMI_DEPTH_8,
+     K2V_HDMI_HDCP_NONE,
+     {},
+     K2V_HDMI_EOTF_SDR,
+     true},
 };
 
+// By Stereo.
+struct Packing {
+  std::string_view name;  // in commands
+  uint32_t structure;     // 3D_Structure
+  uint32_t extension;     // 3D_Ext_Data
+  uint8_t length;         // of the vendor-specific info-frame
+};
+constexpr Packing kPackings[] = {{"", 0, 0, 0},
+                                 {"frame-packing", 0, 0, 5},
+                                 {"side-by-side", 8, 1, 6},
+                                 {"top-and-bottom", 6, 0, 5}};
+
 constexpr uint32_t kMaxTmdsKHz = 600'000;
+constexpr uint32_t kMaxDviKHz = 165'000;
 constexpr uint32_t kMaxUnscrambledKHz = 340'000;
 constexpr uint8_t kInfoFrameOuiBytes = 3;
 
@@ -43,38 +108,82 @@ const Kind& KindOf(const HdmiPort& port) {
   return kKinds[static_cast<size_t>(port.kind)];
 }
 
+const Packing& PackingOf(const HdmiPort& port) {
+  return kPackings[static_cast<size_t>(port.stereo)];
+}
+
+bool IsDvi(const HdmiPort& port) {
+  return port.kind == SourceKind::kDvi;
+}
+
+/// How often each pixel is sent again: lines of 720 pixels, interlaced, are too slow for TMDS.
+uint8_t PixelRepetition(const K2V_HDMI_TIMING_T& timing) {
+  constexpr uint32_t k480i = 7, k576i = 22;
+  return timing.format == k480i || timing.format == k576i ? 1 : 0;
+}
+
 uint32_t PixelClockKHz(const K2V_HDMI_TIMING_T& timing) {
   const uint64_t fields = timing.scanType == K2V_HDMI_SCAN_INTERLACED ? 2 : 1;
-  const uint64_t pixels = uint64_t{timing.hTotal} * timing.vTotal;
+  const uint64_t pixels = uint64_t{timing.hTotal} * timing.vTotal * (1U + PixelRepetition(timing));
   return static_cast<uint32_t>(pixels * timing.vFreq / (fields * 100'000));
 }
 
-uint32_t FullTmdsKHz(const HdmiPort& port) {
+struct Encoding {
+  uint32_t pixels;   // K2V_HDMI_PIXEL_*
+  uint32_t tmdsKHz;  // characters
+};
+
+// The best way that fits: whole chroma, else a quarter of it where the receiver's EDID lists that,
+// else half of it, which takes up to 12 bits without more characters.
+std::optional<Encoding> EncodingOf(const HdmiPort& port) {
+  static constexpr uint32_t kBits[] = {8, 10, 12, 16};
+  const Kind& kind = KindOf(port);
+  const uint32_t limitKHz = IsDvi(port) ? kMaxDviKHz : kMaxTmdsKHz;
   const uint32_t pixelKHz = PixelClockKHz(port.timing);
-  return KindOf(port).depth == K2V_HDMI_DEPTH_10 ? pixelKHz / 4 * 5 : pixelKHz;
+  const uint32_t wholeKHz = pixelKHz / 8 * kBits[kind.depth] + pixelKHz % 8 * kBits[kind.depth] / 8;
+  if (wholeKHz <= limitKHz) {
+    return Encoding{kind.isRgb ? K2V_HDMI_PIXEL_RGB : K2V_HDMI_PIXEL_YCBCR444, wholeKHz};
+  }
+  if (IsDvi(port)) return std::nullopt;
+  if (wholeKHz / 2 <= limitKHz && port.edidWritten && Lists420(port.edid, port.timing.format)) {
+    return Encoding{K2V_HDMI_PIXEL_YCBCR420, wholeKHz / 2};
+  }
+  if (!kind.isRgb && pixelKHz <= limitKHz) return Encoding{K2V_HDMI_PIXEL_YCBCR422, pixelKHz};
+  return std::nullopt;
 }
 
-// Video that does not fit through the cable goes with a quarter of the chroma.
-uint32_t PixelEncoding(const HdmiPort& port) {
-  if (port.kind == SourceKind::kPc) return K2V_HDMI_PIXEL_RGB;
-  return FullTmdsKHz(port) > kMaxTmdsKHz ? K2V_HDMI_PIXEL_YCBCR420 : K2V_HDMI_PIXEL_YCBCR444;
+bool IsNear(uint32_t a, uint32_t b) {
+  return std::abs(static_cast<double>(a) / b - 1) < 0.005;
+}
+
+/// M of the AVI info-frame; shapes that have no code there go without one.
+uint8_t PictureAspect(const K2V_HDMI_TIMING_T& timing) {
+  constexpr uint8_t kNone = 0, k4To3 = 1, k16To9 = 2;
+  constexpr uint32_t kVga = 1;
+  const uint32_t code = timing.format;
+  const bool isOther = (code >= 86 && code <= 92) || (code >= 98 && code <= 102);
+  if (code != 0) return code == kVga ? k4To3 : isOther ? kNone : k16To9;
+  const uint32_t height = timing.full_3d_timing != 0
+                              ? static_cast<uint32_t>(timing.active.h) - timing.vTotal / 2U
+                              : timing.active.h;
+  if (IsNear(timing.active.w * 9U, height * 16U)) return k16To9;
+  return IsNear(timing.active.w * 3U, height * 4U) ? k4To3 : kNone;
 }
 
 // The formats of HDMI 1.4b that came before CEA-861 had codes for them: these go by HDMI_VIC.
-uint8_t HdmiVic(const K2V_HDMI_TIMING_T& timing) {
+uint8_t HdmiVic(const HdmiPort& port) {
   static constexpr uint32_t kVicOf[] = {0, 95, 94, 93, 98};
-  const auto* found = std::find(std::begin(kVicOf), std::end(kVicOf), timing.format);
+  if (port.stereo != Stereo::kNone) return 0;  // the info-frame tells that instead
+  const auto* found = std::find(std::begin(kVicOf), std::end(kVicOf), port.timing.format);
   return found == std::end(kVicOf) ? 0 : static_cast<uint8_t>(found - std::begin(kVicOf));
 }
 
 void SetColorimetry(const HdmiPort& port, K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
-  constexpr uint8_t kBt601 = 1, kBt709 = 2, kExtended = 3, kBt2020 = 6;
-  if (port.kind == SourceKind::kHdrVideo) {
-    info.eColorimetry = kExtended;
-    info.eExtColorimetry = kBt2020;
-  } else if (port.kind == SourceKind::kSdrVideo) {
-    info.eColorimetry = port.timing.active.h >= 720 ? kBt709 : kBt601;
-  }
+  constexpr uint8_t kExtended = 3, kBt2020 = 6;
+  static constexpr uint8_t kCodes[] = {1, 2, kExtended};  // by K2V_COLOR_STANDARD_*
+  if (KindOf(port).isRgb) return;
+  info.eColorimetry = kCodes[ColorStandard(port)];
+  if (info.eColorimetry == kExtended) info.eExtColorimetry = kBt2020;
 }
 
 // A computer's picture: nothing cut off, the whole range, and told as IT content.
@@ -86,20 +195,76 @@ void SetPcPicture(K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
   info.eItContentType = kGraphics;
 }
 
-void AddVsi(K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& all, uint32_t oui,
+void AddVsi(K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& all, uint32_t oui, int size,
             std::initializer_list<uint8_t> data) {
   auto& vsi = all.stVSI[all.nCount++];
   vsi.nIeeeOui = oui;
   vsi.nVersion = 1;
-  vsi.nLength = static_cast<uint8_t>(kInfoFrameOuiBytes + data.size());
-  std::copy(data.begin(), data.end(), vsi.nData);
+  vsi.nLength = static_cast<uint8_t>(kInfoFrameOuiBytes + size);
+  std::copy_n(data.begin(), size, vsi.nData);
 }
 
 }  // namespace
 
+SourceOrder ParseSource(const Words& words, size_t first) {
+  SourceOrder order;
+  const K2V_HDMI_TIMING_T timing = ParseTiming(words[first]);
+  for (size_t i = first + 1; i < words.size(); ++i) {
+    const auto named = [&](const auto& row) { return row.name == words[i]; };
+    const auto* kind = std::find_if(std::begin(kKinds), std::end(kKinds), named);
+    const auto* packing = std::find_if(std::begin(kPackings), std::end(kPackings), named);
+    if (kind != std::end(kKinds)) {
+      order.kind = static_cast<SourceKind>(kind - std::begin(kKinds));
+    } else if (packing != std::end(kPackings)) {
+      order.stereo = static_cast<Stereo>(packing - std::begin(kPackings));
+    } else {
+      Refuse(words[i], "is no choice", std::string(kSourceWords));
+    }
+  }
+  if (order.kind == SourceKind::kDvi && order.stereo != Stereo::kNone) {
+    Refuse(Join(words, first), "cannot be told without info-frames", "3D of HDMI sources");
+  }
+  order.timing = Packed(timing, order.stereo);
+  order.timing.mode = order.kind == SourceKind::kDvi ? K2V_HDMI_MODE_DVI : K2V_HDMI_MODE_HDMI;
+  return order;
+}
+
+// The second eye's picture comes behind the first one and a blanking in between.
+K2V_HDMI_TIMING_T Packed(const K2V_HDMI_TIMING_T& timing, Stereo stereo) {
+  if (stereo != Stereo::kFramePacking) return timing;
+  if (timing.scanType == K2V_HDMI_SCAN_INTERLACED || timing.vTotal > UINT16_MAX / 2) {
+    Refuse(TimingName(timing), "cannot be frame-packed", "progressive timings up to 4320 lines");
+  }
+  K2V_HDMI_TIMING_T packed = timing;
+  packed.active.h = static_cast<uint16_t>(timing.active.h + timing.vTotal);
+  packed.vTotal = static_cast<uint16_t>(2 * timing.vTotal);
+  packed.hFreq = static_cast<uint16_t>(2 * timing.hFreq);
+  packed.full_3d_timing = 1;
+  return packed;
+}
+
+std::string SourceName(const HdmiPort& port) {
+  std::string name(KindOf(port).name);
+  if (port.stereo != Stereo::kNone) name.append(" ").append(PackingOf(port).name);
+  return name;
+}
+
+bool FitsLink(const HdmiPort& port) {
+  return EncodingOf(port).has_value();
+}
+
+uint32_t ColorStandard(const HdmiPort& port) {
+  if (KindOf(port).eotf != K2V_HDMI_EOTF_SDR) return kWideGamut;
+  return port.timing.active.h >= 720 ? K2V_COLOR_STANDARD_BT709 : K2V_COLOR_STANDARD_BT601;
+}
+
+uint32_t Eotf(const HdmiPort& port) {
+  return KindOf(port).eotf;
+}
+
 uint32_t TmdsClockKHz(const HdmiPort& port) {
-  const uint32_t full = FullTmdsKHz(port);
-  return PixelEncoding(port) == K2V_HDMI_PIXEL_YCBCR420 ? full / 2 : full;
+  const auto encoding = EncodingOf(port);
+  return encoding ? encoding->tmdsKHz : 0;
 }
 
 uint32_t ColorDepth(const HdmiPort& port) {
@@ -108,25 +273,30 @@ uint32_t ColorDepth(const HdmiPort& port) {
 int HdcpVersion(const HdmiPort& port) {
   return KindOf(port).hdcpVersion;
 }
+bool SendsControlPackets(const HdmiPort& port) {
+  return !IsDvi(port);
+}
 bool MutesChanges(const HdmiPort& port) {
-  return port.kind != SourceKind::kPc;
+  return !KindOf(port).isRgb;
 }
 bool IsScrambled(const HdmiPort& port) {
   return TmdsClockKHz(port) > kMaxUnscrambledKHz;
 }
 
 int MakeAvi(const HdmiPort& port, K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
-  constexpr uint8_t k4To3 = 1, k16To9 = 2, kAsPicture = 8;
-  const K2V_VIDEO_RECT_T& active = port.timing.active;
+  constexpr uint8_t kAsPicture = 8;
+  const auto encoding = EncodingOf(port);
   info = {};
-  info.VideoIdCode = HdmiVic(port.timing) != 0 ? 0 : port.timing.format;
+  if (IsDvi(port) || !encoding) return K2V_RHAL_ERR_FAIL;
+  info.VideoIdCode = HdmiVic(port) != 0 ? 0 : port.timing.format;
   info.eHDMIMode = port.timing.mode;
-  info.ePixelEncoding = PixelEncoding(port);
+  info.ePixelEncoding = encoding->pixels;
   info.nVersion = 2;
   info.nLength = 13;
   info.bActiveFormat = 1;
-  info.ePictureAspect = active.w * 3 == active.h * 4 ? k4To3 : k16To9;
+  info.ePictureAspect = PictureAspect(port.timing);
   info.eActiveAspect = kAsPicture;
+  info.nPixelRepetition = PixelRepetition(port.timing);
   SetColorimetry(port, info);
   if (port.kind == SourceKind::kPc) SetPcPicture(info);
   return K2V_RHAL_OK;
@@ -135,6 +305,7 @@ int MakeAvi(const HdmiPort& port, K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
 int MakeSpd(const HdmiPort& port, K2V_HAL_VFE_HDMI_SPD_INFO_T& info) {
   const Kind& kind = KindOf(port);
   info = {};
+  if (IsDvi(port)) return K2V_RHAL_ERR_FAIL;
   std::strncpy(info.VendorName, kind.vendor, sizeof(info.VendorName) - 1);
   std::strncpy(info.ProductDescription, kind.product, sizeof(info.ProductDescription) - 1);
   info.nVersion = 1;
@@ -145,34 +316,49 @@ int MakeSpd(const HdmiPort& port, K2V_HAL_VFE_HDMI_SPD_INFO_T& info) {
 
 int MakeVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_VSI_INFO_T& info) {
   info = {};
+  if (IsDvi(port)) return K2V_RHAL_ERR_FAIL;
+  const Packing& packing = PackingOf(port);
   info.nIeeeOui = K2V_HDMI_OUI_HDMI;
-  info.nHdmiVic = HdmiVic(port.timing);
-  info.eVideoFormat =
-      info.nHdmiVic != 0 ? K2V_HDMI_VSI_EXTENDED_RESOLUTION : K2V_HDMI_VSI_NO_FORMAT;
+  info.nHdmiVic = HdmiVic(port);
   info.nVersion = 1;
-  info.nLength = info.nHdmiVic != 0 ? 5 : 4;
+  if (port.stereo != Stereo::kNone) {
+    info.eVideoFormat = K2V_HDMI_VSI_3D;
+    info.e3DStructure = packing.structure;
+    info.e3DExtData = packing.extension;
+    info.nLength = packing.length;
+  } else {
+    info.eVideoFormat =
+        info.nHdmiVic != 0 ? K2V_HDMI_VSI_EXTENDED_RESOLUTION : K2V_HDMI_VSI_NO_FORMAT;
+    info.nLength = info.nHdmiVic != 0 ? 5 : 4;
+  }
   return K2V_RHAL_OK;
 }
 
 int MakeAllVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& info) {
   info = {};
-  if (const uint8_t vic = HdmiVic(port.timing); vic != 0) {
-    AddVsi(info, K2V_HDMI_OUI_HDMI, {K2V_HDMI_VSI_EXTENDED_RESOLUTION << 5, vic});
-  } else {
-    AddVsi(info, K2V_HDMI_OUI_HDMI, {K2V_HDMI_VSI_NO_FORMAT << 5});
-  }
+  K2V_HAL_VFE_HDMI_VSI_INFO_T hdmi;
+  if (const int error = MakeVsi(port, hdmi)) return error;
+  // The payload behind the OUI: the format, then what that format adds.
+  const auto format = static_cast<uint8_t>(hdmi.eVideoFormat << 5);
+  const auto structure = static_cast<uint8_t>(hdmi.e3DStructure << 4);
+  const auto extension = static_cast<uint8_t>(hdmi.e3DExtData << 4);
+  const bool is3d = hdmi.eVideoFormat == K2V_HDMI_VSI_3D;
+  AddVsi(info, hdmi.nIeeeOui, hdmi.nLength - kInfoFrameOuiBytes,
+         {format, is3d ? structure : hdmi.nHdmiVic, extension});
   // Version 1 and, in a computer's, the wish for low latency.
   const uint8_t lowLatency = port.kind == SourceKind::kPc ? 2 : 0;
-  if (IsScrambled(port)) AddVsi(info, K2V_HDMI_OUI_HDMI_FORUM, {1, lowLatency});
+  if (IsScrambled(port)) AddVsi(info, K2V_HDMI_OUI_HDMI_FORUM, 2, {1, lowLatency});
   return K2V_RHAL_OK;
 }
 
 int MakeDrm(const HdmiPort& port, K2V_HAL_VFE_HDMI_DRM_INFO_T& info) {
   info = {};
-  if (port.kind != SourceKind::kHdrVideo) return K2V_RHAL_ERR_FAIL;
+  const uint32_t eotf = KindOf(port).eotf;
+  if (eotf == K2V_HDMI_EOTF_SDR) return K2V_RHAL_ERR_FAIL;
   info.nVersion = 1;
   info.nLength = 26;
-  info.eEOTFtype = K2V_HDMI_EOTF_PQ;
+  info.eEOTFtype = eotf;
+  if (eotf != K2V_HDMI_EOTF_PQ) return K2V_RHAL_OK;  // nothing is known of the mastering display
   // BT.2020 in the order green, blue, red; D65.
   constexpr K2V_HDMI_CHROMATICITY_T kPrimaries[] = {{8500, 39850}, {6550, 2300}, {35400, 14600}};
   std::copy(std::begin(kPrimaries), std::end(kPrimaries), info.stDisplayPrimaries);
@@ -193,7 +379,6 @@ int MakePackets(const HdmiPort& port, K2V_HAL_VFE_HDMI_PACKET_INFO_T& info) {
 }
 
 int CopyKeySelection(const HdmiPort& port, uint8_t* ksv) {
-  if (HdcpVersion(port) == K2V_HDMI_HDCP_NONE) return K2V_RHAL_ERR_FAIL;
   std::memcpy(ksv, KindOf(port).keySelection, K2V_HDMI_HDCP_ID_BYTES);
   return K2V_RHAL_OK;
 }

@@ -2,12 +2,44 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "core/Board.h"
+#include "core/Command.h"
 
 namespace sim {
 
-/// Rate of TMDS characters / 1000.
+/// What a source is to send.
+struct SourceOrder {
+  SourceKind kind = SourceKind::kSdrVideo;
+  Stereo stereo = Stereo::kNone;
+  K2V_HDMI_TIMING_T timing = {};
+};
+
+/// The words that ParseSource takes, for help texts.
+inline constexpr std::string_view kSourceWords =
+    "TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom]";
+
+/// Reads the words of a source from `first` on. Throws CommandError.
+SourceOrder ParseSource(const Words& words, size_t first);
+
+/// A timing with the pictures of two eyes packed into it. Throws CommandError where they cannot be.
+K2V_HDMI_TIMING_T Packed(const K2V_HDMI_TIMING_T& timing, Stereo stereo);
+
+/// The words for a source's kind and stereo, such as "hdr" or "sdr side-by-side".
+std::string SourceName(const HdmiPort& port);
+
+/// Whether the link carries what the source is to send in any way that the source knows.
+bool FitsLink(const HdmiPort& port);
+
+/// Colours of the source's picture: K2V_COLOR_STANDARD_*.
+uint32_t ColorStandard(const HdmiPort& port);
+
+/// K2V_HDMI_EOTF_*.
+uint32_t Eotf(const HdmiPort& port);
+
+/// Rate of TMDS characters / 1000; 0 when the picture does not fit.
 uint32_t TmdsClockKHz(const HdmiPort& port);
 
 /// K2V_HDMI_DEPTH_*.
@@ -18,6 +50,9 @@ int HdcpVersion(const HdmiPort& port);
 
 /// The scrambling that rates above 340 MHz need.
 bool IsScrambled(const HdmiPort& port);
+
+/// Sends general control packets, with AV mute in them.
+bool SendsControlPackets(const HdmiPort& port);
 
 /// Sets AV mute before it changes its timing.
 bool MutesChanges(const HdmiPort& port);
@@ -30,7 +65,8 @@ int MakeAllVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& info);
 int MakeDrm(const HdmiPort& port, K2V_HAL_VFE_HDMI_DRM_INFO_T& info);
 int MakePackets(const HdmiPort& port, K2V_HAL_VFE_HDMI_PACKET_INFO_T& info);
 
-/// The source's key selection vector, K2V_HDMI_HDCP_ID_BYTES; none without content protection.
+/// The source's key selection vector, K2V_HDMI_HDCP_ID_BYTES; zeros where it does not speak
+/// HDCP 1.x.
 int CopyKeySelection(const HdmiPort& port, uint8_t* ksv);
 
 }  // namespace sim

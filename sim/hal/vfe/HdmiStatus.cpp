@@ -81,6 +81,7 @@ int GetMute(Board& board, uint8_t port, uint8_t* muted) {
   if (const int error = CheckPort(board, port, muted)) return error;
   const HdmiPort& source = board.hdmi.ports[port];
   if (!HasSignal(source) && !source.lock.muted) return K2V_RHAL_ERR_NO_SIGNAL;
+  if (!SendsControlPackets(source)) return K2V_RHAL_ERR_FAIL;
   *muted = source.muted || source.lock.muted;
   return K2V_RHAL_OK;
 }

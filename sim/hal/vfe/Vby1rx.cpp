@@ -121,7 +121,7 @@ constinit const Area kVby1Area = {kCommands, Describe, Settle};
 Picture Vby1Picture(const Vby1Receiver& receiver) {
   if (!receiver.connected) return {};
   const K2V_VIDEO_RECT_T active = ReceivedTiming(receiver).active;
-  return {active.w, active.h, K2V_COLOR_STANDARD_BT709};
+  return {active.w, active.h, K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR};
 }
 
 }  // namespace sim

@@ -90,29 +90,34 @@ int GetPixel(Board& board, K2V_VPQ_PIXEL_INFO_T* record) {
   return K2V_RHAL_OK;
 }
 
-// An HDR source is the only one whose picture has the wide primaries.
-bool IsHdr(const Board& board) {
-  return HasPicture(board) &&
-         ShownPicture(board, board.scaler.windows[0]).colorStandard == K2V_COLOR_STANDARD_BT2020;
+Picture MainPicture(const Board& board) {
+  return HasPicture(board) ? ShownPicture(board, board.scaler.windows[0]) : Picture{};
+}
+
+/// SDR 0, HDR10 1, HLG 2.
+uint32_t DynamicRange(const Board& board) {
+  static constexpr uint32_t kRanges[] = {0, 0, 1, 2};  // by K2V_HDMI_EOTF_*
+  return kRanges[MainPicture(board).eotf];
 }
 
 int GetSourceHdrInfo(Board& board, K2V_VPQ_SRC_HDR_INFO_T* record) {
   if (const int error = CheckMeasurable(board, record)) return error;
-  const uint32_t primaries = ShownPicture(board, board.scaler.windows[0]).colorStandard;
-  *record = {0, primaries, 0, 0, 0};
-  if (IsHdr(board)) *record = {2, primaries, 1000, 1000, 400};
+  const Picture picture = MainPicture(board);
+  *record = {picture.eotf, picture.colorStandard, 0, 0, 0};
+  if (picture.eotf == K2V_HDMI_EOTF_PQ)
+    *record = {picture.eotf, picture.colorStandard, 1000, 1000, 400};
   return K2V_RHAL_OK;
 }
 
 int GetHdrStatus(Board& board, K2V_VPQ_HDR_STATUS_T* record) {
   if (record == nullptr) return K2V_RHAL_ERR_PARAM;
-  *record = {IsHdr(board), 0};
+  *record = {DynamicRange(board), 0};
   return K2V_RHAL_OK;
 }
 
 int GetHdrType(Board& board, int32_t* value) {
   if (value == nullptr) return K2V_RHAL_ERR_PARAM;
-  *value = IsHdr(board);
+  *value = static_cast<int32_t>(DynamicRange(board));
   return K2V_RHAL_OK;
 }
 

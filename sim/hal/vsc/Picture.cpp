@@ -125,7 +125,7 @@ Picture LivePicture(const Board& board, const Window& window) {
     const Picture picture = HdmiPicture(board.hdmi);
     return picture.width > 0 ? picture : Vby1Picture(board.vby1);
   }
-  return {1920, 1080, K2V_COLOR_STANDARD_BT709};
+  return {1920, 1080, K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR};
 }
 
 Picture BufferedPicture(const Board& board, const Window& window) {

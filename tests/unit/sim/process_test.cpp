@@ -161,7 +161,7 @@ TEST_F(Processes, RefuseAWrongScenarioLineAtOnce) {
       {"plug 0 1920x1080", "'1920x1080' is no timing; allowed: WIDTHxHEIGHT, p or i,"},
       {"plug 0 9000x1080p60", "is no timing"},
       {"plug 0 1920x1080p600", "is no timing"},
-      {"plug 0 1920x1080p60 HDR", "'HDR' is no choice; allowed: hdr, sdr"},
+      {"plug 0 1920x1080p60 HDR", "'HDR' is no choice; allowed: TIMING [sdr|hdr|"},
       {"signal 0 maybe", "'maybe' is no choice; allowed: on, off"},
       {"timing 2 1920x1080p60", "'2' is a port without a source"},
       {"fail K2V_RHAL_VSC_Opn -3",

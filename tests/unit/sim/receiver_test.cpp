@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "SimHal.h"
 #include "k2v/vfe_hdmi.h"
@@ -23,26 +26,55 @@ void BringUp() {
   K2V_RHAL_VFE_HDMI_EnableHPD();
 }
 
-TEST(HdmiSource, SendsWhatFitsItsKindAndTiming) {
-  simhal::Apply("lock 0 0");
-  BringUp();
-  K2V_RHAL_VFE_HDMI_Connect(2);
+/// An EDID that lists 3840x2160p60 for 4:2:0 too, in a capability map, and 4096x2160p60 for nothing
+/// else. Bit 0 of the map is another timing's.
+void StoreEdid(uint8_t port) {
+  constexpr uint8_t kExtension[] = {
+      0x02, 0x03, 0x0e, 0x00, 0x42, 0x10, 0x61,
+      0xe2, 0x0f, 0x02, 0xe2, 0x0e, 0x66, 0xe0};  // the last block has no tag
+  uint8_t edid[K2V_HDMI_EDID_BYTES] = {};
+  std::copy(std::begin(kExtension), std::end(kExtension), edid + K2V_HDMI_EDID_BYTES / 2);
+  ASSERT_EQ(K2V_RHAL_VFE_HDMI_WriteEDID(port, edid), kOk);
+}
+
+TEST(HdmiSource, SendsWhatFitsItsKindTimingAndLink) {
+  constexpr uint32_t kRgb = K2V_HDMI_PIXEL_RGB, k422 = K2V_HDMI_PIXEL_YCBCR422,
+                     k444 = K2V_HDMI_PIXEL_YCBCR444, k420 = K2V_HDMI_PIXEL_YCBCR420;
   const struct {
     const char* source;
-    uint32_t vic, hdmiVic, pixel, colorimetry, itContent, depth, tmdsKHz, scrambled;
+    uint32_t vic, hdmiVic, pixel, colorimetry, itContent, aspect, repetition, depth, tmdsKHz,
+        scrambled;
     int hdcp;
     uint32_t vendorInfoFrames;
   } kCases[] = {
-      {"3840x2160p60 hdr", 97, 0, K2V_HDMI_PIXEL_YCBCR420, 3, 0, K2V_HDMI_DEPTH_10, 371250, 1, 2,
-       2},
-      {"1920x1080p60 hdr", 16, 0, K2V_HDMI_PIXEL_YCBCR444, 3, 0, K2V_HDMI_DEPTH_10, 185625, 0, 2,
-       1},
-      {"1920x1080i50", 20, 0, K2V_HDMI_PIXEL_YCBCR444, 2, 0, K2V_HDMI_DEPTH_8, 74250, 0, 1, 1},
-      {"720x576p50", 18, 0, K2V_HDMI_PIXEL_YCBCR444, 1, 0, K2V_HDMI_DEPTH_8, 27000, 0, 1, 1},
-      {"3840x2160p24", 0, 3, K2V_HDMI_PIXEL_YCBCR444, 2, 0, K2V_HDMI_DEPTH_8, 297000, 0, 1, 1},
-      {"3840x2160p120", 118, 0, K2V_HDMI_PIXEL_YCBCR420, 2, 0, K2V_HDMI_DEPTH_8, 594000, 1, 1, 2},
-      {"3840x2160p60 pc", 97, 0, K2V_HDMI_PIXEL_RGB, 0, 1, K2V_HDMI_DEPTH_8, 594000, 1, 0, 2},
+      // Kinds, and ways to send what whole chroma is too much for.
+      {"3840x2160p60 hdr", 97, 0, k420, 3, 0, 2, 0, 1, 371250, 1, 2, 2},
+      {"3840x2160p50 hdr", 96, 0, k422, 3, 0, 2, 0, 1, 594000, 1, 2, 2},  // not in the map
+      {"4096x2160p60 hlg", 102, 0, k420, 3, 0, 0, 0, 1, 371250, 1, 2, 2},
+      {"3840x2160p60 deep", 97, 0, k420, 2, 0, 2, 0, 2, 445500, 1, 1, 2},
+      {"1920x1080p60 hdr", 16, 0, k444, 3, 0, 2, 0, 1, 185625, 0, 2, 1},
+      {"1920x1080p60 deep", 16, 0, k444, 2, 0, 2, 0, 2, 222750, 0, 1, 1},
+      {"3840x2160p60 pc", 97, 0, kRgb, 0, 1, 2, 0, 0, 594000, 1, 0, 2},
+      // Codes and shapes.
+      {"1920x1080i50", 20, 0, k444, 2, 0, 2, 0, 0, 74250, 0, 1, 1},
+      {"720x576p50", 18, 0, k444, 1, 0, 2, 0, 0, 27000, 0, 1, 1},
+      {"720x576i50", 22, 0, k444, 1, 0, 2, 1, 0, 27000, 0, 1, 1},
+      {"720x480i60", 7, 0, k444, 1, 0, 2, 1, 0, 27027, 0, 1, 1},
+      {"1280x720p100", 41, 0, k444, 2, 0, 2, 0, 0, 148500, 0, 1, 1},
+      {"1280x720p120", 47, 0, k444, 2, 0, 2, 0, 0, 148500, 0, 1, 1},
+      {"2560x1080p60", 90, 0, k444, 2, 0, 0, 0, 0, 198000, 0, 1, 1},
+      {"3840x2160p24", 0, 3, k444, 2, 0, 2, 0, 0, 297000, 0, 1, 1},
+      {"4096x2160p24", 0, 4, k444, 2, 0, 0, 0, 0, 297000, 0, 1, 1},
+      {"640x480p60", 1, 0, k444, 1, 0, 1, 0, 0, 25200, 0, 1, 1},
+      {"1920x1200p60 pc", 0, 0, kRgb, 0, 1, 0, 0, 0, 154128, 0, 0, 1},  // 16:10
+      {"1280x1024p60 pc", 0, 0, kRgb, 0, 1, 0, 0, 0, 91065, 0, 0, 1},   // 5:4
+      {"1366x768p60 pc", 0, 0, kRgb, 0, 1, 2, 0, 0, 72332, 0, 0, 1},
+      {"1600x1200p60 pc", 0, 0, kRgb, 0, 1, 1, 0, 0, 130416, 0, 0, 1},
   };
+  simhal::Apply("lock 0 0");
+  BringUp();
+  StoreEdid(2);
+  K2V_RHAL_VFE_HDMI_Connect(2);
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.source);
     simhal::PlugHdmi(2, c.source);
@@ -60,12 +92,108 @@ TEST(HdmiSource, SendsWhatFitsItsKindAndTiming) {
     EXPECT_EQ(all.stAVI.ePixelEncoding, c.pixel);
     EXPECT_EQ(all.stAVI.eColorimetry, c.colorimetry);
     EXPECT_EQ(all.stAVI.bItContent, c.itContent);
+    EXPECT_EQ(all.stAVI.ePictureAspect, c.aspect);
+    EXPECT_EQ(all.stAVI.nPixelRepetition, c.repetition);
     EXPECT_EQ(depth, c.depth);
     EXPECT_EQ(clock.nTmdsClockKHz, c.tmdsKHz);
     EXPECT_EQ(scrambled, c.scrambled);
     EXPECT_EQ(K2V_RHAL_VFE_HDMI_Get_HDCP_Version(2), c.hdcp);
     EXPECT_EQ(vendors.nCount, c.vendorInfoFrames);
   }
+}
+
+TEST(HdmiSource, WhatTheLinkDoesNotCarryIsNotLockedTo) {
+  simhal::Apply("lock 0 0");
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  const struct {
+    const char* source;
+    bool withEdid;
+    bool locks;
+  } kCases[] = {
+      {"3840x2160p60 hdr", false, true},  // half the chroma does it
+      {"3840x2160p60", false, true},      {"3840x2160p120", true, false},
+      {"3840x2160p120 hdr", true, false}, {"4096x2160p60 pc", false, true},
+      {"4096x2160p100 pc", true, false},  {"1920x1080p60 dvi", true, true},
+      {"1920x1080p120 dvi", true, false},  // one link of 165 MHz
+      {"1920x1080p120", true, true},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.source);
+    uint8_t none[K2V_HDMI_EDID_BYTES] = {};
+    K2V_RHAL_VFE_HDMI_WriteEDID(0, none);
+    if (c.withEdid) StoreEdid(0);
+    simhal::PlugHdmi(0, c.source);
+    K2V_HDMI_TIMING_T timing{};
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, &timing), kOk);
+    EXPECT_EQ(timing.active.w != 0, c.locks);
+    EXPECT_EQ(simhal::State().find("more than the link carries") == std::string::npos, c.locks);
+  }
+}
+
+TEST(HdmiSource, TellsTheEyesOf3d) {
+  simhal::Apply("lock 0 0");
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  const struct {
+    const char* source;
+    int height, vTotal;
+    uint32_t full, tmdsKHz, structure, extension;
+    std::vector<uint8_t> data;
+  } kCases[] = {
+      {"1920x1080p24 frame-packing", 2205, 2250, 1, 148500, 0, 0, {0x40, 0x00}},
+      {"1280x720p60 frame-packing", 1470, 1500, 1, 148500, 0, 0, {0x40, 0x00}},
+      {"1920x1080i60 side-by-side", 1080, 1125, 0, 74250, 8, 1, {0x40, 0x80, 0x10}},
+      {"1920x1080p24 top-and-bottom", 1080, 1125, 0, 74250, 6, 0, {0x40, 0x60}},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.source);
+    simhal::PlugHdmi(0, c.source);
+    K2V_HDMI_TIMING_T timing{};
+    K2V_HAL_VFE_HDMI_VSI_INFO_T vsi{};
+    K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T all{};
+    K2V_HAL_VFE_HDMI_CLOCK_STATUS_T clock{};
+    K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, &timing);
+    K2V_RHAL_VFE_HDMI_GetPortVSIInfo(0, &vsi);
+    K2V_RHAL_VFE_HDMI_GetPortMultiVSIInfo(0, &all);
+    K2V_RHAL_VFE_HDMI_GetClockStatus(0, &clock);
+    EXPECT_EQ(timing.active.h, c.height);
+    EXPECT_EQ(timing.vTotal, c.vTotal);
+    EXPECT_EQ(timing.full_3d_timing, c.full);
+    EXPECT_EQ(clock.nTmdsClockKHz, c.tmdsKHz);
+    EXPECT_EQ(vsi.eVideoFormat, uint32_t{K2V_HDMI_VSI_3D});
+    EXPECT_EQ(vsi.e3DStructure, c.structure);
+    EXPECT_EQ(vsi.e3DExtData, c.extension);
+    const auto* data = all.stVSI[0].nData;
+    EXPECT_EQ(std::vector<uint8_t>(data, data + all.stVSI[0].nLength - 3), c.data);
+  }
+  ASSERT_EQ(simhal::Apply("plug 0 1280x720p50 frame-packing"), "");
+  ASSERT_EQ(simhal::Apply("timing 0 1920x1080p24"), "");
+  EXPECT_NE(simhal::State().find("1920x2205p24.00 sdr frame-packing"), std::string::npos);
+  EXPECT_NE(simhal::Apply("timing 0 1920x1080i50").find("cannot be frame-packed"),
+            std::string::npos);
+  EXPECT_NE(simhal::Apply("plug 1 1920x1080p24 dvi side-by-side").find("cannot be told"),
+            std::string::npos);
+}
+
+TEST(HdmiSource, DviHasNoPackets) {
+  static uint8_t bytes[K2V_HDMI_HDCP_ID_BYTES];
+  BringUp();
+  simhal::PlugHdmi(0, "1280x1024p60 dvi");
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  K2V_HDMI_TIMING_T timing{};
+  K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, &timing);
+  EXPECT_EQ(timing.active.w, 1280);
+  EXPECT_EQ(timing.mode, K2V_HDMI_MODE_DVI);
+  K2V_HAL_VFE_HDMI_PACKET_INFO_T all{};
+  all.stSPD.nVersion = 9;
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortPacketInfo(0, &all), kOk);
+  EXPECT_EQ(all.stAVI.nVersion + all.stSPD.nVersion + all.stVSI.nVersion, 0);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &all.stAVI), kFail);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortSPDInfo(0, &all.stSPD), kFail);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortVSIInfo(0, &all.stVSI), kFail);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetAVMute(0, bytes), kFail);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_Get_HDCP_Version(0), K2V_HDMI_HDCP_NONE);
 }
 
 TEST(HdmiSource, OnlyHdrTellsItsMasteringDisplay) {
@@ -79,6 +207,28 @@ TEST(HdmiSource, OnlyHdrTellsItsMasteringDisplay) {
   EXPECT_EQ(drm.stDisplayPrimaries[2].x, 35400);
   EXPECT_EQ(drm.stDisplayPrimaries[2].y, 14600);
   EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetDRMInfo(1, &drm), kFail);
+  simhal::Apply("lock 0 0");
+  simhal::PlugHdmi(1, "3840x2160p50 hlg");
+  ASSERT_EQ(K2V_RHAL_VFE_HDMI_GetDRMInfo(1, &drm), kOk);
+  EXPECT_EQ(drm.eEOTFtype, static_cast<uint32_t>(K2V_HDMI_EOTF_HLG));
+  EXPECT_EQ(drm.nMaxCLL, 0);
+}
+
+TEST(HdmiSource, OnlyHdcp1HasAKeySelectionVector) {
+  simhal::Apply("lock 0 0");
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  for (const auto& [source, ones] : {std::pair{"1920x1080p60", 20},
+                                     {"1920x1080p60 deep", 20},
+                                     {"1920x1080p60 hdr", 0},
+                                     {"1920x1080p60 pc", 0}}) {
+    uint8_t ksv[K2V_HDMI_HDCP_ID_BYTES] = {};
+    simhal::PlugHdmi(0, source);
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetSourceKSVData(0, ksv), kOk);
+    int count = 0;
+    for (const uint8_t byte : ksv) count += std::popcount(byte);
+    EXPECT_EQ(count, ones) << source;
+  }
 }
 
 struct Signal {
@@ -212,8 +362,7 @@ TEST(HdmiStatus, EnforcesOrderAndArguments) {
       {"", [] { return K2V_RHAL_VFE_HDMI_WriteHDCP(0, nullptr); }, kParam},
       {"", [] { return K2V_RHAL_VFE_HDMI_ReadHDCP(4, bytes); }, kParam},
       {"", [] { return K2V_RHAL_VFE_HDMI_getHDCPReceiverId(nullptr); }, kParam},
-      {"plug 0 1920x1080p60 pc", [] { return K2V_RHAL_VFE_HDMI_GetSourceKSVData(0, bytes); },
-       kFail},
+      {"plug 0 1920x1080p60 dvi", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi); }, kFail},
       {"", [] { return K2V_RHAL_VFE_HDMI_Close(), K2V_RHAL_VFE_HDMI_GetAVMute(0, bytes); }, kOrder},
       {"", [] { return K2V_RHAL_VFE_HDMI_Uninitialize(), K2V_RHAL_VFE_HDMI_ReadEDID(0, bytes); },
        kOrder},

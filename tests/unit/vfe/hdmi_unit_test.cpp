@@ -57,10 +57,11 @@ TEST(HdmiUnit, PrintsEveryStepBeforeItsCall) {
        Title(hal + "GetSourceKSVData") + first + "3. " + hal + "WriteEDID & " + hal +
            "WriteHDCP & " + hal + "EnableHPD (port0) \n4. " + hal + "Connect (port0) \n4. " + hal +
            "GetConnectionState (port0) \n5. " + hal +
-           "GetClockStatus (port0) \nnTmdsClockKHz : 371250 kHz\nbClockDetected : 1\n"
+           "GetClockStatus (port0) \nnTmdsClockKHz : 148500 kHz\nbClockDetected : 1\n"
            "bPllLocked : 1\n6. " +
-           hal + "GetSourceKSVData (port0) \nSource KSV = [69, 3c, a5, d2, 96]\n" + passed},
+           hal + "GetSourceKSVData (port0) \nSource KSV = [35, a6, 5c, c9, 9a]\n" + passed},
   };
+  simhal::Apply("plug 0 1920x1080p60");
   for (const auto& c : kCases) {
     const auto run = PlayTest(c.test, "");
     EXPECT_EQ(run.output, c.output);

@@ -266,6 +266,48 @@ TEST(HdmiPolling, PrintsTheInfoFramesThatAreAskedForOncePerPicture) {
   EXPECT_TRUE(Contains(run.output, ask + "Get DRM packet NG\n" + again)) << "the second source";
 }
 
+struct KindOfSource {
+  const char* source;
+  const char* asked;   // the number of the info-frame
+  const char* told;    // what the test prints of it
+  const char* timing;  // lines of the timing record
+};
+
+/// A case a process: the detection keeps its state from run to run.
+class HdmiPollingOf : public testing::TestWithParam<KindOfSource> {};
+
+TEST_P(HdmiPollingOf, TellsTheKindOfTheSource) {
+  const KindOfSource& c = GetParam();
+  ASSERT_EQ(simhal::Apply(std::string("plug 0 ") + c.source), "");
+  const auto run =
+      PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase2, "0\n" + kPlaceIt + c.asked + "\n1\n1\n");
+  EXPECT_EQ(run.result, 0);
+  EXPECT_TRUE(Contains(run.output, c.told)) << run.output;
+  EXPECT_TRUE(Contains(run.output, c.timing)) << run.output;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sources, HdmiPollingOf,
+    testing::Values(KindOfSource{"1920x1080p24 frame-packing", "3", "eVideoFormat:2\n",
+                                 "active.h:2205\nscan_type:1\nfull_3d_timing:1\n"},
+                    KindOfSource{"1920x1080i60 side-by-side", "3",
+                                 "e3DStructure:8\nK2V_RHAL_VFE_HDMI_GetPortVSIInfo->e3DExtData:1\n",
+                                 "active.h:1080\nscan_type:0\nfull_3d_timing:0\n"},
+                    KindOfSource{"1280x720p50 top-and-bottom", "3", "e3DStructure:6\n",
+                                 "active.h:720\n"},
+                    KindOfSource{"3840x2160p60 hlg", "4", "eEOTFtype:3\n", "format:97\n"},
+                    KindOfSource{"720x480i60", "1", "VideoIdCode:7\n", "format:7\n"},
+                    KindOfSource{"1280x1024p60 dvi", "0", "stAVI.eHDMIMode:0\n", "format:0\n"}));
+
+TEST(HdmiQueries, TellTheDepthOfDeepColour) {
+  simhal::Apply("plug 0 1920x1080p60 deep");
+  K2V_RHAL_VFE_HDMI_Initialize();
+  K2V_RHAL_VFE_HDMI_Open();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTest_GetColorDepth, "0\n");
+  EXPECT_TRUE(run.output.ends_with("VfeHdmiMUROTest_GetColorDepth(0) = 12 Bit\n")) << run.output;
+}
+
 TEST(DetectOnce, DetectsAgainAsLongAsTheOperatorWants) {
   simhal::Apply("lock 0 0");
   AtPolls({{2, "plug 3 1280x720p50"}, {4, "unplug 3"}});
