@@ -61,19 +61,31 @@ constexpr int32_t kAtPowerOn[] = {
 #include "vpq/VpqFunctions.def"
 };
 
+}  // namespace
+
+int32_t ValueOf(const Vpq& vpq, VpqValue key) {
+  const auto index = static_cast<unsigned>(key);
+  return vpq.values[index] + kAtPowerOn[index];
+}
+
+void SetValue(Vpq& vpq, VpqValue key, int32_t value) {
+  const auto index = static_cast<unsigned>(key);
+  vpq.values[index] = value - kAtPowerOn[index];
+}
+
+namespace {
+
 template <VpqValue key, int32_t min, int32_t max>
 int KeepValue(Board& board, int32_t value) {
   if (value < min || value > max) return K2V_RHAL_ERR_PARAM;
-  constexpr auto index = static_cast<unsigned>(key);
-  board.vpq.values[index] = value - kAtPowerOn[index];
+  SetValue(board.vpq, key, value);
   return K2V_RHAL_OK;
 }
 
 template <VpqValue key>
 int TellValue(Board& board, int32_t* value) {
   if (value == nullptr) return K2V_RHAL_ERR_PARAM;
-  constexpr auto index = static_cast<unsigned>(key);
-  *value = board.vpq.values[index] + kAtPowerOn[index];
+  *value = ValueOf(board.vpq, key);
   return K2V_RHAL_OK;
 }
 
@@ -132,6 +144,7 @@ int ResetPictureMode(Board& board) {
   using enum VpqValue;
   ResetValues(board, {kVPQ_SetBrightness, kVPQ_SetContrast, kVPQ_SetSaturation, kVPQ_SetHue,
                       kVPQ_SetSharpnessExtend, kVPQ_SetBackLight});
+  board.vpq.records.VPQ_SetSharpness = {};
   return K2V_RHAL_OK;
 }
 
@@ -140,7 +153,6 @@ int ResetColorTemperature(Board& board) {
   ResetValues(board, {kVPQ_SetColorTempRedGain, kVPQ_SetColorTempGreenGain,
                       kVPQ_SetColorTempBlueGain, kVPQ_SetColorTempRedOffset,
                       kVPQ_SetColorTempGreenOffset, kVPQ_SetColorTempBlueOffset});
-  board.vpq.records.VPQ_SetColorTemp = {};
   return K2V_RHAL_OK;
 }
 
@@ -192,6 +204,10 @@ using namespace sim;
 #define VPQ_VALUE(function, atPowerOn, min, max)                              \
   int K2V_RHAL_##function(int32_t value) {                                    \
     return Call(__func__, KeepValue<VpqValue::k##function, min, max>, value); \
+  }
+#define VPQ_VALUE_TOO(function, setter, min, max)                           \
+  int K2V_RHAL_##function(int32_t value) {                                  \
+    return Call(__func__, KeepValue<VpqValue::k##setter, min, max>, value); \
   }
 #define VPQ_VALUE_OF(function, setter)                                 \
   int K2V_RHAL_##function(int32_t* value) {                            \

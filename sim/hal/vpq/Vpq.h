@@ -8,6 +8,10 @@
 
 namespace sim {
 
+/// The number that is kept for a function.
+int32_t ValueOf(const Vpq& vpq, VpqValue key);
+void SetValue(Vpq& vpq, VpqValue key, int32_t value);
+
 /// A number and what it may be.
 struct Ranged {
   int32_t value;

@@ -137,14 +137,7 @@ int GetGammaCount(Board&, int32_t* value) {
 
 int GetFrameDelay(Board& board, int32_t* value) {
   if (value == nullptr) return K2V_RHAL_ERR_PARAM;
-  constexpr auto kLowDelay = static_cast<unsigned>(VpqValue::kVPQ_MEMC_LowDelayMode);
-  *value = board.vpq.values[kLowDelay] == 0 ? 3 : 1;  // frames
-  return K2V_RHAL_OK;
-}
-
-int GetTemperatureGains(Board& board, K2V_VPQ_COLOR_TEMP_EXTEND_T* record) {
-  if (record == nullptr) return K2V_RHAL_ERR_PARAM;
-  *record = board.vpq.records.VPQ_SetColorTempExtend;
+  *value = ValueOf(board.vpq, VpqValue::kVPQ_MEMC_LowDelayMode) == 0 ? 3 : 1;  // frames
   return K2V_RHAL_OK;
 }
 
@@ -176,10 +169,6 @@ int K2V_RHAL_VPQEX_SetMagicColorTempOffset(int32_t nIndex, int32_t nRed, int32_t
 
 int K2V_RHAL_VPQEX_GetMagicColorTempByIndex(K2V_VPQ_MAGIC_COLOR_TEMP_T* record) {
   return Call(__func__, GetFactoryTemperature, Out{record});
-}
-
-int K2V_RHAL_VPQ_GetColorTempGainOffset(K2V_VPQ_COLOR_TEMP_EXTEND_T* record) {
-  return Call(__func__, GetTemperatureGains, Out{record});
 }
 
 int K2V_RHAL_VPQ_SetColorFacOSDMap(int32_t eItem, int32_t nPoint, int32_t nValue) {
@@ -246,10 +235,6 @@ int K2V_RHAL_VPQ_SET_INTERNAL_PARTTEN_1W(int32_t bEnable, int32_t nWhite) {
   return CallWithRanges(__func__, {{bEnable, 0, 1}, {nWhite, 0, kMaxLevel10Bit}}, bEnable, nWhite);
 }
 
-int K2V_RHAL_VPQ_MEMC_SetMotionComp(int32_t nBlur, int32_t nJudder) {
-  return CallWithRanges(__func__, {{nBlur, 0, 10}, {nJudder, 0, 10}}, nBlur, nJudder);
-}
-
 int K2V_RHAL_VPQ_MEMC_SetVideoBlock(int32_t x, int32_t y, int32_t w, int32_t h) {
   return CallWithRanges(
       __func__, {{x, 0, kPanel.w - 1}, {y, 0, kPanel.h - 1}, {w, 0, kPanel.w}, {h, 0, kPanel.h}}, x,
@@ -277,10 +262,6 @@ int K2V_RHAL_VPQ_LED_Initialize(int32_t ePanel, int32_t eBar) {
 
 int K2V_RHAL_VPQ_LED_LDCtrlDemoMode(int32_t eMode, int32_t bCtrl) {
   return CallWithRanges(__func__, {{eMode, 0, 3}, {bCtrl, 0, 1}}, eMode, bCtrl);
-}
-
-int K2V_RHAL_VPQ_SetFilmMode(int32_t eMode, int32_t bRealCinema) {
-  return CallWithRanges(__func__, {{eMode, 0, 2}, {bRealCinema, 0, 1}}, eMode, bRealCinema);
 }
 
 int K2V_RHAL_VPQ_SetColorGain(int32_t nRed, int32_t nGreen, int32_t nBlue) {

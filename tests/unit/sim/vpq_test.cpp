@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <vector>
 
 #include "HalSteps.h"
 #include "SimHal.h"
@@ -61,6 +62,73 @@ TEST(Vpq, KeepsSettingsThatHaveTwoWays) {
   EXPECT_EQ(layered.nValue, 9u);
 }
 
+int32_t Told(int (*get)(int32_t*)) {
+  int32_t value = -1;
+  EXPECT_EQ(get(&value), kOk);
+  return value;
+}
+
+TEST(Vpq, CallsThatMeanTheSameMeet) {
+  K2V_VPQ_PICTURE_CTRL_T picture = {1, 2, 3, 4};  // contrast, brightness, saturation, hue
+  EXPECT_EQ(K2V_RHAL_VPQ_SetPictureCtrl(&picture), kOk);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetContrast), 1);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetBrightness), 2);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetSaturation), 3);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetHue), 4);
+  picture.nTint = 101;
+  EXPECT_EQ(K2V_RHAL_VPQ_SetPictureCtrl(&picture), kParam);
+  K2V_RHAL_VPQ_SetPanelBL(7);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetBackLight), 7);
+  K2V_RHAL_VPQ_ResetCurPicModeData();
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetHue), 50);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetBackLight), 80);
+
+  K2V_VPQ_MPEG_NOISE_REDUCTION_T noise = {3, 4};
+  K2V_RHAL_VPQ_SetMpegNoiseReduction(&noise);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetDeBlocking), 3);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_GetDeRinging), 4);
+  K2V_RHAL_VPQ_SetFilmMode(2, 0);
+  EXPECT_EQ(Told(K2V_RHAL_VPQEX_GetFilmMode), 1);
+  K2V_RHAL_VPQ_SetLowDelayMode(1);
+  EXPECT_EQ(Told(K2V_RHAL_VPQ_MEMC_GetFrameDelay), 1);
+}
+
+TEST(Vpq, ColourTemperatureIsOneHoweverItIsSet) {
+  const auto chip = [] {
+    K2V_VPQ_COLOR_TEMP_EXTEND_T record{};
+    EXPECT_EQ(K2V_RHAL_VPQ_GetColorTempGainOffset(&record), kOk);
+    return std::vector<uint32_t>{record.nRedGain,   record.nGreenGain,   record.nBlueGain,
+                                 record.nRedOffset, record.nGreenOffset, record.nBlueOffset};
+  };
+  const auto user = [] {
+    K2V_VPQ_COLOR_TEMP_T record{};
+    EXPECT_EQ(K2V_RHAL_VPQ_GetColorTemp(&record), kOk);
+    return std::vector<int>{record.nRedGain,   record.nGreenGain,   record.nBlueGain,
+                            record.nRedOffset, record.nGreenOffset, record.nBlueOffset};
+  };
+  using Chip = std::vector<uint32_t>;
+  using User = std::vector<int>;
+  EXPECT_EQ(chip(), Chip(6, 512)) << "neutral at power-on";
+  K2V_VPQ_COLOR_TEMP_T steps = {-50, 1, 2, 3, 4, 50};
+  EXPECT_EQ(K2V_RHAL_VPQ_SetColorTemp(&steps), kOk);
+  EXPECT_EQ(chip(), (Chip{12, 522, 532, 542, 552, 1012}));
+  K2V_VPQ_COLOR_TEMP_EXTEND_T extended = {0, 1023, 515, 518, 512, 502};
+  EXPECT_EQ(K2V_RHAL_VPQ_SetColorTempExtend(&extended), kOk);
+  EXPECT_EQ(user(), (User{-50, 50, 0, 1, 0, -1}));
+  K2V_RHAL_VPQ_SetColorTempBlueOffset(612);
+  EXPECT_EQ(chip(), (Chip{0, 1023, 515, 518, 512, 612}));
+  EXPECT_EQ(user().back(), 10);
+  K2V_VPQ_COLOR_TEMPERATURE_T level = {1, 100, 200, 300};
+  EXPECT_EQ(K2V_RHAL_VPQ_SetColorTemperature(&level), kOk);
+  EXPECT_EQ(chip()[0], 0u) << "not the chosen level";
+  level.eLevel = 2;
+  EXPECT_EQ(K2V_RHAL_VPQ_SetColorTemperature(&level), kOk);
+  EXPECT_EQ(chip(), (Chip{100, 200, 300, 518, 512, 612}));
+  K2V_RHAL_VPQ_ResetCurColorTempData();
+  EXPECT_EQ(chip(), Chip(6, 512));
+  EXPECT_EQ(user(), User(6, 0));
+}
+
 TEST(Vpq, StartAndEndHaveAnOrder) {
   EXPECT_EQ(K2V_RHAL_VPQ_Open(), kOrder);
   EXPECT_EQ(K2V_RHAL_VPQ_Initialize(), kOk);
@@ -90,6 +158,10 @@ TEST(Vpq, MeasuresThePictureOfTheMainWindow) {
   EXPECT_EQ(value, 200);
   K2V_RHAL_VPQ_GetHdrType(&value);
   EXPECT_EQ(value, 1);
+  simhal::Apply("lock 0 0");
+  simhal::PlugHdmi(0, "3840x2160p60 hlg");
+  K2V_RHAL_VPQ_GetHdrType(&value);
+  EXPECT_EQ(value, 2);
   simhal::Apply("unplug 0");  // port 1 has a smaller picture, and no HDR
   K2V_RHAL_VPQ_GetHdrType(&value);
   EXPECT_EQ(value, 0);
