@@ -259,6 +259,10 @@ BoardLock::~BoardLock() {
   pthread_mutex_unlock(&shared->mutex);
 }
 
+std::string StatePath() {
+  return statePath;
+}
+
 std::string StateDirectory() {
   if (statePath.empty()) return "";
   // A link on the way, such as a board's run/, is not where the file is.

@@ -32,6 +32,9 @@ class BoardLock {
   Board& board_;
 };
 
+/// The state file; empty where the board has none.
+std::string StatePath();
+
 /// Directory of the state file; empty where the board has none.
 std::string StateDirectory();
 

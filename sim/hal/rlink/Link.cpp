@@ -65,9 +65,20 @@ namespace {
 constexpr auto kAnswerTimeout = std::chrono::milliseconds(500);
 constexpr auto kAsyncDelay = std::chrono::milliseconds(100);  // until the slave gets to it
 
+/// A buffer of this link. Its end is that of the ring for all processes, but for a copy that a
+/// forked child has.
 struct SharedBuffer {
   RLNK_BUFFER record;
-  Ring ring;
+  std::shared_ptr<Ring> ring;
+  pid_t owner = getpid();
+
+  SharedBuffer(const RLNK_BUFFER& buffer, std::shared_ptr<Ring> shared)
+      : record(buffer), ring(std::move(shared)) {}
+  ~SharedBuffer() {
+    if (owner == getpid()) ring->Release();
+  }
+  SharedBuffer(const SharedBuffer&) = delete;
+  SharedBuffer& operator=(const SharedBuffer&) = delete;
 };
 
 /// Serves one call as `Call` does, but without holding the board: the slave needs it meanwhile.
@@ -115,7 +126,6 @@ class SimLink : public RLink {
   void WaitForSlave();
   int Serve(const RLNK_HOST_SESSION& session, RLNK_CMD_PARAMS& params);
   void CallHandler(RLNK_HOST_SESSION session, RLNK_CMD_PARAMS params);
-  Ring* FindRing(uint32_t handle);
   Buffers::iterator Find(const RLNK_HOST_SESSION* session, const RLNK_BUFFER* buffer);
   RLNK_BUFFER* AddBuffer(const RLNK_HOST_SESSION* session, uint32_t size, RLNK_BUFFER_DIR dir);
   template <typename Work, typename... Arguments>
@@ -231,9 +241,7 @@ int SimLink::Serve(const RLNK_HOST_SESSION& session, RLNK_CMD_PARAMS& params) {
   const auto invoke = [this, session](const RLNK_CMD_PARAMS& command) {
     host_.Post([this, session, command] { CallHandler(session, command); });
   };
-  const std::lock_guard lock(mutex_);
-  return ServeCommand({[this](uint32_t handle) { return FindRing(handle); }, invoke, faults.wrong},
-                      params);
+  return ServeCommand({Ring::Find, invoke, faults.wrong}, params);
 }
 
 // Runs on the thread that calls handlers.
@@ -245,12 +253,6 @@ void SimLink::CallHandler(RLNK_HOST_SESSION session, RLNK_CMD_PARAMS params) {
     if (found != handlers_.end()) handler = found->second;
   }
   if (handler != nullptr) handler(&session, &params);
-}
-
-Ring* SimLink::FindRing(uint32_t handle) {
-  const auto found = std::ranges::find_if(
-      buffers_, [=](const auto& buffer) { return buffer->record.handle == handle; });
-  return found == buffers_.end() ? nullptr : &(*found)->ring;
 }
 
 // The record of a released buffer is gone: it is looked for by its address alone.
@@ -269,9 +271,11 @@ RLNK_BUFFER* SimLink::AddBuffer(const RLNK_HOST_SESSION* session, uint32_t size,
     return nullptr;
   }
   const uint32_t handle = ++BoardLock()->link.lastBuffer;
+  std::shared_ptr<Ring> ring = Ring::Create(handle, size);
+  if (ring == nullptr) return nullptr;
   const std::lock_guard lock(mutex_);
   const RLNK_BUFFER record = {handle, size, dir, session->session_id};
-  return &buffers_.emplace_back(new SharedBuffer{record, Ring(size)})->record;
+  return &buffers_.emplace_back(std::make_unique<SharedBuffer>(record, std::move(ring)))->record;
 }
 
 RLNK_BUFFER* SimLink::AllocateBuffer(RLNK_HOST_SESSION* session, uint32_t size,
@@ -291,7 +295,7 @@ int SimLink::OnRing(const char* function, const RLNK_HOST_SESSION* session,
     const auto found = Find(session, buffer);
     if (found == buffers_.end()) return K2V_RHAL_ERR_PARAM;
     handle = (*found)->record.handle;
-    return work((*found)->ring, full);
+    return work(*(*found)->ring, full);
   };
   return ServeCall(function, serve, session, handle, arguments...);
 }
@@ -336,8 +340,7 @@ int SimLink::GetBufferDataRange(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer,
                                 RLNK_BUFFER_RANGE* range) {
   const auto show = [&](Ring& ring, bool) -> int {
     if (range == nullptr) return K2V_RHAL_ERR_PARAM;
-    const auto first = ring.FirstPiece();
-    const auto second = ring.SecondPiece();
+    const auto [first, second] = ring.Waiting();
     *range = {first.data(), static_cast<uint32_t>(first.size()), second.data(),
               static_cast<uint32_t>(second.size())};
     return K2V_RHAL_OK;
@@ -354,7 +357,7 @@ int SimLink::UpdateReadPointer(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer, 
 
 int SimLink::FlushBuffer(RLNK_HOST_SESSION* session, RLNK_BUFFER* buffer) {
   const auto flush = [](Ring& ring, bool) -> int {
-    ring.Drop(ring.Used());
+    ring.DropAll();
     return K2V_RHAL_OK;
   };
   return OnRing(__func__, session, buffer, flush);

@@ -1,19 +1,33 @@
-// The bytes of a shared ring buffer.
+// The bytes of a ring buffer, in memory that all processes of the board share.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <vector>
+#include <utility>
 
 namespace sim {
 
+/// Every member holds the board while it works, so that what it does is whole for all processes.
 class Ring {
  public:
-  explicit Ring(size_t size) : bytes_(size) {}
+  /// Makes the ring of a new buffer; null when there is no memory for it. Processes that share the
+  /// board's state file find it by its handle, on any board those that are forked later.
+  static std::shared_ptr<Ring> Create(uint32_t handle, size_t size);
 
-  size_t Free() const { return bytes_.size() - used_; }
-  size_t Used() const { return used_; }
+  /// The ring of a buffer that any process has made; null when there is none or it was released.
+  static std::shared_ptr<Ring> Find(uint32_t handle);
+
+  /// Lets nobody find the ring any more.
+  void Release();
+
+  ~Ring();
+  Ring(const Ring&) = delete;
+  Ring& operator=(const Ring&) = delete;
+
+  size_t Free() const;
+  size_t Used() const;
 
   /// Puts all the data in, or nothing when they find no room.
   bool Put(std::span<const uint8_t> data);
@@ -21,15 +35,22 @@ class Ring {
   bool Take(std::span<uint8_t> data);
   /// Drops the oldest bytes, or nothing when fewer wait.
   bool Drop(size_t count);
+  void DropAll();
 
   /// The waiting bytes up to the end of the memory, and those from its beginning on.
-  std::span<uint8_t> FirstPiece();
-  std::span<uint8_t> SecondPiece();
+  using Pieces = std::pair<std::span<uint8_t>, std::span<uint8_t>>;
+  Pieces Waiting();
 
  private:
-  std::vector<uint8_t> bytes_;
-  size_t start_ = 0;
-  size_t used_ = 0;
+  struct Memory;
+
+  Ring(uint32_t handle, Memory* memory) : handle_(handle), memory_(memory) {}
+  static std::shared_ptr<Ring> Enter(uint32_t handle, Memory* memory);
+  Pieces WaitingNow();
+  void DropNow(size_t count);
+
+  const uint32_t handle_;
+  Memory* const memory_;
 };
 
 }  // namespace sim

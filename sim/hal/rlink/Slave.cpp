@@ -148,10 +148,10 @@ uint32_t Checksum(const std::vector<uint8_t>& bytes) {
 // Takes the data out of the buffer and tells their checksum.
 int TakeData(const SlaveView& view, Params& params) {
   const auto& [handle, size] = params.param[0];
-  Ring* const ring = view.ring(handle);
+  const auto ring = view.ring(handle);
   if (ring == nullptr || size > ring->Used()) return K2V_RHAL_ERR_PARAM;
   std::vector<uint8_t> bytes(size);
-  ring->Take(bytes);
+  if (!ring->Take(bytes)) return K2V_RHAL_ERR_PARAM;
   params.param[2] = {Checksum(bytes), size};
   return K2V_RHAL_OK;
 }
@@ -159,11 +159,11 @@ int TakeData(const SlaveView& view, Params& params) {
 // Puts data into the buffer, byte by byte one more than the one before, and tells their checksum.
 int PutData(const SlaveView& view, Params& params) {
   const auto& [handle, size] = params.param[0];
-  Ring* const ring = view.ring(handle);
+  const auto ring = view.ring(handle);
   if (ring == nullptr || size > ring->Free()) return K2V_RHAL_ERR_PARAM;
   std::vector<uint8_t> bytes(size);
   std::iota(bytes.begin(), bytes.end(), static_cast<uint8_t>(params.param[1].a));
-  ring->Put(bytes);
+  if (!ring->Put(bytes)) return K2V_RHAL_ERR_PARAM;
   params.param[2] = {Checksum(bytes), size};
   return K2V_RHAL_OK;
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 #include "rlink.h"
 #include "rlink/Ring.h"
@@ -11,9 +12,9 @@ namespace sim {
 
 /// What the slave reaches while it serves a command.
 struct SlaveView {
-  std::function<Ring*(uint32_t handle)> ring;          // null where there is no such buffer
-  std::function<void(const RLNK_CMD_PARAMS&)> invoke;  // a command on the host
-  bool wrong;                                          // all its data are wrong in one bit
+  std::function<std::shared_ptr<Ring>(uint32_t handle)> ring;  // null: no such buffer
+  std::function<void(const RLNK_CMD_PARAMS&)> invoke;          // a command on the host
+  bool wrong;                                                  // all its data are wrong in one bit
 };
 
 /// Serves a command and fills the parameters that go out. Returns 0; K2V_RHAL_ERR_NOT_SUPPORTED for

@@ -1,6 +1,9 @@
 // The simulated link library: ring buffers, order of calls, sessions of several objects.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <functional>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -79,6 +82,61 @@ TEST_F(LinkLibrary, AFullRingTakesNothingAndFlushingMakesRoom) {
   EXPECT_EQ(link_->QueryBufferFreeSize(&session_, buffer), 100);
   uint8_t byte = 0;
   EXPECT_EQ(link_->GetBuffer(&session_, buffer, &byte, 1), kParam);
+}
+
+pid_t StartChild(const std::function<bool()>& work) {
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);  // a child that waits for ever ends, and with it the test
+    _exit(work() ? 0 : 1);
+  }
+  return child;
+}
+
+bool Succeeded(pid_t child) {
+  int status = 1;
+  return waitpid(child, &status, 0) == child && status == 0;
+}
+
+TEST_F(LinkLibrary, ProcessesExchangeDataThroughARing) {
+  RLNK_BUFFER* const toHost = Allocate(1000, RLNK_BUFFER_RECEIVE);
+  RLNK_BUFFER* const toSlave = Allocate(1000, RLNK_BUFFER_SEND);
+  ASSERT_EQ(Put(toSlave, 300), 0);
+  // A child sees what its parent put in, and the other way round.
+  EXPECT_TRUE(Succeeded(StartChild([&] {
+    std::vector<uint8_t> bytes(300);
+    return link_->GetBuffer(&session_, toSlave, bytes.data(), 300) == 0 && bytes[299] == 7 &&
+           Put(toHost, 500) == 0;
+  })));
+  EXPECT_EQ(link_->QueryBufferDataSize(&session_, toSlave), 0);
+  EXPECT_EQ(link_->QueryBufferDataSize(&session_, toHost), 500);
+  // A link of the child's own reaches the buffers by their handles, as the slave knows them.
+  EXPECT_TRUE(Succeeded(StartChild([&] {
+    const std::unique_ptr<RLink> own(RLink::Create());
+    RLNK_HOST_SESSION session{};
+    RLNK_CMD_PARAMS put{0x1006, 0x211, {{toHost->handle, 400}, {1, 0}, {}, {}}};
+    return own->OpenSession(kClass, &session) == 0 && own->Send(&session, &put) == 0;
+  })));
+  EXPECT_EQ(link_->FlushBuffer(&session_, toSlave), 0);
+  EXPECT_EQ(link_->UpdateReadPointer(&session_, toHost, 500), 0);
+  std::vector<uint8_t> expected(400), seen(400);
+  std::iota(expected.begin(), expected.end(), uint8_t{1});
+  EXPECT_EQ(link_->GetBuffer(&session_, toHost, seen.data(), 400), 0);
+  EXPECT_EQ(seen, expected);
+  // Nothing is torn where two put at the same time.
+  const auto putOften = [&] {
+    for (int i = 0; i < 200; ++i) {
+      const std::vector<uint8_t> pair = {static_cast<uint8_t>(i), static_cast<uint8_t>(i)};
+      if (link_->SendBuffer(&session_, toSlave, pair.data(), 2, 0) != 0) return false;
+    }
+    return true;
+  };
+  const pid_t other = StartChild(putOften);
+  EXPECT_TRUE(putOften());
+  EXPECT_TRUE(Succeeded(other));
+  std::vector<uint8_t> pairs(800);
+  EXPECT_EQ(link_->GetBuffer(&session_, toSlave, pairs.data(), 800), 0);
+  for (std::size_t i = 0; i < pairs.size(); i += 2) EXPECT_EQ(pairs[i], pairs[i + 1]);
 }
 
 TEST_F(LinkLibrary, RefusesWhatCannotBe) {

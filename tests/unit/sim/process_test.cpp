@@ -209,6 +209,19 @@ TEST_F(Processes, RefuseFilesThatAreNoBoardsOrUnusable) {
   EXPECT_EQ(Client("").output, "simulated board: /nowhere/trace: No such file or directory\n");
 }
 
+TEST_F(Processes, ShareTheRingsOfTheLink) {
+  const std::string printed = board_ + "/printed";
+  const auto text = [&] {
+    std::ifstream file(printed);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  };
+  FILE* running = popen((SIM_CLIENT " ring wait ring-used >" + printed).c_str(), "w");
+  while (!text().ends_with('\n')) std::this_thread::yield();
+  EXPECT_EQ(Client("fill 1 fill 2").output, "0\n-2\n") << "there is one ring";
+  EXPECT_EQ(pclose(running), 0);
+  EXPECT_EQ(text(), "1\n30\n");
+}
+
 TEST_F(Processes, CvnsimChangesARunningBoard) {
   FILE* running = popen(SIM_CLIENT " wait", "w");
   const fs::path state = board_ + "/run/state";
