@@ -59,7 +59,8 @@ enum {
   K2V_HDCP2_REASON_SESSION_KEY = 8,    // the receiver cannot decrypt the picture
   K2V_HDCP2_REASON_V_PRIME = 9,        // V' of a repeater is wrong
   K2V_HDCP2_REASON_M_PRIME = 10,       // M' of a repeater is wrong
-  K2V_HDCP2_REASON_NO_ANSWER = 11,     // the receiver stayed silent
+  K2V_HDCP2_REASON_NO_ANSWER = 11,     // the receiver stayed silent, or beyond a time limit
+  K2V_HDCP2_REASON_TOPOLOGY = 12,      // too many devices or levels behind a repeater
 };
 
 typedef struct {

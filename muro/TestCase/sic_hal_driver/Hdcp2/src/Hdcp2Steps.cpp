@@ -24,6 +24,7 @@ constexpr const char* kReasons[] = {
     "V' is wrong",
     "M' is wrong",
     "no answer",
+    "too many devices or levels",
 };
 
 template <std::size_t count>
