@@ -39,4 +39,16 @@ auto Call(const char* function, Simulate simulate, Arguments... arguments) {
   return result;
 }
 
+/// As Call, for what takes long: `work(arguments…)` holds the board itself where it needs it.
+template <typename Work, typename... Arguments>
+auto CallAtLength(const char* function, Work work, Arguments... arguments) {
+  MisbehaveIfProgrammed(function);
+  const auto programmed = TakeFailure(*BoardLock(), function);
+  using Result = std::invoke_result_t<Work, Arguments...>;
+  const Result result = programmed ? ProgrammedResult<Result>(*programmed) : work(arguments...);
+  const BoardLock board;
+  Note(FormatCall(function, result, arguments...));
+  return result;
+}
+
 }  // namespace sim

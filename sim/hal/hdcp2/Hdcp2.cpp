@@ -1,12 +1,20 @@
 // HDCP 2 functions of the HAL, and the commands that make authentications fail.
 #include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <ctime>
 #include <iterator>
+#include <optional>
 #include <ostream>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "core/Areas.h"
 #include "core/Call.h"
+#include "core/Events.h"
 #include "hdcp2/Crypto.h"
+#include "hdcp2/Keys.h"
 #include "hdcp2/Protocol.h"
 #include "vfe/Hdmi.h"
 #include "vfe/HdmiSource.h"
@@ -104,8 +112,9 @@ int GetKeyInfo(Board& board, K2V_HDCP2_KEY_INFO_T* info) {
 }
 
 bool HasBadCertificate(const Hdcp2& receiver) {
-  return std::ranges::any_of(
-      receiver.ports, [](const Hdcp2Port& port) { return port.fault == Hdcp2Fault::kCertificate; });
+  return std::ranges::any_of(receiver.ports, [](const Hdcp2Port& port) {
+    return port.order.fault == Hdcp2Fault::kCertificate;
+  });
 }
 
 int VerifyKeys(Board& board) {
@@ -135,12 +144,78 @@ hdcp2::Source SourceAt(const HdmiPort& port) {
   return {speaksHdcp2, 1};
 }
 
-int Authenticate(Board& board, uint8_t port, uint32_t state) {
+int CheckAuthentication(const Board& board, uint8_t port, uint32_t state) {
   const bool areRight =
       port < kPortCount && state >= K2V_HDCP2_STATE_AKE && state <= K2V_HDCP2_STATE_STREAM;
-  if (const int error = CheckInitialized(board, areRight)) return error;
-  return hdcp2::Authenticate(board.hdcp2, board.hdcp2.ports[port], SourceAt(board.hdmi.ports[port]),
-                             state);
+  return CheckInitialized(board, areRight);
+}
+
+/// Sleeps in the board's time for as long as the source speaks. The board is free meanwhile. Waits
+/// for times, not for lengths of time, which the board's clock for tests scales.
+class LinkTime {
+ public:
+  LinkTime(const Board& board, uint8_t port)
+      : port_(port), beginNs_(MonotonicNs()), scale_(board.clock.timeScale) {}
+
+  bool PassUntil(uint64_t us) {
+    constexpr uint64_t kGlanceUs = 50'000;
+    while (passedUs_ < us && IsUp()) {
+      passedUs_ = std::min(us, passedUs_ + kGlanceUs);
+      SleepUntil(passedUs_);
+    }
+    return IsUp();
+  }
+
+ private:
+  bool IsUp() const { return SourceAt(BoardLock()->hdmi.ports[port_]).speaksHdcp2; }
+
+  void SleepUntil(uint64_t us) const {
+    const int64_t ns = beginNs_ + std::llround(static_cast<double>(us) * 1e3 / scale_);
+    const timespec until = {ns / 1'000'000'000, ns % 1'000'000'000};
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
+    }
+  }
+
+  const uint8_t port_;
+  const int64_t beginNs_;
+  const double scale_;
+  uint64_t passedUs_ = 0;
+};
+
+void NoteMessage(uint8_t port, hdcp2::View message) {
+  const BoardLock board;
+  Note("# hdcp2 port " + std::to_string(port) + ": " + std::string(hdcp2::NameOf(message)) + ", " +
+       std::to_string(message.size()) + " bytes");
+}
+
+/// Keeps the outcome of an authentication. Orders that came meanwhile stay.
+void Adopt(Hdcp2Port& port, const Hdcp2Port& worked, const Hdcp2Port& before) {
+  const bool isSameOrder =
+      port.order.fault == before.order.fault && port.order.timesLeft == before.order.timesLeft;
+  const Hdcp2Order order = isSameOrder ? worked.order : port.order;
+  const Hdcp2Downstream downstream = port.downstream;
+  port = worked;
+  port.order = order;
+  port.downstream = downstream;
+}
+
+// Works on copies and holds the board for its beginning and its end only: an authentication takes
+// as long as on a television.
+int Authenticate(uint8_t port, uint32_t state) {
+  std::optional<BoardLock> board(std::in_place);
+  if (const int error = CheckAuthentication(**board, port, state)) return error;
+  (*board)->hdcp2.ports[port].status = {};
+  const Hdcp2 receiver = (*board)->hdcp2;
+  Hdcp2Port worked = receiver.ports[port];
+  const hdcp2::Source source = SourceAt((*board)->hdmi.ports[port]);
+  LinkTime time(**board, port);
+  board.reset();
+  hdcp2::Channel channel([&](uint64_t us) { return time.PassUntil(us); },
+                         [=](hdcp2::View message) { NoteMessage(port, message); });
+  const int result = hdcp2::Authenticate(receiver, worked, source, state, channel);
+  board.emplace();
+  if ((*board)->hdcp2.initialized) Adopt((*board)->hdcp2.ports[port], worked, receiver.ports[port]);
+  return result;
 }
 
 int GetStatus(Board& board, uint8_t port, K2V_HDCP2_STATUS_T* status) {
@@ -236,22 +311,52 @@ int CheckSignature(const uint8_t* modulus, uint32_t modulusSize, const uint8_t* 
 }
 
 // By Hdcp2Fault.
-constexpr std::string_view kFaults[] = {"ok", "wrong-h", "wrong-l", "late-l", "bad-cert", "silent"};
+constexpr std::string_view kFaults[] = {"ok",           "no-keys", "revoked",   "bad-cert",
+                                        "wrong-h",      "wrong-l", "wrong-ks",  "wrong-v",
+                                        "wrong-m",      "silent",  "late-cert", "late-h",
+                                        "late-pairing", "late-l",  "late-list", "late-m"};
 
-Action ParseFault(const Words& words) {
-  const auto port = static_cast<std::size_t>(
-      ParseNumber(words[0], "port", 0, static_cast<int64_t>(kPortCount) - 1));
+std::string FaultNames() {
+  std::string names;
+  for (const std::string_view name : kFaults) names.append(names.empty() ? "" : ", ").append(name);
+  return names;
+}
+
+std::size_t ParsePort(const std::string& word) {
+  return static_cast<std::size_t>(
+      ParseNumber(word, "port", 0, static_cast<int64_t>(kPortCount) - 1));
+}
+
+Action ParseDownstream(const Words& words) {
+  if (words.size() < 4) Refuse(Join(words), "lacks a number", "PORT downstream DEVICES DEPTH");
+  const Hdcp2Downstream downstream = {
+      static_cast<unsigned>(ParseNumber(words[2], "number of devices", 0, 127)),
+      static_cast<unsigned>(ParseNumber(words[3], "number of levels", 0, 7))};
+  return [downstream, port = ParsePort(words[0])](Board& board) {
+    board.hdcp2.ports[port].downstream = downstream;
+  };
+}
+
+Action ParseHdcp2(const Words& words) {
+  if (words[1] == "downstream") return ParseDownstream(words);
   const auto* const found = std::ranges::find(kFaults, words[1]);
-  if (found == std::end(kFaults)) {
-    Refuse(words[1], "is no fault", "ok, wrong-h, wrong-l, late-l, bad-cert, silent");
-  }
-  const auto fault = static_cast<Hdcp2Fault>(found - std::begin(kFaults));
-  return [=](Board& board) { board.hdcp2.ports[port].fault = fault; };
+  if (found == std::end(kFaults)) Refuse(words[1], "is no fault", FaultNames() + ", downstream");
+  const int64_t times =
+      words.size() > 2 ? ParseNumber(words[2], "number of times", 1, INT32_MAX) : 0;
+  const Hdcp2Order order = {static_cast<Hdcp2Fault>(found - std::begin(kFaults)),
+                            static_cast<uint32_t>(times)};
+  return
+      [order, port = ParsePort(words[0])](Board& board) { board.hdcp2.ports[port].order = order; };
 }
 
 constexpr Command kCommands[] = {
-    {"hdcp2", "PORT ok|wrong-h|wrong-l|late-l|bad-cert|silent",
-     "how HDCP 2 authentications on the port go", 2, 2, ParseFault},
+    {"hdcp2", "PORT FAULT [TIMES] | PORT downstream DEVICES DEPTH",
+     "how HDCP 2 authentications on the port go: ok, no-keys, revoked, bad-cert, wrong-h, "
+     "wrong-l,\n"
+     "      wrong-ks, wrong-v, wrong-m, silent, late-cert, late-h, late-pairing, late-l, "
+     "late-list,\n"
+     "      late-m; or what is behind the board where it is a repeater",
+     2, 4, ParseHdcp2},
 };
 
 void Describe(const Board& board, std::ostream& out) {
@@ -262,10 +367,13 @@ void Describe(const Board& board, std::ostream& out) {
       << (receiver.loaded ? "loaded" : "not loaded") << '\n';
   for (std::size_t i = 0; i < kPortCount; ++i) {
     const Hdcp2Port& port = receiver.ports[i];
-    if (port.status.eState == K2V_HDCP2_STATE_IDLE && port.fault == Hdcp2Fault::kNone) continue;
+    if (port.status.eState == K2V_HDCP2_STATE_IDLE && port.order.fault == Hdcp2Fault::kNone)
+      continue;
     out << "  port " << i << ": " << kStates[port.status.eState];
     if (port.status.eReason != 0) out << ", reason " << port.status.eReason;
-    if (port.fault != Hdcp2Fault::kNone) out << ", " << kFaults[static_cast<unsigned>(port.fault)];
+    if (port.order.fault != Hdcp2Fault::kNone) {
+      out << ", " << kFaults[static_cast<unsigned>(port.order.fault)];
+    }
     out << '\n';
   }
 }
@@ -313,7 +421,7 @@ int K2V_RHAL_HDCP2_SetRepeater(uint32_t on) {
 }
 
 int K2V_RHAL_HDCP2_Authenticate(uint8_t port, uint32_t state) {
-  return Call(__func__, Authenticate, port, state);
+  return CallAtLength(__func__, Authenticate, port, state);
 }
 
 int K2V_RHAL_HDCP2_GetStatus(uint8_t port, K2V_HDCP2_STATUS_T* status) {

@@ -19,20 +19,46 @@ struct Hdcp2KeySet {
   K2V_HDCP2_RSA_KEY_T receiver;
   uint8_t authorityModulus[K2V_HDCP2_SIGNATURE_BYTES];
   uint8_t authorityExponent[K2V_HDCP2_EXPONENT_BYTES];
+  uint8_t lc128[K2V_HDCP2_AES_BYTES];  // the constant that all devices of the authority know
 };
 
 /// What goes wrong in authentications on a port.
 enum class Hdcp2Fault : uint8_t {
   kNone,
-  kHPrime,       // H' is wrong
-  kLPrime,       // L' is wrong
-  kLate,         // L' comes late
+  kNoKeys,       // the receiver has lost its keys
+  kRevoked,      // the source has the receiver in its revocation list
   kCertificate,  // a byte of the certificate is changed
-  kSilent,       // no answer to AKE_Init
+  kHPrime,       // H' is wrong, and so on
+  kLPrime,
+  kSessionKey,
+  kVPrime,
+  kMPrime,
+  kSilent,           // no answer to AKE_Init
+  kLateCertificate,  // this message comes after its limit, and so on
+  kLateHPrime,
+  kLatePairing,
+  kLateLPrime,
+  kLateList,
+  kLateMPrime,
 };
 
-struct Hdcp2Port {
+/// A fault, and how often it is still to happen; 0: for ever.
+struct Hdcp2Order {
   Hdcp2Fault fault;
+  uint32_t timesLeft;
+};
+
+/// What is behind the receiver where it is a repeater.
+struct Hdcp2Downstream {
+  unsigned devices;
+  unsigned depth;  // levels
+};
+constexpr unsigned kHdcp2MostDevices = 31;
+constexpr unsigned kHdcp2MostLevels = 4;
+
+struct Hdcp2Port {
+  Hdcp2Order order;
+  Hdcp2Downstream downstream;
   K2V_HDCP2_STATUS_T status;
   // What the source has stored of the receiver, when it is paired: the master key, and that key
   // under the receiver's pairing key with the counter for it.
