@@ -262,8 +262,8 @@ void SettleLocks(Board& board, int64_t nowMs) {
 }
 
 constexpr Command kCommands[] = {
-    {"plug", "PORT TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom]",
-     "plug in a source that sends, such as 3840x2160p60 hdr", 2, 4, ParsePlug},
+    {"plug", kPlugArguments, "plug in a source that sends, such as 3840x2160p60 hdr", 2, 4,
+     ParsePlug},
     {"unplug", "PORT", "take the cable out", 1, 1, ParseUnplug},
     {"signal", "PORT on|off", "let the plugged source send, or fall silent with its cable in", 2, 2,
      ParseSignal},

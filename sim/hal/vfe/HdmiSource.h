@@ -17,9 +17,10 @@ struct SourceOrder {
   K2V_HDMI_TIMING_T timing = {};
 };
 
-/// The words that ParseSource takes, for help texts.
-inline constexpr std::string_view kSourceWords =
-    "TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom]";
+/// The arguments of `plug`, for help texts; ParseSource takes those behind the port.
+inline constexpr std::string_view kPlugArguments =
+    "PORT TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom]";
+inline constexpr std::string_view kSourceWords = kPlugArguments.substr(sizeof("PORT"));
 
 /// Reads the words of a source from `first` on. Throws CommandError.
 SourceOrder ParseSource(const Words& words, size_t first);

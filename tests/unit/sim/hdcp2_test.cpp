@@ -187,6 +187,10 @@ TEST(Hdcp2, AListOfAllThatIsAllowedIsTaken) {
 TEST(Hdcp2, AFaultHappensAsOftenAsItWasOrdered) {
   Start();
   ASSERT_EQ(simhal::Apply("hdcp2 0 late-l 15"), "");
+  ASSERT_EQ(simhal::Apply("hdcp2 0 downstream 2 1"), "");
+  EXPECT_NE(simhal::State().find("port 0: idle, late-l 15 times, 2 devices on 1 levels behind it"),
+            std::string::npos)
+      << simhal::State();
   EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_LOCALITY), kOk) << "the 16th is in time";
   EXPECT_EQ(StatusOf(0).nLocalityUs, 7000u);
   EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_LOCALITY), kOk);
