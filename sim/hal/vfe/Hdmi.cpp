@@ -27,10 +27,6 @@ static void Put(CallText& out, const K2V_HDMI_TIMING_T& timing) {
 
 namespace {
 
-void DriveHotPlug(HdmiReceiver& receiver, HotPlug level) {
-  for (HdmiPort& port : receiver.ports) port.hotPlug = level;
-}
-
 void Release(HdmiPort& port) {
   port.connected = false;
   port.lock = {};
@@ -38,8 +34,10 @@ void Release(HdmiPort& port) {
 
 void EndOpen(HdmiReceiver& receiver) {
   receiver.open = false;
-  DriveHotPlug(receiver, HotPlug::kIdle);
-  for (HdmiPort& port : receiver.ports) Release(port);
+  for (HdmiPort& port : receiver.ports) {
+    port.hotPlug = HotPlug::kIdle;
+    Release(port);
+  }
 }
 
 int Initialize(Board& board) {
@@ -68,16 +66,33 @@ int Close(Board& board) {
   return K2V_RHAL_OK;
 }
 
+/// What the receiver sees of a source that starts, or that changes its timing behind an AV mute.
+void Restart(const Board& board, HdmiPort& port, bool behindMute) {
+  port.lock = {};
+  if (port.connected && HasSignal(port)) LoseLock(board, port.lock, behindMute);
+}
+
+// A source whose line was held low starts anew.
+void RaiseHotPlug(const Board& board, HdmiPort& port) {
+  const bool startsAnew = port.hotPlug == HotPlug::kHeldLow;
+  port.hotPlug = HotPlug::kRaised;
+  if (startsAnew) Restart(board, port, false);
+}
+
 int EnableHotPlug(Board& board) {
   if (!board.hdmi.initialized) return K2V_RHAL_ERR_ORDER;
-  DriveHotPlug(board.hdmi, HotPlug::kRaised);
+  for (HdmiPort& port : board.hdmi.ports) RaiseHotPlug(board, port);
   return K2V_RHAL_OK;
 }
 
 int SetHotPlug(Board& board, uint8_t port, uint8_t level) {
   if (port >= kPortCount || level > 1) return K2V_RHAL_ERR_PARAM;
   if (!board.hdmi.initialized) return K2V_RHAL_ERR_ORDER;
-  board.hdmi.ports[port].hotPlug = level == 1 ? HotPlug::kRaised : HotPlug::kHeldLow;
+  HdmiPort& target = board.hdmi.ports[port];
+  if (level == 1)
+    RaiseHotPlug(board, target);
+  else
+    target.hotPlug = HotPlug::kHeldLow;
   return K2V_RHAL_OK;
 }
 
@@ -151,12 +166,6 @@ HdmiPort& PluggedPort(Board& board, size_t port) {
     Refuse(std::to_string(port), "is a port without a source", "a port to which 'plug' gave one");
   }
   return plugged;
-}
-
-/// What the receiver sees of a source that starts, or that changes its timing behind an AV mute.
-void Restart(const Board& board, HdmiPort& port, bool behindMute) {
-  port.lock = {};
-  if (port.connected && HasSignal(port)) LoseLock(board, port.lock, behindMute);
 }
 
 Action ParsePlug(const Words& words) {

@@ -279,6 +279,21 @@ TEST(HdmiLock, IsLostWhereTheSourceStartsOrChangesItsTiming) {
   }
 }
 
+TEST(HdmiLock, IsLostWhereTheHotPlugLineIsRaisedAgain) {
+  simhal::Apply("lock 0 2");
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  for (const auto& raise : std::vector<std::function<int()>>{
+           [] { return K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 1); }, K2V_RHAL_VFE_HDMI_EnableHPD}) {
+    EXPECT_EQ(raise(), kOk);
+    EXPECT_EQ(PollPort0().width, 3840) << "it was raised";
+    EXPECT_EQ(K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 0), kOk);
+    EXPECT_EQ(PollPort0().width, 0);
+    EXPECT_EQ(raise(), kOk);
+    for (const int width : {0, 0, 3840}) EXPECT_EQ(PollPort0().width, width);
+  }
+}
+
 TEST(HdmiLock, TakesItsTime) {
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(0);
