@@ -167,7 +167,7 @@ uint32_t Transmitter::CheckList(View message) {
   }
   const Hash proof = ListProof(kd_, ids, rxInfo, sequence);
   const bool isFirst = std::ranges::all_of(sequence, [](uint8_t byte) { return byte == 0; });
-  if (!isFirst || ids.size() != info.devices * K2V_HDCP2_ID_BYTES ||
+  if (!isFirst || ids.size() != std::size_t{info.devices} * K2V_HDCP2_ID_BYTES ||
       !std::ranges::equal(upperHalf, View(proof).first(kHalfHashBytes))) {
     return K2V_HDCP2_REASON_V_PRIME;
   }

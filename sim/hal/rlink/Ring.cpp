@@ -69,7 +69,7 @@ void* MapFile(const std::string& path, size_t atLeast) {
 }  // namespace
 
 std::shared_ptr<Ring> Ring::Enter(uint32_t handle, Memory* memory) {
-  const std::shared_ptr<Ring> ring(new Ring(handle, memory));
+  std::shared_ptr<Ring> ring(new Ring(handle, memory));
   MappedRings()[handle] = ring;
   return ring;
 }
