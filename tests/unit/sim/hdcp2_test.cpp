@@ -176,6 +176,20 @@ TEST(Hdcp2, EveryReasonCanBeCausedAndEndsItsStep) {
   }
 }
 
+TEST(Hdcp2, AStoredKeyHasATimeLimitOfItsOwn) {
+  Start();
+  ASSERT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_AKE), kOk);
+  ASSERT_EQ(simhal::Apply("hdcp2 0 late-h 1"), "");
+  simhal::ClearCalls();
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_AKE), kFail) << "250 ms are too late";
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(210));
+  EXPECT_EQ(StatusOf(0).eReason, K2V_HDCP2_REASON_NO_ANSWER);
+  EXPECT_EQ(Messages().back(), "AKE_Stored_km, 33");
+  EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_AKE), kOk);
+  EXPECT_EQ(StatusOf(0).bPaired, 1) << "nothing spoke against the key";
+}
+
 TEST(Hdcp2, AListOfAllThatIsAllowedIsTaken) {
   Start();
   K2V_RHAL_HDCP2_SetRepeater(1);
