@@ -39,10 +39,9 @@ class VerifyTest : public test::BoardFixture {
     std::ofstream(OnBoard(home + "/config/tftp_ip.cfg")) << "-\n";
   }
 
-  /// Lets the generator put dumps and golden data of a test case on the board once that is on.
-  void PutDumps(const std::string& options) { dumps_ = options; }
-
-  void MakeDumps(const std::string& options) const {
+  /// Puts dumps and golden data of a test case on the board. What lies in its memory is lost when
+  /// it is switched on.
+  void PutDumps(const std::string& options) const {
     const auto made =
         test::RunShell(CVN_DUMP_GENERATOR " --home " + test::Quoted(OnBoard(kHome)) +
                        " --dump-dir " + test::Quoted(OnBoard("/tmp/cross_module")) + " " + options);
@@ -55,11 +54,14 @@ class VerifyTest : public test::BoardFixture {
     talk.emplace_back(kChoice, "q");
     Pty& pty = Start(options);
     ASSERT_TRUE(pty.WaitReading());
-    if (!dumps_.empty()) MakeDumps(dumps_);
+    if (!dumps_.empty()) PutDumps(dumps_);
     for (const auto& [prompt, answer] : talk) ASSERT_TRUE(pty.Answer(prompt, answer));
     ASSERT_EQ(pty.Wait(), 0);
     screen_ = pty.Transcript();
   }
+  /// As PutDumps, once `Play` has switched the board on.
+  void PutDumpsOnceOn(const std::string& options) { dumps_ = options; }
+
   const std::string& Screen() const { return screen_; }
 
   /// The line that a file of the board has for a frame.
@@ -89,7 +91,7 @@ class VerifyTest : public test::BoardFixture {
 };
 
 TEST_F(VerifyTest, EqualDumpsPassAndTheReportIsKept) {
-  PutDumps("--case 101");
+  PutDumpsOnceOn("--case 101");
   std::ofstream(OnBoard("/default.prop")) << "ro.bootimage.build.date=today\n"
                                              "ro.bootimage.build.fingerprint=old\n"
                                              "ro.bootimage.build.fingerprint=tv/1.2\n";
@@ -106,7 +108,7 @@ TEST_F(VerifyTest, EqualDumpsPassAndTheReportIsKept) {
 }
 
 TEST_F(VerifyTest, OneWrongChecksumFailsItsStageAtItsFrameAndField) {
-  PutDumps("--case 101 --defect VDEC:change:300:crc");
+  PutDumpsOnceOn("--case 101 --defect VDEC:change:300:crc");
   Play({{kChoice, "4"}, {"[3]USB+TFTP . Please select: ", "1"}, {kChoice, "15"}});
   const std::string report =
       test::FileText(OnBoard(std::string(kHome) + "/report/report_101-h264-FrtChg_-.txt"));
@@ -129,11 +131,11 @@ TEST_F(VerifyTest, OneWrongChecksumFailsItsStageAtItsFrameAndField) {
 
 TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheSynchronisationOfTheSelectedCase) {
   const Talk talk = {{kChoice, "17"}, {"or [12]: ", "8"}, {kChoice, "16"}};
-  PutDumps("--case 501 --audio-offset 20");
+  PutDumpsOnceOn("--case 501 --audio-offset 20");
   Play(talk);
   EXPECT_TRUE(Reported("016.Verify - AV sync", " PASS ")) << Screen();
   fs::remove(ReportPath());
-  PutDumps("--case 501 --audio-offset 21");
+  PutDumpsOnceOn("--case 501 --audio-offset 21");
   Play(talk);
   EXPECT_TRUE(Reported("016.Verify - AV sync", " FAIL ")) << Screen();
   EXPECT_TRUE(Contains(Screen(), "FAIL(+1ms)")) << Screen();
