@@ -21,6 +21,7 @@ namespace {
 constexpr std::size_t kLongestChoice = 19;
 
 TestCase* runningTest = nullptr;
+void (*beginObserver)(const TestCase& test) = nullptr;
 
 const char* CopyText(const char* text) {
   const std::size_t length = text == nullptr ? 0 : std::strlen(text);
@@ -103,6 +104,7 @@ int TestCase::Execute() {
   if (function_ == nullptr) return 1;
 
   runningTest = this;
+  if (beginObserver != nullptr) beginObserver(*this);
   const unsigned shellFailures = ShellFailures();
   result_ = function_(scratch);
   if (result_ == 0 && ShellFailures() != shellFailures) result_ = 1;
@@ -124,6 +126,10 @@ bool TestCase::Finish(int result) {
   if (result_ == 1) ++testCounters.fail;
   ++testCounters.total;
   return EndTest();
+}
+
+void TestCase::SetBeginObserver(void (*observer)(const TestCase& test)) {
+  beginObserver = observer;
 }
 
 const TestCase* TestCase::Running() {

@@ -110,9 +110,10 @@ class TestCase : public Case {
   bool isDisruptive() const { return (traits_ & kDisruptive) != 0; }
   /// The test that runs now, empty in menus.
   static const TestCase* Running();
+  /// Sets who hears that a test begins, before it prints anything; a null pointer sets nobody.
+  static void SetBeginObserver(void (*observer)(const TestCase& test));
   /// The last line that the operator reads before giving the verdict.
-  static constexpr char kVerdictQuestion[] =
-      "Please check the result PASS or FAIL by 'Y' or 'N' ";
+  static constexpr char kVerdictQuestion[] = "Please check the result PASS or FAIL by 'Y' or 'N' ";
 
  private:
   void Judge();

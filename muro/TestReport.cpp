@@ -1,10 +1,15 @@
 #include "TestReport.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "Ansi.h"
 #include "Util.h"
@@ -42,6 +47,48 @@ void PutFooterBack(std::FILE* file, long begin) {
     return;
   }
   std::puts("The footer of the report is lost");
+}
+
+/// The report that belongs to this process alone, as it was left last.
+struct OwnReport {
+  dev_t device;
+  ino_t file;
+  off_t size;
+  std::string footer;
+};
+
+std::optional<OwnReport> ownReport;
+
+/// The last bytes of a file, as many as a footer has.
+std::string LastFooter(std::FILE* file) {
+  std::string footer(report::kFooterBytes, '\0');
+  if (std::fseek(file, -report::kFooterBytes, SEEK_END) != 0) return "";
+  footer.resize(std::fread(footer.data(), 1, footer.size(), file));
+  return footer;
+}
+
+/// Takes the file as it is now for what this process left.
+void NoteOwn(std::FILE* file) {
+  struct stat status = {};
+  fstat(fileno(file), &status);
+  ownReport = {status.st_dev, status.st_ino, status.st_size, LastFooter(file)};
+}
+
+/// True also where the report is not kept for this process alone.
+bool IsAsLeft(std::FILE* file) {
+  struct stat status = {};
+  if (!ownReport) return true;
+  return fstat(fileno(file), &status) == 0 && status.st_dev == ownReport->device &&
+         status.st_ino == ownReport->file && status.st_size == ownReport->size &&
+         LastFooter(file) == ownReport->footer;
+}
+
+/// True when the file has `text` at `begin` and nothing behind it.
+bool IsThere(std::FILE* file, long begin, const std::string& text) {
+  std::string found(text.size() + 1, '\0');
+  if (std::fseek(file, begin, SEEK_SET) != 0) return false;
+  found.resize(std::fread(found.data(), 1, found.size(), file));
+  return found == text;
 }
 
 std::string FormatHeader() {
@@ -89,17 +136,44 @@ bool AppendTestLine(const TestLine& line) {
     std::puts("Test Report file open fail!!!(you can ignore this)");
     return false;
   }
+  if (!IsAsLeft(file.get())) {
+    std::puts("Test Report file was changed by somebody else");
+    return false;
+  }
   std::string text = FormatTestLine(line) + '\n';
   const bool positioned = std::fseek(file.get(), -kFooterBytes, SEEK_END) == 0;
   // A file shorter than a footer was cut by somebody else: it gets a whole footer again, so that
   // the next line has its place.
   if (!positioned) text.clear();
   const long begin = std::ftell(file.get());
-  const bool written = Write(file.get(), text + FormatFooter(testCounters, '#'));
+  text += FormatFooter(testCounters, '#');
+  bool written = Write(file.get(), text);
   if (!positioned || !written) std::puts("write fail!");
   if (positioned && !written) PutFooterBack(file.get(), begin);
+  if (ownReport && written) {
+    written = IsThere(file.get(), begin, text);
+    NoteOwn(file.get());
+  }
   std::printf("%sTest Report file generated at %s\n", ansi::kPass, path);
   return positioned && written;
+}
+
+bool StartOwn() {
+  constexpr int kMostSeconds = 60;
+  for (int second = 0; second < kMostSeconds; ++second) {
+    const char* path = Util::GetTestReportPath();
+    const int fd = path == nullptr ? -1 : open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (fd >= 0) {
+      close(fd);
+      break;
+    }
+    if (path == nullptr || errno != EEXIST) return false;
+    Util::UseNextTestReportPath();
+  }
+  if (!printReport()) return false;
+  const File file = Open(Util::GetTestReportPath(), "r");
+  if (file) NoteOwn(file.get());
+  return file != nullptr;
 }
 
 }  // namespace report

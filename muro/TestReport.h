@@ -42,8 +42,14 @@ std::string FormatTotals(const TestCounters& counters);
 std::string FormatFooter(const TestCounters& counters, char separator);
 
 /// Writes the test's line over the footer of the report file and a new footer behind it. A file
-/// that cannot be opened or written is reported on the console; the result is false then.
+/// that cannot be opened or written is reported on the console; the result is false then, and also
+/// where a report of `StartOwn` is not as this process left it.
 bool AppendTestLine(const TestLine& line);
+
+/// As `printReport`, with a file that no other run has or gets: one of this second when there is
+/// none yet, otherwise of the next second that is free. From then on nothing is written into it
+/// when anybody else did. The result is false when there is no such file.
+bool StartOwn();
 
 }  // namespace report
 

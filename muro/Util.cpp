@@ -5,20 +5,34 @@
 #include <cstring>
 #include <ctime>
 
-char* Util::GetTestReportPath() {
-  static char path[320] = "";
-  if (path[0] != '\0') return path;
+namespace {
 
-  const std::time_t now = std::time(nullptr);
-  const std::tm* local = std::localtime(&now);
-  if (local == nullptr) return nullptr;
+char reportPath[320] = "";
+std::time_t reportTime = 0;
 
+/// Names the report after `time`. False when the local time cannot be had.
+bool NameReport(std::time_t time) {
+  const std::tm* local = std::localtime(&time);
+  if (local == nullptr) return false;
   char name[255];
   std::snprintf(name, sizeof name, "%02d_%02d_%02d_%02d_%02d.txt", local->tm_mon + 1,
                 local->tm_mday, local->tm_hour, local->tm_min, local->tm_sec);
-  std::snprintf(path, sizeof path, "/tmp/var/log/%s", name);
-  std::printf("Test Report file path : %s\n", path);
-  return path;
+  std::snprintf(reportPath, sizeof reportPath, "/tmp/var/log/%s", name);
+  reportTime = time;
+  return true;
+}
+
+}  // namespace
+
+char* Util::GetTestReportPath() {
+  if (reportPath[0] != '\0') return reportPath;
+  if (!NameReport(std::time(nullptr))) return nullptr;
+  std::printf("Test Report file path : %s\n", reportPath);
+  return reportPath;
+}
+
+void Util::UseNextTestReportPath() {
+  NameReport(reportTime + 1);
 }
 
 char* Util::FormatString(const char* src, char* dst) {

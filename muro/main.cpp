@@ -4,6 +4,7 @@
 #include "TestFrame.h"
 #include "TestReport.h"
 #include "runner/CommandLine.h"
+#include "runner/Descriptors.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ int OpenConsole() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  runner::OpenStandardStreams();
   EndWhenOutOfMemory();
   // Nothing may be read ahead of what a prompt asks for: tests look at the terminal themselves.
   std::setvbuf(stdin, nullptr, _IONBF, 0);

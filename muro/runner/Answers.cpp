@@ -17,7 +17,7 @@ constexpr std::size_t kShownText = 80;
 constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 
 /// Adds one line's rule. Returns what is wrong, empty when all is well.
-std::string AddRule(const std::string& line, std::vector<AnswerRule>& rules) {
+std::string AddRule(const std::string& line, int number, std::vector<AnswerRule>& rules) {
   const std::vector<std::string> fields = Split(line, '\t');
   if (fields.size() != 3 || fields[0].empty() || fields[1].empty()) {
     return std::to_string(fields.size()) + " fields" +
@@ -35,15 +35,17 @@ std::string AddRule(const std::string& line, std::vector<AnswerRule>& rules) {
   if (same != rules.end()) {
     same->answers.push_back({keys, *text});
   } else {
-    rules.push_back({fields[0], fields[1], {{keys, *text}}});
+    rules.push_back({fields[0], fields[1], {{keys, *text}}, number});
   }
   return "";
 }
 
-/// True when the glob matches `prompt` or a part of it from a line's beginning to the end.
+/// True when the glob matches `prompt` or a part of it from a line's beginning to the end, with or
+/// without the blanks that the line begins with.
 bool MatchesPrompt(const std::string& glob, std::string_view prompt) {
   for (;;) {
-    if (MatchesGlob(glob, std::string(prompt))) return true;
+    if (MatchesGlob(glob, std::string(prompt)) || MatchesGlob(glob, std::string(Trimmed(prompt))))
+      return true;
     const auto newline = prompt.find('\n');
     if (newline == std::string_view::npos) return false;
     prompt.remove_prefix(newline + 1);
@@ -61,8 +63,21 @@ std::string LoadAnswers(const std::string& path, std::vector<AnswerRule>& rules)
     ++number;
     if (line.ends_with('\r')) line.pop_back();
     if (line.empty() || line[0] == '#') continue;
-    const std::string wrong = AddRule(line, rules);
+    const std::string wrong = AddRule(line, number, rules);
     if (!wrong.empty()) return Joined({path, std::to_string(number), " " + wrong}, ":");
+  }
+  return "";
+}
+
+std::string CheckAnswers(const std::string& path, const std::vector<AnswerRule>& rules,
+                         const std::vector<TestEntry>& all, const std::vector<TestEntry>& selected,
+                         std::vector<std::string>& warnings) {
+  for (const AnswerRule& rule : rules) {
+    const auto matches = [&](const TestEntry& entry) { return Matches(entry, rule.testGlob); };
+    const std::string place = path + ":" + std::to_string(rule.line) + ": '" + rule.testGlob + "'";
+    if (std::ranges::none_of(all, matches)) return place + " matches no test";
+    if (std::ranges::none_of(selected, matches))
+      warnings.push_back(place + " matches no selected test");
   }
   return "";
 }

@@ -27,10 +27,18 @@ struct AnswerRule {
   std::string testGlob;
   std::string promptGlob;
   std::vector<Answer> answers;  // in sequence, at least one
+  int line = 0;                 // of the file, where it stands first
 };
 
 /// Reads a file of answers into `rules`. Returns an error in one line, empty when all is well.
 std::string LoadAnswers(const std::string& path, std::vector<AnswerRule>& rules);
+
+/// Holds rules against the tests. Returns an error in one line, with the rule's line in `path`, for
+/// a rule whose glob matches no test at all; puts such a line into `warnings` for each rule that
+/// matches none of `selected`.
+std::string CheckAnswers(const std::string& path, const std::vector<AnswerRule>& rules,
+                         const std::vector<TestEntry>& all, const std::vector<TestEntry>& selected,
+                         std::vector<std::string>& warnings);
 
 /// One line of such a file, with its newline, that gives this answer at this prompt.
 std::string FormatAnswer(const std::string& testId, const std::string& prompt,

@@ -12,14 +12,18 @@
 
 #include "Answers.h"
 #include "ConsoleWriter.h"
+#include "Descriptors.h"
 #include "DumpVerification.h"
 #include "ExitStatus.h"
+#include "FileChecks.h"
 #include "Guard.h"
 #include "Options.h"
+#include "OutputFile.h"
 #include "Problem.h"
 #include "Recorder.h"
 #include "ResultDirectory.h"
 #include "ResultWriters.h"
+#include "TestCase/CrossModule/playback/src/PlaybackRun.h"
 #include "TestFrame.h"
 #include "TestList.h"
 #include "TestReport.h"
@@ -37,8 +41,7 @@ int Refuse(ExitStatus status, const std::string& problem) {
 }
 
 int Print(const std::string& text) {
-  const bool printed = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-  return std::fflush(stdout) == 0 && printed ? kAllPassed : kHarnessFailed;
+  return WriteAll(STDOUT_FILENO, text) ? kAllPassed : kHarnessFailed;
 }
 
 /// Where an output is standard output, that is for it alone: everything else goes to standard
@@ -57,10 +60,11 @@ std::vector<TestEntry> TestsOfFrame() {
   return AllTests();
 }
 
-/// Selects as the options say. Returns an error, empty when all is well.
-std::string SelectTests(const Options& options, std::vector<TestEntry>& tests) {
+/// Selects of `all` as the options say. Returns an error, empty when all is well.
+std::string SelectTests(const Options& options, const std::vector<TestEntry>& all,
+                        std::vector<TestEntry>& tests) {
   std::string unmatched;
-  tests = Select(TestsOfFrame(), options.patterns, options.excluded, unmatched);
+  tests = Select(all, options.patterns, options.excluded, unmatched);
   return unmatched.empty() ? "" : "'" + unmatched + "' matches no test";
 }
 
@@ -71,15 +75,20 @@ struct Prepared {
 };
 
 /// Returns an error, empty when all is well.
-std::string Prepare(const Options& options, Prepared& run) {
-  std::string problem = SelectTests(options, run.tests);
+std::string Prepare(const Options& options, const std::vector<TestEntry>& all, Prepared& run) {
+  std::string problem = SelectTests(options, all, run.tests);
+  if (problem.empty()) problem = CheckFiles(options);
   if (!problem.empty() || options.answers.empty()) return problem;
-  return LoadAnswers(options.answers, run.rules);
+  problem = LoadAnswers(options.answers, run.rules);
+  std::vector<std::string> warnings;
+  if (problem.empty()) problem = CheckAnswers(options.answers, run.rules, all, run.tests, warnings);
+  for (const std::string& warning : warnings) PrintProblem(warning);
+  return problem;
 }
 
 int List(const Options& options) {
   std::vector<TestEntry> tests;
-  const std::string problem = SelectTests(options, tests);
+  const std::string problem = SelectTests(options, TestsOfFrame(), tests);
   if (!problem.empty()) return Refuse(kUsage, problem);
   if (options.noOperator)
     std::erase_if(tests, [](const TestEntry& entry) { return entry.NeedsOperator(); });
@@ -90,9 +99,9 @@ bool StartReport() {
   bool started = false;
   {
     const MutedOutput muted;
-    started = printReport();
+    started = report::StartOwn();
   }
-  std::printf("Test Report file path : %s\n", Util::GetTestReportPath());
+  Print("Test Report file path : " + std::string(Util::GetTestReportPath()) + "\n");
   return started;
 }
 
@@ -108,6 +117,7 @@ int Execute(const Options& options, Prepared run, ResultDirectory& directory,
     return Refuse(kHarnessFailed, std::string(Util::GetTestReportPath()) +
                                       ": the report cannot be written; is its directory there?");
   }
+  Set_Manual_Play(options.manualPlay);
   CatchInterrupts();
   AdoptOrphans();
   return TestRun(options, std::move(run.tests), std::move(run.rules), directory,
@@ -124,7 +134,9 @@ std::vector<std::string> Ids(const std::vector<TestEntry>& tests) {
 
 int Run(const Options& options, const std::vector<std::string>& words) {
   Prepared run;
-  const std::string problem = Prepare(options, run);
+  const std::vector<TestEntry> all = TestsOfFrame();
+  NoteForeignDescriptors();
+  const std::string problem = Prepare(options, all, run);
   if (!problem.empty()) return Refuse(kUsage, problem);
   ResultDirectory directory;
   if (!options.results.empty()) {
@@ -138,6 +150,8 @@ int Run(const Options& options, const std::vector<std::string>& words) {
 
 /// The journal's own command line says what is run and where results go.
 int Resume(const Options& asked) {
+  const std::vector<TestEntry> all = TestsOfFrame();
+  NoteForeignDescriptors();
   RunHead head;
   std::vector<JournalEntry> earlier;
   ResultDirectory directory;
@@ -149,7 +163,7 @@ int Resume(const Options& asked) {
   Options options;
   problem = ParseOptions(head.words, options);
   Prepared run;
-  if (problem.empty()) problem = Prepare(options, run);
+  if (problem.empty()) problem = Prepare(options, all, run);
   if (problem.empty() && Ids(run.tests) != head.tests) problem = "the tests are others than then";
   if (!problem.empty()) return Refuse(kHarnessFailed, asked.results + ": " + problem);
   if (asked.color != "auto") options.color = asked.color;
@@ -182,7 +196,8 @@ int Main(const std::vector<std::string>& words, const std::function<int()>& cons
     case Mode::kInteractive:
       break;
   }
-  return RecordSession(options.record, console);
+  Set_Manual_Play(options.manualPlay);
+  return options.record.empty() ? console() : RecordSession(options.record, console);
 }
 
 }  // namespace runner

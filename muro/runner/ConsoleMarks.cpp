@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <random>
 
+#include "OutputFile.h"
 #include "Remarks.h"
 #include "TestList.h"
 #include "Text.h"
@@ -27,7 +28,8 @@ std::string BeginOf(const std::string& key) {
 void Write(const std::string& body) {
   const std::string mark = markBegin + body + std::string(kEnd);
   std::fflush(stdout);
-  [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, mark.data(), mark.size());
+  // While keys are looked for the terminal does not block, and half a mark is none.
+  WriteAll(STDOUT_FILENO, mark);
 }
 
 char Letter(console::Input kind) {
@@ -52,6 +54,10 @@ void WriteRemark(const std::string& text) {
 
 void WriteTaken(console::Input kind, std::string_view text) {
   Write(std::string{'!', Letter(kind)} + RunningTestId() + '\t' + Escaped(text));
+}
+
+void WriteBegin(const TestCase&) {
+  Write(">");
 }
 
 constexpr console::InputObserver kWaitingObserver = {WriteWaiting, nullptr};
@@ -79,8 +85,9 @@ void MarkWaiting(const std::string& key) {
   SetRemarkListener(WriteRemark);
 }
 
-void MarkWaitingAndTaken(const std::string& key) {
+void MarkSession(const std::string& key) {
   markBegin = BeginOf(key);
+  TestCase::SetBeginObserver(WriteBegin);
   console::SetInputObserver(&kFullObserver);
 }
 
@@ -111,6 +118,7 @@ void MarkReader::End() {
 }
 
 void MarkReader::Act(std::string_view mark) const {
+  if (mark == ">" && listener_.testBegins) listener_.testBegins();
   if (!mark.starts_with(kRemark)) {
     ActOnInput(mark);
   } else if (listener_.remarked) {

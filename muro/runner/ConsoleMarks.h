@@ -17,8 +17,9 @@ std::string MakeMarkKey();
 /// tests into it.
 void MarkWaiting(const std::string& key);
 
-/// As `MarkWaiting`, and marks what was typed, with the id of the test that took it.
-void MarkWaitingAndTaken(const std::string& key);
+/// As `MarkWaiting`, and marks where a test begins, and what was typed, with the id of the test
+/// that took it.
+void MarkSession(const std::string& key);
 
 /// Takes marked output apart.
 class MarkReader {
@@ -29,6 +30,7 @@ class MarkReader {
     /// `testId` is empty in menus.
     std::function<void(console::Input kind, std::string testId, std::string text)> taken;
     std::function<void(std::string text)> remarked = {};
+    std::function<void()> testBegins{};
   };
 
   MarkReader(const std::string& key, Listener listener);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "OutputFile.h"
 #include "Text.h"
 
 namespace runner {
@@ -28,10 +29,12 @@ std::string Minutes(double seconds) {
 }  // namespace
 
 ConsoleWriter::ConsoleWriter(std::FILE* file, const std::string& color, bool verbose)
-    : file_(file),
-      isTerminal_(isatty(fileno(file)) != 0),
+    : fd_(fileno(file)),
+      isTerminal_(isatty(fd_) != 0),
       inColor_(WantsColor(color, isTerminal_)),
-      verbose_(verbose) {}
+      verbose_(verbose) {
+  std::fflush(file);
+}
 
 void ConsoleWriter::RunStarted(std::size_t tests) {
   planned_ = tests;
@@ -52,14 +55,13 @@ void ConsoleWriter::TestStarted(const PlannedTest& test) {
     const double each = spent.count() / static_cast<double>(timed_);
     text += ", about " + Minutes(each * static_cast<double>(planned_ - done));
   }
-  std::fprintf(file_, "\r[%s] %s\033[K", text.c_str(), test.id.c_str());
-  std::fflush(file_);
+  Print("\r[" + text + "] " + test.id + "\033[K");
   progressShown_ = true;
 }
 
 void ConsoleWriter::TestPrinted(const std::string& text) {
   if (!verbose_ || text.empty()) return;
-  std::fwrite(text.data(), 1, text.size(), file_);
+  Print(text);
   midLine_ = text.back() != '\n';
 }
 
@@ -67,22 +69,24 @@ void ConsoleWriter::TestEnded(const TestResult& result) {
   ClearProgress();
   ++totals_.of[static_cast<std::size_t>(result.verdict)];
   if (!result.earlier) ++timed_;
-  std::fprintf(file_, "%s %s %s (%s s)%s%s\n", Painted(result.verdict).c_str(),
-               result.test.id.c_str(), result.test.name.c_str(),
-               SecondsText(result.seconds).c_str(), result.message.empty() ? "" : ": ",
-               result.message.c_str());
-  std::fflush(file_);
+  Print(Painted(result.verdict) + " " + result.test.id + " " + result.test.name + " (" +
+        SecondsText(result.seconds) + " s)" + (result.message.empty() ? "" : ": ") +
+        result.message + "\n");
 }
 
 void ConsoleWriter::RunEnded(const Totals& totals) {
   ClearProgress();
-  std::fprintf(file_, "%s, %s s\n", totals.Text().c_str(), SecondsText(totals.seconds).c_str());
-  std::fflush(file_);
+  Print(totals.Text() + ", " + SecondsText(totals.seconds) + " s\n");
+}
+
+/// Past the buffer of the file, which loses text where a write would have to wait.
+void ConsoleWriter::Print(const std::string& text) const {
+  WriteAll(fd_, text);
 }
 
 void ConsoleWriter::ClearProgress() {
-  if (progressShown_) std::fputs("\r\033[K", file_);
-  if (midLine_) std::fputc('\n', file_);
+  if (progressShown_) Print("\r\033[K");
+  if (midLine_) Print("\n");
   progressShown_ = false;
   midLine_ = false;
 }

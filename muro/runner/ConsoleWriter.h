@@ -24,10 +24,11 @@ class ConsoleWriter : public RunListener {
   bool Good() const override { return true; }
 
  private:
+  void Print(const std::string& text) const;
   void ClearProgress();
   std::string Painted(Verdict verdict) const;
 
-  std::FILE* file_;
+  int fd_;
   bool isTerminal_;
   bool inColor_;
   bool verbose_;

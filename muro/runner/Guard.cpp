@@ -11,6 +11,8 @@
 #include <ctime>
 #include <fstream>
 
+#include "Descriptors.h"
+
 namespace runner {
 namespace {
 
@@ -57,11 +59,11 @@ int AwaitTest(pid_t test, int command, const sigset_t& waitingMask) {
   return status;
 }
 
-}  // namespace
-
 void SendReport(int fd, const Report& report) {
   [[maybe_unused]] const ssize_t written = write(fd, &report, sizeof report);
 }
+
+}  // namespace
 
 void AdoptOrphans() {
   prctl(PR_SET_CHILD_SUBREAPER, 1);
@@ -83,6 +85,7 @@ int EndChildren() {
 }
 
 void Guard(int command, int report, int terminal, const std::function<void()>& test) {
+  CloseDescriptorsOfRunner({command, report, terminal});
   setsid();
   AdoptOrphans();
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_IGN);
@@ -97,6 +100,7 @@ void Guard(int command, int report, int terminal, const std::function<void()>& t
   const pid_t child = fork();
   if (child == 0) {
     close(command);
+    close(report);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != guard) _exit(1);
     sigprocmask(SIG_SETMASK, &normal, nullptr);

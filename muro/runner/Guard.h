@@ -5,16 +5,13 @@
 
 namespace runner {
 
-/// What a test and its guard tell the runner, one message a write.
+/// What the guard tells the runner of the test's end, in one write.
 struct Report {
-  enum Kind : int { kResult, kStatus, kNotStarted };
+  enum Kind : int { kStatus, kNotStarted };
   Kind kind;
-  int value;  // the test's result, its wait status, or why there is no process for it (errno)
+  int value;  // the test's wait status, or why there is no process for it (errno)
   int leftChildren;
 };
-
-/// Writes one message.
-void SendReport(int fd, const Report& report);
 
 /// Becomes the guard: runs `test` in a child and reports how it ended, when it ended by itself or
 /// because `command` was closed at its other end. The test alone keeps `terminal` open.

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -24,7 +25,7 @@ constexpr int kLookAgainMs = 100;   // how late a killed guard is noticed at mos
 constexpr int kLastOutputMs = 200;  // output can be on its way when the test is gone
 constexpr int kLastBlocks = 64;     // who still prints then is no test
 
-int childReport = -1;
+ResultCell* childResult = nullptr;
 
 void Close(int& fd) {
   if (fd >= 0) close(fd);
@@ -46,16 +47,17 @@ void MakePlain(int terminal) {
 }
 
 /// The test's own process: a new session at the terminal, then the test.
-[[noreturn]] void BeTest(int slave, int report, const std::function<int()>& body) {
+[[noreturn]] void BeTest(int slave, ResultCell* result, const std::function<int()>& body) {
   setsid();
   ioctl(slave, TIOCSCTTY, 0);
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(slave, fd);
+  close(slave);
   for (const int signal : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) std::signal(signal, SIG_DFL);
   std::setvbuf(stdin, nullptr, _IONBF, 0);
   // A crash loses no whole line. The buffer is a new one: the old one keeps its ways.
   static char buffer[BUFSIZ];
   std::setvbuf(stdout, buffer, _IOLBF, sizeof buffer);
-  childReport = report;
+  childResult = result;
   LeaveChild(body());
 }
 
@@ -63,7 +65,7 @@ void MakePlain(int terminal) {
 
 void LeaveChild(int result) {
   std::fflush(nullptr);
-  SendReport(childReport, {Report::kResult, result, 0});
+  *childResult = {1, result};
   _exit(0);
 }
 
@@ -86,6 +88,7 @@ IsolatedTest::~IsolatedTest() {
   Close(report_);
   Close(terminal_);
   if (guard_ > 0) waitpid(guard_, nullptr, 0);
+  if (result_ != nullptr) munmap(result_, sizeof *result_);
 }
 
 std::string IsolatedTest::Start(const std::function<int()>& body) {
@@ -94,6 +97,10 @@ std::string IsolatedTest::Start(const std::function<int()>& body) {
   MakePlain(slave);
   int report[2];
   int command[2];
+  void* shared =
+      mmap(nullptr, sizeof *result_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (shared == MAP_FAILED) return std::string("no memory: ") + std::strerror(errno);
+  result_ = static_cast<ResultCell*>(shared);
   if (pipe2(report, O_CLOEXEC) != 0 || pipe2(command, O_CLOEXEC) != 0)
     return std::string("no pipe: ") + std::strerror(errno);
   std::fflush(nullptr);
@@ -102,7 +109,7 @@ std::string IsolatedTest::Start(const std::function<int()>& body) {
     Close(terminal_);
     close(report[0]);
     close(command[1]);
-    Guard(command[0], report[1], slave, [&] { BeTest(slave, report[1], body); });
+    Guard(command[0], report[1], slave, [&] { BeTest(slave, result_, body); });
   }
   close(slave);
   close(report[1]);
@@ -146,18 +153,15 @@ void IsolatedTest::ReadReport() {
     NoticeLostGuard();
     return;
   }
-  if (message.kind == Report::kResult) {
-    returned_ = true;
-    end_ = {ChildEnd::kReturned, message.value, 0};
-    return;
-  }
   // A test that was killed after it had told its result did not end well.
   const int status = message.value;
   if (message.kind == Report::kNotStarted) {
     end_ = {ChildEnd::kNotStarted, message.value, 0};
   } else if (WIFSIGNALED(status)) {
     end_ = {ChildEnd::kSignalled, WTERMSIG(status), 0};
-  } else if (!returned_) {
+  } else if (result_->told != 0) {
+    end_ = {ChildEnd::kReturned, result_->value, 0};
+  } else {
     end_ = {ChildEnd::kExited, WEXITSTATUS(status), 0};
   }
   end_.leftChildren = message.leftChildren;

@@ -22,6 +22,13 @@ struct ChildEnd {
   int leftChildren;  // processes that the test left behind and that had to be ended
 };
 
+/// A test's result, in memory that its process shares with the runner: unlike a pipe it is out of
+/// reach of a test that writes to descriptors it knows nothing of.
+struct ResultCell {
+  int told;  // not 0 when the test has returned
+  int value;
+};
+
 class IsolatedTest {
  public:
   IsolatedTest() = default;
@@ -52,11 +59,11 @@ class IsolatedTest {
   void NoticeLostGuard();
 
   int terminal_ = -1;
-  int report_ = -1;   // messages of the test and its guard
+  int report_ = -1;   // how the guard says that the test has ended
   int command_ = -1;  // closing it ends the test
   pid_t guard_ = -1;
   bool ended_ = false;
-  bool returned_ = false;
+  ResultCell* result_ = nullptr;
   ChildEnd end_ = {ChildEnd::kGuardLost, 0, 0};
 };
 

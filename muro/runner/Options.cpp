@@ -136,6 +136,9 @@ constexpr Row kRows[] = {
 
     {"Running", "--answers", Takes::kOne, "FILE", kRunOnly, SetText<&Options::answers>,
      "answers to prompts, a line each: test, prompt and answer with tabs between"},
+    {nullptr, "--manual-play", Takes::kNothing, "", Bit(Mode::kInteractive) | kRunOnly,
+     SetFlag<&Options::manualPlay>,
+     "playback tests start no player: somebody plays the content and presses a key at its end"},
     {nullptr, "--timeout", Takes::kOne, "SECONDS", kRunOnly, SetSeconds<&Limits::timeoutS>,
      "limit of one test in all (600); 0 is none"},
     {nullptr, "--idle-timeout", Takes::kOne, "SECONDS", kRunOnly, SetSeconds<&Limits::idleS>,
@@ -265,6 +268,9 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
   }
   if (options.mode == Mode::kVerify && (options.dump.empty() || options.golden.empty()))
     return "--verify needs --dump and --golden";
+  if (!options.trace.empty() && options.results.empty()) return "--trace needs --results";
+  if (options.manualPlay && options.noOperator)
+    return "--manual-play needs an operator or --answers, and --no-operator leaves out such tests";
   if (std::ranges::count(options.outputs, "-") > 1)
     return "only one kind of result can go to standard output";
   return "";

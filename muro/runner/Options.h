@@ -25,6 +25,7 @@ struct Options {
   bool stopOnFail = false;
   bool noOperator = false;
   bool disruptive = false;
+  bool manualPlay = false;
   Limits limits;
   std::string answers;
   std::string record;

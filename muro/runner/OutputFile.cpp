@@ -1,6 +1,7 @@
 #include "OutputFile.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -25,6 +26,12 @@ bool WriteAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(fd, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
+    if (written < 0 && errno == EAGAIN) {
+      // Somebody made it non-blocking; it takes more when its reader has read.
+      pollfd reader = {fd, POLLOUT, 0};
+      poll(&reader, 1, -1);
+      continue;
+    }
     if (written <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }

@@ -6,7 +6,7 @@
 
 namespace runner {
 
-/// Writes all bytes. False when that failed.
+/// Writes all bytes, and waits where the file takes them later. False when that failed.
 bool WriteAll(int fd, std::string_view bytes);
 
 class OutputFile {

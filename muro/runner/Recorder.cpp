@@ -11,18 +11,15 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "Answers.h"
+#include "AnswerNotes.h"
 #include "ConsoleMarks.h"
 #include "ExitStatus.h"
 #include "IsolatedTest.h"
 #include "OutputFile.h"
 #include "Problem.h"
-#include "Text.h"
 
 namespace runner {
 namespace {
-
-constexpr std::size_t kKeptPrompt = 8192;
 
 volatile std::sig_atomic_t resized = 0;
 
@@ -52,41 +49,9 @@ void CopyWindowSize(int to) {
   setsid();
   ioctl(slave, TIOCSCTTY, 0);
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(slave, fd);
-  MarkWaitingAndTaken(key);
+  MarkSession(key);
   std::exit(console());
 }
-
-/// Writes down what is answered, while the output passes through to the operator.
-class Notes {
- public:
-  Notes(OutputFile& file, const std::string& key)
-      : file_(file),
-        marks_(key, {[this](std::string_view text) { Printed(text); },
-                     [this](console::Input) { prompt_ = LastLine(CleanText(printed_)); },
-                     [this](console::Input kind, const std::string& testId,
-                            const std::string& text) { Taken(kind, testId, text); }}) {}
-
-  void Read(std::string_view output) { marks_.Read(output); }
-  void End() { marks_.End(); }
-
- private:
-  void Printed(std::string_view text) {
-    WriteAll(STDOUT_FILENO, text);
-    printed_ += text;
-    if (printed_.size() > 2 * kKeptPrompt) printed_.erase(0, printed_.size() - kKeptPrompt);
-  }
-  void Taken(console::Input kind, const std::string& testId, const std::string& text) {
-    if (!testId.empty())
-      file_.Write(FormatAnswer(testId, prompt_, {kind == console::Input::kKey, text}));
-    printed_.clear();
-    prompt_.clear();
-  }
-
-  OutputFile& file_;
-  std::string printed_;  // since the last answer
-  std::string prompt_;   // as it was before the operator began to type
-  MarkReader marks_;
-};
 
 /// Copies what comes from `from`; false at its end.
 bool Take(int from, std::string& bytes) {
@@ -96,7 +61,7 @@ bool Take(int from, std::string& bytes) {
   return got > 0 || (got < 0 && errno == EINTR);
 }
 
-void Relay(int master, Notes& notes) {
+void Relay(int master, AnswerNotes& notes) {
   pollfd pollers[] = {{master, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
   std::string bytes;
   for (;;) {
@@ -119,7 +84,8 @@ void Relay(int master, Notes& notes) {
 
 int RelaySession(int master, OutputFile& file, const std::string& key, const termios& before) {
   const RawTerminal raw(before);
-  Notes notes(file, key);
+  AnswerNotes notes(key, {[](std::string_view text) { WriteAll(STDOUT_FILENO, text); },
+                          [&](const std::string& line) { file.Write(line); }});
   struct sigaction action = {};
   action.sa_handler = [](int) { resized = 1; };
   sigaction(SIGWINCH, &action, nullptr);

@@ -1,6 +1,7 @@
 #include "ResultDirectory.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kInUse[] = ": is in use by another run";
 constexpr char kTitle[] = "cvntester journal 1";
 constexpr std::size_t kLongestLog = std::size_t{8} << 20;
 constexpr std::size_t kTail = std::size_t{32} << 10;
@@ -34,6 +36,18 @@ void SyncDirectory(const std::string& path) {
   if (fd < 0) return;
   fsync(fd);
   close(fd);
+}
+
+/// Keeps other runs out of a journal until its last descriptor is closed. A run that was killed a
+/// moment ago may have one left in a process that is about to end.
+bool Lock(int journal) {
+  constexpr int kTries = 50;
+  for (int i = 0; i < kTries; ++i) {
+    if (flock(journal, LOCK_EX | LOCK_NB) == 0) return true;
+    if (errno != EWOULDBLOCK) return errno == ENOLCK || errno == EOPNOTSUPP;
+    usleep(20'000);
+  }
+  return false;
 }
 
 std::string Line(std::vector<std::string> fields) {
@@ -114,7 +128,7 @@ bool TestLog::Close() {
     good_ = WriteAll(fd_, note) && good_;
   }
   good_ = fsync(fd_) == 0 && good_;
-  close(fd_);
+  good_ = close(fd_) == 0 && good_;
   fd_ = -1;
   return good_;
 }
@@ -136,7 +150,9 @@ std::string ResultDirectory::Create(const std::string& path, const RunHead& head
   path_ = path;
   const std::string journal = path + "/journal";
   journal_ = open(journal.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0644);
-  if (journal_ < 0 || !Note(HeadText(head))) return SystemError(journal);
+  if (journal_ < 0) return SystemError(journal);
+  if (!Lock(journal_)) return path + kInUse;
+  if (!Note(HeadText(head))) return SystemError(journal);
   SyncDirectory(path);
   return "";
 }
@@ -147,6 +163,9 @@ std::string ResultDirectory::Open(const std::string& path, RunHead& head,
   std::error_code error;
   path_ = fs::absolute(path, error);
   const std::string journal = path_ + "/journal";
+  journal_ = open(journal.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  if (journal_ < 0) return SystemError(journal);
+  if (!Lock(journal_)) return path + kInUse;
   std::string text;
   std::string problem = ReadInputFile(journal, kLargestJournal + 1, text);
   if (!problem.empty()) return problem;
@@ -162,9 +181,7 @@ std::string ResultDirectory::Open(const std::string& path, RunHead& head,
       return journal + ":" + std::to_string(i + 1) + ": no line of a journal";
   }
   if (!headIsWhole) return journal + ": was cut off before the first test; begin a new run";
-  journal_ = open(journal.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-  if (journal_ < 0 || ftruncate(journal_, static_cast<off_t>(text.size())) != 0)
-    return SystemError(journal);
+  if (ftruncate(journal_, static_cast<off_t>(text.size())) != 0) return SystemError(journal);
   return "";
 }
 

@@ -64,8 +64,8 @@ class ResultDirectory {
   /// one line, empty when all is well.
   std::string Create(const std::string& path, const RunHead& head);
 
-  /// Opens the directory of an earlier run and reads its journal. A line that was cut off is
-  /// dropped. Returns an error in one line, empty when all is well.
+  /// Opens the directory of an earlier run, which must not go on any more, and reads its journal. A
+  /// line that was cut off is dropped. Returns an error in one line, empty when all is well.
   std::string Open(const std::string& path, RunHead& head, std::vector<JournalEntry>& entries);
 
   bool IsOpen() const { return journal_ >= 0; }

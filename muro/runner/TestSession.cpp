@@ -13,6 +13,7 @@ namespace runner {
 namespace {
 
 constexpr int kLookMs = 50;
+constexpr double kLooksAgainS = 5;  // tests look for keys more often
 
 /// The signals that end tests, by names that are the same on every board.
 struct SignalName {
@@ -100,6 +101,8 @@ void TestSession::Waiting(console::Input kind) {
   if (LastLine(CleanText(printed_)) != Trimmed(TestCase::kVerdictQuestion)) ++outcome_.prompts;
   const auto answer = answers_.Next(printed_, kind);
   waiting_ = !answer;
+  waitsFor_ = kind;
+  waitingSince_ = Clock::now();
   if (!answer) return;
   test_.Type(*answer);
   listener_(*answer);
@@ -108,14 +111,27 @@ void TestSession::Waiting(console::Input kind) {
 }
 
 void TestSession::WatchLimits() {
-  if (limits_.timeoutS > 0 && SecondsSince(start_) > limits_.timeoutS)
-    Break(Verdict::kError, "timeout: still running after " + Limit(limits_.timeoutS));
-  if (limits_.idleS <= 0 || SecondsSince(lastOutput_) <= limits_.idleS) return;
-  if (waiting_) {
-    Break(Verdict::kBlocked, "no answer to '" + LastLine(CleanText(printed_)) + "'");
-  } else {
-    Break(Verdict::kError, "timeout: no output for " + Limit(limits_.idleS));
+  const struct {
+    double seconds;
+    Clock::time_point since;
+    const char* message;
+  } limits[] = {{limits_.timeoutS, start_, "timeout: still running after "},
+                {limits_.idleS, lastOutput_, "timeout: no output for "}};
+  for (const auto& limit : limits) {
+    if (limit.seconds <= 0 || SecondsSince(limit.since) <= limit.seconds) continue;
+    if (IsWaiting(limit.seconds)) {
+      Break(Verdict::kBlocked, "no answer to '" + LastLine(CleanText(printed_)) + "'");
+    } else {
+      Break(Verdict::kError, limit.message + Limit(limit.seconds));
+    }
   }
+}
+
+/// A test that only looks for a key goes on: it waits as long as it looks again and again.
+bool TestSession::IsWaiting(double limitS) const {
+  const bool looksNoMore = waitsFor_ == console::Input::kPoll &&
+                           SecondsSince(waitingSince_) > std::min(kLooksAgainS, limitS / 2);
+  return waiting_ && !looksNoMore;
 }
 
 void TestSession::Break(Verdict verdict, const std::string& message) {

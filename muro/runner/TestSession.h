@@ -43,6 +43,7 @@ class TestSession {
   void Printed(std::string_view text);
   void Waiting(console::Input kind);
   void WatchLimits();
+  bool IsWaiting(double limitS) const;
   void Break(Verdict verdict, const std::string& message);
   void Judge(const ChildEnd& end);
 
@@ -55,7 +56,9 @@ class TestSession {
   MarkReader marks_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point lastOutput_ = start_;
-  std::string printed_;   // since the last answer
+  std::string printed_;  // since the last answer
+  console::Input waitsFor_ = console::Input::kLine;
+  Clock::time_point waitingSince_;
   bool waiting_ = false;  // for an answer that no rule gives
   bool broken_ = false;   // the verdict is there before the test's end
   std::string remarks_;

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -10,6 +13,7 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using test::Contains;
 using test::FileText;
 using test::UnattendedTest;
@@ -48,6 +52,104 @@ TEST_F(PromisesTest, RunsEndWhereNothingRunsAndTellSkippedRoundsOnce) {
       Judge("xmllint --xpath \"string(//property[@name='skipped_rounds']/@value)\"", "/tmp/o.xml"),
       rounds + "\n");
   EXPECT_LT(std::stoi(Query("length", "/tmp/o.json")), 500);
+}
+
+/// Every test of a LAVA file has one signal.
+std::string Repeated(const std::string& signals) {
+  std::istringstream lines(signals);
+  std::set<std::string> seen;
+  std::string repeated;
+  for (std::string line; std::getline(lines, line);) {
+    const std::string id = line.substr(0, line.find(" RESULT"));
+    if (!seen.insert(id).second) repeated += line + "\n";
+  }
+  return repeated;
+}
+
+TEST_F(PromisesTest, AnInterruptedTestIsToldToLavaByTheRunThatEndsIt) {
+  const std::string hang = "misbehave K2V_RHAL_VPQ_SetGamut hang\n";
+  for (const char* signal : {"TERM", "HUP"}) {
+    fs::remove_all(OnBoard("/tmp/res"));
+    // The board's first process, which a signal from here would reach, is not the harness.
+    test::Pty& pty = StartProgram(
+        {"sh", "-c",
+         "cvntester --run UTVpqModule/20? --results /tmp/res --lava /tmp/o.lava --color never & "
+         "while ! grep -q 'start.UTVpqModule/204' /tmp/res/journal; do :; done; kill -" +
+             std::string(signal) + " $!; wait $!; echo status $?"},
+        {.scenario = hang});
+    ASSERT_TRUE(pty.Expect("status 99", test::kRunLimitMs)) << signal;
+    ASSERT_TRUE(pty.ExpectEnd());
+    const std::string first = FileText(OnBoard("/tmp/o.lava"));
+    EXPECT_FALSE(Contains(first, "UTVpqModule.204")) << signal << first;
+    EXPECT_FALSE(Contains(first, "skip")) << signal << first;
+    EXPECT_EQ(Run({"--resume", "/tmp/res"}), 1) << Screen();
+    const std::string whole = FileText(OnBoard("/tmp/o.lava"));
+    EXPECT_TRUE(Contains(whole, "TEST_CASE_ID=UTVpqModule.204 RESULT=fail")) << signal << whole;
+    EXPECT_EQ(std::ranges::count(whole, '\n'), 10) << signal << whole;
+    EXPECT_EQ(Repeated(whole), "") << signal;
+  }
+}
+
+TEST_F(PromisesTest, ARunLeavesReportsOfOtherRunsAlone) {
+  // Reports of this second and the next ones are there already.
+  test::Pty& pty = StartProgram(
+      {"sh", "-c",
+       "now=$(date +%s); for s in 0 1 2 3 4 5; do echo mine >/tmp/var/log/$(date -d "
+       "@$((now + s)) +%m_%d_%H_%M_%S).txt; done; cvntester --run UTVpqModule/2?; echo over"});
+  ASSERT_TRUE(pty.Expect("over\n", test::kRunLimitMs));
+  EXPECT_TRUE(Contains(pty.Transcript(), "10 passed")) << pty.Transcript();
+  std::vector<std::string> reports;
+  for (const auto& report : fs::directory_iterator(OnBoard("/tmp/var/log")))
+    reports.push_back(FileText(report.path()));
+  ASSERT_EQ(reports.size(), 7U);
+  EXPECT_EQ(std::ranges::count(reports, "mine\n"), 6);
+  EXPECT_EQ(std::ranges::count_if(
+                reports, [](const auto& text) { return Contains(text, "Total TestCase : 10 "); }),
+            1);
+}
+
+TEST_F(PromisesTest, ClosedStandardStreamsReachNoFile) {
+  test::Pty& pty = StartProgram({"sh", "-c",
+                                 "cvntester --run UTVpqModule/20? --results /tmp/res --junit "
+                                 "/tmp/o.xml <&- >&- 2>/tmp/status; echo status $?"});
+  ASSERT_TRUE(pty.Expect("status 0", test::kRunLimitMs)) << pty.Transcript();
+  const std::string journal = FileText(OnBoard("/tmp/res/journal"));
+  EXPECT_TRUE(journal.starts_with("cvntester journal 1\n")) << journal;
+  EXPECT_FALSE(Contains(journal, "listed")) << journal;
+  EXPECT_EQ(Judge("xmllint --xpath 'count(//testcase)'", "/tmp/o.xml"), "10\n");
+}
+
+TEST_F(PromisesTest, ContradictionsAreRefusedBeforeAnythingIsOverwritten) {
+  Put("/tmp/answers", "*\t*\ty\nVscModul/1\t*\t1\n");
+  Put("/tmp/good", "*\t*\ty\nVscModule/1\t*\t1\n");
+  const std::string run = "--run UTVpqModule/1 ";
+  const struct {
+    std::string words;
+    const char* problem;
+  } cases[] = {
+      {run + "--junit /tmp/x --tap /tmp/x", "--junit and --tap are one file: /tmp/x"},
+      {run + "--junit /tmp/x --lava /tmp/../tmp/./x", "--junit and --lava are one file"},
+      {run + "--json /tmp/good --answers /tmp/good", "--json would overwrite --answers"},
+      {run + "--results /tmp/res --json /tmp/res/journal", "belongs to --results"},
+      {run + "--results /tmp/res --tap /tmp/res/logs/../logs/a.log", "belongs to --results"},
+      {run + "--trace /sim/trace", "--trace needs --results"},
+      {run + "--answers /tmp/answers", "/tmp/answers:2: 'VscModul/1' matches no test"},
+      {"--run  --no-operator", "--run: must not be empty"},
+  };
+  for (const auto& [words, problem] : cases) {
+    std::vector<std::string> arguments;
+    std::istringstream text(words);
+    for (std::string word; std::getline(text, word, ' ');) arguments.push_back(word);
+    EXPECT_EQ(Run(arguments), 2) << words;
+    EXPECT_TRUE(Contains(Screen(), problem)) << words << ": " << Screen();
+  }
+  EXPECT_EQ(FileText(OnBoard("/tmp/good")).substr(0, 1), "*");
+  EXPECT_FALSE(fs::exists(OnBoard("/tmp/x")));
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--answers", "/tmp/good", "--junit", "/dev/null",
+                 "--tap", "/dev/null"}),
+            0);
+  EXPECT_TRUE(Contains(Screen(), "/tmp/good:2: 'VscModule/1' matches no selected test"))
+      << Screen();
 }
 
 }  // namespace

@@ -181,14 +181,16 @@ TEST_F(UnattendedTest, ARunThatIsKilledGoesOnBehindTheTestItWasIn) {
 }
 
 TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndGoesOn) {
-  Pty& pty = Start(
-      {.arguments = {"--run", "UTVpqModule/20?", "--results", "/tmp/res", "--tap", "/tmp/o.tap"},
-       .scenario = "misbehave K2V_RHAL_VPQ_SetGamut hang\n"});
+  Pty& pty = Start({.arguments = {"--run", "UTVpqModule/20?", "--results", "/tmp/res", "--tap",
+                                  "/tmp/o.tap", "--lava", "/tmp/o.lava"},
+                    .scenario = "misbehave K2V_RHAL_VPQ_SetGamut hang\n"});
   ASSERT_TRUE(pty.Expect("UTVpqModule/204"));
   pty.Send("\x03");
   EXPECT_EQ(pty.Wait(), 99);
   EXPECT_TRUE(Contains(test::FileText(OnBoard("/tmp/o.tap")), "# SKIP the run was interrupted"));
+  EXPECT_FALSE(Contains(test::FileText(OnBoard("/tmp/o.lava")), "UTVpqModule.204"));
   EXPECT_EQ(Run({"--resume", "/tmp/res"}), 1);
+  EXPECT_TRUE(Contains(test::FileText(OnBoard("/tmp/o.lava")), "UTVpqModule.204 RESULT=fail"));
   EXPECT_TRUE(Contains(Screen(),
                        "10 listed = 10 run + 0 skipped + 0 blocked; 9 passed, 0 failed, 1 "
                        "errors"))

@@ -71,6 +71,7 @@ TEST(AnswersTest, PromptsMatchFromALinesBeginningToTheEnd) {
   };
   EXPECT_EQ(next("Value="), "7\n");
   EXPECT_EQ(next("\033[1mtrace\n\033[m more\nValue= \n"), "7\n");
+  EXPECT_EQ(next("before\n  Value="), "7\n");
   EXPECT_EQ(next("No Value="), std::nullopt);
   EXPECT_EQ(next("Value=\nbut then this"), std::nullopt);
   EXPECT_EQ(next((std::string(100000, 'x') + "\nValue=").c_str()), "7\n");

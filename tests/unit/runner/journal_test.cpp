@@ -58,6 +58,15 @@ TEST_F(JournalTest, CutOffAnywhereItTellsWhatWasWholeOrIsRefused) {
   }
 }
 
+TEST_F(JournalTest, AJournalInUseIsNobodyElses) {
+  ResultDirectory running;
+  ASSERT_EQ(running.Create(path_, {"/", {}, {}}), "");
+  RunHead head;
+  std::vector<JournalEntry> entries;
+  EXPECT_EQ(ResultDirectory().Open(path_, head, entries),
+            path_.string() + ": is in use by another run");
+}
+
 TEST_F(JournalTest, GivesBackWhatWasNoted) {
   Write();
   RunHead head;

@@ -34,6 +34,8 @@ TEST(OptionsTest, WrongCommandLinesAreRefusedWithWhatIsWrong) {
       {"--run A --record f", "--record does not belong here; it stands alone"},
       {"--run A --tap - --lava -", "only one kind of result can go to standard output"},
       {"--verify 101 --dump d", "--verify needs --dump and --golden"},
+      {"--run A --trace t", "--trace needs --results"},
+      {"--run A --manual-play --no-operator", "--manual-play needs an operator"},
       {"--version=2", "--version takes no value"},
       {"--junit=", "--junit: must not be empty"},
       {"--run=", "--run: must not be empty"},

@@ -1,5 +1,6 @@
 // Tests that run without their operator: prompts, keys, limits and results.
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 
 #include "ConsoleInput.h"
 #include "Remarks.h"
+#include "runner/Descriptors.h"
 #include "runner/TestSession.h"
 
 namespace {
@@ -39,12 +41,12 @@ struct Played {
 
 /// Plays a function as a test that judges itself, unless `byOperator`.
 Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool byOperator = false,
-            double idleS = 4) {
+            const runner::Limits& limits = {.timeoutS = 6, .idleS = 4}) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", function, !byOperator};
   TestCase test(&record);
   const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
   Played played;
-  runner::TestSession session(entry, rules, {.timeoutS = 6, .idleS = idleS},
+  runner::TestSession session(entry, rules, limits,
                               [&](std::string_view text) { played.console += text; });
   played.outcome = session.Run([] { return false; });
   return played;
@@ -86,12 +88,12 @@ TEST(SessionTest, RemarksStandInTheResultAndNotInTheOutput) {
 
 TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {
   for (const char* wrong : {"other=", "second", "second=?"}) {
-    const Played played = Play(AskInPieces, Rules(wrong, "42"), false, 1);
+    const Played played = Play(AskInPieces, Rules(wrong, "42"), false, {.timeoutS = 6, .idleS = 1});
     EXPECT_EQ(played.outcome.verdict, Verdict::kBlocked);
     EXPECT_EQ(played.outcome.message, "no answer to 'first second='");
     EXPECT_EQ(played.outcome.result, 1);
   }
-  const auto unjudged = Play([](char*) { return 0; }, {}, true, 1);
+  const auto unjudged = Play([](char*) { return 0; }, {}, true, {.timeoutS = 6, .idleS = 1});
   EXPECT_EQ(unjudged.outcome.verdict, Verdict::kBlocked);
 }
 
@@ -145,6 +147,74 @@ TEST(SessionTest, WhatIsTypedIsNotThrownAwayAsTypedAhead) {
       {"Module", "port*", {{false, "0"}, {false, "1"}, {false, "2"}}},
       {"Module", "sure*", {{false, "y"}}}};
   EXPECT_EQ(Play(number, rules).outcome.verdict, Verdict::kPass);
+}
+
+int LookForAKeyForEver(char*) {
+  std::puts("ends with a key");
+  while (kbhit() == 0) usleep(1000);
+  return 0;
+}
+
+int HangAfterALookForAKey(char*) {
+  std::puts("ends with a key");
+  for (kbhit();;) pause();
+}
+
+TEST(SessionTest, WhoeverWaitsForTheOperatorIsBlockedWhateverLimitEndsIt) {
+  const struct {
+    int (*function)(char*);
+    runner::Limits limits;
+    Verdict verdict;
+    const char* message;
+  } cases[] = {
+      {AskInPieces,
+       {.timeoutS = 0.5, .idleS = 60},
+       Verdict::kBlocked,
+       "no answer to 'first second='"},
+      {AskInPieces,
+       {.timeoutS = 0.5, .idleS = 0},
+       Verdict::kBlocked,
+       "no answer to 'first second='"},
+      {AskInPieces,
+       {.timeoutS = 0, .idleS = 0.5},
+       Verdict::kBlocked,
+       "no answer to 'first second='"},
+      {LookForAKeyForEver,
+       {.timeoutS = 1, .idleS = 0},
+       Verdict::kBlocked,
+       "no answer to 'ends with a key'"},
+      {HangAfterALookForAKey,
+       {.timeoutS = 1, .idleS = 0},
+       Verdict::kError,
+       "timeout: still running after 1 s"},
+      {HangAfterALookForAKey,
+       {.timeoutS = 60, .idleS = 1},
+       Verdict::kError,
+       "timeout: no output for 1 s"},
+  };
+  for (const auto& [function, limits, verdict, message] : cases) {
+    const Played played = Play(function, {}, false, limits);
+    EXPECT_EQ(played.outcome.verdict, verdict) << message;
+    EXPECT_EQ(played.outcome.message, message);
+  }
+}
+
+TEST(SessionTest, ATestHasNoneOfTheRunnersFiles) {
+  runner::NoteForeignDescriptors();
+  const std::string path = testing::TempDir() + "results" + std::to_string(getpid());
+  const int results = open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  ASSERT_GE(results, 0);
+  const Played played = Play(
+      [](char*) {
+        for (int fd = 3; fd < 1024; ++fd)
+          [[maybe_unused]] const ssize_t written = write(fd, "stray bytes of a driver", 23);
+        return 0;
+      },
+      {});
+  EXPECT_EQ(played.outcome.verdict, Verdict::kPass) << played.outcome.message;
+  EXPECT_EQ(lseek(results, 0, SEEK_END), 0);
+  close(results);
+  unlink(path.c_str());
 }
 
 TEST(SessionTest, EndOfInputFailsTheTest) {

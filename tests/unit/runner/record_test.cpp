@@ -1,0 +1,168 @@
+// Every test that prompts, worked by an operator whose answers are recorded, and played again from
+// the recording.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Emulated.h"
+#include "Scripted.h"
+#include "SimHal.h"
+#include "TestFrame.h"
+#include "TestReport.h"
+#include "Util.h"
+#include "runner/AnswerNotes.h"
+#include "runner/Answers.h"
+#include "runner/IsolatedTest.h"
+#include "runner/TestList.h"
+#include "runner/TestSession.h"
+#include "runner/Text.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using console::Input;
+using runner::TestEntry;
+
+constexpr auto kSessionLimit = std::chrono::seconds(10);
+constexpr char kChoice[] = "Please enter a choice : ";
+
+/// Works a console: goes to a test in the menus, gives answers of all kinds until the test has
+/// ended, and quits.
+class Operator {
+ public:
+  explicit Operator(const TestEntry& entry)
+      : choices_(runner::Split(entry.position, ' ')), script_(kRules, entry) {}
+
+  /// What is typed where the console waits with `printed` since the last answer.
+  std::string Answer(const std::string& printed, Input kind) {
+    if (printed.ends_with(kChoice) || printed.ends_with(std::string(kChoice) + "\033[1;37m"))
+      return (next_ < choices_.size() ? choices_[next_++] : std::string("Q")) + "\n";
+    constexpr std::array kLines = {"0", "1", "y", "2", "n", "5", "255", "9", "picture", "3"};
+    constexpr std::array kKeys = {">", "<", "?", "1", "q"};
+    if (const auto answer = script_.Next(printed, kind)) return *answer;
+    // In another place every time round, lest a test that asks in a circle gets the same again.
+    const std::size_t turn = given_ + given_ / kLines.size();
+    ++given_;
+    if (kind == Input::kLine) return std::string(kLines[turn % kLines.size()]) + "\n";
+    return kKeys[turn % kKeys.size()];
+  }
+
+ private:
+  // Tests that go round in a circle end by these answers only.
+  inline static const std::vector<runner::AnswerRule> kRules = {
+      {"VscModule", "*99(Exit)*", {{false, "99"}}},
+      {"VscModule", "*1(Exit)*", {{false, "1"}}},
+      {"VscModule", "*1(YES)*", {{false, "0"}, {false, "1"}}}};
+
+  std::vector<std::string> choices_;
+  runner::AnswerScript script_;
+  std::size_t next_ = 0;
+  std::size_t given_ = 0;
+};
+
+int OpenConsole(const std::string& key) {
+  runner::MarkSession(key);
+  TestFrame* frame = TestFrame::GetInstance();
+  do {
+    frame->PrintMenu();
+  } while (frame->EnterMenu() != 0);
+  return 0;
+}
+
+/// A report with a header and nothing else in it, in a place of its own.
+std::string NewReport() {
+  const std::string path = scripted::RedirectReport();
+  testing::internal::CaptureStdout();
+  printReport();
+  testing::internal::GetCapturedStdout();
+  return path;
+}
+
+/// The report's lines of tests.
+std::string TestLines(const std::string& path) {
+  std::string lines;
+  for (const std::string& line : runner::Split(scripted::ReadFile(path), '\n')) {
+    if (line.starts_with("# TestCase: ")) lines += line + '\n';
+  }
+  return lines;
+}
+
+/// Records a session with one test. Returns the file of answers' text.
+std::string Record(const TestEntry& entry) {
+  simhal::Reset();
+  const std::string key = runner::MakeMarkKey();
+  Operator person(entry);
+  std::string recorded;
+  std::string printed;
+  runner::IsolatedTest child;
+  runner::AnswerNotes notes(
+      key, {[](std::string_view) {}, [&](const std::string& line) { recorded += line; }});
+  runner::MarkReader marks(key, {[&](std::string_view text) { printed += text; },
+                                 [&](Input kind) {
+                                   child.Type(person.Answer(printed, kind));
+                                   printed.clear();
+                                 },
+                                 {}});
+  EXPECT_EQ(child.Start([&] { return OpenConsole(key); }), "");
+  const auto deadline = std::chrono::steady_clock::now() + kSessionLimit;
+  std::string output;
+  while (child.Wait(100, output)) {
+    notes.Read(output);
+    marks.Read(output);
+    output.clear();
+    if (std::chrono::steady_clock::now() > deadline) child.Stop();
+  }
+  EXPECT_EQ(child.End().kind, runner::ChildEnd::kReturned)
+      << entry.id << " was not ended: " << printed.substr(0, 2000);
+  return recorded;
+}
+
+/// Plays what was recorded. Returns the reason why the test was not run to its end, if any.
+std::string Replay(const TestEntry& entry, const std::string& recorded) {
+  simhal::Reset();
+  const std::string path = testing::TempDir() + "recorded" + std::to_string(getpid());
+  std::ofstream(path) << recorded;
+  std::vector<runner::AnswerRule> rules;
+  EXPECT_EQ(runner::LoadAnswers(path, rules), "");
+  fs::remove(path);
+  runner::TestSession session(entry, rules, {.timeoutS = 10, .idleS = 8}, [](std::string_view) {});
+  const runner::Outcome outcome = session.Run([] { return false; });
+  testing::internal::CaptureStdout();
+  entry.test->Finish(outcome.result);
+  testing::internal::GetCapturedStdout();
+  return outcome.message;
+}
+
+TEST(RecordTest, EveryTestThatPromptsIsPlayedAgainWithTheSameReportLine) {
+  if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
+  TestFrame::GetInstance()->DoInit();
+  // Some tests save a picture under the name that is typed.
+  const fs::path directory = testing::TempDir() + "record" + std::to_string(getpid());
+  fs::create_directories(directory);
+  fs::current_path(directory);
+  int tests = 0;
+  for (const TestEntry& entry : runner::AllTests()) {
+    // Cross-module tests need a board; the others never read what somebody has to do.
+    if (!entry.test->asks() || entry.moduleClass.starts_with("CM")) continue;
+    if (entry.id == "K2vHalDeviceModule/3") continue;
+    ++tests;
+    const std::string first = NewReport();
+    const std::string recorded = Record(entry);
+    const std::string linesRecorded = TestLines(first);
+    const std::string second = NewReport();
+    EXPECT_EQ(Replay(entry, recorded), "") << entry.id << "\n" << recorded;
+    EXPECT_EQ(TestLines(second), linesRecorded) << entry.id << "\n" << recorded;
+    EXPECT_EQ(recorded.find(runner::GlobOf("Please enter a choice")), std::string::npos)
+        << entry.id;
+  }
+  EXPECT_GT(tests, 100);
+  fs::current_path("/");
+  fs::remove_all(directory);
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// Results on their way to where they are read: nothing is lost, nothing comes twice.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+
+#include "Scripted.h"
+#include "TestReport.h"
+#include "runner/ConsoleWriter.h"
+#include "runner/ResultWriters.h"
+#include "runner/TestRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using runner::Verdict;
+
+class WritersTest : public testing::Test {
+ protected:
+  WritersTest() { fs::create_directories(directory_); }
+  ~WritersTest() override { fs::remove_all(directory_); }
+
+  std::string Text(const std::string& name) const {
+    std::ifstream file(directory_ / name);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  fs::path directory_ = testing::TempDir() + "writers" + std::to_string(getpid());
+};
+
+runner::TestResult Result(const std::string& id, Verdict verdict) {
+  return {{1, 1, id, "A", "name", "what it does"}, verdict, "", 0, "", ""};
+}
+
+TEST_F(WritersTest, ANonBlockingConsoleIsWaitedFor) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+  std::size_t got = 0;
+  std::thread reader([&] {
+    char block[4096];
+    for (ssize_t count = 0; (count = read(ends[0], block, sizeof block)) > 0;)
+      got += static_cast<std::size_t>(count);
+  });
+  const std::size_t size = std::size_t{4} << 20;  // many times what a pipe holds
+  std::FILE* file = fdopen(ends[1], "w");
+  runner::ConsoleWriter(file, "never", true).TestPrinted(std::string(size, 'x'));
+  std::fclose(file);
+  reader.join();
+  close(ends[0]);
+  EXPECT_EQ(got, size);
+}
+
+TEST_F(WritersTest, ALavaCommandThatFailsOrHangsCostsOneSignalAndATime) {
+  constexpr char kSignal[] = "<LAVA_SIGNAL_TESTCASE TEST_CASE_ID=A.1 RESULT=pass>\n";
+  const std::string say = "echo \"<LAVA_SIGNAL_TESTCASE TEST_CASE_ID=$1 RESULT=$3>\"\n";
+  const char* oldPath = std::getenv("PATH");
+  const std::string path = oldPath == nullptr ? "/bin:/usr/bin" : oldPath;
+  setenv("PATH", (directory_.string() + ":" + path).c_str(), 1);
+  for (const std::string& script : {say, std::string("exit 1\n"), say + "exit 1\n",
+                                    std::string("exec sleep 1000\n"), say + "exec sleep 1000\n"}) {
+    std::ofstream(directory_ / "lava-test-case") << "#!/bin/sh\n" << script;
+    chmod((directory_ / "lava-test-case").c_str(), 0755);
+    const auto writer = runner::MakeLavaWriter(directory_ / "lava", -1);
+    writer->TestEnded(Result("A/1", Verdict::kPass));
+    EXPECT_EQ(Text("lava"), kSignal) << script;
+  }
+  setenv("PATH", path.c_str(), 1);
+}
+
+/// Hears what became of tests.
+class Listener : public runner::RunListener {
+ public:
+  explicit Listener(std::vector<runner::TestResult>& results) : results_(results) {}
+  void RunStarted(std::size_t) override {}
+  void TestEnded(const runner::TestResult& result) override { results_.push_back(result); }
+  void RunEnded(const runner::Totals&) override {}
+  bool Good() const override { return true; }
+
+ private:
+  std::vector<runner::TestResult>& results_;
+};
+
+TEST_F(WritersTest, ATestWhoseLogOrReportLineIsNotKeptHasNotPassed) {
+  constexpr ST_THAL_TEST_CASE_T kRecord = {1, "name", "", [](char*) { return 0; }, true};
+  TestCase test(&kRecord);
+  const runner::TestEntry entry{&test, "A", "A/1", "", ""};
+  for (const bool logIsLost : {true, false}) {
+    const fs::path directory = directory_ / (logIsLost ? "log" : "report");
+    const std::string reportPath = scripted::RedirectReport();
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(report::StartOwn());
+    runner::ResultDirectory results;
+    ASSERT_EQ(results.Create(directory, {"/", {}, {"A/1"}}), "");
+    if (logIsLost) fs::remove_all(directory / "logs");
+    if (!logIsLost) std::ofstream(reportPath, std::ios::app) << "by somebody else\n";
+    const std::string reportBefore = scripted::ReadFile(reportPath);
+    std::vector<runner::TestResult> told;
+    std::vector<std::unique_ptr<runner::RunListener>> listeners;
+    listeners.push_back(std::make_unique<Listener>(told));
+    EXPECT_EQ(runner::TestRun({}, {entry}, {}, results, std::move(listeners)).Do({}), 99);
+    testing::internal::GetCapturedStdout();
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told[0].verdict, Verdict::kError);
+    EXPECT_EQ(scripted::ReadFile(reportPath) == reportBefore, !logIsLost);
+    std::ifstream journal(directory / "journal");
+    const std::string text{std::istreambuf_iterator<char>(journal), {}};
+    EXPECT_NE(text.find("\tERROR\t"), std::string::npos) << text;
+  }
+}
+
+}  // namespace
