@@ -18,10 +18,13 @@ int OpenConsole() {
   return 0;
 }
 
+// Before the HAL library opens anything, which it does while it is loaded.
+__attribute__((section(".preinit_array"),
+               used)) void (*const openStandardStreams)() = runner::OpenStandardStreams;
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  runner::OpenStandardStreams();
   EndWhenOutOfMemory();
   // Nothing may be read ahead of what a prompt asks for: tests look at the terminal themselves.
   std::setvbuf(stdin, nullptr, _IONBF, 0);

@@ -40,10 +40,9 @@ std::vector<int> OpenDescriptors() {
 }  // namespace
 
 void OpenStandardStreams() {
-  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     // The lowest free number is taken, which is this one.
-    if (!IsOpen(fd)) [[maybe_unused]]
-      const int opened = open("/dev/null", O_RDWR);
+    if (!IsOpen(fd)) open("/dev/null", O_RDWR);
   }
 }
 

@@ -6,7 +6,8 @@
 namespace runner {
 
 /// Puts /dev/null in the place of standard streams that are closed, so that no file opened later
-/// gets what is meant for the console.
+/// gets what is meant for the console. To be called before libraries are initialised, so it uses
+/// nothing of them but system calls.
 void OpenStandardStreams();
 
 /// What is open now was opened by the HAL and its libraries, and tests inherit it. What is opened

@@ -141,45 +141,6 @@ TEST_F(UnattendedTest, AFirstFailureEndsWhatIsToEndThere) {
       << Screen();
 }
 
-TEST_F(UnattendedTest, ARunThatIsKilledGoesOnBehindTheTestItWasIn) {
-  const std::vector<std::string> run = {"--run",    "UTVpqModule/2*", "--results",
-                                        "/tmp/res", "--json",         "/tmp/o.json"};
-  for (const std::size_t lines : {0U, 1U, 2U, 7U, 20U, 55U, 100U}) {
-    fs::remove_all(OnBoard("/tmp/res"));
-    Pty& pty = Start({.arguments = run});
-    const auto journalLines = [&] {
-      std::ifstream file(OnBoard("/tmp/res/journal"));
-      std::size_t count = 0;
-      for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("start") || line.starts_with("end")) ++count;
-        if (line.starts_with("tests") && count == 0) ++count;
-      }
-      return count;
-    };
-    while (journalLines() <= lines && !pty.ExpectEnd(1)) {
-    }
-    kill(pty.Pid(), SIGKILL);  // the whole board goes with it
-    EXPECT_TRUE(pty.ExpectEnd());
-    const int status = Run({"--resume", "/tmp/res"});
-    const std::string cutOff = Query(
-        "[.[] | select(.event == \"test-end\" and .message == "
-        "\"the run was cut off in this test\")] | length",
-        "/tmp/o.json");
-    EXPECT_EQ(status, cutOff == "0" ? 0 : 1) << Screen();
-    EXPECT_TRUE(cutOff == "0" || cutOff == "1") << cutOff;
-    EXPECT_EQ(Query("[.[] | select(.event == \"test-end\") | .test] | \"\\(length) \\(unique | "
-                    "length)\"",
-                    "/tmp/o.json"),
-              "56 56")
-        << "killed after " << lines;
-    EXPECT_EQ(Query(".[-1] | .PASS + .ERROR", "/tmp/o.json"), "56");
-    for (const auto& file : fs::directory_iterator(OnBoard("/tmp/var/log"))) {
-      const bool isReport = file.path().extension() == ".txt";  // the board's logs lie there too
-      EXPECT_TRUE(!isReport || Contains(test::FileText(file.path()), "@TOTAL@"));
-    }
-  }
-}
-
 TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndGoesOn) {
   Pty& pty = Start({.arguments = {"--run", "UTVpqModule/20?", "--results", "/tmp/res", "--tap",
                                   "/tmp/o.tap", "--lava", "/tmp/o.lava"},
