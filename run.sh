@@ -1,7 +1,7 @@
 #!/bin/bash
 # Opens the harness's console on the simulated board; installs and builds first what is missing.
 set -euo pipefail
-usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--help] [-- ARGUMENT...]'
+usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--help] [-- ARGUMENT...]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/sim/board/options.sh"
@@ -13,6 +13,8 @@ $usage
   --board DIR      where the board's files live; they survive between runs (default: board/)
   --scenario FILE  starting state of the simulated HAL and what happens later
   --fresh          throw the board's files away first
+  --keep-on        leave the board on at the end, and take it as it is where it was left on;
+                   without this every start is a power-on, and what cvnsim changed is gone
   -- ARGUMENT...   the rest goes to cvntester
 TEXT
 }
@@ -41,13 +43,24 @@ NeedPackages "${run_packages[@]}"
 IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
 Build release simulated_board
 
-fresh_option=()
-((!fresh)) || fresh_option=(--fresh)
-scenario_option=()
-[[ -z $scenario ]] || scenario_option=(--scenario "$scenario")
-echo "Board files: $board"
-echo "Reports:     $board/root/tmp/var/log"
-echo "USB stick:   $board/usb/stick"
-echo "TFTP server: $board/tftp"
-exec "$here/sim/board/board-run" --board "$board" --bin "$here/build/release" --os "$os" \
-  "${fresh_option[@]}" "${scenario_option[@]}" -- cvntester "$@"
+board_options=(--board "$board" --os "$os")
+((!fresh)) || board_options+=(--fresh)
+((!keep_on)) || board_options+=(--keep-on)
+[[ -z $scenario ]] || board_options+=(--scenario "$scenario")
+
+# What only prints something about the program needs no board.
+for argument; do
+  case $argument in
+    --help | --version | --document) exec "$here/build/release/bin/cvntester" "$@" ;;
+  esac
+done
+
+# With arguments standard output is for what they ask for.
+(($#)) && banner=2 || banner=1
+cat >&"$banner" <<TEXT
+Board files: $board
+Reports:     $board/root/tmp/var/log
+USB stick:   $board/usb/stick
+TFTP server: $board/tftp
+TEXT
+exec "$here/sim/board/board-run" "${board_options[@]}" --bin "$here/build/release" -- cvntester "$@"

@@ -129,16 +129,30 @@ UnmountAll() {
   done <"$sim/mounts"
 }
 
-# Every start is a power-on: the root file system survives, but for what a board keeps in memory; the
-# HAL's and the drivers' state does not, and around the board all is well. Reports stay for the user.
+# SwitchOn: every start is a power-on, but for a board that an earlier session with --keep-on left
+# on, when this one is to keep it on, too.
+SwitchOn() {
+  local on=
+  ((!keep_on)) || read -r on 2>/dev/null <"$sim/on" || true
+  if [[ -z $on ]]; then
+    PowerOn
+  else
+    [[ $on == "$os" ]] || Die 2 "the board in $board is on with --os $on; cvnsim off switches it off"
+    [[ -z $scenario ]] ||
+      Die 2 "the board in $board is on, and a scenario is for switching it on; cvnsim off first"
+  fi
+  rm -f "$sim/on"
+  ((!keep_on)) || echo "$os" >"$sim/on"
+  SetUpSession
+}
+
+# The root file system survives, but for what a board keeps in memory; the HAL's and the drivers'
+# state does not, and around the board all is well. Reports stay for the user.
 PowerOn() {
   UnmountAll
   rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands,{stick-out,network-down,tftp-down,disk-full}}
   printf '%s\n' "${volatile_files[@]}" "${driver_nodes[@]}" >"$sim/volatile"
   [[ -z $scenario ]] || cp "$scenario" "$sim/scenario"
-  # The HAL that ran last made a pipe of it, which nobody reads any more.
-  [[ ! -p $root/sys/crt/register ]] || rm "$root/sys/crt/register"
-  : >>"$root/sys/crt/register"
   echo "$os" >"$sim/os"
   (
     cd "$root" || exit
@@ -147,6 +161,14 @@ PowerOn() {
     : >"${os_markers[$os]}"
     for node in "${driver_nodes[@]}" "${block_nodes[@]}"; do : >"$node"; done
   )
+}
+
+# What a session brings along and takes with it: processes, and the network they are in.
+SetUpSession() {
+  rm -f "$root/tmp/cross_module/isPcbIpSetuped.cfg"
+  # The HAL that ran last made a pipe of it, which nobody reads any more.
+  [[ ! -p $root/sys/crt/register ]] || rm "$root/sys/crt/register"
+  : >>"$root/sys/crt/register"
   # Where the board has no network of its own nobody serves it, and nothing leaves this machine.
   local server=192.0.2.1
   [[ $sandbox == bwrap ]] || server=127.0.0.1

@@ -4,6 +4,7 @@ board=
 scenario=
 os=android
 fresh=0
+keep_on=0
 
 UsageError() {
   Die 2 "$1; $usage"
@@ -20,6 +21,7 @@ TakeBoardOption() {
     --scenario) scenario=$2 ;;
     --os) os=$2 ;;
     --fresh) fresh=1 taken=1 ;;
+    --keep-on) keep_on=1 taken=1 ;;
     *) UsageError "unknown option $1" ;;
   esac
 }

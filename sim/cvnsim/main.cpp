@@ -1,4 +1,8 @@
 // cvnsim: looks at a running simulated board and changes it, from another terminal.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <deque>
 #include <exception>
@@ -22,6 +26,7 @@ constexpr int kWrongCommand = 2;
 struct BoardFiles {
   std::string state;
   std::string trace;
+  std::string directory{};  // of the board; empty inside of it
 };
 
 std::string Environment(const char* name, const std::string& otherwise) {
@@ -30,7 +35,7 @@ std::string Environment(const char* name, const std::string& otherwise) {
 }
 
 BoardFiles FilesIn(const std::string& boardDir) {
-  return {boardDir + "/run/state", boardDir + "/run/trace"};
+  return {boardDir + "/run/state", boardDir + "/run/trace", boardDir};
 }
 
 // Inside a board the environment names the files; outside it is the board's directory.
@@ -56,6 +61,27 @@ void Attach(const BoardFiles& files) {
   sim::Attach(files.state);
 }
 
+// True while a session has the board: its launcher keeps the board's file locked.
+bool InSession(const BoardFiles& files) {
+  const int fd = open((files.directory + "/.cvntester-board").c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  const bool locked = flock(fd, LOCK_SH | LOCK_NB) != 0;
+  close(fd);
+  return locked;
+}
+
+// The file that says of a board between two sessions that it is on.
+std::string OnFile(const BoardFiles& files) {
+  return files.directory + "/run/on";
+}
+
+// Refuses to change a board whose next start is a power-on.
+void NeedBoardThatIsOn(const BoardFiles& files) {
+  if (files.directory.empty() || InSession(files) || std::filesystem::exists(OnFile(files))) return;
+  throw std::runtime_error("no board is running in " + files.directory +
+                           ", and its next start is a power-on; ./run.sh --keep-on leaves it on");
+}
+
 void PrintState(const Words&, const BoardFiles& files) {
   Attach(files);
   std::cout << sim::Describe(*sim::BoardLock());
@@ -74,7 +100,15 @@ void PrintTrace(const Words& arguments, const BoardFiles& files) {
   for (const std::string& line : last) std::cout << line << '\n';
 }
 
+// Between two sessions; in one the board goes off with its program.
+void SwitchOff(const Words&, const BoardFiles& files) {
+  if (files.directory.empty() || InSession(files))
+    throw std::runtime_error("a session has the board; it goes off with that");
+  std::filesystem::remove(OnFile(files));
+}
+
 void Reset(const Words&, const BoardFiles& files) {
+  NeedBoardThatIsOn(files);
   Attach(files);
   sim::ResetBoard(*sim::BoardLock());
 }
@@ -98,6 +132,7 @@ constexpr OwnCommand kOwnCommands[] = {
     {"state", "", "show the board", 0, PrintState},
     {"trace", "[N]", "show the last N HAL calls, default 20", 1, PrintTrace},
     {"reset", "", "switch the board off and on: the state its scenario starts with", 0, Reset},
+    {"off", "", "switch a board off that ./run.sh --keep-on left on", 0, SwitchOff},
     {"help", "", "show this", 0, PrintHelp},
 };
 
@@ -113,6 +148,7 @@ void PrintHelp(const Words&, const BoardFiles&) {
 
 void RunOnBoard(const Words& words, const BoardFiles& files) {
   const sim::Action action = sim::ParseCommand(words);
+  NeedBoardThatIsOn(files);
   Attach(files);
   action(*sim::BoardLock());
 }

@@ -75,6 +75,29 @@ TEST_F(BoardTest, FilesSurviveAndFreshClears) {
   EXPECT_EQ(0, RunScript("[ ! -e /data/kept ]", {.launcher = {"--fresh"}})) << Screen();
 }
 
+TEST_F(BoardTest, ABoardThatIsKeptOnHasItsStateUntilItIsSwitchedOff) {
+  const BoardOptions keepOn{.launcher = {"--keep-on"}};
+  const auto cvnsim = [&](const std::string& command) {
+    return RunShell(CVN_BUILD_DIRECTORY "/bin/cvnsim --board " + Quoted(Board()) + " " + command);
+  };
+  ASSERT_EQ(0,
+            RunScript("cvnsim unplug 0 2>&1; cvntester --version; echo 5 >/dev/cvnvdec", keepOn));
+  EXPECT_EQ(0, cvnsim("fail K2V_RHAL_VPQ_SetNR -9").status);
+  RunScript("cvntester --run UTVpqModule/19; cat /dev/cvnvdec; grep SetNR /sim/trace", keepOn);
+  EXPECT_NE(std::string::npos, Screen().find(" = -9\n")) << Screen();
+  EXPECT_NE(std::string::npos, Screen().find("\n5\n")) << Screen();
+  EXPECT_EQ(2, RunScript("true", {.launcher = {"--keep-on", "--os", "sorvex"}})) << Screen();
+  EXPECT_EQ(0, cvnsim("off").status);
+  const ShellResult refused = cvnsim("fail K2V_RHAL_VPQ_SetNR -9");
+  EXPECT_EQ(1, refused.status);
+  EXPECT_NE(std::string::npos, refused.output.find("no board is running")) << refused.output;
+  // Switched on again it is as it was at first.
+  EXPECT_EQ(0, RunScript("cvntester --run UTVpqModule/19 && [ ! -s /dev/cvnvdec ] && "
+                         "! grep 'SetNR.* = -9$' /sim/trace",
+                         keepOn))
+      << Screen();
+}
+
 TEST_F(BoardTest, OptionsReachTheBoard) {
   ASSERT_EQ(0, RunScript("cat /sim/os; cat $CVNSIM_SCENARIO; echo \"$EXTRA\"",
                          {.launcher = {"--os", "pelxos", "--setenv", "EXTRA=a=b c"},
@@ -312,6 +335,16 @@ TEST_F(BoardTest, OrdinaryUserHasTheSameBoard) {
   EXPECT_EQ(128 + SIGKILL, result.status);
   EXPECT_EQ("0\nThe board reboots, this session ends.\n", result.output);
   EXPECT_EQ("x\n", FileText(OnBoard("/data/mine")));
+}
+
+TEST(RunScriptTest, BuildsWhatSessionsUse) {
+  const ShellResult inputs =
+      RunShell("ninja -C " CVN_BUILD_DIRECTORY " -t commands simulated_board");
+  EXPECT_EQ(0, inputs.status) << inputs.output;
+  for (const char* product : {"bin/cvndumpgen", "share/man/man1/cvntester.1",
+                              "share/bash-completion/completions/cvntester", "bin/cvnsim"}) {
+    EXPECT_NE(std::string::npos, inputs.output.find(product)) << product;
+  }
 }
 
 TEST(RunScriptTest, RefusesWrongOptionsAtOnce) {
