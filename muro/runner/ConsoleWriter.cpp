@@ -69,9 +69,8 @@ void ConsoleWriter::TestEnded(const TestResult& result) {
   ClearProgress();
   ++totals_.of[static_cast<std::size_t>(result.verdict)];
   if (!result.earlier) ++timed_;
-  Print(Painted(result.verdict) + " " + result.test.id + " " + result.test.name + " (" +
-        SecondsText(result.seconds) + " s)" + (result.message.empty() ? "" : ": ") +
-        result.message + "\n");
+  Print(Painted(result.verdict) + " " + result.test.Title() + " (" + SecondsText(result.seconds) +
+        " s)" + (result.message.empty() ? "" : ": ") + result.message + "\n");
 }
 
 void ConsoleWriter::RunEnded(const Totals& totals) {

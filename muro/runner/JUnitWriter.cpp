@@ -28,7 +28,7 @@ class JUnitWriter : public FileWriter {
     suite.seconds += result.seconds;
     ++suite.totals.of[static_cast<std::size_t>(result.verdict)];
     std::string text = "    <testcase" + Attribute("classname", result.test.moduleClass) +
-                       Attribute("name", result.test.id + " " + result.test.name) +
+                       Attribute("name", result.test.Title()) +
                        Attribute("time", SecondsText(result.seconds)) + ">\n" + Figures(result) +
                        Problem(result);
     if (!result.output.empty())

@@ -190,6 +190,8 @@ bool ResultDirectory::NoteStart(const PlannedTest& test) const {
 }
 
 bool ResultDirectory::NoteEnd(const TestResult& result, int reportResult) const {
+  // The test's log is there when its end is.
+  SyncDirectory(path_ + "/logs");
   return Note(Line({"end", result.test.id, std::string(VerdictName(result.verdict)),
                     std::to_string(reportResult), SecondsText(result.seconds), result.message}));
 }

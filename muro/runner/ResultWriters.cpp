@@ -1,5 +1,7 @@
 #include "ResultWriters.h"
 
+#include "Text.h"
+
 namespace runner {
 namespace {
 
@@ -11,6 +13,11 @@ constexpr Make kMakers[] = {
 };
 
 }  // namespace
+
+std::string PlannedTest::Title() const {
+  const std::string_view what = Trimmed(description);
+  return id + " " + name + (what.empty() ? "" : " (" + std::string(what) + ")");
+}
 
 std::string Totals::Text() const {
   const auto count = [](std::size_t number, const char* what) {

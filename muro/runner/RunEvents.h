@@ -19,6 +19,9 @@ struct PlannedTest {
   std::string moduleClass;  // "VscModule"
   std::string name;
   std::string description;
+
+  /// The test for people: "VscModule/31 Vsc MURO 31 (K2V_RHAL_VSC_Initialize (31))".
+  std::string Title() const;
 };
 
 /// A number that a test found beside its verdict.

@@ -19,7 +19,7 @@ class TapWriter : public FileWriter {
     const bool skipped = result.verdict == Verdict::kSkipped;
     const bool fine = skipped || result.verdict == Verdict::kPass;
     std::string text = (fine ? "ok " : "not ok ") + std::to_string(told_) + " - " +
-                       Description(result.test.id + " " + result.test.name);
+                       Description(result.test.Title());
     text += skipped ? " # SKIP " + Description(result.message) + "\n" : "\n";
     Write(fine ? text : text + Block(result));
   }

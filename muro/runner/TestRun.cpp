@@ -167,8 +167,10 @@ void TestRun::TakeOver(const PlannedTest& test, const TestEntry& entry,
     result.message = "the run was cut off in this test";
     if (!directory_.NoteEnd(result, earlier.result)) Fail("the journal cannot be written");
   }
-  if (result.verdict != Verdict::kSkipped && !WriteReportLine(*entry.test, earlier.result))
-    Fail("the report cannot be written");
+  if (result.verdict != Verdict::kSkipped && !WriteReportLine(*entry.test, earlier.result)) {
+    Lose(result, "the report cannot be written");
+    result.provisional = true;
+  }
   if (result.verdict != Verdict::kSkipped) result.log = directory_.LogName(test, "log");
   Tell(result);
 }
@@ -194,8 +196,9 @@ std::string TestRun::ReasonToSkip(const TestEntry& entry) const {
 void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   TestLog log;
   const bool kept = directory_.IsOpen();
-  if (kept && !(directory_.NoteStart(test) && log.Open(directory_.LogPath(test, "log"))))
-    Fail("the result directory cannot be written");
+  const bool noted = !kept || directory_.NoteStart(test);
+  const bool logged = !kept || log.Open(directory_.LogPath(test, "log"));
+  if (!noted || !logged) Fail("the result directory cannot be written");
   for (const auto& listener : listeners_) listener->TestStarted(test);
 
   const TraceCopy trace(options_.trace);
@@ -214,8 +217,8 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   result.output = log.CleanTail();
   if (kept) result.log = directory_.LogName(test, "log");
   // What an interruption did to a test is no result of it: a resumed run says that it was cut off.
-  result.provisional = kept && Interrupted();
-  if (kept && !result.provisional && !directory_.NoteEnd(result, outcome.result))
+  result.provisional = kept && outcome.interrupted;
+  if (kept && !result.provisional && !(noted && directory_.NoteEnd(result, outcome.result)))
     Lose(result, "the journal cannot be written");
   Tell(result);
 }

@@ -80,7 +80,10 @@ Outcome TestSession::Run(bool (*interrupted)()) {
     more = test_.Wait(kLookMs, output);
     if (!output.empty()) marks_.Read(output);
     output.clear();
-    if (interrupted()) Break(Verdict::kError, "the run was interrupted");
+    if (more && !broken_ && interrupted()) {
+      outcome_.interrupted = true;
+      Break(Verdict::kError, "the run was interrupted");
+    }
     WatchLimits();
   }
   marks_.End();

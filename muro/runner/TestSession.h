@@ -21,9 +21,10 @@ struct Outcome {
   Verdict verdict = Verdict::kError;
   std::string message;  // one clean line; empty when there is nothing to tell
   double seconds = 0;
-  int result = 1;        // what the report's line says: 0 pass, 1 fail, anything else undefined
-  int prompts = 0;       // how often it waited for input before the question for the verdict
-  bool harness = false;  // the harness could not run the test at all
+  int result = 1;            // what the report's line says: 0 pass, 1 fail, anything else undefined
+  int prompts = 0;           // how often it waited for input before the question for the verdict
+  bool interrupted = false;  // ended because the run was interrupted
+  bool harness = false;      // the harness could not run the test at all
 };
 
 class TestSession {

@@ -62,10 +62,15 @@ class KillsTest : public test::UnattendedTest {
         {"lava", Find(text("/tmp/o.lava"), "CASE_ID=(\\S+) RESULT=(\\w+)", 1, 2)}};
   }
 
-  /// Starts the run or resumes it, and kills the board with it after `delay`. False when it had
-  /// ended before.
+  /// Starts the run or resumes it, and kills the board with it `delay` after it has begun to write.
+  /// False when it had ended before.
   bool KillAfter(const std::vector<std::string>& arguments, Clock::duration delay) {
+    const bool resumed = arguments[0] == "--resume";
     Pty& pty = Start({.arguments = arguments});
+    while (!(resumed ? test::Contains(pty.Transcript(), "Report file path")
+                     : fs::exists(OnBoard("/tmp/res"))) &&
+           !pty.ExpectEnd(1)) {
+    }
     const Clock::time_point end = Clock::now() + delay;
     while (Clock::now() < end && !pty.ExpectEnd(1)) {
     }

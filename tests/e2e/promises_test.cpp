@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -152,5 +154,58 @@ TEST_F(PromisesTest, ContradictionsAreRefusedBeforeAnythingIsOverwritten) {
   EXPECT_TRUE(Contains(Screen(), "/tmp/good:2: 'VscModule/1' matches no selected test"))
       << Screen();
 }
+
+TEST_F(PromisesTest, ManualPlayWaitsForAKeyInPlaceOfThePlayer) {
+  // Manual play mounts nothing: the operator sees to the content.
+  Put("/tmp/usb/cross_module_content_v1/[R101]h264-FrtChg.ts", "");
+  const std::vector<std::string> run = {"--run",     "CMplaybackModule/8", "--manual-play",
+                                        "--verbose", "--idle-timeout",     "2",
+                                        "--answers", "/tmp/answers"};
+  const std::string rules = "*\t*Please Select*\t1\n*\t*TFTP Server IP*\t-\n";
+  Put("/tmp/answers", rules + "*\t*Enter any key if play finished\tkeys x\n");
+  Run(run);
+  EXPECT_TRUE(Contains(Screen(), "Enter any key if play finished\nx")) << Screen();
+  EXPECT_FALSE(Contains(Screen(), "Excute command")) << Screen();
+  EXPECT_FALSE(Contains(Screen(), "has not been setuped")) << Screen();
+  // The dumps are looked at as after any other run.
+  EXPECT_TRUE(Contains(Screen(), "[Test-101-h264-FrtChg-Overview]")) << Screen();
+  // Nobody is there: the run says what it waits for.
+  Put("/tmp/answers", rules);
+  EXPECT_EQ(Run(run), 1);
+  EXPECT_TRUE(Contains(Screen(), "BLOCKED CMplaybackModule/8")) << Screen();
+  EXPECT_TRUE(Contains(Screen(), "Enter any key if play finished'")) << Screen();
+}
+
+class ShuffleTest : public UnattendedTest, public testing::WithParamInterface<int> {
+ protected:
+  /// The verdicts of all tests that need nobody.
+  std::map<std::string, std::string> Verdicts(const std::vector<std::string>& order) {
+    std::vector<std::string> arguments = {"--run", "*",      "--no-operator", "--timeout",
+                                          "60",    "--json", "/tmp/o.json"};
+    arguments.insert(arguments.end(), order.begin(), order.end());
+    test::Pty& pty = Start({.launcher = {"--fresh"}, .arguments = arguments, .timeScale = 50});
+    EXPECT_TRUE(pty.ExpectEnd(test::kRunLimitMs));
+    std::istringstream lines(Query(
+        "map(select(.event == \"test-end\") | .test + \" \" + .verdict) | .[]", "/tmp/o.json"));
+    std::map<std::string, std::string> verdicts;
+    for (std::string test, verdict; lines >> test >> verdict;) verdicts[test] = verdict;
+    return verdicts;
+  }
+};
+
+TEST_P(ShuffleTest, TheOrderMattersOnlyToTestsThatNeedWhatAnotherInitialised) {
+  // The 3D converter is initialised by VbeModule/6, the display by VbeModule/27.
+  const std::regex dependent("VbeModule/([7-9]|1[0-9]|28)");
+  const auto inOrder = Verdicts({});
+  const auto shuffled = Verdicts({"--shuffle", std::to_string(GetParam())});
+  ASSERT_GT(inOrder.size(), 600U);
+  ASSERT_EQ(shuffled.size(), inOrder.size());
+  for (const auto& [test, verdict] : inOrder) {
+    if (std::regex_match(test, dependent)) continue;
+    EXPECT_EQ(shuffled.at(test), verdict) << test;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ShuffleTest, testing::Values(1, 2, 3));
 
 }  // namespace

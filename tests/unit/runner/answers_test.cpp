@@ -1,5 +1,6 @@
 // Files of answers: what is refused, and which answer is typed when.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -12,7 +13,7 @@ using console::Input;
 using runner::AnswerRule;
 
 std::string WriteFile(const std::string& text) {
-  std::string path = testing::TempDir() + "answers.tsv";
+  std::string path = testing::TempDir() + "answers" + std::to_string(getpid());
   std::ofstream(path) << text;
   return path;
 }

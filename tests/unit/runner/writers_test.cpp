@@ -76,6 +76,23 @@ TEST_F(WritersTest, ALavaCommandThatFailsOrHangsCostsOneSignalAndATime) {
   setenv("PATH", path.c_str(), 1);
 }
 
+TEST_F(WritersTest, WhatATestDoesStandsBesideItsName) {
+  const fs::path path = directory_ / "result";
+  for (const runner::ResultFormat format : {runner::kJUnit, runner::kTap, runner::kJson}) {
+    runner::Outputs outputs;
+    outputs[format] = path;
+    auto writers = runner::MakeWriters(outputs, -1);
+    writers[0]->RunStarted(1);
+    writers[0]->TestEnded(Result("A/1", Verdict::kFail));
+    writers[0]->RunEnded({});
+    EXPECT_NE(Text("result").find("what it does"), std::string::npos) << Text("result");
+  }
+  std::FILE* file = std::fopen(path.c_str(), "w");
+  runner::ConsoleWriter(file, "never", false).TestEnded(Result("A/1", Verdict::kFail));
+  std::fclose(file);
+  EXPECT_EQ(Text("result"), "FAIL    A/1 name (what it does) (0.000 s)\n");
+}
+
 /// Hears what became of tests.
 class Listener : public runner::RunListener {
  public:
