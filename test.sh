@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds and runs all tests; installs first what is missing.
 set -euo pipefail
-usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--help] [-R REGEX]'
+usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--kills N|--help] [-R REGEX]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/scripts/cross.sh"
@@ -16,6 +16,7 @@ $usage
   --arch NAME
              only the unit tests, built for aarch64 or armhf, under an emulator; can be repeated
   --analyse  read the whole tree with clang-tidy and cppcheck, run the unit tests under valgrind
+  --kills N  only the run that is killed N times at random moments and resumed (6 in every other run)
   -R REGEX   only tests whose name matches
 TEXT
 }
@@ -166,6 +167,12 @@ Fuzz() {
   echo 'Nothing found'
 }
 
+# KillRuns: with as many kills CTest's limit would end it.
+KillRuns() {
+  BuildTests release
+  CVN_KILLS=$kills build/release/bin/e2e_test --gtest_filter='KillsTest.*' </dev/null
+}
+
 # Choose TASK: in place of the usual one.
 Choose() {
   [[ $task == TestAll || $task == "$1" ]] || Die 2 "one task at a time; $usage"
@@ -176,6 +183,7 @@ OpenClosedDescriptors
 presets=(release debug)
 arm_presets=()
 fuzz_seconds=60
+kills=6
 task=TestAll
 ctest_failed=0
 selection=()
@@ -194,6 +202,12 @@ while (($#)); do
         fuzz_seconds=$2
         shift
       fi
+      ;;
+    --kills)
+      [[ ${2-} =~ ^[1-9][0-9]*$ ]] || Die 2 "--kills needs a number; $usage"
+      Choose KillRuns
+      kills=$2
+      shift
       ;;
     --arch)
       [[ -n ${2-} && -n ${cross_packages[$2]-} ]] || Die 2 "--arch needs aarch64 or armhf; $usage"

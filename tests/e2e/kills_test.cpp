@@ -1,5 +1,6 @@
 // Runs that are killed at any moment and resumed: wherever results are read, every test is there
-// once, and all agree on it. CVN_KILLS is the number of kills, 6 where it is not set.
+// once, and all agree on it. CVN_KILLS is the number of kills, 6 where it is not set
+// (./test.sh --kills).
 #include <gtest/gtest.h>
 #include <signal.h>
 
