@@ -33,6 +33,7 @@ class Processes : public testing::Test {
   void SetUp() override {
     board_ = TempDir() + "cvnsim-" + std::to_string(getpid());
     fs::create_directories(board_ + "/run");
+    Write("run/on", "android\n");  // it stays on from one program to the next
     unsetenv("CVNSIM_SCENARIO");
     setenv("CVNSIM_STATE", (board_ + "/run/state").c_str(), 1);
     setenv("CVNSIM_TRACE", (board_ + "/run/trace").c_str(), 1);
@@ -252,6 +253,7 @@ TEST_F(Processes, CvnsimChangesWhatIsAroundTheBoard) {
   fs::create_directories(board_ + "/root/sim");
   fs::create_directories(board_ + "/root/dev/block");
   fs::create_directory_symlink("root/sim", board_ + "/run");
+  Write("run/on", "android\n");
   const auto isThere = [&](const char* path) { return fs::exists(board_ + '/' + path); };
   Write("scenario", "stick out\ntftp down\n");
   setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);
