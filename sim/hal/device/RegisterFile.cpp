@@ -64,9 +64,10 @@ bool IsServed(const char* path) {
   return fd >= 0;
 }
 
-// The pipe takes the place of the file, or of a pipe whose process is gone, in one step.
+// The pipe takes the place of the file, or of a pipe whose process is gone, in one step. Programs
+// that start together make one each, and the last one's stays.
 int MakePipe(const std::string& path) {
-  const std::string fresh = path + ".new";
+  const std::string fresh = path + ".new" + std::to_string(getpid());
   unlink(fresh.c_str());
   const int fd = mkfifo(fresh.c_str(), 0666) == 0 ? open(fresh.c_str(), O_RDWR | O_CLOEXEC) : -1;
   if (fd < 0 || rename(fresh.c_str(), path.c_str()) != 0) {
