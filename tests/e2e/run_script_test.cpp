@@ -1,0 +1,55 @@
+// ./run.sh as a user calls it. It works on build/release, so that is where these tests are.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "BoardFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class RunScript : public test::BoardFixture {
+ protected:
+  void SetUp() override {
+    if (fs::path(CVN_BUILD_DIRECTORY) != fs::path(CVN_SOURCE_DIRECTORY) / "build/release")
+      GTEST_SKIP() << "this is not the build that run.sh starts";
+    BoardFixture::SetUp();
+  }
+
+  /// Standard output of run.sh with these arguments for the harness; its standard error is in
+  /// `Errors`.
+  std::string Output(const std::string& arguments) const {
+    const auto run =
+        test::RunShell(CVN_SOURCE_DIRECTORY "/run.sh --board " + test::Quoted(BoardDirectory()) +
+                       " -- " + arguments + " 2>" + test::Quoted(ErrorFile()) + " </dev/null");
+    EXPECT_EQ(run.status, 0) << run.output << Errors();
+    return run.output;
+  }
+  std::string Errors() const { return test::FileText(ErrorFile()); }
+  fs::path BoardDirectory() const { return Board().parent_path() / "own"; }
+
+ private:
+  fs::path ErrorFile() const { return Board().parent_path() / "errors"; }
+};
+
+TEST_F(RunScript, LeavesStandardOutputToWhatTheArgumentsAskFor) {
+  const std::string list = Output("--list UTSvpModule --format json");
+  EXPECT_TRUE(list.starts_with("[")) << list;
+  EXPECT_NE(Errors().find("Board files: "), std::string::npos) << "the banner";
+  const std::string junit = Output("--run UTVpqModule/204 --junit -");
+  EXPECT_TRUE(junit.starts_with("<?xml ")) << junit;
+  EXPECT_TRUE(junit.ends_with("</testsuites>\n")) << junit;
+}
+
+TEST_F(RunScript, StartsNoBoardForTheProgramsOwnHelp) {
+  for (const char* argument : {"--version", "--help"}) {
+    EXPECT_TRUE(Output(argument).starts_with(argument == std::string("--version") ? "cvntester "
+                                                                                  : "usage: "));
+    EXPECT_EQ(Errors(), "");
+  }
+  EXPECT_FALSE(fs::exists(BoardDirectory()));
+}
+
+}  // namespace
