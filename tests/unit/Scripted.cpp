@@ -1,6 +1,7 @@
 #include "Scripted.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <sstream>
 #include <utility>
 
@@ -16,6 +18,10 @@
 
 namespace {
 
+// Tests have threads that wait at once. A fork finds the mutex free.
+std::mutex notesMutex;
+[[maybe_unused]] const int kForkHandlers = pthread_atfork(
+    [] { notesMutex.lock(); }, [] { notesMutex.unlock(); }, [] { notesMutex.unlock(); });
 std::vector<unsigned long> waits;
 std::vector<std::string> commands;
 std::function<void(unsigned long)> waitHook;
@@ -41,7 +47,10 @@ class ReportDirectory {
 } reportDirectory;
 
 void NoteWait(unsigned long us) {
-  waits.push_back(us);
+  {
+    const std::lock_guard lock(notesMutex);
+    waits.push_back(us);
+  }
   if (waitHook) waitHook(us);
 }
 
@@ -60,7 +69,10 @@ int usleep(useconds_t us) {
 }
 
 int system(const char* command) {
-  commands.emplace_back(command);
+  {
+    const std::lock_guard lock(notesMutex);
+    commands.emplace_back(command);
+  }
   errno = shellError;
   if (shellError != 0) return -1;
   return commandHook ? commandHook(command) << 8 : 0;
