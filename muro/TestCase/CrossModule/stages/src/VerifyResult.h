@@ -10,6 +10,9 @@
 
 #include "Stage.h"
 
+/// What stands for the value of a row or an item that a file does not have.
+inline constexpr char kMissingValue[] = "-1";
+
 /// What makes two values differ that look the same in a report.
 enum class HiddenDifference : uint8_t {
   kNone,
@@ -56,7 +59,8 @@ enum VerifyStatus : int32_t {
 };
 
 /// Outcome of verifying one stage: plain data. What it means is told by `Judge` (StageVerdict.h);
-/// counting and printing are done by verify/src. Results move; a wrong-frame table is never shared.
+/// its frames are counted and its row is printed in verify/src. Results move; a wrong-frame table
+/// is never shared.
 class CM_Verify_Result {
  public:
   explicit CM_Verify_Result(MODULE_TYPE module) : moduleType(module) {}

@@ -6,7 +6,6 @@
 
 #include "../../stages/src/CrossModuleLog.h"
 #include "Ansi.h"
-#include "StageFiles.h"
 
 namespace report_table {
 

@@ -16,6 +16,7 @@ namespace {
 using report_table::Align;
 using report_table::Cell;
 using report_table::Column;
+using report_table::kNoData;
 
 // In the table's order of stages; the OMX layer is before the video drivers.
 constexpr MODULE_TYPE kVideoModules[] = {MODULE_VDEC, MODULE_DVO, MODULE_VO, MODULE_SCALER};
@@ -25,6 +26,21 @@ constexpr Column kIntegrationColumns[] = {
     {"ErrField", 10, Align::kRight}, {"1stModule", 9, Align::kLeft},
     {"FieldName", 12, Align::kLeft}, {"Value(Dump/Golen)", 17, Align::kLeft},
 };
+
+Cell VerdictCell(StageVerdict verdict) {
+  switch (verdict) {
+    case StageVerdict::kPass:
+      return {"PASS", ansi::kPass};
+    case StageVerdict::kFrameDrop:
+      return {"FrameDrop", report_table::kWarnColour};
+    default:
+      return {"FAIL!", ansi::kFail};
+  }
+}
+
+std::string FrameCount(int32_t count) {
+  return count > 0 ? std::to_string(count) : kNoData;
+}
 
 /// What the video stages say of one frame.
 struct FrameErrors {
@@ -132,6 +148,23 @@ void PrintFirstBadStages(std::ostream& out, const StageResults& results) {
 }
 
 }  // namespace
+
+bool CM_Verify_Result::PrintSimpleTable(std::ostream& out) const {
+  const Judgement judgement = Judge(*this);
+  const VerifyFailField* first = wrongFields.empty() ? nullptr : &wrongFields.front();
+  const Cell cells[] = {
+      {Module_Type_To_String(moduleType)},
+      VerdictCell(judgement.verdict),
+      {FrameCount(sampleFrameCount) + "/" + FrameCount(goldenFrameCount)},
+      {std::to_string(wrongFrameTotal) + "/" + std::to_string(wrongFields.size())},
+      {first == nullptr ? "-" : std::to_string(first->frameNumber)},
+      {first == nullptr ? "-" : report_table::FieldName(*this, *first)},
+      {(first == nullptr ? kNoData : report_table::ValuePair(*first)) +
+       (judgement.remark.empty() ? "" : "  " + judgement.remark)},
+  };
+  report_table::PrintRow(out, report_table::kSummaryColumns, cells);
+  return judgement.verdict == StageVerdict::kPass;
+}
 
 bool PrintSummary(std::ostream& out, const std::string& testCaseName, const StageResults& results) {
   out << ' ' << report_table::kTitleColour << "List The 1st Erro Frame of All Module"

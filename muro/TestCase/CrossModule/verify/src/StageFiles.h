@@ -11,9 +11,6 @@
 #include "../../stages/src/VerifyResult.h"
 #include "RowReader.h"
 
-/// What stands for the value of a row or an item that a file does not have.
-inline constexpr char kMissingValue[] = "-1";
-
 /// Both files of a stage, opened for reading, golden first.
 struct StageFiles {
   StageFiles(const std::string& goldenPath, const std::string& samplePath)

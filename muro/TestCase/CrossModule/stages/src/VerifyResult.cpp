@@ -1,33 +1,12 @@
-#include "../../stages/src/VerifyResult.h"
+#include "VerifyResult.h"
 
 #include <algorithm>
 #include <iomanip>
 #include <ostream>
 
-#include "../../stages/src/CrossModuleLog.h"
-#include "../../stages/src/StageVerdict.h"
-#include "Ansi.h"
-#include "ReportTable.h"
+#include "CrossModuleLog.h"
 
 namespace {
-
-using report_table::Cell;
-using report_table::kNoData;
-
-Cell VerdictCell(StageVerdict verdict) {
-  switch (verdict) {
-    case StageVerdict::kPass:
-      return {"PASS", ansi::kPass};
-    case StageVerdict::kFrameDrop:
-      return {"FrameDrop", report_table::kWarnColour};
-    default:
-      return {"FAIL!", ansi::kFail};
-  }
-}
-
-std::string FrameCount(int32_t count) {
-  return count > 0 ? std::to_string(count) : kNoData;
-}
 
 /// Removes every `mark` with the character behind it.
 void EraseLineEnds(std::string& text, char mark) {
@@ -96,21 +75,4 @@ void CM_Verify_Result::Print_Column_Name(std::ostream& out) const {
   for (std::size_t i = 0; i < columnNames.size(); ++i)
     out << (i == 0 ? " " : ", ") << std::to_string(i) << ':' << columnNames[i];
   out << '\n';
-}
-
-bool CM_Verify_Result::PrintSimpleTable(std::ostream& out) const {
-  const Judgement judgement = Judge(*this);
-  const VerifyFailField* first = wrongFields.empty() ? nullptr : &wrongFields.front();
-  const Cell cells[] = {
-      {Module_Type_To_String(moduleType)},
-      VerdictCell(judgement.verdict),
-      {FrameCount(sampleFrameCount) + "/" + FrameCount(goldenFrameCount)},
-      {std::to_string(wrongFrameTotal) + "/" + std::to_string(wrongFields.size())},
-      {first == nullptr ? "-" : std::to_string(first->frameNumber)},
-      {first == nullptr ? "-" : report_table::FieldName(*this, *first)},
-      {(first == nullptr ? kNoData : report_table::ValuePair(*first)) +
-       (judgement.remark.empty() ? "" : "  " + judgement.remark)},
-  };
-  report_table::PrintRow(out, report_table::kSummaryColumns, cells);
-  return judgement.verdict == StageVerdict::kPass;
 }
