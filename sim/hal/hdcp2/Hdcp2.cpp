@@ -167,7 +167,9 @@ class LinkTime {
 
   void SleepUntil(uint64_t us) const {
     const int64_t ns = beginNs_ + std::llround(static_cast<double>(us) * 1e3 / scale_);
-    const timespec until = {ns / 1'000'000'000, ns % 1'000'000'000};
+    timespec until{};
+    until.tv_sec = static_cast<time_t>(ns / 1'000'000'000);
+    until.tv_nsec = static_cast<long>(ns % 1'000'000'000);
     while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
     }
   }

@@ -15,13 +15,13 @@ namespace sim {
 
 /// What lies in the shared memory, the bytes behind it.
 struct Ring::Memory {
-  uint64_t size;  // of the bytes
-  uint64_t start;
-  uint64_t used;
+  size_t size;  // of the bytes
+  size_t start;
+  size_t used;
   bool released;
 
   uint8_t* Bytes() { return reinterpret_cast<uint8_t*>(this + 1); }
-  uint64_t Free() const { return size - used; }
+  size_t Free() const { return size - used; }
 };
 
 namespace {
