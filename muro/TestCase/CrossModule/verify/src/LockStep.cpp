@@ -35,7 +35,7 @@ void LockStepWalk::Run() {
 }
 
 void LockStepWalk::CountAsCompared() {
-  ++compared_;
+  if (golden_.isSelected) ++compared_;
 }
 
 bool LockStepWalk::ReadTitle(Side& side) {
@@ -65,7 +65,8 @@ bool LockStepWalk::Read(Side& side) {
 
 /// Counts the current row when the rules select it. Further pieces of an overlong line are no rows.
 void LockStepWalk::NoteRow(Side& side) const {
-  if (side.startsLine && !IsBlank(side.row) && IsSelected(side.row, side.rowsRead)) ++side.selected;
+  side.isSelected = side.startsLine && !IsBlank(side.row) && IsSelected(side.row, side.rowsRead);
+  if (side.isSelected) ++side.selected;
   side.startsLine = side.row.back() == '\n';
 }
 

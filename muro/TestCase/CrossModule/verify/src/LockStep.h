@@ -80,9 +80,10 @@ class LockStepWalk {
     RowReader& file;
     std::string_view row;  // the last one read
     int32_t rowsRead;
-    bool titleGoesOn;      // the first row is the rest of a long title
-    bool startsLine;       // the next row begins a line
-    int64_t selected = 0;  // rows so far that the stage's rules select for comparison
+    bool titleGoesOn;         // the first row is the rest of a long title
+    bool startsLine;          // the next row begins a line
+    int64_t selected = 0;     // rows so far that the stage's rules select for comparison
+    bool isSelected = false;  // the current row is one of them
   };
 
   /// Length of the sample's next row when it is the same as golden's current one and there is
@@ -99,7 +100,8 @@ class LockStepWalk {
   /// a piece of an overlong line. Says so. White space and the rest of a title are not malformed.
   bool IsBroken(const char* name, const Side& side, std::size_t fieldCount);
 
-  /// Counts the current rows as compared, and found to be the same or told apart.
+  /// Counts the current rows as compared, and found to be the same or told apart. Blank rows and
+  /// others that the rules do not select must not make up for one that was not compared.
   void CountAsCompared();
 
   CM_Verify_Result& result_;

@@ -134,7 +134,7 @@ class DvoWalk : public LockStepWalk {
     // A difference without a wrong field ends the walk, and must not count as a frame that is
     // right.
     const bool isTold = mask == 0 || result_.wrongFields.size() != fieldsBefore;
-    if (isTold && !IsStartUp(goldenFields_)) CountAsCompared();
+    if (isTold) CountAsCompared();
     if (mask != 0) return ReadMode::kEnd;
     if (UnlessSampleIsBroken(ReadMode::kBoth) == ReadMode::kEnd ||
         UnlessGoldenIsBroken(ReadMode::kBoth) == ReadMode::kEnd) {
