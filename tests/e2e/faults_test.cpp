@@ -31,7 +31,7 @@ class Directory {
   const fs::path& Path() const { return path_; }
 
  private:
-  fs::path path_ = testing::TempDir() + "faults" + std::to_string(getpid());
+  fs::path path_ = testing::TempDir() + "faults";
 };
 
 TEST(Faults, AHalWithoutAFunctionIsToldAtTheStart) {

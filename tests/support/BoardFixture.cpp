@@ -19,7 +19,7 @@ constexpr const char* kBoardRun = CVN_BOARD_RUN;
 constexpr const char* kBuildDirectory = CVN_BUILD_DIRECTORY;
 
 fs::path NewDirectory() {
-  std::string name = (fs::temp_directory_path() / "cvntester-board-XXXXXX").string();
+  std::string name = testing::TempDir() + "board-XXXXXX";
   if (mkdtemp(name.data()) == nullptr) throw fs::filesystem_error("mkdtemp", name, {});
   return name;
 }

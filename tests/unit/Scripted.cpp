@@ -28,23 +28,11 @@ std::function<void(unsigned long)> waitHook;
 std::function<int(const std::string&)> commandHook;
 int shellError = 0;
 
-/// Removes the report's directory when the process that made it ends, and not in its forks.
-class ReportDirectory {
- public:
-  ~ReportDirectory() {
-    if (owner_ == getpid()) std::filesystem::remove_all(path_);
-  }
-  const std::string& Make() {
-    path_ = testing::TempDir() + "cvn_report_XXXXXX";
-    if (mkdtemp(path_.data()) == nullptr) std::perror("mkdtemp");
-    owner_ = getpid();
-    return path_;
-  }
-
- private:
-  std::string path_;
-  pid_t owner_ = -1;
-} reportDirectory;
+std::string NewReportDirectory() {
+  std::string path = testing::TempDir() + "report_XXXXXX";
+  if (mkdtemp(path.data()) == nullptr) std::perror("mkdtemp");
+  return path;
+}
 
 void NoteWait(unsigned long us) {
   {
@@ -139,7 +127,7 @@ std::string RedirectReport() {
   char* path = Util::GetTestReportPath();
   testing::internal::GetCapturedStdout();
   // The path lives in the frame's buffer, which is longer than a temporary directory's name.
-  const std::string redirected = reportDirectory.Make() + "/report.txt";
+  const std::string redirected = NewReportDirectory() + "/report.txt";
   std::copy_n(redirected.c_str(), redirected.size() + 1, path);
   return path;
 }

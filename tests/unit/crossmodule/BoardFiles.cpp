@@ -20,10 +20,14 @@
 #include "PlayedCases.h"
 #include "Settings.h"
 #include "TestCaseCatalogue.h"
+#include "TestDirectory.h"
 
 namespace crossmodule {
 
 namespace {
+
+// The drivers' directory has a fixed path.
+[[maybe_unused]] const bool kAlone = test::HaveAlone("/tmp/cross_module");
 
 std::string Dump(const player::Clip& clip, int64_t clock, player::Stage stage,
                  const std::vector<player::Defect>& defects) {

@@ -36,8 +36,7 @@ class TemporaryHome : public testing::Test {
   crossmodule::Home home_;
 };
 
-/// The same for what also keeps files that are gone after a reboot. Their directory is the same for
-/// all tests on this machine, so these tests may not run side by side.
+/// The same for what also keeps files that are gone after a reboot.
 class AfterReboot : public TemporaryHome {
  protected:
   AfterReboot() { RemoveFiles(); }

@@ -21,7 +21,7 @@ using Verifier = void (*)(CM_Verify_Result&, const std::string&, const std::stri
 class TemporaryFile {
  public:
   TemporaryFile(const std::string& name, const std::string& text)
-      : path_(testing::TempDir() + "verify_" + std::to_string(getpid()) + "_" + name) {
+      : path_(testing::TempDir() + name) {
     std::ofstream(path_, std::ios::binary) << text;
   }
   ~TemporaryFile() { std::remove(path_.c_str()); }

@@ -218,7 +218,7 @@ TEST_F(CrossModuleFilesDelivery, DoesNothingForAnUnknownTestCase) {
 }
 
 TEST(ReportCleaning, TakesEveryColourSequenceOutAndNothingElse) {
-  const std::string path = testing::TempDir() + "coloured_" + std::to_string(getpid());
+  const std::string path = testing::TempDir() + "coloured_";
   const std::string coloured = path + ".Orig";
   const std::string clean = path + ".tmp";
   const struct {

@@ -51,7 +51,7 @@ constexpr StageVerifier kVerifiers[] = {
 class Pair {
  public:
   Pair(const Clip& clip, Stage stage, const std::vector<Defect>& defects)
-      : stage_(stage), base_(testing::TempDir() + "generated_" + std::to_string(getpid())) {
+      : stage_(stage), base_(testing::TempDir() + "generated_") {
     std::ofstream golden(GoldenPath());
     player::WriteDump(golden, clip, {.clock90k = 1000}, stage);
     std::ofstream sample(SamplePath());

@@ -65,7 +65,7 @@ class Installed : public testing::Test {
 
   fs::path Program() const { return directory_ / "bin/cvntester"; }
 
-  const fs::path directory_ = testing::TempDir() + "cvn-install-" + std::to_string(getpid());
+  const fs::path directory_ = testing::TempDir() + "cvn-install-";
 };
 
 TEST(Built, NeedsNothingButTheHalAndTheLanguagesLibraries) {

@@ -73,7 +73,7 @@ std::string PassedWithout(const std::string& notes) {
 }
 
 std::string RunIsolated(TestCase& test) {
-  const std::string notes = testing::TempDir() + "codes" + std::to_string(getpid());
+  const std::string notes = testing::TempDir() + "codes";
   runner::IsolatedTest child;
   EXPECT_EQ(child.Start([&] { return RunWithEveryCode(test, notes); }), "");
   for (std::string output; child.Wait(1000, output); output.clear()) {

@@ -34,7 +34,7 @@ class JournalTest : public testing::Test {
     ASSERT_TRUE(directory.NoteStart({2, 1, "A/2", "A", "", ""}));
   }
 
-  fs::path path_ = testing::TempDir() + "journal" + std::to_string(getpid());
+  fs::path path_ = testing::TempDir() + "journal";
 };
 
 TEST_F(JournalTest, CutOffAnywhereItTellsWhatWasWholeOrIsRefused) {

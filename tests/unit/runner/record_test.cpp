@@ -13,6 +13,7 @@
 #include "Scripted.h"
 #include "SimHal.h"
 #include "TestCase/CrossModule/stages/src/Settings.h"
+#include "TestDirectory.h"
 #include "TestFrame.h"
 #include "TestReport.h"
 #include "Util.h"
@@ -126,7 +127,7 @@ std::string Record(const TestEntry& entry) {
 /// Plays what was recorded. Returns the reason why the test was not run to its end, if any.
 std::string Replay(const TestEntry& entry, const std::string& recorded) {
   simhal::Reset();
-  const std::string path = testing::TempDir() + "recorded" + std::to_string(getpid());
+  const std::string path = testing::TempDir() + "recorded";
   std::ofstream(path) << recorded;
   std::vector<runner::AnswerRule> rules;
   EXPECT_EQ(runner::LoadAnswers(path, rules), "");
@@ -139,8 +140,10 @@ std::string Replay(const TestEntry& entry, const std::string& recorded) {
   return outcome.message;
 }
 
-/// The files of the cross-module tests as they are on a new board. The drivers' directory has a
-/// fixed path.
+// The drivers' directory has a fixed path.
+[[maybe_unused]] const bool kAlone = test::HaveAlone("/tmp/cross_module");
+
+/// The files of the cross-module tests as they are on a new board.
 void NewHome(const fs::path& directory) {
   std::error_code ignored;
   for (const auto& entry : fs::directory_iterator("/tmp/cross_module", ignored)) {
@@ -158,7 +161,7 @@ void NewHome(const fs::path& directory) {
 int RecordAndReplay(bool crossModule) {
   TestFrame::GetInstance()->DoInit();
   // Some tests save a picture under the name that is typed.
-  const fs::path directory = testing::TempDir() + "record" + std::to_string(getpid());
+  const fs::path directory = testing::TempDir() + "record";
   fs::create_directories(directory);
   fs::current_path(directory);
   int tests = 0;

@@ -33,7 +33,7 @@ class WritersTest : public testing::Test {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
-  fs::path directory_ = testing::TempDir() + "writers" + std::to_string(getpid());
+  fs::path directory_ = testing::TempDir() + "writers";
 };
 
 runner::TestResult Result(const std::string& id, Verdict verdict) {

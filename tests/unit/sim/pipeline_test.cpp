@@ -223,7 +223,7 @@ TEST(Defects, ReachOverAsManyFramesAsTheyCount) {
 }
 
 TEST(TestMode, IsReadFromNodesAndMarkers) {
-  const fs::path root = testing::TempDir() + "test-mode-" + std::to_string(getpid());
+  const fs::path root = testing::TempDir() + "test-mode-";
   const auto write = [&](const char* path, const char* text) {
     fs::create_directories((root / path).parent_path());
     std::ofstream(root / path) << text;

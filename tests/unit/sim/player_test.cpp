@@ -62,7 +62,7 @@ class PlayerTest : public testing::Test {
     return rows;
   }
 
-  const fs::path root_ = testing::TempDir() + "player-" + std::to_string(getpid());
+  const fs::path root_ = testing::TempDir() + "player-";
 };
 
 TEST_F(PlayerTest, SameFileGivesTheSameDumpsOfStagesInTestMode) {

@@ -31,7 +31,7 @@ struct Outcome {
 class Processes : public testing::Test {
  protected:
   void SetUp() override {
-    board_ = TempDir() + "cvnsim-" + std::to_string(getpid());
+    board_ = TempDir() + "cvnsim-";
     fs::create_directories(board_ + "/run");
     Write("run/on", "android\n");  // it stays on from one program to the next
     unsetenv("CVNSIM_SCENARIO");
