@@ -228,8 +228,11 @@ TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardLooseOrPacked) {
   EXPECT_EQ(packed.status, 1) << packed.output;
   EXPECT_TRUE(Contains(packed.output, "First bad stage: [VDEC]   frame 300, crc")) << packed.output;
   EXPECT_TRUE(Contains(test::FileText(home / "o.tap"), "not ok 3 - verify/101.VDEC"));
+  ASSERT_EQ(test::RunShell(make).status, 0);
   fs::remove(home / "dump_tmp/dump-101-h264-FrtChg-VO.txt");
-  EXPECT_TRUE(Contains(verify("dump_tmp").output, "no dump dump-101-h264-FrtChg-VO.txt"));
+  const auto missing = verify("dump_tmp");
+  EXPECT_EQ(missing.status, 1) << missing.output;
+  EXPECT_TRUE(Contains(missing.output, "no dump dump-101-h264-FrtChg-VO.txt")) << missing.output;
   EXPECT_EQ(verify("missing").status, 2);
 }
 

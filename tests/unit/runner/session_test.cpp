@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -224,23 +225,28 @@ TEST(SessionTest, EndOfInputFailsTheTest) {
 }
 
 TEST(SessionTest, ResultsThatSayNothingAndEndsWithoutResultsAreErrors) {
+  constexpr runner::Limits kAmple;
   const struct {
     int (*function)(char*);
     const char* message;
+    runner::Limits limits = kAmple;
   } cases[] = {
       {[](char*) { return 2; }, "undefined result 2"},
       {[](char*) -> int { _exit(0); }, "exited with status 0 in the test"},
       {[](char*) -> int {
+         std::signal(SIGTERM, SIG_IGN);  // only SIGKILL ends it
          for (;;) pause();
        },
-       "timeout: no output for 4 s"},
+       "timeout: no output for 1 s",
+       {.idleS = 1}},
       {[](char*) -> int {
          for (;;) std::puts("again");
        },
-       "timeout: still running after 6 s"},
+       "timeout: still running after 2 s",
+       {.timeoutS = 2}},
   };
-  for (const auto& [function, message] : cases) {
-    const Played played = Play(function, {});
+  for (const auto& [function, message, limits] : cases) {
+    const Played played = Play(function, {}, false, limits);
     EXPECT_EQ(played.outcome.verdict, Verdict::kError);
     EXPECT_EQ(played.outcome.message, message);
   }

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -93,6 +94,52 @@ TEST_F(WritersTest, WhatATestDoesStandsBesideItsName) {
   EXPECT_EQ(Text("result"), "FAIL    A/1 name (what it does) (0.000 s)\n");
 }
 
+TEST_F(WritersTest, EveryVerdictHasItsWordsInEveryFormat) {
+  constexpr const char* kTap[] = {"ok 1 - A/1 ", "not ok 2 - A/2 ", "not ok 3 - A/3 ",
+                                  "not ok 4 - A/4 ", "ok 5 - A/5 "};
+  constexpr const char* kLava[] = {"pass", "fail", "fail", "unknown", "skip"};
+  constexpr const char* kJUnit[] = {
+      "<testcase", "<failure message=\"why\"", "<error message=\"why\" type=\"ERROR\"",
+      "<error message=\"why\" type=\"BLOCKED\"", "<skipped message=\"why\""};
+  constexpr Verdict kVerdicts[] = {Verdict::kPass, Verdict::kFail, Verdict::kError,
+                                   Verdict::kBlocked, Verdict::kSkipped};
+  runner::Outputs outputs;
+  for (std::size_t format = 0; format < outputs.size(); ++format)
+    outputs[format] = (directory_ / std::to_string(format)).string();
+  setenv("PATH", directory_.c_str(), 1);  // no lava-test-case
+  auto writers = runner::MakeWriters(outputs, -1);
+  runner::Totals totals{.listed = std::size(kVerdicts)};
+  for (const auto& writer : writers) writer->RunStarted(0);  // an open end, as with --until-fail
+  for (std::size_t i = 0; i < std::size(kVerdicts); ++i) {
+    runner::TestResult result = Result("A/" + std::to_string(i + 1), kVerdicts[i]);
+    result.message = i == 0 ? "" : "why";
+    result.test.description = R"(a\b #c)";
+    ++totals.of[static_cast<std::size_t>(kVerdicts[i])];
+    for (const auto& writer : writers) writer->TestEnded(result);
+  }
+  for (const auto& writer : writers) writer->RunEnded(totals);
+  writers.clear();
+  const auto told = [&](runner::ResultFormat format) { return Text(std::to_string(format)); };
+  const auto has = [&](runner::ResultFormat format, const std::string& text) {
+    return told(format).find(text) != std::string::npos;
+  };
+  EXPECT_TRUE(told(runner::kTap).starts_with("TAP version 14\nok 1")) << told(runner::kTap);
+  EXPECT_TRUE(told(runner::kTap).ends_with("\n1..5\n")) << told(runner::kTap);
+  EXPECT_TRUE(has(runner::kTap, R"((a\\b \#c))")) << told(runner::kTap);
+  EXPECT_TRUE(has(runner::kTap, "# SKIP why\n")) << told(runner::kTap);
+  EXPECT_TRUE(has(runner::kJUnit, R"(tests="5" failures="1" errors="2" skipped="1")"))
+      << told(runner::kJUnit);
+  for (std::size_t i = 0; i < std::size(kVerdicts); ++i) {
+    const std::string name(runner::VerdictName(kVerdicts[i]));
+    EXPECT_TRUE(has(runner::kTap, kTap[i])) << told(runner::kTap);
+    EXPECT_TRUE(has(runner::kJUnit, kJUnit[i])) << told(runner::kJUnit);
+    EXPECT_TRUE(has(runner::kJson, "\"verdict\": \"" + name + '"')) << told(runner::kJson);
+    EXPECT_TRUE(has(runner::kLava,
+                    "TEST_CASE_ID=A." + std::to_string(i + 1) + " RESULT=" + kLava[i] + ">\n"))
+        << told(runner::kLava);
+  }
+}
+
 /// Hears what became of tests.
 class Listener : public runner::RunListener {
  public:
@@ -105,6 +152,53 @@ class Listener : public runner::RunListener {
  private:
   std::vector<runner::TestResult>& results_;
 };
+
+TEST_F(WritersTest, AFirstTestThatDidNotPassEndsARunThatIsToStopThere) {
+  constexpr ST_THAL_TEST_CASE_T kBlocked = {1, "asks", "", [](char*) { return 0; }, false};
+  constexpr ST_THAL_TEST_CASE_T kFails = {1, "fails", "", [](char*) { return 1; }, true};
+  constexpr ST_THAL_TEST_CASE_T kPasses = {2, "passes", "", [](char*) { return 0; }, true};
+  TestCase passes(&kPasses);
+  for (const auto& [record, verdict] :
+       {std::pair(&kBlocked, Verdict::kBlocked), std::pair(&kFails, Verdict::kFail)}) {
+    TestCase first(record);
+    scripted::RedirectReport();
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(report::StartOwn());
+    runner::ResultDirectory nowhere;
+    std::vector<runner::TestResult> told;
+    std::vector<std::unique_ptr<runner::RunListener>> listeners;
+    listeners.push_back(std::make_unique<Listener>(told));
+    runner::Options options;
+    options.stopOnFail = true;
+    options.limits.idleS = 1;
+    const std::vector<runner::TestEntry> tests = {{&first, "A", "A/1", "", ""},
+                                                  {&passes, "A", "A/2", "", ""}};
+    EXPECT_EQ(runner::TestRun(options, tests, {}, nowhere, std::move(listeners)).Do({}), 1);
+    testing::internal::GetCapturedStdout();
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_EQ(told[0].verdict, verdict);
+    EXPECT_EQ(told[1].verdict, Verdict::kSkipped);
+    EXPECT_EQ(told[1].message, "stopped after A/1");
+  }
+}
+
+TEST_F(WritersTest, IgnoredSignalsStayIgnoredAndAReaderThatLeftEndsNothing) {
+  std::signal(SIGHUP, SIG_IGN);  // as under nohup
+  runner::CatchInterrupts();
+  struct sigaction hangUp {};
+  sigaction(SIGHUP, nullptr, &hangUp);
+  EXPECT_TRUE(hangUp.sa_handler == SIG_IGN);
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  close(ends[0]);
+  runner::Outputs outputs;
+  outputs[runner::kTap] = "-";
+  const auto writers = runner::MakeWriters(outputs, ends[1]);
+  writers[0]->RunStarted(1);
+  writers[0]->TestEnded(Result("A/1", Verdict::kPass));
+  EXPECT_FALSE(writers[0]->Good()) << "results that nobody got";
+  close(ends[1]);
+}
 
 TEST_F(WritersTest, ATestWhoseLogOrReportLineIsNotKeptHasNotPassed) {
   constexpr ST_THAL_TEST_CASE_T kRecord = {1, "name", "", [](char*) { return 0; }, true};
