@@ -1,8 +1,12 @@
 // The link tests against the simulated slave: each step that can fail, and what the slave sees.
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mman.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -213,10 +217,48 @@ TEST(LinkHandlers, PrintEveryKindOfParameter) {
   EXPECT_EQ(memory[6], 0u);
 }
 
+/// Two threads or processes that hold a session each wait here for the other one. Run one after
+/// the other, the first would wait in vain.
+class Meeting {
+ public:
+  Meeting() {
+    scripted::OnWait([this](unsigned long) { Arrive(); });
+  }
+  ~Meeting() {
+    scripted::OnWait({});
+    munmap(shared_, sizeof *shared_);
+  }
+  Meeting(const Meeting&) = delete;
+  Meeting& operator=(const Meeting&) = delete;
+
+  bool TookPlace() const { return shared_->arrived == 2 && !shared_->missed; }
+
+ private:
+  struct Shared {
+    std::atomic<int> arrived;
+    std::atomic<bool> missed;
+  };
+  static constexpr auto kPatience = std::chrono::seconds(20);
+
+  void Arrive() const {
+    ++shared_->arrived;
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (shared_->arrived < 2 && std::chrono::steady_clock::now() < end) sched_yield();
+    if (shared_->arrived < 2) shared_->missed = true;
+  }
+
+  Shared* shared_ = static_cast<Shared*>(
+      mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+};
+
 TEST(LinkThreads, BothSessionsRunAtOnce) {
+  {
+    const Meeting meeting;
+    EXPECT_EQ(PlayTest(Wrapper_TestFunc_Multi_RLink_1).result, 0);
+    EXPECT_TRUE(meeting.TookPlace());
+  }
   for (const TestFunction test :
-       {Wrapper_TestFunc_Multi_RLink_1, Wrapper_TestFunc_Multi_RLink_1_Send,
-        Wrapper_TestFunc_InvokeCommand_Test2}) {
+       {Wrapper_TestFunc_Multi_RLink_1_Send, Wrapper_TestFunc_InvokeCommand_Test2}) {
     const auto run = PlayTest(test);
     EXPECT_EQ(run.result, 0) << run.output;
   }
@@ -267,6 +309,12 @@ TEST(LinkProcesses, BothTellTheirResultsAndNothingTwice) {
       EXPECT_EQ(Count(run.output, once), 1) << once << " in\n" << run.output;
     }
   }
+}
+
+TEST(LinkProcesses, BothSessionsAreOpenAtOnce) {
+  const Meeting meeting;
+  EXPECT_EQ(PlayFork(Wrapper_TestFunc_Multi_RLink_2).result, 0);
+  EXPECT_TRUE(meeting.TookPlace());
 }
 
 TEST(LinkProcesses, OneFailingFailsTheTest) {
