@@ -12,7 +12,8 @@ $usage
   --quick    only the release build, not the one with sanitizers
   --approve  write the expected texts in tests/expected anew from what the tests see now
   --fuzz [SECONDS]
-             feed broken files to everything that reads files, SECONDS each (default 60)
+             feed broken files to everything that reads files, SECONDS each (default 60), after
+             each fuzzer has found the faults planted for it
   --arch NAME
              only the unit tests, built for aarch64 or armhf, under an emulator; can be repeated
   --analyse  read the whole tree with clang-tidy and cppcheck, run the unit tests under valgrind
@@ -151,6 +152,22 @@ Approve() {
   echo 'Now look at what changed: git diff tests/expected'
 }
 
+# FindsPlanted FUZZER NAME: whether the fuzzer finds, from its corpus and in 10 s each, the faults
+# that are planted where only text that was read gets to.
+FindsPlanted() {
+  local fault scratch=build/fuzz/scratch
+  while IFS= read -r fault; do
+    rm -rf "$scratch"
+    mkdir -p "$scratch"  # the first directory is written to
+    if CVN_PLANT=$fault "$1" -max_total_time=10 -max_len=$fuzz_length \
+      -artifact_prefix=build/fuzz/planted- "$scratch" "tests/fuzz/corpus/$2" \
+      >build/fuzz/planted.txt 2>&1 ||
+      ! grep -qF "$fault" build/fuzz/planted.txt; then
+      Die 1 "fuzz_$2 does not find the planted fault '$fault', see build/fuzz/planted.txt"
+    fi
+  done < <(sed -n 's/.*fuzz::Plant("\([^"]*\)".*/\1/p' "tests/fuzz/fuzz_$2.cpp")
+}
+
 # Fuzz: what a fuzzer finds stays in build/fuzz/findings; a finding ends the run.
 Fuzz() {
   local fuzzer name
@@ -161,7 +178,8 @@ Fuzz() {
     name=${fuzzer##*/fuzz_}
     mkdir -p "build/fuzz/corpus/$name"
     echo "== fuzzing $name, $fuzz_seconds s"
-    RunQuietly "fuzzing $name" "$fuzzer" -max_total_time="$fuzz_seconds" -timeout=10 -max_len=8192 \
+    FindsPlanted "$fuzzer" "$name"
+    RunQuietly "fuzzing $name" "$fuzzer" -max_total_time="$fuzz_seconds" -timeout=10 -max_len=$fuzz_length \
       -artifact_prefix="build/fuzz/findings/$name-" "build/fuzz/corpus/$name" "tests/fuzz/corpus/$name"
   done
   echo 'Nothing found'
@@ -183,6 +201,7 @@ OpenClosedDescriptors
 presets=(release debug)
 arm_presets=()
 fuzz_seconds=60
+fuzz_length=16384
 kills=6
 task=TestAll
 ctest_failed=0

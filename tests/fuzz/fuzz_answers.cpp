@@ -61,6 +61,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::string error = runner::LoadAnswers(file.Path(), rules);
   fuzz::Require(error.find('\n') == std::string::npos, "an error is not one line");
 
+  fuzz::Plant("answer with an escape",
+              !rules.empty() && rules.back().answers.back().text.find('\033') != std::string::npos);
   runner::AnswerScript script(rules, AnyTest());
   for (const auto kind : {console::Input::kLine, console::Input::kKey, console::Input::kLine})
     script.Next(printed, kind);

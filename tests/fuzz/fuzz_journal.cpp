@@ -41,6 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     fuzz::Require(first.error.find('\n') == std::string::npos, "an error is not one line");
     return 0;
   }
+  fuzz::Plant("time of an entry", !first.entries.empty() && first.entries[0].seconds > 2);
   const Journal second = ReadAndGoOn();
   fuzz::Require(second.error.empty(), "a journal that was gone on with is refused");
   fuzz::Require(second.entries.size() == first.entries.size() + 1, "an entry is lost or doubled");

@@ -22,5 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     }
   }
   sim::Describe(*kBoard);
+  fuzz::Plant("other timing at a second port",
+              kBoard->hdmi.ports[1].cable && kBoard->hdmi.ports[1].timing.vFreq != 6000);
   return 0;
 }

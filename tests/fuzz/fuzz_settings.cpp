@@ -26,9 +26,11 @@ const std::string& Home() {
 void ReadCatalogue(std::string_view text) {
   fuzz::WriteFile(Home() + "config/user_add_testcase.cfg", text);
   fuzz::WriteFile(Home() + "golden_overwrite.config", text);
-  TestCaseList().clear();
-  Init_TestCase_List();
+  ReadTestCaseList();
   for (const CM_TestCase& testCase : TestCaseList()) testCase.Get_TestCase_Name();
+  const CM_TestCase& last = TestCaseList().back();
+  fuzz::Plant("user's test case", last.type > 604 && last.hdrFile == 2);
+  fuzz::Plant("overwritten golden files", TestCaseList()[3].goldenOverwritten > 1);
 }
 
 void ReadSettings(std::string_view text) {
@@ -53,5 +55,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const fuzz::MemoryFile file(text);
   _VOUT_INFO_COMPARE_SETTING setting;
   ReadVoutSetting(file.Path(), setting);
+  fuzz::Plant("comparison settings", setting.errTolerance_sec > 5);
   return 0;
 }

@@ -138,14 +138,18 @@ std::vector<CM_TestCase> BuiltInTestCases() {
   return cases;
 }
 
+void ReadTestCaseList() {
+  TestCaseList() = BuiltInTestCases();
+  Get_User_Add_TestCase();
+  ReadOverwriteFlags(TestCaseList());
+}
+
 int Init_TestCase_List() {
   static bool done = false;
   if (done) return 0;
   done = true;
   Init_Content_Path(static_cast<USB_HTTP_MODE_TYPE>(Get_USB_HTTP_Mode()));
-  TestCaseList() = BuiltInTestCases();
-  Get_User_Add_TestCase();
-  ReadOverwriteFlags(TestCaseList());
+  ReadTestCaseList();
   return 0;
 }
 

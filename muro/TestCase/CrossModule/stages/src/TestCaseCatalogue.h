@@ -59,6 +59,9 @@ struct CM_Module {
 /// The test cases that every board has, entry 0 "unknown". Reads and changes nothing.
 std::vector<CM_TestCase> BuiltInTestCases();
 
+/// Reads the list of test cases: those that every board has, the user's, and which golden files
+/// were overwritten.
+void ReadTestCaseList();
 /// Builds the list of test cases once. Returns 0.
 int Init_TestCase_List();
 /// Builds the list of stages once.
