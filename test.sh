@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds and runs all tests; installs first what is missing.
 set -euo pipefail
-usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--kills N|--help] [-R REGEX]'
+usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--kills N|--mutate [N [SEED]]|--help] [-R REGEX]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/scripts/cross.sh"
@@ -18,6 +18,9 @@ $usage
              only the unit tests, built for aarch64 or armhf, under an emulator; can be repeated
   --analyse  read the whole tree with clang-tidy and cppcheck, run the unit tests under valgrind
   --kills N  only the run that is killed N times at random moments and resumed (6 in every other run)
+  --mutate [N [SEED]]
+             put N (default 50) single faults into a copy of the sources, one at a time, and list
+             those that no unit test sees; the same seed chooses the same faults
   -R REGEX   only tests whose name matches
 TEXT
 }
@@ -191,6 +194,11 @@ KillRuns() {
   CVN_KILLS=$kills build/release/bin/e2e_test --gtest_filter='KillsTest.*' </dev/null
 }
 
+# Mutate: how much of what could go wrong the unit tests see.
+Mutate() {
+  scripts/mutate.py "$faults" --seed "$seed"
+}
+
 # Choose TASK: in place of the usual one.
 Choose() {
   [[ $task == TestAll || $task == "$1" ]] || Die 2 "one task at a time; $usage"
@@ -203,6 +211,8 @@ arm_presets=()
 fuzz_seconds=60
 fuzz_length=16384
 kills=6
+faults=50
+seed=1
 task=TestAll
 ctest_failed=0
 selection=()
@@ -220,6 +230,17 @@ while (($#)); do
       if [[ ${2-} =~ ^[1-9][0-9]*$ ]]; then
         fuzz_seconds=$2
         shift
+      fi
+      ;;
+    --mutate)
+      Choose Mutate
+      if [[ ${2-} =~ ^[1-9][0-9]*$ ]]; then
+        faults=$2
+        shift
+        if [[ ${2-} =~ ^[0-9]+$ ]]; then
+          seed=$2
+          shift
+        fi
       fi
       ;;
     --kills)

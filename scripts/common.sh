@@ -8,7 +8,7 @@ source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
 run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static
   ffmpeg libavformat-dev libavcodec-dev libswresample-dev)
 test_packages=(clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck
-  edid-decode openssl valgrind jq libxml2-utils perl)
+  edid-decode openssl valgrind jq libxml2-utils perl python3)
 analysis_packages=(clang-tidy cppcheck)
 
 # Die STATUS MESSAGE: one line on standard error, then the end.
