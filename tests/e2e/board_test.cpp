@@ -46,7 +46,7 @@ TEST_F(BoardTest, ExitStatusIsThePrograms) {
 }
 
 TEST_F(BoardTest, WritesStayOnTheBoard) {
-  const std::string name = "written-on-board-" + std::to_string(getpid());
+  const std::string name = "written-on-" + Board().parent_path().filename().string();
   ASSERT_EQ(0, RunScript("for d in /tmp /data /vendor /home /nvram /system /media /tmp/var/log; do "
                          "echo here >$d/" +
                          name +
