@@ -92,11 +92,6 @@ std::string FormatAnswer(const std::string& testId, const std::string& prompt,
   return Joined({testId, promptGlob, text}, "\t").append("\n");
 }
 
-std::string LastLine(std::string_view cleanText) {
-  const std::string_view text = Trimmed(cleanText);
-  return std::string(Trimmed(text.substr(text.rfind('\n') + 1)));
-}
-
 AnswerScript::AnswerScript(const std::vector<AnswerRule>& rules, const TestEntry& entry) {
   for (const AnswerRule& rule : rules) {
     if (Matches(entry, rule.testGlob)) lines_.push_back({&rule});

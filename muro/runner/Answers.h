@@ -44,9 +44,6 @@ std::string CheckAnswers(const std::string& path, const std::vector<AnswerRule>&
 std::string FormatAnswer(const std::string& testId, const std::string& prompt,
                          const Answer& answer);
 
-/// What is left of a prompt to be told in one line: the last line of clean text.
-std::string LastLine(std::string_view cleanText);
-
 /// The answers for one run of one test.
 class AnswerScript {
  public:

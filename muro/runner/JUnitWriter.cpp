@@ -29,7 +29,7 @@ class JUnitWriter : public FileWriter {
     ++suite.totals.of[static_cast<std::size_t>(result.verdict)];
     std::string text = "    <testcase" + Attribute("classname", result.test.moduleClass) +
                        Attribute("name", result.test.Title()) +
-                       Attribute("time", SecondsText(result.seconds)) + ">\n" + Figures(result) +
+                       Attribute("time", SecondsText(result.seconds)) + ">\n" + Details(result) +
                        Problem(result);
     if (!result.output.empty())
       text += "      <system-out>" + XmlText(result.output) + "</system-out>\n";
@@ -78,22 +78,29 @@ class JUnitWriter : public FileWriter {
            Attribute("time", SecondsText(seconds));
   }
 
-  static std::string Properties(const std::string& indent, const std::vector<Figure>& figures) {
-    if (figures.empty()) return "";
+  using Property = std::pair<std::string, std::string>;  // name, value
+
+  static std::string Properties(const std::string& indent, const std::vector<Property>& all) {
+    if (all.empty()) return "";
     std::string text = indent + "<properties>\n";
-    for (const Figure& figure : figures)
-      text += indent + "  <property" + Attribute("name", figure.name) +
-              Attribute("value", std::to_string(figure.value)) + "/>\n";
+    for (const auto& [name, value] : all)
+      text += indent + "  <property" + Attribute("name", name) + Attribute("value", value) + "/>\n";
     return text + indent + "</properties>\n";
   }
 
-  static std::string Figures(const TestResult& result) {
-    return Properties("      ", result.figures);
+  static std::string Details(const TestResult& result) {
+    std::vector<Property> all;
+    for (const Figure& figure : result.figures)
+      all.emplace_back(figure.name, std::to_string(figure.value));
+    if (result.verdict == Verdict::kPass && !result.message.empty())
+      all.emplace_back("message", result.message);
+    for (const std::string& file : result.evidence) all.emplace_back("evidence", file);
+    return Properties("      ", all);
   }
 
   static std::string SkippedRounds(const Totals& totals) {
     if (totals.skippedRounds == 0) return "";
-    return Properties("    ", {{"skipped_rounds", totals.skippedRounds}});
+    return Properties("    ", {{"skipped_rounds", std::to_string(totals.skippedRounds)}});
   }
 
   static std::string Problem(const TestResult& result) {

@@ -23,6 +23,7 @@ class JsonWriter : public FileWriter {
           ", \"seconds\": " + SecondsText(result.seconds) + ", \"prompts\": " +
           std::to_string(result.prompts) + ", \"log\": " + JsonText(result.log) +
           ", \"earlier\": " + (result.earlier ? "true" : "false") + Figures(result) +
+          (result.evidence.empty() ? "" : ", \"evidence\": " + JsonList(result.evidence)) +
           ", \"output\": " + JsonText(result.output) + "}\n");
   }
   void RunEnded(const Totals& totals) override {

@@ -50,6 +50,16 @@ std::string SetOutput(Options& options, const std::string& value) {
   return "";
 }
 
+std::string SetEyes(Options& options, const std::string& value) {
+  options.eyes.command = value;
+  return "";
+}
+
+std::string SetEyesAlways(Options& options, const std::string&) {
+  options.eyes.always = true;
+  return "";
+}
+
 template <bool Options::*member>
 std::string SetFlag(Options& options, const std::string&) {
   options.*member = true;
@@ -62,13 +72,18 @@ bool ParseWhole(const std::string& text, Number& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+std::string ReadSeconds(const std::string& value, double& seconds) {
+  if (ParseWhole(value, seconds) && seconds >= 0 && seconds <= 1e7) return "";
+  return "'" + value + "' is no number of seconds from 0 to 10000000";
+}
+
 template <double Limits::*member>
 std::string SetSeconds(Options& options, const std::string& value) {
-  double seconds = 0;
-  if (!ParseWhole(value, seconds) || !(seconds >= 0 && seconds <= 1e7))
-    return "'" + value + "' is no number of seconds from 0 to 10000000";
-  options.limits.*member = seconds;
-  return "";
+  return ReadSeconds(value, options.limits.*member);
+}
+
+std::string SetEyesSeconds(Options& options, const std::string& value) {
+  return ReadSeconds(value, options.eyes.limitS);
 }
 
 std::string SetRepeat(Options& options, const std::string& value) {
@@ -136,6 +151,13 @@ constexpr Row kRows[] = {
 
     {"Running", "--answers", Takes::kOne, "FILE", kRunOnly, SetText<&Options::answers>,
      "answers to prompts, a line each: test, prompt and answer with tabs between"},
+    {nullptr, "--eyes", Takes::kOne, "COMMAND", kRunOnly, SetEyes,
+     "shell command that looks at the panel and answers the question for the verdict: status 0 is "
+     "yes, 1 no, anything else blocks the test"},
+    {nullptr, "--eyes-always", Takes::kNothing, "", kRunOnly, SetEyesAlways,
+     "the command also looks at the end of every test that judges itself"},
+    {nullptr, "--eyes-timeout", Takes::kOne, "SECONDS", kRunOnly, SetEyesSeconds,
+     "limit of one look (30); 0 is none"},
     {nullptr, "--manual-play", Takes::kNothing, "", Bit(Mode::kInteractive) | kRunOnly,
      SetFlag<&Options::manualPlay>,
      "playback tests start no player: somebody plays the content and presses a key at its end"},
@@ -271,6 +293,7 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
   if (!options.trace.empty() && options.results.empty()) return "--trace needs --results";
   if (options.manualPlay && options.noOperator)
     return "--manual-play needs an operator or --answers, and --no-operator leaves out such tests";
+  if (options.eyes.always && options.eyes.command.empty()) return "--eyes-always needs --eyes";
   if (std::ranges::count(options.outputs, "-") > 1)
     return "only one kind of result can go to standard output";
   return "";

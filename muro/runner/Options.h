@@ -27,6 +27,7 @@ struct Options {
   bool disruptive = false;
   bool manualPlay = false;
   Limits limits;
+  EyesSettings eyes;
   std::string answers;
   std::string record;
   Outputs outputs;

@@ -212,6 +212,16 @@ std::string ResultDirectory::LogPath(const PlannedTest& test, const std::string&
   return path_ + "/" + LogName(test, extension);
 }
 
+std::vector<std::string> ResultDirectory::EvidenceOf(const PlannedTest& test) const {
+  std::vector<std::string> names;
+  const std::string directory = LogName(test, "evidence");
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(path_ + "/" + directory, error))
+    names.push_back(directory + "/" + entry.path().filename().string());
+  std::ranges::sort(names);
+  return names;
+}
+
 std::string ReadCleanTail(const std::string& path) {
   std::string text;
   ReadInputFile(path, kLongestLog + kTail, text);  // a log that is gone has no tail

@@ -3,6 +3,8 @@
 //   journal            what was run, and a line when a test starts and ends, synced to the disk
 //   logs/0001-ID.log   what the first test printed and what was typed
 //   logs/0001-ID.trace the HAL calls of that test, where the run has a trace
+//   logs/0001-ID.evidence/
+//                      what eyes left of that test
 #pragma once
 
 #include <string>
@@ -73,10 +75,12 @@ class ResultDirectory {
   bool NoteStart(const PlannedTest& test) const;
   bool NoteEnd(const TestResult& result, int reportResult) const;
 
-  /// Path of a test's file, with the extension "log" or "trace"; `LogName` is relative to the
-  /// directory.
+  /// Path of a test's file, with the extension "log" or "trace", or its directory "evidence";
+  /// `LogName` is relative to the directory.
   std::string LogName(const PlannedTest& test, const std::string& extension) const;
   std::string LogPath(const PlannedTest& test, const std::string& extension) const;
+  /// The files that are there as a test's evidence, sorted, relative to the directory.
+  std::vector<std::string> EvidenceOf(const PlannedTest& test) const;
 
  private:
   bool Note(const std::string& line) const;

@@ -41,6 +41,7 @@ struct TestResult {
   bool earlier = false;      // taken from the journal of the run that is resumed here
   bool provisional = false;  // a resumed run will run this test again
   std::vector<Figure> figures = {};
+  std::vector<std::string> evidence = {};  // files in the result directory
 };
 
 /// Totals of a run.

@@ -13,6 +13,14 @@ struct Limits {
   double idleS = 60;      // without output
 };
 
+/// Eyes in place of the operator's; without a command there are none.
+struct EyesSettings {
+  std::string command;   // for the shell
+  bool always = false;   // at the end of tests that judge themselves, too
+  double limitS = 30;    // of one look; 0 is none
+  std::string evidence;  // directory for what the command leaves
+};
+
 /// The formats of results, in the order of their list.
 enum ResultFormat : std::size_t {
 #define RESULT_FORMAT(name, option, help) k##name,

@@ -5,7 +5,7 @@
 namespace runner {
 namespace {
 
-/// TAP 14: a test point a test; what went wrong in a block behind it.
+/// TAP 14: one test point per test, followed by a block where there is more to say.
 class TapWriter : public FileWriter {
  public:
   using FileWriter::FileWriter;
@@ -21,7 +21,8 @@ class TapWriter : public FileWriter {
     std::string text = (fine ? "ok " : "not ok ") + std::to_string(told_) + " - " +
                        Description(result.test.Title());
     text += skipped ? " # SKIP " + Description(result.message) + "\n" : "\n";
-    Write(fine ? text : text + Block(result));
+    const bool saysMore = !result.message.empty() || !result.evidence.empty();
+    Write(skipped || (fine && !saysMore) ? text : text + Block(result));
   }
   void RunEnded(const Totals& totals) override {
     if (totals.skippedRounds > 0)
@@ -45,6 +46,7 @@ class TapWriter : public FileWriter {
     std::string text = "  ---\n  verdict: " + std::string(VerdictName(result.verdict)) + "\n";
     if (!result.message.empty()) text += "  message: " + JsonText(result.message) + "\n";
     if (!result.log.empty()) text += "  log: " + JsonText(result.log) + "\n";
+    if (!result.evidence.empty()) text += "  evidence: " + JsonList(result.evidence) + "\n";
     return text + "  seconds: " + SecondsText(result.seconds) + "\n  ...\n";
   }
 

@@ -15,8 +15,10 @@ struct TestEntry {
   std::string menuPath;     // "Vido Manual Test > Vsc Function Test"
   std::string position;     // what is typed from the main menu on: "3 2 31"
 
-  /// True when a person is needed: to answer or to judge.
-  bool NeedsOperator() const { return test->asks() || !test->isAutoJudged(); }
+  /// True when a person is needed: to answer or, without eyes, to judge.
+  bool NeedsOperator(bool hasEyes = false) const {
+    return test->asks() || !(hasEyes || test->isAutoJudged());
+  }
   /// The id with nothing but letters, digits, dots and minus signs: "VscModule.31".
   std::string DottedId() const;
 };

@@ -19,6 +19,8 @@
 namespace runner {
 namespace {
 
+namespace fs = std::filesystem;
+
 volatile std::sig_atomic_t interruptSignal = 0;
 
 void NoteInterrupt(int signal) {
@@ -32,6 +34,29 @@ bool Interrupted() {
 bool Counts(Verdict verdict) {
   return verdict == Verdict::kFail || verdict == Verdict::kError || verdict == Verdict::kBlocked;
 }
+
+/// The directory for what eyes leave of one test. One that is not kept is removed.
+class Evidence {
+ public:
+  explicit Evidence(const std::string& kept) : isKept_(!kept.empty()) {
+    std::error_code error;
+    directory_ = isKept_ ? fs::absolute(kept, error)
+                         : fs::temp_directory_path(error) /
+                               ("cvntester-evidence-" + std::to_string(getpid()));
+  }
+  ~Evidence() {
+    std::error_code ignored;
+    if (!isKept_) fs::remove_all(directory_, ignored);
+  }
+  Evidence(const Evidence&) = delete;
+  Evidence& operator=(const Evidence&) = delete;
+
+  std::string Directory() const { return directory_.string(); }
+
+ private:
+  bool isKept_;
+  fs::path directory_;
+};
 
 /// The report's line is due for every test that was run.
 bool WriteReportLine(TestCase& test, int result) {
@@ -171,7 +196,10 @@ void TestRun::TakeOver(const PlannedTest& test, const TestEntry& entry,
     Lose(result, "the report cannot be written");
     result.provisional = true;
   }
-  if (result.verdict != Verdict::kSkipped) result.log = directory_.LogName(test, "log");
+  if (result.verdict != Verdict::kSkipped) {
+    result.log = directory_.LogName(test, "log");
+    result.evidence = directory_.EvidenceOf(test);
+  }
   Tell(result);
 }
 
@@ -190,7 +218,9 @@ std::string TestRun::ReasonToSkip(const TestEntry& entry) const {
   if (!entry.test->hasFunction()) return "has no function";
   if (entry.test->isDisruptive() && !options_.disruptive && !IsNamed(entry, options_.patterns))
     return "changes the board for good; name it exactly or add --disruptive";
-  return options_.noOperator && entry.NeedsOperator() ? "needs an operator" : "";
+  return options_.noOperator && entry.NeedsOperator(!options_.eyes.command.empty())
+             ? "needs an operator"
+             : "";
 }
 
 void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
@@ -202,10 +232,16 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   for (const auto& listener : listeners_) listener->TestStarted(test);
 
   const TraceCopy trace(options_.trace);
-  TestSession session(entry, rules_, options_.limits, [&](std::string_view text) {
-    log.Add(text);
-    for (const auto& listener : listeners_) listener->TestPrinted(std::string(text));
-  });
+  const Evidence evidence(kept ? directory_.LogPath(test, "evidence") : "");
+  EyesSettings eyes = options_.eyes;
+  eyes.evidence = evidence.Directory();
+  TestSession session(
+      entry, rules_, options_.limits,
+      [&](std::string_view text) {
+        log.Add(text);
+        for (const auto& listener : listeners_) listener->TestPrinted(std::string(text));
+      },
+      eyes);
   const Outcome outcome = session.Run(Interrupted);
   if (outcome.harness) Fail("a test cannot be run: " + outcome.message);
 
@@ -216,6 +252,7 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
     Lose(result, "the log of a test cannot be written");
   result.output = log.CleanTail();
   if (kept) result.log = directory_.LogName(test, "log");
+  if (kept) result.evidence = directory_.EvidenceOf(test);
   // What an interruption did to a test is no result of it: a resumed run says that it was cut off.
   result.provisional = kept && outcome.interrupted;
   if (kept && !result.provisional && !(noted && directory_.NoteEnd(result, outcome.result)))

@@ -4,9 +4,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 
 #include "ConsoleInput.h"
+#include "Signals.h"
 #include "Text.h"
 
 namespace runner {
@@ -15,17 +15,7 @@ namespace {
 constexpr int kLookMs = 50;
 constexpr double kLooksAgainS = 5;  // tests look for keys more often
 
-/// The signals that end tests, by names that are the same on every board.
-struct SignalName {
-  int number;
-  const char* name;
-};
-constexpr SignalName kSignals[] = {
-    {SIGABRT, " SIGABRT"}, {SIGBUS, " SIGBUS"},   {SIGFPE, " SIGFPE"},   {SIGHUP, " SIGHUP"},
-    {SIGILL, " SIGILL"},   {SIGINT, " SIGINT"},   {SIGKILL, " SIGKILL"}, {SIGPIPE, " SIGPIPE"},
-    {SIGQUIT, " SIGQUIT"}, {SIGSEGV, " SIGSEGV"}, {SIGSYS, " SIGSYS"},   {SIGTERM, " SIGTERM"},
-    {SIGTRAP, " SIGTRAP"},
-};
+constexpr char kInterrupted[] = "the run was interrupted";
 constexpr std::size_t kKeptPrompt = 8192;
 
 double SecondsSince(std::chrono::steady_clock::time_point start) {
@@ -36,11 +26,6 @@ std::string Limit(double seconds) {
   char text[32];
   std::snprintf(text, sizeof text, "%g s", seconds);
   return text;
-}
-
-std::string SignalText(int signal) {
-  const auto* row = std::ranges::find(kSignals, signal, &SignalName::number);
-  return "signal " + std::to_string(signal) + (row == std::end(kSignals) ? "" : row->name);
 }
 
 /// Adds to what a line says.
@@ -58,10 +43,11 @@ int RunTest(TestCase& test, const std::string& key) {
 }  // namespace
 
 TestSession::TestSession(const TestEntry& entry, const std::vector<AnswerRule>& rules,
-                         const Limits& limits, Listener listener)
+                         const Limits& limits, Listener listener, EyesSettings eyes)
     : entry_(entry),
       limits_(limits),
       listener_(std::move(listener)),
+      eyes_(std::move(eyes)),
       answers_(rules, entry),
       marks_(key_, {[this](std::string_view text) { Printed(text); },
                     [this](console::Input kind) { Waiting(kind); },
@@ -69,6 +55,7 @@ TestSession::TestSession(const TestEntry& entry, const std::vector<AnswerRule>& 
                     [this](const std::string& text) { AddTo(remarks_, CleanLine(text)); }}) {}
 
 Outcome TestSession::Run(bool (*interrupted)()) {
+  interrupted_ = interrupted;
   const std::string error = test_.Start([this] { return RunTest(*entry_.test, key_); });
   if (!error.empty()) {
     outcome_.message = error;
@@ -82,13 +69,15 @@ Outcome TestSession::Run(bool (*interrupted)()) {
     output.clear();
     if (more && !broken_ && interrupted()) {
       outcome_.interrupted = true;
-      Break(Verdict::kError, "the run was interrupted");
+      Break(Verdict::kError, kInterrupted);
     }
     WatchLimits();
   }
   marks_.End();
   outcome_.seconds = SecondsSince(start_);
   Judge(test_.End());
+  if (eyes_.always && !looked_ && !broken_ && test_.End().kind == ChildEnd::kReturned)
+    LookAtTheEnd();
   return outcome_;
 }
 
@@ -101,16 +90,59 @@ void TestSession::Printed(std::string_view text) {
 
 void TestSession::Waiting(console::Input kind) {
   if (broken_) return;
-  if (LastLine(CleanText(printed_)) != Trimmed(TestCase::kVerdictQuestion)) ++outcome_.prompts;
+  if (LastLine(CleanText(printed_)) != Trimmed(TestCase::kVerdictQuestion)) {
+    ++outcome_.prompts;
+  } else if (!eyes_.command.empty()) {
+    AskEyes();
+    return;
+  }
   const auto answer = answers_.Next(printed_, kind);
   waiting_ = !answer;
   waitsFor_ = kind;
   waitingSince_ = Clock::now();
   if (!answer) return;
-  test_.Type(*answer);
-  listener_(*answer);
+  Answer(*answer);
+}
+
+void TestSession::Answer(const std::string& keys) {
+  test_.Type(keys);
+  listener_(keys);
   lastOutput_ = Clock::now();
   printed_.clear();
+}
+
+/// Looks at the panel; the time that it takes is not the test's.
+Sight TestSession::LookAt(std::string_view question) {
+  const auto before = Clock::now();
+  Sight sight = Look(eyes_, entry_.id, std::string(question), interrupted_);
+  looked_ = true;
+  start_ += Clock::now() - before;
+  listener_(std::string("[").append(sight.Text()).append("]\n"));
+  return sight;
+}
+
+void TestSession::AskEyes() {
+  const Sight sight = LookAt(Trimmed(TestCase::kVerdictQuestion));
+  if (interrupted_()) return;  // what that means is decided in one place
+  if (sight.kind == Sight::kCannotTell) {
+    Break(Verdict::kBlocked, sight.Text());
+    return;
+  }
+  AddTo(remarks_, sight.Text());
+  Answer(sight.kind == Sight::kYes ? "y\n" : "n\n");
+}
+
+/// Nothing passes that eyes have not seen to be right.
+void TestSession::LookAtTheEnd() {
+  const Sight sight = LookAt("at the end of the test");
+  if (interrupted_()) {
+    outcome_ = {.message = kInterrupted, .seconds = outcome_.seconds, .interrupted = true};
+    return;
+  }
+  AddTo(outcome_.message, sight.Text());
+  if (outcome_.verdict != Verdict::kPass || sight.kind == Sight::kYes) return;
+  outcome_.verdict = sight.kind == Sight::kNo ? Verdict::kFail : Verdict::kBlocked;
+  outcome_.result = 1;
 }
 
 void TestSession::WatchLimits() {

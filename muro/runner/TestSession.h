@@ -9,6 +9,7 @@
 
 #include "Answers.h"
 #include "ConsoleMarks.h"
+#include "Eyes.h"
 #include "IsolatedTest.h"
 #include "RunSettings.h"
 #include "TestList.h"
@@ -32,8 +33,9 @@ class TestSession {
   /// Hears what the test prints and what is typed, as it would stand on a terminal.
   using Listener = std::function<void(std::string_view text)>;
 
+  /// With `eyes`, they answer the question for the verdict, and no rule does.
   TestSession(const TestEntry& entry, const std::vector<AnswerRule>& rules, const Limits& limits,
-              Listener listener);
+              Listener listener, EyesSettings eyes = {});
 
   /// Runs the test to its end. Becomes an error as soon as `interrupted` gives true.
   Outcome Run(bool (*interrupted)());
@@ -43,6 +45,10 @@ class TestSession {
 
   void Printed(std::string_view text);
   void Waiting(console::Input kind);
+  void Answer(const std::string& keys);
+  void AskEyes();
+  void LookAtTheEnd();
+  Sight LookAt(std::string_view question);
   void WatchLimits();
   bool IsWaiting(double limitS) const;
   void Break(Verdict verdict, const std::string& message);
@@ -51,6 +57,9 @@ class TestSession {
   const TestEntry& entry_;
   Limits limits_;
   Listener listener_;
+  EyesSettings eyes_;
+  bool looked_ = false;
+  bool (*interrupted_)() = nullptr;
   std::string key_ = MakeMarkKey();
   AnswerScript answers_;
   IsolatedTest test_;

@@ -157,6 +157,11 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \n") - first + 1);
 }
 
+std::string LastLine(std::string_view cleanText) {
+  const std::string_view text = Trimmed(cleanText);
+  return std::string(Trimmed(text.substr(text.rfind('\n') + 1)));
+}
+
 std::vector<std::string> Split(std::string_view text, char separator) {
   std::vector<std::string> parts;
   for (auto at = text.find(separator); at != std::string_view::npos; at = text.find(separator)) {
@@ -209,6 +214,13 @@ std::string XmlText(std::string_view text) {
 
 std::string JsonText(std::string_view text) {
   return '"' + Replaced(text, JsonCharacter) + '"';
+}
+
+std::string JsonList(const std::vector<std::string>& texts) {
+  std::string list;
+  for (const std::string& text : texts)
+    list.append(list.empty() ? "" : ", ").append(JsonText(text));
+  return std::string("[").append(list).append("]");
 }
 
 std::string SecondsText(double seconds) {

@@ -18,6 +18,9 @@ std::string CleanLine(std::string_view text);
 /// `text` without blanks and newlines at both ends.
 std::string_view Trimmed(std::string_view text);
 
+/// The last line of clean text that is not blank, such as a prompt.
+std::string LastLine(std::string_view cleanText);
+
 /// The parts between the separators, at least one.
 std::vector<std::string> Split(std::string_view text, char separator);
 
@@ -41,6 +44,9 @@ std::string XmlText(std::string_view text);
 
 /// A clean text as a JSON string, with its quotes. It is a YAML string too.
 std::string JsonText(std::string_view text);
+
+/// Clean texts as a list of JSON strings, and of YAML.
+std::string JsonList(const std::vector<std::string>& texts);
 
 /// Seconds with milliseconds, such as "1.250".
 std::string SecondsText(double seconds);

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "ConsoleInput.h"
 #include "Remarks.h"
@@ -113,6 +114,62 @@ TEST(SessionTest, TheOperatorsVerdictCounts) {
   const auto ok = [](char*) { return 0; };
   EXPECT_EQ(Play(ok, Rules("*FAIL*", "y"), true).outcome.verdict, Verdict::kPass);
   EXPECT_EQ(Play(ok, Rules("*FAIL*", "n"), true).outcome.verdict, Verdict::kFail);
+}
+
+/// Plays a test that the operator judges, or else one that passes by itself, with these eyes.
+Outcome Judge(
+    const std::string& command, bool byOperator, bool (*interrupted)() = [] { return false; }) {
+  ST_THAL_TEST_CASE_T record{1, "name", "description", [](char*) { return 0; }, !byOperator};
+  TestCase test(&record);
+  const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
+  const std::vector<AnswerRule> yes = Rules("*", "y");
+  runner::TestSession session(entry, yes, {}, [](std::string_view) {},
+                              {.command = command,
+                               .always = true,
+                               .limitS = 1,
+                               .evidence = testing::TempDir() + "evidence"});
+  return session.Run(interrupted);
+}
+
+bool eyesLooked = false;
+
+TEST(SessionTest, EyesJudgeInPlaceOfTheAnswersAndWhatTheyCannotTellNeverPasses) {
+  const struct {
+    const char* command;
+    Verdict verdict;
+    const char* message;
+  } kCases[] = {
+      {"echo noise; echo all bars in place", Verdict::kPass, "eyes: yes, all bars in place"},
+      {"echo black; exit 1", Verdict::kFail, "eyes: no, black"},
+      {"echo no rule; exit 2", Verdict::kBlocked, "eyes: cannot tell, no rule (exit status 2)"},
+      {"no-such-command 2>/dev/null", Verdict::kBlocked, "eyes: cannot tell, exit status 127"},
+      {"kill -SEGV $$", Verdict::kBlocked, "eyes: cannot tell, killed by signal 11 SIGSEGV"},
+      {"sleep 1000", Verdict::kBlocked, "eyes: cannot tell, no answer in 1 s"},
+      {"sleep 1000 & exit 0", Verdict::kPass, "eyes: yes"},
+      {"[ \"$CVN_TEST\" = Module/1 ] && [ -d \"$CVN_EVIDENCE\" ] && echo \"$CVN_QUESTION\"",
+       Verdict::kPass, ""},
+  };
+  for (const bool byOperator : {true, false}) {
+    for (const auto& [command, verdict, message] : kCases) {
+      const Outcome outcome = Judge(command, byOperator);
+      EXPECT_EQ(outcome.verdict, verdict) << command;
+      EXPECT_EQ(outcome.result, verdict == Verdict::kPass ? 0 : 1) << command;
+      EXPECT_EQ(outcome.message,
+                *message != '\0' ? message
+                : byOperator     ? "eyes: yes, Please check the result PASS or FAIL by 'Y' or 'N'"
+                                 : "eyes: yes, at the end of the test");
+    }
+  }
+  for (const bool byOperator : {true, false}) {
+    eyesLooked = false;
+    const Outcome stopped = Judge("sleep 1000", byOperator, [] {
+      eyesLooked = eyesLooked || std::filesystem::exists(testing::TempDir() + "evidence");
+      return eyesLooked;
+    });
+    EXPECT_TRUE(stopped.interrupted);
+    EXPECT_EQ(stopped.message, "the run was interrupted");
+    EXPECT_EQ(stopped.verdict, Verdict::kError);
+  }
 }
 
 TEST(SessionTest, KeysAreTypedWhereKeysAreRead) {
