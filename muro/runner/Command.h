@@ -19,7 +19,7 @@ struct CommandEnd {
 /// Runs `words`, found through PATH, in a process group of its own and without input, with the
 /// settings `environment` ("NAME=value") beside those of this program. Waits at most `limitS`
 /// seconds (0: as long as it takes), and only while `interrupted` gives false; what is left of the
-/// group then is killed.
+/// group at the end is killed.
 CommandEnd RunCommand(const std::vector<std::string>& words,
                       const std::vector<std::string>& environment, double limitS,
                       bool (*interrupted)() = nullptr);
