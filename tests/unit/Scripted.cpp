@@ -2,15 +2,18 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -27,6 +30,7 @@ std::vector<std::string> commands;
 std::function<void(unsigned long)> waitHook;
 std::function<int(const std::string&)> commandHook;
 int shellError = 0;
+std::optional<time_t> stoppedAt;
 
 std::string NewReportDirectory() {
   std::string path = testing::TempDir() + "report_XXXXXX";
@@ -40,6 +44,17 @@ void NoteWait(unsigned long us) {
     waits.push_back(us);
   }
   if (waitHook) waitHook(us);
+}
+
+/// Makes `input` the standard input. Returns the file that it is in.
+std::FILE* TakeInputFrom(const std::string& input) {
+  std::FILE* script = std::tmpfile();
+  std::fwrite(input.data(), 1, input.size(), script);
+  std::rewind(script);
+  dup2(fileno(script), 0);
+  std::clearerr(stdin);
+  std::setvbuf(stdin, nullptr, _IONBF, 0);
+  return script;
 }
 
 }  // namespace
@@ -56,6 +71,15 @@ int usleep(useconds_t us) {
   return 0;
 }
 
+// The C library's may not be called by this name.
+time_t time(time_t* now) noexcept {
+  timespec clock{};
+  clock_gettime(CLOCK_REALTIME, &clock);
+  const time_t seconds = stoppedAt.value_or(clock.tv_sec);
+  if (now != nullptr) *now = seconds;
+  return seconds;
+}
+
 int system(const char* command) {
   {
     const std::lock_guard lock(notesMutex);
@@ -70,14 +94,8 @@ int system(const char* command) {
 namespace scripted {
 
 Run Play(const std::string& input, const std::function<int()>& function) {
-  std::FILE* script = std::tmpfile();
-  std::fwrite(input.data(), 1, input.size(), script);
-  std::rewind(script);
   const int savedInput = dup(0);
-  dup2(fileno(script), 0);
-  std::clearerr(stdin);
-  std::setvbuf(stdin, nullptr, _IONBF, 0);
-
+  std::FILE* script = TakeInputFrom(input);
   const auto before = static_cast<std::ptrdiff_t>(commands.size());
   testing::internal::CaptureStdout();
   const int result = function();
@@ -88,6 +106,27 @@ Run Play(const std::string& input, const std::function<int()>& function) {
   dup2(savedInput, 0);
   close(savedInput);
   std::fclose(script);
+  return run;
+}
+
+Run PlayApart(const std::string& input, const std::function<int()>& function) {
+  std::FILE* output = std::tmpfile();
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(fileno(output), STDOUT_FILENO);
+    TakeInputFrom(input);
+    const int result = function();
+    std::fflush(stdout);
+    _exit(result);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  Run run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, "", {}};
+  std::rewind(output);
+  for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output))
+    run.output.push_back(static_cast<char>(c));
+  std::fclose(output);
   return run;
 }
 
@@ -120,6 +159,10 @@ void RefuseShells(int error) {
 
 void OnWait(std::function<void(unsigned long)> hook) {
   waitHook = std::move(hook);
+}
+
+void StopClock(std::time_t now) {
+  stoppedAt = now;
 }
 
 std::string RedirectReport() {

@@ -2,6 +2,7 @@
 // instead of done.
 #pragma once
 
+#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -18,6 +19,10 @@ struct Run {
 /// Calls `function` with `input` on standard input and everything printed captured. Input that was
 /// not read is thrown away.
 Run Play(const std::string& input, const std::function<int()>& function);
+
+/// The same in a process of its own, which may end before `function` returns, as at the end of
+/// input. The result is its exit status, -1 when it was killed; its commands are not known.
+Run PlayApart(const std::string& input, const std::function<int()>& function);
 
 /// Waits of the program so far, in microseconds, and its total.
 std::vector<unsigned long> Waits();
@@ -38,6 +43,9 @@ void RefuseShells(int error);
 
 /// Called at every wait, for example to change the board while a test polls it. Empty: nothing.
 void OnWait(std::function<void(unsigned long us)> hook);
+
+/// From now on it is `now` for `time`, in seconds since 1970.
+void StopClock(std::time_t now);
 
 /// Sends the report of this process to a new file in a new directory below the test's temporary
 /// directory and returns its path. Nothing is created.

@@ -6,9 +6,9 @@
 
 #include "Case.h"
 #include "Module.h"
+#include "ModuleList.h"
 #include "Scripted.h"
 #include "SimHal.h"
-#include "TestCounts.h"
 #include "TestFrame.h"
 #include "TestReport.h"
 
@@ -68,35 +68,14 @@ TEST_F(FrameTest, MenusStandInTheOrderOfTheModuleIds) {
             (Names{"Rlink Module Test", "K2v_Hal_Device Module Test"}));
 }
 
-TEST_F(FrameTest, EveryModuleHoldsItsWholeTable) {
-  Case* root = frame_->getCurrentMenu();
-  const struct {
-    std::vector<unsigned short> path;
-    int count;
-    std::string last;
-  } kModules[] = {
-      {{0, 0}, 9, "Hdcp2 MURO 9"},
-      {{3, 0}, 17, "Vfe MURO 17"},
-      {{3, 1}, 4, "Vfe MURO 3"},
-      {{3, 2}, 40, "Vsc MURO 39"},
-      {{3, 3}, 43, "VPQ MURO 42"},
-      {{3, 4}, 42, "VBE_DISP MURO"},
-      {{3, 5}, 111, "VPQExt Function Test 110"},
-      {{4, 0, 0}, 7, "UTGal Test 6"},
-      {{4, 0, 2}, 2, "Thermal notifier test (multi sessions)"},
-      {{4, 0, 3}, 2, "UTSvp Test do nothing"},
-      {{4, 0, 4}, 29, "UTVFE HDMI HDCP Test"},
-      {{4, 0, 5},
-       test::kUtVpqTests,
-       std::string("UTVpq Test ").append(std::to_string(test::kUtVpqTests - 1))},
-      {{5, 0, 0}, 26, "Playback AutoTest - ALL"},
-      {{6, 0}, 27, "TestFunc_STC"},
-      {{6, 1}, 4, "TestFunc_Slave_Ready"},
-  };
-  for (const auto& module : kModules) {
-    Case* menu = Descend(root, module.path);
-    EXPECT_EQ(menu->getChildCount(), module.count) << menu->getName();
-    EXPECT_EQ(ChildNames(menu).back(), module.last) << menu->getName();
+TEST_F(FrameTest, EveryModulesMenuHoldsItsTestsInOrder) {
+  for (const ModuleEntry& entry : ModuleList()) {
+    unsigned short index = 0;
+    for (const auto& test : entry.instance()->Tests()) {
+      EXPECT_EQ(test->getParaent()->getChild(index), test.get()) << entry.className << index;
+      ++index;
+    }
+    EXPECT_EQ(entry.instance()->Tests()[0]->getParaent()->getChildCount(), index);
   }
 }
 

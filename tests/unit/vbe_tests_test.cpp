@@ -8,7 +8,6 @@
 #include "Scripted.h"
 #include "SimHal.h"
 #include "UTGalTestCase.h"
-#include "VbeModule.h"
 #include "VbeTestCase.h"
 
 namespace {
@@ -146,48 +145,6 @@ TEST(VbeSettings, ReachTheHalInTheWidthOfTheirArguments) {
     EXPECT_TRUE(run.output.ends_with(c.failure)) << run.output;
     EXPECT_EQ(run.output.find("result"),
               run.output.rfind(c.failure) + std::string(c.failure).find("result"));
-  }
-}
-
-TEST(VbeFormats, EveryEntryOfTheMenuSelectsItsFormatAndPrintsItsLine) {
-  const struct {
-    const char* description;
-    int format;
-    const char* name;
-  } kEntries[] = {
-      {"2Dto3D in 2D video", 12, "VBE_INPUT_TYPE_2DTO3D"},
-      {"video of 3D from 3D side by side", 2, "VBE_INPUT_TYPE_SIDEBYSIDE"},
-      {"video of 3D from 3D top and bottom", 1, "VBE_INPUT_TYPE_TOPNBOTTOM"},
-      {"video of 3D from 3D field alternative", 8, "VBE_INPUT_TYPE_FIELD_ALTERNATIVE"},
-      {"video of 3D from 3D check board", 3, "VBE_INPUT_TYPE_CHECKERBOARD"},
-      {"video of 3D from 3D line interleave", 6, "VBE_INPUT_TYPE_LINE_INTERLEAVE_HALF"},
-      {"video of 3D from 3D column interleave", 5, "VBE_INPUT_TYPE_COLUMN_INTERLEAVE"},
-      {"video of 3D from 3D frame packing", 7, "VBE_INPUT_TYPE_FRAMEPAC"},
-      {"video of 3D from 3D frame sequential", 4, "VBE_INPUT_TYPE_FRAMESEQ"},
-      {"video of 3D from 3D line alternative", 9, "VBE_INPUT_TYPE_LINE_ALTERNATIVE"},
-      {"video of 3D from 3D side by side full", 10, "VBE_INPUT_TYPE_SIDEBYSIDE_FULL"},
-      {"video of 3D from 3D dual stream", 11, "VBE_INPUT_TYPE_DUALSTREAM"},
-      {"3D Off", 0, "VBE_INPUT_TYPE_3DOFF"},
-  };
-  const auto tests = VbeModule::GetInstance()->Tests();
-  std::size_t place = 7;
-  for (const auto& entry : kEntries) {
-    SCOPED_TRACE(entry.description);
-    simhal::Reset();
-    StartDisplay();
-    TestCase& test = *tests[place++];
-    EXPECT_STREQ(test.getName(), "VBE_TRIDFMT MURO");
-    EXPECT_STREQ(test.getDescription(), entry.description);
-    const std::string call =
-        "K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(" + std::to_string(entry.format) + ") = ";
-    auto run = scripted::Play("", [&] { return test.Execute(); });
-    EXPECT_EQ(run.result, 0);
-    EXPECT_EQ(LastCall(), call + '0');
-    simhal::Fail("K2V_RHAL_VBE_TRIDFMT_SelectInputFormat", -7);
-    run = scripted::Play("", [&] { return test.Execute(); });
-    EXPECT_EQ(run.result, 1);
-    EXPECT_EQ(LastCall(), call + "-7");
-    EXPECT_TRUE(run.output.ends_with(std::string(entry.name) + " result : -7\n")) << run.output;
   }
 }
 

@@ -1,0 +1,301 @@
+// What each row of each module's table runs, against what the row's own texts say.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <ostream>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "BoardFiles.h"
+#include "ModuleList.h"
+#include "Scripted.h"
+#include "SimHal.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+using Lines = std::vector<std::string>;
+
+constexpr int kMostWaits = 100;  // of a row that polls for ever
+constexpr char kCallMark[] = "\n@call ";
+constexpr std::string_view kHalPrefix = "K2V_RHAL_";
+
+/// The words of a name or a sentence in lower case: "HDMI_GetAVMute" is "hdmi get av mute".
+Words WordsOf(std::string_view text) {
+  Words words(1);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto is = [&](std::size_t at, int (*kind)(int)) {
+      return at < text.size() && kind(static_cast<unsigned char>(text[at])) != 0;
+    };
+    const bool begins =
+        is(i, std::isupper) && i > 0 &&
+        (is(i - 1, std::islower) || (is(i - 1, std::isalnum) && is(i + 1, std::islower)));
+    if (begins || !is(i, std::isalnum)) words.emplace_back();
+    if (is(i, std::isalnum))
+      words.back() += static_cast<char>(std::tolower(static_cast<unsigned char>(text[i])));
+  }
+  std::erase(words, "");
+  return words;
+}
+
+/// Whether the shorter one of two names, word by word, ends the other one.
+bool AreOneName(const Words& a, const Words& b) {
+  const std::size_t count = std::min(a.size(), b.size());
+  return count > 0 && std::equal(a.end() - static_cast<std::ptrdiff_t>(count), a.end(),
+                                 b.end() - static_cast<std::ptrdiff_t>(count));
+}
+
+/// The words of what a call sets or gets.
+Words SubjectOf(std::string_view function) {
+  Words words = WordsOf(function);
+  std::erase_if(words, [](const std::string& word) {
+    return word == "set" || word == "get" || word == "extend" || word == "ui";
+  });
+  return words;
+}
+
+/// What a row did.
+struct Played {
+  std::string told;   // the name by which the test announces itself, or its verdict
+  std::string shown;  // the first line, where there is no such name
+  Lines calls;        // of the HAL, without "K2V_RHAL_"
+};
+
+pid_t player = 0;
+
+/// Prints the calls that the playing process made, once.
+void PrintCalls() {
+  if (getpid() != player) return;
+  player = 0;
+  std::fflush(stdout);
+  for (const std::string& call : simhal::Calls())
+    dprintf(STDOUT_FILENO, "%s%s", kCallMark, call.c_str());
+}
+
+/// Runs a row on a new board, in a process of its own, with the same answer to all questions.
+std::string OutputOf(TestCase& row) {
+  std::string answers;
+  for (int i = 0; i < 40; ++i) answers += "1\n";
+  simhal::Reset();
+  simhal::Fail("K2V_RHAL_HDCP2_LoadKeys", -1);  // no row is known by keys, which take long to make
+  const auto run = scripted::PlayApart(answers, [&row] {
+    player = getpid();
+    std::atexit(PrintCalls);
+    scripted::OnWait([waits = 0](unsigned long) mutable {
+      if (++waits == kMostWaits) PrintCalls(), _exit(0);
+    });
+    row.Execute();
+    PrintCalls();
+    return 0;
+  });
+  return crossmodule::WithoutColours(run.output);
+}
+
+/// The name with which a driver test, a unit test or a menu entry begins, or a link test ends.
+std::string NameIn(const std::string& output) {
+  static const std::regex kBeginnings[] = {
+      std::regex("^\n?[^\n]*,(\\w+) ,\\d+ ?\n"),
+      std::regex("^ \\[muro\\](\\w+)\n"),
+      std::regex("^ ?(VPQ_FunctionTest_HAL_\\w+) ?\n"),
+      std::regex("^\\[CrossModule\\]\\[Executing item: (\\w+)\\] START"),
+      std::regex("^\n=+\n= Test (\\w+) \n"),
+      std::regex("^\\[VBE\\] Test Case: (\\w+)\\.\\.\\."),
+  };
+  static const std::regex kVerdict("\n(TestFunc_\\w+)(?:\\(\\w+\\))? (?:Passed|Failed)\\.\n");
+  const std::string beginning = output.substr(0, 300);
+  std::smatch match;
+  for (const std::regex& name : kBeginnings) {
+    if (std::regex_search(beginning, match, name)) return match[1];
+  }
+  return std::regex_search(output, match, kVerdict) ? match[1] : std::string();
+}
+
+Played Play(TestCase& row) {
+  std::string output = OutputOf(row);
+  Played played;
+  const std::string mark = kCallMark;
+  for (auto at = output.rfind(mark); at != output.npos; at = output.rfind(mark)) {
+    std::string call = output.substr(at + mark.size());
+    if (call.starts_with(kHalPrefix)) call.erase(0, kHalPrefix.size());
+    played.calls.insert(played.calls.begin(), call);
+    output.resize(at);
+  }
+  played.told = NameIn(output);
+  const auto judging = output.find(std::string(row.getName()) + " has been executed");
+  if (played.told.empty()) played.shown = output.substr(0, std::min(judging, output.find('\n')));
+  return played;
+}
+
+/// How many rows the modules have, and what those run whose texts do not say so: the name, or how
+/// the first line or call begins, or "-" where nothing is done. Behind "=" is what is called where
+/// that is not what the row is named after.
+constexpr char kUnsaid[] = R"(
+Hdcp2Module 9
+VfeHdmiModule 17
+  0 TestCase1 | 1 TestCase2 | 2 TestCase3 | 3 TestCase4 | 7 VFE_HDMI_GetConnectionState
+  8 VFE_HDMI_ReadEDID | 9 VFE_HDMI_Get_isHDMI20Supported | 10 VFE_HDMI_Get_HDCP_Version
+  14 VFE_HDMI_isHDCP22Supported | 16 VFE_HDMI_GetSourceKSVData
+VfeVby1rxModule 4
+  0 TestCase1 | 1 TestCase2 | 2 TestCase3 | 3 GetTimingInfo
+VscModule 40
+  0 Set video wid: | 1 OverScan_Trans_Garbage | 3 OverScan_PIP | 4 PatternSize_PIP | 6 VideoStell
+  7 - | 8 RGB444InHDMI | 9 - | 10 - | 11 InoutVideo_Freeze | 12 InoutVideo_Read
+  13 InoutVideo_Write | 14 Capture_DataVerify | 15 The V2G interface
+  16-23 VSC_FunctionTest_HAL_VSC_Switch_Source Exit | 24 VFE_HDMI_Initialize | 25 Input Src
+  28 Choose input Src:
+VpqModule 43
+  6 HAL_VPQ_SetSharpness | 8 HAL_VPQ_GetHistoData
+VpqExtModule 111
+  19 HAL_VPQ_GetColorGain | 20 HAL_VPQ_SetColorGainExtend | 21 HAL_VPQ_GetFleshTone
+  22 HAL_VPQ_SetFleshTone | 24 HAL_VPQ_SetBackLight | 25 HAL_VPQ_SetPanelBL
+  26 HAL_VPQ_GetGammaNum | 27 HAL_VPQ_SetGamma | 37 HAL_VPQ_GetODLevel
+  38 HAL_VPQ_SetODReadEnable | 64 HAL_VPQ_GetENGMENU | 81 HAL_VPQEX_notifyPlatformColorTemp
+  84 HAL_VPQ_SetSRLevel | 85 HAL_VPQ_GetPanelPqPath = VPQEX_GetPanelPqPath
+  86 HAL_VPQ_GetPanelPqName = VPQEX_GetPanelPqName | 89 HAL_VPQEX_GetDataAccess
+  92 HAL_VPQEX_GDBC_Set_UI_DCR_BackLight
+VbeModule 42
+  0 Panel Size | 1 - | 3 VBE_DISP_SetDisplayFormat | 4 VBE_DISP_TCON_Initialize
+  7 VBE_INPUT_TYPE_2DTO3D | 8 VBE_INPUT_TYPE_SIDEBYSIDE result | 9 VBE_INPUT_TYPE_TOPNBOTTOM
+  10 VBE_INPUT_TYPE_FIELD_ALTERNATIVE | 11 VBE_INPUT_TYPE_CHECKERBOARD
+  12 VBE_INPUT_TYPE_LINE_INTERLEAVE_HALF | 13 VBE_INPUT_TYPE_COLUMN_INTERLEAVE
+  14 VBE_INPUT_TYPE_FRAMEPAC | 15 VBE_INPUT_TYPE_FRAMESEQ | 16 VBE_INPUT_TYPE_LINE_ALTERNATIVE
+  17 VBE_INPUT_TYPE_SIDEBYSIDE_FULL | 18 VBE_INPUT_TYPE_DUALSTREAM | 19 VBE_INPUT_TYPE_3DOFF
+  20 VBE_TRIDFMT_CtrlDepth | 21 VBE_TRIDFMT_SetConvValue | 22 VBE_TRIDFMT_ToggleOutputLRFrame
+  23 VBE_TRIDFMT_ToggleInputLRFrame | 24 VBE_TRIDFMT_SetConvValue | 25 VBE_TRIDFMT_CtrlDepth
+  26 VBE_TRIDFMT_AutoConvergenceEnable | 27 VBE_DISP_Initialize({inch=55 | 29 - | 37 - | 38 -
+  39 HdmiConnectionNotify | 40 VBE_DISP_OLED_SETORBIT
+UTGalModule 7
+UTHdcp2Module 12
+UTSvpModule 2
+  0 TestCase1 | 1 TestCase2
+UTVfeHdmiModule 29
+  1 GetRxPortCnt | 9 EnableHPD | 17 GetDRMInfo | 28 getHDCPReceiverId
+UTVpqModule 245
+  15 = VPQ_SetContrast | 107 = VPQEX_GetPixelinfo | 112 = VPQEX_SetGammaCurve
+  117 = VPQEX_SetCurve4HDR | 119 = VPQEX_GetHDRDolbyStatus | 233 = VPQ_SetDolbyColor
+UTThermalModule 2
+  0 TestCase1 | 1 TestCase2
+CMplaybackModule 26
+  0 Env_Init | 1 AutoTest_Customized | 2 AutoTest_AVsync | 3 RdTestCombo_Tolva3DemoBaord
+  4 Report_Send_To | 5 Config_TFTP_IP | 6 Enable_Android | 8 StartTestCase
+  9 Overwrite_Local_Golden | 10 Restore_Local_Golden | 15 Verify_All | 16 Verify_AVsync
+  17 SetTestCaseGolden | 18 Switch_Usb_Http | 19 Config_Freerun | 20 Config_Debug_Level
+  21 Config_SendPassReport | 22 Package_AllInOne | 23 Config_Auto_Send_DumpData
+  24 Send_Dump_To_TFTP | 25 AutoTest_All
+CMAutoTest 5
+  0 Env_Init | 1 RdTestCombo_Tolva3DemoBaord | 2 Report_Send_To | 3 Config_TFTP_IP
+  4 Enable_Android
+CRlinkModule 27
+  26 1 -> speed Up
+K2vHalDeviceModule 4
+)";
+
+struct Unsaid {
+  std::string name;  // empty: the texts say it
+  std::string call;
+};
+
+struct ModuleFacts {
+  std::size_t count = 0;
+  std::map<int, Unsaid> unsaid;
+};
+
+ModuleFacts FactsOf(const std::string& module) {
+  static const std::regex kItem("(\\d+)(?:-(\\d+))? ([^|\n]*?) ?(?:= (\\w+))? ?[|\n]");
+  const std::string all = kUnsaid;
+  std::smatch section;
+  const std::regex kSection("\n" + module + " (\\d+)\n((?:  .*\n)*)");
+  if (!std::regex_search(all, section, kSection)) return {};
+  ModuleFacts facts = {std::stoul(section[1]), {}};
+  const std::string items = section[2];
+  for (std::sregex_iterator item(items.begin(), items.end(), kItem), end; item != end; ++item) {
+    const int first = std::stoi(item->str(1));
+    const int last = item->str(2).empty() ? first : std::stoi(item->str(2));
+    for (int row = first; row <= last; ++row) facts.unsaid[row] = {item->str(3), item->str(4)};
+  }
+  return facts;
+}
+
+/// A text of a row without what surrounds the name in it.
+std::string NamePartOf(const char* text) {
+  static const std::regex kBefore("^(Test|testing) ");
+  static const std::regex kBehind("( \\(.*\\)|[ _](Function )?[Tt]est| function|[ .])$");
+  return std::regex_replace(std::regex_replace(text, kBefore, ""), kBehind, "");
+}
+
+std::string FunctionOf(const std::string& call) {
+  return call.substr(0, call.find('('));
+}
+
+/// Whether all calls are of a function, or read what it sets.
+bool AreCallsOf(const Lines& calls, const std::string& function) {
+  return std::ranges::all_of(calls, [&](const std::string& call) {
+    return AreOneName(SubjectOf(function), SubjectOf(FunctionOf(call)));
+  });
+}
+
+bool ContainsInAnyCase(const std::string& text, const std::string& part) {
+  const auto same = [](unsigned char a, unsigned char b) {
+    return std::tolower(a) == std::tolower(b);
+  };
+  return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
+}
+
+bool Does(const Played& played, const std::string& name, const std::string& called) {
+  if (name.empty()) return false;
+  if (name == "-") return played.told.empty() && played.shown.empty() && played.calls.empty();
+  const std::string first = played.calls.empty() ? "" : played.calls[0];
+  // Who names a function of the HAL calls no other one.
+  const auto hal = name.find("HAL_");
+  const bool isNamed = hal != name.npos && called.empty();
+  const std::string function = isNamed ? name.substr(hal + 4) : called;
+  if (!function.empty() && !AreCallsOf(played.calls, function)) return false;
+  if (!played.told.empty()) return AreOneName(WordsOf(name), WordsOf(played.told));
+  return ContainsInAnyCase(played.shown, name) || first.starts_with(name) ||
+         AreOneName(SubjectOf(name), SubjectOf(FunctionOf(first)));
+}
+
+class ModuleRows : public testing::TestWithParam<ModuleEntry> {};
+
+TEST_P(ModuleRows, RunWhatTheySay) {
+  testing::internal::CaptureStdout();
+  Module* module = GetParam().instance();
+  testing::internal::GetCapturedStdout();
+  ModuleFacts facts = FactsOf(GetParam().className);
+  EXPECT_EQ(module->Tests().size(), facts.count);
+  const crossmodule::Home home;
+  int number = -1;
+  for (const auto& row : module->Tests()) {
+    ++number;
+    if (!row->hasFunction()) continue;
+    const Played played = Play(*row);
+    const auto& [name, call] = facts.unsaid[number];
+    const bool does = !name.empty() ? Does(played, name, call)
+                                    : Does(played, NamePartOf(row->getDescription()), call) ||
+                                          Does(played, NamePartOf(row->getName()), call);
+    EXPECT_TRUE(does) << "row " << number << ", \"" << row->getName() << "\", \""
+                      << row->getDescription() << "\", announces \"" << played.told
+                      << "\", shows \"" << played.shown << "\", calls \""
+                      << testing::PrintToString(played.calls) << '"';
+  }
+  // The files are those of all processes; these modules' tests take turns with others that use
+  // them.
+  if (std::string_view(GetParam().className).starts_with("CM")) crossmodule::RemoveVolatileFiles();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ModuleRows,
+                         testing::ValuesIn(ModuleList().begin(), ModuleList().end()),
+                         [](const auto& module) { return module.param.className; });
+
+}  // namespace
+
+void PrintTo(const ModuleEntry& module, std::ostream* out) {
+  *out << module.className;
+}
