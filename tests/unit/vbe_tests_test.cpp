@@ -30,21 +30,28 @@ std::string LastCall() {
 }
 
 TEST(VbePanel, AsksForEveryFieldAndKeepsTheSlips) {
-  const auto run = PlayTest(VbeTestCase::VBE_DISP_Initialize, "55 1 2 3 4 1920 1080 960 540 0 1");
+  const auto run = PlayTest(VbeTestCase::VBE_DISP_Initialize, "65 2 3 2 4 3840 2160 1920 1088 0 1");
   EXPECT_EQ(run.output,
-            "Panel Size\n\n panel_inch:55\nbl type\n\n panel_bl_type:1\nmaker\n\n panel_maker:2\n"
+            "Panel Size\n\n panel_inch:65\nbl type\n\n panel_bl_type:2\nmaker\n\n panel_maker:3\n"
             "Interface 0:(DISP_PANEL_EPI);1:(DISP_PANEL_LVDS);2:(DISP_PANEL_Vx1);"
-            "3:(DISP_PANEL_CEDS)\n\n panelInterface:3\nbar type\n\n led_bar_type:4\n"
-            "video_width\n\n video_width:1920\nvideo_height\n\n video_height:1080\n"
-            "osd_width\n\n osd_width:960\nosd_width\n\n osd_width:540\n"
+            "3:(DISP_PANEL_CEDS)\n\n panelInterface:2\nbar type\n\n led_bar_type:4\n"
+            "video_width\n\n video_width:3840\nvideo_height\n\n video_height:2160\n"
+            "osd_width\n\n osd_width:1920\nosd_width\n\n osd_width:1088\n"
             "Bit mode 0:(DISP_COLOR_DEPTH_8BIT);1:(DISP_COLOR_DEPTH_10BIT)\n\n lvds_bit_mode:0\n"
             "LVDS Type 0:(DISP_LVDS_SELECT_VESA);1:(DISP_LVDS_SELECT_JEIDA)\n\n lvds_type:1\n");
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(simhal::Calls(),
             (std::vector<std::string>{
-                "K2V_RHAL_VBE_DISP_Initialize({inch=55, backlight=1, maker=2, bar=4, interface=3, "
-                "video=1920x1080, osd=960x540, bits=1}) = 0",
+                "K2V_RHAL_VBE_DISP_Initialize({inch=65, backlight=2, maker=3, bar=4, interface=2, "
+                "video=3840x2160, osd=1920x1088, bits=1}) = 0",
                 "K2V_RHAL_VBE_DISP_TCON_Initialize() = 0"}));
+
+  simhal::Reset();
+  PlayTest(VbeTestCase::VBE_DISP_Full_HD_Fast_Initialize);
+  EXPECT_EQ(simhal::Calls()[0],
+            "K2V_RHAL_VBE_DISP_Initialize({inch=55, backlight=1, maker=1, bar=1, interface=1, "
+            "video=1920x1080, osd=960x540, bits=0}) = 0")
+      << "nothing of what was typed is left";
 }
 
 TEST(VbePanel, AttributesAreCutToTheWidthOfTheirFields) {

@@ -1,15 +1,22 @@
 // Picture-quality tests against the simulated HAL: the kinds of unit tests, and the adjusters with
 // the operator's keys as a script.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <functional>
 #include <map>
+#include <optional>
 #include <regex>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "ModuleList.h"
 #include "Remarks.h"
 #include "Scripted.h"
 #include "SimHal.h"
@@ -59,42 +66,72 @@ const UnitTest kUnitTests[] = {
 #undef UTVPQ
 };
 
-/// The HAL function that a unit test calls: mostly the one it is named after.
-std::string FunctionOf(const std::string& name) {
-  static const std::pair<const char*, const char*> kOthers[] = {
-      {"RHAL_VPQ_SetSaturation", "RHAL_VPQ_SetContrast"},
-      {"RHAL_VPQ_SetDolbyContrast", "RHAL_VPQ_SetDolbyColor"},
-      {"RHAL_VPQ_SetGamma_TableSize", "RHAL_VPQEX_SetGammaCurve"},
-      {"RHAL_VPQ_SetBRIGHTNESS_LUT_OETF", "RHAL_VPQEX_SetCurve4HDR"},
-      {"RHAL_VPQEX_GetDynamicRange", "RHAL_VPQEX_GetHDRDolbyStatus"},
-      {"RHAL_VPQ_GetPixelInfo_QN771", "RHAL_VPQEX_GetPixelinfo"},
-      {"RHAL_VPQ_MEMC_SetLevel", "RHAL_VPQ_MEMC_setLevel"},
-  };
-  for (const auto& [test, function] : kOthers) {
-    if (name == test) return std::string("K2V_") + function;
-  }
-  return "K2V_" + name;
-}
-
-TEST(UTVpq, EveryRowReachesItsFunctionWithTheNumbersThatItPrints) {
+TEST(UTVpq, EveryRowCallsWithTheNumbersThatItPrints) {
   for (const auto& [name, test] : kUnitTests) {
     const auto run = PlayTest(test);
     EXPECT_EQ(run.result, 0);
-    EXPECT_TRUE(
-        run.output.starts_with("\n\033[1;31m muro/TestCase/UnitTest/vpq/src/"
-                               "UTVpqTestCase.cpp,UTVpq_" +
-                               name + " ,"))
-        << run.output;
     const Lines calls = simhal::Calls();
     EXPECT_EQ(calls.empty(), name == "Test") << name;
-    std::vector<std::string> numbers;
+    Lines numbers;
     for (const std::string& call : calls) {
-      EXPECT_EQ(call.substr(0, call.find('(')), FunctionOf(name));
       for (const std::string& number : NumbersOf(call)) numbers.push_back(number);
     }
     if (name.ends_with("Force24to48")) continue;  // its argument is fixed and not printed
     EXPECT_EQ(numbers, PrintedNumbers(run.output)) << name;
   }
+}
+
+/// The limits that a test of one setting announces, and the numbers that it tries beyond them.
+struct Limits {
+  int min;
+  int max;
+  std::vector<int> beyond;
+};
+
+std::optional<Limits> LimitsIn(const std::string& output) {
+  static const std::regex kMin("(?:min value test : \\w+|Set Min .*) = ?(-?\\d+)\n");
+  static const std::regex kMax("(?:max value test : \\w+|Set Max .*) = ?(-?\\d+)\n");
+  static const std::regex kBeyond("boundary test : \\w+ = (-?\\d+)\n");
+  std::smatch min, max;
+  if (!std::regex_search(output, min, kMin) || !std::regex_search(output, max, kMax)) return {};
+  Limits limits = {std::stoi(min[1]), std::stoi(max[1]), {}};
+  for (std::sregex_iterator at(output.begin(), output.end(), kBeyond), end; at != end; ++at)
+    limits.beyond.push_back(std::stoi(at->str(1)));
+  return limits;
+}
+
+/// Expects that the HAL takes both limits, and nothing above and below them but the one number that
+/// a test leaves out before the one that it tries.
+void ExpectLimitsOfTheHal(const std::string& name, const Limits& limits,
+                          const std::string& function) {
+  const auto set = reinterpret_cast<int (*)(int32_t)>(dlsym(RTLD_DEFAULT, function.c_str()));
+  ASSERT_NE(set, nullptr) << function;
+  EXPECT_EQ(set(limits.min), 0) << name;
+  EXPECT_EQ(set(limits.max), 0) << name;
+  EXPECT_NE(set(limits.min - 1), 0) << name;
+  const bool leavesOneOut = std::ranges::find(limits.beyond, limits.max + 2) != limits.beyond.end();
+  EXPECT_NE(set(limits.max + (leavesOneOut ? 2 : 1)), 0) << name;
+  for (const int number : limits.beyond) EXPECT_NE(set(number), 0) << name << ' ' << number;
+}
+
+TEST(PictureQuality, LimitsThatAreTriedAreThoseOfTheHal) {
+  int settings = 0;
+  for (const char* module : {"UTVpqModule", "VpqExtModule", "VpqModule"}) {
+    const auto entry = std::ranges::find(ModuleList(), std::string_view(module),
+                                         [](const ModuleEntry& e) { return e.className; });
+    for (const auto& row : entry->instance()->Tests()) {
+      simhal::ClearCalls();
+      const auto run = scripted::Play("><q", [&row] { return row->Execute(); });
+      const auto limits = LimitsIn(run.output);
+      const std::string last = simhal::Calls().empty() ? "" : simhal::Calls().back();
+      if (!limits || NumbersOf(last).size() != 1) continue;
+      ++settings;
+      // This one tries the first of the modes only.
+      if (last.find("SetDolbyHdrPicMode") != std::string::npos) continue;
+      ExpectLimitsOfTheHal(row->getDescription(), *limits, last.substr(0, last.find('(')));
+    }
+  }
+  EXPECT_GT(settings, 85);
 }
 
 /// Expects that the table has all fields of a record: between them is nothing but padding.
@@ -199,29 +236,74 @@ TEST(UTVpq, RemarksTheErrorsThatAnswerNumbersOfTheRange) {
   EXPECT_EQ(run.output.find("-7"), std::string::npos);
 }
 
-TEST(UTVpq, OnlyThePictureModesRandomNumberStaysInRange) {
-  for (int i = 0; i < 200; ++i) {
-    const auto run = scripted::Play("", [] {
-      utvpq::CallWithRangeKept("PicMode", 0, 13, K2V_RHAL_VPQ_SetPicMode, 14);
-      return 0;
-    });
-    const int number = std::stoi(PrintedNumbers(run.output)[2]);
-    ASSERT_TRUE(number >= 0 && number <= 13);
+TEST(PictureQuality, RandomNumbersAreSeededWithTheTime) {
+  const std::string call = "K2V_RHAL_VPQ_";
+  const auto numbers = [](int count, int from, int values) {
+    std::string text;
+    for (int i = 0; i < count; ++i)
+      text.append(i == 0 ? "" : ", ").append(std::to_string(from + std::rand() % values));
+    return text;
+  };
+  constexpr int kAny = RAND_MAX;  // no seed of these gives the largest number
+  const struct {
+    TestFunction test;
+    const char* keys;
+    std::size_t call;
+    std::function<std::string()> expected;
+  } kTests[] = {
+      {UTVpqTestCase::UTVpq_RHAL_VPQ_SetNR, "", 2,
+       [&] { return "SetNR(" + numbers(1, 0, kAny) + ") = -2"; }},
+      {UTVpqTestCase::UTVpq_RHAL_VPQ_SetPicMode, "", 2,
+       [&] { return "SetPicMode(" + numbers(1, 0, 14) + ") = 0"; }},
+      {UTVpqTestCase::UTVpq_RHAL_VPQ_SetColorGain, "", 0,
+       [&] { return "SetColorGain(" + numbers(3, 0, kAny) + ") = -2"; }},
+      {UTVpqTestCase::UTVpq_RHAL_VPQ_SetClearWhite, "", 2,
+       [&] {
+         const std::string level = numbers(1, 0, 256);
+         return "SetClearWhite({nLevel=" + level + ", nThreshold=" + numbers(1, 0, 256) + "}) = -2";
+       }},
+      {VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetBrightness, "??q", 3,
+       [&] { return numbers(1, 1, 100), "SetBrightness(" + numbers(1, 1, 100) + ") = 0"; }},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorGain, "?q", 1,
+       [&] { return "SetColorGain(" + numbers(3, 0, 1024) + ") = 0"; }},
+  };
+  for (const std::time_t now : {1, 1'000'000'000}) {
+    scripted::StopClock(now);
+    for (const auto& t : kTests) {
+      PlayTest(t.test, t.keys);
+      std::srand(static_cast<unsigned>(now));
+      EXPECT_EQ(simhal::Calls().at(t.call), call + t.expected());
+    }
   }
-  PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_SetPicMode);
-  EXPECT_TRUE(simhal::Calls()[2].ends_with(" = 0")) << simhal::Calls()[2];
-  EXPECT_EQ(simhal::Calls()[3], "K2V_RHAL_VPQ_SetPicMode(14) = -2");
 }
 
-TEST(RecordFields, KeepWidthAndSign) {
-  K2V_VPQ_HDR_GAMUT_MATRIX_T matrix{};
-  const k2v::RecordField& field = k2v::FieldsOf(&matrix)[0];
-  k2v::SetField(&matrix, field, -16384, 8);
-  EXPECT_EQ(matrix.nMatrix[8], -16384);
-  EXPECT_EQ(k2v::GetField(&matrix, field, 8), -16384);
-  k2v::SetField(&matrix, field, 0x12345678, 0);
-  EXPECT_EQ(matrix.nMatrix[0], 0x5678);
-  EXPECT_EQ(matrix.nMatrix[1], 0);
+TEST(PictureQuality, AdjustersStartWithTheBoardsValueOrANeutralOne) {
+  for (const char* function : {"K2V_RHAL_VPQ_GetBrightness", "K2V_RHAL_VPQEX_GetSGamma"})
+    simhal::Fail(function, -7);  // what it has cannot be had
+  K2V_RHAL_VPQ_SetHue(73);
+  const struct {
+    TestFunction test;
+    const char* call;
+  } kStarts[] = {
+      {VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetHue, "VPQ_SetHue(73) = 0"},
+      {VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetBrightness, "VPQ_SetBrightness(50) = 0"},
+      {VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetPanelBL, "VPQ_SetPanelBL(50) = 0"},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_LED_LDSetLUT, "VPQ_LED_LDSetLUT(127) = 0"},
+      {VpqExtTestCase::VPQ_FunctionTest_HAL_VPQEX_SetSGamma, "VPQEX_SetSGamma(-3) = 0"},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetFilmMode, "VPQ_SetFilmMode(0, 0) = 0"},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorGain, "VPQ_SetColorGain(512, 512, 512) = 0"},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetIREInnerPattern,
+       "VPQ_SetIREInnerPattern(1, 512, 512, 512) = 0"},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_LED_Initialize, "VPQ_LED_Initialize(0, 0) = 0"},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_LED_LDCtrlDemoMode,
+       "VPQ_LED_LDCtrlDemoMode(0, 1) = 0"},
+      {VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetFreshContrast,
+       "VPQ_SetFreshContrast({nLevel=0, nBlackGain=128, nWhiteGain=128}) = 0"},
+  };
+  for (const auto& start : kStarts) {
+    PlayTest(start.test, "q");
+    EXPECT_EQ(simhal::Calls().back(), std::string("K2V_RHAL_") + start.call);
+  }
 }
 
 const std::string kBrightnessKeys =
@@ -244,12 +326,6 @@ TEST(RangeAdjuster, StepsStopAtBothEndsAndForeignKeysDoNothing) {
   EXPECT_EQ(calls[0], "K2V_RHAL_VPQ_GetBrightness({50}) = 0");
   EXPECT_EQ(calls[1], "K2V_RHAL_VPQ_SetBrightness(50) = 0");
   EXPECT_EQ(calls[9], "K2V_RHAL_VPQ_SetBrightness(0) = 0");
-}
-
-TEST(RangeAdjuster, RandomValuesAreInRange) {
-  PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetBrightness, std::string(300, '?') + "Q");
-  EXPECT_EQ(simhal::Calls().size(), 302u);
-  for (const std::string& call : simhal::Calls()) EXPECT_TRUE(call.ends_with(" = 0")) << call;
 }
 
 TEST(RangeAdjuster, EndsWhenTheHalRefuses) {
@@ -359,14 +435,39 @@ TEST(RecordAdjuster, MatricesStartAsIdentityAndAreSetNumberByNumber) {
             std::string::npos);
 }
 
-TEST(GammaCurve, HasAsManyPointsAsItSays) {
-  PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQEX_SetGammaCurve);
+/// The arguments of the last call.
+std::string LastArguments() {
+  const std::string call = simhal::Calls().back();
+  return call.substr(call.find('('));
+}
+
+TEST(IdentityTables, AreStraightLinesOfAllTheirPoints) {
   K2V_VPQ_GAMMA_CURVE_T curve{};
   curve.nTableSize = 1024;
   for (unsigned i = 0; i < 1024; ++i) curve.nCurve[i] = static_cast<uint16_t>(i * 4095 / 1023);
-  const std::string sent = simhal::Calls().back();
   K2V_RHAL_VPQEX_SetGammaCurve(&curve);
-  EXPECT_EQ(sent, simhal::Calls().back());
+  const std::string gamma = LastArguments();
+  for (const TestFunction test : {VpqExtTestCase::VPQ_FunctionTest_HAL_VPQEX_SetGammaCurve,
+                                  UTVpqTestCase::UTVpq_RHAL_VPQ_SetMagicGamma_QN771}) {
+    PlayTest(test);
+    EXPECT_EQ(LastArguments(), gamma);
+  }
+
+  K2V_VPQ_HDR_3D_LUT_T cube{};
+  std::size_t point = 0;
+  for (unsigned red = 0; red < 9; ++red) {
+    for (unsigned green = 0; green < 9; ++green) {
+      for (unsigned blue = 0; blue < 9; ++blue, ++point) {
+        cube.nRed[point] = static_cast<uint16_t>(red * 1023 / 8);
+        cube.nGreen[point] = static_cast<uint16_t>(green * 1023 / 8);
+        cube.nBlue[point] = static_cast<uint16_t>(blue * 1023 / 8);
+      }
+    }
+  }
+  K2V_RHAL_VPQ_HDR_SetLUT(&cube);
+  const std::string lut = LastArguments();
+  PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_HDR_SetLUT);
+  EXPECT_EQ(LastArguments(), lut);
 }
 
 /// The offsets that were printed last, by name.

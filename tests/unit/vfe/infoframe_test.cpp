@@ -92,4 +92,17 @@ TEST(InfoFrameText, Drm) {
             "nMaxCLL : 65535 cd/m2\nnMaxFALL : 400 cd/m2\n");
 }
 
+TEST(InfoFrameText, PacketsAreFourRecordsUnderTheirNames) {
+  K2V_HAL_VFE_HDMI_PACKET_INFO_T info{};
+  info.stAVI.VideoIdCode = 97;
+  std::copy_n("Vendor", 7, info.stSPD.VendorName);
+  info.stVSI.nIeeeOui = 0x000C03;
+  info.stDRM.eEOTFtype = 2;
+  EXPECT_EQ(TextOf([&] { PrintPacketInfo(info); }),
+            "stAVI\n" + TextOf([&] { PrintAviInfo(info.stAVI); }) + "stSPD\n" +
+                TextOf([&] { PrintSpdInfo(info.stSPD); }) + "stVSI\n" +
+                TextOf([&] { PrintVsiInfo(info.stVSI); }) + "stDRM\n" +
+                TextOf([&] { _dump_drm_info(&info.stDRM); }));
+}
+
 }  // namespace
