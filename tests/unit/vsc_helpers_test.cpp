@@ -1,6 +1,7 @@
 // The scaler helpers against the simulated HAL: order of calls, kept state, timing watch.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -304,6 +305,20 @@ TEST(VscHelpers, BringsPortZeroUpDirectlyRunningOrNot) {
       run.output.starts_with("=====hdmi already init(ignore this)=====\n"
                              "=====hdmi already open(ignore this)=====\n"
                              "=====hdmi already connect(ignore this)=====\n"));
+}
+
+TEST(VscHelpers, ThePortBroughtUpDirectlyIsNotTheCurrentOne) {
+  Play("1\n", Api_vsc_Misc_SetInput_HDMI_Init);
+  simhal::ClearCalls();
+  Play("", [] { return Api_vsc_Misc_SetInput_HDMI_Directly(0); });
+  Play("", Api_vsc_Misc_SetInput_HDMI_DeInit);
+  const Lines calls = simhal::Calls();
+  const auto isMade = [&](const std::string& call) {
+    return std::ranges::any_of(calls, [&](const auto& c) { return c.starts_with(call); });
+  };
+  EXPECT_TRUE(isMade("K2V_RHAL_VFE_HDMI_Connect(0)"));
+  EXPECT_TRUE(isMade("K2V_RHAL_VFE_HDMI_GetPortTimingInfo(1,"));
+  EXPECT_TRUE(isMade("K2V_RHAL_VFE_HDMI_Disconnect(1)"));
 }
 
 TEST(VscHelpers, BlanksInBlueUnlessAsked) {

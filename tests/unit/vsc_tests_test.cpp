@@ -181,23 +181,23 @@ TEST(FrameBufferTests, SaveTheLumaOfAClampedRegion) {
   EXPECT_LT(luma[380], 940);
 }
 
-TEST(FrameBufferTests, WhatIsWrittenIsRead) {
+TEST(FrameBufferTests, WriteEachComponentWhereItBelongs) {
   ShowPortZero();
-  const std::string path = testing::TempDir() + "vsc_written.raw";
   EXPECT_EQ(
       PlayTest(VscTestCase::Vsc_self_diagnosis_InoutVideo_Write, "0\n8\n8\n2\n2\n501\n600\n700\n")
           .result,
       0);
-  PlayTest(VscTestCase::Vsc_self_diagnosis_InoutVideo_Read, "0\n7\n8\n4\n1\n" + path + "\n");
-  const std::string file = scripted::ReadFile(path);
-  std::remove(path.c_str());
-  ASSERT_EQ(file.size(), 8u);
-  uint16_t luma[4];
-  std::memcpy(luma, file.data(), sizeof luma);
-  EXPECT_EQ(luma[0], 940);
-  EXPECT_EQ(luma[1], 501);
-  EXPECT_EQ(luma[2], 501);
-  EXPECT_EQ(luma[3], 940);
+  K2V_VIDEO_RECT_T region = {7, 8, 4, 1};
+  K2V_VIDEO_PIXEL_T pixels[4] = {};
+  uint32_t standard = 0, format = 0;
+  ASSERT_EQ(K2V_RHAL_VSC_ReadVideoFrameBuffer(0, &region, pixels, &standard, &format), 0);
+  EXPECT_EQ(pixels[0].y, 940);
+  for (const auto& pixel : {pixels[1], pixels[2]}) {
+    EXPECT_EQ(pixel.cb, 600);
+    EXPECT_EQ(pixel.y, 501);
+    EXPECT_EQ(pixel.cr, 700);
+  }
+  EXPECT_EQ(pixels[3].y, 940);
 }
 
 TEST(FrameBufferTests, CaptureSavesTheWholeFrame) {
@@ -243,6 +243,14 @@ TEST(Functionality, BlanksWhenTheTimingIsLostAndComesBackByItself) {
   EXPECT_TRUE(Contains(run.output, "Detect Timing NG : -1\n"));
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Connect"), 1u) << "the window stays connected";
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_SetWinBlank(0, 1, 1)"), 2u);
+}
+
+TEST(Functionality, AsksAtEveryFifthPollWhileNothingIsDetected) {
+  // A source that the helpers cannot bring up.
+  const auto run = PlayTest(VscTestCase::Vsc_functionality, "0\n0\n0\n0\n1\n");
+  EXPECT_EQ(run.result, 1);
+  EXPECT_EQ(CountOf(run.output, "User Sel"), 2u);
+  EXPECT_EQ(scripted::Waits(), std::vector<unsigned long>(10, 1'000'000));
 }
 
 TEST(Functionality, FailedConnectIsNotTriedAgain) {
@@ -402,6 +410,37 @@ TEST(LiveZoom, ShowsOneSourceInBothWindows) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Connect(1, {type=2, attr=0x0, output=0}) = 0"), 1u);
   EXPECT_EQ(LastCall(), "K2V_RHAL_VSC_SetWinBlank(1, 0, 0) = 0");
   EXPECT_EQ(scripted::WaitedUs(), 15'000'000u);
+}
+
+TEST(DirectHdmi, IsShownWithoutAQuestionAndEachTestInItsWay) {
+  const struct {
+    TestFunction test;
+    std::vector<std::string> metadata;
+    const char* shown;
+    unsigned long waitedUs;
+  } kTests[] = {
+      {VscTestCase::Vsc_HDMI_HDR10,
+       {"DM_Open() = 0", "DM_Connect() = 0"},
+       "SetWinBlank(0, 0, 1) = 0",
+       4'000'000},
+      {VscTestCase::Vsc_SetWinBlank_Sync_memc, {}, "SetWinBlank_Sync_memc(0, 0, 1) = 0", 6'000'000},
+  };
+  for (const auto& t : kTests) {
+    const auto waited = scripted::WaitedUs();
+    simhal::ClearCalls();
+    EXPECT_EQ(PlayTest(t.test, "").result, 0);
+    std::vector<std::string> expected = t.metadata;
+    expected.insert(expected.begin(), "Connect(0, {type=2, attr=0x0, output=0}) = 0");
+    expected.insert(expected.end(),
+                    {"SetInputRegion(0, {x=0, y=0, w=3840, h=2160}) = 0",
+                     "SetOutputRegion(0, {x=0, y=0, w=3840, h=2160}) = 0", t.shown});
+    std::vector<std::string> calls = simhal::Calls();
+    for (std::string& call : calls) call.erase(0, std::strlen("K2V_RHAL_VSC_"));
+    ASSERT_GE(calls.size(), expected.size());
+    calls.erase(calls.begin(), calls.end() - static_cast<std::ptrdiff_t>(expected.size()));
+    EXPECT_EQ(calls, expected);
+    EXPECT_EQ(scripted::WaitedUs() - waited, t.waitedUs);
+  }
 }
 
 }  // namespace
