@@ -1,6 +1,7 @@
 // Console input, mostly at a real terminal.
 #include "ConsoleInput.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
@@ -9,6 +10,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -99,12 +101,6 @@ TEST(Prompt, SeveralAnswersMayStandInOneLine) {
   EXPECT_TRUE(console.Expect("\nUnknown Input > x\nresult=1234\n"));
 }
 
-TEST(Prompt, OverlongTokensAreDroppedWhole) {
-  Console console([] { return console::ReadNumber(); });
-  ASSERT_TRUE(console.TypeWhenRead(std::string(300, '1') + " 5"));
-  EXPECT_TRUE(console.Expect("\nUnknown Input > " + std::string(300, '1') + "\nresult=5\n"));
-}
-
 TEST(Prompt, EndOfInputEndsTheProgramWithStatusOne) {
   Console console([] {
     console::SetEndOfInputHandler([] { std::printf("test failed\n"); });
@@ -127,19 +123,6 @@ TEST(Token, LeavesNoEmptyLineForWhoReadsLinesNext) {
   ASSERT_TRUE(console.TypeWhenRead("choice"));
   ASSERT_TRUE(console.TypeWhenRead("a line"));
   EXPECT_TRUE(console.Expect("<a line\n>result=0\n"));
-}
-
-TEST(Token, KeepsWhatIsBehindTheLimitOnlyWhenAsked) {
-  Console console([] {
-    using console::Overlong;
-    const auto kept = console::ReadToken(19, Overlong::kKeep);
-    const auto rest = console::ReadToken(4, Overlong::kDrop);
-    const auto next = console::ReadToken(19, Overlong::kKeep);
-    std::printf("%s|%s|%s\n", kept->c_str(), rest->c_str(), next->c_str());
-    return 0;
-  });
-  ASSERT_TRUE(console.TypeWhenRead("1234567890123456789abcdefgh next"));
-  EXPECT_TRUE(console.Expect("1234567890123456789|abcd|next\n"));
 }
 
 TEST(YesNo, AcceptsTheSmallLettersOnly) {
@@ -317,6 +300,51 @@ TEST(Keys, ASignalThatEndsTheProgramLeavesTheTerminalAsItWas) {
       kill(std::stoi(pty.Groups()[1]), number);
     }
     EXPECT_TRUE(pty.Expect("signal " + std::to_string(number) + ", lines\n"));
+  }
+}
+
+TEST(Keys, ASignalThatIsIgnoredStaysIgnored) {
+  Console console([] {
+    signal(SIGTERM, SIG_IGN);
+    return mygetch();
+  });
+  ASSERT_TRUE(console.WaitReading());
+  kill(console.Pid(), SIGTERM);
+  console.Send("\x05");
+  EXPECT_TRUE(console.ExpectResult(5));
+}
+
+void TellModes() {
+  termios modes{};
+  tcgetattr(0, &modes);
+  std::printf("%s, %s, %s\n", (modes.c_lflag & ICANON) != 0 ? "lines" : "keys",
+              (modes.c_lflag & ECHO) != 0 ? "echo" : "silent",
+              (fcntl(0, F_GETFL) & O_NONBLOCK) != 0 ? "polling" : "waiting");
+  std::fflush(stdout);
+}
+
+TEST(Keys, AProgramThatExitsMeanwhileLeavesTheTerminalAsItWas) {
+  const struct {
+    int (*read)();
+    const char* meanwhile;
+  } kReaders[] = {{mygetch, "keys, silent, waiting\n"}, {kbhit, "keys, silent, polling\n"}};
+  for (const auto& reader : kReaders) {
+    Pty pty(
+        [&reader] {
+          const pid_t child = fork();
+          if (child == 0) {
+            const console::InputObserver leave = {[](console::Input) { TellModes(), std::exit(0); },
+                                                  nullptr};
+            console::SetInputObserver(&leave);
+            reader.read();
+          }
+          waitpid(child, nullptr, 0);
+          TellModes();
+          return 0;
+        },
+        {.echo = true});
+    EXPECT_TRUE(pty.Expect(reader.meanwhile));
+    EXPECT_TRUE(pty.Expect("lines, echo, waiting\n"));
   }
 }
 

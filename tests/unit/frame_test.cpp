@@ -1,10 +1,13 @@
 // Registry, menu tree and menu choices.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "Case.h"
+#include "ConsoleInput.h"
 #include "Module.h"
 #include "ModuleList.h"
 #include "Scripted.h"
@@ -192,6 +195,12 @@ TEST(ModuleCaseTest, FollowsChoices) {
     scripted::Play(choice.input, [&] { return next = menu.enterMenu(), 0; });
     EXPECT_EQ(next, choice.next) << choice.input;
   }
+  Case* first = nullptr;
+  Case* second = nullptr;
+  scripted::Play("00000000000000000012\n",
+                 [&] { return first = menu.enterMenu(), second = menu.enterMenu(), 0; });
+  EXPECT_EQ(first, &children[1]) << "19 characters are a choice";
+  EXPECT_EQ(second, &children[2]) << "and the others the next one";
 }
 
 TEST(ModuleCaseTest, RemoveDropsTheLastChildWhateverItIsGiven) {
@@ -214,6 +223,36 @@ TEST(ModuleCaseTest, OwnsCopiesOfItsTexts) {
   text[0] = 'X';
   EXPECT_STREQ(menu.getName(), "before");
   EXPECT_STREQ(menu.getDescription(), "");
+}
+
+TEST(ConsoleTest, LongInputIsCutToWhatATerminalsLineCanHold) {
+  std::string line, answer, rest;
+  scripted::Play(std::string(5000, 'x') + "\n" + std::string(5000, 'y') + " rest\n", [&] {
+    line = console::ReadLine();
+    answer = console::ReadAnswer();
+    rest = console::ReadAnswer();
+    return 0;
+  });
+  EXPECT_EQ(line, std::string(4095, 'x'));
+  EXPECT_EQ(answer, std::string(4095, 'y'));
+  EXPECT_EQ(rest, "rest");
+}
+
+TEST(ConsoleTest, ClosedInputKeepsNoCoreBusy) {
+  constexpr int kWaits = 20;
+  int number = 0;
+  for (const std::function<int()>& ask :
+       {std::function<int()>(_get_yes_no),
+        std::function<int()>([&] { return _get_number_with_range(&number, 0, 9, 10); })}) {
+    const auto run = scripted::PlayApart("", [&ask] {
+      alarm(60);  // where nothing waits at all
+      scripted::OnWait([waits = 0](unsigned long) mutable {
+        if (++waits == kWaits) _exit(scripted::WaitedUs() >= kWaits / 2 * 100'000 ? 7 : 1);
+      });
+      return ask();
+    });
+    EXPECT_EQ(run.result, 7);
+  }
 }
 
 }  // namespace

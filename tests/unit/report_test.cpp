@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
-#include <regex>
 #include <string>
 
 #include "Case.h"
@@ -214,12 +214,16 @@ TEST_F(ReportTest, AFileCutByOthersGetsItsFooterBack) {
 }
 
 TEST(UtilTest, PathIsMadeOnceFromTheStartTime) {
-  char* first = nullptr;
-  const auto run = scripted::Play("", [&] { return first = Util::GetTestReportPath(), 0; });
-  EXPECT_TRUE(std::regex_match(first, std::regex("/tmp/var/log/[01]\\d(_[0-5]\\d){4}\\.txt")));
-  EXPECT_EQ(run.output, "Test Report file path : " + std::string(first) + "\n");
-  EXPECT_EQ(scripted::Play("", [] { return Util::GetTestReportPath(), 0; }).output, "");
-  EXPECT_EQ(Util::GetTestReportPath(), first);
+  setenv("TZ", "XYZ+1", 1);
+  scripted::StopClock(1769907599);  // 2026-02-01 00:59:59 UTC
+  const auto path = [] { return Util::GetTestReportPath() == nullptr ? 1 : 0; };
+  EXPECT_EQ(scripted::Play("", path).output,
+            "Test Report file path : /tmp/var/log/01_31_23_59_59.txt\n");
+  scripted::StopClock(0);
+  EXPECT_EQ(scripted::Play("", path).output, "");
+  EXPECT_STREQ(Util::GetTestReportPath(), "/tmp/var/log/01_31_23_59_59.txt");
+  Util::UseNextTestReportPath();
+  EXPECT_STREQ(Util::GetTestReportPath(), "/tmp/var/log/02_01_00_00_00.txt");
 }
 
 TEST(UtilTest, CentresBothHalvesCutToWholeNumbers) {

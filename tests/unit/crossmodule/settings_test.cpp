@@ -232,6 +232,25 @@ TEST_F(Settings, TftpServerIsWhatAShellTakesAsOneWord) {
   EXPECT_TRUE(scripted::Commands().empty());
 }
 
+TEST(ShellWord, IsOneWordForAShellAsItStands) {
+  std::string script;
+  for (char c = 1; c < 127; ++c) {
+    for (const std::string& word :
+         {std::string(1, c), c + std::string("root"), std::string{'a', c, 'b'}}) {
+      if (!IsShellWord(word)) continue;
+      script.append("set -- ")
+          .append(word)
+          .append("; [ $#:$1 = '1:")
+          .append(word)
+          .append("' ] || exit 1\n");
+    }
+  }
+  EXPECT_EQ(crossmodule::RunForReal(script + ":"), 0);
+  EXPECT_TRUE(IsShellWord("R501-2_a.b/c:d+e,f=g@h%i[j]^"));
+  EXPECT_FALSE(IsShellWord(""));
+  EXPECT_FALSE(IsShellWord("a\x7f"));
+}
+
 std::string Now() {
   const std::time_t now = std::time(nullptr);
   char text[16];
