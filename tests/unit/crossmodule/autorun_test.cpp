@@ -104,6 +104,20 @@ TEST_F(CrossModuleFilesAutoRun, OtherRunsHaveTheirOwnCases) {
   EXPECT_TRUE(Says(all, "List the AV Sync Result:"));
 }
 
+TEST_F(CrossModuleFilesAutoRun, ASynchronisationThatPassesHidesNoStage) {
+  Write("cross_module_content_v1/[R501]AVsync_dp_AAC_200_48k_25fps.mp4", "");
+  PutDumps(501);
+  Verdict verdict = Verdict::kNotRun;
+  const auto run = [&] {
+    return Play("", [&] { return verdict = RunAndVerify(FindTestCase(501), Checks::kAll), 0; });
+  };
+  run();
+  EXPECT_EQ(verdict, Verdict::kPass);
+  std::filesystem::remove(Home() + "golden_data/playback/dump-501-avSync-VDEC.txt");
+  EXPECT_FALSE(Says(run(), "FAIL: "));
+  EXPECT_EQ(verdict, Verdict::kFail);
+}
+
 TEST_F(CrossModuleFilesAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeStamp) {
   const auto run = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, "1\n");
   EXPECT_EQ(run.result, 0);

@@ -1,5 +1,6 @@
 // One playback run: what the board is told, in which order, and what stops a run.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,6 +10,19 @@
 #include "GoldenData.h"
 #include "PlaybackRun.h"
 #include "PreparedBoard.h"
+
+namespace {
+
+std::vector<std::string> emptiedLogs;
+
+}  // namespace
+
+// Logs have fixed paths that are none of a test's.
+extern "C" int truncate(const char* path, off_t length) noexcept {
+  EXPECT_EQ(length, 0);
+  emptiedLogs.emplace_back(path);
+  return 0;
+}
 
 namespace {
 
@@ -109,6 +123,9 @@ TEST_F(CrossModuleFilesRun, OnAndroidFromTheStick) {
   EXPECT_EQ(Run(101).commands, Commands(start + Signals("rm -f", "touch") + kTree + kPermissive +
                                         TestMode("1") + kBoardPlayer + "[R101]h264-FrtChg.ts\n" +
                                         kTestModeOff + Backup("101-h264-FrtChg")));
+  const std::string log = "/tmp/var/log/dpq_";
+  EXPECT_EQ(emptiedLogs, (Lines{log + "acpu1.log", log + "acpu2.log", log + "logfile.log",
+                                log + "vcpu1.log", log + "vcpu2.log"}));
   EXPECT_EQ(getenv("LD_LIBRARY_PATH"), nullptr);
   EXPECT_EQ(getenv("GST_PLUGIN_PATH_1_0"), Home() + "gst_root/usr/lib/gstreamer-1.0");
   PlugStick(601);

@@ -303,8 +303,11 @@ TEST_F(CrossModuleFilesReport, AnalysesTheSynchronisationOfTheDumps) {
   const auto clip = analyse();
   EXPECT_EQ(clip.result, 0);
   EXPECT_TRUE(Contains(clip.output, "| frame     100   0ms ")) << clip.output;
+  const std::string content = Get_Current_TestCase()->contentFile;
   Get_Current_TestCase()->contentFile = "goodDemo.cfg";
   EXPECT_TRUE(Contains(analyse().output, "| frame     100   -10ms "));
+  Get_Current_TestCase()->contentFile = content;
+  EXPECT_TRUE(Contains(analyse().output, "| frame     100   0ms ")) << "the offset is the demo's";
   std::filesystem::remove(home_.Path() + "dump_tmp/dump-501-avSync-Audio.txt");
   const auto silent = analyse();
   EXPECT_EQ(silent.result, 1);
@@ -347,6 +350,8 @@ TEST_F(CrossModuleFilesReport, VerifiesAStageInSteps) {
     Set_Debug_Level(level);
     const auto all = Play("", [] { return Verify_All_Modules(), 0; });
     EXPECT_EQ(Contains(all.output, detail), level == 1);
+    Set_Debug_Level(0);
+    EXPECT_TRUE(verify().ends_with(detail)) << "verifying all is over";
   }
 
   std::filesystem::remove(golden);

@@ -195,6 +195,31 @@ TEST(VerifyColumns, ToleranceIsAsLongAsTheRateSays) {
   EXPECT_EQ(FirstFailing(true, "0", 2, 2), 100) << "no rate";
 }
 
+TEST(VerifyColumns, CountsWhatOnlyOneFileHas) {
+  const std::string title = "t\n";
+  const std::string three = Vo(0) + Vo(1) + Vo(2);
+  const struct {
+    std::string golden, sample;
+    const char *ends, *frames, *drops;  // golden's and the dump's
+    int goldenOnly, dumpOnly;
+  } kCases[] = {
+      {three + Vo(3), three, "-1|-1", "3|-1", "0/1", 1, 0},
+      {three, three + Vo(3) + Vo(4), "-1|-1", "-1|4", "2/0", 0, 2},
+      // What is behind a malformed row is not compared.
+      {three + Vo(3), Vo(0) + "x\n" + Vo(2) + Vo(3) + Vo(4), "1|0", "1|-1", "0/1", 2, 3},
+      {Vo(0) + "x\n" + Vo(2), three, "0|1", "-1|1", "1/0", 1, 1},
+  };
+  for (const auto& c : kCases) {
+    const VerifyRun run = RunVerifier(Verify_VO, title + c.golden, title + c.sample);
+    for (const std::string& shown :
+         {", rst=[" + std::string(c.ends) + "]!!\n", "(Last frame_n=" + std::string(c.frames) + ")",
+          "DropCnt=" + std::string(c.drops) + "\n"})
+      EXPECT_NE(run.console.find(shown), std::string::npos) << shown << run.console;
+    EXPECT_EQ(run.result.coverage.goldenOnly, c.goldenOnly) << run.console;
+    EXPECT_EQ(run.result.coverage.dumpOnly, c.dumpOnly) << run.console;
+  }
+}
+
 TEST(VerifyVo, MaskedItemsOnlyCountAndEventsAreKept) {
   _VOUT_INFO_COMPARE_SETTING setting;
   setting.errTolerance_sec = setting.syncTolerance_sec = 0;
