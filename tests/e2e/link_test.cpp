@@ -63,22 +63,6 @@ TEST_F(LinkTest, AllTestsOfTheLinkPassInARow) {
   }
 }
 
-TEST_F(LinkTest, FaultsFailTheRightTestsAndGoAgain) {
-  Pty& pty = OpenModule({"6", "0"}, {.scenario = "link wrong on\n", .timeScale = 20});
-  ASSERT_TRUE(RunTest(pty, 12));
-  EXPECT_NE(pty.Before().find("Return value incorrect.\n"), std::string::npos);
-  Cvnsim("link wrong off");
-  Cvnsim("link full on");
-  ASSERT_TRUE(RunTest(pty, 6));
-  EXPECT_NE(pty.Before().find("SendBuffer failed.\n"), std::string::npos);
-  Cvnsim("link full off");
-  Cvnsim("fail RLink::OpenSession -1 --times 1");
-  ASSERT_TRUE(RunTest(pty, 4));
-  EXPECT_NE(pty.Before().find("Open session of class_id("), std::string::npos);
-  for (const int test : {12, 6, 4}) ASSERT_TRUE(RunTest(pty, test));
-  Quit(pty, 6, 3);
-}
-
 TEST_F(LinkTest, TheClockToolChangesTheSpeedOfTheCounter) {
   constexpr int kPresses = 400;  // of 8192 that were twice the speed
   Pty& pty = OpenModule({"6", "0", "26"}, {});

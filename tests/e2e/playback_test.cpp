@@ -180,43 +180,6 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
   EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << "nothing of them stays";
 }
 
-TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
-  const struct {
-    const char* defect;
-    const char* verdict;
-    const char* named;  // as the first bad stage
-  } kCases[] = {
-      {"none", " 0ms ", ""},
-      {"audio late 0 20", "+20ms ", ""},
-      {"audio late 0 21", "FAIL(+1ms)", "[OMXIN] or [Audio], the sound 21 ms late"},
-      {"audio early 0 30", " -30ms ", ""},
-      {"audio early 0 31", "FAIL: (-1ms)", "[OMXIN] or [Audio], the sound 31 ms early"},
-      {"vdec late 0 50", "FAIL: (-20ms)", "[VDEC] 50 ms late"},
-      {"vo late 0 50", "FAIL: (-20ms)", "[VO] 50 ms late"},
-  };
-  Initialise();
-  Pty& pty = OpenMenu();
-  EXPECT_EQ(Cvnsim("counter 900000 0"), "") << "a drift can turn a tick into a millisecond";
-  for (const auto& expected : kCases) {
-    SetDefect(expected.defect);
-    const std::string report = RunCase(pty, "8");
-    EXPECT_EQ(StagesNotPassed(report), Strings()) << "checksums do not tell";
-    const std::string name = fs::path(pty.Groups()[1]).filename();
-    EXPECT_TRUE(pty.Expect(" *AV sync tolerance:"));
-    const bool fails = Contains(expected.verdict, "FAIL");
-    EXPECT_TRUE(Contains(pty.Before(), expected.verdict)) << expected.defect << pty.Before();
-    EXPECT_EQ(Contains(pty.Before(), "FAIL"), fails) << pty.Before();
-    EXPECT_EQ(Contains(pty.Before(), "PASS"), !fails) << "all flashes are alike";
-    EXPECT_TRUE(Contains(pty.Before(), "| frame     237")) << pty.Before();
-    EXPECT_TRUE(Contains(report, "| frame     237")) << "the stored report has it too";
-    EXPECT_EQ(Contains(report, "FAIL: 7 of 7 flashes outside the tolerance\n First bad stage: " +
-                                   std::string(expected.named) + "\n"),
-              fails)
-        << report;
-    EXPECT_EQ(fs::exists(Board() / kStickReports / name), fails) << "failing reports are sent";
-  }
-}
-
 TEST_F(PlaybackTest, WithoutStickOrContentNothingIsPlayed) {
   Initialise();
   fs::remove(Board() / "usb/stick/cross_module_content_v1/[R102]h264-ResChg.ts");
