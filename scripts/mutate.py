@@ -354,27 +354,40 @@ def print_rates(results):
         print(f'  {folder:{width}}  {seen[folder]:3} of {total[folder]:3}')
 
 
-def campaign(copy, folders, count, seed):
-    texts = texts_of(copy.tree, folders)
+def try_faults(copy, texts, faults, count):
+    """Tries faults until `count` compiled. Yields each with the test that saw it, None, or 'build'."""
     order = Order(copy.tests, baseline(copy))
-    results, unbuilt, begin = [], 0, time.monotonic()
-    for fault in draw([fault for path, text in texts.items() for fault in faults_of(path, text)], seed):
-        if len(results) == count:
-            break
+    tried, begin = 0, time.monotonic()
+    for fault in faults:
+        if tried == count:
+            return
 
         def judged(fault=fault):
             return copy.run_tests(order.of(fault.path))[1] if copy.builds() else 'build'
         test = copy.with_fault(fault, texts[fault.path], judged)
-        if test == 'build':
-            unbuilt += 1
-            continue
-        results.append((fault, test))
-        if test is None:
-            print(described(fault, texts[fault.path]), flush=True)
-        else:
+        if test not in (None, 'build'):
             order.note(test, fault.path)
-        if sys.stderr.isatty() or len(results) % 10 == 0:
-            print(f'{len(results)} of {count} faults after {time.monotonic() - begin:.0f} s', file=sys.stderr, flush=True)
+        tried += test != 'build'
+        yield fault, test
+        if test != 'build' and (sys.stderr.isatty() or tried % 10 == 0):
+            print(f'{tried} of {count} faults after {time.monotonic() - begin:.0f} s', file=sys.stderr, flush=True)
+
+
+def campaign(copy, folders, count, seed):
+    """Tries faults and prints what came out; of a campaign that is interrupted, what came out so far."""
+    texts = texts_of(copy.tree, folders)
+    faults = draw([fault for path, text in texts.items() for fault in faults_of(path, text)], seed)
+    results, unbuilt = [], 0
+    try:
+        for fault, test in try_faults(copy, texts, faults, count):
+            if test == 'build':
+                unbuilt += 1
+                continue
+            results.append((fault, test))
+            if test is None:
+                print(described(fault, texts[fault.path]), flush=True)
+    except KeyboardInterrupt:
+        print(f'interrupted, {count - len(results)} faults were not tried')
     print_rates(results)
     seen = sum(test is not None for _, test in results)
     print(f'Faults: {len(results)} (seed {seed}), {seen} seen, {len(results) - seen} not seen, '
@@ -391,6 +404,7 @@ def main():
     parser.add_argument('--jobs', type=int, default=os.cpu_count())
     parser.add_argument('--folder', action='append', help=f'instead of {" and ".join(FOLDERS)}')
     given = parser.parse_args()
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     copy = Copy(os.path.abspath(given.source), given.jobs)
     return campaign(copy, given.folder or FOLDERS, given.count, given.seed)
 
