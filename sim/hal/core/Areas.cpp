@@ -6,10 +6,10 @@ namespace sim {
 
 std::span<const Area* const> Areas() {
   static constexpr const Area* kAreas[] = {
-      &kHdmiArea,         &kVby1Area,        &kSignalLockArea, &kScalerArea, &kDisplayArea,
-      &kFormatter3dArea,  &kTransmitterArea, &kGraphicsArea,   &kVpqArea,    &kHdcp2Area,
-      &kDeviceArea,       &kThermalArea,     &kLinkArea,       &kMediaArea,  &kFailureArea,
-      &kMisbehaviourArea, &kEventArea,
+      &kHdmiArea,    &kVby1Area,         &kTestPictureArea, &kSignalLockArea, &kScalerArea,
+      &kDisplayArea, &kFormatter3dArea,  &kTransmitterArea, &kGraphicsArea,   &kVpqArea,
+      &kHdcp2Area,   &kDeviceArea,       &kThermalArea,     &kLinkArea,       &kMediaArea,
+      &kFailureArea, &kMisbehaviourArea, &kEventArea,
   };
   return kAreas;
 }

@@ -18,6 +18,7 @@ struct Area {
 // Each is defined in the area's own file.
 extern const Area kHdmiArea;
 extern const Area kVby1Area;
+extern const Area kTestPictureArea;
 extern const Area kSignalLockArea;
 extern const Area kScalerArea;
 extern const Area kDisplayArea;

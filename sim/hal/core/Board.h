@@ -89,6 +89,23 @@ enum class SourceKind : uint8_t { kSdrVideo, kHdrVideo, kPc, kHlgVideo, kDeepVid
 /// How a source packs the pictures of two eyes into its timing.
 enum class Stereo : uint8_t { kNone, kFramePacking, kSideBySide, kTopAndBottom };
 
+/// What a source sends.
+enum class TestPicture : uint8_t {
+  kBars,  // eight of 100 % colour
+  kRamp,
+  kSmpte,
+  kCheckerboard,
+  kBox,  // moves, with a running frame number
+  kBlack,
+  kWhite,
+  kFile,  // a still image
+};
+
+struct SentPicture {
+  TestPicture picture;
+  uint32_t copy;  // of the still image: its number among those that the board keeps
+};
+
 struct HdmiPort {
   bool cable;      // a source is plugged in
   bool sending;    // … and sends a picture
@@ -103,6 +120,7 @@ struct HdmiPort {
   uint8_t edid[K2V_HDMI_EDID_BYTES];
   uint8_t hdcp[K2V_HDMI_HDCP_BYTES];
   K2V_HDMI_TIMING_T timing;  // of the source
+  SentPicture sent;
   SignalLock lock;
 };
 
@@ -118,6 +136,7 @@ struct Vby1Receiver {
   bool connected;
   uint8_t selected;                                  // input
   K2V_HDMI_TIMING_T sources[K2V_VBY1RX_PORT_COUNT];  // width 0: nothing plugged in
+  SentPicture sent[K2V_VBY1RX_PORT_COUNT];           // by the sources
   SignalLock lock;                                   // to the selected source
 };
 
@@ -127,6 +146,11 @@ struct Picture {
   uint16_t height;
   uint32_t colorStandard;
   uint32_t eotf;  // K2V_HDMI_EOTF_*
+  SentPicture sent;
+  bool muted;  // the source set AV mute
+  Stereo stereo;
+  uint16_t rateCentiHz;
+  int64_t heldMs;  // simulated time at which it was frozen; 0: it runs
 };
 
 constexpr uint32_t kMaxWrittenPixels = 720 * 576;
@@ -170,6 +194,7 @@ struct Display {
   bool tconInitialized;
   bool tconClock;
   bool output;
+  bool dark;  // switched off since it was lit last; the boot loader lights it
   bool muted;
   bool freeRun;
   bool mirrorHorizontal;
@@ -276,6 +301,7 @@ struct Link {
 
 struct Board {
   Clock clock;
+  uint32_t imageCopies;  // still images that sources have been given
   FailureTable failures;
   MisbehaviourTable misbehaviours;
   EventTable events;

@@ -90,6 +90,7 @@ int Initialize(Board& board, K2V_VBE_PANEL_INFO_T panel) {
   if (!display.initialized) display.frameRateHz = kPowerOnFrameRateHz;
   display.initialized = true;
   display.output = true;
+  display.dark = false;
   display.panel = panel;
   return K2V_RHAL_OK;
 }
@@ -98,6 +99,7 @@ int Uninitialize(Board& board) {
   if (const int error = Check(board, true)) return error;
   board.display.initialized = false;
   board.display.output = false;
+  board.display.dark = true;
   board.display.tconInitialized = false;
   board.display.tconClock = false;
   return K2V_RHAL_OK;
@@ -138,6 +140,12 @@ template <bool Display::*flag>
 int SetFlag(Board& board, uint32_t on) {
   if (const int error = Check(board, on <= 1)) return error;
   board.display.*flag = on == 1;
+  return K2V_RHAL_OK;
+}
+
+int SetOutput(Board& board, uint32_t on) {
+  if (const int error = SetFlag<&Display::output>(board, on)) return error;
+  board.display.dark = on == 0;
   return K2V_RHAL_OK;
 }
 
@@ -244,7 +252,7 @@ int K2V_RHAL_VBE_DISP_SetMute(uint32_t on) {
 }
 
 int K2V_RHAL_VBE_DISP_SetDisplayOutput(uint32_t on) {
-  return Call(__func__, SetFlag<&Display::output>, on);
+  return Call(__func__, SetOutput, on);
 }
 
 int K2V_RHAL_VBE_DISP_SetSpreadSpectrum(uint32_t enable, uint16_t percent, uint16_t period) {

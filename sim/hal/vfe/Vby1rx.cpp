@@ -120,8 +120,16 @@ constinit const Area kVby1Area = {kCommands, Describe, Settle};
 
 Picture Vby1Picture(const Vby1Receiver& receiver) {
   if (!receiver.connected) return {};
-  const K2V_VIDEO_RECT_T active = ReceivedTiming(receiver).active;
-  return {active.w, active.h, K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR};
+  const K2V_HDMI_TIMING_T timing = ReceivedTiming(receiver);
+  return {timing.active.w,
+          timing.active.h,
+          K2V_COLOR_STANDARD_BT709,
+          K2V_HDMI_EOTF_SDR,
+          receiver.sent[receiver.selected],
+          false,
+          Stereo::kNone,
+          timing.vFreq,
+          0};
 }
 
 }  // namespace sim

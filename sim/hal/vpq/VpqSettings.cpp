@@ -30,6 +30,17 @@ int CallWithRanges(const char* function, std::initializer_list<Ranged> ranges, N
       function, [areRight](Board&, Numbers...) { return Checked(areRight); }, numbers...);
 }
 
+/// As CallWithRanges, and keeps the numbers.
+template <auto kept, typename... Numbers>
+int CallAndKeep(const char* function, std::initializer_list<Ranged> ranges, Numbers... numbers) {
+  const bool areRight = AreInRange(ranges);
+  const auto keep = [areRight](Board& board, Numbers... values) {
+    if (areRight) board.vpq.*kept = {true, {values...}};
+    return Checked(areRight);
+  };
+  return Call(function, keep, numbers...);
+}
+
 int SetTemperatureOffset(Board& board, int32_t index, int32_t red, int32_t green, int32_t blue) {
   if (!AreInRange({{index, 0, Last(kFactoryTemperatures)},
                    {red, INT8_MIN, INT8_MAX},
@@ -232,7 +243,8 @@ int K2V_RHAL_VPQEX_GetDataAccess(K2V_VPQ_DATA_ACCESS_T* record) {
 }
 
 int K2V_RHAL_VPQ_SET_INTERNAL_PARTTEN_1W(int32_t bEnable, int32_t nWhite) {
-  return CallWithRanges(__func__, {{bEnable, 0, 1}, {nWhite, 0, kMaxLevel10Bit}}, bEnable, nWhite);
+  return CallAndKeep<&Vpq::whitePattern>(__func__, {{bEnable, 0, 1}, {nWhite, 0, kMaxLevel10Bit}},
+                                         bEnable, nWhite);
 }
 
 int K2V_RHAL_VPQ_MEMC_SetVideoBlock(int32_t x, int32_t y, int32_t w, int32_t h) {
@@ -252,8 +264,8 @@ int K2V_RHAL_VPQ_MEMC_SetBypassRegion(int32_t nRegion, int32_t x, int32_t y, int
 }
 
 int K2V_RHAL_VPQ_MEMC_SetDemoBar(int32_t bEnable, int32_t nPosition) {
-  return CallWithRanges(__func__, {{bEnable, 0, 1}, {nPosition, 0, kPanel.w - 1}}, bEnable,
-                        nPosition);
+  return CallAndKeep<&Vpq::motionDemo>(__func__, {{bEnable, 0, 1}, {nPosition, 0, kPanel.w - 1}},
+                                       bEnable, nPosition);
 }
 
 int K2V_RHAL_VPQ_LED_Initialize(int32_t ePanel, int32_t eBar) {
@@ -265,17 +277,17 @@ int K2V_RHAL_VPQ_LED_LDCtrlDemoMode(int32_t eMode, int32_t bCtrl) {
 }
 
 int K2V_RHAL_VPQ_SetColorGain(int32_t nRed, int32_t nGreen, int32_t nBlue) {
-  return CallWithRanges(
+  return CallAndKeep<&Vpq::colorGain>(
       __func__,
       {{nRed, 0, kMaxLevel10Bit}, {nGreen, 0, kMaxLevel10Bit}, {nBlue, 0, kMaxLevel10Bit}}, nRed,
       nGreen, nBlue);
 }
 
 int K2V_RHAL_VPQ_SetIREInnerPattern(int32_t bOnOff, int32_t nRed, int32_t nGreen, int32_t nBlue) {
-  return CallWithRanges(__func__,
-                        {{bOnOff, 0, 1},
-                         {nRed, 0, kMaxLevel10Bit},
-                         {nGreen, 0, kMaxLevel10Bit},
-                         {nBlue, 0, kMaxLevel10Bit}},
-                        bOnOff, nRed, nGreen, nBlue);
+  return CallAndKeep<&Vpq::irePattern>(__func__,
+                                       {{bOnOff, 0, 1},
+                                        {nRed, 0, kMaxLevel10Bit},
+                                        {nGreen, 0, kMaxLevel10Bit},
+                                        {nBlue, 0, kMaxLevel10Bit}},
+                                       bOnOff, nRed, nGreen, nBlue);
 }

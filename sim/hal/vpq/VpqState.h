@@ -27,6 +27,13 @@ constexpr unsigned kEngineeringItems = 64;
 constexpr unsigned kEngineeringLayers = 8;
 constexpr unsigned kEngineeringLayerItems = 16;
 
+/// The arguments of a function of several numbers, as it was called last.
+template <unsigned count>
+struct VpqNumbers {
+  bool areSet;
+  int32_t numbers[count];
+};
+
 struct Vpq {
   bool initialized;
   bool open;
@@ -38,6 +45,10 @@ struct Vpq {
   /// As the difference from the value at power-on, so that a board of zero bytes has those.
   int32_t values[static_cast<unsigned>(VpqValue::kCount)];
   VpqRecords records;
+  VpqNumbers<2> whitePattern;  // on, level
+  VpqNumbers<4> irePattern;    // on, red, green, blue
+  VpqNumbers<3> colorGain;     // red, green, blue
+  VpqNumbers<2> motionDemo;    // on, position of the bar
   uint16_t osdMap[kOsdMapItems][kOsdMapPoints];
   int8_t temperatureOffsets[kFactoryTemperatures][3];  // red, green, blue
   uint16_t engineering[kEngineeringItems];

@@ -65,7 +65,7 @@ class Layer {
  public:
   Layer(const Window& window, const Picture& picture, bool blank, const K2V_VIDEO_RECT_T& output)
       : output_(output),
-        input_(IsInside(window.input, ActiveArea(picture)) ? window.input : ActiveArea(picture)),
+        input_(InputOf(window, picture)),
         plain_(blank ? kBlankColors[window.blankColor] : kBlack),
         isPlain_(blank || picture.width == 0),
         frame_(window, picture) {}
@@ -81,7 +81,7 @@ class Layer {
 
  private:
   K2V_VIDEO_RECT_T output_;
-  K2V_VIDEO_RECT_T input_;  // a source that shrank below the region set is shown whole
+  K2V_VIDEO_RECT_T input_;
   Rgb plain_;
   bool isPlain_;
   Frame frame_;
@@ -125,7 +125,8 @@ Picture LivePicture(const Board& board, const Window& window) {
     const Picture picture = HdmiPicture(board.hdmi);
     return picture.width > 0 ? picture : Vby1Picture(board.vby1);
   }
-  return {1920, 1080, K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR};
+  return {1920, 1080, K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR, {}, false, Stereo::kNone,
+          6000, 0};
 }
 
 Picture BufferedPicture(const Board& board, const Window& window) {
@@ -136,12 +137,22 @@ Picture ShownPicture(const Board& board, const Window& window) {
   return window.frozen ? window.held : BufferedPicture(board, window);
 }
 
+K2V_VIDEO_RECT_T InputOf(const Window& window, const Picture& picture) {
+  return IsInside(window.input, ActiveArea(picture)) ? window.input : ActiveArea(picture);
+}
+
+K2V_VIDEO_RECT_T PlaceOf(const Board& board, unsigned wid) {
+  const K2V_VIDEO_RECT_T& place = board.scaler.windows[wid].output;
+  return wid == 0 && IsEmpty(place) ? kPanel : place;
+}
+
 void CapturePanel(const Board& board, uint8_t* rgb) {
   std::vector<Layer> layers;
-  for (const Window& window : board.scaler.windows) {
+  for (unsigned wid = 0; wid < kWindowCount; ++wid) {
+    const Window& window = board.scaler.windows[wid];
     // Blanking is the display's: it covers the window's place also without a source behind it.
     if (!window.connected && !window.blank) continue;
-    layers.emplace_back(window, ShownPicture(board, window), window.blank, window.output);
+    layers.emplace_back(window, ShownPicture(board, window), window.blank, PlaceOf(board, wid));
   }
   Capture(layers, rgb);
 }

@@ -32,6 +32,14 @@ Picture LivePicture(const Board& board, const Window& window);
 Picture BufferedPicture(const Board& board, const Window& window);
 Picture ShownPicture(const Board& board, const Window& window);
 
+/// The part of a picture that a window shows. A source that shrank below the region set is shown
+/// whole.
+K2V_VIDEO_RECT_T InputOf(const Window& window, const Picture& picture);
+
+/// A window's place on the panel. The main window has all of it until it is put elsewhere; the
+/// sub window has none.
+K2V_VIDEO_RECT_T PlaceOf(const Board& board, unsigned wid);
+
 /// Captures the panel with all windows, or window 0 alone on the whole panel, into
 /// K2V_CAPTURE_BYTES of R, G, B.
 void CapturePanel(const Board& board, uint8_t* rgb);

@@ -3,6 +3,7 @@
 
 #include "core/Areas.h"
 #include "core/Call.h"
+#include "core/Events.h"
 #include "vsc/Picture.h"
 
 namespace sim {
@@ -110,11 +111,17 @@ int SetBlank(Board& board, uint32_t wid, uint32_t on, uint32_t color) {
   return K2V_RHAL_OK;
 }
 
+// The picture as it is now; one that is frozen already stays the same.
+Picture Held(const Board& board, Picture picture) {
+  if (picture.heldMs == 0) picture.heldMs = std::max<int64_t>(1, SimulatedMs(board.clock));
+  return picture;
+}
+
 int SetFreeze(Board& board, uint32_t wid, uint32_t on) {
   Window* window = FindWindow(board, wid);
   if (window == nullptr || on > 1) return K2V_RHAL_ERR_PARAM;
   if (!window->open) return K2V_RHAL_ERR_ORDER;
-  window->held = ShownPicture(board, *window);
+  window->held = Held(board, ShownPicture(board, *window));
   window->frozen = on == 1;
   return K2V_RHAL_OK;
 }
@@ -123,7 +130,7 @@ int FreezeFrameBuffer(Board& board, uint32_t wid, uint32_t on) {
   Window* window = FindWindow(board, wid);
   if (window == nullptr || on > 1) return K2V_RHAL_ERR_PARAM;
   if (!window->connected) return K2V_RHAL_ERR_ORDER;
-  window->bufferHeld = BufferedPicture(board, *window);
+  window->bufferHeld = Held(board, BufferedPicture(board, *window));
   window->bufferFrozen = on == 1;
   if (on == 0) window->written = {};
   return K2V_RHAL_OK;

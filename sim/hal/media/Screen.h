@@ -1,0 +1,26 @@
+// What the player has on the screen: a file beside the board's state that holds the picture decoded
+// last, and another that is locked while the player plays.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+namespace sim {
+
+/// In front of the picture's planes, which follow each other without gaps. Formats and colours are
+/// those of libavutil.
+struct ScreenHeader {
+  int32_t width;
+  int32_t height;
+  int32_t pixelFormat;
+  int32_t colorSpace;
+  int32_t colorRange;
+  int32_t reserved;
+  int64_t number;  // of the picture in the file that is played
+};
+
+/// The two files; empty where the board has no directory.
+std::filesystem::path ScreenPath();
+std::filesystem::path PlayingPath();
+
+}  // namespace sim
