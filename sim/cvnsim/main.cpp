@@ -1,116 +1,77 @@
 // cvnsim: looks at a running simulated board and changes it, from another terminal.
-#include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
-#include <deque>
+#include <cstring>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "BoardFiles.h"
 #include "core/Areas.h"
 #include "core/SharedBoard.h"
 
 namespace {
 
+using cvnsim::BoardFiles;
 using sim::Words;
 
 constexpr int kNoBoard = 1;
 constexpr int kWrongCommand = 2;
 
-struct BoardFiles {
-  std::string state;
-  std::string trace;
-  std::string directory{};  // of the board; empty inside of it
-};
-
-std::string Environment(const char* name, const std::string& otherwise) {
-  const char* value = std::getenv(name);
-  return value != nullptr ? value : otherwise;
-}
-
-BoardFiles FilesIn(const std::string& boardDir) {
-  return {boardDir + "/run/state", boardDir + "/run/trace", boardDir};
-}
-
-// Inside a board the environment names the files; outside it is the board's directory.
-BoardFiles DefaultFiles() {
-  if (std::getenv("CVNSIM_STATE") == nullptr) return FilesIn(Environment("CVN_BOARD", "./board"));
-  return {Environment("CVNSIM_STATE", ""), Environment("CVNSIM_TRACE", "")};
-}
-
-// Takes "--board DIR" off the front of the words.
-BoardFiles TakeFiles(Words& words) {
-  if (words.empty() || words[0] != "--board") return DefaultFiles();
-  if (words.size() < 2) sim::Refuse("--board", "lacks its directory", "--board DIR COMMAND");
-  const std::string boardDir = words[1];
-  words.erase(words.begin(), words.begin() + 2);
-  return FilesIn(boardDir);
-}
-
-void Attach(const BoardFiles& files) {
-  if (!std::filesystem::exists(files.state)) {
-    throw std::runtime_error("no board was started here: there is no " + files.state +
-                             "; start one, or name its directory with --board DIR");
-  }
-  sim::Attach(files.state);
-}
-
-// True while a session has the board: its launcher keeps the board's file locked.
-bool InSession(const BoardFiles& files) {
-  const int fd = open((files.directory + "/.cvntester-board").c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
-  const bool locked = flock(fd, LOCK_SH | LOCK_NB) != 0;
-  close(fd);
-  return locked;
-}
-
-// The file that says of a board between two sessions that it is on.
-std::string OnFile(const BoardFiles& files) {
-  return files.directory + "/run/on";
-}
-
-// Refuses to change a board whose next start is a power-on.
-void NeedBoardThatIsOn(const BoardFiles& files) {
-  if (files.directory.empty() || InSession(files) || std::filesystem::exists(OnFile(files))) return;
-  throw std::runtime_error("no board is running in " + files.directory +
-                           ", and its next start is a power-on; ./run.sh --keep-on leaves it on");
-}
-
 void PrintState(const Words&, const BoardFiles& files) {
-  Attach(files);
+  cvnsim::Attach(files);
   std::cout << sim::Describe(*sim::BoardLock());
 }
 
 void PrintTrace(const Words& arguments, const BoardFiles& files) {
   const auto count = static_cast<size_t>(
       arguments.empty() ? 20 : sim::ParseNumber(arguments[0], "count", 1, 1'000'000));
-  std::ifstream file(files.trace);
-  if (!file) throw std::runtime_error("no trace in '" + files.trace + "': the board keeps none");
-  std::deque<std::string> last;
-  for (std::string line; std::getline(file, line);) {
-    last.push_back(line);
-    if (last.size() > count) last.pop_front();
-  }
-  for (const std::string& line : last) std::cout << line << '\n';
+  for (const std::string& line : cvnsim::LastCalls(files, count)) std::cout << line << '\n';
 }
 
 // Between two sessions; in one the board goes off with its program.
 void SwitchOff(const Words&, const BoardFiles& files) {
-  if (files.directory.empty() || InSession(files))
+  if (files.directory.empty() || cvnsim::InSession(files))
     throw std::runtime_error("a session has the board; it goes off with that");
-  std::filesystem::remove(OnFile(files));
+  std::filesystem::remove(cvnsim::OnFile(files));
 }
 
 void Reset(const Words&, const BoardFiles& files) {
-  NeedBoardThatIsOn(files);
-  Attach(files);
+  cvnsim::NeedBoardThatIsOn(files);
+  cvnsim::Attach(files);
   sim::ResetBoard(*sim::BoardLock());
+}
+
+// The panel's program lies beside this one, where it was built: it alone needs the libraries that
+// make pictures. It knows the same `--board DIR` and the same environment.
+[[noreturn]] void RunPanelProgram(const char* task, const Words& words, const BoardFiles& files) {
+  const std::string program =
+      std::filesystem::read_symlink("/proc/self/exe").replace_filename("cvnpanel");
+  Words line = {program};
+  if (!files.directory.empty()) line.insert(line.end(), {"--board", files.directory});
+  line.emplace_back(task);
+  line.insert(line.end(), words.begin(), words.end());
+  std::vector<char*> arguments;
+  for (std::string& word : line) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  execv(program.c_str(), arguments.data());
+  if (errno == ENOENT)
+    throw std::runtime_error("this build has no panel: ./run.sh --panel installs what it needs");
+  throw std::runtime_error(program + ": " + std::strerror(errno));
+}
+
+void RunCamera(const Words& words, const BoardFiles& files) {
+  RunPanelProgram("camera", words, files);
+}
+
+void RunPanel(const Words& words, const BoardFiles& files) {
+  RunPanelProgram("panel", words, files);
 }
 
 void PrintHelp(const Words&, const BoardFiles&);
@@ -131,6 +92,9 @@ struct OwnCommand {
 constexpr OwnCommand kOwnCommands[] = {
     {"state", "", "show the board", 0, PrintState},
     {"trace", "[N]", "show the last N HAL calls, default 20", 1, PrintTrace},
+    {"camera", "FILE.png | --y4m [--rate N] [--pictures N]",
+     "take a picture of the panel, or write a stream of pictures to standard output", 5, RunCamera},
+    {"panel", "[--port N]", "show the panel on a page for this machine's browser", 2, RunPanel},
     {"reset", "", "switch the board off and on: the state its scenario starts with", 0, Reset},
     {"off", "", "switch a board off that ./run.sh --keep-on left on", 0, SwitchOff},
     {"help", "", "show this", 0, PrintHelp},
@@ -148,8 +112,8 @@ void PrintHelp(const Words&, const BoardFiles&) {
 
 void RunOnBoard(const Words& words, const BoardFiles& files) {
   const sim::Action action = sim::ParseCommand(words);
-  NeedBoardThatIsOn(files);
-  Attach(files);
+  cvnsim::NeedBoardThatIsOn(files);
+  cvnsim::Attach(files);
   action(*sim::BoardLock());
 }
 
@@ -171,7 +135,7 @@ void Run(const Words& words, const BoardFiles& files) {
 int main(int argc, char** argv) {
   try {
     Words words(argv + 1, argv + argc);
-    const BoardFiles files = TakeFiles(words);
+    const BoardFiles files = cvnsim::TakeFiles(words);
     if (words.empty() || words[0] == "--help") words = {"help"};
     Run(words, files);
     return EXIT_SUCCESS;

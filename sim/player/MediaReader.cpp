@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "Decoded.h"
+#include "Screen.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -99,9 +100,10 @@ class Track {
 /// A file on its way to the listener.
 class Reading {
  public:
-  Reading(AVFormatContext& input, MediaListener& listener)
+  Reading(AVFormatContext& input, MediaListener& listener, Screen* screen)
       : input_(input),
         listener_(listener),
+        screen_(screen),
         video_(input, AVMEDIA_TYPE_VIDEO),
         audio_(input, AVMEDIA_TYPE_AUDIO),
         packet_(av_packet_alloc()),
@@ -127,6 +129,7 @@ class Reading {
     }
     video_.Decode(packet, *frame_, [this](const AVFrame& frame) {
       picturePts90k_ = video_.Pts90k(frame.best_effort_timestamp, picturePts90k_);
+      if (screen_ != nullptr) screen_->Show(frame, decoded_);
       listener_.TakePicture(picturePts90k_, video_.Tick90k(), MeanLuma(frame), PictureFacts(frame));
       ++decoded_;
     });
@@ -144,6 +147,7 @@ class Reading {
 
   AVFormatContext& input_;
   MediaListener& listener_;
+  Screen* const screen_;
   Track video_;
   Track audio_;
   Packet packet_;
@@ -157,10 +161,10 @@ class Reading {
 
 }  // namespace
 
-void ReadMedia(const std::string& location, MediaListener& listener) {
+void ReadMedia(const std::string& location, MediaListener& listener, Screen* screen) {
   av_log_set_level(AV_LOG_QUIET);
   const Input input = Open(location);
-  if (Reading(*input, listener).Run() == 0)
+  if (Reading(*input, listener, screen).Run() == 0)
     throw std::runtime_error(location + ": holds neither pictures nor sound that can be decoded");
 }
 

@@ -8,6 +8,8 @@
 
 namespace player {
 
+class Screen;
+
 /// Takes what a file holds, in the order in which the board's drivers would get it. Times count
 /// from the start of the file.
 class MediaListener {
@@ -29,7 +31,7 @@ class MediaListener {
 
 /// Decodes the whole of a file, or of what an address that begins with "http://" names. Damaged
 /// frames are passed over. Throws std::runtime_error with one line when there is nothing that can
-/// be decoded.
-void ReadMedia(const std::string& location, MediaListener& listener);
+/// be decoded. The pictures are shown on the screen, where one is given.
+void ReadMedia(const std::string& location, MediaListener& listener, Screen* screen = nullptr);
 
 }  // namespace player

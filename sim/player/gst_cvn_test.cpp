@@ -23,6 +23,7 @@
 #include "MediaReader.h"
 #include "Pipeline.h"
 #include "PlayLog.h"
+#include "Screen.h"
 #include "TestMode.h"
 
 namespace {
@@ -151,7 +152,8 @@ class Dumps {
 void Decode(const Options& options, const player::PlayLog& log, player::Pipeline& pipeline) {
   log.DecoderOpens(options.media);
   try {
-    player::ReadMedia(options.media, pipeline);
+    player::Screen screen;
+    player::ReadMedia(options.media, pipeline, &screen);
   } catch (const std::exception& error) {
     log.DecoderFails(error.what());
     throw;

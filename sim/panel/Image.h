@@ -1,0 +1,35 @@
+// Pictures as files and as streams.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Filter.h"
+
+extern "C" {
+#include <libavutil/pixfmt.h>
+}
+
+namespace panel {
+
+using Bytes = std::vector<uint8_t>;
+
+/// Another pixel format of the same size; YCbCr is that of BT.601 in limited range, which readers
+/// take for granted where nothing is said. Throws std::runtime_error.
+Picture Converted(const AVFrame& picture, AVPixelFormat format);
+
+/// A PNG file. Throws std::runtime_error.
+Bytes ToPng(const AVFrame& picture);
+
+/// The picture of a PNG or JPEG file. Throws std::runtime_error.
+Picture FromFile(const std::string& path);
+
+/// The title of a stream of uncompressed pictures (YUV4MPEG2), and one of its pictures.
+std::string Y4mTitle(const AVFrame& picture, int picturesPerSecond);
+Bytes ToY4m(const AVFrame& picture);
+
+/// The whole of a file. Throws std::runtime_error.
+Bytes FileBytes(const std::string& path);
+
+}  // namespace panel

@@ -1,0 +1,441 @@
+#include "PictureQuality.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "Filter.h"
+#include "vpq/Vpq.h"
+
+namespace panel {
+namespace {
+
+using sim::Vpq;
+using enum sim::VpqValue;
+
+constexpr double kNeutralGain = 512;  // of the chip's gains and offsets
+
+int Of(const Vpq& vpq, sim::VpqValue key) {
+  return sim::ValueOf(vpq, key);
+}
+
+/// -1 to 1 for a control of 0 to 100.
+double AroundMiddle(int value) {
+  return (value - 50) / 50.0;
+}
+
+/// Puts filters one behind the other; empty ones count for nothing.
+std::string Chain(std::initializer_list<std::string> parts) {
+  std::string chain;
+  for (const std::string& part : parts) {
+    if (!part.empty()) chain.append(chain.empty() ? "" : ",").append(part);
+  }
+  return chain;
+}
+
+// The filters below are empty where their number says that nothing changes.
+
+std::string Brighter(double share) {
+  return share == 0 ? "" : Printed("eq=brightness=%.4f", share);
+}
+
+std::string Contrast(double gain) {
+  return gain == 1 ? "" : Printed("eq=contrast=%.4f", gain);
+}
+
+std::string Saturation(double gain) {
+  return gain == 1 ? "" : Printed("hue=s=%.4f", gain);
+}
+
+std::string Hue(double degrees) {
+  return degrees == 0 ? "" : Printed("hue=h=%.3f", degrees);
+}
+
+/// Negative amounts soften.
+std::string Sharper(double amount, int size = 5) {
+  return amount == 0 ? "" : Printed("unsharp=%d:%d:%.3f", size, size, amount);
+}
+
+std::string Softer(double sigma) {
+  return sigma == 0 ? "" : Printed("gblur=sigma=%.3f", sigma);
+}
+
+std::string Gains(double red, double green, double blue) {
+  if (red == 1 && green == 1 && blue == 1) return "";
+  return Printed(
+      "lutrgb=r='clip(val*%.4f,0,255)':g='clip(val*%.4f,0,255)':b='clip(val*%.4f,0,255)'", red,
+      green, blue);
+}
+
+std::string Gain(double gain) {
+  return Gains(gain, gain, gain);
+}
+
+/// Levels of 0 to 255.
+std::string Offsets(double red, double green, double blue) {
+  if (red == 0 && green == 0 && blue == 0) return "";
+  return Printed(
+      "lutrgb=r='clip(val+(%.3f),0,255)':g='clip(val+(%.3f),0,255)':b='clip(val+(%.3f),0,255)'",
+      red, green, blue);
+}
+
+std::string Gamma(double exponent) {
+  if (exponent == 1) return "";
+  return Printed("lutrgb=r='gammaval(%.4f)':g='gammaval(%.4f)':b='gammaval(%.4f)'", exponent,
+                 exponent, exponent);
+}
+
+std::string All(const char* curve) {
+  return Printed("lutrgb=r='clip(%s,0,255)':g='clip(%s,0,255)':b='clip(%s,0,255)'", curve, curve,
+                 curve);
+}
+
+/// The points of a table for the `curves` filter; empty for a table of zeros, which nobody wrote.
+template <typename Element, size_t count>
+std::string Points(const Element (&table)[count], size_t used, double full) {
+  constexpr size_t kSteps = 16;
+  if (used < 2 || std::all_of(table, table + used, [](Element e) { return e == 0; })) return "";
+  std::string points;
+  for (size_t i = 0; i <= kSteps; ++i) {
+    const double level = table[i * (used - 1) / kSteps] / full;
+    points += Printed("%s%.4f/%.4f", i == 0 ? "" : " ", static_cast<double>(i) / kSteps,
+                      std::min(level, 1.0));
+  }
+  return points;
+}
+
+template <typename Element, size_t count>
+std::string Curve(const Element (&table)[count], double full, size_t used = count) {
+  const std::string points = Points(table, std::min(used, count), full);
+  return points.empty() ? "" : "curves=all='" + points + "'";
+}
+
+std::string Curves(const K2V_VPQ_GAMMA_LUT_T& lut) {
+  const std::string red = Points(lut.nRed, 256, 1023), green = Points(lut.nGreen, 256, 1023),
+                    blue = Points(lut.nBlue, 256, 1023);
+  if (red.empty() || green.empty() || blue.empty()) return "";
+  return "curves=r='" + red + "':g='" + green + "':b='" + blue + "'";
+}
+
+/// Rows of output red, green and blue, in units of 1/4096. A matrix of zeros was written by nobody.
+std::string Matrix(const int16_t (&units)[9]) {
+  if (std::all_of(units, units + 9, [](int16_t unit) { return unit == 0; })) return "";
+  static constexpr const char* kCells[] = {"rr", "rg", "rb", "gr", "gg", "gb", "br", "bg", "bb"};
+  std::string text = "colorchannelmixer=";
+  for (size_t i = 0; i < std::size(kCells); ++i) {
+    const double cell = std::clamp(units[i] / 4096.0, -2.0, 2.0);  // what the filter takes
+    text += Printed("%s%s=%.4f", i == 0 ? "" : ":", kCells[i], cell);
+  }
+  return text;
+}
+
+/// What moves the colours of BT.709 towards a wider gamut's: they look paler.
+std::string Paler(double share) {
+  if (share == 0) return "";
+  const double own = 1 - 2 * share;
+  return Printed("colorchannelmixer=%.3f:%.3f:%.3f:0:%.3f:%.3f:%.3f:0:%.3f:%.3f:%.3f", own, share,
+                 share, share, own, share, share, share, own);
+}
+
+/// Regions of hue, a quarter of them each; 128 leaves a colour as it is.
+std::string Regions(const CHIP_COLOR_CONTROL_T& control) {
+  static constexpr const char* kColors[] = {"r", "g", "b", "c", "m", "y"};
+  std::string chain;
+  for (size_t i = 0; i < std::size(kColors); ++i) {
+    const CHIP_COLOR_CONTROL_ENTRY_T& region = control.stRegion[i];
+    const bool isUnset = region.nHueGain == 0 && region.nSaturationGain == 0 &&
+                         region.nBrightnessGain == 0 && region.nMasterGain == 0;
+    const auto share = [](int gain) { return (gain - 128) / 128.0; };
+    const double hue = share(region.nHueGain), saturation = share(region.nSaturationGain),
+                 brightness = share(region.nBrightnessGain);
+    if (isUnset || (hue == 0 && saturation == 0 && brightness == 0)) continue;
+    chain = Chain({chain, Printed("huesaturation=colors=%s:strength=10:hue=%.2f:saturation=%.3f:"
+                                  "intensity=%.3f",
+                                  kColors[i], hue * 60, saturation, brightness)});
+  }
+  return chain;
+}
+
+/// Relative to the level at power-on, which shows the source's levels as they are.
+std::string Backlight(int level) {
+  constexpr double kAtPowerOn = 80, kLeast = 0.2;
+  return Gain(kLeast + (1 - kLeast) * level / kAtPowerOn);
+}
+
+std::string UserTemperature(const Vpq& vpq) {
+  const auto gain = [&](sim::VpqValue key) { return Of(vpq, key) / kNeutralGain; };
+  const auto offset = [&](sim::VpqValue key) { return (Of(vpq, key) - kNeutralGain) / 4; };
+  return Chain({Gains(gain(kVPQ_SetColorTempRedGain), gain(kVPQ_SetColorTempGreenGain),
+                      gain(kVPQ_SetColorTempBlueGain)),
+                Offsets(offset(kVPQ_SetColorTempRedOffset), offset(kVPQ_SetColorTempGreenOffset),
+                        offset(kVPQ_SetColorTempBlueOffset))});
+}
+
+/// Cool levels take red away, warm ones blue. The factory's offsets of the level come on top.
+std::string TemperatureLevel(const Vpq& vpq) {
+  constexpr int kNeutral = 2;
+  constexpr double kStep = 0.07;
+  const int level = Of(vpq, kVPQ_SetColorTempLevel), warmth = level - kNeutral;
+  const auto& factory = vpq.temperatureOffsets[std::clamp(level, 0, 9)];
+  const auto gain = [&](unsigned channel, int steps) {
+    return (1 - kStep * std::max(0, steps)) * (kNeutralGain + factory[channel]) / kNeutralGain;
+  };
+  return Gains(gain(0, -warmth), gain(1, 0), gain(2, warmth));
+}
+
+/// A field of zero was written by nobody.
+std::string WhiteGains(double red, double green, double blue) {
+  if (red == 0 && green == 0 && blue == 0) return "";
+  return Gains(red / kNeutralGain, green / kNeutralGain, blue / kNeutralGain);
+}
+
+std::string ColorGain(const Vpq& vpq) {
+  const auto& gain = vpq.colorGain;
+  if (!gain.areSet) return "";
+  return Gains(gain.numbers[0] / kNeutralGain, gain.numbers[1] / kNeutralGain,
+               gain.numbers[2] / kNeutralGain);
+}
+
+/// 0 as the source says, 1 limited, 2 full (black is not black any more), 3 extended.
+std::string DataRange(int range) {
+  if (range == 2) return All("16+val*219/255");
+  return range == 3 ? All("(val-16)*255/219") : "";
+}
+
+std::string OneColor(int filter) {
+  return filter == 0 ? "" : Gains(filter == 1, filter == 2, filter == 3);
+}
+
+std::string PictureMode(int mode) {
+  return Chain({Contrast(1 + 0.03 * mode), Saturation(1 + 0.05 * mode)});
+}
+
+std::string Noise(const Vpq& vpq) {
+  return vpq.noiseLevel == 0 ? "" : Printed("noise=alls=%d:allf=t", vpq.noiseLevel * 100 / 255);
+}
+
+/// What is around the demonstration's window gets darker. The window is in panel pixels.
+std::string Highlight(const Vpq& vpq) {
+  const K2V_VPQ_HIGHLIGHT_WINDOW_T& window = vpq.records.VPQ_SetHigh_Light_Window_forDemo;
+  const int scale = sim::kPanel.w / K2V_CAPTURE_WIDTH;
+  const int x = window.x / scale, y = window.y / scale;
+  const int w = std::min(window.w / scale, K2V_CAPTURE_WIDTH - x),
+            h = std::min(window.h / scale, K2V_CAPTURE_HEIGHT - y);
+  if (window.bEnable == 0 || w <= 0 || h <= 0) return "";
+  const std::string darker = Gain(1 - window.nDarken / 255.0);
+  return Printed("split[lit][all];[lit]crop=%d:%d:%d:%d[lit];[all]%s[all];", w, h, x, y,
+                 darker.empty() ? "null" : darker.c_str()) +
+         Printed("[all][lit]overlay=%d:%d:format=gbrp", x, y);
+}
+
+#define RECORD(name) vpq.records.name
+#define ROW(names, stage, samples, ...)                                            \
+  {                                                                                \
+    names, Stage::stage, Samples::samples,                                         \
+        []([[maybe_unused]] const Vpq& vpq) -> std::string { return __VA_ARGS__; } \
+  }
+
+constexpr Setting kSettings[] = {
+    // What the source brings, and what takes it away.
+    ROW("(noise of the source)", kPicture, kYuv, Noise(vpq)),
+    ROW("VPQ_SetNR", kPicture, kYuv, Softer(0.4 * Of(vpq, kVPQ_SetNR))),
+    ROW("VPQ_SetNoiseReduction", kPicture, kYuv,
+        Softer(0.3 *
+               (RECORD(VPQ_SetNoiseReduction).nSpatial + RECORD(VPQ_SetNoiseReduction).nTemporal))),
+    ROW("VPQ_SetDeBlocking VPQ_SetMpegNoiseReduction", kPicture, kYuv,
+        Softer(0.3 * Of(vpq, kVPQ_SetDeBlocking))),
+    ROW("VPQ_SetDeRinging", kPicture, kYuv, Softer(0.25 * Of(vpq, kVPQ_SetDeRinging))),
+    ROW("VPQ_SET_DeContour", kPicture, kYuv, Softer(0.35 * Of(vpq, kVPQ_SET_DeContour))),
+    // Sharpness.
+    ROW("VPQ_SetSharpnessExtend", kPicture, kYuv,
+        Sharper(1.5 * AroundMiddle(Of(vpq, kVPQ_SetSharpnessExtend)))),
+    ROW("VPQ_SetSharpness", kPicture, kYuv,
+        Sharper((RECORD(VPQ_SetSharpness).nHorizontal + RECORD(VPQ_SetSharpness).nVertical +
+                 RECORD(VPQ_SetSharpness).nDetail) /
+                200.0)),
+    ROW("VPQ_SetSRLevel", kPicture, kYuv, Sharper(0.5 * Of(vpq, kVPQ_SetSRLevel), 3)),
+    ROW("VPQ_SetSuperResolution", kPicture, kYuv,
+        Sharper(RECORD(VPQ_SetSuperResolution)
+                    .bEnable*(0.3 * RECORD(VPQ_SetSuperResolution).nLevel +
+                              RECORD(VPQ_SetSuperResolution).nStrength / 255.0),
+                3)),
+    ROW("VPQ_SetEdgeEnhance", kPicture, kYuv,
+        Sharper(RECORD(VPQ_SetEdgeEnhance).bEnable * 0.4 * (1 + RECORD(VPQ_SetEdgeEnhance).nLevel),
+                7)),
+    ROW("VPQ_SetLocalConstrastParam", kPicture, kYuv,
+        Sharper(RECORD(VPQ_SetLocalConstrastParam)
+                        .bEnable* RECORD(VPQ_SetLocalConstrastParam)
+                        .nStrength /
+                    255.0,
+                13)),
+    ROW("VPQEX_SetClarityRealityCreation", kPicture, kYuv,
+        Sharper(0.5 * Of(vpq, kVPQEX_SetClarityRealityCreation))),
+    ROW("VPQEX_SetClarityResolution", kPicture, kYuv,
+        Sharper(AroundMiddle(Of(vpq, kVPQEX_SetClarityResolution)), 3)),
+    ROW("VPQEX_SetMastered4K", kPicture, kYuv, Sharper(0.6 * Of(vpq, kVPQEX_SetMastered4K), 3)),
+    // Brightness, contrast and colour.
+    ROW("VPQ_SetPicMode", kPicture, kYuv, PictureMode(Of(vpq, kVPQ_SetPicMode))),
+    ROW("VPQ_SetDolbyHdrPicMode", kPicture, kYuv, PictureMode(Of(vpq, kVPQ_SetDolbyHdrPicMode))),
+    ROW("VPQ_SetDolbyPictureMode", kPicture, kYuv, PictureMode(Of(vpq, kVPQ_SetDolbyPictureMode))),
+    ROW("VPQ_SetContrast VPQ_SetPictureCtrl", kPicture, kYuv,
+        Contrast(1 + AroundMiddle(Of(vpq, kVPQ_SetContrast)))),
+    ROW("VPQ_SetDolbyContrast", kPicture, kYuv,
+        Contrast(1 + AroundMiddle(Of(vpq, kVPQ_SetDolbyContrast)))),
+    ROW("VPQ_SetFreshContrast", kPicture, kYuv,
+        Contrast(1 + 0.1 * RECORD(VPQ_SetFreshContrast).nLevel)),
+    ROW("VPQEX_SetDCCMode", kPicture, kYuv, Contrast(1 + 0.06 * Of(vpq, kVPQEX_SetDCCMode))),
+    ROW("VPQ_SetSDR2HDR", kPicture, kYuv, Contrast(1 + 0.3 * Of(vpq, kVPQ_SetSDR2HDR))),
+    ROW("VPQ_SetBrightness VPQ_SetPictureCtrl", kPicture, kYuv,
+        Brighter(0.5 * AroundMiddle(Of(vpq, kVPQ_SetBrightness)))),
+    ROW("VPQ_SetDolbyBrightness", kPicture, kYuv,
+        Brighter(0.5 * AroundMiddle(Of(vpq, kVPQ_SetDolbyBrightness)))),
+    ROW("VPQ_SetBlackLevel", kPicture, kYuv,
+        Brighter(RECORD(VPQ_SetBlackLevel).eLevel == 1 ? 0.08 : 0)),
+    ROW("VPQEX_SetBlackAdjust", kPicture, kYuv, Brighter(-0.03 * Of(vpq, kVPQEX_SetBlackAdjust))),
+    ROW("VPQ_SetSaturation VPQ_SetPictureCtrl", kPicture, kYuv,
+        Saturation(1 + AroundMiddle(Of(vpq, kVPQ_SetSaturation)))),
+    ROW("VPQ_SetDolbyColor", kPicture, kYuv,
+        Saturation(1 + AroundMiddle(Of(vpq, kVPQ_SetDolbyColor)))),
+    ROW("VPQ_SetColorGainExtend", kPicture, kYuv,
+        Saturation(1 + Of(vpq, kVPQ_SetColorGainExtend) / 100.0)),
+    ROW("VPQEX_SetLiveColour", kPicture, kYuv, Saturation(1 + 0.1 * Of(vpq, kVPQEX_SetLiveColour))),
+    ROW("VPQ_SetFreshColor", kPicture, kYuv,
+        Saturation(1 + 0.15 * RECORD(VPQ_SetFreshColor).nLevel +
+                   RECORD(VPQ_SetFreshColor).nSaturation / 255.0)),
+    ROW("VPQ_SetHue VPQ_SetPictureCtrl", kPicture, kYuv,
+        Hue(60 * AroundMiddle(Of(vpq, kVPQ_SetHue)))),
+    ROW("VPQ_SetColorSpace_HSI", kPicture, kYuv,
+        Chain({Hue(RECORD(VPQ_SetColorSpace_HSI).nHue),
+               Saturation(1 + RECORD(VPQ_SetColorSpace_HSI).nSaturation / 50.0),
+               Brighter(RECORD(VPQ_SetColorSpace_HSI).nIntensity / 100.0)})),
+    ROW("VPQ_SetFleshTone", kPicture, kRgb,
+        Gains(1, 1 - 0.02 * Of(vpq, kVPQ_SetFleshTone), 1 - 0.05 * Of(vpq, kVPQ_SetFleshTone))),
+    ROW("VPQ_InitColorForAdvanced", kPicture, kRgb, Regions(RECORD(VPQ_InitColorForAdvanced))),
+    ROW("VPQ_InitColorForExpert", kPicture, kRgb, Regions(RECORD(VPQ_InitColorForExpert))),
+    ROW("VPQ_SetPreferredColor", kPicture, kRgb, Regions(RECORD(VPQ_SetPreferredColor))),
+    ROW("VPQ_SetColorManagement", kPicture, kRgb, Regions(RECORD(VPQ_SetColorManagement))),
+    // Ranges, gamuts and curves of the source.
+    ROW("VPQEX_SetHDMIDataRange", kPicture, kRgb, DataRange(Of(vpq, kVPQEX_SetHDMIDataRange))),
+    ROW("VPQEX_SetGamutColorSpace", kPicture, kRgb,
+        Paler(0.03 * Of(vpq, kVPQEX_SetGamutColorSpace))),
+    ROW("VPQ_SetGamut", kPicture, kRgb, Paler(0.03 * RECORD(VPQ_SetGamut).eGamut)),
+    ROW("VPQ_SetColorGamut", kPicture, kRgb, Matrix(RECORD(VPQ_SetColorGamut).nMatrix)),
+    ROW("VPQ_SetHDRGamutMatrix", kPicture, kRgb, Matrix(RECORD(VPQ_SetHDRGamutMatrix).nMatrix)),
+    ROW("VPQ_Set3DColorCorrection", kPicture, kRgb,
+        RECORD(VPQ_Set3DColorCorrection).bEnable == 0
+            ? ""
+            : Offsets(2 * RECORD(VPQ_Set3DColorCorrection).nRed,
+                      2 * RECORD(VPQ_Set3DColorCorrection).nGreen,
+                      2 * RECORD(VPQ_Set3DColorCorrection).nBlue)),
+    ROW("VPQ_SetHdr10Enable", kPicture, kRgb, Gamma(1 - 0.15 * Of(vpq, kVPQ_SetHdr10Enable))),
+    ROW("VPQ_SetDOLBYHDREnable", kPicture, kRgb, Gamma(1 - 0.1 * Of(vpq, kVPQ_SetDOLBYHDREnable))),
+    ROW("VPQEX_SetHDRForceMode", kPicture, kRgb, Gamma(1 - 0.12 * Of(vpq, kVPQEX_SetHDRForceMode))),
+    ROW("VPQ_SetBRIGHTNESS_LUT_EOTF", kPicture, kRgb,
+        Curve(RECORD(VPQ_SetBRIGHTNESS_LUT_EOTF).nLut, 65535)),
+    ROW("VPQ_SetHDREotf", kPicture, kRgb, Curve(RECORD(VPQ_SetHDREotf).nLut, 65535)),
+    ROW("VPQ_SetHDROetf", kPicture, kRgb, Curve(RECORD(VPQ_SetHDROetf).nLut, 65535)),
+    ROW("VPQEX_SetCurve4HDR", kPicture, kRgb, Curve(RECORD(VPQEX_SetCurve4HDR).nLut, 65535)),
+    ROW("VPQ_SetFreshContrastLUT", kPicture, kRgb,
+        Curve(RECORD(VPQ_SetFreshContrastLUT).nLut, 1023)),
+    ROW("VPQEX_SetLCTable", kPicture, kRgb, Curve(RECORD(VPQEX_SetLCTable).nCurve, 4095)),
+    ROW("VPQEX_SetOutputGammaSCurve", kPicture, kRgb,
+        Of(vpq, kVPQEX_SetOutputGammaSCurve) == 0 ? ""
+                                                  : "curves=all='0/0 0.25/0.15 0.75/0.85 1/1'"),
+    ROW("VPQEX_SetSGamma", kPicture, kRgb, Gamma(1 + 0.1 * Of(vpq, kVPQEX_SetSGamma))),
+    ROW("VPQ_SetInversion", kPicture, kRgb, Of(vpq, kVPQ_SetInversion) == 0 ? "" : "negate"),
+    ROW("VPQ_SetColorFilter", kPicture, kRgb, OneColor(Of(vpq, kVPQ_SetColorFilter))),
+    // Of the panel: gamma, white balance, backlight.
+    ROW("VPQ_DeGammaLUT", kPanel, kRgb, Curves(RECORD(VPQ_DeGammaLUT))),
+    ROW("VPQ_SetGammaLUT", kPanel, kRgb, Curves(RECORD(VPQ_SetGammaLUT))),
+    ROW("VPQEX_SetGammaCurve", kPanel, kRgb,
+        Curve(RECORD(VPQEX_SetGammaCurve).nCurve, 4095, RECORD(VPQEX_SetGammaCurve).nTableSize)),
+    ROW("VPQ_SetMagicGamma_QN771", kPanel, kRgb,
+        Curve(RECORD(VPQ_SetMagicGamma_QN771).nCurve, 4095,
+              RECORD(VPQ_SetMagicGamma_QN771).nTableSize)),
+    ROW("VPQ_SetGamma", kPanel, kRgb, Gamma(1 + 0.1 * (Of(vpq, kVPQ_SetGamma) - 4))),
+    ROW("VPQ_SetGammaLevel", kPanel, kRgb, Gamma(1 + 0.15 * Of(vpq, kVPQ_SetGammaLevel))),
+    ROW("VPQ_InvGammaEn", kPanel, kRgb, Of(vpq, kVPQ_InvGammaEn) == 0 ? "" : Gamma(1 / 2.2)),
+    ROW("VPQ_SetColorTempLevel VPQEX_SetMagicColorTempOffset", kPanel, kRgb, TemperatureLevel(vpq)),
+    ROW("VPQ_SetColorTempRedGain … VPQ_SetColorTempBlueOffset VPQ_SetColorTemp "
+        "VPQ_SetColorTemperature VPQ_SetColorTempExtend",
+        kPanel, kRgb, UserTemperature(vpq)),
+    ROW("VPQEX_notifyPlatformColorTemp", kPanel, kRgb,
+        WhiteGains(RECORD(VPQEX_notifyPlatformColorTemp).nRedGain,
+                   RECORD(VPQEX_notifyPlatformColorTemp).nGreenGain,
+                   RECORD(VPQEX_notifyPlatformColorTemp).nBlueGain)),
+    ROW("VPQ_SetColorGain", kPanel, kRgb, ColorGain(vpq)),
+    ROW("VPQ_SetClearWhiteGainCtrl", kPanel, kRgb,
+        WhiteGains(RECORD(VPQ_SetClearWhiteGainCtrl).nRedGain,
+                   RECORD(VPQ_SetClearWhiteGainCtrl).nGreenGain,
+                   RECORD(VPQ_SetClearWhiteGainCtrl).nBlueGain)),
+    ROW("VPQ_SetClearWhite", kPanel, kRgb,
+        Gains(1 - 0.05 * RECORD(VPQ_SetClearWhite).nLevel,
+              1 - 0.02 * RECORD(VPQ_SetClearWhite).nLevel, 1)),
+    ROW("VPQ_SetBackLight VPQ_SetPanelBL", kPanel, kRgb, Backlight(Of(vpq, kVPQ_SetBackLight))),
+    ROW("VPQ_SetDreampanelBackLight", kPanel, kRgb,
+        Backlight(Of(vpq, kVPQ_SetDreampanelBackLight))),
+    ROW("VPQ_SetDolbyBackLight", kPanel, kRgb, Backlight(Of(vpq, kVPQ_SetDolbyBackLight))),
+    ROW("VPQEX_GDBC_Set_UI_DCR_BackLight", kPanel, kRgb,
+        Backlight(Of(vpq, kVPQEX_GDBC_Set_UI_DCR_BackLight))),
+    ROW("VPQ_SetHigh_Light_Window_forDemo", kPanel, kRgb, Highlight(vpq)),
+    ROW("VPQ_MEMC_SetDemoBar", kPanel, kRgb,
+        !vpq.motionDemo.areSet || vpq.motionDemo.numbers[0] == 0
+            ? ""
+            : Printed("drawbox=x=%d:y=0:w=4:h=ih:color=white:t=fill",
+                      vpq.motionDemo.numbers[1] * K2V_CAPTURE_WIDTH / sim::kPanel.w)),
+};
+
+#undef ROW
+#undef RECORD
+
+// Full range, so that the arithmetic of the controls knows no head room.
+constexpr char kToYuv[] = "scale=out_range=full:out_color_matrix=bt709,format=yuv444p";
+constexpr char kToRgb[] = "scale=in_range=full:in_color_matrix=bt709,format=gbrp";
+
+sim::Color Grey10Bit(int level) {
+  const auto grey = static_cast<uint8_t>(level * 255 / 1023);
+  return {grey, grey, grey};
+}
+
+}  // namespace
+
+std::span<const Setting> Settings() {
+  return kSettings;
+}
+
+std::string QualityFilters(const sim::Vpq& vpq, Stage stage) {
+  if (stage == Stage::kPicture && Of(vpq, kVPQEX_SetPQBypassLv) != 0) return "";
+  std::string chain;
+  Samples samples = Samples::kRgb;
+  const auto change = [&](Samples wanted) {
+    if (wanted != samples) chain = Chain({chain, wanted == Samples::kYuv ? kToYuv : kToRgb});
+    samples = wanted;
+  };
+  for (const Setting& setting : kSettings) {
+    const std::string filters = setting.stage == stage ? setting.filters(vpq) : "";
+    if (filters.empty()) continue;
+    change(setting.samples);
+    chain = Chain({chain, filters});
+  }
+  change(Samples::kRgb);
+  return chain;
+}
+
+Demo DemoOf(const sim::Vpq& vpq) {
+  const K2V_VPQ_DEMO_T& demo = vpq.records.VPQ_SetDemo;
+  if (demo.bEnable != 0) return {true, demo.eSide == 1};
+  return {Of(vpq, kVPQ_SetSplitDemo) != 0 || Of(vpq, kVPQ_HDR_SetDemoMode) != 0, false};
+}
+
+std::optional<sim::Color> PatternColor(const sim::Vpq& vpq) {
+  if (Of(vpq, kVPQ_SetBlackPatternOutput) != 0) return sim::Color{0, 0, 0};
+  if (Of(vpq, kVPQ_SetWhitePatternOutput) != 0) return sim::Color{255, 255, 255};
+  const auto& white = vpq.whitePattern;
+  if (white.areSet && white.numbers[0] != 0) return Grey10Bit(white.numbers[1]);
+  const auto& ire = vpq.irePattern;
+  if (!ire.areSet || ire.numbers[0] == 0) return std::nullopt;
+  return sim::Color{Grey10Bit(ire.numbers[1]).red, Grey10Bit(ire.numbers[2]).red,
+                    Grey10Bit(ire.numbers[3]).red};
+}
+
+}  // namespace panel

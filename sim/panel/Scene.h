@@ -1,0 +1,57 @@
+// What the panel shows, as a list of pictures and the filters that put them together.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/Board.h"
+
+namespace panel {
+
+// The panel is looked at with every fourth pixel of every fourth line, as the board's own capture
+// does it.
+constexpr int kViewWidth = K2V_CAPTURE_WIDTH;
+constexpr int kViewHeight = K2V_CAPTURE_HEIGHT;
+
+/// A plane of one colour.
+struct PlainInput {
+  sim::Color color;
+  int width;
+  int height;
+};
+
+/// What a source sends, whole.
+struct SentInput {
+  sim::Picture picture;
+};
+
+/// What the player decoded last.
+struct PlayedInput {};
+
+/// The pixels that were written to a window's frame buffer.
+struct WrittenInput {
+  unsigned wid;
+  uint32_t colorStandard;
+};
+
+using SceneInput = std::variant<PlainInput, SentInput, PlayedInput, WrittenInput>;
+
+struct Scene {
+  std::vector<SceneInput> inputs;
+  std::string filters;   // their inputs are [in0] and so on
+  bool changes = false;  // with every look, though nothing on the board changes
+};
+
+/// The scene at a simulated time. `isPlaying`: the player has a picture on the panel.
+Scene SceneOf(const sim::Board& board, int64_t nowMs, bool isPlaying);
+
+/// The size in which a source's picture is made: its own, or a whole part of that for large ones.
+struct Size {
+  int width;
+  int height;
+};
+Size CanvasOf(const sim::Picture& picture);
+
+}  // namespace panel

@@ -1,0 +1,52 @@
+// The pictures that a scene is made of.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Filter.h"
+#include "Scene.h"
+
+namespace panel {
+
+/// Makes pictures and keeps those that are still in use.
+class Sources {
+ public:
+  /// A picture in planar RGB, or in 10-bit YCbCr where it comes from a frame buffer. It stays until
+  /// DropUnused. Equal names are equal pictures.
+  struct Made {
+    const AVFrame* picture;
+    std::string name;
+  };
+
+  /// The picture of an input at a simulated time. Where one cannot be made, such as of a damaged
+  /// image file, it is black. Throws std::runtime_error where not even that can be made.
+  Made Make(const SceneInput& input, const sim::Board& board, int64_t nowMs);
+
+  /// Forgets the pictures that were not made since the last call.
+  void DropUnused();
+
+ private:
+  struct Kept {
+    Picture picture;
+    bool isUsed;
+  };
+  template <typename Maker>
+  Made Keep(const std::string& name, Maker make);
+  Made MakePlain(const PlainInput& input);
+  Made MakeSent(const sim::Picture& sent, int64_t nowMs);
+  Made MakePlayed();
+  Made MakeWritten(const WrittenInput& input, const sim::Window& window);
+  Picture MakeBox(Size size, double rateHz, int64_t number);
+
+  std::map<std::string, Kept> kept_;
+  std::unique_ptr<Graph> box_;  // draws the moving box on a ground
+  Picture boxGround_;
+  std::string boxName_;
+};
+
+/// Tells whether the player plays.
+bool IsPlaying();
+
+}  // namespace panel
