@@ -16,7 +16,7 @@ constexpr int kShift = 4;  // of the picture against burn-in, in pixels of the v
 constexpr sim::Color kBlack = {0, 0, 0};
 constexpr sim::Color kBlankColors[] = {{0, 0, 0}, {0, 0, 255}, {128, 128, 128}};
 
-constexpr K2V_VSC_INPUT_TYPE kPlayersInput = K2V_VSC_INPUTSRC_VDEC;
+constexpr K2V_VSC_INPUT_TYPE kPlayback = 5;  // as the menus count it; it is the decoder, too
 constexpr sim::Picture kPlayersPicture = {1920, 1080,  K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR,
                                           {},   false, sim::Stereo::kNone,       6000,
                                           0};
@@ -66,7 +66,7 @@ class Builder {
   /// Puts a window's picture in its place. `filters` end in a comma, or are empty.
   void AddPicture(const std::string& picture, const std::string& filters, const Place& place,
                   const std::string& quality) {
-    scene_.filters += Printed(";%s%sscale=%d:%d:flags=bilinear,format=gbrp", picture.c_str(),
+    scene_.filters += Printed(";%s%sscale=%d:%d:flags=area,format=gbrp", picture.c_str(),
                               filters.c_str(), place.w, place.h);
     if (!quality.empty()) scene_.filters.append(",").append(quality);
     Overlay(place);
@@ -111,11 +111,15 @@ class Builder {
   Scene scene_;
 };
 
+bool IsPlayers(K2V_VSC_INPUT_TYPE type) {
+  return type == K2V_VSC_INPUTSRC_VDEC || type == kPlayback;
+}
+
 /// A window that shows what the player decodes.
 bool ShowsPlayer(const sim::Board& board, unsigned wid, bool isPlaying) {
   const sim::Window& window = board.scaler.windows[wid];
   if (!isPlaying || window.frozen || window.bufferFrozen) return false;
-  return window.connected ? window.source.type == kPlayersInput : wid == 0;
+  return window.connected ? IsPlayers(window.source.type) : wid == 0;
 }
 
 void AddWritten(Builder& builder, std::string& name, const sim::Window& window, unsigned wid,
@@ -168,7 +172,7 @@ std::string MovedSideways(int pixels) {
 std::string EyeFilters(const std::string& packing, const char* eye, int shift) {
   const std::string unpacked =
       packing.empty() ? "" : Printed("stereo3d=%s:%s,", packing.c_str(), eye);
-  return unpacked + Printed("scale=%d:%d:flags=bilinear,", kViewWidth, kViewHeight / 2) +
+  return unpacked + Printed("scale=%d:%d:flags=area,", kViewWidth, kViewHeight / 2) +
          MovedSideways(shift);
 }
 
@@ -182,7 +186,7 @@ std::string FormatterFilters(const sim::Formatter3d& formatter) {
   const char* const right = formatter.rightFirstIn ? "ml" : "mr";
   if (formatter.mode == kThreeToTwo) {
     return (packing.empty() ? "" : Printed("stereo3d=%s:%s,", packing.c_str(), left)) +
-           Printed("scale=%d:%d:flags=bilinear", kViewWidth, kViewHeight);
+           Printed("scale=%d:%d:flags=area", kViewWidth, kViewHeight);
   }
   const int depth = formatter.mode == kOff && !makesDepth ? 0 : formatter.depth;
   const int shift = formatter.autoConvergence ? 0 : depth + formatter.convergence;

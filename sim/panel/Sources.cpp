@@ -67,7 +67,7 @@ Picture Stereo(const AVFrame& eye, sim::Stereo packing) {
   const bool beside = packing == sim::Stereo::kSideBySide;
   const char* const half = beside ? "scale=iw/2:ih" : "scale=iw:ih/2";
   return Filtered(eye, std::string("split[left][right];[left]") + half + "[left];[right]" + half +
-                           ",scroll=hpos=0.02[right];[left][right]" +
+                           ",scroll=hpos=0.98[right];[left][right]" +
                            (beside ? "hstack" : "vstack"));
 }
 

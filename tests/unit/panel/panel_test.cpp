@@ -1,0 +1,282 @@
+// Where pictures are on the panel, and what is seen where there is none.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "BoardFixture.h"
+#include "PanelFixture.h"
+#include "k2v/gal.h"
+#include "k2v/vbe.h"
+#include "k2v/vfe_vby1rx.h"
+
+namespace {
+
+using PanelView = PanelFixture;
+
+constexpr K2V_VBE_PANEL_INFO_T kPanelInfo = {55, 0, 3, 0, 3, {}, 3840, 2160, 3840, 2160, 1, {}};
+
+TEST_F(PanelView, IsBlackUntilAWindowHasAPicture) {
+  EXPECT_EQ(Seen(480, 270), kBlack);
+  Connect();
+  EXPECT_EQ(Bar(0), kWhite);
+  EXPECT_EQ(Bar(7), kBlack);
+  Do("unplug 0");
+  EXPECT_EQ(Bar(0), kBlack);
+  Do("plug 0 1280x720p50");
+  EXPECT_EQ(Bar(5), kRed);
+  Do("signal 0 off");
+  EXPECT_EQ(Bar(5), kBlack);
+  Do("signal 0 on");
+  Do("mute 0 on");
+  EXPECT_EQ(Bar(5), kBlack);
+  Do("mute 0 off");
+  EXPECT_EQ(Bar(5), kRed);
+}
+
+TEST_F(PanelView, WindowsAreInTheirPlaces) {
+  Connect();
+  K2V_RHAL_VSC_SetInputRegion(0, {1200, 0, 240, 1080});  // the red bar
+  K2V_RHAL_VSC_SetOutputRegion(0, {80, 40, 1920, 1080});
+  K2V_RHAL_VSC_Open(1);
+  K2V_RHAL_VSC_Connect(1, {5, 0, 0});
+  K2V_RHAL_VSC_SetOutputRegion(1, {1600, 800, 960, 540});
+  K2V_RHAL_VBE_DISP_Initialize(kPanelInfo);
+  K2V_RHAL_VBE_DISP_SetBackgroundColor(0, 255, 0);
+  const struct {
+    int x, y;
+    Rgb color;
+  } kPlaces[] = {
+      {19, 150, kGreen}, {20, 150, kRed},    {300, 9, kGreen},        {300, 10, kRed},
+      {499, 100, kRed},  {500, 100, kGreen}, {300, 279, kRed},        {300, 280, kGreen},
+      {399, 200, kRed},  {400, 200, kWhite}, {639, 334, kBlack},      {640, 334, kGreen},
+      {420, 199, kRed},  {639, 335, kGreen}, {430 + 8, 220, kYellow},
+  };
+  for (const auto& place : kPlaces)
+    EXPECT_EQ(Seen(place.x, place.y), place.color) << place.x << ',' << place.y;
+}
+
+TEST_F(PanelView, AgreesWithTheBoardsOwnCapture) {
+  Connect("3840x2160p60 hdr");
+  K2V_RHAL_VSC_SetInputRegion(0, {192, 108, 3456, 1944});  // overscan of 5 %
+  K2V_RHAL_VSC_Open(1);
+  K2V_RHAL_VSC_Connect(1, {5, 0, 0});
+  K2V_RHAL_VSC_SetOutputRegion(1, {2400, 1200, 1280, 720});
+  std::vector<uint8_t> bytes(K2V_CAPTURE_BYTES);
+  K2V_VSC_CAPTURE_INFO_T info = {bytes.data(), K2V_CAPTURE_BYTES, 0, 0};
+  ASSERT_EQ(K2V_RHAL_VSC_CaptureVideoFrame(K2V_VIDEO_DDI_DISPLAY_OUTPUT, &info), 0);
+  LookAt(1000);
+  int others = 0;
+  for (int y = 0; y < K2V_CAPTURE_HEIGHT; ++y) {
+    for (int x = 0; x < K2V_CAPTURE_WIDTH; ++x) {
+      const uint8_t* captured =
+          &bytes[3 * (static_cast<size_t>(y) * K2V_CAPTURE_WIDTH + static_cast<size_t>(x))];
+      others += !IsNear(InView(x, y), {captured[0], captured[1], captured[2]});
+    }
+  }
+  // Only where one bar goes over into the next.
+  EXPECT_LT(others, 14 * 540);
+}
+
+TEST_F(PanelView, BlanksAndFreezes) {
+  K2V_RHAL_VSC_SetWinBlank(0, 1, K2V_VIDEO_DDI_WIN_COLOR_GRAY);
+  EXPECT_EQ(Seen(480, 270), kGrey) << "a main window that was never placed has the whole panel";
+  Connect();
+  K2V_RHAL_VSC_SetWinBlank(0, 1, K2V_VIDEO_DDI_WIN_COLOR_BLUE);
+  EXPECT_EQ(Bar(0), kBlue);
+  K2V_RHAL_VSC_SetWinBlank(0, 0, K2V_VIDEO_DDI_WIN_COLOR_BLUE);
+  K2V_RHAL_VSC_SetWinFreeze(0, 1);
+  Do("unplug 0");
+  EXPECT_EQ(Bar(0), kWhite);
+  Do("plug 0 1280x720p50");
+  Do("picture 0 black");
+  EXPECT_EQ(Bar(0), kWhite);
+  K2V_RHAL_VSC_SetWinFreeze(0, 0);
+  EXPECT_EQ(Bar(0), kBlack);
+}
+
+TEST_F(PanelView, AMovingPictureMovesUntilItIsFrozen) {
+  Connect();
+  Do("picture 0 box");
+  const auto picture = [this](int64_t ms) {
+    const AVFrame& view = panel_.Look(*sim::BoardLock(), ms);
+    return panel::ToPng(view);
+  };
+  const auto atOnce = picture(100'000);
+  EXPECT_NE(atOnce, picture(100'017));
+  EXPECT_EQ(atOnce, picture(100'001)) << "of the same frame";
+  K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, 1);
+  const auto frozen = picture(100'000);
+  EXPECT_EQ(frozen, picture(200'000));
+  EXPECT_NE(frozen, atOnce);
+}
+
+TEST_F(PanelView, DisplayMirrorsMutesShiftsAndGoesDark) {
+  Connect();
+  EXPECT_EQ(Bar(0), kWhite) << "the boot loader left the panel on";
+  K2V_RHAL_VBE_DISP_Initialize(kPanelInfo);
+  Do("picture 0 smpte");
+  const Rgb corner = Seen(2, 2), foot = Seen(2, 535);
+  K2V_RHAL_VBE_DISP_SetVideoMirror(0, 1);
+  EXPECT_EQ(Seen(2, 535), corner);
+  EXPECT_EQ(Seen(2, 2), foot);
+  Do("picture 0 bars");
+  K2V_RHAL_VBE_DISP_SetVideoMirror(1, 0);
+  EXPECT_EQ(Bar(0), kBlack);
+  EXPECT_EQ(Bar(7), kWhite);
+  K2V_RHAL_VBE_DISP_SetVideoMirror(0, 0);
+  K2V_RHAL_VBE_DISP_SetBackgroundColor(0, 0, 255);
+  K2V_RHAL_VBE_DISP_ScreenShift(1);
+  EXPECT_EQ(Seen(3, 100), kBlue);
+  EXPECT_EQ(Seen(4, 4), kWhite);
+  EXPECT_EQ(Seen(123, 100), kWhite);
+  EXPECT_EQ(Seen(124, 100), kYellow);
+  K2V_RHAL_VBE_DISP_ScreenShift(0);
+  K2V_RHAL_VBE_DISP_SetMute(1);
+  EXPECT_EQ(Bar(0), kBlack);
+  K2V_RHAL_VBE_DISP_SetPanelBackgroundColor(1, 128, 128, 128);
+  EXPECT_EQ(Bar(0), kGrey);
+  K2V_RHAL_VBE_DISP_SetPanelBackgroundColor(0, 0, 0, 0);
+  K2V_RHAL_VBE_DISP_SetMute(0);
+  K2V_RHAL_VBE_DISP_SetDisplayOutput(0);
+  EXPECT_EQ(Bar(0), kBlack);
+  K2V_RHAL_VBE_DISP_SetDisplayOutput(1);
+  EXPECT_EQ(Bar(0), kWhite);
+  K2V_RHAL_VBE_DISP_Uninitialize();
+  EXPECT_EQ(Bar(0), kBlack);
+}
+
+TEST_F(PanelView, OnScreenDisplayCoversThePicture) {
+  Connect();
+  const auto isCovered = [this](int y) { return !IsNear(Seen(60, y), kWhite); };
+  EXPECT_FALSE(isCovered(500));
+  K2V_RHAL_GAL_Init();
+  EXPECT_TRUE(isCovered(500));
+  EXPECT_FALSE(isCovered(30));
+  K2V_RHAL_GAL_OSDSPLIT(1);
+  EXPECT_TRUE(isCovered(30));
+  EXPECT_FALSE(isCovered(270));
+  K2V_RHAL_GAL_Finalize();
+  EXPECT_FALSE(isCovered(500));
+}
+
+TEST_F(PanelView, FormatterTakesTheEyesApart) {
+  Connect("1920x1080p60 sdr side-by-side");
+  EXPECT_EQ(Seen(30, 270), kWhite);  // both eyes' pictures beside each other
+  EXPECT_EQ(Seen(540, 270), kYellow) << "the right eye sees it a little aside";
+  K2V_RHAL_VBE_TRIDFMT_Initialize();
+  K2V_RHAL_VBE_TRIDFMT_Open();
+  K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(VBE_INPUT_TYPE_SIDEBYSIDE);
+  // Alternate lines are the eyes', and differ beside a bar's edge only.
+  EXPECT_EQ(Seen(60, 270), kWhite);
+  EXPECT_EQ(Seen(60, 271), kWhite);
+  EXPECT_NE(Seen(115, 270), Seen(115, 271));
+  K2V_RHAL_VBE_TRIDFMT_CtrlDepth(3, 0);  // 3D to 2D
+  EXPECT_EQ(Seen(115, 270), Seen(115, 271));
+  for (uint32_t format = 0; format <= VBE_INPUT_TYPE_2DTO3D; ++format) {
+    ASSERT_EQ(K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(format), 0);
+    for (const uint32_t mode : {0U, 1U, 2U, 3U}) {
+      K2V_RHAL_VBE_TRIDFMT_CtrlDepth(mode, 10);
+      K2V_RHAL_VBE_TRIDFMT_SetConvValue(-10);
+      EXPECT_NO_THROW(LookAt(1000)) << format << ' ' << mode;
+    }
+  }
+}
+
+TEST_F(PanelView, PixelsWrittenToTheFrameBufferAreSeen) {
+  Connect();
+  std::vector<K2V_VIDEO_PIXEL_T> pixels(std::size_t{400} * 200, {512, 940, 512});
+  K2V_VIDEO_RECT_T rect = {1440, 400, 400, 200};
+  ASSERT_EQ(K2V_RHAL_VSC_WriteVideoFrameBuffer(0, &rect, pixels.data()), 0);
+  EXPECT_TRUE(IsNear(Seen(740, 250), kWhite));
+  EXPECT_EQ(Seen(715, 250), kRed);
+  EXPECT_EQ(Seen(740, 320), kBlue);
+}
+
+TEST_F(PanelView, SecondReceiverFeedsTheSameInput) {
+  Do("unplug 0");
+  Do("vby1 plug 0 3840x2160p60");
+  Do("picture vby1-0 white");
+  K2V_RHAL_VFE_VBY1RX_Initialize();
+  K2V_RHAL_VFE_VBY1RX_Open();
+  K2V_RHAL_VFE_VBY1RX_Connect(0);
+  K2V_RHAL_VSC_Initialize();
+  K2V_RHAL_VSC_Open(0);
+  K2V_RHAL_VSC_Connect(0, {K2V_VSC_INPUTSRC_HDMI, 0, 0});
+  EXPECT_EQ(Seen(900, 270), kWhite);
+}
+
+TEST(PictureCommand, RefusesWhatIsNoPicture) {
+  sim::PowerOn();
+  const auto refusal = [](const std::string& command) -> std::string {
+    try {
+      sim::Apply(*sim::BoardLock(), command);
+    } catch (const sim::CommandError& error) {
+      return error.what();
+    }
+    return "";
+  };
+  EXPECT_EQ(refusal("picture 0 rainbow"),
+            "'rainbow' is no picture; allowed: bars, ramp, smpte, checkerboard, box, black, white, "
+            "or a PNG or JPEG file of at most 32 MiB");
+  EXPECT_NE(refusal("picture 0 /proc/self/exe"), "");
+  EXPECT_EQ(refusal("picture vby1-3 bars"), "'3' is no V-by-One input; allowed: 0 to 2");
+  EXPECT_EQ(refusal("picture 4 bars"), "'4' is no port; allowed: 0 to 3");
+}
+
+/// The commands as a user gives them, on a board that another process switched on.
+class Camera : public testing::Test {
+ protected:
+  ~Camera() override { std::filesystem::remove_all(directory_); }
+
+  void SetUp() override {
+    std::string name = (std::filesystem::temp_directory_path() / "camera-XXXXXX").string();
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    directory_ = name;
+    Run(SIM_CLIENT " h-init h-hpd h-open h-conn0 s-init s-open s-conn");
+  }
+
+  test::ShellResult Run(const std::string& command) const {
+    return test::RunShell("cd " + directory_.string() +
+                          " && export CVNSIM_STATE=$PWD/state CVNSIM_TRACE=$PWD/trace; " + command);
+  }
+  Rgb Pixel(const std::string& file, int x, int y) const {
+    const panel::Picture picture = panel::FromFile(directory_ / file);
+    const uint8_t* pixel = picture->data[0] + std::ptrdiff_t{y} * picture->linesize[0] + 3 * x;
+    return {pixel[0], pixel[1], pixel[2]};
+  }
+
+  std::filesystem::path directory_;
+};
+
+TEST_F(Camera, WritesAPicture) {
+  const auto taken = Run(CVNSIM " camera a.png");
+  EXPECT_EQ(taken.status, 0) << taken.output;
+  EXPECT_EQ(Pixel("a.png", 180, 270), kYellow);
+  // A picture of the panel is one that a source can send.
+  EXPECT_EQ(Run(CVNSIM " picture 0 a.png && rm a.png && " CVNSIM " camera b.png").status, 0);
+  EXPECT_EQ(Pixel("b.png", 660, 270), kRed);
+  const auto refused = Run(CVNSIM " camera nowhere/a.png");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.output, "cvnsim: nowhere/a.png cannot be written: No such file or directory\n");
+  for (const char* wrong : {"", "a.png b.png", "--y4m a.png", "--rate 5", "--y4m --rate 0"})
+    EXPECT_EQ(Run(std::string(CVNSIM " camera ") + wrong).status, 2) << wrong;
+}
+
+TEST_F(Camera, StreamsUntilNobodyReads) {
+  constexpr size_t kPictureBytes = 6 + std::size_t{960} * 540 * 3;
+  const auto limited = Run(CVNSIM " camera --y4m --rate 100 --pictures 5 >s.y4m");
+  EXPECT_EQ(limited.status, 0) << limited.output;
+  const std::string title = "YUV4MPEG2 W960 H540 F100:1 Ip A1:1 C444 XCOLORRANGE=LIMITED\n";
+  EXPECT_TRUE(test::FileText(directory_ / "s.y4m").starts_with(title));
+  EXPECT_EQ(std::filesystem::file_size(directory_ / "s.y4m"), title.size() + 5 * kPictureBytes);
+  const auto cut = Run("sh -c '" CVNSIM " camera --y4m; echo $? >status' | head -c 3000000 >s.y4m");
+  EXPECT_EQ(cut.status, 0);
+  EXPECT_EQ(test::FileText(directory_ / "status"), "0\n");
+}
+
+}  // namespace
