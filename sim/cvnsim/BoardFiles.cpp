@@ -4,8 +4,8 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
-#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -28,6 +28,19 @@ BoardFiles FilesIn(const std::string& boardDir) {
 BoardFiles DefaultFiles() {
   if (std::getenv("CVNSIM_STATE") == nullptr) return FilesIn(Environment("CVN_BOARD", "./board"));
   return {Environment("CVNSIM_STATE", ""), Environment("CVNSIM_TRACE", "")};
+}
+
+constexpr std::streamoff kTailBytes = 64 * 1024;
+
+/// The lines that begin after `start`, or at the file's beginning.
+std::vector<std::string> LinesOfTail(std::ifstream& file, std::streamoff start) {
+  file.clear();
+  file.seekg(start);
+  std::string line;
+  if (start > 0) std::getline(file, line);  // the rest of one
+  std::vector<std::string> lines;
+  while (std::getline(file, line)) lines.push_back(line);
+  return lines;
 }
 
 }  // namespace
@@ -72,14 +85,18 @@ void NeedBoardThatIsOn(const BoardFiles& files) {
 }
 
 std::vector<std::string> LastCalls(const BoardFiles& files, size_t count) {
-  std::ifstream file(files.trace);
+  std::ifstream file(files.trace, std::ios::binary);
   if (!file) throw std::runtime_error("no trace in '" + files.trace + "': the board keeps none");
-  std::deque<std::string> last;
-  for (std::string line; std::getline(file, line);) {
-    last.push_back(line);
-    if (last.size() > count) last.pop_front();
-  }
-  return {last.begin(), last.end()};
+  file.seekg(0, std::ios::end);
+  const std::streamoff size = file.tellg();
+  std::vector<std::string> lines;
+  // A trace can be long, and its end is asked for again and again.
+  std::streamoff tail = std::min(size, kTailBytes);
+  while ((lines = LinesOfTail(file, size - tail)).size() < count && tail < size)
+    tail = std::min(size, tail * 8);
+  if (lines.size() > count)
+    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(count));
+  return lines;
 }
 
 }  // namespace cvnsim

@@ -5,6 +5,7 @@
 
 #include "BoardFiles.h"
 #include "Camera.h"
+#include "PageServer.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -20,6 +21,7 @@ void Run(sim::Words words) {
   const std::string task = words.empty() ? "" : words.front();
   if (!words.empty()) words.erase(words.begin());
   if (task == "camera") return panel::RunCamera(words, files);
+  if (task == "panel") return panel::RunPage(words, files);
   sim::Refuse(task, "is no task", "camera, panel");
 }
 

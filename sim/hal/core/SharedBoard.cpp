@@ -247,8 +247,10 @@ void PowerOn() {
 }
 
 void Attach(const std::string& path) {
+  SharedBoard* const next = Open(path, O_RDWR, false);
+  if (shared != nullptr) munmap(shared, sizeof(SharedBoard));
+  shared = next;
   statePath = path;
-  shared = Open(path, O_RDWR, false);
 }
 
 BoardLock::BoardLock() : board_(LockedBoard()) {

@@ -12,8 +12,8 @@ namespace sim {
 /// as it is. Throws std::runtime_error with a one-line text: unusable file, wrong scenario line.
 void PowerOn();
 
-/// Maps the board that another process switched on. Throws std::runtime_error when `path` is no
-/// state file of such a board.
+/// Maps the board that another process switched on, in place of one that was mapped before. Throws
+/// std::runtime_error when `path` is no state file of such a board.
 void Attach(const std::string& path);
 
 /// Holds the board for the time of one HAL call or command. Events that fell due happen first.

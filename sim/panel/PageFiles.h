@@ -1,0 +1,12 @@
+// The page's own files, which are part of the program.
+#pragma once
+
+#include <string_view>
+
+namespace panel {
+
+extern const std::string_view kIndexHtml;
+extern const std::string_view kPageCss;
+extern const std::string_view kPageJs;
+
+}  // namespace panel

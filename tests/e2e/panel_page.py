@@ -1,0 +1,249 @@
+#!/usr/bin/python3
+"""Works the panel's page in headless Chromium, as an operator would.
+
+panel_page.py ADDRESS CVNSIM DIRECTORY: ADDRESS is what `cvnsim panel` printed, CVNSIM a command line
+that changes the same board, DIRECTORY takes the browser's files and the screenshots. On the board
+HDMI port 0 sends bars to the main window. Prints what is wrong and ends with status 1.
+"""
+import base64
+import json
+import os
+import subprocess
+import sys
+import time
+import urllib.error
+import urllib.request
+
+import websocket
+
+LIMIT_S = 60
+
+
+class Browser:
+    """One page of a Chromium of our own, through its DevTools protocol."""
+
+    def __init__(self, directory):
+        self.errors = []
+        self.count = 0
+        self.directory = directory
+        profile = os.path.join(directory, "profile")
+        self.process = subprocess.Popen(
+            ["chromium", "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run",
+             "--disable-dev-shm-usage", "--disable-background-networking", "--mute-audio",
+             "--remote-debugging-port=0", "--remote-allow-origins=*",
+             "--user-data-dir=" + profile, "about:blank"],
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        port_file = os.path.join(profile, "DevToolsActivePort")
+        port = until("Chromium starts", lambda: self.port_in(port_file))
+        pages = json.load(urllib.request.urlopen(f"http://127.0.0.1:{port}/json"))
+        page = next(page for page in pages if page["type"] == "page")
+        self.socket = websocket.create_connection(page["webSocketDebuggerUrl"], timeout=LIMIT_S)
+        for domain in ("Page", "Runtime", "Log"):
+            self.call(domain + ".enable")
+
+    @staticmethod
+    def port_in(path):
+        if not os.path.exists(path):
+            return None
+        lines = open(path, encoding="ascii").read().splitlines()
+        return lines[0] if len(lines) > 1 else None
+
+    def call(self, method, **parameters):
+        self.count += 1
+        self.socket.send(json.dumps({"id": self.count, "method": method, "params": parameters}))
+        while True:
+            message = json.loads(self.socket.recv())
+            self.note(message)
+            if message.get("id") == self.count:
+                if "error" in message:
+                    raise RuntimeError(f"{method}: {message['error']}")
+                return message["result"]
+
+    def note(self, message):
+        method, parameters = message.get("method"), message.get("params", {})
+        if method == "Runtime.exceptionThrown":
+            self.errors.append(str(parameters["exceptionDetails"]))
+        if method == "Runtime.consoleAPICalled" and parameters["type"] in ("error", "warning"):
+            self.errors.append(str(parameters["args"]))
+        if method == "Log.entryAdded" and parameters["entry"]["level"] in ("error", "warning"):
+            self.errors.append(parameters["entry"]["text"])
+
+    def value(self, expression):
+        result = self.call("Runtime.evaluate", expression=expression, returnByValue=True,
+                           awaitPromise=True)
+        if "exceptionDetails" in result:
+            raise RuntimeError(expression + ": " + str(result["exceptionDetails"]))
+        return result["result"].get("value")
+
+    def press(self, key, code):
+        text = {"text": "\r"} if key == "Enter" else {}
+        for kind in ("keyDown", "keyUp"):
+            self.call("Input.dispatchKeyEvent", type=kind, key=key, code=key,
+                      windowsVirtualKeyCode=code, **(text if kind == "keyDown" else {}))
+
+    def look(self, width, height, scheme):
+        self.call("Emulation.setDeviceMetricsOverride", width=width, height=height,
+                  deviceScaleFactor=1, mobile=width < 600)
+        self.call("Emulation.setEmulatedMedia",
+                  features=[{"name": "prefers-color-scheme", "value": scheme}])
+
+    def shoot(self, name):
+        data = self.call("Page.captureScreenshot", format="png")["data"]
+        with open(os.path.join(self.directory, name + ".png"), "wb") as file:
+            file.write(base64.b64decode(data))
+
+    def close(self):
+        self.process.terminate()
+        self.process.wait()
+
+
+class Failed(Exception):
+    """Something is not as it should be."""
+
+
+def until(what, found):
+    """Waits until `found` is so, and returns what it found."""
+    deadline = time.monotonic() + LIMIT_S
+    while time.monotonic() < deadline:
+        result = found()
+        if result:
+            return result
+        time.sleep(0.02)
+    raise Failed(f"{what}: not within {LIMIT_S} s")
+
+
+def check(what, is_so):
+    if not is_so:
+        raise Failed(what)
+
+
+def color(browser, x, y):
+    """A pixel of the picture on the page, such as [255, 0, 0]; empty until there is one."""
+    return browser.value(f"""(() => {{
+        const image = document.getElementById('picture');
+        if (!image || !image.complete || image.naturalWidth !== 960) return [];
+        const canvas = document.createElement('canvas');
+        canvas.width = 960;
+        canvas.height = 540;
+        const context = canvas.getContext('2d');
+        context.drawImage(image, 0, 0);
+        return [...context.getImageData({x}, {y}, 1, 1).data].slice(0, 3);
+    }})()""")
+
+
+FOCUSABLE = "a[href], button, input, select, summary, [tabindex='0']"
+
+
+def reaches_all(browser):
+    """Steps through the page with Tab and returns what cannot be reached."""
+    browser.value(f"""
+        window.reached = new Set();
+        document.addEventListener('focusin', (event) => window.reached.add(event.target));
+        window.wanted = [...document.querySelectorAll("{FOCUSABLE}")].filter(
+            (one) => one.checkVisibility() && !one.disabled);
+        document.activeElement.blur();""")
+    for _ in range(browser.value("window.wanted.length") + 5):
+        browser.press("Tab", 9)
+    return browser.value("""window.wanted.filter((one) => !window.reached.has(one)).map(
+        (one) => one.outerHTML.slice(0, 80))""")
+
+
+def button(label):
+    return f"document.querySelector('button[aria-label=\"{label}\"]')"
+
+
+def answer(address, headers=None, data=None):
+    """Status of a request that no browser of ours made."""
+    request = urllib.request.Request(address, headers=headers or {}, data=data)
+    try:
+        return urllib.request.urlopen(request).status
+    except urllib.error.HTTPError as error:
+        return error.code
+
+
+def check_refusals(address, has_cable):
+    origin = address[:address.index("/", len("http://"))]
+    token = address.rstrip("/").rsplit("/", 1)[1]
+    check("our own request", answer(address) == 200)
+    forbidden = [
+        (origin + "/", {}, None),
+        (origin + "/state.json", {}, None),
+        (origin + "/" + "0" * len(token) + "/", {}, None),
+        (origin + "/" + "0" * len(token) + "/command", {}, b"unplug 0"),
+        (address, {"Host": "board.example"}, None),
+        (address + "command", {"Origin": "http://board.example"}, b"unplug 0"),
+        (address + "command", {"Origin": "null"}, b"unplug 0"),
+        (address + "command", {"Sec-Fetch-Site": "cross-site"}, b"unplug 0"),
+    ]
+    for request in forbidden:
+        check(f"refuses {request}", answer(*request) == 403)
+    check("commands are not for GET", answer(address + "command") == 405)
+    check("a command has an end", answer(address + "command", {}, b"x" * 9000) == 413)
+    check("none of them had an effect", has_cable())
+
+
+def work(browser, address, cvnsim):
+    def has_cable():
+        state = subprocess.run(cvnsim + " state", shell=True, capture_output=True, check=True,
+                               encoding="utf-8")
+        return "port 0: no cable" not in state.stdout
+
+    check_refusals(address, has_cable)
+    browser.look(1400, 1000, "light")
+    browser.call("Page.navigate", url=address)
+    until("the bars appear", lambda: color(browser, 660, 270) == [255, 0, 0])
+    until("the ports appear", lambda: browser.value("document.querySelectorAll('fieldset').length") == 7)
+    browser.shoot("live")
+
+    missed = reaches_all(browser)
+    check(f"the keyboard reaches {missed}", not missed)
+    browser.value(button("Unplug, HDMI 0") + ".focus()")
+    browser.press("Enter", 13)
+    until("the picture goes black", lambda: color(browser, 660, 270) == [0, 0, 0])
+    check("the cable is out", not has_cable())
+    until("the page says so", lambda: browser.value(button("Unplug, HDMI 0") + ".disabled"))
+    browser.shoot("unplugged")
+
+    subprocess.run(f"{cvnsim} lock 0 0 && {cvnsim} plug 0 1920x1080p60", shell=True, check=True)
+    until("the bars come back", lambda: color(browser, 660, 270) == [255, 0, 0])
+    browser.value("""(() => { const select = document.querySelector('select');
+        select.value = 'checkerboard'; select.dispatchEvent(new Event('change')); })()""")
+    until("another picture", lambda: color(browser, 45, 15) == [255, 255, 255])
+    browser.value("""document.getElementById('line').value = 'plug 9 nothing';
+        document.querySelector('#command button').click()""")
+    until("a wrong command is refused", lambda: browser.value(
+        "document.getElementById('answer').textContent") == "'9' is no port; allowed: 0 to 3")
+
+    for scheme, width in (("dark", 1400), ("light", 375), ("dark", 375)):
+        browser.look(width, 900, scheme)
+        check(f"{width} pixels are enough", browser.value(
+            "document.documentElement.scrollWidth <= window.innerWidth"))
+        browser.shoot(f"{scheme}-{width}")
+    check("colours follow the scheme", browser.value(
+        "getComputedStyle(document.body).backgroundColor") == "rgb(20, 23, 29)")
+    check(f"the console is silent, not {browser.errors}", not browser.errors)
+
+    # A page from elsewhere that knows the address.
+    browser.call("Page.navigate", url="data:text/html,elsewhere")
+    until("the other page", lambda: browser.value("document.body?.textContent") == "elsewhere")
+    browser.value(f"""fetch('{address}command', {{method: 'POST', mode: 'no-cors', body: 'unplug 0'}})
+        .then(() => 0, () => 0)""")
+    check("a page from elsewhere pulls no cable", has_cable())
+
+
+def main():
+    address, cvnsim, directory = sys.argv[1:]
+    browser = Browser(directory)
+    try:
+        work(browser, address, cvnsim)
+    except Failed as failure:
+        print(f"{failure}", file=sys.stderr)
+        browser.shoot("failed")
+        return 1
+    finally:
+        browser.close()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
