@@ -1,7 +1,7 @@
 #!/bin/bash
 # Opens the harness's console on the simulated board; installs and builds first what is missing.
 set -euo pipefail
-usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--help] [-- ARGUMENT...]'
+usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--panel] [--help] [-- ARGUMENT...]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/sim/board/options.sh"
@@ -15,17 +15,24 @@ $usage
   --fresh          throw the board's files away first
   --keep-on        leave the board on at the end, and take it as it is where it was left on;
                    without this every start is a power-on, and what cvnsim changed is gone
+  --panel          show what the board's panel shows on a page for this machine's browser, and
+                   print its address; installs what that needs
   -- ARGUMENT...   the rest goes to cvntester
 TEXT
 }
 
 OpenClosedDescriptors
 board=$here/board
+panel=0
 while (($#)); do
   case $1 in
     --help)
       Help
       exit 0
+      ;;
+    --panel)
+      panel=1
+      shift
       ;;
     --)
       shift
@@ -40,7 +47,10 @@ done
 CheckBoardOptions
 
 NeedPackages "${run_packages[@]}"
+((!panel)) || NeedPackages "${panel_packages[@]}"
 IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
+# A build from before the libraries were there has no panel.
+((!panel)) || [[ -x $here/build/release/bin/cvnpanel ]] || Configure release
 Build release simulated_board
 
 board_options=(--board "$board" --os "$os")
@@ -55,12 +65,21 @@ for argument; do
   esac
 done
 
+# The page lives as long as this process, which becomes the board's launcher. It has a session of its
+# own: Ctrl-C is for the harness.
+panel_line=
+((!panel)) || read -r panel_line < <(
+  setsid "$here/build/release/bin/cvnsim" --board "$board" panel --with $$ 2>&1 </dev/null
+) || true
+((!panel)) || [[ $panel_line == Panel:* ]] || Die 1 "no panel: ${panel_line:-it did not start}"
+
 # With arguments standard output is for what they ask for.
 (($#)) && banner=2 || banner=1
 cat >&"$banner" <<TEXT
 Board files: $board
 Reports:     $board/root/tmp/var/log
 USB stick:   $board/usb/stick
-TFTP server: $board/tftp
+TFTP server: $board/tftp${panel_line:+
+Panel:       ${panel_line#Panel: }}
 TEXT
 exec "$here/sim/board/board-run" "${board_options[@]}" --bin "$here/build/release" -- cvntester "$@"

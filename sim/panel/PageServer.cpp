@@ -215,6 +215,26 @@ class PageServer {
   MHD_Daemon* daemon_ = nullptr;
 };
 
+struct Options {
+  uint16_t port = 0;    // 0: any that is free
+  pid_t companion = 0;  // the server ends with that process; 0: it has none
+};
+
+Options ParseOptions(const sim::Words& words) {
+  Options options;
+  for (size_t i = 0; i < words.size(); i += 2) {
+    const bool hasValue = i + 1 < words.size();
+    if (words[i] == "--port" && hasValue)
+      options.port = static_cast<uint16_t>(sim::ParseNumber(words[i + 1], "port", 1, 65535));
+    else if (words[i] == "--with" && hasValue)
+      options.companion =
+          static_cast<pid_t>(sim::ParseNumber(words[i + 1], "process", 1, INT32_MAX));
+    else
+      sim::Refuse(sim::Join(words, i), "is no option of the panel", "--port N, --with PROCESS");
+  }
+  return options;
+}
+
 sigset_t EndingSignals() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -225,18 +245,16 @@ sigset_t EndingSignals() {
 }  // namespace
 
 void RunPage(const sim::Words& words, const cvnsim::BoardFiles& files) {
-  uint16_t port = 0;
-  if (words.size() == 2 && words[0] == "--port")
-    port = static_cast<uint16_t>(sim::ParseNumber(words[1], "port", 1, 65535));
-  else if (!words.empty())
-    sim::Refuse(sim::Join(words), "is no option of the panel", "--port N");
+  const Options options = ParseOptions(words);
   // Before the server's thread begins, which is not to take them.
   const sigset_t signals = EndingSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  const PageServer server(files, port);
+  const PageServer server(files, options.port);
   std::cout << "Panel: " << server.Address() << std::endl;
-  int signal = 0;
-  sigwait(&signals, &signal);
+  constexpr timespec kBetweenLooks = {0, 500'000'000};
+  while (sigtimedwait(&signals, nullptr, &kBetweenLooks) < 0) {
+    if (options.companion != 0 && kill(options.companion, 0) != 0 && errno == ESRCH) return;
+  }
 }
 
 }  // namespace panel

@@ -1,7 +1,7 @@
 // The panel beside a running board: its page in a browser, its camera, the player's pictures.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -24,10 +24,12 @@ class PanelTest : public BoardFixture {
 
   fs::path Directory() const { return Board().parent_path(); }
 
-  /// Starts the page's server, which lives until `EndPage`, and returns its address.
+  /// Starts the page's server, which lives until `EndPage` or this process ends, and returns its
+  /// address.
   std::string StartPage() {
     const std::string out = Quoted(Directory() / "page"), pid = Quoted(Directory() / "page-pid");
-    const std::string start = CvnsimLine() + " panel >" + out + " 2>&1 & echo $! >" + pid;
+    const std::string start = CvnsimLine() + " panel --with " + std::to_string(getpid()) + " >" +
+                              out + " 2>&1 & echo $! >" + pid;
     EXPECT_EQ(RunShell(start + "; until grep -q ^Panel: " + out + "; do sleep 0.02; done").status,
               0);
     const std::string line = FileText(Directory() / "page");
@@ -55,7 +57,7 @@ class PanelTest : public BoardFixture {
 TEST_F(PanelTest, PageIsWorkedInABrowser) {
   if (RunShell("chromium --version && /usr/bin/python3 -c 'import websocket'").status != 0)
     GTEST_SKIP() << "chromium or python3-websocket cannot be had here";
-  Pty& harness = Start({.scenario = kWithSignal});
+  Pty& harness = Start({.scenario = kWithSignal, .timeScale = 100});
   ASSERT_TRUE(harness.Expect("Please enter a choice : "));
   // Video tests, scaler, HDR10: it connects port 0 to the whole panel and leaves it so.
   for (const char* choice : {"3", "2", "29"}) harness.SendLine(choice);

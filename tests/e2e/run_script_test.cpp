@@ -52,4 +52,32 @@ TEST_F(RunScript, StartsNoBoardForTheProgramsOwnHelp) {
   EXPECT_FALSE(fs::exists(BoardDirectory()));
 }
 
+// With the page's address as the console shows it, and its status while the session lasts and
+// after.
+constexpr char kPanelSession[] = R"(
+  mkfifo in
+  "$run" --board own --panel <in >out 2>&1 & session=$!
+  exec 3>in
+  until address=$(grep -o 'http://127[^ ]*' out); do sleep 0.02; done
+  host=${address#http://} path=/${host#*/} host=${host%%/*}
+  answers() {
+    exec 4<>"/dev/tcp/127.0.0.1/${host#*:}" || return
+    printf 'GET %s HTTP/1.0\r\nHost: %s\r\n\r\n' "$path" "$host" >&4
+    head -1 <&4
+  }
+  answers
+  exec 3>&-
+  wait "$session" || true
+  until ! answers >/dev/null 2>&1; do sleep 0.02; done
+)";
+
+TEST_F(RunScript, PanelIsThereAsLongAsTheSession) {
+  if (!fs::exists(CVN_BUILD_DIRECTORY "/bin/cvnpanel")) GTEST_SKIP() << "this build has no panel";
+  const auto run = test::RunShell("cd " + test::Quoted(Board().parent_path()) +
+                                  " && run=" CVN_SOURCE_DIRECTORY "/run.sh bash -c " +
+                                  test::Quoted(kPanelSession));
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_TRUE(run.output.find(" 200 OK") != std::string::npos) << run.output;
+}
+
 }  // namespace

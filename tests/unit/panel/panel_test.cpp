@@ -1,15 +1,10 @@
 // Where pictures are on the panel, and what is seen where there is none.
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
-#include <chrono>
+#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <map>
 
 #include "BoardFixture.h"
 #include "PanelFixture.h"
+#include "Screen.h"
 #include "k2v/gal.h"
 #include "k2v/vbe.h"
 #include "k2v/vfe_vby1rx.h"
@@ -208,6 +203,30 @@ TEST_F(PanelView, SecondReceiverFeedsTheSameInput) {
   K2V_RHAL_VSC_Open(0);
   K2V_RHAL_VSC_Connect(0, {K2V_VSC_INPUTSRC_HDMI, 0, 0});
   EXPECT_EQ(Seen(900, 270), kWhite);
+}
+
+TEST(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
+  std::string directory = (std::filesystem::temp_directory_path() / "panel-XXXXXX").string();
+  ASSERT_NE(mkdtemp(directory.data()), nullptr);
+  setenv("CVNSIM_STATE", (directory + "/state").c_str(), 1);
+  sim::PowerOn();
+  panel::Panel panel;
+  const auto middle = [&panel] {
+    const panel::Picture view = panel::Converted(panel.Look(), AV_PIX_FMT_RGB24);
+    const uint8_t* pixel = view->data[0] + std::ptrdiff_t{270} * view->linesize[0] + 3 * 480;
+    return Rgb{pixel[0], pixel[1], pixel[2]};
+  };
+  const panel::Picture green =
+      panel::Converted(*panel::Generate("color=0x00ff00:s=64x36,format=gbrp"), AV_PIX_FMT_YUV420P);
+  EXPECT_EQ(middle(), kBlack);
+  {
+    player::Screen screen;
+    EXPECT_EQ(middle(), kBlack) << "nothing is decoded yet";
+    screen.Show(*green, 1);
+    EXPECT_TRUE(IsNear(middle(), kGreen, 3));
+  }
+  EXPECT_EQ(middle(), kBlack);
+  std::filesystem::remove_all(directory);
 }
 
 TEST(PictureCommand, RefusesWhatIsNoPicture) {
