@@ -266,5 +266,7 @@ while (($#)); do
 done
 
 NeedPackages "${run_packages[@]}" "${test_packages[@]}"
+# Not every machine can have a browser. The tests that want one then say so.
+(NeedPackages "${browser_packages[@]}") || echo 'No browser: the pages are not tested' >&2
 cd "$here"
 "$task"

@@ -4,13 +4,13 @@
 source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
 
 # Debian packages: what building and running the simulated board needs, what its panel needs beside
-# that, the tests, and what reads the sources.
+# that, the tests, those of them that work a page in a browser, and what reads the sources.
 run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static
   ffmpeg libavformat-dev libavcodec-dev libswresample-dev)
 panel_packages=(libavfilter-dev libswscale-dev libmicrohttpd-dev fonts-dejavu-core)
-test_packages=("${panel_packages[@]}" chromium python3-websocket clang libclang-rt-14-dev
-  clang-format libgtest-dev libbenchmark-dev shellcheck edid-decode openssl valgrind jq libxml2-utils
-  perl python3)
+test_packages=("${panel_packages[@]}" clang libclang-rt-14-dev clang-format libgtest-dev
+  libbenchmark-dev shellcheck edid-decode openssl valgrind jq libxml2-utils perl python3)
+browser_packages=(chromium python3-websocket)
 analysis_packages=(clang-tidy cppcheck)
 
 # Die STATUS MESSAGE: one line on standard error, then the end.

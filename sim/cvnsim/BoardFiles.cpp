@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 #include "core/SharedBoard.h"
+#include "core/Trace.h"
 
 namespace cvnsim {
 namespace {
@@ -59,6 +60,7 @@ void Attach(const BoardFiles& files) {
                              "; start one, or name its directory with --board DIR");
   }
   sim::Attach(files.state);
+  sim::NoteInTraceOf(files.trace);
 }
 
 // The launcher of a session keeps the board's file locked.

@@ -132,7 +132,7 @@ std::string LiveBoard::Find() {
   if (stat(files_.state.c_str(), &status) != 0) return "No board was started here yet.";
   if (status.st_dev == device_ && status.st_ino == inode_) return "";
   try {
-    sim::Attach(files_.state);
+    cvnsim::Attach(files_);
   } catch (const std::runtime_error&) {
     return "The board starts.";
   }

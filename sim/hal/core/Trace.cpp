@@ -36,6 +36,11 @@ void OpenTraceFile() {
   if (traceFd < 0) throw std::runtime_error(std::string(path) + ": " + std::strerror(errno));
 }
 
+void NoteInTraceOf(const std::string& path) {
+  if (traceFd >= 0) close(traceFd);
+  traceFd = open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK);
+}
+
 void Note(const std::string& line) {
   if (traceFd < 0) {
     Keep(line);

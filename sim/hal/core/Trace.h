@@ -10,6 +10,10 @@ namespace sim {
 /// memory only. Throws std::runtime_error when the file cannot be opened.
 void OpenTraceFile();
 
+/// Appends to another process's file from now on, where there is one: who looks at a board lets the
+/// events happen that are due, and what becomes of them belongs there.
+void NoteInTraceOf(const std::string& path);
+
 /// Notes one line (without newline) in the file, with one write(2) so that processes can share it;
 /// without a file in this process's memory. The caller holds the board.
 void Note(const std::string& line);

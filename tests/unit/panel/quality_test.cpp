@@ -178,6 +178,17 @@ TEST_F(Quality, SharpnessIsSeenAtEdges) {
   EXPECT_EQ(besideEdge(), neutral);
 }
 
+TEST_F(Quality, NoiseOfTheSourceIsSeenAndMoves) {
+  Connect();
+  Do("noise 128");
+  const auto look = [this] { return panel::ToPng(panel_.Look(*sim::BoardLock(), 1000)); };
+  const auto noisy = look();
+  EXPECT_NE(noisy, look());
+  Do("noise 0");
+  EXPECT_EQ(look(), look());
+  EXPECT_EQ(Bar(kRedBar), kRed);
+}
+
 TEST_F(Quality, BypassAndDemonstrationLeaveThePictureAsItCame) {
   Connect();
   K2V_RHAL_VPQ_SetSaturation(0);

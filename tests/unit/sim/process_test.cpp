@@ -99,6 +99,17 @@ TEST_F(Processes, TakeTurnsInCallsAndTrace) {
                                                {"K2V_RHAL_VFE_HDMI_Initialize() = 0", 1},
                                                {"K2V_RHAL_VFE_HDMI_Initialize() = -4", 3999}};
   EXPECT_EQ(counts, expected);
+  // The end of a long trace, whole lines only.
+  EXPECT_EQ(Run(CVNSIM " trace 9000 | sort | uniq -c | wc -l").output, "3\n");
+  EXPECT_EQ(Run(CVNSIM " trace 9000 | wc -l").output, "9000\n");
+  EXPECT_EQ(Run(CVNSIM " trace 20000 | wc -l").output, "10000\n");
+}
+
+TEST_F(Processes, WhoLooksAtTheBoardNotesWhatBecomesOfEvents) {
+  Client("h-init");
+  EXPECT_EQ(Cvnsim("after 0 s signal 3 on").status, 0);
+  EXPECT_EQ(Cvnsim("state").status, 0);
+  EXPECT_EQ(TraceLines().back().rfind("# signal 3 on: ", 0), 0U) << TraceLines().back();
 }
 
 // The trace is a full pipe, so that the client stands still inside of a call, holding the board.
