@@ -23,6 +23,8 @@ constexpr std::chrono::milliseconds kBetweenPictures{40};  // more are not looke
 Screen::Screen() : path_(sim::ScreenPath()) {
   if (path_.empty()) return;
   playing_ = open(sim::PlayingPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+  std::error_code ignored;
+  std::filesystem::remove(path_, ignored);  // of the playing before
   if (playing_ >= 0) flock(playing_, LOCK_EX | LOCK_NB);
 }
 

@@ -58,6 +58,7 @@ constexpr char kPanelSession[] = R"(
   mkfifo in
   "$run" --board own --panel <in >out 2>&1 & session=$!
   exec 3>in
+  trap '' PIPE  # the server may go between two of our lines
   until address=$(grep -o 'http://127[^ ]*' out); do sleep 0.02; done
   host=${address#http://} path=/${host#*/} host=${host%%/*}
   answers() {

@@ -29,6 +29,9 @@ constexpr Rgb kBlack = {0, 0, 0};
 // 10-bit limited range: luma 64 to 940, chroma 512 +- 448.
 constexpr double kLumaOffset = 64, kLumaRange = 876, kChromaOffset = 512, kChromaRange = 896;
 
+constexpr uint32_t kGreys = 256;  // of the ramp
+constexpr uint32_t kSquaresAcross = 32, kSquaresDown = 18;
+
 K2V_VIDEO_PIXEL_T ToPixel(const Rgb& rgb, const Matrix& matrix) {
   const double luma =
       matrix.red * rgb[0] + (1 - matrix.red - matrix.blue) * rgb[1] + matrix.blue * rgb[2];
@@ -39,6 +42,13 @@ K2V_VIDEO_PIXEL_T ToPixel(const Rgb& rgb, const Matrix& matrix) {
   return {chroma(rgb[2], matrix.blue),
           static_cast<uint16_t>(std::lround(kLumaOffset + kLumaRange * luma)),
           chroma(rgb[0], matrix.red)};
+}
+
+K2V_VIDEO_PIXEL_T Grey(uint32_t level) {
+  const double luma = level / (kGreys - 1.0);
+  return {static_cast<uint16_t>(kChromaOffset),
+          static_cast<uint16_t>(std::lround(kLumaOffset + kLumaRange * luma)),
+          static_cast<uint16_t>(kChromaOffset)};
 }
 
 Rgb ToRgb(const K2V_VIDEO_PIXEL_T& pixel, const Matrix& matrix) {
@@ -111,7 +121,26 @@ Frame::Frame(const Window& window, const Picture& picture) : window_(window), pi
 K2V_VIDEO_PIXEL_T Frame::At(uint32_t x, uint32_t y) const {
   const K2V_VIDEO_RECT_T& written = window_.written;
   if (Contains(written, x, y)) return window_.pixels[(y - written.y) * written.w + x - written.x];
-  return bars_[x * bars_.size() / picture_.width];
+  return SentAt(x, y);
+}
+
+K2V_VIDEO_PIXEL_T Frame::SentAt(uint32_t x, uint32_t y) const {
+  const K2V_VIDEO_PIXEL_T& white = bars_.front();
+  const K2V_VIDEO_PIXEL_T& black = bars_.back();
+  switch (picture_.sent.picture) {
+    case TestPicture::kWhite:
+      return white;
+    case TestPicture::kBlack:
+      return black;
+    case TestPicture::kCheckerboard:
+      return (x * kSquaresAcross / picture_.width + y * kSquaresDown / picture_.height) % 2 == 0
+                 ? black
+                 : white;
+    case TestPicture::kRamp:
+      return Grey(x * kGreys / picture_.width);
+    default:
+      return bars_[x * bars_.size() / picture_.width];
+  }
 }
 
 Rgb Frame::RgbAt(uint32_t x, uint32_t y) const {

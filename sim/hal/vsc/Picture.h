@@ -7,8 +7,9 @@
 
 namespace sim {
 
-/// The frame buffer of a window: eight vertical bars of 100 % colour over the whole width, with
-/// the pixels that were written over them.
+/// The frame buffer of a window: eight vertical bars of 100 % colour over the whole width, or one
+/// of the plain pictures that a source can send, with the pixels that were written over them. Where
+/// the source sends more than that, the frame buffer still has the bars.
 class Frame {
  public:
   Frame(const Window& window, const Picture& picture);
@@ -20,6 +21,8 @@ class Frame {
   std::array<uint8_t, 3> RgbAt(uint32_t x, uint32_t y) const;
 
  private:
+  K2V_VIDEO_PIXEL_T SentAt(uint32_t x, uint32_t y) const;
+
   const Window& window_;
   Picture picture_;
   std::array<K2V_VIDEO_PIXEL_T, 8> bars_;
