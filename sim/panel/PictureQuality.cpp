@@ -137,7 +137,7 @@ std::string Paler(double share) {
                  share, share, own, share, share, share, own);
 }
 
-/// Regions of hue, a quarter of them each; 128 leaves a colour as it is.
+/// The first six regions are the primary colours and those between; 128 leaves one as it is.
 std::string Regions(const CHIP_COLOR_CONTROL_T& control) {
   static constexpr const char* kColors[] = {"r", "g", "b", "c", "m", "y"};
   std::string chain;

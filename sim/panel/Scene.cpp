@@ -14,7 +14,6 @@ namespace {
 constexpr int kPanelPerView = sim::kPanel.w / kViewWidth;
 constexpr int kShift = 4;  // of the picture against burn-in, in pixels of the view
 constexpr sim::Color kBlack = {0, 0, 0};
-constexpr sim::Color kBlankColors[] = {{0, 0, 0}, {0, 0, 255}, {128, 128, 128}};
 
 constexpr K2V_VSC_INPUT_TYPE kPlayback = 5;  // as the menus count it; it is the decoder, too
 constexpr sim::Picture kPlayersPicture = {1920, 1080,  K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR,
@@ -143,7 +142,10 @@ void AddWindow(Builder& builder, const sim::Board& board, unsigned wid, bool isP
   if (sim::IsEmpty(rect)) return;
   const Place place = InView(rect);
   const sim::Picture picture = plays ? kPlayersPicture : sim::ShownPicture(board, window);
-  if (window.blank) return builder.AddPlain(kBlankColors[window.blankColor], place);
+  if (window.blank) {
+    const auto [red, green, blue] = sim::BlankColor(window);
+    return builder.AddPlain({red, green, blue}, place);
+  }
   if (picture.width == 0 || picture.muted) return builder.AddPlain(kBlack, place);
   std::string name = plays ? builder.Add(PlayedInput{}) : builder.Add(SentInput{picture});
   if (!plays) AddWritten(builder, name, window, wid, picture);

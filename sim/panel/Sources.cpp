@@ -14,6 +14,7 @@
 #include "Image.h"
 #include "media/Screen.h"
 #include "vfe/TestPicture.h"
+#include "vsc/Picture.h"
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -22,17 +23,9 @@ extern "C" {
 namespace panel {
 namespace {
 
-// Drawn as small as they can be and enlarged, by TestPicture. The ground of the box is one, too.
-constexpr const char* kDrawn[] = {
-    "color=black:s=8x8,format=gbrp,geq=r='255*not(bitand(X,2))':g='255*lt(X,4)'"
-    ":b='255*not(bitand(X,1))'",
-    "color=black:s=256x8,format=gbrp,geq=r=X:g=X:b=X",
-    nullptr,
-    "color=black:s=32x18,format=gbrp,geq=r='255*mod(X+Y,2)':g='255*mod(X+Y,2)':b='255*mod(X+Y,2)'",
-    "color=0x101010:s=8x8,format=gbrp",
-    "color=black:s=8x8,format=gbrp",
-    "color=white:s=8x8,format=gbrp",
-};
+/// The plain pictures of the frame buffer are taken as small as they can be and enlarged; by
+/// TestPicture.
+constexpr Size kSmallest[] = {{8, 8}, {256, 8}, {}, {32, 18}, {}, {8, 8}, {8, 8}};
 
 // Crosses the picture in four seconds and climbs through it in seven.
 constexpr char kBoxFilter[] =
@@ -44,13 +37,45 @@ std::string SizeText(Size size) {
   return Printed("%dx%d", size.width, size.height);
 }
 
-Picture Drawn(sim::TestPicture picture, Size size) {
-  const auto index = static_cast<size_t>(picture);
-  if (picture == sim::TestPicture::kSmpte) {
+Picture NewRgb(Size size) {
+  Picture picture(av_frame_alloc());
+  picture->width = size.width;
+  picture->height = size.height;
+  picture->format = AV_PIX_FMT_GBRP;
+  Check("picture", av_frame_get_buffer(picture.get(), 0));
+  return picture;
+}
+
+/// A plain picture as the board's frame buffer has it.
+Picture Plain(sim::TestPicture kind, Size size) {
+  static const sim::Window kNothingWritten = {};
+  sim::Picture sent = {};
+  sent.width = static_cast<uint16_t>(size.width);
+  sent.height = static_cast<uint16_t>(size.height);
+  sent.sent.picture = kind;
+  const sim::Frame frame(kNothingWritten, sent);
+  Picture picture = NewRgb(size);
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      const auto [red, green, blue] =
+          frame.RgbAt(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
+      const uint8_t samples[] = {green, blue, red};  // the order of the planes
+      for (size_t plane = 0; plane < std::size(samples); ++plane)
+        picture->data[plane][y * picture->linesize[plane] + x] = samples[plane];
+    }
+  }
+  return picture;
+}
+
+Picture Drawn(sim::TestPicture kind, Size size) {
+  if (kind == sim::TestPicture::kBox)
+    return Generate("color=0x101010:s=" + SizeText(size) + ",format=gbrp");
+  if (kind == sim::TestPicture::kSmpte) {
     return Generate("smptehdbars=s=" + SizeText(size) +
                     ",scale=in_color_matrix=bt709:in_range=limited,format=gbrp");
   }
-  return Generate(kDrawn[index] + Printed(",scale=%d:%d:flags=neighbor", size.width, size.height));
+  return Filtered(*Plain(kind, kSmallest[static_cast<size_t>(kind)]),
+                  Printed("scale=%d:%d:flags=neighbor", size.width, size.height));
 }
 
 /// The whole image, with black beside it where its shape is another.

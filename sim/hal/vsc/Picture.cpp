@@ -22,8 +22,6 @@ constexpr Matrix kMatrices[] = {{0.299, 0.114}, {0.2126, 0.0722}, {0.2627, 0.059
 constexpr Rgb kBarColors[] = {{1, 1, 1}, {1, 1, 0}, {0, 1, 1}, {0, 1, 0},
                               {1, 0, 1}, {1, 0, 0}, {0, 0, 1}, {0, 0, 0}};
 
-// By K2V_VIDEO_DDI_WIN_COLOR_*.
-constexpr Rgb kBlankColors[] = {{0, 0, 0}, {0, 0, 255}, {128, 128, 128}};
 constexpr Rgb kBlack = {0, 0, 0};
 
 // 10-bit limited range: luma 64 to 940, chroma 512 +- 448.
@@ -76,7 +74,7 @@ class Layer {
   Layer(const Window& window, const Picture& picture, bool blank, const K2V_VIDEO_RECT_T& output)
       : output_(output),
         input_(InputOf(window, picture)),
-        plain_(blank ? kBlankColors[window.blankColor] : kBlack),
+        plain_(blank ? BlankColor(window) : kBlack),
         isPlain_(blank || picture.width == 0),
         frame_(window, picture) {}
 
@@ -145,6 +143,12 @@ K2V_VIDEO_PIXEL_T Frame::SentAt(uint32_t x, uint32_t y) const {
 
 Rgb Frame::RgbAt(uint32_t x, uint32_t y) const {
   return ToRgb(At(x, y), kMatrices[picture_.colorStandard]);
+}
+
+std::array<uint8_t, 3> BlankColor(const Window& window) {
+  // By K2V_VIDEO_DDI_WIN_COLOR_*.
+  static constexpr Rgb kColors[] = {{0, 0, 0}, {0, 0, 255}, {128, 128, 128}};
+  return kColors[window.blankColor];
 }
 
 Picture LivePicture(const Board& board, const Window& window) {

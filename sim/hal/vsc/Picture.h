@@ -28,6 +28,9 @@ class Frame {
   std::array<K2V_VIDEO_PIXEL_T, 8> bars_;
 };
 
+/// R, G, B of a window while it is blanked.
+std::array<uint8_t, 3> BlankColor(const Window& window);
+
 /// The picture that a window takes in, before any freezing; none: width 0.
 Picture LivePicture(const Board& board, const Window& window);
 
