@@ -46,6 +46,7 @@ void StayOnOneCore() {
 Cost Run(std::vector<std::string> words, bool onOneCore) {
   words.insert(words.begin(), CVNSIM);
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   const Clock::time_point start = Clock::now();
@@ -93,6 +94,7 @@ void SetManySettings() {
 
 void MeasureCamera(const std::string& file) {
   std::vector<double> wall;
+  wall.reserve(kRuns);
   for (int i = 0; i < kRuns; ++i) wall.push_back(Run({"camera", file}, false).wallMs);
   std::ranges::sort(wall);
   std::printf("cvnsim camera FILE.png, %d runs: median %.0f ms, fastest %.0f ms, slowest %.0f ms\n",

@@ -31,7 +31,7 @@ BoardFiles DefaultFiles() {
   return {Environment("CVNSIM_STATE", ""), Environment("CVNSIM_TRACE", "")};
 }
 
-constexpr std::streamoff kTailBytes = 64 * 1024;
+constexpr std::streamoff kTailBytes = std::streamoff{64} * 1024;
 
 /// The lines that begin after `start`, or at the file's beginning.
 std::vector<std::string> LinesOfTail(std::ifstream& file, std::streamoff start) {

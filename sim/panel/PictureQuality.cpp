@@ -97,7 +97,8 @@ std::string Points(const Element (&table)[count], size_t used, double full) {
   if (used < 2 || std::all_of(table, table + used, [](Element e) { return e == 0; })) return "";
   std::string points;
   for (size_t i = 0; i <= kSteps; ++i) {
-    const double level = table[i * (used - 1) / kSteps] / full;
+    const size_t index = i * (used - 1) / kSteps;
+    const double level = table[index] / full;
     points += Printed("%s%.4f/%.4f", i == 0 ? "" : " ", static_cast<double>(i) / kSteps,
                       std::min(level, 1.0));
   }

@@ -44,7 +44,7 @@ std::string CropFilter(const K2V_VIDEO_RECT_T& part, const sim::Picture& whole) 
 
 /// Half of the window goes without the picture quality while a demonstration is on.
 std::string PictureFilters(const sim::Vpq& vpq) {
-  const std::string filters = QualityFilters(vpq, Stage::kPicture);
+  std::string filters = QualityFilters(vpq, Stage::kPicture);
   const Demo demo = DemoOf(vpq);
   if (filters.empty() || !demo.on) return filters;
   const char* const bareEdge = demo.rightSide ? "0" : "iw/2";

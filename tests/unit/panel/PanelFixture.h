@@ -16,6 +16,13 @@
 
 using Rgb = std::array<int, 3>;
 
+/// A pixel of a picture with three bytes each.
+inline Rgb PixelOf(const AVFrame& picture, int x, int y) {
+  const uint8_t* pixel =
+      picture.data[0] + std::ptrdiff_t{y} * picture.linesize[0] + std::ptrdiff_t{3} * x;
+  return {pixel[0], pixel[1], pixel[2]};
+}
+
 class PanelFixture : public testing::Test {
  protected:
   PanelFixture() {
@@ -49,10 +56,7 @@ class PanelFixture : public testing::Test {
   }
 
   /// The same of the picture that was looked at last.
-  Rgb InView(int x, int y) const {
-    const uint8_t* pixel = view_->data[0] + std::ptrdiff_t{y} * view_->linesize[0] + 3 * x;
-    return {pixel[0], pixel[1], pixel[2]};
-  }
+  Rgb InView(int x, int y) const { return PixelOf(*view_, x, y); }
 
   /// The middle of one of the eight bars.
   Rgb Bar(int bar) { return Seen(60 + 120 * bar, 270); }

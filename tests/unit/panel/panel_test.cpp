@@ -216,9 +216,7 @@ TEST(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
   sim::PowerOn();
   panel::Panel panel;
   const auto middle = [&panel] {
-    const panel::Picture view = panel::Converted(panel.Look(), AV_PIX_FMT_RGB24);
-    const uint8_t* pixel = view->data[0] + std::ptrdiff_t{270} * view->linesize[0] + 3 * 480;
-    return Rgb{pixel[0], pixel[1], pixel[2]};
+    return PixelOf(*panel::Converted(panel.Look(), AV_PIX_FMT_RGB24), 480, 270);
   };
   const panel::Picture green =
       panel::Converted(*panel::Generate("color=0x00ff00:s=64x36,format=gbrp"), AV_PIX_FMT_YUV420P);
@@ -272,9 +270,7 @@ class Camera : public testing::Test {
                           " && export CVNSIM_STATE=$PWD/state CVNSIM_TRACE=$PWD/trace; " + command);
   }
   Rgb Pixel(const std::string& file, int x, int y) const {
-    const panel::Picture picture = panel::FromFile(directory_ / file);
-    const uint8_t* pixel = picture->data[0] + std::ptrdiff_t{y} * picture->linesize[0] + 3 * x;
-    return {pixel[0], pixel[1], pixel[2]};
+    return PixelOf(*panel::FromFile(directory_ / file), x, y);
   }
 
   std::filesystem::path directory_;
