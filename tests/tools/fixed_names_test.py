@@ -8,7 +8,7 @@ TESTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..')
 # board is wrapped in OnBoard().
 MAKES_FIXED = re.compile(r'\b(?:ofstream|fopen|open|creat|mkdir|mkdtemp|mkstemp|rename|symlink|remove_all|WriteFile|'
                          r'create_director(?:y|ies)|copy_file|copy)\b[^;\n]*\(?"/(?:tmp|var/tmp|dev/shm)/(?!cross_module)')
-NAMED_BY_PROCESS = re.compile(r'"[^"]*" \+ std::to_string\(getpid\(\)\)')
+NAMED_BY_PROCESS = re.compile(r'"[^" ]*" \+ std::to_string\(getpid\(\)\)')
 ALLOWED = ('OnBoard(', 'Put(')
 
 
