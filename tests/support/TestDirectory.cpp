@@ -5,6 +5,7 @@
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -28,6 +29,7 @@ class TestDirectories : public testing::EmptyTestEventListener {
       std::perror(directory_.c_str());
       std::exit(1);
     }
+    chmod(directory_.c_str(), 0755);  // some tests are other users, too
     setenv(kVariable, directory_.c_str(), 1);
   }
 
