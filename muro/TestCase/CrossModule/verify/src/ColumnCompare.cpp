@@ -116,7 +116,7 @@ bool ColumnComparison::CompareRows(std::string_view goldenRow, std::string_view 
     if (rules_.comparesWholeRates) {
       for (RowItems* items : {&pair.golden, &pair.sample}) {
         int32_t& rate = (*items)[rules_.rateItem];
-        rate = static_cast<int32_t>((int64_t{rate} + rules_.rateRounding) / 1000);
+        rate = WholeRate(rate, rules_.rateRounding);
       }
     }
   }
@@ -155,7 +155,7 @@ void ColumnComparison::NoteRow(Side& side, const RowItems& items, std::size_t it
 void ColumnComparison::LearnRate(const RowItems& golden) {
   const int32_t rate = golden[rules_.rateItem];
   if (rules_.rateFromFrameZero ? golden[0] != 0 || rate == 0 : rateIsKnown_) return;
-  const auto framesPerSecond = static_cast<int32_t>((int64_t{rate} + rules_.rateRounding) / 1000);
+  const int32_t framesPerSecond = WholeRate(rate, rules_.rateRounding);
   if (!rules_.rateFromFrameZero && framesPerSecond <= 0) return;
   const int64_t errorCount = int64_t{framesPerSecond} * setting_.errTolerance_sec;
   const int64_t syncCount = int64_t{framesPerSecond} * setting_.syncTolerance_sec;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "../../stages/src/VerifyResult.h"
+#include "ComparisonRules.h"
 #include "RowReader.h"
 #include "StageFiles.h"
 
@@ -20,8 +21,8 @@ inline constexpr RowFormat kScalerFormat = FormatOf(kScalerColumns);
 struct _SCALER_INFO_COMPARE_SETTING {
   std::string fileNameIn1;  // golden
   std::string fileNameIn2;  // sample
-  int32_t errTolerance_sec = 2;
-  int32_t syncTolerance_sec = 2;
+  int32_t errTolerance_sec = kSettlingSeconds;
+  int32_t syncTolerance_sec = kSettlingSeconds;
 };
 struct _VOUT_INFO_COMPARE_SETTING : _SCALER_INFO_COMPARE_SETTING {
   std::array<uint8_t, kVoFormat.itemCount> maskItem{};  // 1: not compared

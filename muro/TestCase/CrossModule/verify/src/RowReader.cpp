@@ -389,7 +389,8 @@ SameRow SameButSecondField(std::string_view golden, std::string_view sampleAhead
   const char* const fieldEnd = SkipDecimals(field, golden.data() + golden.size() - 1);
   if (fieldEnd == field || !separates(*fieldEnd)) return {};
   return {LengthOfSame(golden, sampleAhead, field, fieldEnd, 10),
-          golden.substr(static_cast<std::size_t>(fieldEnd - golden.data()))};
+          golden.substr(static_cast<std::size_t>(fieldEnd - golden.data())),
+          static_cast<std::size_t>(field - golden.data())};
 }
 
 std::size_t ReadItems(std::string_view row, const RowFormat& format, RowItems& items) {
@@ -433,5 +434,6 @@ SameRow SameItems::Find(std::string_view golden, std::string_view sampleAhead) {
     if (end != begin + golden.size()) return {};
     knownRest_ = rest;
   }
-  return {length, golden.substr(0, static_cast<std::size_t>(frameEnd - begin))};
+  return {length, golden.substr(0, static_cast<std::size_t>(frameEnd - begin)),
+          static_cast<std::size_t>(counter - begin)};
 }

@@ -97,8 +97,9 @@ inline bool IsPlain(std::string_view text, std::size_t count) {
 
 /// A row of the sample that is found to be the same as golden's.
 struct SameRow {
-  std::size_t length = 0;  // of the sample's row with its line end; 0: it is another one
-  std::string_view text;   // a part of golden's row, see below
+  std::size_t length = 0;   // of the sample's row with its line end; 0: it is another one
+  std::string_view text;    // a part of golden's row, see below
+  std::size_t counter = 0;  // where the 90k counter begins, in both rows
 };
 
 /// Looks whether the sample goes on with the same row but for the digits of the second field, which

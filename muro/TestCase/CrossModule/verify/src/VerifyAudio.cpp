@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "ComparisonRules.h"
 #include "FrameLog.h"
 #include "StageFiles.h"
 #include "Verifiers.h"
@@ -11,7 +12,6 @@ namespace {
 
 constexpr std::size_t kChecksum = ColumnOf(kAudioColumns, Unit::kChecksum);
 
-constexpr int32_t kSkippedTicks = 90000;  // the first second
 // Rows that may be skipped, and rows that must be left, for a dump to count as evidence.
 constexpr int32_t kEnoughSkipped = 10;
 constexpr int32_t kEnoughChecked = 1000;
@@ -57,7 +57,7 @@ struct Side {
 
 void SkipFirstSecond(Side& side, const char* message) {
   std::puts(message);
-  while (side.Skip() && side.row.pts < kSkippedTicks) {
+  while (side.Skip() && side.row.pts < kAudioSkippedTicks) {
   }
   side.selected = 0;
 }

@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "../../stages/src/CrossModuleLog.h"
+#include "ComparisonRules.h"
 #include "LockStep.h"
 #include "Verifiers.h"
 
@@ -20,15 +21,13 @@ enum Listed : std::size_t { kListedFrameNumber, kListedRate, kListedPts };
 
 constexpr std::size_t kFieldCount = std::tuple_size_v<decltype(MURO_DVO_FIELDS::field)>;
 
-constexpr int32_t kFirstCheckedFrame = 120;
-
 int32_t FrameNumber(const MURO_DVO_FIELDS& row) {
   return ToNumber(row.field[kFrameNumber]);
 }
 
 /// Frames of the first two seconds, which may be shown in any way.
 bool IsStartUp(const MURO_DVO_FIELDS& row) {
-  return FrameNumber(row) < ToNumber(row.field[kRate]) / 500;
+  return FrameNumber(row) < StartUpFrames(ToNumber(row.field[kRate]));
 }
 
 bool IsEndOfStream(const MURO_DVO_FIELDS& row) {
@@ -51,7 +50,7 @@ class DvoWalk : public LockStepWalk {
     const std::string_view row = golden_.row;
     if (!inStep_ || row.back() != '\n' || !sample_.file.Ahead().starts_with(row)) return 0;
     const int32_t frame = ToNumber(row);
-    if (frame < kFirstCheckedFrame) return 0;
+    if (frame < kDvoFirstCheckedFrame) return 0;
     if (row.find('-') != std::string_view::npos || CountFields(row) < kFieldCount) return 0;
     lastGolden_ = lastSample_ = frame;
     return row.size();
@@ -60,7 +59,7 @@ class DvoWalk : public LockStepWalk {
   bool IsSelected(std::string_view row, int32_t) const override {
     MURO_DVO_FIELDS fields;
     parseFields(fields, row);
-    return !IsEndOfStream(fields) && FrameNumber(fields) >= kFirstCheckedFrame &&
+    return !IsEndOfStream(fields) && FrameNumber(fields) >= kDvoFirstCheckedFrame &&
            !IsStartUp(fields);
   }
 
@@ -74,7 +73,7 @@ class DvoWalk : public LockStepWalk {
     if (sampleEnds) return goldenEnds ? ReadMode::kEnd : UnlessGoldenIsBroken(ReadMode::kEnd);
     if (goldenEnds) return UnlessSampleIsBroken(ReadMode::kGoldenOnly);
     const int32_t golden = FrameNumber(goldenFields_);
-    if (golden < kFirstCheckedFrame) return UnlessGoldenIsBroken(ReadMode::kGoldenOnly);
+    if (golden < kDvoFirstCheckedFrame) return UnlessGoldenIsBroken(ReadMode::kGoldenOnly);
     const int32_t sample = FrameNumber(sampleFields_);
     if (!inStep_ && !FindStart(golden, sample)) return UnlessSampleIsBroken(ReadMode::kSampleOnly);
     if (golden < sample) return SampleIsAhead(golden, sample);

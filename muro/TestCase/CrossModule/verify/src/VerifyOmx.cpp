@@ -3,6 +3,7 @@
 #include <iterator>
 #include <tuple>
 
+#include "ComparisonRules.h"
 #include "LockStep.h"
 #include "Verifiers.h"
 
@@ -25,12 +26,6 @@ struct Input {
   static constexpr std::size_t kPts = ColumnNamed(kOmxInputColumns, "pts.L");
 };
 
-// Rows at the start that are only counted.
-constexpr int32_t kOutputWarmUpRows = 120;
-constexpr int32_t kInputWarmUpRows = 10;
-
-constexpr int64_t kRateTolerance = 6000;  // thousandths of a frame per second
-
 int32_t FrameNumber(const OMX_MURO_FIELDS& row) {
   return ToNumber(row.field[Output::kFrameNumber]);
 }
@@ -38,12 +33,11 @@ int32_t FrameNumber(const MURO_OMX_INPUT_FIELDS& row) {
   return ToNumber(row.field[Input::kFrameNumber]);
 }
 
-/// Frames of the first two seconds, which the decoder may show in any way.
-int32_t StartUpFrames(const OMX_MURO_FIELDS& row) {
-  return ToNumber(row.field[Output::kRate]) / 500;
+int32_t StartUpFramesOf(const OMX_MURO_FIELDS& row) {
+  return StartUpFrames(ToNumber(row.field[Output::kRate]));
 }
 bool IsStartUp(const OMX_MURO_FIELDS& row) {
-  return FrameNumber(row) < StartUpFrames(row);
+  return FrameNumber(row) < StartUpFramesOf(row);
 }
 /// The input of the decoder has no frame rate.
 bool IsStartUp(const MURO_OMX_INPUT_FIELDS&) {
@@ -79,7 +73,7 @@ class StartUpRows {
     parseFields(fields, row);
     const char* const pts = fields.field.back().data();
     known_ = pts == nullptr ? "" : std::string(behindCounter.data(), pts);
-    frames_ = StartUpFrames(fields);
+    frames_ = StartUpFramesOf(fields);
     digits_ = std::to_string(frames_).size();
   }
 
@@ -118,7 +112,7 @@ uint32_t CompareRate(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
   const int32_t sampleRate = ToNumber(sample.field[Output::kRate]);
   log << "[muro] warning frame_no:" << FrameNumber(golden) << " golden_fps:" << goldenRate
       << ", sample_fps:" << sampleRate << " \n";
-  if (std::abs(int64_t{goldenRate} - sampleRate) <= kRateTolerance) return 0;
+  if (std::abs(int64_t{goldenRate} - sampleRate) <= kOmxRateTolerance) return 0;
   return CompareField(result, golden, sample, Output::kRate, 0x4);
 }
 
@@ -258,11 +252,11 @@ uint32_t compareFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& go
 void Verify_OMX_Output(CM_Verify_Result& result, const std::string& goldenPath,
                        const std::string& samplePath) {
   ListColumns(result, kOmxOutputColumns);
-  Verify<OMX_MURO_FIELDS>(result, goldenPath, samplePath, kOutputWarmUpRows);
+  Verify<OMX_MURO_FIELDS>(result, goldenPath, samplePath, kOmxOutputWarmUpRows);
 }
 
 void Verify_OMX_Input(CM_Verify_Result& result, const std::string& goldenPath,
                       const std::string& samplePath) {
   ListColumns(result, kOmxInputColumns);
-  Verify<MURO_OMX_INPUT_FIELDS>(result, goldenPath, samplePath, kInputWarmUpRows);
+  Verify<MURO_OMX_INPUT_FIELDS>(result, goldenPath, samplePath, kOmxInputWarmUpRows);
 }

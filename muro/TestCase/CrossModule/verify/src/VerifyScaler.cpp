@@ -11,7 +11,7 @@ constexpr ColumnRules kRules{
     .format = kScalerFormat,
     .columns = kScalerColumns,
     .rateItem = ColumnOf(kScalerColumns, Unit::kMilliFramesPerSecond),
-    .rateRounding = 50,
+    .rateRounding = kScalerRateRounding,
     .comparesWholeRates = true,
     .rateFromFrameZero = false,
     .firstDebounceCount = 100,

@@ -18,7 +18,7 @@ constexpr ColumnRules kRules{
     .format = kVoFormat,
     .columns = kVoColumns,
     .rateItem = ColumnOf(kVoColumns, Unit::kMilliFramesPerSecond),
-    .rateRounding = 100,
+    .rateRounding = kVoRateRounding,
     .comparesWholeRates = false,
     .rateFromFrameZero = true,
     .firstDebounceCount = 1,

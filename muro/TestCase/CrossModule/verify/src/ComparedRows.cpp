@@ -1,0 +1,40 @@
+#include "ComparedRows.h"
+
+#include "ComparisonRules.h"
+
+bool ComparedRows::Take(const FrameRow& golden) {
+  begun_ = begun_ || (golden.whole && Begins(golden));
+  return begun_;
+}
+
+/// VO and Scaler settle for some seconds of frames, once the rate is known.
+bool ComparedRows::IsSettled(const FrameRow& golden, int32_t rate) {
+  constexpr int64_t kScalerRowsBefore = 100;
+  if (settlingRows_ < 0 && rate > 0) settlingRows_ = int64_t{rate} * kSettlingSeconds;
+  const int64_t unknown = shape_.Module() == MODULE_VO ? 1 : kScalerRowsBefore;
+  return golden.place >= (settlingRows_ < 0 ? unknown : settlingRows_);
+}
+
+bool ComparedRows::Begins(const FrameRow& golden) {
+  const int32_t rate = shape_.RateOf(golden);
+  switch (shape_.Module()) {
+    case MODULE_OMXIN:
+      return golden.place >= kOmxInputWarmUpRows;
+    case MODULE_OMXOUT:
+      return golden.place >= kOmxOutputWarmUpRows && golden.frame >= StartUpFrames(rate);
+    case MODULE_DVO:
+      return golden.frame >= kDvoFirstCheckedFrame && golden.frame >= StartUpFrames(rate);
+    case MODULE_VO:
+      return IsSettled(golden, golden.frame == 0 ? WholeRate(rate, kVoRateRounding) : 0);
+    case MODULE_SCALER:
+      return IsSettled(golden, WholeRate(rate, kScalerRateRounding));
+    case MODULE_AUDIO: {
+      const bool isOver = firstSecondIsOver_;
+      firstSecondIsOver_ = isOver || static_cast<int32_t>(golden.pts) >= kAudioSkippedTicks;
+      return isOver;
+    }
+    case MODULE_VDEC:
+      break;
+  }
+  return true;
+}

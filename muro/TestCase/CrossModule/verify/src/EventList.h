@@ -1,0 +1,50 @@
+// Collects what happens to single rows as events: equal ones that follow each other are one.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "FrameEvent.h"
+#include "FrameRows.h"
+
+/// Something that happened at one row.
+struct RowEvent {
+  EventKind kind;
+  int64_t place;  // golden rows before it
+  int64_t frame;
+  std::optional<uint32_t> pts = {};
+  std::optional<uint32_t> lastPts = {};  // where the row stands for a stretch of time
+  int64_t dumpRow = 0;  // filled rows of the dump before it, where it is one of the dump's
+  int64_t other = 0;
+  int64_t ticks90k = 0;
+  TimeEffect time = TimeEffect::kUnknown;
+  ColumnDifference difference = {};
+};
+
+class EventList {
+ public:
+  explicit EventList(MODULE_TYPE stage) : stage_(stage) { last_.fill(kNone); }
+
+  /// Adds it, or lets the event before it grow. Returns the event's index.
+  std::size_t Add(const RowEvent& row);
+
+  FrameEvent& At(std::size_t index) { return events_[index]; }
+  bool IsEmpty() const { return events_.empty(); }
+
+  /// The events in golden's order.
+  std::vector<FrameEvent> Take();
+
+ private:
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  bool Continues(const FrameEvent& event, const RowEvent& row) const;
+  void Grow(FrameEvent& event, const RowEvent& row);
+
+  const MODULE_TYPE stage_;
+  std::vector<FrameEvent> events_;
+  std::array<std::size_t, kEventKindCount> last_;       // index of the last event of a kind
+  std::array<int64_t, kEventKindCount> lastDumpRow_{};  // of the last row of that event
+};

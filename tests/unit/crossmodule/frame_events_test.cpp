@@ -1,0 +1,316 @@
+// Events of one stage: random golden files with random defects, put in by a generator that knows
+// the truth, and literal cases at the edges. CVN_SEEDS is how many random pairs are tried.
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <random>
+#include <sstream>
+
+#include "FrameEvent.h"
+#include "StageAnalysis.h"
+#include "VerifyRun.h"
+
+namespace {
+
+constexpr int64_t kFrame90k = 3000;
+constexpr std::size_t kFirstCompared = 130;  // every stage compares from there on
+
+struct Picture {
+  int64_t frame = 0;
+  int64_t pts = 0;
+  int64_t clock = 0;
+  int64_t content = 0;
+  int64_t other = 7;
+  bool broken = false;
+};
+using Pictures = std::vector<Picture>;
+
+/// One event as the generator knows it, or as the analysis tells it.
+struct Truth {
+  EventKind kind;
+  int64_t first;
+  int64_t count;
+  TimeEffect time = TimeEffect::kUnknown;
+  int64_t ticks = 0;
+};
+
+std::string Text(EventKind kind, int64_t first, int64_t last, int64_t count, TimeEffect time,
+                 int64_t ticks) {
+  std::ostringstream text;
+  text << NameOf(kind) << ' ' << first << ".." << last << " x" << count;
+  if (time != TimeEffect::kUnknown) text << (time == TimeEffect::kKept ? " kept" : " moved");
+  if (ticks != 0) text << ' ' << ticks;
+  return text.str();
+}
+
+std::string Value(const StageColumn& column, const Picture& picture) {
+  const std::string name = column.name;
+  int64_t value = 0;
+  if (column.unit == Unit::kFrame) value = picture.frame;
+  if (column.unit == Unit::kChecksum || column.unit == Unit::kBytes) value = picture.content;
+  if (column.unit == Unit::kMilliFramesPerSecond) value = 30000;
+  if (name == "90k_counter") value = picture.clock;
+  if (name == "pts" || name == "pts.L") value = picture.pts;
+  if (name == "width" || name == "hdrInfo" || name == "channel_no" || name == "input_flags" ||
+      name == "frame_kind")
+    value = picture.other;
+  char text[24];
+  const bool isHex = column.notation == Notation::kHexadecimal;
+  std::snprintf(text, sizeof text, isHex ? "%x" : "%u", static_cast<unsigned>(value));
+  return text;
+}
+
+std::string FileText(const Stage& stage, const Pictures& pictures) {
+  std::string text = "title\n";
+  for (const Picture& picture : pictures) {
+    for (const StageColumn& column : stage.columns) {
+      if (&column != stage.columns.data()) text += ',';
+      text += picture.broken ? std::string("?!") : Value(column, picture);
+    }
+    text += '\n';
+  }
+  return text;
+}
+
+StageEvents Analyse(const Stage& stage, const Pictures& golden, const Pictures& dump) {
+  const TemporaryFile goldenFile("golden", FileText(stage, golden));
+  const TemporaryFile dumpFile("sample", FileText(stage, dump));
+  return AnalyseStage(stage.module, goldenFile.Path(), dumpFile.Path());
+}
+
+bool HasClock(const Stage& stage) {
+  return stage.module != MODULE_DVO;
+}
+bool HasContent(const Stage& stage) {
+  return stage.module != MODULE_DVO && stage.module != MODULE_OMXOUT;
+}
+
+Pictures PlainPictures(std::size_t count) {
+  Pictures pictures(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto n = static_cast<int64_t>(i);
+    pictures[i] = {n, 90000 + n * kFrame90k, 500000 + n * kFrame90k, 1000 + n * 7919, 7, false};
+  }
+  return pictures;
+}
+
+/// Puts defects into a dump, from the last one to the first, so that places stay golden's.
+class Spoiler {
+ public:
+  Spoiler(const Stage& stage, const Pictures& golden)
+      : stage_(stage), golden_(golden), dump(golden) {}
+
+  void Apply(EventKind kind, std::size_t at, std::size_t count, bool moves, int64_t ticks) {
+    const auto row = dump.begin() + static_cast<std::ptrdiff_t>(at);
+    const auto end = row + static_cast<std::ptrdiff_t>(count);
+    const auto total = static_cast<int64_t>(count);
+    Truth told{kind, golden_[at].frame, total};
+    const TimeEffect effect = !HasClock(stage_) ? TimeEffect::kUnknown
+                              : moves           ? TimeEffect::kMoved
+                                                : TimeEffect::kKept;
+    switch (kind) {
+      case EventKind::kDropped:
+        told.time = effect;
+        if (moves) Shift(at + count, -total * kFrame90k);
+        dump.erase(row, end);
+        break;
+      case EventKind::kRepeated:
+        told.time = effect;
+        if (moves) Shift(at + 1, total * kFrame90k);
+        dump.insert(row + 1, count, dump[at]);
+        break;
+      case EventKind::kExtra: {
+        told.first = golden_[at + 1].frame;
+        Picture stranger = dump[at];
+        stranger.pts += kFrame90k / 3;
+        stranger.content += 13;
+        for (std::size_t i = 0; i < count; ++i)
+          dump.insert(dump.begin() + static_cast<std::ptrdiff_t>(at + 1 + i), stranger),
+              ++stranger.content, ++stranger.pts;
+        break;
+      }
+      case EventKind::kReordered:
+        told.count = 1;
+        std::iter_swap(row, row + 1);
+        break;
+      case EventKind::kDamaged:
+        for (auto it = row; it != end; ++it) it->content += 3;
+        break;
+      case EventKind::kChanged:
+        for (auto it = row; it != end; ++it) it->other = 9;
+        break;
+      case EventKind::kBroken:
+        for (auto it = row; it != end; ++it) it->broken = true;
+        break;
+      case EventKind::kCut:
+        told.first = golden_[at - 1].frame;
+        told.count = static_cast<int64_t>(dump.size() - at);
+        dump.erase(row, dump.end());
+        break;
+      case EventKind::kLate:
+      case EventKind::kEarly:
+        told.count = 1;
+        told.ticks = kind == EventKind::kLate ? ticks : -ticks;
+        Shift(at, told.ticks);
+        break;
+      case EventKind::kUneven:
+        told.count = 1;
+        told.ticks = ticks;
+        row->clock += ticks;
+        break;
+    }
+    truths.insert(truths.begin(), told);
+  }
+
+  /// Whether the stage can show such a defect.
+  bool Shows(EventKind kind) const {
+    if (kind == EventKind::kDamaged) return HasContent(stage_);
+    if (kind == EventKind::kLate || kind == EventKind::kEarly || kind == EventKind::kUneven)
+      return HasClock(stage_);
+    return kind != EventKind::kChanged ||
+           (stage_.module != MODULE_OMXOUT && stage_.module != MODULE_DVO);
+  }
+
+  std::vector<Truth> truths;
+
+ private:
+  void Shift(std::size_t from, int64_t ticks) {
+    for (std::size_t i = from; i < dump.size(); ++i) dump[i].clock += ticks;
+  }
+
+  const Stage& stage_;
+  const Pictures& golden_;
+
+ public:
+  Pictures dump;
+};
+
+std::string Told(const std::vector<FrameEvent>& events) {
+  std::string text;
+  for (const FrameEvent& event : events) {
+    const bool hasTicks = event.kind == EventKind::kLate || event.kind == EventKind::kEarly ||
+                          event.kind == EventKind::kUneven;
+    text += Text(event.kind, event.first, event.lastPossible, event.count, event.time,
+                 hasTicks ? event.ticks90k : 0) +
+            "\n";
+  }
+  return text;
+}
+
+std::string Told(const std::vector<Truth>& truths) {
+  std::string text;
+  for (const Truth& truth : truths)
+    text += Text(truth.kind, truth.first, truth.first, truth.count, truth.time, truth.ticks) + "\n";
+  return text;
+}
+
+/// Whether the event says the truth, or contains it where content repeats.
+bool Says(const FrameEvent& event, const Truth& truth, int64_t slack) {
+  const bool hasTicks = truth.ticks != 0;
+  return event.kind == truth.kind && event.count == truth.count && event.first <= truth.first &&
+         truth.first <= event.lastPossible && event.time == truth.time &&
+         (!hasTicks || std::abs(event.ticks90k - truth.ticks) <= slack);
+}
+
+bool Says(const std::vector<FrameEvent>& events, const std::vector<Truth>& truths, int64_t slack) {
+  return std::ranges::equal(events, truths,
+                            [&](const FrameEvent& e, const Truth& t) { return Says(e, t, slack); });
+}
+
+/// A random golden file, with repeated content and numbers that begin anew, and its dump.
+class RandomPair {
+ public:
+  RandomPair(const Stage& stage, unsigned seed) : random_(seed), golden(PlainPictures(Rows())) {
+    MakeContent(stage.module == MODULE_SCALER);
+    if (Below(4) == 0) RestartNumbers();
+    const int64_t pts = Below(3) == 0 ? (int64_t{1} << 33) - 400000 : Below(1000000);
+    for (Picture& picture : golden) picture.pts += pts;
+    Spoiler spoiler(stage, golden);
+    std::size_t at = golden.size();
+    for (int left = 1 + Below(4); left > 0 && at > kFirstCompared + 40; --left) Spoil(spoiler, at);
+    truths = std::move(spoiler.truths);
+    dump = std::move(spoiler.dump);
+    PlayOtherwise();
+  }
+
+ private:
+  std::size_t Rows() { return 250 + static_cast<std::size_t>(Below(200)); }
+  int Below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
+
+  void MakeContent(bool needsNumbers) {
+    const int kind = Below(4);
+    for (std::size_t i = 0; i < golden.size(); ++i) {
+      int64_t& content = golden[i].content;
+      content = 1000 + Below(2000000000) / 100 * 100;
+      if (kind == 1 && i >= golden.size() / 2) content = golden[i - golden.size() / 2].content;
+      if (kind == 2 && i % 40 != 0) content = golden[i - 1].content;
+    }
+    isRepeating_ = kind == 1 || kind == 2;
+    isStill_ = kind == 2 && needsNumbers;
+  }
+
+  void RestartNumbers() {
+    const auto from = static_cast<std::size_t>(Below(static_cast<int>(golden.size())));
+    if (from <= kFirstCompared) return;
+    for (std::size_t i = from; i < golden.size(); ++i)
+      golden[i].frame = static_cast<int64_t>(i - from);
+  }
+
+  void Spoil(Spoiler& spoiler, std::size_t& at) {
+    const bool isFirst = at == golden.size();
+    EventKind kind{};
+    do {
+      kind = static_cast<EventKind>(Below(kEventKindCount));
+    } while (!spoiler.Shows(kind) || (kind == EventKind::kCut && !isFirst));
+    at -= 12 + static_cast<std::size_t>(Below(25));
+    const auto count = 1 + static_cast<std::size_t>(Below(3));
+    const int64_t ticks = kFrame90k * (55 + Below(200)) / 100;
+    spoiler.Apply(kind, at, count, Below(2) == 0, ticks);
+  }
+
+  /// Another run: another clock that drifts, sometimes other numbers and time stamps.
+  void PlayOtherwise() {
+    const int64_t start = Below(1 << 30);
+    const double drift = (Below(61) - 30) / 1e6;
+    const int64_t pts = Below(5) == 0 ? Below(1 << 30) : 0;
+    const int64_t number = Below(5) == 0 ? Below(500) : 0;
+    const bool counts = Below(5) == 0 && !isStill_;
+    for (std::size_t i = 0; i < dump.size(); ++i) {
+      Picture& picture = dump[i];
+      picture.clock +=
+          start + static_cast<int64_t>(drift * static_cast<double>(picture.clock)) + Below(200);
+      picture.pts += pts;
+      picture.frame = counts ? static_cast<int64_t>(i) : picture.frame + number;
+    }
+  }
+
+  std::mt19937 random_;
+  bool isRepeating_ = false;
+  bool isStill_ = false;
+
+ public:
+  Pictures golden;
+  Pictures dump;
+  std::vector<Truth> truths;
+};
+
+TEST(FrameEvents, SayTheTruthOfRandomDefects) {
+  const char* more = std::getenv("CVN_SEEDS");
+  const unsigned seeds = more == nullptr ? 2000 : static_cast<unsigned>(std::atoi(more));
+  unsigned wrong = 0;
+  const char* only = std::getenv("CVN_SEED");
+  for (unsigned seed = only == nullptr ? 0 : static_cast<unsigned>(std::atoi(only)); seed < seeds; ++seed) {
+    const Stage& stage = kStages[seed % std::size(kStages)];
+    const RandomPair pair(stage, seed);
+    const StageEvents found = Analyse(stage, pair.golden, pair.dump);
+    const bool isTrue = Says(found.events, pair.truths, 300);
+    EXPECT_TRUE(isTrue) << stage.simpleName << " seed " << seed << "\ntrue:\n"
+                        << Told(pair.truths) << "found:\n"
+                        << Told(found.events);
+    wrong += isTrue ? 0 : 1;
+    ASSERT_LT(wrong, 10U);
+    if (only != nullptr) break;
+  }
+}
+
+}  // namespace
