@@ -3,6 +3,7 @@
 namespace {
 
 void (*remarkListener)(const std::string& text) = nullptr;
+void (*findingListener)(const std::string& json) = nullptr;
 
 }  // namespace
 
@@ -12,4 +13,16 @@ void Remark(const std::string& text) {
 
 void SetRemarkListener(void (*listener)(const std::string& text)) {
   remarkListener = listener;
+}
+
+void Finding(const std::string& json) {
+  if (findingListener != nullptr) findingListener(json);
+}
+
+bool IsFindingHeard() {
+  return findingListener != nullptr;
+}
+
+void SetFindingListener(void (*listener)(const std::string& json)) {
+  findingListener = listener;
 }

@@ -1,4 +1,4 @@
-// What a test has to remark beside its verdict.
+// What a test has to remark beside its verdict, and what it finds for other tools.
 #pragma once
 
 #include <string>
@@ -10,3 +10,13 @@ void Remark(const std::string& text);
 
 /// Hears the remarks from now on; null, as at the start, when nobody does.
 void SetRemarkListener(void (*listener)(const std::string& text));
+
+/// Tells a finding of the running test to the result files of an unattended run that take such: a
+/// JSON object in one line.
+void Finding(const std::string& json);
+
+/// Whether anybody hears findings, so that looking for them is worth the time.
+bool IsFindingHeard();
+
+/// Hears the findings from now on; null, as at the start, when nobody does.
+void SetFindingListener(void (*listener)(const std::string& json));

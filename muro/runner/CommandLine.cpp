@@ -46,8 +46,10 @@ int Print(const std::string& text) {
 
 /// Where an output is standard output, that is for it alone: everything else goes to standard
 /// error. Returns the descriptor behind "-".
-int SeparateOutput(const Outputs& outputs) {
-  if (std::ranges::find(outputs, "-") == outputs.end()) return STDOUT_FILENO;
+int SeparateOutput(const Options& options) {
+  const bool isTaken = std::ranges::find(options.outputs, "-") != options.outputs.end() ||
+                       options.events == "-" || options.strip == "-";
+  if (!isTaken) return STDOUT_FILENO;
   std::fflush(stdout);
   const int standardOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
   dup2(STDERR_FILENO, STDOUT_FILENO);
@@ -108,7 +110,7 @@ bool StartReport() {
 /// Runs what is selected; `earlier` is what the journal of a resumed run tells.
 int Execute(const Options& options, Prepared run, ResultDirectory& directory,
             const std::vector<JournalEntry>& earlier) {
-  const int standardOutput = SeparateOutput(options.outputs);
+  const int standardOutput = SeparateOutput(options);
   auto listeners = MakeWriters(options.outputs, standardOutput);
   listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, options.verbose));
   if (!std::ranges::all_of(listeners, [](const auto& l) { return l->Good(); }))
@@ -192,7 +194,7 @@ int Main(const std::vector<std::string>& words, const std::function<int()>& cons
       return Resume(options);
     case Mode::kVerify:
       std::signal(SIGPIPE, SIG_IGN);  // results are written to their end, whoever reads the report
-      return VerifyDumps(options, SeparateOutput(options.outputs));
+      return VerifyDumps(options, SeparateOutput(options));
     case Mode::kInteractive:
       break;
   }

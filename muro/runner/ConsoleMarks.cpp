@@ -17,6 +17,7 @@ namespace {
 constexpr std::string_view kEnd = "\033\\";
 constexpr std::string_view kKinds = "LKP";  // in the order of console::Input
 constexpr char kRemark = '#';
+constexpr char kFinding = '*';
 constexpr std::size_t kLongestMark = 16384;
 
 std::string markBegin;
@@ -52,6 +53,10 @@ void WriteRemark(const std::string& text) {
   Write(kRemark + Escaped(text));
 }
 
+void WriteFinding(const std::string& json) {
+  Write(kFinding + Escaped(json));
+}
+
 void WriteTaken(console::Input kind, std::string_view text) {
   Write(std::string{'!', Letter(kind)} + RunningTestId() + '\t' + Escaped(text));
 }
@@ -83,6 +88,7 @@ void MarkWaiting(const std::string& key) {
   markBegin = BeginOf(key);
   console::SetInputObserver(&kWaitingObserver);
   SetRemarkListener(WriteRemark);
+  SetFindingListener(WriteFinding);
 }
 
 void MarkSession(const std::string& key) {
@@ -119,10 +125,15 @@ void MarkReader::End() {
 
 void MarkReader::Act(std::string_view mark) const {
   if (mark == ">" && listener_.testBegins) listener_.testBegins();
-  if (!mark.starts_with(kRemark)) {
+  const auto tell = [&](const std::function<void(std::string)>& listener) {
+    if (listener) listener(Unescaped(mark.substr(1)).value_or(""));
+  };
+  if (mark.starts_with(kRemark)) {
+    tell(listener_.remarked);
+  } else if (mark.starts_with(kFinding)) {
+    tell(listener_.found);
+  } else {
     ActOnInput(mark);
-  } else if (listener_.remarked) {
-    listener_.remarked(Unescaped(mark.substr(1)).value_or(""));
   }
 }
 

@@ -13,8 +13,8 @@ namespace runner {
 /// A text that no test prints by chance, new at every call.
 std::string MakeMarkKey();
 
-/// From now on this process marks its standard output where it waits for input, and puts remarks of
-/// tests into it.
+/// From now on this process marks its standard output where it waits for input, and puts remarks
+/// and findings of tests into it.
 void MarkWaiting(const std::string& key);
 
 /// As `MarkWaiting`, and marks where a test begins, and what was typed, with the id of the test
@@ -31,6 +31,7 @@ class MarkReader {
     std::function<void(console::Input kind, std::string testId, std::string text)> taken;
     std::function<void(std::string text)> remarked = {};
     std::function<void()> testBegins{};
+    std::function<void(std::string json)> found = {};
   };
 
   MarkReader(const std::string& key, Listener listener);

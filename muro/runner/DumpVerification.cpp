@@ -15,12 +15,16 @@
 
 #include "ConsoleWriter.h"
 #include "InputFile.h"
+#include "OutputFile.h"
 #include "Problem.h"
 #include "ResultWriters.h"
 #include "TestCase/CrossModule/stages/src/StageVerdict.h"
 #include "TestCase/CrossModule/stages/src/TestCaseCatalogue.h"
 #include "TestCase/CrossModule/stages/src/VerifyResult.h"
 #include "TestCase/CrossModule/verify/src/AvSync.h"
+#include "TestCase/CrossModule/verify/src/CauseReport.h"
+#include "TestCase/CrossModule/verify/src/Causes.h"
+#include "TestCase/CrossModule/verify/src/EventStrip.h"
 #include "TestCase/CrossModule/verify/src/ModuleVerification.h"
 #include "TestCase/CrossModule/verify/src/ReportDelivery.h"
 #include "TestCase/CrossModule/verify/src/ReportTable.h"
@@ -95,6 +99,16 @@ class Verification {
     IgnoreVoutSettings();
     for (const Stage& stage : kStages) results_.push_back(Compare(stage.module));
     if (testCase_.type == kAvSyncTestCase) AnalyseSynchronisation();
+    found_ = AnalyseCase(
+        testCase_.Get_TestCase_Name(), [&](MODULE_TYPE stage) { return GoldenPath(stage); },
+        [&](MODULE_TYPE stage) { return DumpPath(stage); });
+  }
+
+  const CaseEvents& Found() const { return found_; }
+
+  /// The picture of what was found.
+  std::string Strip() const {
+    return EventStrip(found_, sync_ ? sync_->marks : std::vector<SyncMark>());
   }
 
   /// The report's text, without colours.
@@ -102,13 +116,15 @@ class Verification {
     StageResults results;
     for (const CM_Verify_Result& result : results_) results.push_back(&result);
     std::ostringstream report;
+    std::ostringstream causes;
+    if (!AllPassed(results) || (sync_ && !sync_->passed)) PrintCauses(causes, found_, results);
     WriteReport(report,
                 {.name = testCase_.Get_TestCase_Name(),
                  .content = testCase_.contentFile,
                  .goldenData = goldenDirectory_,
                  .testTime = "-",
                  .softwareVersion = "-"},
-                results, synchronisation_);
+                results, synchronisation_, causes.str());
     return WithoutColours(report.str());
   }
 
@@ -208,14 +224,35 @@ class Verification {
   std::vector<CM_Verify_Result> results_;
   std::optional<AvSyncVerdict> sync_;
   std::string synchronisation_;
+  CaseEvents found_;
 };
 
+/// Writes the events alone, and their picture, where they are asked for. Returns whether they are
+/// there.
+bool WriteEvents(const Verification& verification, const Options& options, int standardOutput) {
+  bool good = true;
+  if (!options.events.empty()) {
+    OutputFile file(options.events, standardOutput);
+    for (const StageEvents& stage : verification.Found().stages) {
+      for (const FrameEvent& event : stage.events)
+        file.Write(EventJson(verification.Found(), event) + "\n");
+    }
+    good = file.Good();
+  }
+  if (!options.strip.empty()) {
+    OutputFile file(options.strip, standardOutput);
+    file.Write(verification.Strip());
+    good = file.Good() && good;
+  }
+  return good;
+}
+
 /// Writes the results in all formats. Returns the exit status.
-int Write(const std::vector<TestResult>& results, const Options& options, int standardOutput,
-          const std::string& report) {
+int Write(const Verification& verification, const Options& options, int standardOutput) {
+  const std::vector<TestResult> results = verification.Results();
   auto listeners = MakeWriters(options.outputs, standardOutput);
   listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, false));
-  std::fputs(report.c_str(), stdout);
+  std::fputs(verification.Report().c_str(), stdout);
   Totals totals;
   totals.listed = results.size();
   for (const auto& listener : listeners) listener->RunStarted(results.size());
@@ -223,7 +260,11 @@ int Write(const std::vector<TestResult>& results, const Options& options, int st
     ++totals.of[static_cast<std::size_t>(result.verdict)];
     for (const auto& listener : listeners) listener->TestEnded(result);
   }
+  for (const std::string& finding : FindingsOf(verification.Found())) {
+    for (const auto& listener : listeners) listener->TestFound(finding);
+  }
   for (const auto& listener : listeners) listener->RunEnded(totals);
+  if (!WriteEvents(verification, options, standardOutput)) return kHarnessFailed;
   if (!std::ranges::all_of(listeners, [](const auto& l) { return l->Good(); }))
     return kHarnessFailed;
   return totals.Of(Verdict::kPass) == totals.listed ? kAllPassed : kSomeFailed;
@@ -248,7 +289,7 @@ int VerifyDumps(const Options& options, int standardOutput) {
   }
   Verification verification(*testCase, options.golden, unpacked ? unpacked->Path() : options.dump);
   verification.Run();
-  return Write(verification.Results(), options, standardOutput, verification.Report());
+  return Write(verification, options, standardOutput);
 }
 
 }  // namespace runner

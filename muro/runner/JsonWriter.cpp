@@ -17,6 +17,7 @@ class JsonWriter : public FileWriter {
   void TestStarted(const PlannedTest& test) override {
     Write("{\"event\": \"test-start\", " + Test(test) + "}\n");
   }
+  void TestFound(const std::string& json) override { Write(json + "\n"); }
   void TestEnded(const TestResult& result) override {
     Write("{\"event\": \"test-end\", " + Test(result.test) + ", \"verdict\": " +
           JsonText(VerdictName(result.verdict)) + ", \"message\": " + JsonText(result.message) +

@@ -189,6 +189,10 @@ constexpr Row kRows[] = {
      "directory of the kept dumps, or an archive of them as the board packs it"},
     {nullptr, "--golden", Takes::kOne, "DIR", Bit(Mode::kVerify), SetText<&Options::golden>,
      "directory of the golden files"},
+    {nullptr, "--events", Takes::kOne, "FILE", Bit(Mode::kVerify), SetText<&Options::events>,
+     "one JSON object a line for everything that happened to frames"},
+    {nullptr, "--strip", Takes::kOne, "FILE", Bit(Mode::kVerify), SetText<&Options::strip>,
+     "the same as a picture (SVG): a track for each stage over the time"},
 };
 
 constexpr char kExitStatus[] =

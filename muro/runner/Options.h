@@ -38,6 +38,8 @@ struct Options {
   std::string verifyCase;
   std::string dump;
   std::string golden;
+  std::string events;  // where what happened to the frames goes, beside the results
+  std::string strip;
 };
 
 /// Reads a command line (without the program's name). Returns an error in one line, empty when all

@@ -71,6 +71,8 @@ class RunListener {
   virtual void RunStarted(std::size_t tests) = 0;
   virtual void TestStarted(const PlannedTest&) {}
   virtual void TestPrinted(const std::string&) {}
+  /// A finding of the test that runs: a JSON object in one line.
+  virtual void TestFound(const std::string&) {}
   virtual void TestEnded(const TestResult& result) = 0;
   virtual void RunEnded(const Totals& totals) = 0;
   /// False when anything told could not be written.

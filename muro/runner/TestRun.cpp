@@ -12,6 +12,7 @@
 
 #include "OutputFile.h"
 #include "Problem.h"
+#include "TestCase/CrossModule/verify/src/Causes.h"
 #include "TestSession.h"
 #include "Text.h"
 #include "TraceCopy.h"
@@ -245,6 +246,8 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   const Outcome outcome = session.Run(Interrupted);
   if (outcome.harness) Fail("a test cannot be run: " + outcome.message);
 
+  TellFindings(outcome.findings);
+
   TestResult result{test, outcome.verdict, CleanLine(outcome.message), outcome.seconds, "",
                     "",   outcome.prompts};
   if (!WriteReportLine(*entry.test, outcome.result)) Lose(result, "the report cannot be written");
@@ -258,6 +261,14 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   if (kept && !result.provisional && !(noted && directory_.NoteEnd(result, outcome.result)))
     Lose(result, "the journal cannot be written");
   Tell(result);
+}
+
+/// Each test runs in a copy of this process, which counts on from here.
+void TestRun::TellFindings(const std::vector<std::string>& findings) {
+  SetLastEventId(LastEventId() + static_cast<int>(findings.size()));
+  for (const std::string& finding : findings) {
+    for (const auto& listener : listeners_) listener->TestFound(finding);
+  }
 }
 
 /// A result that is not stored is none, and the run cannot go on.

@@ -58,6 +58,7 @@ class TestRun {
   void Execute(const PlannedTest& test, const TestEntry& entry);
   void Skip(const PlannedTest& test, const std::string& reason);
   void Tell(const TestResult& result);
+  void TellFindings(const std::vector<std::string>& findings);
   void Lose(TestResult& result, const std::string& problem);
   void Fail(const std::string& problem);
   std::string ReasonToSkip(const TestEntry& entry) const;

@@ -52,7 +52,9 @@ TestSession::TestSession(const TestEntry& entry, const std::vector<AnswerRule>& 
       marks_(key_, {[this](std::string_view text) { Printed(text); },
                     [this](console::Input kind) { Waiting(kind); },
                     {},
-                    [this](const std::string& text) { AddTo(remarks_, CleanLine(text)); }}) {}
+                    [this](const std::string& text) { AddTo(remarks_, CleanLine(text)); },
+                    {},
+                    [this](const std::string& json) { outcome_.findings.push_back(json); }}) {}
 
 Outcome TestSession::Run(bool (*interrupted)()) {
   interrupted_ = interrupted;

@@ -26,6 +26,7 @@ struct Outcome {
   int prompts = 0;           // how often it waited for input before the question for the verdict
   bool interrupted = false;  // ended because the run was interrupted
   bool harness = false;      // the harness could not run the test at all
+  std::vector<std::string> findings;  // JSON objects, a line each
 };
 
 class TestSession {

@@ -199,8 +199,9 @@ Beep FindBeep(uint32_t time, uint32_t range, const AV_Sync_Info* audio) {
   return {static_cast<std::size_t>(beep - samples.begin()), true, true};
 }
 
-/// Prints the event of the flash at `voIndex` as one line.
-Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex, std::size_t beep) {
+/// Prints the event of the flash at `voIndex` as one line, and marks it.
+Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex, std::size_t beep,
+                   std::vector<SyncMark>& marks) {
   std::ostream& out = analysis.out;
   const AV_Sync_Field& flash = analysis.vo[voIndex];
   out << report_table::kTitleColour << PadLeft(std::to_string(number), 4) << ansi::kReset
@@ -212,8 +213,10 @@ Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex, st
         << '\n';
     return Verdict::kSkipped;
   }
-  const Verdict verdict =
-      PrintVerdict(out, TimeDiffMs(flash, analysis.scaler[scaler], analysis.audio->fields[beep]));
+  const AV_Sync_Field& sound = analysis.audio->fields[beep];
+  const int64_t diffMs = TimeDiffMs(flash, analysis.scaler[scaler], sound);
+  const Verdict verdict = PrintVerdict(out, diffMs);
+  marks.push_back({flash.firstValue, sound.firstValue, diffMs, verdict == Verdict::kPassed});
   PrintPosition(out, "       [VO]    ", voIndex);
   PrintPosition(out, "       [Scaler]", scaler);
   PrintPosition(out, "       [Audio] ", beep);
@@ -237,7 +240,7 @@ Tally PrintEvents(const Analysis& analysis, AvSyncVerdict& result) {
     const AV_Sync_Field& flash = analysis.vo[i];
     if (!IsOneOf(kVoFlashes, flash.secondText)) continue;
     const Beep beep = FindBeep(flash.firstValue, kBeepRange, analysis.audio);
-    const Verdict verdict = PrintEvent(analysis, ++tally.flashes, i, beep.index);
+    const Verdict verdict = PrintEvent(analysis, ++tally.flashes, i, beep.index, result.marks);
     Count(tally, flash, verdict, beep);
     if (verdict != Verdict::kFailed || !beep.isThere || result.failedFrame != -1) continue;
     result.failedFrame = flash.frameNumber;

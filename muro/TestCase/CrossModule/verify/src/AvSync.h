@@ -46,12 +46,21 @@ std::size_t AVsync_Find_Audio_Frame_By_Time(uint32_t time, uint32_t range,
 /// Difference in milliseconds that the playing content itself has, added to every event's.
 void Set_AVsync_Offset(int offsetMs);
 
+/// A flash and its beep.
+struct SyncMark {
+  uint32_t flash90k;  // pts
+  uint32_t beep90k;
+  int64_t diffMs;  // above 0: the sound is ahead
+  bool passed;
+};
+
 /// What the analysis found.
 struct AvSyncVerdict {
   bool passed = false;
   std::string reason;           // why not, such as "3 of 7 flashes outside the tolerance"
   uint32_t failedFlash90k = 0;  // pts of the first flash outside the tolerance
   int32_t failedFrame = -1;     // its frame; -1: there is none
+  std::vector<SyncMark> marks = {};
 };
 
 /// Prints every flash with its beep, and below the table why the analysis failed. It fails when an

@@ -64,7 +64,7 @@ std::size_t EventList::Add(const RowEvent& row) {
     event.columns = row.difference.columns;
     event.goldenValue = row.difference.goldenValue;
     event.dumpValue = row.difference.dumpValue;
-    if (row.kind == EventKind::kBroken) event.row = row.dumpRow;
+    if (row.kind == EventKind::kBroken) event.row = row.dumpRow + 2;  // behind the title
     event.place = row.place;
     event.placeEnd = row.place + 1;
     events_.push_back(std::move(event));

@@ -58,7 +58,7 @@ struct FrameEvent {
   std::string goldenValue = {};  // kChanged: of the first row's first column
   std::string dumpValue = {};
   int64_t place = 0;     // golden rows before it
-  int64_t placeEnd = 0;  // golden rows before its end
+  int64_t placeEnd = 0;  // golden rows before its last possible end
   int id = 0;            // unique in the run, from 1 on
   int cause = 0;         // id of the event that it follows from; 0: it is a cause
 };

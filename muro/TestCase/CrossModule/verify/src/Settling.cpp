@@ -294,6 +294,7 @@ void Settling::TakeRepeat(const Work& work, Gap& gap, std::size_t d) {
     added.first = std::min(added.first, run.frame);
     added.place = std::min(added.place, run.place);
     added.lastPossible = std::max(added.lastPossible, int64_t{work.Golden(last).frame});
+    added.placeEnd = std::max(added.placeEnd, work.Golden(last).place + 1);
   }
 }
 
@@ -380,6 +381,8 @@ void Settling::LeaveOpen(const Work& work, const Gap& gap, FrameEvent& event) co
   event.place = run.place;
   if (event.pts && run.pts) event.pts->first = *run.pts;
   event.lastPossible = work.Golden(first + right).frame;
+  event.placeEnd = work.Golden(last + right).place + 1;
+  if (event.pts) event.pts->last = work.Golden(last + right).pts;
 }
 
 /// Where rows are lost from a still picture and time is kept, the counter steps at the place: what

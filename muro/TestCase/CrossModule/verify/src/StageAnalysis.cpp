@@ -94,7 +94,11 @@ std::optional<Settled> FindStep(const Pairing& pairing) {
     const bool isInStep = partner.bond == Bond::kSame && partner.place == previous + 1;
     previous = partner.bond == Bond::kSame ? partner.place : Partner::kNobody - 1;
     run = isInStep ? run + 1 : 1;
-    if (run >= kInStep && partner.place >= openDump) found = Settled{g + 1, partner.place + 1};
+    // What repeats at the end of a stretch may turn out to be another row's.
+    const bool isSure =
+        g + kInStep < pairing.golden.size() && partner.place + kInStep < pairing.dump.size();
+    if (run >= kInStep && partner.place >= openDump && isSure)
+      found = Settled{g + 1, partner.place + 1};
   }
   if (!found) return found;
   for (std::size_t d = 0; d < found->dump; ++d) {

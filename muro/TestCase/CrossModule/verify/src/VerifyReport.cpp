@@ -1,5 +1,6 @@
 #include "VerifyReport.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -15,6 +16,9 @@
 #include "../../stages/src/VerifyResult.h"
 #include "Ansi.h"
 #include "AvSync.h"
+#include "CauseReport.h"
+#include "Causes.h"
+#include "Remarks.h"
 #include "ReportDelivery.h"
 #include "ReportTables.h"
 #include "Shell.h"
@@ -107,6 +111,24 @@ std::optional<AvSyncVerdict> AnalyseMarks(const CM_TestCase& testCase, std::stri
   return verdict;
 }
 
+/// Tells what happened to the frames, to an unattended run every event. Returns the causes that
+/// close the report of a test that did not pass.
+std::string CausesOf(const CM_TestCase& testCase, const StageResults& results, bool passed) {
+  const bool wasRun = std::ranges::none_of(
+      results, [](const CM_Verify_Result* result) { return result->runWasRefused; });
+  if (!wasRun || (passed && !IsFindingHeard())) return "";
+  const CaseEvents found = AnalyseCase(
+      testCase.Get_TestCase_Name(),
+      [&](MODULE_TYPE stage) { return testCase.Get_Golden_Path(stage); },
+      [](MODULE_TYPE stage) { return *Get_Module_by_ID(stage)->dumpPath; });
+  if (IsFindingHeard()) {
+    for (const std::string& line : FindingsOf(found)) Finding(line);
+  }
+  std::ostringstream causes;
+  if (!passed) PrintCauses(causes, found, results);
+  return causes.str();
+}
+
 bool IsFilled(const std::string& path) {
   std::error_code failure;
   const auto size = std::filesystem::file_size(path, failure);
@@ -145,13 +167,14 @@ void KeepReport(bool passed) {
 }  // namespace
 
 void WriteReport(std::ostream& out, const TestInformation& information, const StageResults& results,
-                 const std::string& synchronisation) {
+                 const std::string& synchronisation, const std::string& causes) {
   for (const std::string& line : InformationLines(information)) out << line << '\n';
   out << "\nCVN - Cross Module Test - Playback Verify Report\n\n";
   PrintTables(out, information.name, results);
   out << "Module Column Name:\n";
   PrintColumnNames(out, results);
   if (!synchronisation.empty()) out << '\n' << synchronisation;
+  out << causes;
 }
 
 bool Print_Verify_Result() {
@@ -170,9 +193,11 @@ bool Print_Verify_Result() {
   const TestInformation information = InformationOf(*testCase);
   for (const std::string& line : InformationLines(information)) Log() << line << '\n';
   const StageResults results = Results();
-  PrintTables(std::cout, information.name, results);
-  WriteReport(file, information, results, synchronisation);
   const bool passed = AllPassed(results) && (!sync || sync->passed);
+  PrintTables(std::cout, information.name, results);
+  const std::string causes = CausesOf(*testCase, results, passed);
+  std::cout << causes;
+  WriteReport(file, information, results, synchronisation, causes);
   ReleaseWrongFrames();
   file.close();
   if (file)

@@ -16,9 +16,9 @@ struct TestInformation {
 };
 
 /// Writes the whole report: information, tables, column names and, unless empty, the analysis of
-/// the synchronisation. The results are prepared for printing.
+/// the synchronisation and the causes. The results are prepared for printing.
 void WriteReport(std::ostream& out, const TestInformation& information, const StageResults& results,
-                 const std::string& synchronisation);
+                 const std::string& synchronisation, const std::string& causes);
 
 /// Prints the outcome of all stages of the current test case on the console and into the report
 /// file, and sends the report where the settings say. Returns true when every stage passed, and the

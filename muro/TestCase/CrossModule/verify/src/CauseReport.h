@@ -1,0 +1,34 @@
+// How the analysis of frames is told: in the report, and as JSON lines.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "Causes.h"
+#include "ReportTables.h"
+
+/// A cause with what the report says of it.
+struct CauseLine {
+  const FrameEvent* event;
+  std::string text;  // "frame 300 (5.000 s): 1 picture dropped, time kept; seen in VO"
+};
+
+/// The causes of all events, by their time.
+std::vector<CauseLine> CauseLines(const CaseEvents& found);
+
+/// The time stamp that everything began with.
+uint32_t BeginOf(const CaseEvents& found);
+
+/// Prints the causes, a line each, and the pacing of the stages that did not pass. Prints nothing
+/// where no event was found.
+void PrintCauses(std::ostream& out, const CaseEvents& found, const StageResults& results);
+
+/// All events and the pacing of all stages as JSON lines, without newlines.
+std::vector<std::string> FindingsOf(const CaseEvents& found);
+
+/// One event as a JSON object, without a newline.
+std::string EventJson(const CaseEvents& found, const FrameEvent& event);
+
+/// The pacing of a stage that has it, in the same way.
+std::string PacingJson(const CaseEvents& found, const StageEvents& stage);
