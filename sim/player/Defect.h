@@ -15,11 +15,17 @@ namespace player {
 enum class DefectKind {
   kChange,    // another value in one column
   kDrop,      // the row is not there
+  kSkip,      // … and what follows comes earlier by its time
   kRepeat,    // the row is there twice
+  kCopy,      // … without the marker of a repeated frame
+  kFreeze,    // the row before is there in its place
+  kInsert,    // a row that was never played comes before it
   kReorder,   // the row comes behind the next one
   kCorrupt,   // the frame's content is damaged: other checksums
   kLate,      // this row and those behind it come later
   kEarly,     // … or earlier
+  kJitter,    // this row alone comes later
+  kCut,       // the file ends before the row
   kTruncate,  // the file ends in the middle of the row
   kGarble,    // bytes of the row are rubbish
   kNothing    // no file is written
@@ -40,8 +46,9 @@ Stage ParseStage(std::string_view name);
 
 /// How `ParseDefect` wants its words, for help texts.
 inline constexpr std::string_view kDefectWords =
-    "STAGE change FRAME COLUMN[=VALUE], STAGE drop|repeat|reorder|corrupt|garble FRAME [COUNT], "
-    "STAGE late|early FRAME [MS], STAGE truncate FRAME, STAGE nothing";
+    "STAGE change FRAME COLUMN[=VALUE], "
+    "STAGE drop|skip|repeat|copy|freeze|insert|reorder|corrupt|garble FRAME [COUNT], "
+    "STAGE late|early|jitter FRAME [MS], STAGE cut|truncate FRAME, STAGE nothing";
 
 /// Reads a defect's words. Throws std::invalid_argument that tells what is wrong and what is
 /// allowed.

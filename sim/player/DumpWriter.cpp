@@ -33,6 +33,14 @@ FrameValues ShownAgain(FrameValues values) {
   return values;
 }
 
+/// A frame between this one and the one before that nobody encoded.
+FrameValues Stranger(FrameValues values) {
+  values.pts90k -= kTicksPerMs;
+  Damage(values);
+  values.inputSize ^= 2;
+  return values;
+}
+
 }  // namespace
 
 DumpWriter::DumpWriter(std::ostream& out, Stage stage, std::vector<Defect> defects)
@@ -44,17 +52,27 @@ bool DumpWriter::Write(FrameValues values) {
   if (ended_) return false;
   const int64_t frame = values.frameNumber;
   ChangeValues(values);
-  values.clock90k += Delay90k(frame);
+  if (Has(DefectKind::kCut, frame)) return ended_ = true, false;
+  if (Has(DefectKind::kSkip, frame) && before_) skipped90k_ += values.clock90k - lastClock90k_;
+  lastClock90k_ = values.clock90k;
+  values.clock90k += Delay90k(frame) - skipped90k_;
+  if (Has(DefectKind::kFreeze, frame) && before_) {
+    Put(RowOf(format_, *before_));
+    return true;
+  }
+  before_ = values;
   std::string row = RowOf(format_, values);
+  if (Has(DefectKind::kInsert, frame)) row = RowOf(format_, Stranger(values)) + row;
   if (Has(DefectKind::kGarble, frame)) Garble(row);
   if (Has(DefectKind::kTruncate, frame)) {
     ended_ = true;
     return Put(row.substr(0, row.size() / 2)), false;
   }
   if (Has(DefectKind::kRepeat, frame)) row += RowOf(format_, ShownAgain(values));
+  if (Has(DefectKind::kCopy, frame)) row += RowOf(format_, values);
   if (Has(DefectKind::kReorder, frame))
     held_ += row;
-  else if (!Has(DefectKind::kDrop, frame))
+  else if (!Has(DefectKind::kDrop, frame) && !Has(DefectKind::kSkip, frame))
     Put(row);
   return true;
 }
@@ -76,6 +94,8 @@ int64_t DumpWriter::Delay90k(int64_t frame) const {
     if (frame < defect.frame) continue;
     if (defect.kind == DefectKind::kLate) delayMs += defect.value.value_or(0);
     if (defect.kind == DefectKind::kEarly) delayMs -= defect.value.value_or(0);
+    if (defect.kind == DefectKind::kJitter && frame == defect.frame)
+      delayMs += defect.value.value_or(0);
   }
   return delayMs * kTicksPerMs;
 }

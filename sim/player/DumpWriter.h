@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,10 @@ class DumpWriter {
   std::ostream& out_;
   const DumpFormat& format_;
   std::vector<Defect> defects_;
-  std::string held_;  // rows that come behind the next one
+  std::string held_;                   // rows that come behind the next one
+  std::optional<FrameValues> before_;  // of the last row
+  int64_t lastClock90k_ = 0;           // as it would have been
+  int64_t skipped90k_ = 0;
   bool ended_ = false;
 };
 

@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "DumpGenerator.h"
+#include "DumpReader.h"
+#include "DumpWriter.h"
 #include "Number.h"
 #include "PlayedCases.h"
 
@@ -38,7 +40,9 @@ struct Options {
   std::optional<int64_t> startPts90k;
   int64_t audioOffsetMs = 0;
   std::vector<Stage> stages;
+  fs::path golden;  // files that are there instead of drawn ones
   std::vector<player::Defect> defects;
+  bool carriesOn = false;
 };
 
 struct Option {
@@ -79,12 +83,18 @@ constexpr Option kOptions[] = {
      [](Options& o, const std::string& text) {
        o.audioOffsetMs = ParseNumber(text, "number of milliseconds", -10000, 10000);
      }},
+    {"--golden", "DIR", "golden files of a real playing, whose dumps are made; no values are drawn",
+     [](Options& o, const std::string& text) { o.golden = text; }},
+    {"--carry-on", "", "defects show in the dumps of the stages behind too, as on the board",
+     [](Options& o, const std::string&) { o.carriesOn = true; }},
     {"--stage", "STAGE", "only this stage; can be given several times",
      [](Options& o, const std::string& text) { o.stages.push_back(player::ParseStage(text)); }},
     {"--defect", "STAGE:KIND[:FRAME[:DETAIL]]",
-     "puts a defect into the stage's dump: change (DETAIL is COLUMN[=VALUE]), drop, repeat,\n"
-     "      reorder, corrupt, garble (DETAIL is a number of frames), late, early (DETAIL is in\n"
-     "      milliseconds), truncate, nothing (takes no FRAME); can be given several times",
+     "puts a defect into the stage's dump: change (DETAIL is COLUMN[=VALUE]), drop, skip,\n"
+     "      repeat, copy, freeze, insert, reorder, corrupt, garble (DETAIL is a number of "
+     "frames),\n"
+     "      late, early, jitter (DETAIL is in milliseconds), cut, truncate, nothing (takes no\n"
+     "      FRAME); can be given several times",
      [](Options& o, const std::string& text) { o.defects.push_back(player::ParseDefect(text)); }},
 };
 
@@ -137,17 +147,49 @@ void WriteFile(const fs::path& path, const player::Clip& clip, const player::Run
   if (!file) throw std::runtime_error("cannot write " + path.string());
 }
 
+/// The defects that a stage's dump shows: its own, or with those of the stages before it.
+std::vector<player::Defect> DefectsOf(Stage stage, const Options& options) {
+  if (!options.carriesOn) return options.defects;
+  std::vector<player::Defect> seen = player::DefectsSeenBy(stage, options.defects);
+  for (player::Defect& defect : seen) defect.stage = stage;
+  return seen;
+}
+
+constexpr int64_t kGoldenClock90k = 81'000'000;
+constexpr int64_t kDumpClock90k = 97'654'321;
+
+/// Writes a stage's dump of the playing that a golden file is of.
+void WriteDumpOf(const fs::path& golden, const fs::path& path, Stage stage,
+                 std::vector<player::Defect> defects) {
+  std::erase_if(defects, [stage](const player::Defect& defect) { return defect.stage != stage; });
+  fs::create_directories(path.parent_path());
+  std::ofstream file(path, std::ios::binary);
+  player::DumpWriter writer(file, stage, std::move(defects));
+  bool goesOn = true;
+  for (player::FrameValues values : player::ReadDump(golden, stage)) {
+    values.clock90k += kDumpClock90k - kGoldenClock90k;
+    goesOn = goesOn && writer.Write(values);
+  }
+  if (goesOn) writer.End();
+  file.close();
+  if (!file) throw std::runtime_error("cannot write " + path.string());
+}
+
 void Generate(const Options& options) {
   const player::Clip clip = ClipOf(options);
-  constexpr int64_t kGoldenClock90k = 81'000'000;
-  constexpr int64_t kDumpClock90k = 97'654'321;
   for (const Stage stage : options.stages) {
     const std::string name = player::DumpNameOf(*options.played, stage);
+    if (!options.golden.empty()) {
+      if (player::WritesNothing(stage, options.defects)) continue;
+      WriteDumpOf(options.golden / name, options.home / "dump_tmp" / name, stage,
+                  DefectsOf(stage, options));
+      continue;
+    }
     WriteFile(options.home / "golden_data/playback" / options.goldenSet / name, clip,
               {kGoldenClock90k, 0}, stage, {});
     const fs::path dump = options.dumpDirectory / player::FormatOf(stage).fileName;
     if (player::WritesNothing(stage, options.defects)) continue;
-    WriteFile(dump, clip, {kDumpClock90k, options.audioOffsetMs}, stage, options.defects);
+    WriteFile(dump, clip, {kDumpClock90k, options.audioOffsetMs}, stage, DefectsOf(stage, options));
     const fs::path kept = options.home / "dump_tmp" / name;
     fs::create_directories(kept.parent_path());
     fs::copy_file(dump, kept, fs::copy_options::overwrite_existing);

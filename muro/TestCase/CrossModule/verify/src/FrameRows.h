@@ -25,6 +25,11 @@ struct FrameRow {
   bool markedDropped = false;
 };
 
+/// True when two whole rows show the same at the same time.
+inline bool ShowSame(const FrameRow& a, const FrameRow& b) {
+  return a.whole && b.whole && a.pts == b.pts && a.content == b.content;
+}
+
 /// Stands in `ColumnDifference` for line ends that differ.
 inline constexpr std::size_t kLineEndColumn = 31;
 

@@ -132,12 +132,10 @@ class Pairer {
     for (std::size_t g = 0; g < golden_.size(); ++g) {
       const Partner partner = pairing_.golden[g];
       if (!IsMonotone(partner.bond)) continue;
-      const std::size_t d = std::exchange(free, partner.place + 1);
-      const bool isSame = d < partner.place && dump_[d].whole &&
-                          dump_[d].pts == dump_[partner.place].pts &&
-                          dump_[d].content == dump_[partner.place].content;
+      std::size_t d = std::exchange(free, partner.place + 1);
+      while (d < partner.place && !ShowSame(dump_[d], dump_[partner.place])) ++d;
       const bool fitBefore = std::exchange(numbersFit, IsNumberedAs(g, partner.place));
-      if (!isSame || (fitBefore && numbersFit && !IsNumberedAs(g, d))) continue;
+      if (d == partner.place || (fitBefore && numbersFit && !IsNumberedAs(g, d))) continue;
       pairing_.dump[partner.place] = {};
       Join(g, d, partner.bond);
       free = d + 1;
@@ -189,7 +187,7 @@ class Pairer {
         const FrameRow& before = dump_[d - back];
         const bool isShown =
             pairing_.repeats[d - back] || pairing_.dump[d - back].bond != Bond::kNone;
-        if (!isShown || before.pts != dump_[d].pts || before.content != dump_[d].content) continue;
+        if (!isShown || !ShowSame(before, dump_[d])) continue;
         pairing_.repeats[d] = true;
         break;
       }

@@ -9,10 +9,6 @@ namespace {
 /// Rows between two looks at the drift.
 constexpr int64_t kSampleDistance = 64;
 
-bool ShowSame(const FrameRow& a, const FrameRow& b) {
-  return a.whole && b.whole && a.pts == b.pts && a.content == b.content;
-}
-
 bool IsInOrder(const Partner& partner) {
   return partner.bond != Bond::kNone && partner.bond != Bond::kMoved;
 }
