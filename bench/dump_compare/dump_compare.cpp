@@ -1,6 +1,7 @@
-// dump_compare [ROWS [ROUNDS]]: the verifiers as whole programs beside other ways to compare dumps,
-// in one run. Both programs of a line run in turn, round by round, with their output to a file; the
-// ratio is the median of the rounds' ratios.
+// dump_compare [ROWS [ROUNDS [WORD]]]: the verifiers as whole programs beside other ways to compare
+// dumps, in one run. Both programs of a line run in turn, round by round, with their output to a
+// file; the ratio is the median of the rounds' ratios. With WORD only the lines of that stage, kind
+// or program.
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -70,7 +71,7 @@ bool Run(const Words& words, Figures& figures) {
 
 Words Dumps::Pair(const std::string& stage, long rows, const std::string& kind) {
   const std::string name = stage + "-" + std::to_string(rows);
-  const std::string golden = PathOf(name + ".golden");
+  const std::string golden = PathOf(name + (kind == "one_row" ? ".one_row" : "") + ".golden");
   const std::string sample = PathOf(name + "." + kind);
   Figures unused;
   if (!std::filesystem::exists(sample) &&
@@ -140,6 +141,7 @@ struct Line {
   const char* otherKind;
   Bar bar;
   double limit;
+  const char* ours = "verifier";
 };
 constexpr Line kLines[] = {
     {"VDEC", "clock", "cmp", "equal", Bar::kLonger, 6},
@@ -162,9 +164,27 @@ constexpr Line kLines[] = {
     {"Audio", "clock", "strtok", "clock", Bar::kFaster, 8},
     {"Audio", "percent", "verifier", "clock", Bar::kLonger, 2},
     {"Audio", "every", "strtok", "every", Bar::kFaster, 3},
+    {"VDEC", "events", "verifier", "events", Bar::kLonger, 3, "analysis"},
+    {"VO", "events", "verifier", "events", Bar::kLonger, 3, "analysis"},
+    {"Scaler", "events", "verifier", "events", Bar::kLonger, 3, "analysis"},
+    {"OMXIN", "events", "verifier", "events", Bar::kLonger, 3, "analysis"},
+    {"DVO", "events", "verifier", "events", Bar::kLonger, 3, "analysis"},
+    {"Audio", "events", "verifier", "events", Bar::kLonger, 3, "analysis"},
+    {"VDEC", "equal", "verifier", "equal", Bar::kLonger, 10, "analysis"},
+    {"VDEC", "every", "verifier", "every", Bar::kLonger, 10, "analysis"},
+    {"VDEC", "unrelated", "verifier", "unrelated", Bar::kLonger, 10, "analysis"},
+    {"VDEC", "one_row", "verifier", "one_row", Bar::kLonger, 10, "analysis"},
+    {"Scaler", "equal", "verifier", "equal", Bar::kLonger, 10, "analysis"},
+    {"Scaler", "every", "verifier", "every", Bar::kLonger, 10, "analysis"},
+    {"Scaler", "unrelated", "verifier", "unrelated", Bar::kLonger, 10, "analysis"},
+    {"Scaler", "one_row", "verifier", "one_row", Bar::kLonger, 10, "analysis"},
+    {"OMXIN", "every", "verifier", "every", Bar::kLonger, 10, "analysis"},
+    {"OMXIN", "unrelated", "verifier", "unrelated", Bar::kLonger, 10, "analysis"},
+    {"OMXIN", "one_row", "verifier", "one_row", Bar::kLonger, 10, "analysis"},
 };
 
 Words CommandOf(const std::string& program, const std::string& stage, const Words& pair) {
+  if (program == "analysis") return Words{ANALYSE_DUMP, stage} + pair;
   if (program == "verifier") return Words{VERIFY_DUMP, stage} + pair;
   if (program == "fscanf") return Words{WITH_FSCANF, stage} + pair;
   if (program == "strtok") return Words{WITH_STRTOK, stage} + pair;
@@ -178,7 +198,7 @@ long NumberIn(const char* text) {
   char* end = nullptr;
   const long number = std::strtol(text, &end, 10);
   if (end != text && *end == '\0' && number > 0) return number;
-  std::exit((std::fprintf(stderr, "usage: dump_compare [ROWS [ROUNDS]]\n"), 2));
+  std::exit((std::fprintf(stderr, "usage: dump_compare [ROWS [ROUNDS [WORD]]]\n"), 2));
 }
 
 }  // namespace
@@ -186,15 +206,19 @@ long NumberIn(const char* text) {
 int main(int argc, char** argv) {
   const long rows = argc > 1 ? NumberIn(argv[1]) : 1'000'000;
   const int rounds = argc > 2 ? static_cast<int>(NumberIn(argv[2])) : 15;
+  const std::string only = argc > 3 ? argv[3] : "";
   Dumps dumps;
   Comparison comparison(rounds);
   for (const Line& line : kLines) {
+    if (!only.empty() && only != line.stage && only != line.kind && only != line.ours) continue;
     comparison.Print(
-        std::string(line.stage) + ", " + line.kind,
-        CommandOf("verifier", line.stage, dumps.Pair(line.stage, rows, line.kind)), line.other,
+        std::string(line.stage) + ", " + line.kind +
+            (line.ours == std::string("verifier") ? "" : std::string(", ") + line.ours),
+        CommandOf(line.ours, line.stage, dumps.Pair(line.stage, rows, line.kind)), line.other,
         CommandOf(line.other, line.stage, dumps.Pair(line.stage, rows, line.otherKind)), line.bar,
         line.limit);
   }
+  if (!only.empty()) return 0;
   const Words small = dumps.Pair("VDEC", rows / 10, "clock");
   comparison.Print("VDEC, clock, a tenth of the rows", CommandOf("verifier", "VDEC", small),
                    "numdiff", CommandOf("numdiff", "VDEC", small), Bar::kFaster, 100);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <string>
 #include <string_view>
 
 #include "DumpGenerator.h"
@@ -15,11 +16,21 @@ using player::FrameValues;
 /// How the sample differs from the golden file.
 struct Kind {
   std::string_view name;
-  int64_t clock90k;     // the board's clock at the start of the sample's run
-  int64_t changeEvery;  // one field differs in every n-th row; 0: in none
+  int64_t clock90k;          // the board's clock at the start of the sample's run
+  int64_t changeEvery;       // one field differs in every n-th row; 0: in none
+  int64_t spoilEvery = 0;    // something happens to every n-th row; 0: to none
+  bool isUnrelated = false;  // another clip at another rate
+  bool isOneRow = false;     // both files have their first row again and again
 };
 constexpr Kind kKinds[] = {
-    {"equal", 0, 0}, {"clock", 12345678, 0}, {"percent", 12345678, 100}, {"every", 12345678, 1}};
+    {"equal", 0, 0},
+    {"clock", 12345678, 0},
+    {"percent", 12345678, 100},
+    {"every", 12345678, 1},
+    {"events", 12345678, 0, 1000},
+    {"unrelated", 12345678, 0, 0, true},
+    {"one_row", 12345678, 0, 0, false, true},
+};
 
 /// Another column in every row, but for the frame number and the clock.
 void Change(const player::DumpFormat& format, int64_t row, FrameValues& values) {
@@ -34,16 +45,31 @@ void Change(const player::DumpFormat& format, int64_t row, FrameValues& values) 
   }
 }
 
+/// A row with what happened to it: lost, there twice, damaged or with another value.
+std::string Spoiled(const player::DumpFormat& format, int64_t row, const Kind& kind,
+                    FrameValues values) {
+  const int64_t turn = row % kind.spoilEvery == kind.spoilEvery / 2 ? row / kind.spoilEvery % 4 : 4;
+  if (turn == 0) return "";
+  if (turn == 2) values.inputSize += 1, values.crcDecoded += 1, values.crcOutput += 1;
+  if (turn == 2) values.crcScalerInput += 1, values.audioCheck += 1;
+  if (turn == 3) Change(format, 7, values);
+  const std::string text = player::RowOf(format, values);
+  return turn == 1 ? text + text : text;
+}
+
 void Write(const char* path, player::Stage stage, int64_t rows, const Kind& kind) {
   player::Clip clip;
   clip.hdr = true;
+  if (kind.isUnrelated) clip.seed = 77, clip.frameRateMilliHz = 59000;
   const player::DumpFormat& format = player::FormatOf(stage);
   std::ofstream out(path);
   out << player::TitleOf(format);
   for (int64_t row = 0; row < rows; ++row) {
-    FrameValues values = player::ValuesOf(clip, {kind.clock90k, 0}, stage, row);
+    FrameValues values =
+        player::ValuesOf(clip, {kind.clock90k, 0}, stage, kind.isOneRow ? 300 : row);
     if (kind.changeEvery != 0 && row % kind.changeEvery == 0) Change(format, row, values);
-    out << player::RowOf(format, values);
+    out << (kind.spoilEvery == 0 ? player::RowOf(format, values)
+                                 : Spoiled(format, row, kind, values));
   }
   out << player::EndOf(format);
 }
@@ -57,11 +83,13 @@ int main(int argc, char** argv) {
         continue;
       }
       const int64_t rows = std::atoll(argv[2]);
-      Write(argv[4], stage, rows, kKinds[0]);
-      Write(argv[5], stage, rows, kind);
+      const Kind golden{
+          .name = "golden", .clock90k = 0, .changeEvery = 0, .isOneRow = kind.isOneRow};
+      Write(argv[4], stage, rows, golden);
+      Write(argv[5], stage, kind.isOneRow ? rows - 10 : rows, kind);
       return 0;
     }
   }
-  std::fprintf(stderr, "usage: make_dumps STAGE ROWS equal|clock|percent|every GOLDEN SAMPLE\n");
+  std::fprintf(stderr, "usage: make_dumps STAGE ROWS KIND GOLDEN SAMPLE\n");
   return 2;
 }

@@ -39,6 +39,7 @@ class Pairer {
   Pairing Pair() {
     const bool hasBoth = shape_.HasPts() && shape_.HasContent();
     if (knowsNumbers_) PairBy(kPts | kContent | kNumber, Bond::kSame);
+    if (!shape_.HasPts()) MarkNumberedRepeats();
     PairBy(kPts | kContent, Bond::kSame);
     PullForward();
     PairMoved();
@@ -177,6 +178,16 @@ class Pairer {
         const auto at = golden.find(key);
         if (at != golden.end()) Join(at->second, d, Bond::kMoved);
       }
+    }
+  }
+
+  /// In a still picture only the number tells that a row is the one before once more.
+  void MarkNumberedRepeats() {
+    const bool areNumbered =
+        golden_.size() > 1 && golden_[0].frame != golden_[golden_.size() - 1].frame;
+    for (std::size_t d = 1; areNumbered && d < dump_.size(); ++d) {
+      if (pairing_.dump[d].bond == Bond::kNone && dump_[d].frame == dump_[d - 1].frame)
+        pairing_.repeats[d] = ShowSame(dump_[d - 1], dump_[d]);
     }
   }
 
