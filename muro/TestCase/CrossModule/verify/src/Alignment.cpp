@@ -1,6 +1,7 @@
 #include "Alignment.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <iterator>
 
@@ -30,11 +31,28 @@ struct PlacedKey {
   }
 };
 
-/// The keys that occur once, in ascending order.
-std::vector<PlacedKey> UniqueKeys(Keys keys, std::size_t from, std::size_t to) {
+/// Tells most keys that a stretch does not have, so that they need not be sorted.
+class KeyFilter {
+ public:
+  explicit KeyFilter(Keys keys) : bits_(std::bit_ceil(keys.size()) * 16) {
+    for (const uint64_t key : keys) bits_[Place(key)] = true;
+  }
+
+  bool MayHave(uint64_t key) const { return bits_[Place(key)]; }
+
+ private:
+  std::size_t Place(uint64_t key) const { return (key ^ key >> 29) & (bits_.size() - 1); }
+
+  std::vector<bool> bits_;
+};
+
+/// The keys that occur once, and may occur in the other stretch, in ascending order.
+std::vector<PlacedKey> UniqueKeys(Keys keys, std::size_t from, std::size_t to,
+                                  const KeyFilter& other) {
   std::vector<PlacedKey> all;
-  all.reserve(to - from);
-  for (std::size_t i = from; i < to; ++i) all.push_back({keys[i], i});
+  for (std::size_t i = from; i < to; ++i) {
+    if (other.MayHave(keys[i])) all.push_back({keys[i], i});
+  }
   std::sort(all.begin(), all.end());
   std::vector<PlacedKey> unique;
   for (std::size_t i = 0; i < all.size(); ++i) {
@@ -94,8 +112,10 @@ class Aligner {
   }
 
   std::vector<KeyPair> Anchors(const Stretch& stretch) const {
-    const auto golden = UniqueKeys(golden_, stretch.golden, stretch.goldenEnd);
-    const auto dump = UniqueKeys(dump_, stretch.dump, stretch.dumpEnd);
+    const KeyFilter inGolden(golden_.subspan(stretch.golden, stretch.GoldenSize()));
+    const KeyFilter inDump(dump_.subspan(stretch.dump, stretch.DumpSize()));
+    const auto golden = UniqueKeys(golden_, stretch.golden, stretch.goldenEnd, inDump);
+    const auto dump = UniqueKeys(dump_, stretch.dump, stretch.dumpEnd, inGolden);
     std::vector<KeyPair> common;
     for (auto g = golden.begin(), d = dump.begin(); g != golden.end() && d != dump.end();) {
       if (g->key == d->key) common.push_back({g->place, d->place});

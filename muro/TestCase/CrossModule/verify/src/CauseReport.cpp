@@ -142,9 +142,10 @@ std::vector<const FrameEvent*> CausesOf(const CaseEvents& found) {
 void PrintPacing(std::ostream& out, const StageEvents& stage) {
   const Pacing& pacing = *stage.pacing;
   out << std::left << std::setw(kNameWidth) << FindStage(stage.stage)->simpleName
-      << "pacing: " << Fixed(pacing.ratePerSecond, 3) << ' ' << RowNoun(stage.stage) << "s a second, longest "
-      << Milliseconds(pacing.worstInterval) << ", " << pacing.unevenPictures << " uneven, drift "
-      << (pacing.driftPpm < 0 ? "" : "+") << Fixed(pacing.driftPpm, 1) << " ppm\n";
+      << "pacing: " << Fixed(pacing.ratePerSecond, 3) << ' ' << RowNoun(stage.stage)
+      << "s a second, longest " << Milliseconds(pacing.worstInterval) << ", "
+      << pacing.unevenPictures << " uneven, drift " << (pacing.driftPpm < 0 ? "" : "+")
+      << Fixed(pacing.driftPpm, 1) << " ppm\n";
 }
 
 std::string Text(const std::string& value) {

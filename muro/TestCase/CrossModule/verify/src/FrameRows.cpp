@@ -34,13 +34,19 @@ std::optional<std::size_t> PtsOf(std::span<const StageColumn> columns) {
   return low ? low : Named(columns, "pts");
 }
 
+/// For each character, whether it is a decimal (1) or a hexadecimal digit (2).
+constexpr auto kDigits = [] {
+  std::array<uint8_t, 256> digits{};
+  for (std::size_t i = 0; i < 10; ++i) digits['0' + i] = 3;
+  for (std::size_t i = 0; i < 6; ++i) digits['a' + i] = digits['A' + i] = 2;
+  return digits;
+}();
+
 bool IsNumber(std::string_view field, bool hexadecimal) {
   if (field.starts_with('-')) field.remove_prefix(1);
-  const auto isDigit = [&](char c) {
-    const char lower = static_cast<char>(c | 0x20);
-    return (c >= '0' && c <= '9') || (hexadecimal && lower >= 'a' && lower <= 'f');
-  };
-  return !field.empty() && std::ranges::all_of(field, isDigit);
+  uint8_t all = hexadecimal ? 2 : 1;
+  for (const char c : field) all &= kDigits[static_cast<uint8_t>(c)];
+  return all != 0 && !field.empty();
 }
 
 /// What ends a row behind its last value.
@@ -180,7 +186,7 @@ SameRows::SameRows(const Stage& stage) : way_(Way::kItems), items_(FormatOf(stag
   const RowFormat format = FormatOf(stage.columns);
   if (!RowShape(stage).HasClock()) {
     way_ = Way::kWhole;
-  } else if (format.counterItem == 1 && format.hexadecimal == 0) {
+  } else if (format.hexadecimal == 0) {  // the counter is the second field
     way_ = Way::kSecondField;
   }
 }

@@ -12,6 +12,9 @@ namespace {
 /// How far before a row that it shows again may be.
 constexpr std::size_t kRepeatDistance = 16;
 
+/// Rows of a stretch that are looked at as moved ones.
+constexpr int kMostMoved = 256;
+
 /// What makes two rows the same at one level.
 enum KeyPart : unsigned { kPts = 1, kContent = 2, kIdentity = 4, kNumber = 8 };
 
@@ -153,7 +156,7 @@ class Pairer {
 
   using Places = std::unordered_map<uint64_t, std::size_t>;
 
-  /// The keys of rows without a partner that no other row of the stretch has.
+  /// The rows without a partner by their keys.
   Places LoneKeys(const std::deque<FrameRow>& rows, const std::vector<Partner>& partners,
                   unsigned parts, bool isDump) const {
     Places lone;
@@ -161,22 +164,27 @@ class Pairer {
       if (partners[i].bond == Bond::kNone && rows[i].whole)
         lone.emplace(KeyOf(rows[i], parts, isDump, isDump ? frameOffset_ : 0), i);
     }
-    if (lone.empty()) return lone;
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const auto at = lone.find(KeyOf(rows[i], parts, isDump, isDump ? frameOffset_ : 0));
-      if (at != lone.end() && at->second != i) lone.erase(at);
-    }
     return lone;
   }
 
-  /// What is left on both sides with one key has moved.
+  bool IsAlone(const std::deque<FrameRow>& rows, std::size_t at, unsigned parts) const {
+    const uint64_t key = KeyOf(rows[at], parts, true, 0);
+    return std::ranges::count_if(rows, [&](const FrameRow& row) {
+             return row.whole && KeyOf(row, parts, true, 0) == key;
+           }) == 1;
+  }
+
+  /// What is left on both sides with a key that no other row has was moved.
   void PairMoved() {
     for (const unsigned parts : {kPts | kContent | kNumber, kPts | kContent}) {
       const Places golden = LoneKeys(golden_, pairing_.golden, parts, false);
       if (golden.empty()) return;
+      int tried = 0;
       for (const auto& [key, d] : LoneKeys(dump_, pairing_.dump, parts, true)) {
         const auto at = golden.find(key);
-        if (at != golden.end()) Join(at->second, d, Bond::kMoved);
+        if (at == golden.end() || ++tried > kMostMoved) continue;
+        if (IsAlone(golden_, at->second, parts) && IsAlone(dump_, d, parts))
+          Join(at->second, d, Bond::kMoved);
       }
     }
   }

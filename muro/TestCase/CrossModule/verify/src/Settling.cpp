@@ -111,21 +111,23 @@ void Settling::TakeSame(std::string_view golden, int64_t place, std::string_view
   lastGolden_.place = place;
 }
 
-std::optional<std::pair<FrameRow, FrameRow>> Settling::LastPair() {
-  if (!hasLast_) return std::nullopt;
-  if (lastIsText_) {
+bool Settling::ParseLast() {
+  if (hasLast_ && lastIsText_) {
     shape_.Parse(lastText_, lastGolden_);
     lastDump_ = lastGolden_;
     lastDump_.clock = lastDumpClock_;
     lastIsText_ = false;
   }
-  if (!lastGolden_.whole) return std::nullopt;
+  return hasLast_ && lastGolden_.whole;
+}
+
+std::optional<std::pair<FrameRow, FrameRow>> Settling::LastPair() {
+  if (!ParseLast()) return std::nullopt;
   return std::pair{lastGolden_, lastDump_};
 }
 
 void Settling::KeepPair(const FrameRow& golden, const FrameRow& dump) {
-  LastPair();
-  const bool goesOn = hasLast_ && ShowSame(golden, lastGolden_);
+  const bool goesOn = ParseLast() && ShowSame(golden, lastGolden_);
   if (!goesOn) run_ = {golden.place, golden.frame, PtsOf(golden)};
   lastGolden_ = golden;
   lastDump_ = dump;
@@ -133,8 +135,8 @@ void Settling::KeepPair(const FrameRow& golden, const FrameRow& dump) {
   lastIsText_ = false;
 }
 
-void Settling::TakePair(const FrameRow& golden, const FrameRow& dump) {
-  Pair(golden, dump, Bond::kSame, compared_.Take(golden), true);
+void Settling::TakePair(const FrameRow& golden, const FrameRow& dump, Bond bond) {
+  Pair(golden, dump, bond, compared_.Take(golden), true);
   KeepPair(golden, dump);
 }
 
@@ -147,8 +149,7 @@ void Settling::Pair(const FrameRow& golden, const FrameRow& dump, Bond bond, boo
   }
   ++pairs_;
   if (isInOrder) {
-    if (const auto before = LastPair(); before && !frameBefore_)
-      frameBefore_ = before->second.frame;
+    if (ParseLast() && !frameBefore_) frameBefore_ = lastDump_.frame;
     numbers_.Add(EventAt(EventKind::kChanged, golden), dump.frame,
                  std::exchange(frameBefore_, std::nullopt),
                  isCompared && shape_.ComparesFrameNumbers());
@@ -170,7 +171,7 @@ void Settling::NoteDifference(const FrameRow& golden, const FrameRow& dump, Bond
     return;
   }
   if (golden.content != dump.content) {
-    LastPair();
+    ParseLast();
     if (IsFrozen(golden, dump)) {
       if (!frozen_) frozen_ = lastGolden_;
       RowEvent event = EventAt(EventKind::kRepeated, *frozen_);

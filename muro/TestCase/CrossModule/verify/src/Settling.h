@@ -40,7 +40,7 @@ class Settling {
   void TakeSame(std::string_view golden, int64_t place, std::string_view dump, std::size_t counter);
 
   /// Takes a pair of rows.
-  void TakePair(const FrameRow& golden, const FrameRow& dump);
+  void TakePair(const FrameRow& golden, const FrameRow& dump, Bond bond);
 
   /// The last pair of rows; nothing at the beginning.
   std::optional<std::pair<FrameRow, FrameRow>> LastPair();
@@ -61,6 +61,7 @@ class Settling {
     std::optional<uint32_t> pts = {};
   };
 
+  bool ParseLast();
   std::optional<uint32_t> PtsOf(const FrameRow& row) const;
   RowEvent EventAt(EventKind kind, const FrameRow& golden) const;
   void NoteShown(const FrameRow& golden);

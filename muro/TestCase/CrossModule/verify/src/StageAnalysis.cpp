@@ -127,12 +127,7 @@ class Analysis {
       dump_.Fill(1);
       if (golden_.rows.empty() && dump_.rows.empty()) break;
       if (isBeginning_) LearnOffsets();
-      if (IsInStep()) {
-        settling_.TakePair(golden_.rows.front(), dump_.rows.front());
-        Drop({1, 1});
-      } else {
-        Resolve();
-      }
+      if (!TakePair()) Resolve();
     }
     result_.goldenRows = golden_.RowsRead();
     settling_.End(result_);
@@ -160,13 +155,34 @@ class Analysis {
     return true;
   }
 
-  bool IsInStep() const {
-    if (golden_.rows.empty() || dump_.rows.empty()) return false;
-    const FrameRow& golden = golden_.rows.front();
-    const FrameRow& dump = dump_.rows.front();
+  /// Whether two rows are at one place by their numbers, and show the same picture.
+  bool IsInStep(const FrameRow& golden, const FrameRow& dump) const {
     if (!golden.whole || !dump.whole || golden.pts != dump.pts) return false;
     return dump.frame - golden.frame == settling_.FrameOffset() &&
-           (golden.content == dump.content || shape_.HasPts());
+           (golden.identity == dump.identity || shape_.HasPts());
+  }
+
+  bool IsInStep() const {
+    return !golden_.rows.empty() && !dump_.rows.empty() &&
+           IsInStep(golden_.rows.front(), dump_.rows.front());
+  }
+
+  /// Takes the first rows as a pair when they, or they but for the pts, are in step. The latter
+  /// is only sure when the next ones are in step too.
+  bool TakePair() {
+    Bond bond = Bond::kSame;
+    if (!IsInStep()) {
+      if (!shape_.HasPts() || !golden_.Fill(2) || !dump_.Fill(2)) return false;
+      const FrameRow& golden = golden_.rows.front();
+      const FrameRow& dump = dump_.rows.front();
+      const bool isShown = golden.whole && dump.whole && golden.content == dump.content &&
+                           dump.frame - golden.frame == settling_.FrameOffset();
+      if (!isShown || !IsInStep(golden_.rows[1], dump_.rows[1])) return false;
+      bond = Bond::kShown;
+    }
+    settling_.TakePair(golden_.rows.front(), dump_.rows.front(), bond);
+    Drop({1, 1});
+    return true;
   }
 
   /// A dump whose time stamps and numbers begin elsewhere keeps them at that distance.
