@@ -34,13 +34,15 @@ struct PlacedKey {
 /// Tells most keys that a stretch does not have, so that they need not be sorted.
 class KeyFilter {
  public:
-  explicit KeyFilter(Keys keys) : bits_(std::bit_ceil(keys.size()) * 16) {
+  explicit KeyFilter(Keys keys) : bits_(std::max(std::bit_ceil(keys.size()) * 16, kFewest)) {
     for (const uint64_t key : keys) bits_[Place(key)] = true;
   }
 
   bool MayHave(uint64_t key) const { return bits_[Place(key)]; }
 
  private:
+  static constexpr std::size_t kFewest = 16384;
+
   std::size_t Place(uint64_t key) const { return (key ^ key >> 29) & (bits_.size() - 1); }
 
   std::vector<bool> bits_;
@@ -140,10 +142,19 @@ class Aligner {
     AlignStretch({golden, stretch.goldenEnd, dump, stretch.dumpEnd}, false);
   }
 
+  /// Keys of the dump that golden may have too.
+  std::ptrdiff_t CountCommon(const Stretch& stretch) const {
+    const KeyFilter inGolden(golden_.subspan(stretch.golden, stretch.GoldenSize()));
+    return std::ranges::count_if(dump_.subspan(stretch.dump, stretch.DumpSize()),
+                                 [&](uint64_t key) { return inGolden.MayHave(key); });
+  }
+
   /// Looks for the fewest rows to leave out and put in.
   void AlignByEdits(const Stretch& stretch) {
     const auto goldenSize = static_cast<int>(stretch.GoldenSize());
     const auto dumpSize = static_cast<int>(stretch.DumpSize());
+    const auto common = static_cast<int>(CountCommon(stretch));
+    if (common == 0 || goldenSize + dumpSize - 2 * common > kMostEdits) return;
     reached_.clear();
     for (int edits = 0; edits <= std::min(kMostEdits, goldenSize + dumpSize); ++edits) {
       for (int diagonal = -edits; diagonal <= edits; ++diagonal)

@@ -239,7 +239,7 @@ class Strip {
          << "\" r=\"4\" fill=\"#ffffff\" stroke=\"#222222\"/>\n<text x=\"" << x + 14 << "\" y=\""
          << y + 5 << "\">flash</text>\n<circle cx=\"" << x + kLegendColumn << "\" cy=\"" << y
          << "\" r=\"4\" fill=\"#222222\"/>\n<text x=\"" << x + kLegendColumn + 14 << "\" y=\""
-         << y + 5 << "\">beep, + ms: sound ahead, !: outside the tolerance</text>\n";
+         << y + 5 << "\">beep; TimeDiff, ! outside the tolerance</text>\n";
   }
 
   void List() {

@@ -10,7 +10,7 @@
 namespace {
 
 /// How far before a row that it shows again may be.
-constexpr std::size_t kRepeatDistance = 16;
+constexpr std::size_t kRepeatDistance = 4;
 
 /// Rows of a stretch that are looked at as moved ones.
 constexpr int kMostMoved = 256;
