@@ -29,6 +29,17 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
+/// The causes that close a report, without the pacing of stages; empty when there are none.
+std::string Causes(const std::string& report) {
+  std::string causes;
+  const auto begin = report.find("\nCauses\n");
+  std::istringstream lines(begin == std::string::npos ? "" : report.substr(begin + 8));
+  for (std::string line; std::getline(lines, line);) {
+    if (!Contains(line, "pacing: ")) causes += line + "\n";
+  }
+  return causes;
+}
+
 class PlaybackTest : public test::BoardFixture {
  protected:
   /// Switches the board on and goes to the playback module's menu.
@@ -115,52 +126,101 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
     Strings firstError;  // frame and field, as the stage's row shows them
     Strings stages;      // all that fail, by name
     const char* named;   // as the first bad stage; empty: there is none
+    const char* cause;   // the only one; empty: nothing failed
   } kCases[] = {
       {"vdec corrupt 300",
        "[VDEC]",
        {"300", "crc"},
        {"[Scaler]", "[VDEC]", "[VO]"},
-       "[VDEC]   frame 300, crc = "},
+       "[VDEC]   frame 300, crc = ",
+       "VDEC    frame 300 (6.021 s): 1 picture damaged; seen in VO, Scaler\n"},
       {"omxin drop 200",
        "[OMXIN]",
        {"200", "frame_no"},
        {"[DVO]", "[OMXIN]", "[OMXOUT]", "[Scaler]", "[VDEC]", "[VO]"},
-       "[OMXIN] frame 200"},
+       "[OMXIN] frame 200",
+       "OMXIN   frame 200 (3.355 s): 1 packet dropped, time kept; seen in VDEC, OMXOUT, DVO, VO, "
+       "Scaler\n"},
       {"omxout reorder 250",
        "[OMXOUT]",
        {"250", "frame_no"},
        {"[DVO]", "[OMXOUT]", "[Scaler]", "[VO]"},
-       "[OMXOUT] frame 250"},
+       "[OMXOUT] frame 250",
+       "OMXOUT  frame 250 (4.355 s): in another order up to frame 251; seen in DVO, VO, Scaler\n"},
       {"dvo repeat 200",
        "[DVO]",
        {"201", "frame_no"},
        {"[DVO]", "[Scaler]", "[VO]"},
-       "[DVO]    frame 201"},
-      {"vo drop 300 2", "[VO]", {"300", "frame_no"}, {"[Scaler]", "[VO]"}, "[VO]     frame 300"},
-      {"scaler corrupt 400 5", "[Scaler]", {"400", "crc_vgip"}, {"[Scaler]"}, "[Scaler] frame 400"},
-      {"audio corrupt 200", "[Audio]", {"200", "pcm_data_crc"}, {"[Audio]"}, "[Audio]  frame 200"},
+       "[DVO]    frame 201",
+       "DVO     frame 200 (3.355 s): 1 picture repeated, time kept; seen in VO, Scaler\n"},
+      {"vo drop 300 2",
+       "[VO]",
+       {"300", "frame_no"},
+       {"[Scaler]", "[VO]"},
+       "[VO]     frame 300",
+       "VO      frame 300 (6.021 s): 2 pictures dropped, time kept; seen in Scaler\n"},
+      {"scaler corrupt 400 5",
+       "[Scaler]",
+       {"400", "crc_vgip"},
+       {"[Scaler]"},
+       "[Scaler] frame 400",
+       "Scaler  frame 400 (9.061 s): 5 pictures damaged\n"},
+      {"audio corrupt 200",
+       "[Audio]",
+       {"200", "pcm_data_crc"},
+       {"[Audio]"},
+       "[Audio]  frame 200",
+       "Audio   frame 200 (4.267 s): 1 block damaged\n"},
       {"vo corrupt 300",
        "[VO]",
        {"300", "crc_vo"},
        {"[Scaler]", "[VO]"},
-       "[OMXOUT], [DVO] or [VO] frame 300"},
-      {"audio repeat 200", "[Audio]", {"-", "-"}, {"[Audio]"}, "[Audio]  compared "},
-      {"audio drop 200", "[Audio]", {"-", "-"}, {"[Audio]"}, "[Audio]  468 of 469 frames"},
+       "[OMXOUT], [DVO] or [VO] frame 300",
+       "VO      frame 300 (6.021 s): 1 picture damaged; seen in Scaler\n"},
+      {"audio repeat 200",
+       "[Audio]",
+       {"-", "-"},
+       {"[Audio]"},
+       "[Audio]  compared ",
+       "Audio   frame 200 (4.267 s): 1 block repeated, time kept\n"},
+      {"audio drop 200",
+       "[Audio]",
+       {"-", "-"},
+       {"[Audio]"},
+       "[Audio]  468 of 469 frames",
+       "Audio   frame 200 (4.267 s): 1 block dropped, time kept\n"},
       {"omxin change 200 input_flags",
        "[OMXIN]",
        {"200", "input_flags"},
        {"[OMXIN]"},
-       "[OMXIN] frame 200"},
+       "[OMXIN] frame 200",
+       "OMXIN   frame 200 (3.355 s): 1 packet changed in input_flags (17/16)\n"},
       {"dvo change 200 frame_rate=1",
        "[DVO]",
        {"200", "frame_rate"},
        {"[DVO]"},
-       "[DVO]    frame 200"},
-      {"vo change 200 width=1", "[VO]", {"200", "width"}, {"[VO]"}, "[VO]     frame 200"},
-      {"vdec truncate 300", "[VDEC]", {"300", "hdrInfo"}, {"[VDEC]"}, "[VDEC]   frame 300"},
-      {"omxout truncate 300", "[OMXOUT]", {"300", "hdrInfo"}, {"[OMXOUT]"}, "[OMXOUT] frame 300"},
-      {"scaler nothing", "[Scaler]", {"-", "-"}, {"[Scaler]"}, "[Scaler] not verified"},
-      {"vdec late 0 50", "[VDEC]", {"-", "-"}, {}, ""},  // no clock is compared
+       "[DVO]    frame 200",
+       "DVO     frame 200 (3.355 s): 1 picture changed in frame_rate (1/60000)\n"},
+      {"vo change 200 width=1",
+       "[VO]",
+       {"200", "width"},
+       {"[VO]"},
+       "[VO]     frame 200",
+       "VO      frame 200 (3.355 s): 1 picture changed in width (1/640)\n"},
+      {"vdec truncate 300",
+       "[VDEC]",
+       {"300", "hdrInfo"},
+       {"[VDEC]"},
+       "[VDEC]   frame 300",
+       "VDEC    frame 299 (5.988 s): the dump ends, 148 pictures missing\n"},
+      {"omxout truncate 300",
+       "[OMXOUT]",
+       {"300", "hdrInfo"},
+       {"[OMXOUT]"},
+       "[OMXOUT] frame 300",
+       "OMXOUT  frame 299 (5.988 s): the dump ends, 148 pictures missing\n"},
+      {"scaler nothing", "[Scaler]", {"-", "-"}, {"[Scaler]"}, "[Scaler] not verified", ""},
+      {"vdec late 0 50", "[VDEC]", {"-", "-"}, {}, "", ""},  // no clock is compared
   };
   Initialise();
   Pty& pty = OpenMenu();
@@ -172,12 +232,74 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
     EXPECT_TRUE(Contains(report, named) ? Contains(report, named + expected.named)
                                         : *expected.named == '\0')
         << expected.defect << report;
+    EXPECT_EQ(Causes(report), expected.cause) << expected.defect;
     const Strings row = test::Overview(report)[expected.stage];
     ASSERT_GE(row.size(), 5U) << report;
     EXPECT_EQ(Strings(row.begin() + 3, row.begin() + 5), expected.firstError) << expected.defect;
   }
+  SetDefect("vdec corrupt 200");
+  EXPECT_EQ(Cvnsim("defect vo drop 260"), "");
+  EXPECT_EQ(Causes(RunCase(pty, "1")),
+            "VDEC    frame 200 (3.355 s): 1 picture damaged; seen in VO, Scaler\n"
+            "VO      frame 260 (4.688 s): 1 picture dropped, time kept; seen in Scaler\n");
   EXPECT_EQ(Cvnsim("defect none"), "");
   EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << "nothing of them stays";
+}
+
+TEST_F(PlaybackTest, AnUnattendedRunHasEveryEventWithAnIdOfItsOwn) {
+  Initialise();
+  std::ofstream(OnBoard("/tmp/answers")) << "CMplaybackModule/8\t*[[]100]*\t1\n";
+  Pty& pty = Start({.arguments = {"--run", "CMplaybackModule/8", "--repeat", "2", "--answers",
+                                  "/tmp/answers", "--json", "/tmp/o.json"},
+                    .scenario = "defect vdec drop 300\n",
+                    .timeScale = 50});
+  ASSERT_TRUE(pty.ExpectEnd(kRunLimitMs));
+  const auto query = [&](const std::string& expression) {
+    return test::RunShell("jq -rsc '[.[]|select(.event==\"frame-event\")]|" + expression + "' " +
+                          test::Quoted(OnBoard("/tmp/o.json")))
+        .output;
+  };
+  EXPECT_EQ(query("length"), "10\n") << pty.Transcript();
+  EXPECT_EQ(query("[.[].id]|unique|length"), "10\n");
+  EXPECT_EQ(query("[.[]|select(.cause==null)|.stage+.case]"),
+            "[\"VDEC101-h264-FrtChg\",\"VDEC101-h264-FrtChg\"]\n");
+}
+
+TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
+  const struct {
+    const char* defect;
+    const char* verdict;
+    const char* named;  // as the first bad stage
+  } kCases[] = {
+      {"none", " 0ms ", ""},
+      {"audio late 0 20", "+20ms ", ""},
+      {"audio late 0 21", "FAIL(+1ms)", "[OMXIN] or [Audio], the sound 21 ms late"},
+      {"audio early 0 30", " -30ms ", ""},
+      {"audio early 0 31", "FAIL: (-1ms)", "[OMXIN] or [Audio], the sound 31 ms early"},
+      {"vdec late 0 50", "FAIL: (-20ms)", "[VDEC] 50 ms late"},
+      {"vo late 0 50", "FAIL: (-20ms)", "[VO] 50 ms late"},
+  };
+  Initialise();
+  Pty& pty = OpenMenu();
+  EXPECT_EQ(Cvnsim("counter 900000 0"), "") << "a drift can turn a tick into a millisecond";
+  for (const auto& expected : kCases) {
+    SetDefect(expected.defect);
+    const std::string report = RunCase(pty, "8");
+    EXPECT_EQ(StagesNotPassed(report), Strings()) << "checksums do not tell";
+    const std::string name = fs::path(pty.Groups()[1]).filename();
+    EXPECT_TRUE(pty.Expect(" *AV sync tolerance:"));
+    const bool fails = Contains(expected.verdict, "FAIL");
+    EXPECT_TRUE(Contains(pty.Before(), expected.verdict)) << expected.defect << pty.Before();
+    EXPECT_EQ(Contains(pty.Before(), "FAIL"), fails) << pty.Before();
+    EXPECT_EQ(Contains(pty.Before(), "PASS"), !fails) << "all flashes are alike";
+    EXPECT_TRUE(Contains(pty.Before(), "| frame     237")) << pty.Before();
+    EXPECT_TRUE(Contains(report, "| frame     237")) << "the stored report has it too";
+    EXPECT_EQ(Contains(report, "FAIL: 7 of 7 flashes outside the tolerance\n First bad stage: " +
+                                   std::string(expected.named) + "\n"),
+              fails)
+        << report;
+    EXPECT_EQ(fs::exists(Board() / kStickReports / name), fails) << "failing reports are sent";
+  }
 }
 
 TEST_F(PlaybackTest, WithoutStickOrContentNothingIsPlayed) {

@@ -212,14 +212,38 @@ TEST_F(UnattendedTest, WrongUseAndAMissingReportDirectoryHaveStatusesOfTheirOwn)
 TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardLooseOrPacked) {
   const fs::path home = Board() / "home";
   const auto verify = [&](const std::string& dump) {
-    return test::RunShell(CVN_HARNESS " --verify 101 --dump " + test::Quoted(home / dump) +
-                          " --golden " + test::Quoted(home / "golden_data/playback") + " --tap " +
-                          test::Quoted(home / "o.tap"));
+    return test::RunShell(
+        CVN_HARNESS " --verify 101 --dump " + test::Quoted(home / dump) + " --golden " +
+        test::Quoted(home / "golden_data/playback") + " --tap " + test::Quoted(home / "o.tap") +
+        " --json " + test::Quoted(home / "o.json") + " --events " + test::Quoted(home / "events") +
+        " --strip " + test::Quoted(home / "strip.svg"));
   };
   const std::string make = CVN_DUMP_GENERATOR " --case 101 --home " + test::Quoted(home) +
                            " --dump-dir " + test::Quoted(home / "drivers");
   ASSERT_EQ(test::RunShell(make).status, 0);
-  EXPECT_EQ(verify("dump_tmp").status, 0);
+  const auto passed = verify("dump_tmp");
+  EXPECT_EQ(passed.status, 0);
+  EXPECT_FALSE(Contains(passed.output, "Causes"));
+  EXPECT_EQ(test::FileText(home / "events"), "");
+  ASSERT_EQ(test::RunShell(make + " --carry-on --defect VDEC:drop:300 --defect VO:change:310:width")
+                .status,
+            0);
+  EXPECT_EQ(verify("dump_tmp").status, 1);
+  const std::string event =
+      R"({"event":"frame-event","case":"101-h264-FrtChg","stage":"VDEC","kind":"dropped",)"
+      R"("first":300,"last_possible":300,"count":1,"pts":450000,"time":"kept","cause":null,"id":)";
+  EXPECT_TRUE(Contains(test::FileText(home / "events"), event));
+  const auto query = [&](const std::string& expression, const char* file) {
+    return test::RunShell("jq -rsc " + test::Quoted(expression) + " " + test::Quoted(home / file))
+        .output;
+  };
+  EXPECT_EQ(query("[.[]|select(.cause==null)|.stage+\" \"+.kind]", "events"),
+            "[\"VDEC dropped\",\"VO changed\"]\n");
+  EXPECT_EQ(query("([.[].id]|unique|length)==length", "events"), "true\n");
+  EXPECT_EQ(query("[.[]|select(.event==\"frame-event\")]|length", "o.json"),
+            query("length", "events"));
+  EXPECT_EQ(query("[.[]|select(.event==\"stage-pacing\").stage]|length", "o.json"), "6\n");
+  EXPECT_EQ(test::RunShell("xmllint --noout " + test::Quoted(home / "strip.svg")).output, "");
   ASSERT_EQ(test::RunShell(make + " --defect VDEC:change:300:crc").status, 0);
   ASSERT_EQ(
       test::RunShell("cd " + test::Quoted(home / "dump_tmp") + " && tar -czf ../a.tar.gz .").status,
