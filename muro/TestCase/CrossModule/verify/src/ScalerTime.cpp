@@ -73,13 +73,18 @@ int64_t DistanceOf(const InputRow& scaler, const InputRow& vo) {
   return ticks >= 0 ? ticks + 1 : kAfter - ticks;
 }
 
+/// A dump that was cut off is told by the last row that is there.
+int64_t FirstPlaceOf(const FrameEvent& event) {
+  return event.kind == EventKind::kCut ? std::max<int64_t>(event.place - 1, 0) : event.place;
+}
+
 }  // namespace
 
 void GiveScalerTime(StageEvents& scaler, const std::string& scalerGolden,
                     const std::string& voGolden) {
   std::map<int64_t, Wanted> byPlace;
   for (const FrameEvent& event : scaler.events) {
-    byPlace[event.place];
+    byPlace[FirstPlaceOf(event)];
     byPlace[event.placeEnd - 1];
   }
   std::multimap<uint32_t, Wanted*> byChecksum;
@@ -100,7 +105,7 @@ void GiveScalerTime(StageEvents& scaler, const std::string& scalerGolden,
     }
   });
   for (FrameEvent& event : scaler.events) {
-    const auto& first = byPlace[event.place].pts;
+    const auto& first = byPlace[FirstPlaceOf(event)].pts;
     const auto& last = byPlace[event.placeEnd - 1].pts;
     if (first && last) event.pts = PtsRange{*first, *last};
   }
