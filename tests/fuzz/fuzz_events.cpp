@@ -1,5 +1,6 @@
 // The analysis of frames on files of every stage, half-written, garbled or of another kind. The
-// first byte names the stage; golden data and dump stand behind it, with the line "--" between them.
+// first byte names the stage; golden data and dump stand behind it, with the line "--" between
+// them.
 #include <cstddef>
 #include <cstdint>
 #include <iterator>

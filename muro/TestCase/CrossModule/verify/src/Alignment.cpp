@@ -43,7 +43,9 @@ class KeyFilter {
  private:
   static constexpr std::size_t kFewest = 16384;
 
-  std::size_t Place(uint64_t key) const { return (key ^ key >> 29) & (bits_.size() - 1); }
+  std::size_t Place(uint64_t key) const {
+    return static_cast<std::size_t>(key ^ key >> 29) & (bits_.size() - 1);
+  }
 
   std::vector<bool> bits_;
 };

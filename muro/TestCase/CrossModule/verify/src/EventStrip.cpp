@@ -183,7 +183,7 @@ class Strip {
     }
     for (const auto& [id, event] : byId) {
       if (event->cause == 0) continue;
-      const FrameEvent& cause = *byId.at(event->cause);
+      const FrameEvent& cause = *byId.find(event->cause)->second;
       svg_ << "<path d=\"M" << X(cause) << ',' << Y(cause.stage) << 'L' << X(*event) << ','
            << Y(event->stage) << "\" stroke=\"#555555\" stroke-dasharray=\"4 2\"/>\n";
     }
