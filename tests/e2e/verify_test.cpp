@@ -129,6 +129,15 @@ TEST_F(VerifyTest, OneWrongChecksumFailsItsStageAtItsFrameAndField) {
   EXPECT_TRUE(Reported("015.Verify - All Module", " FAIL "));
 }
 
+TEST_F(VerifyTest, WhatTheSettingsMaskIsNoCause) {
+  PutDumpsOnceOn("--case 101 --defect VDEC:change:300:crc --defect VO:change:310:width");
+  fs::create_directories(OnBoard("/system/bin"));
+  std::ofstream(OnBoard("/system/bin/vout_setting.conf")) << "mask width = 1\n";
+  Play({{kChoice, "15"}});
+  EXPECT_TRUE(Contains(Screen(), "VDEC    frame 300 (5.000 s): 1 picture damaged\n")) << Screen();
+  EXPECT_FALSE(Contains(Screen(), "VO      frame 310"));
+}
+
 TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheSynchronisationOfTheSelectedCase) {
   const Talk talk = {{kChoice, "17"}, {"or [12]: ", "8"}, {kChoice, "16"}};
   PutDumpsOnceOn("--case 501 --audio-offset 20");

@@ -63,6 +63,9 @@ void Verify_VO_push_frameInfo(_VOUT_INFO_COMPARE_RESULT& result, const VoFrameIn
 /// nothing.
 void ReadVoutSetting(const std::string& path, _VOUT_INFO_COMPARE_SETTING& setting);
 
+/// The setting that the video output was last verified with; as without a settings file before.
+const _VOUT_INFO_COMPARE_SETTING& VoutSettingInUse();
+
 /// What tells one stage's comparison from the other's.
 struct ColumnRules {
   RowFormat format;

@@ -1,5 +1,8 @@
 #include "ComparedRows.h"
 
+#include <algorithm>
+
+#include "ColumnCompare.h"
 #include "ComparisonRules.h"
 
 bool ComparedRows::Take(const FrameRow& golden) {
@@ -10,8 +13,12 @@ bool ComparedRows::Take(const FrameRow& golden) {
 /// VO and Scaler settle for some seconds of frames, once the rate is known.
 bool ComparedRows::IsSettled(const FrameRow& golden, int32_t rate) {
   constexpr int64_t kScalerRowsBefore = 100;
-  if (settlingRows_ < 0 && rate > 0) settlingRows_ = int64_t{rate} * kSettlingSeconds;
-  const int64_t unknown = shape_.Module() == MODULE_VO ? 1 : kScalerRowsBefore;
+  const bool isVo = shape_.Module() == MODULE_VO;
+  const _VOUT_INFO_COMPARE_SETTING& setting = VoutSettingInUse();
+  const int64_t seconds =
+      isVo ? std::max(setting.errTolerance_sec, setting.syncTolerance_sec) : kSettlingSeconds;
+  if (settlingRows_ < 0 && rate > 0) settlingRows_ = rate * seconds;
+  const int64_t unknown = isVo ? 1 : kScalerRowsBefore;
   return golden.place >= (settlingRows_ < 0 ? unknown : settlingRows_);
 }
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <functional>
 
+#include "ColumnCompare.h"
 #include "ComparisonRules.h"
 #include "StageFiles.h"
 
@@ -73,6 +74,7 @@ RowShape::RowShape(const Stage& stage)
       std::ranges::any_of(columns_, [](const StageColumn& c) { return c.unit == Unit::kChecksum; });
   const Unit shown = hasChecksum ? Unit::kChecksum : Unit::kBytes;
   for (std::size_t i = 0; i < columns_.size(); ++i) {
+    if (module_ == MODULE_VO && VoutSettingInUse().maskItem[i] != 0) continue;
     if (columns_[i].unit == shown) content_ |= 1U << i;
     if (columns_[i].use == Use::kCompared && i != frame_ && i != pts_) others_ |= 1U << i;
   }

@@ -30,6 +30,7 @@ constexpr ColumnRules kRules{
 };
 
 bool ignoresSettings = false;
+_VOUT_INFO_COMPARE_SETTING settingInUse;
 
 std::string_view Trim(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
@@ -126,6 +127,10 @@ bool Api_vout_info_compare(const _VOUT_INFO_COMPARE_SETTING& setting,
   return ColumnComparison(kRules, setting, setting.maskItem, result, stage).Run();
 }
 
+const _VOUT_INFO_COMPARE_SETTING& VoutSettingInUse() {
+  return settingInUse;
+}
+
 void IgnoreVoutSettings() {
   ignoresSettings = true;
 }
@@ -137,6 +142,7 @@ void Verify_VO(CM_Verify_Result& result, const std::string& goldenPath,
   setting.fileNameIn1 = goldenPath;
   setting.fileNameIn2 = samplePath;
   if (!ignoresSettings) ReadVoutSetting(kSettingPath, setting);
+  settingInUse = setting;
   _VOUT_INFO_COMPARE_RESULT first;
   const bool passed = Api_vout_info_compare(setting, first, result);
   std::printf("Api_vout_info_compare result: %s\n", passed ? "PASS" : "FAIL");
