@@ -34,7 +34,7 @@ struct PlacedKey {
 /// Tells most keys that a stretch does not have, so that they need not be sorted.
 class KeyFilter {
  public:
-  explicit KeyFilter(Keys keys) : bits_(std::max(std::bit_ceil(keys.size()) * 16, kFewest)) {
+  explicit KeyFilter(Keys keys) : bits_(std::max(std::bit_ceil(keys.size()) * 32, kFewest)) {
     for (const uint64_t key : keys) bits_[Place(key)] = true;
   }
 
@@ -145,10 +145,9 @@ class Aligner {
   }
 
   /// Keys of the dump that golden may have too.
-  std::ptrdiff_t CountCommon(const Stretch& stretch) const {
-    const KeyFilter inGolden(golden_.subspan(stretch.golden, stretch.GoldenSize()));
-    return std::ranges::count_if(dump_.subspan(stretch.dump, stretch.DumpSize()),
-                                 [&](uint64_t key) { return inGolden.MayHave(key); });
+  std::size_t CountCommon(const Stretch& stretch) const {
+    return CountCommonKeys(golden_.subspan(stretch.golden, stretch.GoldenSize()),
+                           dump_.subspan(stretch.dump, stretch.DumpSize()));
   }
 
   /// Looks for the fewest rows to leave out and put in.
@@ -225,4 +224,10 @@ class Aligner {
 
 std::vector<KeyPair> AlignKeys(std::span<const uint64_t> golden, std::span<const uint64_t> dump) {
   return Aligner(golden, dump).Align();
+}
+
+std::size_t CountCommonKeys(std::span<const uint64_t> golden, std::span<const uint64_t> dump) {
+  const KeyFilter inGolden(golden);
+  return static_cast<std::size_t>(
+      std::ranges::count_if(dump, [&](uint64_t key) { return inGolden.MayHave(key); }));
 }

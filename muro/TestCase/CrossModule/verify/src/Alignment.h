@@ -18,3 +18,6 @@ struct KeyPair {
 /// both sides are the anchors; between them the shortest edit is looked for, up to a limit of
 /// edits beyond which a stretch stays unaligned. Time is that of sorting, memory is linear.
 std::vector<KeyPair> AlignKeys(std::span<const uint64_t> golden, std::span<const uint64_t> dump);
+
+/// How many keys of the dump golden has too; a few that it does not have may be among them.
+std::size_t CountCommonKeys(std::span<const uint64_t> golden, std::span<const uint64_t> dump);

@@ -39,7 +39,8 @@ class Pairer {
   }
 
   /// From the surest level to the weakest: numbers only break ties among what else is the same.
-  Pairing Pair() {
+  Pairing Pair(bool onlyLikeStretches) {
+    if (onlyLikeStretches && !AreAlike()) return std::move(pairing_);
     const bool hasBoth = shape_.HasPts() && shape_.HasContent();
     if (knowsNumbers_) PairBy(kPts | kContent | kNumber, Bond::kSame);
     if (!shape_.HasPts()) MarkNumberedRepeats();
@@ -76,6 +77,16 @@ class Pairer {
     const int64_t number = int64_t{row.frame} - frameOffset;
     if ((parts & kNumber) != 0) key = Mixed(key, static_cast<uint64_t>(number));
     return key;
+  }
+
+  /// Whether at least a few rows of the stretches are the same.
+  bool AreAlike() const {
+    constexpr std::size_t kFewest = 16;  // one of so many
+    std::vector<uint64_t> goldenKeys;
+    std::vector<uint64_t> dumpKeys;
+    for (const FrameRow& row : golden_) goldenKeys.push_back(KeyOf(row, kPts | kContent, false, 0));
+    for (const FrameRow& row : dump_) dumpKeys.push_back(KeyOf(row, kPts | kContent, true, 0));
+    return CountCommonKeys(goldenKeys, dumpKeys) * kFewest >= dumpKeys.size();
   }
 
   void Join(std::size_t golden, std::size_t dump, Bond bond) {
@@ -225,5 +236,5 @@ class Pairer {
 
 Pairing PairRows(const RowShape& shape, const std::deque<FrameRow>& golden,
                  const std::deque<FrameRow>& dump, const PairingStart& start) {
-  return Pairer(shape, golden, dump, start).Pair();
+  return Pairer(shape, golden, dump, start).Pair(start.pairsOnlyLikeStretches);
 }

@@ -36,7 +36,8 @@ struct Pairing {
 /// What is known before two stretches are paired.
 struct PairingStart {
   std::optional<int32_t> frameOffset = {};  // how much higher the dump numbers its frames
-  bool firstBelongTogether = false;         // the first two rows are a pair
+  bool pairsOnlyLikeStretches = false;  // rows of stretches that have little in common stay alone
+  bool firstBelongTogether = false;     // the first two rows are a pair
 };
 
 /// Pairs the rows of two stretches.

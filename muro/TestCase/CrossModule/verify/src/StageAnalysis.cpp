@@ -203,7 +203,7 @@ class Analysis {
     dump_.Fill(kFirstStretch);
     if (shape_.HasPts()) ptsOffset_ = PtsOffset();
     dump_.SetPtsOffset(ptsOffset_);
-    const Pairing pairing = PairRows(shape_, golden_.rows, dump_.rows, {std::nullopt, false});
+    const Pairing pairing = PairRows(shape_, golden_.rows, dump_.rows, {});
     for (std::size_t g = 0; g < golden_.rows.size(); ++g) {
       const Partner& partner = pairing.golden[g];
       if (partner.bond == Bond::kSame)
@@ -241,8 +241,8 @@ class Analysis {
     for (;; size *= kStretchGrowth) {
       const bool goldenEnds = !golden_.Fill(size);
       const bool isAll = !dump_.Fill(size) && goldenEnds;
-      const Pairing pairing =
-          PairRows(shape_, golden_.rows, dump_.rows, {settling_.FrameOffset(), context != 0});
+      const Pairing pairing = PairRows(shape_, golden_.rows, dump_.rows,
+                                       {settling_.FrameOffset(), isLost_, context != 0});
       const std::optional<Settled> step = isAll ? std::nullopt : FindStep(pairing);
       if (!step && !isAll && size < kLongestStretch) continue;
       isLost_ = !step;
