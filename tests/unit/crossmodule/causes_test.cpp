@@ -211,4 +211,12 @@ TEST(CrossModuleCauses, TwoDefectsAreTwoCauses) {
             "VO  frame 260 (4.688 s): 1 picture dropped, time kept; seen in Scaler\n");
 }
 
+TEST(CrossModuleCauses, ARowMarkedAsDroppedIsADroppedPicture) {
+  Playings playings;
+  if (!playings.AreThere()) GTEST_SKIP() << "no golden data of the board";
+  EXPECT_EQ(Told(playings.Play(player::FindCase(101),
+                               {player::ParseDefect("dvo:change:300:repeat_drop=-1")})),
+            "DVO  frame 300 (6.021 s): 1 picture dropped\n");
+}
+
 }  // namespace
