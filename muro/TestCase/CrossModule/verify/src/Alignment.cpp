@@ -183,9 +183,9 @@ class Aligner {
   }
 
   int Reached(int edits, int diagonal) const {
-    return std::abs(diagonal) > edits
-               ? kNowhere
-               : reached_[static_cast<std::size_t>(edits * edits + diagonal + edits)];
+    if (std::abs(diagonal) > edits) return kNowhere;
+    const int place = edits * edits + diagonal + edits;
+    return reached_[static_cast<std::size_t>(place)];
   }
 
   /// True when the best way to a diagonal leaves a golden row out, false when it puts a row in.

@@ -226,7 +226,8 @@ class Strip {
   void Legend() {
     for (std::size_t i = 0; i < std::size(kLooks); ++i) {
       const double x = kLeft + kLegendColumn * static_cast<double>(i % kLegendColumns);
-      const double y = LegendTop() + 24 * static_cast<double>(i / kLegendColumns);
+      const std::size_t line = i / kLegendColumns;
+      const double y = LegendTop() + 24 * static_cast<double>(line);
       svg_ << "<path transform=\"translate(" << x << ' ' << y << ")\" d=\"" << kLooks[i].shape
            << "\" fill=\"" << kLooks[i].colour
            << "\" stroke=\"#222222\" stroke-width=\"0.8\"/>\n<text x=\"" << x + 14 << "\" y=\""
