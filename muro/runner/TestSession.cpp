@@ -138,7 +138,10 @@ void TestSession::AskEyes() {
 void TestSession::LookAtTheEnd() {
   const Sight sight = LookAt("at the end of the test");
   if (interrupted_()) {
-    outcome_ = {.message = kInterrupted, .seconds = outcome_.seconds, .interrupted = true};
+    outcome_.verdict = Verdict::kError;
+    outcome_.message = kInterrupted;
+    outcome_.result = 1;
+    outcome_.interrupted = true;
     return;
   }
   AddTo(outcome_.message, sight.Text());
