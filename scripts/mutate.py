@@ -206,7 +206,10 @@ class Copy:
         self.must(['cmake', '-S', self.tree, '-B', self.build_tree, '--preset', 'mutate'], cwd=self.tree)
         self.must(['ninja', '-C', self.build_tree])
         self.tests = self.unit_tests()
-        self.targets = sorted({test['command'][0] for test in self.tests})
+        programs = {os.path.relpath(test['command'][0], self.build_tree) for test in self.tests}
+        self.build_command = ['ninja', '-C', self.build_tree,
+                              *sorted(name for name in programs if not name.startswith('..'))]
+        self.must(self.build_command)
 
     def must(self, command, **options):
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **options)
@@ -226,9 +229,8 @@ class Copy:
         return tests
 
     def builds(self):
-        targets = [os.path.relpath(target, self.build_tree) for target in self.targets]
-        return subprocess.run(['ninja', '-C', self.build_tree, *targets], stdout=subprocess.DEVNULL,
-                              stderr=subprocess.DEVNULL, check=False).returncode == 0
+        return subprocess.run(self.build_command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                              check=False).returncode == 0
 
     def run_tests(self, tests, stop=True):
         """Runs tests in a sandbox. Returns the seconds each took and the first that failed, if any."""
