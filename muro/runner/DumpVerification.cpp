@@ -14,6 +14,7 @@
 #include <sstream>
 
 #include "ConsoleWriter.h"
+#include "FileChecks.h"
 #include "InputFile.h"
 #include "OutputFile.h"
 #include "Problem.h"
@@ -279,6 +280,8 @@ int VerifyDumps(const Options& options, int standardOutput) {
     return Refuse(kUsage, options.golden + ": is no directory");
   const std::optional<CM_TestCase> testCase = FindBuiltIn(options.verifyCase);
   if (!testCase) return Refuse(kUsage, options.verifyCase + ": no such test case");
+  if (const std::string problem = CheckFiles(options); !problem.empty())
+    return Refuse(kUsage, problem);
 
   std::optional<TemporaryDirectory> unpacked;
   if (!fs::is_directory(options.dump, error)) {

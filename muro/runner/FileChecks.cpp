@@ -21,6 +21,13 @@ struct Use {
   const std::string& path;
 };
 
+std::vector<Use> OutputsOf(const Options& options) {
+  std::vector<Use> all = {{"--events", options.events}, {"--strip", options.strip}};
+  for (std::size_t format = 0; format < options.outputs.size(); ++format)
+    all.push_back({kFormatOptions[format], options.outputs[format]});
+  return all;
+}
+
 /// The path with links followed as far as there is anything.
 fs::path Followed(const std::string& path) {
   std::error_code error;
@@ -56,8 +63,7 @@ bool BelongsToDirectory(const std::string& path, const std::string& directory) {
 
 std::string CheckFiles(const Options& options) {
   std::vector<Use> uses;
-  for (std::size_t format = 0; format < options.outputs.size(); ++format) {
-    const Use output{kFormatOptions[format], options.outputs[format]};
+  for (const Use& output : OutputsOf(options)) {
     if (output.path.empty()) continue;
     for (const Use& other : uses) {
       if (IsSameFile(other.path, output.path))

@@ -298,7 +298,8 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
   if (options.manualPlay && options.noOperator)
     return "--manual-play needs an operator or --answers, and --no-operator leaves out such tests";
   if (options.eyes.always && options.eyes.command.empty()) return "--eyes-always needs --eyes";
-  if (std::ranges::count(options.outputs, "-") > 1)
+  if (std::ranges::count(options.outputs, "-") + (options.events == "-") + (options.strip == "-") >
+      1)
     return "only one kind of result can go to standard output";
   return "";
 }

@@ -258,6 +258,9 @@ TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardLooseOrPacked) {
   EXPECT_EQ(missing.status, 1) << missing.output;
   EXPECT_TRUE(Contains(missing.output, "no dump dump-101-h264-FrtChg-VO.txt")) << missing.output;
   EXPECT_EQ(verify("missing").status, 2);
+  const auto twice =
+      test::RunShell(CVN_HARNESS " --verify 101 --dump . --golden . --tap a --events a");
+  EXPECT_EQ(twice.output, "cvntester: --events and --tap are one file: a\n");
 }
 
 }  // namespace

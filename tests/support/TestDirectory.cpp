@@ -21,7 +21,8 @@ namespace fs = std::filesystem;
 
 constexpr char kVariable[] = "TEST_TMPDIR";  // where GoogleTest's TempDir() looks
 
-/// Makes a directory before each test and removes it after the test, with all that the test left.
+/// Makes a directory before each test, where it then works, and removes it after the test, with all
+/// that the test left: some tests of the harness save a picture under the name that is typed.
 class TestDirectories : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo&) override {
     directory_ = (base_ / "cvntest-XXXXXX").string();
@@ -31,14 +32,17 @@ class TestDirectories : public testing::EmptyTestEventListener {
     }
     chmod(directory_.c_str(), 0755);  // some tests are other users, too
     setenv(kVariable, directory_.c_str(), 1);
+    fs::current_path(directory_);
   }
 
   void OnTestEnd(const testing::TestInfo&) override {
     std::error_code ignored;
+    fs::current_path(home_, ignored);
     fs::remove_all(directory_, ignored);
     unsetenv(kVariable);
   }
 
+  const fs::path home_ = fs::current_path();
   const fs::path base_ = testing::TempDir();
   std::string directory_;
 };

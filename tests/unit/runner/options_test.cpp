@@ -33,6 +33,8 @@ TEST(OptionsTest, WrongCommandLinesAreRefusedWithWhatIsWrong) {
       {"--list --junit x", "--junit does not belong here; it goes with --run, --verify"},
       {"--run A --record f", "--record does not belong here; it stands alone"},
       {"--run A --tap - --lava -", "only one kind of result can go to standard output"},
+      {"--verify 101 --dump d --golden g --tap - --strip -", "only one kind of result can go"},
+      {"--run A --eyes-always", "--eyes-always needs --eyes"},
       {"--verify 101 --dump d", "--verify needs --dump and --golden"},
       {"--run A --trace t", "--trace needs --results"},
       {"--run A --manual-play --no-operator", "--manual-play needs an operator"},

@@ -282,11 +282,10 @@ TEST(SessionTest, EndOfInputFailsTheTest) {
 }
 
 TEST(SessionTest, ResultsThatSayNothingAndEndsWithoutResultsAreErrors) {
-  constexpr runner::Limits kAmple;
   const struct {
     int (*function)(char*);
     const char* message;
-    runner::Limits limits = kAmple;
+    runner::Limits limits = {};
   } cases[] = {
       {[](char*) { return 2; }, "undefined result 2"},
       {[](char*) -> int { _exit(0); }, "exited with status 0 in the test"},
