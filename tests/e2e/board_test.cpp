@@ -111,6 +111,7 @@ TEST_F(BoardTest, AWrongScenarioLineNamesTheFileThatWasGiven) {
   const test::BoardOptions options{.scenario = "\nplug 9 1920x1080p60\n"};
   const std::string message = "scenario:2: '9' is no port; allowed: 0 to 3\n";
   const fs::path directory = Board().parent_path();
+  fs::current_path("/");
   EXPECT_EQ(RunScript("cvntester --version", options), 2);
   EXPECT_EQ(Screen(), "simulated board: " + (directory / message).string());
   const std::vector<std::string> command = CommandLine(Shell("cvntester --version"), options);
