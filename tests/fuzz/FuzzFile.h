@@ -10,7 +10,8 @@ namespace fuzz {
 void Require(bool holds, const char* what);
 
 /// A finding when it holds and the environment variable CVN_PLANT names this fault. So a fuzzer can
-/// show that it gets behind its reader: it has to find what only text that was read can bring about.
+/// show that it gets behind its reader: it has to find what only text that was read can bring
+/// about.
 void Plant(const char* fault, bool holds);
 
 /// A file with the given bytes; it is gone with the object.
