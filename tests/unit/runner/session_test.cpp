@@ -2,6 +2,8 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -274,6 +276,24 @@ TEST(SessionTest, ATestHasNoneOfTheRunnersFiles) {
   EXPECT_EQ(lseek(results, 0, SEEK_END), 0);
   close(results);
   unlink(path.c_str());
+}
+
+TEST(SessionTest, ClosedStandardStreamsAreReplaced) {
+  const pid_t child = fork();
+  if (child == 0) {
+    close(STDIN_FILENO);
+    close(STDERR_FILENO);
+    runner::OpenStandardStreams();
+    struct stat nowhere {
+    }, in{}, error{};
+    const bool replaced = stat("/dev/null", &nowhere) == 0 && fstat(STDIN_FILENO, &in) == 0 &&
+                          fstat(STDERR_FILENO, &error) == 0 && in.st_rdev == nowhere.st_rdev &&
+                          error.st_rdev == nowhere.st_rdev;
+    _exit(replaced ? 0 : 1);
+  }
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }
 
 TEST(SessionTest, EndOfInputFailsTheTest) {

@@ -175,6 +175,7 @@ TEST_F(Processes, RefuseAWrongScenarioLineAtOnce) {
       {"plug 0 1920x1080p600", "is no timing"},
       {"plug 0 1920x1080p60 HDR", "'HDR' is no choice; allowed: TIMING [sdr|hdr|"},
       {"signal 0 maybe", "'maybe' is no choice; allowed: on, off"},
+      {"hdmitx 0 maybe", "'maybe' is no choice; allowed: on, off"},
       {"timing 2 1920x1080p60", "'2' is a port without a source"},
       {"fail K2V_RHAL_VSC_Opn -3",
        "is no function of the HAL; allowed: those in hal/include, "
