@@ -92,6 +92,18 @@ void Add(std::string& item, int64_t number) {
   item = std::to_string(std::stoll(item) + number);
 }
 
+TEST(StageVerdict, NeedsFramesOnBothSides) {
+  const std::string dump = Dump(player::Stage::kVdec);
+  CM_Verify_Result result = Compare(MODULE_VDEC, dump, dump);
+  EXPECT_TRUE(Passed(result));
+  result.goldenFrameCount = 0;
+  EXPECT_EQ(WhyNotPassed(result), "no golden frames");
+  result.goldenFrameCount = result.sampleFrameCount = 1;
+  EXPECT_TRUE(Passed(result));
+  result.sampleFrameCount = 0;
+  EXPECT_EQ(WhyNotPassed(result), "no dumped frames");
+}
+
 TEST(StageVerdict, EqualDumpsPassWithAllTheirRows) {
   for (const auto& [module, stage] : kStagesOfBoth) {
     CM_Verify_Result result = Compare(module, Dump(stage), Dump(stage));
