@@ -1,7 +1,5 @@
 #include "DumpVerification.h"
 
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,12 +11,14 @@
 #include <optional>
 #include <sstream>
 
+#include "Command.h"
 #include "ConsoleWriter.h"
 #include "FileChecks.h"
 #include "InputFile.h"
 #include "OutputFile.h"
 #include "Problem.h"
 #include "ResultWriters.h"
+#include "TemporaryDirectory.h"
 #include "TestCase/CrossModule/stages/src/StageVerdict.h"
 #include "TestCase/CrossModule/stages/src/TestCaseCatalogue.h"
 #include "TestCase/CrossModule/stages/src/VerifyResult.h"
@@ -44,35 +44,8 @@ int Refuse(ExitStatus status, const std::string& problem) {
   return status;
 }
 
-/// A directory for an unpacked archive, gone at the end of the scope.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory() {
-    std::string name = (fs::temp_directory_path() / "cvntester-verify-XXXXXX").string();
-    if (mkdtemp(name.data()) != nullptr) path_ = name;
-  }
-  ~TemporaryDirectory() {
-    std::error_code ignored;
-    if (!path_.empty()) fs::remove_all(path_, ignored);
-  }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  /// Empty when there is none.
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
 bool Unpack(const std::string& archive, const std::string& directory) {
-  std::string words[] = {"tar", "-xzf", archive, "-C", directory};
-  char* arguments[] = {words[0].data(), words[1].data(), words[2].data(),
-                       words[3].data(), words[4].data(), nullptr};
-  pid_t pid = -1;
-  int status = -1;
-  return posix_spawnp(&pid, arguments[0], nullptr, nullptr, arguments, environ) == 0 &&
-         waitpid(pid, &status, 0) == pid && status == 0;
+  return RunCommand({"tar", "-xzf", archive, "-C", directory}, {}, 0).Succeeded();
 }
 
 /// The test case by number, name or both; nothing when there is none.

@@ -12,6 +12,7 @@
 
 #include "OutputFile.h"
 #include "Problem.h"
+#include "TemporaryDirectory.h"
 #include "TestCase/CrossModule/verify/src/Causes.h"
 #include "TestSession.h"
 #include "Text.h"
@@ -35,29 +36,6 @@ bool Interrupted() {
 bool Counts(Verdict verdict) {
   return verdict == Verdict::kFail || verdict == Verdict::kError || verdict == Verdict::kBlocked;
 }
-
-/// The directory for what eyes leave of one test. One that is not kept is removed.
-class Evidence {
- public:
-  explicit Evidence(const std::string& kept) : isKept_(!kept.empty()) {
-    std::error_code error;
-    directory_ = isKept_ ? fs::absolute(kept, error)
-                         : fs::temp_directory_path(error) /
-                               ("cvntester-evidence-" + std::to_string(getpid()));
-  }
-  ~Evidence() {
-    std::error_code ignored;
-    if (!isKept_) fs::remove_all(directory_, ignored);
-  }
-  Evidence(const Evidence&) = delete;
-  Evidence& operator=(const Evidence&) = delete;
-
-  std::string Directory() const { return directory_.string(); }
-
- private:
-  bool isKept_;
-  fs::path directory_;
-};
 
 /// The report's line is due for every test that was run.
 bool WriteReportLine(TestCase& test, int result) {
@@ -233,9 +211,13 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   for (const auto& listener : listeners_) listener->TestStarted(test);
 
   const TraceCopy trace(options_.trace);
-  const Evidence evidence(kept ? directory_.LogPath(test, "evidence") : "");
+  std::optional<TemporaryDirectory> unkept;
   EyesSettings eyes = options_.eyes;
-  eyes.evidence = evidence.Directory();
+  if (!eyes.command.empty()) {
+    std::error_code ignored;
+    eyes.evidence = kept ? fs::absolute(directory_.LogPath(test, "evidence"), ignored).string()
+                         : unkept.emplace().Path();
+  }
   TestSession session(
       entry, rules_, options_.limits,
       [&](std::string_view text) {

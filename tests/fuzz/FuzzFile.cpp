@@ -19,6 +19,14 @@ void Require(bool holds, const char* what) {
   std::abort();
 }
 
+std::string_view NextFile(std::string_view& text) {
+  constexpr std::string_view kSeparator = "--\n";
+  const std::size_t end = text.find(kSeparator);
+  const std::string_view file = text.substr(0, end);
+  if (end != std::string_view::npos) text.remove_prefix(end + kSeparator.size());
+  return file;
+}
+
 void Plant(const char* fault, bool holds) {
   static const char* const kPlanted = std::getenv("CVN_PLANT");
   if (holds && kPlanted != nullptr && std::strcmp(kPlanted, fault) == 0) Require(false, fault);

@@ -9,6 +9,10 @@ namespace fuzz {
 /// Ends the program as a finding, with `what` on standard error, when it does not hold.
 void Require(bool holds, const char* what);
 
+/// Several files in one text: takes the text up to the next line "--" away. The last file is the
+/// rest.
+std::string_view NextFile(std::string_view& text);
+
 /// A finding when it holds and the environment variable CVN_PLANT names this fault. So a fuzzer can
 /// show that it gets behind its reader: it has to find what only text that was read can bring
 /// about.

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr std::string_view kSeparator = "--\n";
-
 const runner::TestEntry& AnyTest() {
   static const runner::TestEntry test = [] {
     TestFrame::GetInstance()->DoInit();
@@ -50,13 +48,10 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  const std::string_view text(reinterpret_cast<const char*>(data), size);
-  const std::size_t end = text.find(kSeparator);
-  const std::string_view printed =
-      end == std::string_view::npos ? text : text.substr(end + kSeparator.size());
+  std::string_view printed(reinterpret_cast<const char*>(data), size);
+  const fuzz::MemoryFile file(fuzz::NextFile(printed));
   RequireCleanText(printed);
 
-  const fuzz::MemoryFile file(text.substr(0, end));
   std::vector<runner::AnswerRule> rules;
   const std::string error = runner::LoadAnswers(file.Path(), rules);
   fuzz::Require(error.find('\n') == std::string::npos, "an error is not one line");

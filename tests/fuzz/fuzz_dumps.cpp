@@ -31,16 +31,7 @@ constexpr VerifiedStage kVerified[] = {
     {MODULE_VO, Verify_VO},           {MODULE_SCALER, Verify_Scaler},
     {MODULE_AUDIO, Verify_Audio},
 };
-constexpr std::string_view kSeparator = "--\n";
 constexpr std::size_t kStageCount = sizeof kVerified / sizeof kVerified[0];
-
-/// Takes the text up to the next separator away. The last file is the rest.
-std::string_view NextFile(std::string_view& text) {
-  const std::size_t end = text.find(kSeparator);
-  const std::string_view file = text.substr(0, end);
-  if (end != std::string_view::npos) text.remove_prefix(end + kSeparator.size());
-  return file;
-}
 
 /// Prints all that a report and the console say about a stage. Returns whether it passed.
 bool Report(CM_Verify_Result& result) {
@@ -71,9 +62,9 @@ void Verify(const VerifiedStage& stage, const std::string& golden, const std::st
 
 /// The analysis of sound and picture, with other dumps in place of the golden data.
 void Synchronise(std::string_view files) {
-  const std::array<fuzz::MemoryFile, 3> dumps = {fuzz::MemoryFile(NextFile(files)),
-                                                 fuzz::MemoryFile(NextFile(files)),
-                                                 fuzz::MemoryFile(NextFile(files))};
+  const std::array<fuzz::MemoryFile, 3> dumps = {fuzz::MemoryFile(fuzz::NextFile(files)),
+                                                 fuzz::MemoryFile(fuzz::NextFile(files)),
+                                                 fuzz::MemoryFile(fuzz::NextFile(files))};
   const auto dumpOf = [&](MODULE_TYPE stage) {
     return dumps[stage == MODULE_AUDIO ? 2 : stage == MODULE_SCALER ? 1 : 0].Path();
   };
@@ -103,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     Synchronise(files);
     return 0;
   }
-  const fuzz::MemoryFile golden(NextFile(files));
+  const fuzz::MemoryFile golden(fuzz::NextFile(files));
   const fuzz::MemoryFile dump(files);
   Verify(kVerified[reader], golden.Path(), dump.Path());
   return 0;
