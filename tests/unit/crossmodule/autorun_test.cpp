@@ -13,9 +13,9 @@ using scripted::Play;
 using Entry = int (*)(char*);
 
 /// Dumps of test case 101 are there and equal its golden data, whatever is played.
-class CrossModuleFilesAutoRun : public PreparedBoard {
+class CrossModuleAutoRun : public PreparedBoard {
  protected:
-  CrossModuleFilesAutoRun() {
+  CrossModuleAutoRun() {
     Boot(crossmodule::kAndroid, MODE_EMMC);
     PutDumps(101);
     for (const char* file : {"[R101]h264-FrtChg.ts", "[R201]hevc-FrtChg.mp4"})
@@ -41,7 +41,7 @@ bool Says(const scripted::Run& run, const std::string& text) {
   return crossmodule::WithoutColours(run.output).find(text) != std::string::npos;
 }
 
-TEST_F(CrossModuleFilesAutoRun, PlaysTheListForAllRoundsAndSumsUp) {
+TEST_F(CrossModuleAutoRun, PlaysTheListForAllRoundsAndSumsUp) {
   const auto run =
       Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_Customized, "1, 3,2 13 0 x 1x -1\n2\n");
   EXPECT_EQ(run.result, 1);
@@ -59,7 +59,7 @@ TEST_F(CrossModuleFilesAutoRun, PlaysTheListForAllRoundsAndSumsUp) {
   EXPECT_EQ(Get_Customized_TestCase_List(), "1, 3,2 13 0 x 1x -1");
 }
 
-TEST_F(CrossModuleFilesAutoRun, OldDumpsDoNotPassWhereNoShellCanBeStarted) {
+TEST_F(CrossModuleAutoRun, OldDumpsDoNotPassWhereNoShellCanBeStarted) {
   scripted::RefuseShells(EAGAIN);
   const auto run = Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_Customized, "1\n1\n");
   EXPECT_EQ(run.result, 1);
@@ -67,7 +67,7 @@ TEST_F(CrossModuleFilesAutoRun, OldDumpsDoNotPassWhereNoShellCanBeStarted) {
   EXPECT_TRUE(Says(run, "FAIL  passed 0 of 1, not run 1\n"));
 }
 
-TEST_F(CrossModuleFilesAutoRun, AsksForListAndRounds) {
+TEST_F(CrossModuleAutoRun, AsksForListAndRounds) {
   Set_Customized_TestCase_List("1");
   const struct {
     const char* typed;
@@ -85,7 +85,7 @@ TEST_F(CrossModuleFilesAutoRun, AsksForListAndRounds) {
   }
 }
 
-TEST_F(CrossModuleFilesAutoRun, OtherRunsHaveTheirOwnCases) {
+TEST_F(CrossModuleAutoRun, OtherRunsHaveTheirOwnCases) {
   Write("cross_module_content_v1/[R501]AVsync_dp_AAC_200_48k_25fps.mp4", "");
   const auto sync = Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_AVsync, "");
   EXPECT_EQ(Played(sync), Lines{"[R501]AVsync_dp_AAC_200_48k_25fps.mp4"});
@@ -104,7 +104,7 @@ TEST_F(CrossModuleFilesAutoRun, OtherRunsHaveTheirOwnCases) {
   EXPECT_TRUE(Says(all, "List the AV Sync Result:"));
 }
 
-TEST_F(CrossModuleFilesAutoRun, ASynchronisationThatPassesHidesNoStage) {
+TEST_F(CrossModuleAutoRun, ASynchronisationThatPassesHidesNoStage) {
   Write("cross_module_content_v1/[R501]AVsync_dp_AAC_200_48k_25fps.mp4", "");
   PutDumps(501);
   Verdict verdict = Verdict::kNotRun;
@@ -118,7 +118,7 @@ TEST_F(CrossModuleFilesAutoRun, ASynchronisationThatPassesHidesNoStage) {
   EXPECT_EQ(verdict, Verdict::kFail);
 }
 
-TEST_F(CrossModuleFilesAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeStamp) {
+TEST_F(CrossModuleAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeStamp) {
   const auto run = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, "1\n");
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(Played(run), Lines{"[R101]h264-FrtChg.ts"});
@@ -141,7 +141,7 @@ TEST_F(CrossModuleFilesAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeSta
   }
 }
 
-TEST_F(CrossModuleFilesAutoRun, AUsersCaseIsOneWordForTheShell) {
+TEST_F(CrossModuleAutoRun, AUsersCaseIsOneWordForTheShell) {
   const std::string file = "config/user_add_testcase.cfg";
   EXPECT_EQ(Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase,
                    "100\n[a]/b-c_1.ts\nuser-content\n2\n1\n")

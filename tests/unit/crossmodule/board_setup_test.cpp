@@ -16,9 +16,9 @@ using namespace crossmodule;
 using scripted::CommandsOf;
 using scripted::Play;
 
-class CrossModuleFilesSetup : public PreparedBoard {};
+class CrossModuleSetup : public PreparedBoard {};
 
-TEST_F(CrossModuleFilesSetup, PreparesEachOperatingSystem) {
+TEST_F(CrossModuleSetup, PreparesEachOperatingSystem) {
   constexpr char kSorvexSystem[] = R"(mount -o rw,remount /
 mount -o rw,remount /system
 mount -o rw,remount /vendor
@@ -50,7 +50,7 @@ ln -sv /data/cross_module/gst_root/usr/share/alsa/ /usr/share)"
   }
 }
 
-TEST_F(CrossModuleFilesSetup, PreparesAPreparedBoardWhenAskedTo) {
+TEST_F(CrossModuleSetup, PreparesAPreparedBoardWhenAskedTo) {
   Boot(kAndroid, MODE_USB);
   const auto prepare = [](const std::string& typed) {
     return Play(typed, [] { return CMplaybackTestCase::CMplaybackTest_Env_Init(nullptr); });
@@ -64,7 +64,7 @@ TEST_F(CrossModuleFilesSetup, PreparesAPreparedBoardWhenAskedTo) {
   EXPECT_FALSE(prepare("").commands.empty()) << "a new board is prepared without a question";
 }
 
-TEST_F(CrossModuleFilesSetup, NothingElseMakesTheHome) {
+TEST_F(CrossModuleSetup, NothingElseMakesTheHome) {
   Boot(kAndroid, MODE_USB);
   SetCrossModuleHome(Home() + "missing/");
   const std::string report = "/tmp/cross_module/report.verify.tmp.txt";
@@ -78,7 +78,7 @@ TEST_F(CrossModuleFilesSetup, NothingElseMakesTheHome) {
       << "the report stays where it was written";
 }
 
-TEST_F(CrossModuleFilesSetup, PathGetsTheTreeOnce) {
+TEST_F(CrossModuleSetup, PathGetsTheTreeOnce) {
   Boot(kPelxos, MODE_USB);
   const std::string tree = Home() + "gst_root/usr/bin/";
   const struct {
@@ -98,7 +98,7 @@ TEST_F(CrossModuleFilesSetup, PathGetsTheTreeOnce) {
   }
 }
 
-TEST_F(CrossModuleFilesSetup, MountsTheFirstOfTheSticksDevices) {
+TEST_F(CrossModuleSetup, MountsTheFirstOfTheSticksDevices) {
   Boot(kPelxos, MODE_USB);
   for (const std::string device : {"/dev/block/sdc", "/dev/block/sdb", "/dev/block/sda"}) {
     PretendFiles({device, "/dev/block/sdc"});
@@ -114,7 +114,7 @@ TEST_F(CrossModuleFilesSetup, MountsTheFirstOfTheSticksDevices) {
   EXPECT_EQ(scripted::WaitedUs(), 0U);
 }
 
-TEST_F(CrossModuleFilesSetup, WaitsTenSecondsForAStick) {
+TEST_F(CrossModuleSetup, WaitsTenSecondsForAStick) {
   Boot(kAndroid, MODE_USB);
   const auto without = Play("", Mount_USB);
   EXPECT_EQ(without.result, -1);
@@ -126,7 +126,7 @@ TEST_F(CrossModuleFilesSetup, WaitsTenSecondsForAStick) {
   EXPECT_EQ(scripted::Waits(), std::vector<unsigned long>(10, 1'000'000));
 }
 
-TEST_F(CrossModuleFilesSetup, NetworkIsBroughtUpOnceABootWhereItIsNeeded) {
+TEST_F(CrossModuleSetup, NetworkIsBroughtUpOnceABootWhereItIsNeeded) {
   const struct {
     int source;
     std::string server;
@@ -151,7 +151,7 @@ TEST_F(CrossModuleFilesSetup, NetworkIsBroughtUpOnceABootWhereItIsNeeded) {
   }
 }
 
-TEST_F(CrossModuleFilesSetup, NetworkIsTriedThreeTimes) {
+TEST_F(CrossModuleSetup, NetworkIsTriedThreeTimes) {
   Boot(kAndroid, MODE_HTTP);
   const std::string attempt =
       "ifconfig eth0 up; /vendor/cvn_rootfs/bin/busybox udhcpc -s /vendor/corvana/udhcpc.script; "
@@ -175,7 +175,7 @@ TEST_F(CrossModuleFilesSetup, NetworkIsTriedThreeTimes) {
   EXPECT_EQ(Play("", entry).result, 1) << "the entry did nothing";
 }
 
-TEST_F(CrossModuleFilesSetup, AndroidIsSwitchedByItsMarkerAndTheBoardRebootsOnAChange) {
+TEST_F(CrossModuleSetup, AndroidIsSwitchedByItsMarkerAndTheBoardRebootsOnAChange) {
   Boot(kAndroid, MODE_USB);
   const std::string osd = "echo osd_pattern=0 0 0xf > /proc/cvngdma/dbg\n";
   const struct {
@@ -197,7 +197,7 @@ TEST_F(CrossModuleFilesSetup, AndroidIsSwitchedByItsMarkerAndTheBoardRebootsOnAC
   }
 }
 
-TEST_F(CrossModuleFilesSetup, GoldenDataAreReplacedByAllDumpsOrNone) {
+TEST_F(CrossModuleSetup, GoldenDataAreReplacedByAllDumpsOrNone) {
   Boot(kAndroid, MODE_USB);
   Set_Current_TestCase(102);
   std::string copies;

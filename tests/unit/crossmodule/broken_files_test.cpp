@@ -122,10 +122,10 @@ void InAProgram(const std::function<void()>& body) {
   });
 }
 
-class CrossModuleFilesBroken : public AfterReboot {
+class CrossModuleBroken : public AfterReboot {
  protected:
-  CrossModuleFilesBroken() { alarm(kLimitS); }
-  ~CrossModuleFilesBroken() override { alarm(0); }
+  CrossModuleBroken() { alarm(kLimitS); }
+  ~CrossModuleBroken() override { alarm(0); }
 
   /// Verifies all stages of the case and names those that passed.
   static std::string Passing() {
@@ -144,7 +144,7 @@ class CrossModuleFilesBroken : public AfterReboot {
   }
 };
 
-TEST_F(CrossModuleFilesBroken, NoStagePassesOnThem) {
+TEST_F(CrossModuleBroken, NoStagePassesOnThem) {
   scripted::Play("", [] { return Init_TestCase_List(), Set_Current_TestCase(101); });
   const CM_TestCase& testCase = *Get_Current_TestCase();
   for (const Fault& fault : Faults()) {
@@ -168,7 +168,7 @@ TEST_F(CrossModuleFilesBroken, NoStagePassesOnThem) {
   }
 }
 
-TEST_F(CrossModuleFilesBroken, NoSynchronisationPassesOnThem) {
+TEST_F(CrossModuleBroken, NoSynchronisationPassesOnThem) {
   scripted::Play("", [] { return Init_TestCase_List(), Set_Current_TestCase(501); });
   const auto passes = [] {
     return scripted::Play("", [] { return Verify_AVsync() ? 1 : 0; }).result;
@@ -196,7 +196,7 @@ struct Setting {
   const char* one;
 };
 
-TEST_F(CrossModuleFilesBroken, SettingsHaveTheirDefaultsOrAreZero) {
+TEST_F(CrossModuleBroken, SettingsHaveTheirDefaultsOrAreZero) {
   const Setting kSettings[] = {
       {"config/report_send_to_USB_TFTP.config", [] { return std::to_string(Get_Report_Send_To()); },
        "3", "0", "1"},
@@ -226,7 +226,7 @@ TEST_F(CrossModuleFilesBroken, SettingsHaveTheirDefaultsOrAreZero) {
   }
 }
 
-TEST_F(CrossModuleFilesBroken, WhatWouldHarmAShellCommandIsNotTakenFromThem) {
+TEST_F(CrossModuleBroken, WhatWouldHarmAShellCommandIsNotTakenFromThem) {
   const struct {
     const char* file;
     std::string text;
@@ -253,7 +253,7 @@ TEST_F(CrossModuleFilesBroken, WhatWouldHarmAShellCommandIsNotTakenFromThem) {
   }
 }
 
-TEST_F(CrossModuleFilesBroken, TheOtherReadersOfSettingsComeBackFromThem) {
+TEST_F(CrossModuleBroken, TheOtherReadersOfSettingsComeBackFromThem) {
   for (const Fault& fault : Faults()) {
     SCOPED_TRACE(fault.name);
     for (const char* file : {"config/user_add_testcase.cfg", "golden_overwrite.config", "vout"}) {
@@ -274,7 +274,7 @@ TEST_F(CrossModuleFilesBroken, TheOtherReadersOfSettingsComeBackFromThem) {
   }
 }
 
-TEST_F(CrossModuleFilesBroken, WhatCannotBeWrittenIsToldWhereItIsNoSetting) {
+TEST_F(CrossModuleBroken, WhatCannotBeWrittenIsToldWhereItIsNoSetting) {
   scripted::Play("", Init_TestCase_List);
   fs::remove_all(Home() + "config");
   const auto added = scripted::Play("", [] { return Set_User_Add_TestCase("clip", 0, "clip.ts"); });

@@ -40,12 +40,12 @@ class Catalogue : public TemporaryHome {
   }
 };
 
-class CrossModuleFilesCatalogue : public AfterReboot {
+class CrossModuleCatalogue : public AfterReboot {
  protected:
-  CrossModuleFilesCatalogue() { Play("", Init_TestCase_List); }
+  CrossModuleCatalogue() { Play("", Init_TestCase_List); }
 };
 
-TEST_F(CrossModuleFilesCatalogue, NamesFilesByCaseAndStage) {
+TEST_F(CrossModuleCatalogue, NamesFilesByCaseAndStage) {
   SetCrossModuleHome("/data/cross_module/");
   const CM_TestCase& first = TestCaseList()[1];
   EXPECT_EQ(first.Get_TestCase_Name(), "101-h264-FrtChg");
@@ -199,7 +199,7 @@ TEST_F(Catalogue, MasksKeepAColumnForEachStage) {
   for (const auto& c : kCases) EXPECT_EQ(Module_Type_Inte_To_String(c.mask), c.text) << c.mask;
 }
 
-TEST_F(CrossModuleFilesCatalogue, CurrentCaseIsKeptForDriversAndTheNextStart) {
+TEST_F(CrossModuleCatalogue, CurrentCaseIsKeptForDriversAndTheNextStart) {
   EXPECT_EQ(Get_Current_TestCase()->type, 101) << "after a reboot";
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "101\n");
   EXPECT_EQ(Set_Current_TestCase(604), 0);
@@ -208,13 +208,13 @@ TEST_F(CrossModuleFilesCatalogue, CurrentCaseIsKeptForDriversAndTheNextStart) {
   EXPECT_EQ(Get_Current_TestCase()->type, 604) << "this program goes by its own";
 }
 
-TEST_F(CrossModuleFilesCatalogue, UnknownCurrentCaseIsBehindTheLast) {
+TEST_F(CrossModuleCatalogue, UnknownCurrentCaseIsBehindTheLast) {
   InAnEarlierProgram([] { Set_Current_TestCase(999); });
   EXPECT_FALSE(IsKnown(Get_Current_TestCase()));
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "999\n");
 }
 
-TEST_F(CrossModuleFilesCatalogue, CurrentCaseZeroIsReadAgain) {
+TEST_F(CrossModuleCatalogue, CurrentCaseZeroIsReadAgain) {
   for (const char* text : {"0\n", "none\n", ""}) {
     WriteVolatile("file_format.cfg", text);
     ASSERT_TRUE(IsKnown(Get_Current_TestCase()));

@@ -24,7 +24,7 @@ using scripted::CommandsOf;
 using scripted::Play;
 using Lines = std::vector<std::string>;
 
-class CrossModuleFilesDelivery : public testing::Test {
+class CrossModuleDelivery : public testing::Test {
  protected:
   void SetUp() override {
     home_.Write("config/timeStamp.config", "0315_142501\n");
@@ -43,7 +43,7 @@ class CrossModuleFilesDelivery : public testing::Test {
   crossmodule::Home home_;
 };
 
-TEST_F(CrossModuleFilesDelivery, NamesReportsByCaseAndRound) {
+TEST_F(CrossModuleDelivery, NamesReportsByCaseAndRound) {
   const std::string directory = home_.Path() + "report/";
   EXPECT_EQ(Get_Report_Name(kReportFile, false), "report_101-h264-FrtChg_0315_142501.txt");
   EXPECT_EQ(Get_Report_Name(kReportFile, true),
@@ -53,7 +53,7 @@ TEST_F(CrossModuleFilesDelivery, NamesReportsByCaseAndRound) {
   for (const int other : {0, 1, 3, 5, 7, -1}) EXPECT_EQ(Get_Report_Name(other, true), "") << other;
 }
 
-TEST_F(CrossModuleFilesDelivery, PacksWithTheBoardsTools) {
+TEST_F(CrossModuleDelivery, PacksWithTheBoardsTools) {
   const struct {
     const char* board;
     bool withReport;
@@ -83,7 +83,7 @@ TEST_F(CrossModuleFilesDelivery, PacksWithTheBoardsTools) {
   }
 }
 
-TEST_F(CrossModuleFilesDelivery, SendsWhereTheSettingSays) {
+TEST_F(CrossModuleDelivery, SendsWhereTheSettingSays) {
   const Lines usb = {"mkdir -p /tmp/usb/cross_module_report",
                      "cp /a/b/report.txt /tmp/usb/cross_module_report/"};
   const struct {
@@ -119,7 +119,7 @@ TEST_F(CrossModuleFilesDelivery, SendsWhereTheSettingSays) {
             std::string::npos);
 }
 
-TEST_F(CrossModuleFilesDelivery, SplitsThePathAtItsLastSlash) {
+TEST_F(CrossModuleDelivery, SplitsThePathAtItsLastSlash) {
   crossmodule::PretendBoardFile(kSorvex);
   SendTo(2);
   const struct {
@@ -132,7 +132,7 @@ TEST_F(CrossModuleFilesDelivery, SplitsThePathAtItsLastSlash) {
               (Lines{"sync", test.command, "sync"}));
 }
 
-TEST_F(CrossModuleFilesDelivery, SendsTheKeptDumps) {
+TEST_F(CrossModuleDelivery, SendsTheKeptDumps) {
   Lines expected;
   for (const char* stage : {"OMXIN", "OMXOUT", "VDEC", "DVO", "VO", "Scaler", "Audio"})
     expected.push_back("cd " + home_.Path() + "dump_tmp ;tftp -p -l dump-101-h264-FrtChg-" + stage +
@@ -140,7 +140,7 @@ TEST_F(CrossModuleFilesDelivery, SendsTheKeptDumps) {
   EXPECT_EQ(CommandsOf(Send_Dump_To_TFTP), expected);
 }
 
-TEST_F(CrossModuleFilesDelivery, MountsTheStickBeforeItSendsThere) {
+TEST_F(CrossModuleDelivery, MountsTheStickBeforeItSendsThere) {
   crossmodule::PretendBoardFile(kAndroid);
   SendTo(1);
   const auto send = [] { return Send_Report_File("/a/report.txt") ? 0 : 1; };
@@ -166,7 +166,7 @@ TEST_F(CrossModuleFilesDelivery, MountsTheStickBeforeItSendsThere) {
   EXPECT_EQ(Play("", send).result, 1) << "pulled out";
 }
 
-TEST_F(CrossModuleFilesDelivery, FailsWhenNothingWasPackedOrSent) {
+TEST_F(CrossModuleDelivery, FailsWhenNothingWasPackedOrSent) {
   crossmodule::PretendBoardFile(kSorvex);
   const auto package = [] { return CMplaybackTestCase::CMplaybackTest_Package_AllInOne(nullptr); };
   const auto sendDumps = [] { return CMplaybackTestCase::CMplayback_Send_Dump_To_TFTP(nullptr); };
@@ -191,7 +191,7 @@ TEST_F(CrossModuleFilesDelivery, FailsWhenNothingWasPackedOrSent) {
   }
 }
 
-TEST_F(CrossModuleFilesDelivery, SendsNothingWithoutAServer) {
+TEST_F(CrossModuleDelivery, SendsNothingWithoutAServer) {
   home_.Write("config/tftp_ip.cfg", "-\n");
   SendTo(2);
   const auto send = [] { return Send_Dump_To_TFTP() || Send_Report_File("/a/r.txt") ? 0 : 1; };
@@ -202,7 +202,7 @@ TEST_F(CrossModuleFilesDelivery, SendsNothingWithoutAServer) {
   EXPECT_NE(run.output.find("No TFTP server is set: /a/r.txt not sent\n"), std::string::npos);
 }
 
-TEST_F(CrossModuleFilesDelivery, DoesNothingForAnUnknownTestCase) {
+TEST_F(CrossModuleDelivery, DoesNothingForAnUnknownTestCase) {
   Set_Current_TestCase(999);
   std::string told;
   EXPECT_EQ(CommandsOf([&] {
@@ -263,7 +263,7 @@ std::string Shell(const std::string& command) {
   return output;
 }
 
-TEST_F(CrossModuleFilesDelivery, LeavesAnArchiveOfDumpsAndReportBesideTheReport) {
+TEST_F(CrossModuleDelivery, LeavesAnArchiveOfDumpsAndReportBesideTheReport) {
   crossmodule::PretendBoardFile(kSorvex);
   home_.Play(101, {});
   home_.Write("report/report_101-h264-FrtChg_0315_142501.txt", "the report\n");

@@ -29,9 +29,9 @@ std::string Printed(const std::string& name, const std::vector<std::string>& tex
   return printed;
 }
 
-class CrossModuleFilesMenu : public AfterReboot {
+class CrossModuleMenu : public AfterReboot {
  protected:
-  CrossModuleFilesMenu() {
+  CrossModuleMenu() {
     setenv("CVN_HTTP_CONTENT_SERVER", "server", 1);
     Play("", Init_TestCase_List);
   }
@@ -71,7 +71,7 @@ void ChooseInTurn(const SwitchEntry& c) {
   }
 }
 
-TEST_F(CrossModuleFilesMenu, SwitchesShowAskAndConfirm) {
+TEST_F(CrossModuleMenu, SwitchesShowAskAndConfirm) {
   constexpr char kOff[] = "Current setting: [0] Dont Send Pass Report\n";
   constexpr char kOn[] = "Current setting: [1] Do Send Pass Report\n";
   ChooseInTurn({"CMplaybackTest_Config_Freerun",
@@ -103,14 +103,14 @@ TEST_F(CrossModuleFilesMenu, SwitchesShowAskAndConfirm) {
        Home() + "config/auto_send_dumpData_to_TFTP.config"});
 }
 
-TEST_F(CrossModuleFilesMenu, AStoredValueThatIsNoneIsNotRecognised) {
+TEST_F(CrossModuleMenu, AStoredValueThatIsNoneIsNotRecognised) {
   WriteVolatile("freeRun.config", "7\n");
   const auto run = Choose(CMplaybackTestCase::CMplaybackTest_Config_Freerun, "8");
   EXPECT_TRUE(run.output.ends_with(Message("CMplaybackTest_Config_Freerun", kNotRecognised)))
       << run.output;
 }
 
-TEST_F(CrossModuleFilesMenu, ReportDestination) {
+TEST_F(CrossModuleMenu, ReportDestination) {
   const std::string name = "CMplayback_Config_Report_Send_To";
   const std::string head =
       Printed(name, {"For each time, when test is done, send the report to USB or TFTP?\n",
@@ -136,7 +136,7 @@ TEST_F(CrossModuleFilesMenu, ReportDestination) {
   EXPECT_EQ(Text("config/report_send_to_USB_TFTP.config"), "1\n") << "wrong answers change nothing";
 }
 
-TEST_F(CrossModuleFilesMenu, ContentSource) {
+TEST_F(CrossModuleMenu, ContentSource) {
   std::filesystem::create_directory(Home() + "cross_module_content_v1");
   const std::string name = "CMplaybackTest_Switch_Usb_Http";
   const std::string kSettings[] = {
@@ -158,7 +158,7 @@ TEST_F(CrossModuleFilesMenu, ContentSource) {
   }
 }
 
-TEST_F(CrossModuleFilesMenu, TftpServerIsAskedForOnAFreshBoardShownAndAskedForAgain) {
+TEST_F(CrossModuleMenu, TftpServerIsAskedForOnAFreshBoardShownAndAskedForAgain) {
   const std::string name = "CMplaybackTest_Config_TFTP_IP";
   const std::string setter = "Set_TFTP_IP_by_User";
   const std::string question = Message(
@@ -173,7 +173,7 @@ TEST_F(CrossModuleFilesMenu, TftpServerIsAskedForOnAFreshBoardShownAndAskedForAg
   EXPECT_EQ(Text("config/tftp_ip.cfg"), "10.0.0.2\n");
 }
 
-TEST_F(CrossModuleFilesMenu, DebugLevel) {
+TEST_F(CrossModuleMenu, DebugLevel) {
   const std::string name = "CMplaybackTest_Config_Debug_Level";
   const std::string kLevels[] = {"Current level: 0 (off)\n", "Current level: 1\n"};
   int level = 0;
@@ -190,7 +190,7 @@ TEST_F(CrossModuleFilesMenu, DebugLevel) {
   EXPECT_TRUE(scripted::Commands().empty()) << "it is for the verification alone";
 }
 
-TEST_F(CrossModuleFilesMenu, GoldenDataAreSelectedByPositionInTheList) {
+TEST_F(CrossModuleMenu, GoldenDataAreSelectedByPositionInTheList) {
   const std::string name = "CMplaybackTest_SetTestCaseGolden";
   for (const auto& [typed, now] :
        std::vector<std::pair<const char*, const char*>>{{"2", "102-h264-ResChg"},
@@ -213,7 +213,7 @@ TEST_F(CrossModuleFilesMenu, GoldenDataAreSelectedByPositionInTheList) {
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "604\n");
 }
 
-TEST_F(CrossModuleFilesMenu, OneStageIsVerifiedByItsPosition) {
+TEST_F(CrossModuleMenu, OneStageIsVerifiedByItsPosition) {
   for (const char* typed : {"0", "8", "-1", "VDEC", ""}) {
     const auto run = Choose(CMplaybackTestCase::CMplayback_Verify_One_Module, typed);
     EXPECT_EQ(run.result, 1);
@@ -228,7 +228,7 @@ TEST_F(CrossModuleFilesMenu, OneStageIsVerifiedByItsPosition) {
   EXPECT_NE(run.output.find("=======> Verify: [Scaler]\n"), std::string::npos) << run.output;
 }
 
-TEST_F(CrossModuleFilesMenu, NothingIsDoneForAnUnknownCase) {
+TEST_F(CrossModuleMenu, NothingIsDoneForAnUnknownCase) {
   Set_Current_TestCase(999);
   for (const Entry entry :
        {CMplaybackTestCase::CMplayback_Verify_One_Module, CMplaybackTestCase::CMplayback_Verify_All,
@@ -241,7 +241,7 @@ TEST_F(CrossModuleFilesMenu, NothingIsDoneForAnUnknownCase) {
   EXPECT_TRUE(scripted::Commands().empty());
 }
 
-TEST_F(CrossModuleFilesMenu, EndOfInputLeavesTheSettingAlone) {
+TEST_F(CrossModuleMenu, EndOfInputLeavesTheSettingAlone) {
   EXPECT_EXIT(Play("", [] { return CMplaybackTestCase::CMplaybackTest_Config_Freerun(nullptr); }),
               testing::ExitedWithCode(1), "");
   EXPECT_FALSE(std::filesystem::exists(Path("freeRun.config")));

@@ -107,7 +107,7 @@ std::string Backup(const std::string& name) {
          ForStages("rm -f " + target + "cp /tmp/cross_module/dump_DUMP.txt " + target);
 }
 
-class CrossModuleFilesRun : public PreparedBoard {
+class CrossModuleRun : public PreparedBoard {
  protected:
   static scripted::Run Run(CM_TestCase* testCase) {
     return scripted::Play("", [&] { return Run_Playback_Test_Case(testCase); });
@@ -115,7 +115,7 @@ class CrossModuleFilesRun : public PreparedBoard {
   static scripted::Run Run(int testCase) { return Run(FindTestCase(testCase)); }
 };
 
-TEST_F(CrossModuleFilesRun, OnAndroidFromTheStick) {
+TEST_F(CrossModuleRun, OnAndroidFromTheStick) {
   Boot(kAndroid, MODE_USB);
   PlugStick(101);
   setenv("LD_LIBRARY_PATH", "/lib", 1);
@@ -136,7 +136,7 @@ TEST_F(CrossModuleFilesRun, OnAndroidFromTheStick) {
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "601\n");
 }
 
-TEST_F(CrossModuleFilesRun, OnSorvexFromItsOwnStorage) {
+TEST_F(CrossModuleRun, OnSorvexFromItsOwnStorage) {
   Boot(kSorvex, MODE_EMMC);
   PretendFiles({"/tmp/enableDebugMode"});
   Write("cross_module_content_v1/[R101]h264-FrtChg.ts", "");
@@ -158,7 +158,7 @@ TEST_F(CrossModuleFilesRun, OnSorvexFromItsOwnStorage) {
       << "its drivers are left alone unless asked for";
 }
 
-TEST_F(CrossModuleFilesRun, FromTheServer) {
+TEST_F(CrossModuleRun, FromTheServer) {
   unsetenv("CVN_HTTP_CONTENT_SERVER");
   for (const char* os : {kPelxos, kSorvex}) {
     InAnEarlierProgram([&] {
@@ -183,7 +183,7 @@ TEST_F(CrossModuleFilesRun, FromTheServer) {
   }
 }
 
-TEST_F(CrossModuleFilesRun, StopsWhereSomethingIsMissing) {
+TEST_F(CrossModuleRun, StopsWhereSomethingIsMissing) {
   Boot(kAndroid, MODE_USB);
   EXPECT_EQ(Run(999).commands, Lines{});
   EXPECT_EQ(Run(nullptr).result, -1);
@@ -209,7 +209,7 @@ TEST_F(CrossModuleFilesRun, StopsWhereSomethingIsMissing) {
               "HINT: please run \"0 .Playback Test Environment init.\" before you test\n")));
 }
 
-TEST_F(CrossModuleFilesRun, ByHandLeavesContentAndEnvironmentAlone) {
+TEST_F(CrossModuleRun, ByHandLeavesContentAndEnvironmentAlone) {
   Boot(kAndroid, MODE_USB);
   setenv("LD_LIBRARY_PATH", "/lib", 1);
   Set_Manual_Play(true);

@@ -32,7 +32,7 @@ bool Contains(const std::string& text, const std::string& wanted) {
   return text.find(wanted) != std::string::npos;
 }
 
-class CrossModuleFilesReport : public testing::Test {
+class CrossModuleReport : public testing::Test {
  protected:
   void SetUp() override {
     home_.Write("config/timeStamp.config", "0315_142501\n");
@@ -93,7 +93,7 @@ std::string PassLine(const std::string& module, const std::string& count = "599/
          "                    0/0            -  -             (no---data)\n";
 }
 
-TEST_F(CrossModuleFilesReport, NamesTheBadStageTheFrameAndTheField) {
+TEST_F(CrossModuleReport, NamesTheBadStageTheFrameAndTheField) {
   home_.Play(101, {ParseDefect("VDEC:change:300:crc")});
   const auto run = VerifyAll();
   EXPECT_EQ(run.result, 1);
@@ -128,7 +128,7 @@ TEST_F(CrossModuleFilesReport, NamesTheBadStageTheFrameAndTheField) {
   EXPECT_EQ(StoredReport(), report) << "and replaces nothing";
 }
 
-TEST_F(CrossModuleFilesReport, ShowsWhatEachStageLost) {
+TEST_F(CrossModuleReport, ShowsWhatEachStageLost) {
   home_.Play(101,
              {ParseDefect("OMXIN:drop:400"), ParseDefect("VO:change:350:crc_vo=255"),
               ParseDefect("VO:change:350:width=1"), ParseDefect("DVO:repeat:349"),
@@ -160,7 +160,7 @@ TEST_F(CrossModuleFilesReport, ShowsWhatEachStageLost) {
   }
 }
 
-TEST_F(CrossModuleFilesReport, GoesWhereItIsWanted) {
+TEST_F(CrossModuleReport, GoesWhereItIsWanted) {
   const struct {
     const char* destination;
     bool fails;
@@ -183,7 +183,7 @@ TEST_F(CrossModuleFilesReport, GoesWhereItIsWanted) {
   }
 }
 
-TEST_F(CrossModuleFilesReport, ReplacesNoOtherReport) {
+TEST_F(CrossModuleReport, ReplacesNoOtherReport) {
   home_.Write("config/report_send_to_USB_TFTP.config", "2\n");
   home_.Play(101, {ParseDefect("VO:garble:300")});
   std::string sent;
@@ -200,7 +200,7 @@ TEST_F(CrossModuleFilesReport, ReplacesNoOtherReport) {
   }
 }
 
-TEST_F(CrossModuleFilesReport, IsNotSentWhenItWasNotStored) {
+TEST_F(CrossModuleReport, IsNotSentWhenItWasNotStored) {
   home_.Write("config/report_send_to_USB_TFTP.config", "3\n");
   home_.Play(101, {ParseDefect("VO:garble:300")});
   const std::string path = ReportPath();
@@ -235,7 +235,7 @@ TEST_F(CrossModuleFilesReport, IsNotSentWhenItWasNotStored) {
   }
 }
 
-TEST_F(CrossModuleFilesReport, OfARefusedRunShowsNoOlderDumps) {
+TEST_F(CrossModuleReport, OfARefusedRunShowsNoOlderDumps) {
   home_.Play(101, {});
   for (const CM_Module& module : ModuleTypeList())
     std::filesystem::rename(*module.dumpPath, *module.dumpPath + ".old");
@@ -252,7 +252,7 @@ TEST_F(CrossModuleFilesReport, OfARefusedRunShowsNoOlderDumps) {
   EXPECT_FALSE(Contains(run.output, "First bad stage")) << "it broke nowhere";
 }
 
-TEST_F(CrossModuleFilesReport, HasTheSynchronisationOfItsCase) {
+TEST_F(CrossModuleReport, HasTheSynchronisationOfItsCase) {
   Set_Current_TestCase(501);
   home_.Play(501, {ParseDefect("Audio:late:0:21")});
   const auto run = VerifyAll();
@@ -272,7 +272,7 @@ TEST_F(CrossModuleFilesReport, HasTheSynchronisationOfItsCase) {
   EXPECT_EQ(VerifyAll().result, 1) << "a synchronisation that passes hides no stage";
 }
 
-TEST_F(CrossModuleFilesReport, TellsThatItCannotBeWritten) {
+TEST_F(CrossModuleReport, TellsThatItCannotBeWritten) {
   home_.Play(101, {});
   std::filesystem::create_directories(kTemporaryReport);
   const std::size_t commandsBefore = scripted::Commands().size();
@@ -283,7 +283,7 @@ TEST_F(CrossModuleFilesReport, TellsThatItCannotBeWritten) {
   EXPECT_EQ(scripted::Commands().size(), commandsBefore);
 }
 
-TEST_F(CrossModuleFilesReport, ChecksTheDemoClipInALineOfItsOwn) {
+TEST_F(CrossModuleReport, ChecksTheDemoClipInALineOfItsOwn) {
   const auto demo = [&](const std::vector<player::Defect>& defects) {
     home_.Play(101, defects);
     Get_Current_TestCase()->contentFile = "goodDemo.cfg";
@@ -296,7 +296,7 @@ TEST_F(CrossModuleFilesReport, ChecksTheDemoClipInALineOfItsOwn) {
                        title + "VO(0) PASS -> scaler(1) FAIL\n"));
 }
 
-TEST_F(CrossModuleFilesReport, AnalysesTheSynchronisationOfTheDumps) {
+TEST_F(CrossModuleReport, AnalysesTheSynchronisationOfTheDumps) {
   home_.Play(501, {});
   Set_Current_TestCase(501);
   const auto analyse = [] { return Play("", [] { return Verify_AVsync() ? 0 : 1; }); };
@@ -314,7 +314,7 @@ TEST_F(CrossModuleFilesReport, AnalysesTheSynchronisationOfTheDumps) {
   EXPECT_TRUE(Contains(silent.output, "dump-501-avSync-Audio.txt\n")) << silent.output;
 }
 
-TEST_F(CrossModuleFilesReport, RefusesAnUnknownTestCase) {
+TEST_F(CrossModuleReport, RefusesAnUnknownTestCase) {
   Set_Current_TestCase(999);
   EXPECT_EQ(Play("", [] { return Verify_AVsync() ? 1 : 0; }).result, 0);
   for (const auto& run : {Play("", [] { return Verify_Module(MODULE_VO), 0; }),
@@ -324,7 +324,7 @@ TEST_F(CrossModuleFilesReport, RefusesAnUnknownTestCase) {
   }
 }
 
-TEST_F(CrossModuleFilesReport, VerifiesAStageInSteps) {
+TEST_F(CrossModuleReport, VerifiesAStageInSteps) {
   home_.Play(101, {ParseDefect("VDEC:change:300:crc")});
   const CM_Module& vdec = *Get_Module_by_ID(MODULE_VDEC);
   const std::string dump = home_.Path() + "dump_tmp/dump-101-h264-FrtChg-VDEC.txt";

@@ -27,9 +27,9 @@ constexpr char kAddressQuestion[] =
     "Please enter your TFTP Server IP\033[1;30m(Just input \"-\" to skip/clean setting)\033[m:";
 
 class Settings : public TemporaryHome {};
-class CrossModuleFilesSettings : public AfterReboot {};
+class CrossModuleSettings : public AfterReboot {};
 
-TEST_F(CrossModuleFilesSettings, OfAFreshBoard) {
+TEST_F(CrossModuleSettings, OfAFreshBoard) {
   std::string stamp;
   std::string list;
   Play("", [&] {
@@ -62,7 +62,7 @@ struct SwitchCase {
   std::string afterRestart;  // what a program that finds the file empty leaves in it
 };
 
-TEST_F(CrossModuleFilesSettings, SwitchesTakeZeroAndOneAndEmptyTheirFileForTheRest) {
+TEST_F(CrossModuleSettings, SwitchesTakeZeroAndOneAndEmptyTheirFileForTheRest) {
   const SwitchCase kSwitches[] = {
       {"Set_FreeRun_Mode", Set_FreeRun_Mode, Get_FreeRun_Mode, Path("freeRun.config"), -1,
        Message("Set_FreeRun_Mode", "set free run mode: 1\n"), ""},

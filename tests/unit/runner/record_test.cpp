@@ -190,7 +190,7 @@ TEST(RecordTest, EveryTestThatPromptsIsPlayedAgainWithTheSameReportLine) {
   EXPECT_GT(RecordAndReplay(false), 160);
 }
 
-TEST(CrossModuleFilesRecordTest, CrossModuleTestsThatPromptArePlayedAgainToo) {
+TEST(CrossModuleRecordTest, CrossModuleTestsThatPromptArePlayedAgainToo) {
   if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
   EXPECT_GT(RecordAndReplay(true), 20);
 }
