@@ -148,10 +148,10 @@ Analyse() {
   Total
 }
 
-# Approve: the end-to-end tests write the expected texts instead of comparing.
+# Approve: tests write the expected texts instead of comparing.
 Approve() {
   BuildTests release
-  CVN_APPROVE=1 ctest --preset release -j2 --no-tests=error -L e2e "${selection[@]}" </dev/null
+  CVN_APPROVE=1 ctest --preset release -j2 --no-tests=error -L 'e2e|unit' -LE long "${selection[@]}" </dev/null
   echo 'Now look at what changed: git diff tests/expected'
 }
 
