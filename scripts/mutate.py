@@ -74,14 +74,24 @@ def constants(code):
             new = hex(int(old, 16) ^ 1)
         else:
             new = str(int(old.replace('_', ''), 8 if re.fullmatch('0[0-7]+', old) else 10) + 1)
+        if re.search(r'\bchar \w+\[$', code[:match.start()][-80:]):
+            continue  # a larger buffer says the same
         yield match.start(1), match.end(1), new
+
+
+def ends_switch(code, match):
+    """Whether a `break` is the last statement of a switch, by its indentation: leaving it out says the same."""
+    closing = re.match(r'\n( *)}', code[match.end():])
+    return match.group(2) == 'break' and closing and len(closing.group(1)) == match.start(2) - 5 - code.rfind(
+        '\n', 0, match.start(2))
 
 
 def statements(code):
     for match in STATEMENT.finditer(code):
         if match.group(2).startswith('return') and not match.group(1):
             continue  # what is left is no function, or says the same
-        yield match.start(2), match.end(2), ''
+        if not ends_switch(code, match):
+            yield match.start(2), match.end(2), ''
 
 
 def arguments(code, text):
@@ -304,22 +314,33 @@ def run_inside():
 
 # ---- The campaign ----------------------------------------------------------------------------------------
 
+def words_of(name):
+    """The words of a path or a test's name, in lower case."""
+    return {word.lower() for word in re.findall(r'[A-Z]+(?![a-z])|[A-Z]?[a-z]+|\d+', name) if len(word) > 2}
+
+
 class Order:
-    """The tests in the order in which a fault is found soonest: those that found faults near it, then fast ones."""
+    """The tests in the order in which a fault is found soonest: those that found faults near it, then those
+    whose names have words of its path, then fast ones."""
 
     def __init__(self, tests, seconds):
         self.tests = [dict(test, limit=max(LEAST_LIMIT_S, 5 * seconds[test['name']])) for test in tests]
         self.seconds = seconds
         self.found = collections.Counter()
+        self.words = {test['name']: words_of(test['name'] + '/' + os.path.basename(test['command'][0]))
+                      for test in tests}
 
     def note(self, test, path):
         for folder in (path, os.path.dirname(path)):
             self.found[test, folder] += 1
 
     def of(self, path):
+        near = words_of(path)
+
         def rank(test):
             name = test['name']
-            return -self.found[name, path], -self.found[name, os.path.dirname(path)], self.seconds[name]
+            return (-self.found[name, path], -self.found[name, os.path.dirname(path)],
+                    -len(near & self.words[name]), self.seconds[name])
         return sorted(self.tests, key=rank)
 
 

@@ -62,6 +62,12 @@ class Faults(unittest.TestCase):
     def test_comments_texts_and_directives_stay(self):
         self.assertEqual(faults('// a < 1\n/* f(a, b) */\n#if 1 < 2\nconst char* t = "1 < 2\\" + 3";\nchar c = \'<\';\n'), {})
 
+    def test_changes_that_say_the_same_are_none(self):
+        self.assertEqual(faults('char words[96];'), {})
+        self.assertIn('constant', faults('int words[96];'))
+        self.assertEqual(faults('  switch (a) {\n    case b:\n      break;\n  }\n'), {})
+        self.assertIn('dropped statement', faults('  for (;;) {\n    break;\n  }\n'))
+
 
 class Campaign(unittest.TestCase):
     def setUp(self):
