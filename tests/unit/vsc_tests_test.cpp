@@ -410,6 +410,12 @@ TEST(LiveZoom, ShowsOneSourceInBothWindows) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Connect(1, {type=2, attr=0x0, output=0}) = 0"), 1u);
   EXPECT_EQ(LastCall(), "K2V_RHAL_VSC_SetWinBlank(1, 0, 0) = 0");
   EXPECT_EQ(scripted::WaitedUs(), 15'000'000u);
+
+  simhal::Reset();
+  simhal::Fail("K2V_RHAL_VSC_Connect", -8);
+  const auto refused = PlayTest(VscTestCase::Vsc_LiveZoomfunction, "2\n0\n0\n0\n2\n1\n2\n");
+  EXPECT_TRUE(Contains(refused.output, "\nmain VSC Connect NG : -8\n")) << refused.output;
+  EXPECT_TRUE(Contains(refused.output, "\nsub VSC Connect NG : -8\n")) << refused.output;
 }
 
 TEST(DirectHdmi, IsShownWithoutAQuestionAndEachTestInItsWay) {

@@ -239,6 +239,7 @@ TEST(Hdcp2, KeysStayThoseOfTheBoard) {
   K2V_RHAL_HDCP2_GetKeyInfo(&after);
   EXPECT_TRUE(std::equal(std::begin(before.receiverId), std::end(before.receiverId),
                          std::begin(after.receiverId)));
+  EXPECT_EQ(after.nVersion, 2);
   EXPECT_NE(simhal::Apply("hdcp2 0 broken").find("wrong-h"), std::string::npos);
 }
 

@@ -80,6 +80,11 @@ TEST_F(Processes, FindTheBoardAsTheOneBeforeLeftIt) {
   EXPECT_EQ(Client("h-init h-conn0 signal").output, "-4\n0\n3840x2160\n");
 }
 
+TEST_F(Processes, ServeTheRegisterFileWhereTheBoardHasOne) {
+  const std::string path = board_ + "/register";
+  EXPECT_EQ(Run("CVNSIM_REGISTER=" + path + " " SIM_CLIENT " h-init; test -p " + path).status, 0);
+}
+
 TEST_F(Processes, ForkedChildrenShareTheAnonymousBoard) {
   const pid_t child = fork();
   if (child == 0) _exit(DoSteps("h-init h-open"));

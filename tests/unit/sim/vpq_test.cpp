@@ -1,7 +1,10 @@
 // Picture quality of the simulated HAL: what is kept, what is refused and what is measured.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <numeric>
+#include <string>
 #include <vector>
 
 #include "HalSteps.h"
@@ -30,6 +33,38 @@ TEST(Vpq, TellsWhatWasSetAndRefusesWhatIsNotInRange) {
   EXPECT_EQ(K2V_RHAL_VPQ_GetColorTemp(&told), kOk);
   EXPECT_EQ(told.nRedGain, -50);
   EXPECT_EQ(told.nBlueOffset, 50);
+}
+
+/// The function that sets what a getter tells, by its name.
+void* SetterOf(std::string getter) {
+  static const std::map<std::string, std::string> kNamedOtherwise = {
+      {"VPQ_GetODLevel", "VPQ_SetODReadEnable"},
+      {"VPQEX_GDBC_Get_DCR_BackLight", "VPQEX_GDBC_Set_UI_DCR_BackLight"}};
+  if (const auto other = kNamedOtherwise.find(getter); other != kNamedOtherwise.end())
+    return dlsym(RTLD_DEFAULT, ("K2V_RHAL_" + other->second).c_str());
+  const std::string name = "K2V_RHAL_" + getter.replace(getter.find("Get"), 3, "Set");
+  void* const extended = dlsym(RTLD_DEFAULT, (name + "Extend").c_str());
+  return extended != nullptr ? extended : dlsym(RTLD_DEFAULT, name.c_str());
+}
+
+TEST(Vpq, GettersTellWhatWasSetByTheirName) {
+  const struct {
+    const char* name;
+    int (*get)(int32_t*);
+  } kGetters[] = {
+#define VPQ_VALUE_OF(getter, setter) {#getter, K2V_RHAL_##getter},
+#include "vpq/VpqFunctions.def"
+  };
+  for (const auto& [name, get] : kGetters) {
+    const auto set = reinterpret_cast<int (*)(int32_t)>(SetterOf(name));
+    ASSERT_NE(set, nullptr) << name;
+    for (const int32_t number : {1, 0}) {
+      int32_t told = -1;
+      EXPECT_EQ(set(number), kOk) << name;
+      EXPECT_EQ(get(&told), kOk) << name;
+      EXPECT_EQ(told, number) << name;
+    }
+  }
 }
 
 TEST(Vpq, KeepsSettingsThatHaveTwoWays) {
