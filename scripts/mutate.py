@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Puts single faults into a copy of the sources, one at a time, and looks whether the unit tests see them.
 
+Each test is first run once to see which lines it runs; a fault is tried with the tests that run near it.
+
 A fault is one changed operator or constant, a dropped statement, two swapped arguments or a field that two
 rows of a table exchange. The checkout itself is only read: the copy and its build are in build/mutate. The
 tests of a faulty program run in a sandbox, where they can end and overwrite nothing else.
@@ -25,6 +27,8 @@ FOLDERS = ('muro', 'sim/hal')
 SUFFIXES = ('.cpp', '.h', '.def')
 MEMORY_LIMIT = 4 << 30
 LEAST_LIMIT_S = 10
+# A statement of several lines is noted with one of them: how near a line has to be that a test runs.
+LINES_BEFORE, LINES_BEHIND = 6, 3
 
 # One change: text[start:end] becomes `new`.
 Fault = collections.namedtuple('Fault', 'kind path start end new')
@@ -211,9 +215,16 @@ class Copy:
     def __init__(self, source, jobs):
         self.home = os.path.join(source, 'build', 'mutate')
         self.tree, self.build_tree = os.path.join(self.home, 'source'), os.path.join(self.home, 'build')
+        self.cover = os.path.join(self.home, 'cover')
         self.jobs = jobs
         copy_tree(source, self.tree)
-        self.must(['cmake', '-S', self.tree, '-B', self.build_tree, '--preset', 'mutate'], cwd=self.tree)
+        library = os.path.join(self.home, 'libcover.so')
+        self.must(['gcc', '-shared', '-fPIC', '-O2', '-o', library,
+                   os.path.join(os.path.dirname(os.path.abspath(__file__)), 'cover.c')])
+        linked = f'-fuse-ld=gold -Wl,--no-as-needed {library} -Wl,-rpath,{self.home}'
+        self.must(['cmake', '-S', self.tree, '-B', self.build_tree, '--preset', 'mutate',
+                   '-DCMAKE_CXX_FLAGS=-O0 -g1 -w -fsanitize-coverage=trace-pc',
+                   f'-DCMAKE_EXE_LINKER_FLAGS={linked}', f'-DCMAKE_SHARED_LINKER_FLAGS={linked}'], cwd=self.tree)
         self.must(['ninja', '-C', self.build_tree])
         self.tests = self.unit_tests()
         programs = {os.path.relpath(test['command'][0], self.build_tree) for test in self.tests}
@@ -241,6 +252,31 @@ class Copy:
     def builds(self):
         return subprocess.run(self.build_command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                               check=False).returncode == 0
+
+    def cover_file(self, test):
+        return os.path.join(self.cover, re.sub(r'[^\w.]', '_', test['name']))
+
+    def lines_run(self, tests):
+        """Which tests run each line of the sources: {path: {line: {test, ...}}}."""
+        places = {}  # {module: {offset: {test, ...}}}
+        for test in tests:
+            try:
+                with open(self.cover_file(test), encoding='utf-8') as file:
+                    lines = set(file)
+            except FileNotFoundError:
+                continue
+            for line in lines:
+                module, offset = line.rstrip().rsplit('+', 1)
+                places.setdefault(module, {}).setdefault(offset, set()).add(test['name'])
+        found = {}
+        for module, offsets in places.items():
+            listed = self.must(['addr2line', '-e', module], input='\n'.join(offsets) + '\n').splitlines()
+            for place, names in zip(listed, offsets.values()):
+                path, line = place.split(' ')[0].rsplit(':', 1)
+                if path.startswith(self.tree + '/') and line.isdigit():
+                    lines = found.setdefault(os.path.relpath(path, self.tree), {})
+                    lines.setdefault(int(line), set()).update(names)
+        return found
 
     def run_tests(self, tests, stop=True):
         """Runs tests in a sandbox. Returns the seconds each took and the first that failed, if any."""
@@ -272,6 +308,8 @@ def run_one(test):
     """Runs one test in a session of its own. Returns (seconds, passed)."""
     begin = time.monotonic()
     environment = dict(os.environ, **dict(entry.split('=', 1) for entry in test['environment']))
+    if test.get('cover'):
+        environment['CVN_COVER'] = test['cover']
     process = subprocess.Popen(
         test['command'], cwd=test['directory'], env=environment, stdin=subprocess.DEVNULL,
         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
@@ -323,9 +361,10 @@ class Order:
     """The tests in the order in which a fault is found soonest: those that found faults near it, then those
     whose names have words of its path, then fast ones."""
 
-    def __init__(self, tests, seconds):
+    def __init__(self, tests, seconds, lines):
         self.tests = [dict(test, limit=max(LEAST_LIMIT_S, 5 * seconds[test['name']])) for test in tests]
         self.seconds = seconds
+        self.lines = lines
         self.found = collections.Counter()
         self.words = {test['name']: words_of(test['name'] + '/' + os.path.basename(test['command'][0]))
                       for test in tests}
@@ -334,23 +373,38 @@ class Order:
         for folder in (path, os.path.dirname(path)):
             self.found[test, folder] += 1
 
-    def of(self, path):
+    def runners_of(self, path, line):
+        """Names of the tests that may see a fault in a line, of those that run lines near it, and of those that
+        run itself. What is no code, such as the rows of a table, belongs to all that run anything of its file,
+        and what others include to all tests."""
+        lines = self.lines.get(path, {})
+        exactly = lines.get(line, set())
+        around = set().union(*(lines.get(line + i, set()) for i in range(-LINES_BEFORE, LINES_BEHIND + 1)))
+        if exactly:
+            return around, around, exactly
+        everybody = {test['name'] for test in self.tests}
+        return set().union(*lines.values()) if path.endswith('.cpp') and lines else everybody, around, exactly
+
+    def of(self, path, line):
         near = words_of(path)
+        runners, around, exactly = self.runners_of(path, line)
 
         def rank(test):
             name = test['name']
-            return (-self.found[name, path], -self.found[name, os.path.dirname(path)],
+            return (name not in exactly, name not in around, -self.found[name, path], -self.found[name, os.path.dirname(path)],
                     -len(near & self.words[name]), self.seconds[name])
-        return sorted(self.tests, key=rank)
+        return sorted((test for test in self.tests if test['name'] in runners), key=rank)
 
 
 def baseline(copy):
-    """How long each test takes without a fault. All of them have to pass."""
-    tests = [dict(test, limit=300) for test in copy.tests]
+    """How long each test takes without a fault, and which lines it runs. All of them have to pass."""
+    shutil.rmtree(copy.cover, ignore_errors=True)
+    os.mkdir(copy.cover)
+    tests = [dict(test, limit=300, cover=copy.cover_file(test)) for test in copy.tests]
     seconds, failed = copy.run_tests(tests)
     if failed:
         sys.exit(f'mutate.py: {failed} fails without any fault')
-    return seconds
+    return seconds, copy.lines_run(tests)
 
 
 def texts_of(tree, folders):
@@ -379,14 +433,15 @@ def print_rates(results):
 
 def try_faults(copy, texts, faults, count):
     """Tries faults until `count` compiled. Yields each with the test that saw it, None, or 'build'."""
-    order = Order(copy.tests, baseline(copy))
+    order = Order(copy.tests, *baseline(copy))
     tried, begin = 0, time.monotonic()
     for fault in faults:
         if tried == count:
             return
 
         def judged(fault=fault):
-            return copy.run_tests(order.of(fault.path))[1] if copy.builds() else 'build'
+            line = texts[fault.path].count('\n', 0, fault.start) + 1
+            return copy.run_tests(order.of(fault.path, line))[1] if copy.builds() else 'build'
         test = copy.with_fault(fault, texts[fault.path], judged)
         if test not in (None, 'build'):
             order.note(test, fault.path)
