@@ -1,12 +1,17 @@
 // The modules of this harness, listed by hand: what is not here does not exist.
 #pragma once
 
+#include <cstdint>
 #include <span>
 
 #include "Module.h"
 
+/// Whether a module's tests need those before them.
+enum class TestOrder : uint8_t { kAny, kKept };
+
 struct ModuleEntry {
   const char* className;
+  TestOrder order;
   Module* (*instance)();  // creates the module on first use
   const char* notice;     // a line printed before the module is initialised, or empty
 };

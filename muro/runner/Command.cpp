@@ -10,7 +10,11 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <string_view>
+
+#include "Signals.h"
 
 namespace runner {
 namespace {
@@ -103,6 +107,24 @@ CommandEnd Await(pid_t pid, int from, double limitS, bool (*interrupted)()) {
 }
 
 }  // namespace
+
+std::string CommandEnd::Text(double limitS) const {
+  char limit[32];
+  switch (kind) {
+    case kExited:
+      return "exit status " + std::to_string(value);
+    case kSignalled:
+      return "killed by " + SignalText(value);
+    case kTimedOut:
+      std::snprintf(limit, sizeof limit, "%g", limitS);
+      return std::string("no answer in ").append(limit).append(" s");
+    case kInterrupted:
+      return "interrupted";
+    case kNotStarted:
+      break;
+  }
+  return std::string("not started: ") + std::strerror(value);
+}
 
 CommandEnd RunCommand(const std::vector<std::string>& words,
                       const std::vector<std::string>& environment, double limitS,

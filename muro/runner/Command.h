@@ -14,6 +14,8 @@ struct CommandEnd {
   std::string output;
 
   bool Succeeded() const { return kind == kExited && value == 0; }
+  /// How it ended, for people, such as "exit status 1"; `limitS` is the limit that it had.
+  std::string Text(double limitS) const;
 };
 
 /// Runs `words`, found through PATH, in a process group of its own and without input, with the

@@ -23,6 +23,7 @@
 #include "Recorder.h"
 #include "ResultDirectory.h"
 #include "ResultWriters.h"
+#include "Shards.h"
 #include "TestCase/CrossModule/playback/src/PlaybackRun.h"
 #include "TestFrame.h"
 #include "TestList.h"
@@ -62,12 +63,32 @@ std::vector<TestEntry> TestsOfFrame() {
   return AllTests();
 }
 
+/// Leaves only the suspect tests of an earlier run.
+std::string KeepSuspects(const std::string& directory, std::vector<TestEntry>& tests) {
+  RunHead head;
+  std::vector<JournalEntry> entries;
+  std::string problem = ReadJournal(directory, head, entries);
+  std::erase_if(tests, [&](const TestEntry& test) {
+    return std::ranges::none_of(entries, [&](const JournalEntry& entry) {
+      return (entry.suspect || !entry.ended) && BaseId(entry.id) == test.id;
+    });
+  });
+  return problem;
+}
+
 /// Selects of `all` as the options say. Returns an error, empty when all is well.
 std::string SelectTests(const Options& options, const std::vector<TestEntry>& all,
                         std::vector<TestEntry>& tests) {
   std::string unmatched;
   tests = Select(all, options.patterns, options.excluded, unmatched);
-  return unmatched.empty() ? "" : "'" + unmatched + "' matches no test";
+  if (!unmatched.empty()) return "'" + unmatched + "' matches no test";
+  std::string problem;
+  if (!options.retryFrom.empty()) problem = KeepSuspects(options.retryFrom, tests);
+  Durations durations;
+  if (problem.empty() && !options.shardTimes.empty())
+    problem = ReadDurations(options.shardTimes, durations);
+  tests = TestsOf(options.shard, tests, durations);
+  return problem;
 }
 
 /// What a run works with.

@@ -1,36 +1,14 @@
 #include "Eyes.h"
 
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 #include "Command.h"
-#include "Signals.h"
 #include "Text.h"
 
 namespace runner {
 namespace {
 
 constexpr const char* kNames[] = {"yes", "no", "cannot tell"};
-
-/// Why there is no answer, for a command that says nothing of it.
-std::string WhyNoAnswer(const CommandEnd& end, double limitS) {
-  char limit[32];
-  switch (end.kind) {
-    case CommandEnd::kExited:
-      return "exit status " + std::to_string(end.value);
-    case CommandEnd::kSignalled:
-      return "killed by " + SignalText(end.value);
-    case CommandEnd::kTimedOut:
-      std::snprintf(limit, sizeof limit, "%g", limitS);
-      return std::string("no answer in ").append(limit).append(" s");
-    case CommandEnd::kInterrupted:
-      return "interrupted";
-    case CommandEnd::kNotStarted:
-      break;
-  }
-  return std::string("not started: ") + std::strerror(end.value);
-}
 
 }  // namespace
 
@@ -53,7 +31,7 @@ Sight Look(const EyesSettings& eyes, const std::string& testId, const std::strin
     sight.kind = end.value == 0 ? Sight::kYes : Sight::kNo;
   sight.reason = LastLine(CleanText(end.output));
   if (sight.kind == Sight::kCannotTell) {
-    const std::string why = WhyNoAnswer(end, eyes.limitS);
+    const std::string why = end.Text(eyes.limitS);
     sight.reason = sight.reason.empty() ? why : sight.reason + " (" + why + ")";
   }
   return sight;

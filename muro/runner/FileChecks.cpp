@@ -70,7 +70,8 @@ std::string CheckFiles(const Options& options) {
         return std::string(other.option) + " and " + output.option +
                " are one file: " + output.path;
     }
-    for (const Use& input : {Use{"--answers", options.answers}, Use{"--trace", options.trace}}) {
+    for (const Use& input : {Use{"--answers", options.answers}, Use{"--trace", options.trace},
+                             Use{"--shard-times", options.shardTimes}}) {
       if (!input.path.empty() && IsSameFile(input.path, output.path))
         return std::string(output.option) + " would overwrite " + input.option + ": " + output.path;
     }

@@ -94,6 +94,7 @@ class JUnitWriter : public FileWriter {
       all.emplace_back(figure.name, std::to_string(figure.value));
     if (result.verdict == Verdict::kPass && !result.message.empty())
       all.emplace_back("message", result.message);
+    if (result.suspect) all.emplace_back("suspect", "true");
     for (const std::string& file : result.evidence) all.emplace_back("evidence", file);
     return Properties("      ", all);
   }

@@ -23,7 +23,8 @@ class JsonWriter : public FileWriter {
           JsonText(VerdictName(result.verdict)) + ", \"message\": " + JsonText(result.message) +
           ", \"seconds\": " + SecondsText(result.seconds) + ", \"prompts\": " +
           std::to_string(result.prompts) + ", \"log\": " + JsonText(result.log) +
-          ", \"earlier\": " + (result.earlier ? "true" : "false") + Figures(result) +
+          ", \"earlier\": " + (result.earlier ? "true" : "false") +
+          (result.suspect ? ", \"suspect\": true" : "") + Figures(result) +
           (result.evidence.empty() ? "" : ", \"evidence\": " + JsonList(result.evidence)) +
           ", \"output\": " + JsonText(result.output) + "}\n");
   }

@@ -17,6 +17,7 @@ constexpr unsigned Bit(Mode mode) {
 }
 constexpr unsigned kRunOnly = Bit(Mode::kRun);
 constexpr unsigned kListAndRun = Bit(Mode::kList) | Bit(Mode::kRun);
+constexpr std::size_t kMostShards = 9999;
 constexpr unsigned kRunAndVerify = Bit(Mode::kRun) | Bit(Mode::kVerify);
 
 enum class Takes { kNothing, kOne, kSome, kAny };  // kSome: one or more words, kAny: none or more
@@ -86,6 +87,24 @@ std::string SetEyesSeconds(Options& options, const std::string& value) {
   return ReadSeconds(value, options.eyes.limitS);
 }
 
+std::string SetShard(Options& options, const std::string& value) {
+  const std::vector<std::string> parts = Split(value, '/');
+  Shard& shard = options.shard;
+  if (parts.size() == 2 && ParseWhole(parts[0], shard.number) && ParseWhole(parts[1], shard.of) &&
+      shard.number >= 1 && shard.number <= shard.of && shard.of <= kMostShards)
+    return "";
+  return "invalid shard '" + value + "': expected I/N with I from 1 to N and N up to 9999";
+}
+
+std::string SetHealth(Options& options, const std::string& value) {
+  options.health.command = value;
+  return "";
+}
+
+std::string SetHealthSeconds(Options& options, const std::string& value) {
+  return ReadSeconds(value, options.health.limitS);
+}
+
 std::string SetRepeat(Options& options, const std::string& value) {
   options.repeatGiven = true;
   if (ParseWhole(value, options.repeat) && options.repeat >= 1) return "";
@@ -131,6 +150,11 @@ constexpr Row kRows[] = {
      "run the selected tests without an operator, each in a process of its own"},
     {nullptr, "--resume", Takes::kOne, "DIR", 0, SetModeAndText<Mode::kResume, &Options::results>,
      "go on with the run whose results are in DIR, behind the last test in its journal"},
+    {nullptr, "--retry-from", Takes::kOne, "DIR", 0,
+     SetModeAndText<Mode::kRun, &Options::retryFrom>,
+     "run the suspect tests of the run whose results are in DIR: those in which the board went "
+     "down "
+     "or after which it was not well"},
     {nullptr, "--verify", Takes::kOne, "CASE", 0,
      SetModeAndText<Mode::kVerify, &Options::verifyCase>,
      "verify the dumps of a playback test case (101) without a board; needs --dump and --golden"},
@@ -146,6 +170,11 @@ constexpr Row kRows[] = {
      "leave out tests that ask or have to be judged; a run counts them as skipped"},
     {nullptr, "--disruptive", Takes::kNothing, "", kRunOnly, SetFlag<&Options::disruptive>,
      "also run tests that change the board for good; without it only those that are named exactly"},
+    {nullptr, "--shard", Takes::kOne, "I/N", kListAndRun, SetShard,
+     "part I of N of the selection; the parts are the same on every machine and together all of "
+     "it"},
+    {nullptr, "--shard-times", Takes::kOne, "PATH", kListAndRun, SetText<&Options::shardTimes>,
+     "result directory or JUnit file of an earlier run, by which parts take equally long"},
     {nullptr, "--format", Takes::kOne, "text|tsv|json", Bit(Mode::kList), SetText<&Options::format>,
      "of the list"},
 
@@ -165,6 +194,11 @@ constexpr Row kRows[] = {
      "limit of one test in all (600); 0 is none"},
     {nullptr, "--idle-timeout", Takes::kOne, "SECONDS", kRunOnly, SetSeconds<&Limits::idleS>,
      "limit without output or answer (60); 0 is none"},
+    {nullptr, "--health", Takes::kOne, "COMMAND", kRunOnly, SetHealth,
+     "shell command that looks whether the board is well, before the first test and after every "
+     "one that went wrong; when it fails, the run ends with status 99"},
+    {nullptr, "--health-timeout", Takes::kOne, "SECONDS", kRunOnly, SetHealthSeconds,
+     "limit of that command (60); 0 is none"},
     {nullptr, "--repeat", Takes::kOne, "N", kRunOnly, SetRepeat, "run the selection N times"},
     {nullptr, "--until-fail", Takes::kNothing, "", kRunOnly, SetFlag<&Options::untilFail>,
      "repeat until a test does not pass, at most as often as --repeat says"},
@@ -297,6 +331,7 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
   if (!options.trace.empty() && options.results.empty()) return "--trace needs --results";
   if (options.manualPlay && options.noOperator)
     return "--manual-play needs an operator or --answers, and --no-operator leaves out such tests";
+  if (!options.shardTimes.empty() && options.shard.of == 1) return "--shard-times needs --shard";
   if (options.eyes.always && options.eyes.command.empty()) return "--eyes-always needs --eyes";
   if (std::ranges::count(options.outputs, "-") + (options.events == "-") + (options.strip == "-") >
       1)
@@ -330,7 +365,7 @@ std::string CompletionOf(const Row& row) {
   const std::string argument = row.argument;
   const std::string words = Joined(AllowedWords(row), " ");
   if (!words.empty()) return "COMPREPLY=($(compgen -W '" + words + "' -- \"$cur\"))";
-  if (argument == "FILE") return "COMPREPLY=($(compgen -f -- \"$cur\"))";
+  if (argument == "FILE" || argument == "PATH") return "COMPREPLY=($(compgen -f -- \"$cur\"))";
   if (argument == "DIR") return "COMPREPLY=($(compgen -d -- \"$cur\"))";
   if (argument != "PATTERN") return "COMPREPLY=()";
   return "COMPREPLY=($(compgen -W \"$(cvntester --list --format tsv 2>/dev/null |"

@@ -26,8 +26,12 @@ struct Options {
   bool noOperator = false;
   bool disruptive = false;
   bool manualPlay = false;
+  Shard shard;
+  std::string shardTimes;
+  std::string retryFrom;
   Limits limits;
   EyesSettings eyes;
+  HealthSettings health;
   std::string answers;
   std::string record;
   Outputs outputs;

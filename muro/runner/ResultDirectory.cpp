@@ -91,6 +91,10 @@ bool ReadLine(const std::string& line, RunHead& head, std::vector<JournalEntry>&
   if (kind == "end") return !entries.empty() && ReadEnd(fields, entries.back());
   if (fields.size() != 2) return false;
   const std::string& value = fields[1];
+  if (kind == "suspect") {
+    if (entries.empty() || !entries.back().ended || entries.back().id != value) return false;
+    return entries.back().suspect = true, true;
+  }
   if (kind == "directory") return head.directory = value, true;
   if (kind == "word") return head.words.push_back(value), true;
   if (kind == "test") return head.tests.push_back(value), true;
@@ -100,7 +104,34 @@ bool ReadLine(const std::string& line, RunHead& head, std::vector<JournalEntry>&
   return true;
 }
 
+/// Reads a journal's lines that are whole; `size` are their bytes.
+std::string ReadWholeLines(const std::string& journal, RunHead& head,
+                           std::vector<JournalEntry>& entries, std::size_t& size) {
+  std::string text;
+  std::string problem = ReadInputFile(journal, kLargestJournal + 1, text);
+  if (!problem.empty()) return problem;
+  if (text.size() > kLargestJournal) return journal + ": is larger than 64 MiB";
+  size = text.rfind('\n') + 1;  // npos + 1 is 0
+  text.resize(size);
+
+  std::vector<std::string> lines = Split(text, '\n');
+  lines.pop_back();
+  bool headIsWhole = false;
+  if (lines.empty() || lines[0] != kTitle) return journal + ": no journal of this program";
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    if (!ReadLine(lines[i], head, entries, headIsWhole))
+      return journal + ":" + std::to_string(i + 1) + ": no line of a journal";
+  }
+  return headIsWhole ? "" : journal + ": was cut off before the first test; begin a new run";
+}
+
 }  // namespace
+
+std::string ReadJournal(const std::string& directory, RunHead& head,
+                        std::vector<JournalEntry>& entries) {
+  std::size_t size = 0;
+  return ReadWholeLines(directory + "/journal", head, entries, size);
+}
 
 TestLog::~TestLog() {
   if (fd_ >= 0) close(fd_);
@@ -166,22 +197,10 @@ std::string ResultDirectory::Open(const std::string& path, RunHead& head,
   journal_ = open(journal.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
   if (journal_ < 0) return SystemError(journal);
   if (!Lock(journal_)) return path + kInUse;
-  std::string text;
-  std::string problem = ReadInputFile(journal, kLargestJournal + 1, text);
+  std::size_t size = 0;
+  const std::string problem = ReadWholeLines(journal, head, entries, size);
   if (!problem.empty()) return problem;
-  if (text.size() > kLargestJournal) return journal + ": is larger than 64 MiB";
-  text.resize(text.rfind('\n') + 1);  // npos + 1 is 0
-
-  std::vector<std::string> lines = Split(text, '\n');
-  lines.pop_back();
-  bool headIsWhole = false;
-  if (lines.empty() || lines[0] != kTitle) return journal + ": no journal of this program";
-  for (std::size_t i = 1; i < lines.size(); ++i) {
-    if (!ReadLine(lines[i], head, entries, headIsWhole))
-      return journal + ":" + std::to_string(i + 1) + ": no line of a journal";
-  }
-  if (!headIsWhole) return journal + ": was cut off before the first test; begin a new run";
-  if (ftruncate(journal_, static_cast<off_t>(text.size())) != 0) return SystemError(journal);
+  if (ftruncate(journal_, static_cast<off_t>(size)) != 0) return SystemError(journal);
   return "";
 }
 
@@ -192,8 +211,11 @@ bool ResultDirectory::NoteStart(const PlannedTest& test) const {
 bool ResultDirectory::NoteEnd(const TestResult& result, int reportResult) const {
   // The test's log is there when its end is.
   SyncDirectory(path_ + "/logs");
-  return Note(Line({"end", result.test.id, std::string(VerdictName(result.verdict)),
-                    std::to_string(reportResult), SecondsText(result.seconds), result.message}));
+  std::string text =
+      Line({"end", result.test.id, std::string(VerdictName(result.verdict)),
+            std::to_string(reportResult), SecondsText(result.seconds), result.message});
+  if (result.suspect) text += Line({"suspect", result.test.id});
+  return Note(text);
 }
 
 bool ResultDirectory::Note(const std::string& line) const {

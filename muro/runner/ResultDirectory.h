@@ -30,7 +30,13 @@ struct JournalEntry {
   int result = 1;  // as for the report's line
   double seconds = 0;
   std::string message;
+  bool suspect = false;  // the board was not well after it
 };
+
+/// Reads the journal of the run whose results are in `directory`, which may still go on. A line
+/// that was cut off is left out. Returns an error in one line, empty when all is well.
+std::string ReadJournal(const std::string& directory, RunHead& head,
+                        std::vector<JournalEntry>& entries);
 
 /// The log of one test. Of very long output the beginning is kept, and the end for the results.
 class TestLog {

@@ -14,6 +14,10 @@ constexpr Make kMakers[] = {
 
 }  // namespace
 
+std::string BaseId(const std::string& id) {
+  return id.substr(0, id.find('@'));
+}
+
 std::string PlannedTest::Title() const {
   const std::string_view what = Trimmed(description);
   return id + " " + name + (what.empty() ? "" : " (" + std::string(what) + ")");

@@ -24,6 +24,9 @@ struct PlannedTest {
   std::string Title() const;
 };
 
+/// The id in the list of a test of any round: "VscModule/31" of "VscModule/31@2".
+std::string BaseId(const std::string& id);
+
 /// A number that a test found beside its verdict.
 struct Figure {
   std::string name;  // "compared"
@@ -40,6 +43,7 @@ struct TestResult {
   int prompts = 0;           // how often it asked before the verdict
   bool earlier = false;      // taken from the journal of the run that is resumed here
   bool provisional = false;  // a resumed run will run this test again
+  bool suspect = false;      // the board was not well after it
   std::vector<Figure> figures = {};
   std::vector<std::string> evidence = {};  // files in the result directory
 };

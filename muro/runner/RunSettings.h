@@ -21,6 +21,23 @@ struct EyesSettings {
   std::string evidence;  // directory for what the command leaves
 };
 
+/// How a run looks whether the board is well; without a command it does not.
+struct HealthSettings {
+  std::string command;  // for the shell
+  double limitS = 60;   // 0 is none
+};
+
+/// One part of a selection, for one of several boards.
+struct Shard {
+  std::size_t number = 1;  // from 1 to `of`
+  std::size_t of = 1;
+
+  /// "2/3"; empty where the selection is not cut.
+  std::string Text() const {
+    return of == 1 ? "" : std::to_string(number) + "/" + std::to_string(of);
+  }
+};
+
 /// The formats of results, in the order of their list.
 enum ResultFormat : std::size_t {
 #define RESULT_FORMAT(name, option, help) k##name,

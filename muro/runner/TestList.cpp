@@ -30,8 +30,10 @@ void AddPlace(TestEntry& entry) {
   entry.position = Joined(choices, " ");
 }
 
-TestEntry MakeEntry(const std::string& moduleClass, TestCase& test, std::map<int, int>& seen) {
-  TestEntry entry{&test, moduleClass, moduleClass + "/" + std::to_string(test.getId()), "", ""};
+TestEntry MakeEntry(const ModuleEntry& module, TestCase& test, std::map<int, int>& seen) {
+  const std::string moduleClass = module.className;
+  TestEntry entry{&test, moduleClass, moduleClass + "/" + std::to_string(test.getId()),
+                  "",    "",          module.order == TestOrder::kKept};
   const int times = ++seen[test.getId()];
   if (times > 1) entry.id.append(".").append(std::to_string(times));
   AddPlace(entry);
@@ -133,7 +135,7 @@ std::vector<TestEntry> AllTests() {
   for (const ModuleEntry& module : ModuleList()) {
     std::map<int, int> seen;
     for (const auto& test : module.instance()->Tests())
-      tests.push_back(MakeEntry(module.className, *test, seen));
+      tests.push_back(MakeEntry(module, *test, seen));
   }
   return tests;
 }

@@ -10,10 +10,11 @@ namespace runner {
 
 struct TestEntry {
   TestCase* test;
-  std::string moduleClass;  // "VscModule"
-  std::string id;           // stable and without blanks: "VscModule/31", "VscModule/31.2"
-  std::string menuPath;     // "Vido Manual Test > Vsc Function Test"
-  std::string position;     // what is typed from the main menu on: "3 2 31"
+  std::string moduleClass;      // "VscModule"
+  std::string id;               // stable and without blanks: "VscModule/31", "VscModule/31.2"
+  std::string menuPath;         // "Vido Manual Test > Vsc Function Test"
+  std::string position;         // what is typed from the main menu on: "3 2 31"
+  bool buildsOnOthers = false;  // needs the tests of its module before it
 
   /// True when a person is needed: to answer or, without eyes, to judge.
   bool NeedsOperator(bool hasEyes = false) const {

@@ -10,6 +10,7 @@
 #include <numeric>
 #include <utility>
 
+#include "Health.h"
 #include "OutputFile.h"
 #include "Problem.h"
 #include "TemporaryDirectory.h"
@@ -106,6 +107,10 @@ TestRun::TestRun(const Options& options, std::vector<TestEntry> tests,
 
 int TestRun::Do(const std::vector<JournalEntry>& earlier) {
   for (const auto& listener : listeners_) listener->RunStarted(plan_.Size());
+  if (plan_.HasTests() && !Interrupted()) {
+    const std::string problem = BoardProblem(options_.health, "", Interrupted);
+    if (!problem.empty()) Fail("board unhealthy before the first test: " + problem);
+  }
   while (const auto round = plan_.NextRound()) {
     const std::size_t ranBefore = ledger_.Sums().listed - ledger_.Sums().Of(Verdict::kSkipped);
     DoRound(*round, earlier);
@@ -162,13 +167,16 @@ void TestRun::TakeOver(const PlannedTest& test, const TestEntry& entry,
                     ReadCleanTail(directory_.LogPath(test, "log")),
                     "",
                     0,
-                    true};
+                    true,
+                    false,
+                    earlier.suspect};
   if (earlier.id != test.id) {
     Fail("the journal does not fit: " + earlier.id + " where " + test.id + " is due");
     result.verdict = Verdict::kSkipped;
     result.message = stop_;
   } else if (!earlier.ended) {
     result.message = "the run was cut off in this test";
+    result.suspect = true;
     if (!directory_.NoteEnd(result, earlier.result)) Fail("the journal cannot be written");
   }
   if (result.verdict != Verdict::kSkipped && !WriteReportLine(*entry.test, earlier.result)) {
@@ -235,6 +243,7 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   if (!WriteReportLine(*entry.test, outcome.result)) Lose(result, "the report cannot be written");
   if (!log.Close() || (kept && !trace.Keep(directory_.LogPath(test, "trace"))))
     Lose(result, "the log of a test cannot be written");
+  if (result.verdict == Verdict::kError) CheckBoard(result);
   result.output = log.CleanTail();
   if (kept) result.log = directory_.LogName(test, "log");
   if (kept) result.evidence = directory_.EvidenceOf(test);
@@ -251,6 +260,16 @@ void TestRun::TellFindings(const std::vector<std::string>& findings) {
   for (const std::string& finding : findings) {
     for (const auto& listener : listeners_) listener->TestFound(finding);
   }
+}
+
+/// After a test that went wrong: on a board that is not well any more, further tests would only say
+/// so once more.
+void TestRun::CheckBoard(TestResult& result) {
+  if (harnessFailed_ || Interrupted()) return;
+  const std::string problem = BoardProblem(options_.health, result.test.id, Interrupted);
+  if (problem.empty()) return;
+  Fail("board unhealthy after " + result.test.id + ": " + problem);
+  result.suspect = true;
 }
 
 /// A result that is not stored is none, and the run cannot go on.

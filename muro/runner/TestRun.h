@@ -29,6 +29,7 @@ class Plan {
   int Round() const { return round_; }
   /// Rounds that have not begun; 0 when nobody knows how many there are.
   int RoundsLeft() const { return lastRound_ == 0 ? 0 : lastRound_ - round_; }
+  bool HasTests() const { return tests_ > 0; }
   /// Tests in all; 0 when the end is open.
   std::size_t Size() const;
 
@@ -59,6 +60,7 @@ class TestRun {
   void Skip(const PlannedTest& test, const std::string& reason);
   void Tell(const TestResult& result);
   void TellFindings(const std::vector<std::string>& findings);
+  void CheckBoard(TestResult& result);
   void Lose(TestResult& result, const std::string& problem);
   void Fail(const std::string& problem);
   std::string ReasonToSkip(const TestEntry& entry) const;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -157,6 +158,63 @@ TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndGoesOn) {
                        "errors"))
       << Screen();
   EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--results", "/tmp/res"}), 99) << Screen();
+}
+
+TEST_F(UnattendedTest, AnUnhealthyBoardEndsTheRunAndItsLastTestIsTriedAgain) {
+  const std::string well = R"(echo looked after ${CVN_TEST:-nothing}; test "$CVN_TEST" != )";
+  EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--health", well + "UTVpqModule/204", "--results",
+                 "/tmp/res", "--json", "/tmp/o.json", "--junit", "/tmp/o.xml"},
+                "misbehave K2V_RHAL_VPQ_SetGammaLUT abort\n"
+                "misbehave K2V_RHAL_VPQ_SetGamut abort\n"),
+            99);
+  const std::string reason =
+      "board unhealthy after UTVpqModule/204: looked after UTVpqModule/204 (exit status 1)";
+  EXPECT_TRUE(Contains(Screen(), reason)) << Screen();
+  EXPECT_TRUE(Contains(Screen(),
+                       "10 listed = 5 run + 5 skipped + 0 blocked; 3 passed, 0 failed, "
+                       "2 errors"))
+      << Screen();
+  EXPECT_EQ(Query(".[] | select(.event == \"test-end\" and .suspect) | .test", "/tmp/o.json"),
+            "UTVpqModule/204");
+  EXPECT_EQ(
+      Judge("xmllint --xpath 'string(//property[@name=\"suspect\"]/../../@name)'", "/tmp/o.xml")
+          .substr(0, 15),
+      "UTVpqModule/204");
+
+  EXPECT_EQ(Run({"--retry-from", "/tmp/res", "--results", "/tmp/again", "--color", "never"}), 0);
+  EXPECT_TRUE(Contains(Screen(), "1 listed = 1 run")) << Screen();
+  EXPECT_TRUE(Contains(Screen(), "UTVpqModule/204")) << Screen();
+  EXPECT_EQ(Run({"--retry-from", "/tmp/again", "--color", "never"}), 77) << "none was suspect";
+  EXPECT_EQ(Run({"--retry-from", "/tmp", "--color", "never"}), 2) << Screen();
+
+  // The board is well again, and the run goes on where it ended.
+  EXPECT_EQ(Run({"--resume", "/tmp/res"}), 1);
+  EXPECT_TRUE(Contains(Screen(),
+                       "10 listed = 10 run + 0 skipped + 0 blocked; 8 passed, 0 failed, "
+                       "2 errors"))
+      << Screen();
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--health", "sleep 9", "--health-timeout", "0.2"}), 99);
+  EXPECT_TRUE(Contains(Screen(), "board unhealthy before the first test: no answer in 0.2 s"))
+      << Screen();
+}
+
+TEST_F(UnattendedTest, ShardsAreListedAndRunAlikeAndGoOnAsTheyWere) {
+  std::string tests;
+  for (const char* shard : {"1/2", "2/2"}) {
+    EXPECT_EQ(
+        Run({"--list", "UTVpqModule/20?", "CRlinkModule/0", "--shard", shard, "--format", "tsv"}),
+        0);
+    std::istringstream lines(Screen());
+    for (std::string line; std::getline(lines, line);) {
+      if (Contains(line, "Module/")) tests += line.substr(0, line.find('\t')) + '\n';
+    }
+  }
+  EXPECT_EQ(std::count(tests.begin(), tests.end(), '\n'), 11) << tests;
+  EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--shard", "2/2", "--results", "/tmp/res"}), 0);
+  EXPECT_TRUE(Contains(Screen(), "5 listed = 5 run")) << Screen();
+  EXPECT_EQ(Run({"--resume", "/tmp/res"}), 0);
+  EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--shard", "1/2", "--shard-times", "/tmp/res"}), 0);
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--shard", "2/2"}), 77) << "an empty part";
 }
 
 TEST_F(UnattendedTest, ARecordedSessionIsPlayedAgain) {
