@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds and runs all tests; installs first what is missing.
 set -euo pipefail
-usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--kills N|--mutate [N [SEED]]|--help] [-R REGEX]'
+usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--farm|--kills N|--mutate [N [SEED]]|--help] [-R REGEX]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/scripts/cross.sh"
@@ -17,6 +17,8 @@ $usage
   --arch NAME
              only the unit tests, built for aarch64 or armhf, under an emulator; can be repeated
   --analyse  read the whole tree with clang-tidy and cppcheck, run the unit tests under valgrind
+  --farm     run shards, crashes and power cuts in a LAVA lab and through labgrid, with simulated
+             boards; installs what they need, and needs root
   --kills N  only the run that is killed N times at random moments and resumed (6 in every other run)
   --mutate [N [SEED]]
              put N (default 50) single faults into a copy of the sources, one at a time, and list
@@ -96,7 +98,7 @@ IsFormatted() {
 }
 
 ScriptsAreClean() {
-  shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-run \
+  shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-{run,power,login} contrib/*/*.sh \
     sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh
 }
 
@@ -194,6 +196,23 @@ KillRuns() {
   CVN_KILLS=$kills build/release/bin/e2e_test --gtest_filter='KillsTest.*' </dev/null
 }
 
+# Farm: the labs and their tests. LAVA and labgrid are Debian's, and so is their interpreter.
+Farm() {
+  local lab
+  if ! unshare --mount --net --pid --fork true 2>/dev/null; then
+    echo 'Skipped: no namespaces here (unshare), which the labs run in'
+    return 77
+  fi
+  NeedPackages "${labgrid_packages[@]}" "${lava_packages[@]}"
+  Configure release -DCVN_BUILD_TESTS=OFF
+  Build release simulated_board
+  lab=$(mktemp -d)
+  Check 'labgrid' contrib/labgrid/lab.sh "$lab/labgrid" /usr/bin/python3 tests/farm/labgrid_test.py
+  Check 'LAVA' contrib/lava/lab.sh "$lab/lava" /usr/bin/python3 tests/farm/lava_test.py
+  ((failed)) || rm -rf "$lab"
+  Total
+}
+
 # Mutate: how much of what could go wrong the unit tests see.
 Mutate() {
   scripts/mutate.py "$faults" --seed "$seed"
@@ -225,6 +244,7 @@ while (($#)); do
     --quick) presets=(release) ;;
     --approve) Choose Approve ;;
     --analyse) Choose Analyse ;;
+    --farm) Choose Farm ;;
     --fuzz)
       Choose Fuzz
       if [[ ${2-} =~ ^[1-9][0-9]*$ ]]; then

@@ -13,6 +13,16 @@ test_packages=("${panel_packages[@]}" clang libclang-rt-14-dev clang-format libg
 browser_packages=(chromium python3-websocket)
 analysis_packages=(clang-tidy cppcheck)
 
+# What a LAVA lab and labgrid need (contrib). LAVA itself is unpacked, not installed.
+labgrid_packages=(labgrid openssh-server openssh-client)
+lava_packages=(postgresql curl python3-aiohttp python3-celery python3-defusedxml python3-django
+  python3-django-allauth python3-django-auth-ldap python3-django-environ python3-django-filters
+  python3-django-tables2 python3-djangorestframework python3-djangorestframework-extensions
+  python3-djangorestframework-filters python3-docutils python3-eventlet python3-jinja2
+  python3-junit.xml python3-psycopg2 python3-requests python3-simplejson python3-tap python3-tz
+  python3-voluptuous python3-whitenoise python3-yaml python3-zmq gunicorn python3-configobj
+  python3-magic python3-netifaces python3-pexpect python3-pyudev python3-setproctitle)
+
 # Die STATUS MESSAGE: one line on standard error, then the end.
 Die() {
   printf '%s: %s\n' "${0##*/}" "$2" >&2

@@ -69,7 +69,8 @@ static void Write(uintptr_t place) {
   }
 }
 
-void __sanitizer_cov_trace_pc(void) {
+/* Each program and library has its own. */
+__attribute__((visibility("hidden"))) void __sanitizer_cov_trace_pc(void) {
   if (path == NULL) return;
   /* The call itself, not the instruction after it: that may be another line's. */
   const uintptr_t place = (uintptr_t)__builtin_return_address(0) - 1;

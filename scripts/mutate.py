@@ -12,8 +12,10 @@ usage: mutate.py [--source DIR] [--seed NUMBER] [--jobs NUMBER] [--folder FOLDER
 import argparse
 import collections
 import concurrent.futures
+import hashlib
 import json
 import os
+import pickle
 import random
 import re
 import resource
@@ -218,10 +220,10 @@ class Copy:
         self.cover = os.path.join(self.home, 'cover')
         self.jobs = jobs
         copy_tree(source, self.tree)
-        library = os.path.join(self.home, 'libcover.so')
-        self.must(['gcc', '-shared', '-fPIC', '-O2', '-o', library,
+        cover = os.path.join(self.home, 'cover.o')
+        self.must(['gcc', '-c', '-fPIC', '-O2', '-o', cover,
                    os.path.join(os.path.dirname(os.path.abspath(__file__)), 'cover.c')])
-        linked = f'-fuse-ld=gold -Wl,--no-as-needed {library} -Wl,-rpath,{self.home}'
+        linked = f'-fuse-ld=gold {cover}'
         self.must(['cmake', '-S', self.tree, '-B', self.build_tree, '--preset', 'mutate',
                    '-DCMAKE_CXX_FLAGS=-O0 -g1 -w -fsanitize-coverage=trace-pc',
                    f'-DCMAKE_EXE_LINKER_FLAGS={linked}', f'-DCMAKE_SHARED_LINKER_FLAGS={linked}'], cwd=self.tree)
@@ -253,6 +255,15 @@ class Copy:
         return subprocess.run(self.build_command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                               check=False).returncode == 0
 
+    def digest(self):
+        digest = hashlib.sha256(json.dumps([test['name'] for test in self.tests]).encode())
+        for folder, folders, files in os.walk(self.tree):
+            folders.sort()
+            for name in sorted(files):
+                path = os.path.join(folder, name)
+                digest.update(path.encode() + bytes_of(path))
+        return digest.hexdigest()
+
     def cover_file(self, test):
         return os.path.join(self.cover, re.sub(r'[^\w.]', '_', test['name']))
 
@@ -270,11 +281,17 @@ class Copy:
                 places.setdefault(module, {}).setdefault(offset, set()).add(test['name'])
         found = {}
         for module, offsets in places.items():
+            if not module.startswith(self.build_tree):  # installed by a test, and gone
+                module = os.path.join(self.build_tree, 'bin', os.path.basename(module))
+            if not os.path.exists(module):
+                continue
             listed = self.must(['addr2line', '-e', module], input='\n'.join(offsets) + '\n').splitlines()
             for place, names in zip(listed, offsets.values()):
                 path, line = place.split(' ')[0].rsplit(':', 1)
-                if path.startswith(self.tree + '/') and line.isdigit():
-                    lines = found.setdefault(os.path.relpath(path, self.tree), {})
+                # Paths that a compiler was told to shorten seem to be in the build tree.
+                path = re.sub(f'^({re.escape(self.tree)}|{re.escape(self.build_tree)})/', '', path)
+                if not path.startswith('/') and line.isdigit():
+                    lines = found.setdefault(path, {})
                     lines.setdefault(int(line), set()).update(names)
         return found
 
@@ -397,14 +414,26 @@ class Order:
 
 
 def baseline(copy):
-    """How long each test takes without a fault, and which lines it runs. All of them have to pass."""
+    """How long each test takes without a fault, and which lines it runs. All of them have to pass. What an
+    earlier campaign found of the same sources is taken again."""
+    digest, kept = copy.digest(), os.path.join(copy.home, 'baseline')
+    try:
+        with open(kept, 'rb') as file:
+            known, found = pickle.load(file)
+        if known == digest:
+            return found
+    except (OSError, EOFError, pickle.UnpicklingError):
+        pass
     shutil.rmtree(copy.cover, ignore_errors=True)
     os.mkdir(copy.cover)
     tests = [dict(test, limit=300, cover=copy.cover_file(test)) for test in copy.tests]
     seconds, failed = copy.run_tests(tests)
     if failed:
         sys.exit(f'mutate.py: {failed} fails without any fault')
-    return seconds, copy.lines_run(tests)
+    found = seconds, copy.lines_run(tests)
+    with open(kept, 'wb') as file:
+        pickle.dump((digest, found), file)
+    return found
 
 
 def texts_of(tree, folders):
