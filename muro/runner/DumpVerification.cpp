@@ -227,6 +227,7 @@ int Write(const Verification& verification, const Options& options, int standard
   auto listeners = MakeWriters(options.outputs, standardOutput);
   listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, false));
   std::fputs(verification.Report().c_str(), stdout);
+  std::fflush(stdout);  // the writers have the descriptor
   Totals totals;
   totals.listed = results.size();
   for (const auto& listener : listeners) listener->RunStarted(results.size());

@@ -392,6 +392,21 @@ TEST(FrameEvents, OtherNumbersTimeStampsAndWrapsAreNone) {
   EXPECT_EQ(Told(Analyse(stage, golden, dump).events), "");
 }
 
+TEST(FrameEvents, AnotherLineEndIsAChangeWhereTheVerifierSeesOne) {
+  for (const MODULE_TYPE module : {MODULE_OMXIN, MODULE_VDEC}) {
+    const Stage& stage = *FindStage(module);
+    const std::string text = FileText(stage, PlainPictures(kLiteralRows));
+    std::string other = text;
+    std::size_t line = 0;
+    for (std::size_t i = 0; i <= kFirstCompared; ++i) line = other.find('\n', line) + 1;
+    other.insert(other.find('\n', line), 1, '\r');
+    const TemporaryFile golden("golden", text);
+    const TemporaryFile dump("sample", other);
+    EXPECT_EQ(Told(AnalyseStage(module, golden.Path(), dump.Path()).events),
+              module == MODULE_OMXIN ? "changed 130..130 x1\n" : "");
+  }
+}
+
 TEST(FrameEvents, LeaveThePlaceOpenWhereNothingTellsIt) {
   const Stage& stage = *FindStage(MODULE_SCALER);
   Pictures golden = PlainPictures(200);
