@@ -7,10 +7,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 #include "ConsoleInput.h"
 #include "Remarks.h"
@@ -67,6 +69,27 @@ int AskInPieces(char*) {
   usleep(1);
   std::fputs("second=", stdout);
   return console::ReadNumber() == 42 ? 0 : 1;
+}
+
+int PrintMuch(char*) {
+  for (int i = 0; i < 1600; ++i) std::puts("a line...");
+  return 0;
+}
+
+TEST(SessionTest, NothingOfTheLastOutputIsLost) {
+  const ST_THAL_TEST_CASE_T record{1, "name", "description", PrintMuch, true};
+  TestCase test(&record);
+  const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
+  const std::vector<AnswerRule> rules;
+  const runner::Limits limits = {.timeoutS = 6, .idleS = 4};
+  std::size_t bytes = 0;
+  runner::TestSession session(entry, rules, limits, [&](std::string_view text) {
+    // The test is gone before the rest is read.
+    if (bytes == 0) std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    bytes += text.size();
+  });
+  EXPECT_EQ(session.Run([] { return false; }).verdict, Verdict::kPass);
+  EXPECT_EQ(bytes, 16'000U);
 }
 
 TEST(SessionTest, APromptInPiecesIsAnsweredWhenItIsWhole) {
