@@ -1,0 +1,145 @@
+#!/usr/bin/env python3
+"""Shards on simulated boards beside each other: how much time they save, and what power cuts do to results.
+
+    bench/farm/farm.py [--boards N] [--seeds N] [--build DIR]
+
+Prints the time of one board and of N for a selection that mostly waits, then runs a selection with as many
+seeds, each with one or two boards killed at random moments and gone on with, and compares all verdicts.
+"""
+import argparse
+import json
+import os
+import random
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+
+SOURCE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..')
+WAITING = ['VpqExtModule/1*', 'VpqExtModule/8?', 'VpqExtModule/9?']
+KILLED = ['UTVpqModule', 'CRlinkModule', 'UTVfeHdmiModule']
+
+
+class Board:
+    """One simulated board with a power switch."""
+
+    def __init__(self, directory, build):
+        self.directory, self.build = directory, build
+
+    def power(self, what):
+        options = ['--bin', self.build] if what == 'on' else []
+        subprocess.run([os.path.join(SOURCE, 'sim/board/board-power'), self.directory, what, *options], check=True)
+
+    def run(self, *words):
+        """Runs cvntester; returns its exit status, which a power cut makes something else."""
+        return subprocess.run([os.path.join(SOURCE, 'sim/board/board-login'), self.directory, '--', 'cvntester',
+                               *words, '--color', 'never'], stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, check=False).returncode
+
+    def path(self, name):
+        return os.path.join(self.directory, 'root/data', name)
+
+
+
+def side_by_side(boards, task):
+    threads = [threading.Thread(target=task, args=(i, board)) for i, board in enumerate(boards, 1)]
+    begin = time.monotonic()
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    return time.monotonic() - begin
+
+
+def arguments(selection, name, *more):
+    return ['--run', *selection, '--no-operator', '--results', f'/data/{name}', '--json', f'/data/{name}.json', *more]
+
+
+def measure(boards):
+    one = side_by_side(boards[:1], lambda _, board: board.run(*arguments(WAITING, 'one')))
+    for board in boards[1:]:
+        subprocess.run(['cp', '-r', boards[0].path('one'), board.path('one')], check=True)
+    count = len(boards)
+    many = side_by_side(boards, lambda i, board: board.run(*arguments(
+        WAITING, 'many', '--shard', f'{i}/{count}', '--shard-times', '/data/one')))
+    print(f'one board {one:.1f} s, {count} boards {many:.1f} s, ratio {many / one:.2f}, bar 0.35'
+          f'{"" if many <= 0.35 * one else " MISSED"}')
+    return many <= 0.35 * one
+
+
+def verdicts_of(path):
+    found = {}
+    with open(path, encoding='utf-8') as file:
+        for line in file:
+            event = json.loads(line)
+            if event['event'] == 'test-end':
+                found.setdefault(event['test'], []).append((event['verdict'], event['message']))
+    return found
+
+
+def run_to_the_end(board, name, words, cut):
+    """Runs with a power cut after `cut` seconds, if any, and goes on after it."""
+    if cut is None:
+        board.run(*words)
+        return 0
+    timer = threading.Timer(cut, board.power, ['off'])
+    timer.start()
+    board.run(*words)
+    timer.join()
+    board.power('on')
+    if not os.path.exists(board.path(f'{name}/journal')):
+        return 1 + run_to_the_end(board, name, words, None)
+    board.run('--resume', f'/data/{name}')
+    return 1
+
+
+def kill(boards, seeds, expected, seconds):
+    wrong = 0
+    for seed in range(1, seeds + 1):
+        chance = random.Random(seed)
+        name = f'kill-{seed}'
+        victims = chance.sample(range(1, len(boards) + 1), chance.choice([1, 2]))
+        cuts = {i: chance.uniform(0, seconds / len(boards)) for i in victims}
+        side_by_side(boards, lambda i, board, n=name, c=cuts: run_to_the_end(
+            board, n, arguments(KILLED, n, '--shard', f'{i}/{len(boards)}'), c.get(i)))
+        found = {}
+        for board in boards:
+            for test, results in verdicts_of(board.path(f'{name}.json')).items():
+                found.setdefault(test, []).extend(results)
+        cut_off = [test for test, results in found.items() if any('cut off' in text for _, text in results)]
+        same = all([verdict for verdict, _ in found.get(test, [])] == [verdict for verdict, _ in results]
+                   for test, results in expected.items() if test not in cut_off)
+        good = same and set(found) == set(expected) and len(cut_off) <= len(victims) and all(
+            len(results) == 1 for results in found.values())
+        wrong += not good
+        print(f'seed {seed}: boards {sorted(victims)} killed, {len(found)} tests, cut off: {cut_off or "none"}'
+              f'{"" if good else " WRONG"}', flush=True)
+    print(f'{seeds - wrong} of {seeds} seeds: verdicts of all other tests as on one board, each test once')
+    return wrong == 0
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split('\n', maxsplit=1)[0])
+    parser.add_argument('--boards', type=int, default=4)
+    parser.add_argument('--seeds', type=int, default=20)
+    parser.add_argument('--build', default=os.path.join(SOURCE, 'build/release'))
+    given = parser.parse_args()
+    with tempfile.TemporaryDirectory() as directory:
+        boards = [Board(os.path.join(directory, f'board-{i}'), os.path.abspath(given.build))
+                  for i in range(1, given.boards + 1)]
+        try:
+            for board in boards:
+                board.power('on')
+                os.makedirs(os.path.join(board.directory, 'root/tmp/var/log'), exist_ok=True)
+            good = measure(boards)
+            seconds = side_by_side(boards[:1], lambda _, board: board.run(*arguments(KILLED, 'whole')))
+            good = kill(boards, given.seeds, verdicts_of(boards[0].path('whole.json')), seconds) and good
+        finally:
+            for board in boards:
+                board.power('off')
+    return 0 if good else 1
+
+
+if __name__ == '__main__':
+    sys.exit(main())
