@@ -38,7 +38,10 @@ ln -sv /data/cross_module/gst_root/usr/share/alsa/ /usr/share)"
                  {kSorvex, "busybox", "mkdir -p /data/cross_module/\n", kSorvexSystem}};
   for (const auto& board : kBoards) {
     PretendBoardFile(board.os);
-    EXPECT_EQ(CommandsOf(PrepareBoard),
+    const auto run = scripted::Play("", [] { return PrepareBoard(), 0; });
+    const bool isSorvex = board.os == std::string_view(kSorvex);
+    EXPECT_EQ(run.output.find("Sorvex CrossModule Init Process\n") != run.output.npos, isSorvex);
+    EXPECT_EQ(run.commands,
               Commands("mkdir -p HOME/\nmkdir HOME/config\n" + board.extra + board.busybox +
                        " tar -jx -f /vendor/corvana/gst_root.tar.bz2 -C HOME/\n"
                        "cp /vendor/corvana/gstomx.conf HOME/gst_root/usr/etc/xdg/gstomx.conf\n"

@@ -16,6 +16,7 @@
 #include "Module.h"
 #include "Scripted.h"
 #include "TestReport.h"
+#include "runner/CommandLine.h"
 #include "runner/TestRun.h"
 
 namespace {
@@ -206,6 +207,26 @@ TEST_F(RunTest, OrderIsAnotherOneInEachRoundAndTheSameForASeed) {
   for (Lines& round : rounds) std::ranges::sort(round);
   EXPECT_EQ(rounds[0], (Lines{"A/1", "A/1", "A/2", "A/2", "A/3", "A/4"}));
   EXPECT_EQ(rounds[0], rounds[1]);
+}
+
+/// The program with these arguments: its exit status.
+int Main(const Lines& words) {
+  int status = -1;
+  scripted::Play("", [&] { return status = runner::Main(words, [] { return -1; }); });
+  return status;
+}
+
+TEST_F(RunTest, GoesOnOnlyWithTheTestsOfItsJournal) {
+  EXPECT_EQ(Main({"--run", "UTVpqModule/1", "UTVpqModule/2", "--results", results_}), 0);
+  EXPECT_EQ(Main({"--resume", results_}), 0);
+  EXPECT_EQ(Main({"--run", "UTVpqModule/1", "--results", results_}), 99) << "not empty";
+  const std::string journal = TextOf(results_ + "/journal");
+  std::ofstream(results_ + "/journal")
+      << std::regex_replace(journal, std::regex("test\tUTVpqModule/2\n"), "test\tUTVpqModule/3\n");
+  EXPECT_EQ(Main({"--resume", results_}), 99) << "another build has other tests";
+  std::ofstream(results_ + "/journal")
+      << std::regex_replace(journal, std::regex("word\tUTVpqModule/2\n"), "word\tNoModule/2\n");
+  EXPECT_EQ(Main({"--resume", results_}), 99);
 }
 
 }  // namespace
