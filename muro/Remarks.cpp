@@ -4,6 +4,7 @@ namespace {
 
 void (*remarkListener)(const std::string& text) = nullptr;
 void (*findingListener)(const std::string& json) = nullptr;
+void (*attachmentListener)(const std::string& name, const std::string& content) = nullptr;
 
 }  // namespace
 
@@ -25,4 +26,12 @@ bool IsFindingHeard() {
 
 void SetFindingListener(void (*listener)(const std::string& json)) {
   findingListener = listener;
+}
+
+void Attach(const std::string& name, const std::string& content) {
+  if (attachmentListener != nullptr) attachmentListener(name, content);
+}
+
+void SetAttachmentListener(void (*listener)(const std::string& name, const std::string& content)) {
+  attachmentListener = listener;
 }

@@ -20,3 +20,10 @@ bool IsFindingHeard();
 
 /// Hears the findings from now on; null, as at the start, when nobody does.
 void SetFindingListener(void (*listener)(const std::string& json));
+
+/// Gives an unattended run a file that people look at, such as a picture of what was found; it is
+/// kept beside the log of the running test. `name` is a file name without a directory.
+void Attach(const std::string& name, const std::string& content);
+
+/// Takes such files from now on; null, as at the start, when nobody does.
+void SetAttachmentListener(void (*listener)(const std::string& name, const std::string& content));

@@ -18,7 +18,9 @@ constexpr std::string_view kEnd = "\033\\";
 constexpr std::string_view kKinds = "LKP";  // in the order of console::Input
 constexpr char kRemark = '#';
 constexpr char kFinding = '*';
+constexpr char kAttachment = '+';
 constexpr std::size_t kLongestMark = 16384;
+constexpr std::size_t kAttachedPart = 3072;  // a byte becomes at most four
 
 std::string markBegin;
 
@@ -57,6 +59,16 @@ void WriteFinding(const std::string& json) {
   Write(kFinding + Escaped(json));
 }
 
+/// A long file goes in parts.
+void WriteAttachment(const std::string& name, const std::string& content) {
+  std::string_view rest = content;
+  do {
+    const std::string_view part = rest.substr(0, kAttachedPart);
+    Write(kAttachment + Escaped(name) + '\t' + Escaped(part));
+    rest.remove_prefix(part.size());
+  } while (!rest.empty());
+}
+
 void WriteTaken(console::Input kind, std::string_view text) {
   Write(std::string{'!', Letter(kind)} + RunningTestId() + '\t' + Escaped(text));
 }
@@ -89,6 +101,7 @@ void MarkWaiting(const std::string& key) {
   console::SetInputObserver(&kWaitingObserver);
   SetRemarkListener(WriteRemark);
   SetFindingListener(WriteFinding);
+  SetAttachmentListener(WriteAttachment);
 }
 
 void MarkSession(const std::string& key) {
@@ -132,9 +145,18 @@ void MarkReader::Act(std::string_view mark) const {
     tell(listener_.remarked);
   } else if (mark.starts_with(kFinding)) {
     tell(listener_.found);
+  } else if (mark.starts_with(kAttachment)) {
+    ActOnAttachment(mark.substr(1));
   } else {
     ActOnInput(mark);
   }
+}
+
+void MarkReader::ActOnAttachment(std::string_view mark) const {
+  const auto tab = mark.find('\t');
+  if (tab == std::string_view::npos || !listener_.attached) return;
+  listener_.attached(Unescaped(mark.substr(0, tab)).value_or(""),
+                     Unescaped(mark.substr(tab + 1)).value_or(""));
 }
 
 void MarkReader::ActOnInput(std::string_view mark) const {

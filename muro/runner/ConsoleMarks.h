@@ -13,8 +13,8 @@ namespace runner {
 /// A text that no test prints by chance, new at every call.
 std::string MakeMarkKey();
 
-/// From now on this process marks its standard output where it waits for input, and puts remarks
-/// and findings of tests into it.
+/// From now on this process marks its standard output where it waits for input, and puts remarks,
+/// findings and files of tests into it.
 void MarkWaiting(const std::string& key);
 
 /// As `MarkWaiting`, and marks where a test begins, and what was typed, with the id of the test
@@ -32,6 +32,8 @@ class MarkReader {
     std::function<void(std::string text)> remarked = {};
     std::function<void()> testBegins{};
     std::function<void(std::string json)> found = {};
+    /// A file, or its next part.
+    std::function<void(std::string name, std::string part)> attached = {};
   };
 
   MarkReader(const std::string& key, Listener listener);
@@ -44,6 +46,7 @@ class MarkReader {
  private:
   void Act(std::string_view mark) const;
   void ActOnInput(std::string_view mark) const;
+  void ActOnAttachment(std::string_view mark) const;
 
   std::string begin_;
   Listener listener_;

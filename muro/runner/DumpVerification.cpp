@@ -80,10 +80,11 @@ class Verification {
 
   const CaseEvents& Found() const { return found_; }
 
+  /// The flashes and beeps, where the content has them.
+  std::vector<SyncMark> Marks() const { return sync_ ? sync_->marks : std::vector<SyncMark>(); }
+
   /// The picture of what was found.
-  std::string Strip() const {
-    return EventStrip(found_, sync_ ? sync_->marks : std::vector<SyncMark>());
-  }
+  std::string Strip() const { return EventStrip(found_, Marks()); }
 
   /// The report's text, without colours.
   std::string Report() const {
@@ -235,7 +236,7 @@ int Write(const Verification& verification, const Options& options, int standard
     ++totals.of[static_cast<std::size_t>(result.verdict)];
     for (const auto& listener : listeners) listener->TestEnded(result);
   }
-  for (const std::string& finding : FindingsOf(verification.Found())) {
+  for (const std::string& finding : FindingsOf(verification.Found(), verification.Marks())) {
     for (const auto& listener : listeners) listener->TestFound(finding);
   }
   for (const auto& listener : listeners) listener->RunEnded(totals);

@@ -244,6 +244,19 @@ std::vector<std::string> ResultDirectory::EvidenceOf(const PlannedTest& test) co
   return names;
 }
 
+bool ResultDirectory::KeepAttachments(
+    const PlannedTest& test, const std::map<std::string, std::string>& contentByName) const {
+  if (contentByName.empty()) return true;
+  const std::string directory = LogPath(test, "evidence");
+  std::error_code error;
+  fs::create_directories(directory, error);
+  return std::ranges::all_of(contentByName, [&](const auto& file) {
+    OutputFile out(directory + "/" + file.first, -1);
+    out.Write(file.second);
+    return out.Good();
+  });
+}
+
 std::string ReadCleanTail(const std::string& path) {
   std::string text;
   ReadInputFile(path, kLongestLog + kTail, text);  // a log that is gone has no tail

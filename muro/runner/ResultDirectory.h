@@ -1,12 +1,14 @@
 // The directory of one run: a log a test, and the journal by which a run that was cut off goes on.
 //
 //   journal            what was run, and a line when a test starts and ends, synced to the disk
+//   results.jsonl      what else is known of the run and of its tests (RunRecord)
 //   logs/0001-ID.log   what the first test printed and what was typed
 //   logs/0001-ID.trace the HAL calls of that test, where the run has a trace
 //   logs/0001-ID.evidence/
-//                      what eyes left of that test
+//                      what eyes left of that test, and files that it gave itself
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -87,6 +89,11 @@ class ResultDirectory {
   std::string LogPath(const PlannedTest& test, const std::string& extension) const;
   /// The files that are there as a test's evidence, sorted, relative to the directory.
   std::vector<std::string> EvidenceOf(const PlannedTest& test) const;
+  /// Stores the files that a test gave as its evidence. False when that failed.
+  bool KeepAttachments(const PlannedTest& test,
+                       const std::map<std::string, std::string>& contentByName) const;
+  /// The file of all results as JSON lines (`RunRecord`).
+  std::string RecordPath() const { return path_ + "/results.jsonl"; }
 
  private:
   bool Note(const std::string& line) const;

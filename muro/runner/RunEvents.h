@@ -33,6 +33,12 @@ struct Figure {
   int64_t value = 0;
 };
 
+/// Where an answer is in a test's log, in bytes.
+struct Typed {
+  std::size_t at;
+  std::size_t length;
+};
+
 struct TestResult {
   PlannedTest test;
   Verdict verdict = Verdict::kError;
@@ -46,6 +52,7 @@ struct TestResult {
   bool suspect = false;      // the board was not well after it
   std::vector<Figure> figures = {};
   std::vector<std::string> evidence = {};  // files in the result directory
+  std::vector<Typed> typed = {};
 };
 
 /// Totals of a run.
@@ -79,6 +86,8 @@ class RunListener {
   virtual void TestFound(const std::string&) {}
   virtual void TestEnded(const TestResult& result) = 0;
   virtual void RunEnded(const Totals& totals) = 0;
+  /// The last that is heard of a run: the exit status of the program.
+  virtual void RunExits(int) {}
   /// False when anything told could not be written.
   virtual bool Good() const = 0;
 };

@@ -120,7 +120,9 @@ int TestRun::Do(const std::vector<JournalEntry>& earlier) {
   if (Interrupted() && !harnessFailed_) Fail("the run was interrupted");
   if (const std::string difference = ledger_.Difference(); !difference.empty()) Fail(difference);
   for (const auto& listener : listeners_) listener->RunEnded(ledger_.Sums());
-  return Status();
+  const int status = Status();
+  for (const auto& listener : listeners_) listener->RunExits(status);
+  return status;
 }
 
 void TestRun::DoRound(const std::vector<std::size_t>& round,
@@ -240,8 +242,10 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
 
   TestResult result{test, outcome.verdict, CleanLine(outcome.message), outcome.seconds, "",
                     "",   outcome.prompts};
+  result.typed = outcome.typed;
   if (!WriteReportLine(*entry.test, outcome.result)) Lose(result, "the report cannot be written");
-  if (!log.Close() || (kept && !trace.Keep(directory_.LogPath(test, "trace"))))
+  if (!log.Close() || (kept && !(trace.Keep(directory_.LogPath(test, "trace")) &&
+                                 directory_.KeepAttachments(test, outcome.attachments))))
     Lose(result, "the log of a test cannot be written");
   if (result.verdict == Verdict::kError) CheckBoard(result);
   result.output = log.CleanTail();

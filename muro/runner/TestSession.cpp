@@ -17,6 +17,7 @@ constexpr double kLooksAgainS = 5;  // tests look for keys more often
 
 constexpr char kInterrupted[] = "the run was interrupted";
 constexpr std::size_t kKeptPrompt = 8192;
+constexpr std::size_t kLongestAttachments = std::size_t{8} << 20;
 
 double SecondsSince(std::chrono::steady_clock::time_point start) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -49,12 +50,15 @@ TestSession::TestSession(const TestEntry& entry, const std::vector<AnswerRule>& 
       listener_(std::move(listener)),
       eyes_(std::move(eyes)),
       answers_(rules, entry),
-      marks_(key_, {[this](std::string_view text) { Printed(text); },
-                    [this](console::Input kind) { Waiting(kind); },
-                    {},
-                    [this](const std::string& text) { AddTo(remarks_, CleanLine(text)); },
-                    {},
-                    [this](const std::string& json) { outcome_.findings.push_back(json); }}) {}
+      marks_(key_,
+             {[this](std::string_view text) { Printed(text); },
+              [this](console::Input kind) { Waiting(kind); },
+              {},
+              [this](const std::string& text) { AddTo(remarks_, CleanLine(text)); },
+              {},
+              [this](const std::string& json) { outcome_.findings.push_back(json); },
+              [this](const std::string& name, const std::string& part) { Attached(name, part); }}) {
+}
 
 Outcome TestSession::Run(bool (*interrupted)()) {
   interrupted_ = interrupted;
@@ -85,9 +89,25 @@ Outcome TestSession::Run(bool (*interrupted)()) {
 
 void TestSession::Printed(std::string_view text) {
   lastOutput_ = Clock::now();
-  listener_(text);
+  Tell(text);
   printed_ += text;
   if (printed_.size() > 2 * kKeptPrompt) printed_.erase(0, printed_.size() - kKeptPrompt);
+}
+
+void TestSession::Tell(std::string_view text) {
+  told_ += text.size();
+  listener_(text);
+}
+
+/// What is too long to be kept is left out.
+void TestSession::Attached(const std::string& name, const std::string& part) {
+  const bool isFileName = !name.empty() && name[0] != '.' && name.find('/') == std::string::npos;
+  attached_ += part.size();
+  if (!isFileName) return;
+  if (attached_ <= kLongestAttachments)
+    outcome_.attachments[name] += part;
+  else
+    outcome_.attachments.erase(name);
 }
 
 void TestSession::Waiting(console::Input kind) {
@@ -108,7 +128,8 @@ void TestSession::Waiting(console::Input kind) {
 
 void TestSession::Answer(const std::string& keys) {
   test_.Type(keys);
-  listener_(keys);
+  outcome_.typed.push_back({told_, keys.size()});
+  Tell(keys);
   lastOutput_ = Clock::now();
   printed_.clear();
 }
@@ -119,7 +140,7 @@ Sight TestSession::LookAt(std::string_view question) {
   Sight sight = Look(eyes_, entry_.id, std::string(question), interrupted_);
   looked_ = true;
   start_ += Clock::now() - before;
-  listener_(std::string("[").append(sight.Text()).append("]\n"));
+  Tell(std::string("[").append(sight.Text()).append("]\n"));
   return sight;
 }
 

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "ConsoleMarks.h"
 #include "Eyes.h"
 #include "IsolatedTest.h"
+#include "RunEvents.h"
 #include "RunSettings.h"
 #include "TestList.h"
 #include "Verdict.h"
@@ -27,6 +29,8 @@ struct Outcome {
   bool interrupted = false;  // ended because the run was interrupted
   bool harness = false;      // the harness could not run the test at all
   std::vector<std::string> findings;  // JSON objects, a line each
+  std::vector<Typed> typed;           // where the answers are in what the listener heard
+  std::map<std::string, std::string> attachments;  // files of the test: content by name
 };
 
 class TestSession {
@@ -45,6 +49,8 @@ class TestSession {
   using Clock = std::chrono::steady_clock;
 
   void Printed(std::string_view text);
+  void Tell(std::string_view text);
+  void Attached(const std::string& name, const std::string& part);
   void Waiting(console::Input kind);
   void Answer(const std::string& keys);
   void AskEyes();
@@ -67,7 +73,9 @@ class TestSession {
   MarkReader marks_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point lastOutput_ = start_;
-  std::string printed_;  // since the last answer
+  std::string printed_;       // since the last answer
+  std::size_t told_ = 0;      // bytes that the listener heard
+  std::size_t attached_ = 0;  // bytes
   console::Input waitsFor_ = console::Input::kLine;
   Clock::time_point waitingSince_;
   bool waiting_ = false;  // for an answer that no rule gives

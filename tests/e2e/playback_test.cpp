@@ -246,11 +246,11 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
   EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << "nothing of them stays";
 }
 
-TEST_F(PlaybackTest, AnUnattendedRunHasEveryEventWithAnIdOfItsOwn) {
+TEST_F(PlaybackTest, AnUnattendedRunHasEveryEventAndItsPictures) {
   Initialise();
   std::ofstream(OnBoard("/tmp/answers")) << "CMplaybackModule/8\t*[[]100]*\t1\n";
   Pty& pty = Start({.arguments = {"--run", "CMplaybackModule/8", "--repeat", "2", "--answers",
-                                  "/tmp/answers", "--json", "/tmp/o.json"},
+                                  "/tmp/answers", "--json", "/tmp/o.json", "--results", "/tmp/r"},
                     .scenario = "defect vdec drop 300\n",
                     .timeScale = 50});
   ASSERT_TRUE(pty.ExpectEnd(kRunLimitMs));
@@ -263,6 +263,13 @@ TEST_F(PlaybackTest, AnUnattendedRunHasEveryEventWithAnIdOfItsOwn) {
   EXPECT_EQ(query("[.[].id]|unique|length"), "10\n");
   EXPECT_EQ(query("[.[]|select(.cause==null)|.stage+.case]"),
             "[\"VDEC101-h264-FrtChg\",\"VDEC101-h264-FrtChg\"]\n");
+  const std::string evidence = "/tmp/r/logs/0002-CMplaybackModule.8@2.evidence/";
+  const std::string cause = "VDEC    frame 300 (6.021 s): 1 picture dropped, time kept; seen in";
+  EXPECT_TRUE(test::FileText(OnBoard(evidence + "report.txt")).find(cause) != std::string::npos);
+  const auto strip =
+      test::RunShell("xmllint --noout " + test::Quoted(OnBoard(evidence + "strip.svg")) +
+                     " && grep -c '>6 s<' " + test::Quoted(OnBoard(evidence + "strip.svg")));
+  EXPECT_EQ(strip.output, "1\n");
 }
 
 TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {

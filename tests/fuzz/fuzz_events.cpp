@@ -48,6 +48,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const CaseEvents found = AnalyseCase(
       "fuzz", [&](MODULE_TYPE) { return golden.Path(); }, [&](MODULE_TYPE) { return dump.Path(); });
   EventStrip(found, {});
-  FindingsOf(found);
+  FindingsOf(found, {});
   return 0;
 }

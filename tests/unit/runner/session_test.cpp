@@ -113,6 +113,31 @@ TEST(SessionTest, RemarksStandInTheResultAndNotInTheOutput) {
   EXPECT_EQ(played.console, "before after");
 }
 
+std::string AllBytes() {
+  std::string bytes;
+  for (int i = 0; i < 10'000; ++i) bytes += static_cast<char>(i);
+  return bytes;
+}
+
+TEST(SessionTest, FilesOfATestComeWholeAndAnswersAreFoundInTheOutput) {
+  const auto attaching = [](char* argument) {
+    Attach("a b.svg", AllBytes());
+    Attach("../outside", AllBytes());
+    Attach("empty", "");
+    Attach("too long", std::string(std::size_t{9} << 20, 'x'));
+    return AskInPieces(argument);
+  };
+  const Played played = Play(attaching, Rules("first second=", "42"));
+  const auto& files = played.outcome.attachments;
+  ASSERT_EQ(files.size(), 2U);
+  EXPECT_EQ(files.at("empty"), "");
+  EXPECT_TRUE(files.at("a b.svg") == AllBytes());
+  EXPECT_EQ(played.console, "first second=42\n");
+  ASSERT_EQ(played.outcome.typed.size(), 1U);
+  const runner::Typed answer = played.outcome.typed[0];
+  EXPECT_EQ(played.console.substr(answer.at, answer.length), "42\n");
+}
+
 TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {
   for (const char* wrong : {"other=", "second", "second=?"}) {
     const Played played = Play(AskInPieces, Rules(wrong, "42"), false, {.timeoutS = 6, .idleS = 1});

@@ -27,9 +27,6 @@ constexpr std::size_t kFirstBeepRow = 100;
 constexpr int kSilence = 1000000;  // a beep is above
 constexpr std::size_t kScalerLead = 10;
 
-constexpr int64_t kAheadToleranceMs = 20;
-constexpr int64_t kDelayToleranceMs = -30;
-
 constexpr const char* kVoFlashes[] = {"1e82234e", "4830d127"};
 constexpr const char* kScalerFlashes[] = {"1b184f64", "c5b6c53"};
 

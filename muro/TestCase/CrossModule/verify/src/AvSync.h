@@ -46,6 +46,10 @@ std::size_t AVsync_Find_Audio_Frame_By_Time(uint32_t time, uint32_t range,
 /// Difference in milliseconds that the playing content itself has, added to every event's.
 void Set_AVsync_Offset(int offsetMs);
 
+/// Differences between sound and picture that pass, in milliseconds.
+inline constexpr int64_t kAheadToleranceMs = 20;
+inline constexpr int64_t kDelayToleranceMs = -30;
+
 /// A flash and its beep.
 struct SyncMark {
   uint32_t flash90k;  // pts

@@ -163,6 +163,17 @@ std::string Text(const std::string& value) {
   return text + '"';
 }
 
+/// A flash and its beep, with the tolerance of their difference.
+std::string SyncMarkJson(const CaseEvents& found, const SyncMark& mark) {
+  std::ostringstream json;
+  json << "{\"event\":\"sync-mark\",\"case\":" << Text(found.testCase)
+       << ",\"flash_pts\":" << mark.flash90k << ",\"beep_pts\":" << mark.beep90k
+       << ",\"ms\":" << mark.diffMs << ",\"least_ms\":" << kDelayToleranceMs
+       << ",\"most_ms\":" << kAheadToleranceMs << ",\"passed\":" << (mark.passed ? "true" : "false")
+       << '}';
+  return json.str();
+}
+
 void AppendKindsOwn(std::ostream& json, const FrameEvent& event) {
   switch (event.kind) {
     case EventKind::kReordered:
@@ -254,7 +265,7 @@ std::string EventJson(const CaseEvents& found, const FrameEvent& event) {
   return json.str();
 }
 
-std::vector<std::string> FindingsOf(const CaseEvents& found) {
+std::vector<std::string> FindingsOf(const CaseEvents& found, const std::vector<SyncMark>& marks) {
   std::vector<std::string> lines;
   for (const StageEvents& stage : found.stages) {
     for (const FrameEvent& event : stage.events) lines.push_back(EventJson(found, event));
@@ -262,5 +273,6 @@ std::vector<std::string> FindingsOf(const CaseEvents& found) {
   for (const StageEvents& stage : found.stages) {
     if (stage.pacing) lines.push_back(PacingJson(found, stage));
   }
+  for (const SyncMark& mark : marks) lines.push_back(SyncMarkJson(found, mark));
   return lines;
 }

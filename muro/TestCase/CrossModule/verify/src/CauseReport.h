@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "AvSync.h"
 #include "Causes.h"
 #include "ReportTables.h"
 
@@ -24,8 +25,9 @@ uint32_t BeginOf(const CaseEvents& found);
 /// where no event was found.
 void PrintCauses(std::ostream& out, const CaseEvents& found, const StageResults& results);
 
-/// All events and the pacing of all stages as JSON lines, without newlines.
-std::vector<std::string> FindingsOf(const CaseEvents& found);
+/// All events, the pacing of all stages and the differences of `marks`, the flashes and beeps of
+/// synchronisation content, as JSON lines without newlines.
+std::vector<std::string> FindingsOf(const CaseEvents& found, const std::vector<SyncMark>& marks);
 
 /// One event as a JSON object, without a newline.
 std::string EventJson(const CaseEvents& found, const FrameEvent& event);

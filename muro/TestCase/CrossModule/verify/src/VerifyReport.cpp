@@ -18,6 +18,7 @@
 #include "AvSync.h"
 #include "CauseReport.h"
 #include "Causes.h"
+#include "EventStrip.h"
 #include "Remarks.h"
 #include "ReportDelivery.h"
 #include "ReportTables.h"
@@ -111,9 +112,10 @@ std::optional<AvSyncVerdict> AnalyseMarks(const CM_TestCase& testCase, std::stri
   return verdict;
 }
 
-/// Tells what happened to the frames, to an unattended run every event. Returns the causes that
-/// close the report of a test that did not pass.
-std::string CausesOf(const CM_TestCase& testCase, const StageResults& results, bool passed) {
+/// Reports what happened to the frames, to an unattended run every event and their picture. Returns
+/// the causes that close the report of a test that did not pass.
+std::string CausesOf(const CM_TestCase& testCase, const StageResults& results,
+                     const std::vector<SyncMark>& marks, bool passed) {
   const bool wasRun = std::ranges::none_of(
       results, [](const CM_Verify_Result* result) { return result->runWasRefused; });
   if (!wasRun || (passed && !IsFindingHeard())) return "";
@@ -122,7 +124,8 @@ std::string CausesOf(const CM_TestCase& testCase, const StageResults& results, b
       [&](MODULE_TYPE stage) { return testCase.Get_Golden_Path(stage); },
       [](MODULE_TYPE stage) { return *Get_Module_by_ID(stage)->dumpPath; });
   if (IsFindingHeard()) {
-    for (const std::string& line : FindingsOf(found)) Finding(line);
+    for (const std::string& line : FindingsOf(found, marks)) Finding(line);
+    Attach("strip.svg", EventStrip(found, marks));
   }
   std::ostringstream causes;
   if (!passed) PrintCauses(causes, found, results);
@@ -195,9 +198,13 @@ bool Print_Verify_Result() {
   const StageResults results = Results();
   const bool passed = AllPassed(results) && (!sync || sync->passed);
   PrintTables(std::cout, information.name, results);
-  const std::string causes = CausesOf(*testCase, results, passed);
+  const std::string causes =
+      CausesOf(*testCase, results, sync ? sync->marks : std::vector<SyncMark>(), passed);
   std::cout << causes;
-  WriteReport(file, information, results, synchronisation, causes);
+  std::ostringstream report;
+  WriteReport(report, information, results, synchronisation, causes);
+  file << report.str();
+  if (IsFindingHeard()) Attach("report.txt", WithoutColours(report.str()));
   ReleaseWrongFrames();
   file.close();
   if (file)
