@@ -23,6 +23,7 @@
 #include "Recorder.h"
 #include "ResultDirectory.h"
 #include "ResultWriters.h"
+#include "RunRecord.h"
 #include "Shards.h"
 #include "TestCase/CrossModule/playback/src/PlaybackRun.h"
 #include "TestFrame.h"
@@ -130,10 +131,13 @@ bool StartReport() {
 
 /// Runs what is selected; `earlier` is what the journal of a resumed run tells.
 int Execute(const Options& options, Prepared run, ResultDirectory& directory,
-            const std::vector<JournalEntry>& earlier) {
+            const std::vector<JournalEntry>& earlier, bool resumed) {
   const int standardOutput = SeparateOutput(options);
   auto listeners = MakeWriters(options.outputs, standardOutput);
   listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, options.verbose));
+  if (directory.IsOpen())
+    listeners.push_back(
+        std::make_unique<RunRecord>(directory.RecordPath(), run.tests, options.labels, resumed));
   if (!std::ranges::all_of(listeners, [](const auto& l) { return l->Good(); }))
     return kHarnessFailed;
   if (!StartReport()) {
@@ -168,7 +172,7 @@ int Run(const Options& options, const std::vector<std::string>& words) {
     const std::string failure = directory.Create(options.results, head);
     if (!failure.empty()) return Refuse(kHarnessFailed, failure);
   }
-  return Execute(options, std::move(run), directory, {});
+  return Execute(options, std::move(run), directory, {}, false);
 }
 
 /// The journal's own command line says what is run and where results go.
@@ -191,7 +195,7 @@ int Resume(const Options& asked) {
   if (!problem.empty()) return Refuse(kHarnessFailed, asked.results + ": " + problem);
   if (asked.color != "auto") options.color = asked.color;
   options.verbose = options.verbose || asked.verbose;
-  return Execute(options, std::move(run), directory, earlier);
+  return Execute(options, std::move(run), directory, earlier, true);
 }
 
 }  // namespace

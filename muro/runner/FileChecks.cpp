@@ -53,10 +53,11 @@ bool IsSameFile(const std::string& a, const std::string& b) {
   return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-/// True for the journal and the logs in a result directory.
+/// True for the journal, the record and the logs in a result directory.
 bool BelongsToDirectory(const std::string& path, const std::string& directory) {
   const fs::path inside = Followed(path).lexically_relative(Followed(directory));
-  return !inside.empty() && (inside == "." || inside == "journal" || *inside.begin() == "logs");
+  return !inside.empty() && (inside == "." || inside == "journal" || inside == "results.jsonl" ||
+                             *inside.begin() == "logs");
 }
 
 }  // namespace

@@ -118,6 +118,17 @@ std::string SetSeed(Options& options, const std::string& value) {
   return "";
 }
 
+std::string AddLabel(Options& options, const std::string& value) {
+  constexpr char kNameCharacters[] = "abcdefghijklmnopqrstuvwxyz0123456789-_";
+  const std::size_t equals = value.find('=');
+  const std::string name = value.substr(0, equals);
+  if (equals == std::string::npos || name.empty() || equals + 1 == value.size() ||
+      name.find_first_not_of(kNameCharacters) != std::string::npos)
+    return "'" + value + "' is no NAME=VALUE with a name of a-z, 0-9, - and _";
+  options.labels.push_back({name, CleanLine(value.substr(equals + 1))});
+  return "";
+}
+
 template <std::vector<std::string> Options::*member>
 std::string AddPattern(Options& options, const std::string& value) {
   (options.*member).push_back(value);
@@ -211,6 +222,9 @@ constexpr Row kRows[] = {
 
     {"Results", "--results", Takes::kOne, "DIR", kRunOnly, SetText<&Options::results>,
      "a new directory for a log a test and the journal that --resume needs"},
+    {nullptr, "--label", Takes::kOne, "NAME=VALUE", kRunOnly, AddLabel,
+     "a fact about the run for its result directory, such as board=lab-7, build=1431 or run=night; "
+     "can be repeated"},
 #define RESULT_FORMAT(name, option, help) \
   {nullptr, option, Takes::kOne, "FILE", kRunAndVerify, SetOutput<k##name>, help},
 #include "ResultFormats.def"
@@ -329,6 +343,7 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
   if (options.mode == Mode::kVerify && (options.dump.empty() || options.golden.empty()))
     return "--verify needs --dump and --golden";
   if (!options.trace.empty() && options.results.empty()) return "--trace needs --results";
+  if (!options.labels.empty() && options.results.empty()) return "--label needs --results";
   if (options.manualPlay && options.noOperator)
     return "--manual-play needs an operator or --answers, and --no-operator leaves out such tests";
   if (!options.shardTimes.empty() && options.shard.of == 1) return "--shard-times needs --shard";

@@ -37,6 +37,7 @@ struct Options {
   Outputs outputs;
   std::string results;  // result directory, of --resume too
   std::string trace;
+  std::vector<Label> labels;  // facts for the result directory
   std::string color = "auto";
   bool verbose = false;
   std::string verifyCase;

@@ -38,6 +38,12 @@ struct Shard {
   }
 };
 
+/// A fact about a run that its operator knows, such as board=lab-7.
+struct Label {
+  std::string name;
+  std::string value;
+};
+
 /// The formats of results, in the order of their list.
 enum ResultFormat : std::size_t {
 #define RESULT_FORMAT(name, option, help) k##name,

@@ -17,6 +17,7 @@
 #include "TestReport.h"
 #include "runner/ConsoleWriter.h"
 #include "runner/ResultWriters.h"
+#include "runner/RunRecord.h"
 #include "runner/TestRun.h"
 
 namespace {
@@ -198,6 +199,44 @@ TEST_F(WritersTest, IgnoredSignalsStayIgnoredAndAReaderThatLeftEndsNothing) {
   writers[0]->TestEnded(Result("A/1", Verdict::kPass));
   EXPECT_FALSE(writers[0]->Good()) << "results that nobody got";
   close(ends[1]);
+}
+
+TEST_F(WritersTest, TheRecordOfAResumedRunGoesOnBehindWhatIsThere) {
+  constexpr ST_THAL_TEST_CASE_T kRecord = {1, "na\"me", "does", [](char*) { return 0; }, true};
+  TestCase test(&kRecord);
+  const std::vector<runner::TestEntry> tests = {{&test, "A", "A/1", "", ""}};
+  const fs::path path = directory_ / "results.jsonl";
+  for (const bool resumed : {false, true}) {
+    runner::RunRecord record(path, tests, {{"board", "lab \\ 7"}}, resumed);
+    record.RunStarted(2);
+    runner::TestResult earlier = Result("A/0", Verdict::kFail);
+    earlier.earlier = resumed;
+    record.TestEnded(earlier);
+    runner::TestResult answered = Result("A/1", Verdict::kPass);
+    answered.typed = {{5, 2}, {19, 1}};
+    record.TestFound(R"({"event": "frame-event"})");
+    record.TestEnded(answered);
+    record.RunExits(resumed ? 0 : 99);
+    EXPECT_TRUE(record.Good());
+    if (!resumed) std::ofstream(path, std::ios::app) << R"({"event": "test-sta)";  // a power cut
+  }
+  std::ifstream file(path);
+  std::string events;
+  for (std::string line; std::getline(file, line);) {
+    const std::string begin = R"({"event": ")";
+    events += line.ends_with('}')
+                  ? line.substr(begin.size(), line.find('"', begin.size()) - begin.size())
+                  : "half a line";
+    events += ' ';
+  }
+  EXPECT_EQ(events,
+            "run-start test-listed test-end frame-event test-end run-exit half a line "
+            "run-start test-listed frame-event test-end run-exit ");
+  const std::string text = Text("results.jsonl");
+  for (const char* member : {R"("labels": {"board": "lab \\ 7"})", R"("typed": [[5, 2], [19, 1]])",
+                             R"("name": "na\"me", "description": "does")", R"("status": 99)",
+                             R"("resumed": true)", R"("build": "cvntester )"})
+    EXPECT_NE(text.find(member), std::string::npos) << member << " in " << text;
 }
 
 TEST_F(WritersTest, ATestWhoseLogOrReportLineIsNotKeptHasNotPassed) {
