@@ -1,7 +1,7 @@
 #!/bin/bash
 # Opens the harness's console on the simulated board; installs and builds first what is missing.
 set -euo pipefail
-usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--panel] [--help] [-- ARGUMENT...]'
+usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--panel] [--report] [--help] [-- ARGUMENT...]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/sim/board/options.sh"
@@ -17,13 +17,40 @@ $usage
                    without this every start is a power-on, and what cvnsim changed is gone
   --panel          show what the board's panel shows on a page for this machine's browser, and
                    print its address; installs what that needs
+  --report         show the last run whose results are on the board as a page, nothing else: made
+                   anew in the board's directory, opened where there is a desktop, else named
   -- ARGUMENT...   the rest goes to cvntester
 TEXT
+}
+
+# LastRun BOARD: the result directory on the board whose journal is the newest.
+LastRun() {
+  find "$1/root" -xdev -name journal -type f -printf '%T@ %h\n' 2>/dev/null | sort -rn |
+    while read -r _ directory; do
+      [[ $(head -c 17 "$directory/journal" 2>/dev/null | tr -d '\0') != 'cvntester journal' ]] || {
+        printf '%s\n' "$directory"
+        break
+      }
+    done
+}
+
+# ShowReport BOARD: the page of the last run.
+ShowReport() {
+  local page=$1/report.html run
+  NeedPackages "${report_packages[@]}"
+  run=$(LastRun "$1") || true
+  [[ -n $run ]] || Die 2 "no results in $1/root; a run with --results DIR leaves them"
+  "$here/tools/report/cvnreport" "$run" -o "$page"
+  echo "Report: $page"
+  if [[ -n ${DISPLAY-}${WAYLAND_DISPLAY-} ]] && command -v xdg-open >/dev/null; then
+    xdg-open "$page" >/dev/null 2>&1 </dev/null &
+  fi
 }
 
 OpenClosedDescriptors
 board=$here/board
 panel=0
+report=0
 while (($#)); do
   case $1 in
     --help)
@@ -32,6 +59,10 @@ while (($#)); do
       ;;
     --panel)
       panel=1
+      shift
+      ;;
+    --report)
+      report=1
       shift
       ;;
     --)
@@ -45,6 +76,10 @@ while (($#)); do
   esac
 done
 CheckBoardOptions
+if ((report)); then
+  ShowReport "$board"
+  exit
+fi
 
 NeedPackages "${run_packages[@]}"
 ((!panel)) || NeedPackages "${panel_packages[@]}"

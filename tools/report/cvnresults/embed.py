@@ -1,0 +1,170 @@
+"""Files of tests that are put into the page: texts cut to size, pictures made small."""
+import base64
+import dataclasses
+import io
+import os
+import urllib.parse
+
+from PIL import Image
+
+from .directory import evidence, inside, open_regular
+from .texts import clean_line, cut_in_the_middle, segments
+
+PICTURE_WIDTH = 640
+LARGEST_PICTURE = 40_000_000  # pixels
+LARGEST_DRAWING = 400_000  # bytes of an SVG
+LEAST_TEXT = 400
+TEXT_LIMITS = [LEAST_TEXT << shift for shift in range(8)]  # to 50 KB
+# What eyes leave stands side by side in this order, other pictures behind.
+PICTURE_ORDER = ('reference', 'capture', 'difference')
+PICTURES = ('.png', '.jpg', '.jpeg', '.webp', '.bmp', '.ppm')
+
+
+@dataclasses.dataclass
+class Text:
+    """A text as it is shown."""
+    link: str
+    size: int
+    parts: list  # (kind, text), also of the kind 'gap'
+
+
+@dataclasses.dataclass
+class Picture:
+    """A picture as it is shown; without `source` only its link is."""
+    link: str
+    name: str
+    source: str = ''
+    width: int = 0
+    height: int = 0
+    problem: str = ''
+
+
+def link(path, directory):
+    """Address of a file for a page in `directory`."""
+    return './' + urllib.parse.quote(os.fsencode(os.path.relpath(path, directory)))
+
+
+class TextBudget:
+    """Shares the room for texts: those of tests that did not pass get most of it."""
+
+    def __init__(self, room):
+        self.room = room
+        self.sizes = {True: [], False: []}
+        self.limits = {True: LEAST_TEXT, False: LEAST_TEXT}
+
+    def plan(self, size, matters):
+        """A text of `size` bytes will be shown."""
+        self.sizes[matters].append(size)
+
+    def decide(self):
+        """All texts are planned."""
+        left = self.room
+        for matters in (True, False):
+            fitting = [limit for limit in TEXT_LIMITS if self._sum(matters, limit) <= left * (0.7 if matters else 1)]
+            self.limits[matters] = max(fitting, default=LEAST_TEXT)
+            left -= self._sum(matters, self.limits[matters])
+
+    def _sum(self, matters, limit):
+        return sum(min(size, limit) for size in self.sizes[matters])
+
+
+def size_of(part, name):
+    """Size of a file of a result directory; None when there is none."""
+    path = inside(part, name)
+    try:
+        return os.stat(path).st_size if path and os.path.isfile(path) else None
+    except OSError:
+        return None
+
+
+def load_text(part, name, typed, limit, directory):
+    """A text file, cut in the middle to about `limit` bytes. None when there is none."""
+    path = inside(part, name)
+    try:
+        with open_regular(path) as file:
+            size = os.fstat(file.fileno()).st_size
+            before, after = cut_in_the_middle(size, limit)
+            head = file.read(before)
+            tail_at = size - after
+            file.seek(tail_at)
+            tail = file.read(after)
+    except (OSError, TypeError, ValueError):
+        return None
+    if not after:
+        return Text(link(path, directory), size, segments(head, typed))
+    head = head[:head.rfind(b'\n') + 1] or head
+    first = tail.find(b'\n') + 1
+    tail, tail_at = tail[first:], tail_at + first
+    parts = segments(head, [(at, length) for at, length in typed if at + length <= len(head)])
+    parts.append(('gap', str(tail_at - len(head))))
+    parts += segments(tail, [(at - tail_at, length) for at, length in typed if at >= tail_at])
+    return Text(link(path, directory), size, parts)
+
+
+class Pictures:
+    """Makes pictures small and stops when the room for them is used up."""
+
+    def __init__(self, room, directory):
+        self.room = room
+        self.directory = directory
+
+    def of(self, attempt):
+        """All pictures that an attempt left, in the order in which they are looked at."""
+        names = [name for name in evidence(attempt) if name.lower().endswith((*PICTURES, '.svg'))]
+        pictures = (self._load(attempt.part, name) for name in sorted(names, key=_place))
+        return [picture for picture in pictures if picture]
+
+    def _load(self, part, name):
+        path = inside(part, name)
+        if not path:
+            return None
+        picture = Picture(link(path, self.directory), clean_line(os.path.basename(name)))
+        try:
+            if name.lower().endswith('.svg'):
+                kind, data = 'svg+xml', _drawing(path)
+            else:
+                kind, data = 'webp', _small(path, picture)
+        except (OSError, ValueError, SyntaxError, Image.DecompressionBombError) as error:
+            picture.problem = 'cannot be shown: ' + clean_line(getattr(error, 'strerror', None) or str(error))
+            return picture
+        source = f'data:image/{kind};base64,' + base64.b64encode(data).decode()
+        if len(source) > self.room:
+            picture.problem = 'is not in the page, which would become too large'
+            return picture
+        self.room -= len(source)
+        picture.source = source
+        return picture
+
+
+def _place(name):
+    stem = os.path.splitext(os.path.basename(name))[0].lower()
+    known = [place for place, word in enumerate(PICTURE_ORDER) if word in stem]
+    return (known[0] if known else len(PICTURE_ORDER), name)
+
+
+def _drawing(path):
+    with open_regular(path) as file:
+        data = file.read(LARGEST_DRAWING + 1)
+    if len(data) > LARGEST_DRAWING:
+        raise ValueError('the drawing is too large')
+    return data
+
+
+def _small(path, picture):
+    """The picture as WebP of at most `PICTURE_WIDTH`; notes its true size."""
+    with open_regular(path) as file, Image.open(file) as image:
+        picture.width, picture.height = image.size
+        if image.width * image.height > LARGEST_PICTURE:
+            raise ValueError(f'{image.width}x{image.height} is too large')
+        image.draft('RGB', (PICTURE_WIDTH, PICTURE_WIDTH))
+        small = image.convert('RGB')
+        small.thumbnail((PICTURE_WIDTH, PICTURE_WIDTH))
+    out = io.BytesIO()
+    small.save(out, 'WEBP', quality=80)
+    return out.getvalue()
+
+
+def texts_of(attempt):
+    """Names of text files that an attempt left as evidence."""
+    return [name for name in evidence(attempt) if name.lower().endswith('.txt')]
+

@@ -1,0 +1,142 @@
+"""The command line of cvnreport."""
+import argparse
+import os
+import stat
+import sys
+import tempfile
+
+from . import VERSION
+from .compare import differing_lists
+from .directory import Problem
+from .machine import as_json, junit
+from .page import EMBEDDED, render
+from .runs import load
+from .texts import clean_line
+
+USAGE, CANNOT_WRITE = 2, 99
+EPILOG = '''Exit status: 0 written, 2 wrong usage or a directory that cannot be read, 99 a file cannot be written;
+with --exit-status that of the newest run: 0 all passed, 1 something did not pass, 77 nothing ran, 99 not complete or
+the harness failed. Files appear whole or not at all.'''
+
+
+class _Parser(argparse.ArgumentParser):
+    def error(self, message):
+        sys.exit(_refuse(USAGE, f'{message}; {self.prog} --help shows the options'))
+
+
+def parser():
+    """All options, from which help and man page come."""
+    options = _Parser(prog='cvnreport', epilog=EPILOG, allow_abbrev=False,
+                      description='Shows what came out of one or many runs of cvntester: to people as one HTML file, '
+                                  'to programs as JUnit XML or JSON.')
+    options.add_argument('directory', metavar='DIR', nargs='+', help='result directory of a run (cvntester --results)')
+    options.add_argument('-o', '--output', metavar='FILE', help='page to be written, of all runs')
+    options.add_argument('--junit', metavar='FILE', help='JUnit XML of the newest run; - is standard output')
+    options.add_argument('--json', metavar='FILE', help='all runs and what changed, as JSON; - is standard output')
+    options.add_argument('--exit-status', action='store_true', help='end with the exit status of the newest run')
+    options.add_argument('--merge', action='store_true',
+                         help='all directories are parts of one run; without it those with the same label "run" and '
+                              'the same build')
+    options.add_argument('--embed', metavar='MB', type=_megabytes, default=EMBEDDED,
+                         help=f'room in the page for logs and pictures of tests ({EMBEDDED:g}); what has none is linked')
+    options.add_argument('--version', action='version', version=f'cvnreport {VERSION}')
+    return options
+
+
+def _megabytes(text):
+    value = float(text)
+    if not 0 <= value <= 10000:
+        raise argparse.ArgumentTypeError(f"'{text}' is no number of megabytes from 0 to 10000")
+    return value
+
+
+def _refuse(status, problem):
+    print(f'cvnreport: {clean_line(problem)}', file=sys.stderr)
+    return status
+
+
+class Files:
+    """Files that appear together, whole: written beside their places first."""
+
+    def __init__(self):
+        self.waiting = []  # (temporary name, place)
+
+    def add(self, path, data):
+        """Raises Problem when the file cannot be written."""
+        if path == '-':
+            sys.stdout.buffer.write(data)
+            sys.stdout.buffer.flush()
+            return
+        directory = os.path.dirname(os.path.abspath(path))
+        try:
+            if os.path.exists(path) and not stat.S_ISREG(os.stat(path).st_mode):
+                raise Problem(f'{path}: is no regular file')
+            descriptor, name = tempfile.mkstemp(prefix='.cvnreport-', dir=directory)
+            self.waiting.append((name, os.path.realpath(path)))
+            with open(descriptor, 'wb') as file:
+                file.write(data)
+                os.fchmod(descriptor, 0o666 & ~_umask())
+                os.fsync(descriptor)
+        except OSError as error:
+            raise Problem(f'{path}: cannot be written: {error.strerror}') from error
+
+    def appear(self):
+        """Puts all files in their places. Raises Problem."""
+        while self.waiting:
+            name, path = self.waiting[-1]
+            try:
+                os.replace(name, path)
+            except OSError as error:
+                raise Problem(f'{path}: cannot be written: {error.strerror}') from error
+            self.waiting.pop()
+
+    def forget(self):
+        """Removes what has not appeared."""
+        for name, _ in self.waiting:
+            os.unlink(name)
+
+
+def _umask():
+    mask = os.umask(0)
+    os.umask(mask)
+    return mask
+
+
+def _write(arguments, runs):
+    made = []
+    if arguments.output:
+        directory = os.path.dirname(os.path.abspath(arguments.output))
+        made.append((arguments.output, render(runs, directory, arguments.embed).encode()))
+    if arguments.junit:
+        made.append((arguments.junit, junit(runs[0])))
+    if arguments.json:
+        made.append((arguments.json, as_json(runs)))
+    files = Files()
+    try:
+        for path, data in made:
+            files.add(path, data)
+        files.appear()
+    finally:
+        files.forget()
+
+
+def main(words=None):
+    """Does what the command line `words` says and returns the exit status."""
+    arguments = parser().parse_args(words)
+    outputs = [path for path in (arguments.output, arguments.junit, arguments.json) if path]
+    if not outputs and not arguments.exit_status:
+        return _refuse(USAGE, 'nothing to do: -o, --junit, --json or --exit-status is needed')
+    if len({path if path == '-' else os.path.realpath(path) for path in outputs}) < len(outputs):
+        return _refuse(USAGE, 'two outputs are one file')
+    try:
+        runs = load(arguments.directory, arguments.merge)
+    except Problem as problem:
+        return _refuse(USAGE, str(problem))
+    for older, newer in zip(runs[1:2], runs):
+        if differing_lists(older, newer):
+            _refuse(0, differing_lists(older, newer))
+    try:
+        _write(arguments, runs)
+    except Problem as problem:
+        return _refuse(CANNOT_WRITE, str(problem))
+    return runs[0].exit_status if arguments.exit_status else 0

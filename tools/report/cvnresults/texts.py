@@ -1,0 +1,72 @@
+"""Texts from tests on their way into a page: whatever they hold, they stay text."""
+import re
+
+# Escape sequences of terminals: CSI, the strings up to BEL or ST, anything else of two bytes.
+_ESCAPES = re.compile('\x1b(?:\\[[0-?]*[ -/]*[@-~]|[\\]P_^X][^\x07\x1b]*(?:\x07|\x1b\\\\)?|.?)', re.DOTALL)
+_NEWLINES = re.compile('\r+\n')
+# Controls, marks that turn the direction of text round, line separators, halves of surrogate pairs
+# and what is no character at all: shown by their number, so that none acts or hides.
+_UNSHOWN = re.compile('[\x00-\x08\x0b-\x1f\x7f-\x9f\u061c\u200b-\u200f\u2028-\u202e\u2060-\u206f\ufeff\ufff9-\ufffb'
+                      '\ud800-\udfff\ufffe\uffff\U000e0000-\U000e007f]')
+
+
+def clean(text):
+    """`text` without escape sequences; characters that are not for people are shown as ⟨U+202E⟩."""
+    text = _NEWLINES.sub('\n', _ESCAPES.sub('', text))
+    return _UNSHOWN.sub(lambda found: f'⟨U+{ord(found[0]):04X}⟩', text)
+
+
+def clean_line(text):
+    """As `clean`, on one line."""
+    return ' '.join(clean(text).split())
+
+
+def decoded(data):
+    """Bytes of a test as text; what is no UTF-8 becomes U+FFFD."""
+    return data.decode('utf-8', 'replace')
+
+
+def plural(count, noun):
+    """'1 test', '3 tests'."""
+    return f'{count} {noun}' + ('' if count == 1 else 's')
+
+
+def duration(seconds):
+    """Seconds for people: '0.250 s', '3 min 20 s', '2 h 05 min'."""
+    if seconds < 60:
+        return f'{seconds:.3f} s'
+    minutes, rest = divmod(round(seconds), 60)
+    hours, minutes = divmod(minutes, 60)
+    return f'{hours} h {minutes:02} min' if hours else f'{minutes} min {rest:02} s'
+
+
+def segments(data, typed):
+    """A test's output as [(kind, text)]: 'out' was printed, 'prompt' is the last line before an
+    answer, 'in' was typed. `typed` has (position, length) of each answer in the bytes."""
+    parts = []
+    at = 0
+    for position, length in sorted(typed):
+        if position < at or position + length > len(data):
+            continue
+        _add_output(parts, data[at:position], before_answer=True)
+        parts.append(('in', clean(decoded(data[position:position + length]))))
+        at = position + length
+    _add_output(parts, data[at:], before_answer=False)
+    return parts
+
+
+def _add_output(parts, data, before_answer):
+    text = clean(decoded(data))
+    filled = text.rstrip() if before_answer else ''
+    prompt_at = filled.rfind('\n') + 1
+    if prompt_at:
+        parts.append(('out', text[:prompt_at]))
+    if text:
+        parts.append(('prompt' if filled else 'out', text[prompt_at:]))
+
+
+def cut_in_the_middle(size, limit):
+    """How many bytes of a text of `size` are shown from its beginning and from its end."""
+    if size <= limit:
+        return size, 0
+    return limit - limit // 2, limit // 2
