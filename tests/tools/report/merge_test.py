@@ -146,11 +146,12 @@ class Comparing(Runs):
         found = self.three_runs()
         self.assertEqual([getattr(compare.since(test, found), 'name', None) for test in ('A/1', 'A/2', 'A/3', 'A/4')],
                          ['p3', 'p1', None, 'p3'])
-        self.assertEqual(compare.board_or_build('A/1', found), 'the board: passed with the same build on x (p1)')
-        self.assertEqual(compare.board_or_build('A/1', found[:2]), 'the build: passed on the same board with b2 (p2)')
+        self.assertEqual(compare.board_or_build('A/1', found), 'Look at the board: passed with the same build on x (p1).')
+        self.assertEqual(compare.board_or_build('A/1', found[:2]), 'Look at the build: passed on the same board with b2 (p2).')
         self.assertEqual(compare.board_or_build('A/2', found), '')
         again = self.part('A/1', ['A/1 PASS'])
-        self.assertIn('neither', compare.board_or_build('A/1', [found[0], *self.load(again)]))
+        self.assertEqual(compare.board_or_build('A/1', [found[0], *self.load(again)]),
+                         'Passed on the same board with the same build (p4).')
 
 
 if __name__ == '__main__':

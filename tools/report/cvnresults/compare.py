@@ -102,8 +102,8 @@ def since(test, runs):
 
 
 def board_or_build(test, runs):
-    """Where else a test passed that fails in the newest run, and what differs there; empty where no
-    run says anything."""
+    """One sentence on where else a test passed that fails in the newest run, and what differs there;
+    empty where no run says anything."""
     newest, *others = runs
     board, build = newest.fact('board'), newest.fact('build')
     if not board or not build or newest.results[test].verdict not in BAD:
@@ -111,10 +111,9 @@ def board_or_build(test, runs):
     passed = [run for run in others if test in run.results and run.results[test].verdict == 'PASS']
     for run in passed:
         if run.fact('build') == build and run.fact('board') not in ('', board):
-            return f'the board: passed with the same build on {run.fact("board")} ({run.name})'
+            return f'Look at the board: passed with the same build on {run.fact("board")} ({run.name}).'
     for run in passed:
         if run.fact('board') == board and run.fact('build') not in ('', build):
-            return f'the build: passed on the same board with {run.fact("build")} ({run.name})'
-    if any(run.fact('board') == board and run.fact('build') == build for run in passed):
-        return 'neither: passed on the same board with the same build, too'
-    return ''
+            return f'Look at the build: passed on the same board with {run.fact("build")} ({run.name}).'
+    same = [run for run in passed if run.fact('board') == board and run.fact('build') == build]
+    return f'Passed on the same board with the same build ({same[0].name}).' if same else ''

@@ -14,9 +14,11 @@ PICTURE_WIDTH = 640
 LARGEST_PICTURE = 40_000_000  # pixels
 LARGEST_DRAWING = 400_000  # bytes of an SVG
 LEAST_TEXT = 400
-TEXT_LIMITS = [LEAST_TEXT << shift for shift in range(8)]  # to 50 KB
+TEXT_LIMITS = [0, *(LEAST_TEXT << shift for shift in range(8))]  # to 50 KB; 0: only a link
+TEXT_FRAME = 150  # bytes that the page needs around a text
 # What eyes leave stands side by side in this order, other pictures behind.
 PICTURE_ORDER = ('reference', 'capture', 'difference')
+TOO_LARGE = 'is not in the page, which would become too large'
 PICTURES = ('.png', '.jpg', '.jpeg', '.webp', '.bmp', '.ppm')
 
 
@@ -50,7 +52,7 @@ class TextBudget:
     def __init__(self, room):
         self.room = room
         self.sizes = {True: [], False: []}
-        self.limits = {True: LEAST_TEXT, False: LEAST_TEXT}
+        self.limits = {}
 
     def plan(self, size, matters):
         """A text of `size` bytes will be shown."""
@@ -61,11 +63,11 @@ class TextBudget:
         left = self.room
         for matters in (True, False):
             fitting = [limit for limit in TEXT_LIMITS if self._sum(matters, limit) <= left * (0.7 if matters else 1)]
-            self.limits[matters] = max(fitting, default=LEAST_TEXT)
+            self.limits[matters] = max(fitting, default=0)
             left -= self._sum(matters, self.limits[matters])
 
     def _sum(self, matters, limit):
-        return sum(min(size, limit) for size in self.sizes[matters])
+        return sum(min(size, limit) + TEXT_FRAME for size in self.sizes[matters])
 
 
 def size_of(part, name):
@@ -90,6 +92,8 @@ def load_text(part, name, typed, limit, directory):
             tail = file.read(after)
     except (OSError, TypeError, ValueError):
         return None
+    if not limit and size:
+        return Text(link(path, directory), size, [])
     if not after:
         return Text(link(path, directory), size, segments(head, typed))
     head = head[:head.rfind(b'\n') + 1] or head
@@ -119,6 +123,9 @@ class Pictures:
         if not path:
             return None
         picture = Picture(link(path, self.directory), clean_line(os.path.basename(name)))
+        if self.room <= 0:
+            picture.problem = TOO_LARGE
+            return picture
         try:
             if name.lower().endswith('.svg'):
                 kind, data = 'svg+xml', _drawing(path)
@@ -129,7 +136,8 @@ class Pictures:
             return picture
         source = f'data:image/{kind};base64,' + base64.b64encode(data).decode()
         if len(source) > self.room:
-            picture.problem = 'is not in the page, which would become too large'
+            self.room = 0
+            picture.problem = TOO_LARGE
             return picture
         self.room -= len(source)
         picture.source = source
@@ -158,9 +166,9 @@ def _small(path, picture):
             raise ValueError(f'{image.width}x{image.height} is too large')
         image.draft('RGB', (PICTURE_WIDTH, PICTURE_WIDTH))
         small = image.convert('RGB')
-        small.thumbnail((PICTURE_WIDTH, PICTURE_WIDTH))
+        small.thumbnail((PICTURE_WIDTH, PICTURE_WIDTH), Image.Resampling.BILINEAR, reducing_gap=2.0)
     out = io.BytesIO()
-    small.save(out, 'WEBP', quality=80)
+    small.save(out, 'WEBP', quality=80, method=0)  # other methods take twice the time for the same size
     return out.getvalue()
 
 

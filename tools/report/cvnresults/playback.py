@@ -1,5 +1,6 @@
 """What a playback test found about frames, pacing and synchronisation, ready to be shown."""
 import dataclasses
+import math
 
 from .directory import number_of, text_of
 
@@ -115,7 +116,8 @@ def _chart(events):
 
     for mark in marks:
         mark.x, mark.y = x(mark.second), y(mark.ms)
-    seconds = [begin + (end - begin) * tick / TICKS for tick in range(TICKS + 1)]
+    step = math.ceil((end - begin) / TICKS)
+    seconds = range(math.ceil(begin / step) * step, math.floor(end) + 1, step)
     levels = sorted({least, 0, most, min(mark.ms for mark in marks), max(mark.ms for mark in marks)})
-    return Chart(marks, least, most, (y(most), y(least)), y(0), [(x(second), f'{second:.1f}') for second in seconds],
-                 [(y(level), f'{level:+g}') for level in levels])
+    return Chart(marks, least, most, (y(most), y(least)), y(0), [(x(second), str(second)) for second in seconds],
+                 [(y(level), f'{level:+g}' if level else '0') for level in levels])
