@@ -176,7 +176,7 @@ class Page(unittest.TestCase):
 # The contrast of a verdict's word with what is behind it, as accessibility guidelines compute it.
 CONTRAST = """(() => {
   const probe = document.body.appendChild(document.createElement('span'));
-  probe.className = 'v NAME';
+  probe.className = 'v mark-NAME';
   const light = (colour) => colour.match(/[\\d.]+/g).slice(0, 3).map((part) => part / 255)
     .map((part) => part <= 0.03928 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4)
     .reduce((sum, part, i) => sum + part * [0.2126, 0.7152, 0.0722][i], 0);

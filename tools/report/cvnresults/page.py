@@ -155,7 +155,7 @@ class _Page:
         if result.verdict == 'PASS':
             return letter
         title = f'{result.verdict} in {run.name}: {result.message}'[:_LONGEST_TITLE]
-        return Markup('<b class="{}" title="{}">{}</b>').format(css(result.verdict), title, letter)
+        return Markup('<b class="mark-{}" title="{}">{}</b>').format(css(result.verdict), title, letter)
 
     @functools.cache
     def printed(self, test):
