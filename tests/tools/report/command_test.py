@@ -52,6 +52,7 @@ class Command(unittest.TestCase):
             ((good, self.directory, '-o', self.page), 2, 'is no result directory'),
             ((good + '/journal', '-o', self.page), 2, 'is no directory'),
             ((good, '-o', '/nowhere/page.html', '--junit', new), 99, 'cannot be written: No such file'),
+            ((good, '--junit', new, '--json', '/nowhere/out.json'), 99, 'cannot be written: No such file'),
             ((good, '--junit', new, '-o', good), 99, 'is no regular file'),
             ((good, '--junit', new, '-o', good + '/journal/page'), 99, 'cannot be written: Not a directory'),
         ]

@@ -56,5 +56,5 @@ def make(path, tests, results, *, at='2026-11-01T20:00:00Z', status=0, labels=No
                            **(ends or {}).get(row[0], {})})
         record.append({'event': 'run-exit', 'status': status, 'at': at.replace('T20', 'T21')})
         with open(os.path.join(path, 'results.jsonl'), 'w', encoding='utf-8') as file:
-            file.writelines(json.dumps(event) + '\n' for event in record)
+            file.writelines(json.dumps(event).replace('Infinity', '1e999') + '\n' for event in record)
     return path

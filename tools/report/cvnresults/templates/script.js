@@ -41,9 +41,11 @@
 
   const flat = document.createElement('tbody');
   const order = ['FAIL', 'ERROR', 'BLOCKED', 'FLAKY', 'NOT RUN', 'SKIPPED', 'PASS'];
-  const keys = [(cell) => order.indexOf(cell.textContent), null, null, null, (cell) => Number(cell.textContent), null];
+  const words = new Intl.Collator('en', {numeric: true}).compare;
+  const compareCells = (a, b, column) => column === 0 ?
+    order.indexOf(a.textContent) - order.indexOf(b.textContent) : words(a.textContent, b.textContent);
 
-  /* One step further of: sorted upwards, downwards, in the order of the modules. */
+  // One step further of: sorted upwards, downwards, in the order of the modules.
   function sort(header) {
     const column = header.cellIndex;
     const direction = {ascending: 'descending', descending: ''}[header.getAttribute('aria-sort') ?? ''] ?? 'ascending';
@@ -53,12 +55,10 @@
       flat.remove();
     } else {
       header.setAttribute('aria-sort', direction);
-      const key = keys[column] ?? ((cell) => cell.textContent);
-      const compare = keys[column] ? (a, b) => a.key - b.key : new Intl.Collator('en', {numeric: true}).compare;
-      const sorted = rows.map(({row}) => ({row, key: key(row.cells[column])}));
-      sorted.sort(keys[column] ? compare : (a, b) => compare(a.key, b.key));
+      const sorted = rows.map((one) => one.row);
+      sorted.sort((a, b) => compareCells(a.cells[column], b.cells[column], column));
       if (direction === 'descending') sorted.reverse();
-      flat.append(...sorted.map((one) => one.row));
+      flat.append(...sorted);
       table.append(flat);
     }
     filter();
@@ -80,7 +80,7 @@
     const target = document.getElementById(location.hash.slice(1));
     const details = target && target.closest('details');
     if (!details) return;
-    details.open = true;
+    details.open = true;  // some browsers do that themselves
     details.scrollIntoView();
   }
   addEventListener('hashchange', openTarget);
