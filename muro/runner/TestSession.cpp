@@ -17,7 +17,7 @@ constexpr double kLooksAgainS = 5;  // tests look for keys more often
 
 constexpr char kInterrupted[] = "the run was interrupted";
 constexpr std::size_t kKeptPrompt = 8192;
-constexpr std::size_t kLongestAttachments = std::size_t{8} << 20;
+constexpr std::size_t kLongestAttachments = std::size_t{4} << 20;
 
 double SecondsSince(std::chrono::steady_clock::time_point start) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -102,6 +102,7 @@ void TestSession::Tell(std::string_view text) {
 /// What is too long to be kept is left out.
 void TestSession::Attached(const std::string& name, const std::string& part) {
   const bool isFileName = !name.empty() && name[0] != '.' && name.find('/') == std::string::npos;
+  lastOutput_ = Clock::now();
   attached_ += part.size();
   if (!isFileName) return;
   if (attached_ <= kLongestAttachments)

@@ -124,10 +124,11 @@ TEST(SessionTest, FilesOfATestComeWholeAndAnswersAreFoundInTheOutput) {
     Attach("a b.svg", AllBytes());
     Attach("../outside", AllBytes());
     Attach("empty", "");
-    Attach("too long", std::string(std::size_t{9} << 20, 'x'));
+    Attach("too long", std::string(std::size_t{5} << 20, 'x'));
     return AskInPieces(argument);
   };
-  const Played played = Play(attaching, Rules("first second=", "42"));
+  const Played played =
+      Play(attaching, Rules("first second=", "42"), false, {.timeoutS = 60, .idleS = 30});
   const auto& files = played.outcome.attachments;
   ASSERT_EQ(files.size(), 2U);
   EXPECT_EQ(files.at("empty"), "");

@@ -79,6 +79,15 @@ class Part:
     why_not_run: dict = dataclasses.field(default_factory=dict)  # reasons by id
     notes: list = dataclasses.field(default_factory=list)
 
+    @property
+    def name(self):
+        """For people."""
+        return clean_line(os.path.basename(os.path.realpath(self.path)))
+
+    def fact(self, name):
+        """'board', 'build' or 'version': what the operator says, else what the harness knows."""
+        return self.labels.get(name) or getattr(self, name)
+
     def base(self, test_id):
         """The test whose round `test_id` may be."""
         found = _ROUND.fullmatch(test_id)

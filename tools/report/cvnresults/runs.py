@@ -6,7 +6,7 @@ import os
 import re
 
 from .directory import Name, Problem, read
-from .texts import clean_line, plural
+from .texts import plural
 
 ALL_PASSED, SOME_FAILED, NOTHING_RAN, HARNESS_FAILED = 0, 1, 77, 99
 
@@ -49,8 +49,7 @@ class Run:
 
     def fact(self, name):
         """'board', 'build' or 'version': what the parts say, several with commas between."""
-        values = [part.labels.get(name) or getattr(part, name) for part in self.parts]
-        return ', '.join(dict.fromkeys(value for value in values if value))
+        return ', '.join(dict.fromkeys(filter(None, (part.fact(name) for part in self.parts))))
 
     @property
     def started(self):
@@ -152,7 +151,7 @@ def _key(part, path, merge):
     if merge:
         return ()
     name = part.labels.get('run')
-    return (name, part.labels.get('build') or part.build) if name else path
+    return (name, part.fact('build')) if name else path
 
 
 def merged(parts):
@@ -175,7 +174,7 @@ def merged(parts):
                                         else 'the run was cut off before this test')
         results[test] = Result(test, name, verdict, message, tried)
     label = parts[0].labels.get('run')
-    name = label or ' + '.join(clean_line(os.path.basename(os.path.realpath(part.path))) for part in parts)
+    name = label or ' + '.join(part.name for part in parts)
     return Run(name, parts, results, _notes(parts))
 
 
@@ -197,7 +196,7 @@ def judged(attempts):
 def _notes(parts):
     notes = []
     for part in parts:
-        where = clean_line(os.path.basename(os.path.realpath(part.path)))
+        where = part.name
         if part.running:
             notes.append(f'{where}: the run has not ended yet')
         elif part.planned and part.planned > len(part.attempts):
