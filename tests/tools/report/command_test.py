@@ -1,6 +1,7 @@
 """cvnreport as a program: its files, its exit statuses, and what others read in them."""
 import json
 import os
+import re
 import subprocess
 import tempfile
 import unittest
@@ -69,6 +70,12 @@ class Command(unittest.TestCase):
         self.assertEqual((different.returncode, different.stderr.count('\n')), (1, 1))
         self.assertIn('have no test in common', different.stderr)
 
+    def test_the_man_page_has_every_option_of_the_help(self):
+        page, usage = self.run_it('--document').stdout, self.run_it('--help').stdout
+        options = set(re.findall(r'(?<=  )--?[a-z][a-z-]*', usage))
+        self.assertGreater(len(options), 6)
+        self.assertEqual([each for each in options if each.replace('-', '\\-') not in page], [])
+
     def test_other_readers_find_the_same_results(self):
         night = {'run': 'night'}
         parts = [self.make('one', 'A/1 A/2', ['A/1 FAIL ]]>&"', 'A/2 PASS'], labels=night, status=1),
@@ -131,7 +138,7 @@ class Command(unittest.TestCase):
         self.assertFalse('alert(1)' in text)
 
     def test_a_run_that_goes_on_and_one_that_was_resumed_are_said_to_be_so(self):
-        made = self.make('night', 'A/1 A/2', ['A/1 PASS', 'A/2 PASS'])
+        made = self.make('night', 'A/1 A/2', ['A/1 PASS', 'A/2'])
         with open(os.path.join(made, 'results.jsonl'), 'a', encoding='utf-8') as file:
             file.write('{"event": "test-e\n{"event": "run-start", "format": 1, "resumed": true, "tests": 2}\n')
         lock = subprocess.Popen(['flock', os.path.join(made, 'journal'), 'sh', '-c', 'echo held; read end'],
@@ -140,9 +147,10 @@ class Command(unittest.TestCase):
         text = self.text(made)
         lock.communicate(b'\n', timeout=60)
         self.assert_in('night: the run has not ended yet', text)
+        self.assert_in('The only test that ran passed; 1 more should have run', text)
         self.assert_in('night: the run was interrupted and resumed', text)
         self.assert_in('night: results.jsonl has 1 line that cannot be read', text)
-        self.assertFalse('has not ended yet' in self.text(made))
+        self.assert_in('1 of 2 tests that ran did not pass: 1 went wrong.', self.text(made))
 
     def test_run_script_shows_the_last_run_on_the_board(self):
         def shown():

@@ -39,6 +39,7 @@ class Attempt:
     verdict: str
     message: str
     seconds: float
+    ended: bool = False  # no: the run was cut off in it
     prompts: int = 0
     at: str = ''  # when it began
     typed: list = dataclasses.field(default_factory=list)  # (position, length) of answers in the log
@@ -114,6 +115,8 @@ def read(path):
     part.modified = os.stat(journal).st_mtime
     part.running = _is_locked(journal)
     _read_journal(part, journal, data)
+    if part.running and part.attempts and not part.attempts[-1].ended:
+        part.attempts.pop()  # runs now
     record = os.path.join(path, 'results.jsonl')
     if os.path.lexists(record):
         _read_record(part, record)
@@ -216,6 +219,7 @@ def _take_end(attempt, values):
     if seconds is None:
         return False
     attempt.verdict, attempt.message, attempt.seconds = values[1], clean_line(values[4]), seconds
+    attempt.ended = True
     return True
 
 
@@ -282,7 +286,7 @@ class _Record:
         attempt.prompts = _count(event.get('prompts')) or 0
         attempt.typed = [tuple(each) for each in _list(event.get('typed')) if _is_place(each)]
         attempt.findings = self.findings
-        if attempt.message == CUT_OFF and text_of(event, 'message'):
+        if not attempt.ended and text_of(event, 'message'):
             attempt.message = text_of(event, 'message')
         self.findings = []
 

@@ -39,8 +39,28 @@ def parser():
                               'the same build')
     options.add_argument('--embed', metavar='MB', type=_megabytes, default=EMBEDDED,
                          help=f'room in the page for logs and pictures of tests ({EMBEDDED:g}); what has none is linked')
+    options.add_argument('--document', action=_Manual, nargs=0, help='print the man page')
     options.add_argument('--version', action='version', version=f'cvnreport {VERSION}')
     return options
+
+
+class _Manual(argparse.Action):
+    """Prints the man page, which is made of the same options as --help, and ends."""
+
+    def __call__(self, options, namespace, values, option_string=None):
+        def roff(text):
+            return text.replace('\\', '\\e').replace('-', '\\-')
+
+        page = [f'.TH CVNREPORT 1 "" "cvnreport {VERSION}"', '.SH NAME', roff('cvnreport - one page from one or many runs'),
+                '.SH SYNOPSIS', '.B cvnreport', r'\fIDIR\fR... [\fIOPTION\fR]...', '.SH DESCRIPTION', roff(options.description),
+                '.SH OPTIONS']
+        for action in options._actions:  # argparse has no other list of them
+            shown = ', '.join(action.option_strings) or action.metavar
+            metavar = f' {action.metavar}' if action.option_strings and action.metavar else ''
+            page += ['.TP', '.B ' + roff(shown + metavar), roff(action.help)]
+        page += ['.SH EXIT STATUS', roff(options.epilog.removeprefix('Exit status: '))]
+        print('\n'.join(page))
+        options.exit()
 
 
 def _megabytes(text):
