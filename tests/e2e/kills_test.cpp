@@ -50,15 +50,19 @@ class KillsTest : public test::UnattendedTest {
   /// The results as each of their readers finds them.
   std::map<std::string, Results> ReadAll() const {
     const auto text = [&](const char* file) { return FileText(OnBoard(file)); };
+    constexpr char kCase[] =
+        "<testcase [^>]*name=\"(\\S+) [^>]*>\\n *(?:<(error|failure|skipped))?";
+    const std::string merged = test::RunShell(CVN_SOURCE_DIRECTORY "/tools/report/cvnreport " +
+                                              test::Quoted(OnBoard("/tmp/res")) + " --junit -")
+                                   .output;
     return {
+        {"report", Find(merged, kCase, 1, 2)},
         {"console", Find(Screen(), "(PASS|ERROR|FAIL|SKIPPED|BLOCKED) +(\\S+) UTVpq Test", 2, 1)},
         {"journal", Find(text("/tmp/res/journal"), "end\\t(\\S+)\\t(\\S+)\\t", 1, 2)},
         {"json",
          Find(text("/tmp/o.json"),
               "\"test-end\"[^\\n]*\"test\": \"([^\"]+)\"[^\\n]*\"verdict\": \"(\\w+)\"", 1, 2)},
-        {"junit",
-         Find(text("/tmp/o.xml"),
-              "<testcase [^>]*name=\"(\\S+) [^>]*>\\n *(?:<(error|failure|skipped))?", 1, 2)},
+        {"junit", Find(text("/tmp/o.xml"), kCase, 1, 2)},
         {"tap", Find(text("/tmp/o.tap"), "(ok|not ok) \\d+ - (\\S+) UTVpq", 2, 1)},
         {"lava", Find(text("/tmp/o.lava"), "CASE_ID=(\\S+) RESULT=(\\w+)", 1, 2)}};
   }
