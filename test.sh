@@ -187,6 +187,9 @@ Fuzz() {
     RunQuietly "fuzzing $name" "$fuzzer" -max_total_time="$fuzz_seconds" -timeout=10 -max_len=$fuzz_length \
       -artifact_prefix="build/fuzz/findings/$name-" "build/fuzz/corpus/$name" "tests/fuzz/corpus/$name"
   done
+  echo "== fuzzing result directories"
+  RunQuietly 'fuzzing result directories' env CVN_EXAMPLES=$((fuzz_seconds * 20)) \
+    /usr/bin/python3 tests/tools/report/read_test.py Fuzz
   echo 'Nothing found'
 }
 

@@ -111,8 +111,9 @@ class Command(unittest.TestCase):
         text = self.text(made)
         self.assertLess(len(text), 4_000_000)
         failed = text[text.index('<div id="t30">'):]
-        for part in ('<kbd>line 0</kbd> &lt;b&gt;\nline 1 &lt;b&gt;\n', f'left out here; all {len(b"".join(lines))} bytes are in '
-                     '<a href="./long/logs/0030-A.29.log">', '<kbd>ine 39999 &lt;b&gt;</kbd>'):
+        for part in ('<kbd>line 0</kbd> &lt;b&gt;\nline 1 &lt;b&gt;\n',
+                     f'left out here; all {len(b"".join(lines))} bytes are in <a href="./long/logs/0030-A.29.log">',
+                     '<kbd>ine 39999 &lt;b&gt;</kbd>'):
             self.assert_in(part, failed)
         small = self.run_it(made, '-o', self.page, '--embed', '0')
         self.assertEqual(small.returncode, 0)
