@@ -66,6 +66,9 @@ class Command(unittest.TestCase):
             self.assertEqual(sorted(os.listdir(self.directory)), before)
         with open(self.page, encoding='utf-8') as file:
             self.assertEqual(file.read(), 'as it was')
+        with open('/dev/full', 'wb') as full:
+            lost = subprocess.run([CVNREPORT, good, '--json', '-'], stdout=full, stderr=subprocess.PIPE, check=False)
+        self.assertEqual((lost.returncode, lost.stderr), (99, b'cvnreport: -: cannot be written: No space left on device\n'))
         different = self.run_it(good, other, '-o', self.page, '--exit-status')
         self.assertEqual((different.returncode, different.stderr.count('\n')), (1, 1))
         self.assertIn('have no test in common', different.stderr)

@@ -83,12 +83,12 @@ class Files:
 
     def add(self, path, data):
         """Raises Problem when the file cannot be written."""
-        if path == '-':
-            sys.stdout.buffer.write(data)
-            sys.stdout.buffer.flush()
-            return
         directory = os.path.dirname(os.path.abspath(path))
         try:
+            if path == '-':
+                with open(os.dup(1), 'wb') as output:
+                    output.write(data)
+                return
             if os.path.exists(path) and not stat.S_ISREG(os.stat(path).st_mode):
                 raise Problem(f'{path}: is no regular file')
             descriptor, name = tempfile.mkstemp(prefix='.cvnreport-', dir=directory)
