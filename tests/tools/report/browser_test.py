@@ -10,6 +10,8 @@ import sys
 import tempfile
 import unittest
 
+from PIL import Image
+
 import result_files
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..', 'support'))
@@ -50,6 +52,10 @@ class Page(unittest.TestCase):
                 result_files.make(os.path.join(holder.name, 'night <i>'), TESTS, RESULTS, at='2026-11-02T20:00:00Z', status=99,
                                   names=names, logs={'A/1': LOG, 'C/1': b'K2V NG : -3\n'}, extra={'A/1': FINDINGS},
                                   ends={'A/1': {'typed': [[LOG.index(b'0\n'), 2]]}}, labels={'board': EVIL})]
+        evidence = os.path.join(runs[1], 'logs', '0001-A.1.evidence')
+        os.mkdir(evidence)
+        for name in ('reference.png', 'capture.png', 'difference.png'):
+            Image.new('RGB', (960, 540), 'navy').save(os.path.join(evidence, name))
         cls.file = os.path.join(holder.name, 'page.html')
         subprocess.run([os.path.join(result_files.REPORT, 'cvnreport'), *runs, '-o', cls.file], check=True)
         cls.browser = Browser(holder.name)
@@ -73,7 +79,7 @@ class Page(unittest.TestCase):
 
     def test_what_tests_say_stays_text(self):
         self.assertEqual(self.browser.value('typeof hacked'), 'undefined')
-        self.assertEqual([self.count(tag) for tag in ('script', 'img', 'main i', 'pre script')], [1, 0, 0, 0])
+        self.assertEqual([self.count(tag) for tag in ('script', 'img', 'main i', 'pre script')], [1, 3, 0, 0])
         self.assertEqual(self.text_of('#r1 td.less bdi'), EVIL)
         printed = self.text_of('#t1 pre')
         self.assertEqual(printed, EVIL + '\ufffd⟨U+0000⟩⟨U+202E⟩ </pre>\nwhich port?\n0\n')
@@ -138,6 +144,13 @@ class Page(unittest.TestCase):
                 contrast = self.browser.value(CONTRAST.replace('NAME', name))
                 self.assertGreaterEqual(contrast, 4.5, (scheme, name))
         self.assertEqual(len(colours), 2)
+
+    def test_pictures_stand_side_by_side(self):
+        tops = self.browser.value("[...document.querySelectorAll('#t1 figure')].map((one) => one.offsetTop)")
+        self.assertEqual((len(tops), len(set(tops))), (3, 1))
+        self.browser.look(360, 800, 'light')
+        tops = self.browser.value("[...document.querySelectorAll('#t1 figure')].map((one) => one.offsetTop)")
+        self.assertEqual(len(set(tops)), 3)
 
     def test_headings_and_tables_can_be_followed(self):
         levels = self.browser.value("[...document.querySelectorAll('h1,h2,h3,h4,h5')].map((one) => Number(one.tagName[1]))")
