@@ -5,6 +5,7 @@ times, board, build, answers and findings; directories without one are read as w
 """
 import dataclasses
 import fcntl
+import functools
 import json
 import math
 import os
@@ -83,7 +84,7 @@ class Part:
     @property
     def name(self):
         """For people."""
-        return clean_line(os.path.basename(os.path.realpath(self.path)))
+        return clean_line(os.path.basename(self.real))
 
     def fact(self, name):
         """'board', 'build' or 'version': what the operator says, else what the harness knows."""
@@ -94,11 +95,14 @@ class Part:
         found = _ROUND.fullmatch(test_id)
         return found[1] if found and test_id not in self.selected else test_id
 
-    @property
+    @functools.cached_property
     def selected(self):
-        if not hasattr(self, '_selected'):
-            self._selected = set(self.tests)
-        return self._selected
+        return set(self.tests)
+
+    @functools.cached_property
+    def real(self):
+        """The path without links."""
+        return os.path.realpath(self.path)
 
 
 def read(path):
@@ -351,10 +355,10 @@ def _is_place(value):
 def inside(part, name):
     """Path of the file `name` of a result directory; None when it leads out of it."""
     try:
-        path = os.path.realpath(os.path.join(part.path, name))
+        path = os.path.realpath(os.path.join(part.real, name))
     except (OSError, ValueError):
         return None
-    return path if path.startswith(os.path.realpath(part.path) + os.sep) else None
+    return path if path.startswith(part.real + os.sep) else None
 
 
 def evidence(attempt):

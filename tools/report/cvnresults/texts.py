@@ -12,6 +12,8 @@ _UNSHOWN = re.compile('[\x00-\x08\x0b-\x1f\x7f-\x9f\u061c\u200b-\u200f\u2028-\u2
 
 def clean(text):
     """`text` without escape sequences; characters that are not for people are shown as ⟨U+202E⟩."""
+    if text.isascii() and text.isprintable():
+        return text  # most are
     text = _NEWLINES.sub('\n', _ESCAPES.sub('', text))
     return _UNSHOWN.sub(lambda found: f'⟨U+{ord(found[0]):04X}⟩', text)
 
