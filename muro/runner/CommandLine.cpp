@@ -30,6 +30,7 @@
 #include "TestList.h"
 #include "TestReport.h"
 #include "TestRun.h"
+#include "Text.h"
 #include "Util.h"
 
 namespace runner {
@@ -129,6 +130,14 @@ bool StartReport() {
   return started;
 }
 
+/// What the operator says of the run, and which part of one it is.
+std::vector<Label> LabelsOf(const Options& options) {
+  std::vector<Label> labels = options.labels;
+  if (options.shard.of > 1) labels.push_back({"shard", options.shard.Text()});
+  if (!options.retryFrom.empty()) labels.push_back({"retry-from", CleanLine(options.retryFrom)});
+  return labels;
+}
+
 /// Runs what is selected; `earlier` is what the journal of a resumed run tells.
 int Execute(const Options& options, Prepared run, ResultDirectory& directory,
             const std::vector<JournalEntry>& earlier, bool resumed) {
@@ -137,7 +146,7 @@ int Execute(const Options& options, Prepared run, ResultDirectory& directory,
   listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, options.verbose));
   if (directory.IsOpen())
     listeners.push_back(
-        std::make_unique<RunRecord>(directory.RecordPath(), run.tests, options.labels, resumed));
+        std::make_unique<RunRecord>(directory.RecordPath(), run.tests, LabelsOf(options), resumed));
   if (!std::ranges::all_of(listeners, [](const auto& l) { return l->Good(); }))
     return kHarnessFailed;
   if (!StartReport()) {

@@ -213,6 +213,7 @@ TEST_F(UnattendedTest, ShardsAreListedAndRunAlikeAndGoOnAsTheyWere) {
   EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--shard", "2/2", "--results", "/tmp/res"}), 0);
   EXPECT_TRUE(Contains(Screen(), "5 listed = 5 run")) << Screen();
   EXPECT_EQ(Run({"--resume", "/tmp/res"}), 0);
+  EXPECT_TRUE(Contains(test::FileText(OnBoard("/tmp/res/results.jsonl")), R"("shard": "2/2")"));
   EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--shard", "1/2", "--shard-times", "/tmp/res"}), 0);
   EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--shard", "2/2"}), 77) << "an empty part";
 }

@@ -97,7 +97,7 @@ TEST(EventReport, NamesEveryKindItsPlaceAndWhatItLedTo) {
   const StageResults results = {&vo, &audio};
   std::ostringstream text;
   PrintCauses(text, found, results);
-  for (const std::string& line : FindingsOf(found)) text << line << '\n';
+  for (const std::string& line : FindingsOf(found, kMarks)) text << line << '\n';
   EXPECT_TRUE(test::IsAsExpected("events.txt", text.str()));
 }
 
