@@ -1,6 +1,7 @@
 // Results on their way to where they are read: nothing is lost, nothing comes twice.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pty.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <string>
 #include <thread>
 
@@ -181,6 +183,38 @@ TEST_F(WritersTest, AFirstTestThatDidNotPassEndsARunThatIsToStopThere) {
     EXPECT_EQ(told[1].verdict, Verdict::kSkipped);
     EXPECT_EQ(told[1].message, "stopped after A/1");
   }
+}
+
+TEST_F(WritersTest, ATerminalShowsHowFarTheRunIsAndForHowLongItGoesOn) {
+  int master = -1;
+  int slave = -1;
+  ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
+  FILE* terminal = fdopen(slave, "w");
+  runner::ConsoleWriter writer(terminal, "never", false);
+  writer.RunStarted(100'000'000);
+  runner::TestResult first = Result("A/1", Verdict::kFail);
+  first.test.number = 1;
+  writer.TestStarted(first.test);
+  std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  writer.TestEnded(first);
+  runner::PlannedTest second = first.test;
+  second.number = 2;
+  second.id = "A/2";
+  writer.TestStarted(second);
+  char block[1024];
+  std::string shown;
+  while (shown.find("A/2") == shown.npos) {
+    const ssize_t got = read(master, block, sizeof block);
+    ASSERT_GT(got, 0) << shown;
+    shown.append(block, static_cast<std::size_t>(got));
+  }
+  EXPECT_TRUE(std::regex_search(shown, std::regex(R"(\r\[0 done, 0 failed, 100000000 left\] A/1)")))
+      << shown;
+  EXPECT_TRUE(std::regex_search(
+      shown, std::regex(R"(\r\[1 done, 1 failed, 99999999 left, about \d{4,}:[0-5]\d\] A/2)")))
+      << shown;
+  std::fclose(terminal);
+  close(master);
 }
 
 TEST_F(WritersTest, IgnoredSignalsStayIgnoredAndAReaderThatLeftEndsNothing) {

@@ -1,7 +1,10 @@
 // Timings, programmed failures and later events, as commands set them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
+#include <string>
 #include <thread>
 
 #include "HalSteps.h"
@@ -38,6 +41,41 @@ TEST(Timings, HaveThePublishedFigures) {
     EXPECT_EQ(timing.vFreq, expected.vFreq) << expected.name;
     EXPECT_EQ(timing.scanType, expected.scan) << expected.name;
   }
+}
+
+/// Clocks of CEA-861's timings at whole rates, in kHz; pixels that are sent twice count once.
+constexpr int64_t kClocks[] = {13'500,  13'514,  25'200,  27'000,    27'027,   54'000,
+                               59'400,  74'250,  82'500,  90'000,    99'000,   108'000,
+                               118'800, 148'500, 165'000, 185'625,   198'000,  297'000,
+                               371'250, 495'000, 594'000, 1'188'000, 2'376'000};
+
+TEST(Signal, StandardTimingsHaveStandardClocks) {
+  simhal::Apply("lock 0 0");
+  DoSteps(kHdmiOn);
+  int standard = 0;
+  for (const char* size : {"640x480", "720x480", "720x576", "1280x720", "1680x720", "1920x1080",
+                           "2560x1080", "3840x2160", "4096x2160", "5120x2160", "7680x4320"}) {
+    for (const int rate : {24, 25, 30, 48, 50, 60, 100, 120, 200, 240}) {
+      for (const char* scan : {"p", "i"}) {
+        const std::string name = size + (scan + std::to_string(rate));
+        if (!simhal::Apply("plug 0 " + name).empty()) continue;
+        const K2V_HDMI_TIMING_T timing = TimingOf(0);
+        if (timing.format == 0) continue;
+        ++standard;
+        const bool isInterlaced = *scan == 'i';
+        EXPECT_EQ(timing.scanType,
+                  isInterlaced ? K2V_HDMI_SCAN_INTERLACED : K2V_HDMI_SCAN_PROGRESSIVE);
+        EXPECT_EQ(timing.vFreq, rate * 100) << name;
+        const int64_t hertz =
+            int64_t{timing.hTotal} * timing.vTotal * rate / (isInterlaced ? 2 : 1);
+        EXPECT_NE(std::ranges::find(kClocks, (hertz + 500) / 1000), std::end(kClocks))
+            << name << ' ' << hertz;
+        EXPECT_LT(timing.hPorch, timing.hTotal - timing.active.w) << name;
+        EXPECT_LT(timing.vPorch, timing.vTotal - timing.active.h) << name;
+      }
+    }
+  }
+  EXPECT_GT(standard, 30);
 }
 
 TEST(Signal, NeedsCableSourceAndHotPlug) {

@@ -241,6 +241,10 @@ TEST(Hdcp2, KeysStayThoseOfTheBoard) {
                          std::begin(after.receiverId)));
   EXPECT_EQ(after.nVersion, 2);
   EXPECT_NE(simhal::Apply("hdcp2 0 broken").find("wrong-h"), std::string::npos);
+  for (const char* range : {"0 0", "127 7"})
+    EXPECT_EQ(simhal::Apply(std::string("hdcp2 0 downstream ") + range), "");
+  for (const char* beyond : {"128 1", "1 8", "-1 1", "1"})
+    EXPECT_NE(simhal::Apply(std::string("hdcp2 0 downstream ") + beyond), "") << beyond;
 }
 
 }  // namespace

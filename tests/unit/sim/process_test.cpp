@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -83,6 +84,32 @@ TEST_F(Processes, FindTheBoardAsTheOneBeforeLeftIt) {
 TEST_F(Processes, ServeTheRegisterFileWhereTheBoardHasOne) {
   const std::string path = board_ + "/register";
   EXPECT_EQ(Run("CVNSIM_REGISTER=" + path + " " SIM_CLIENT " h-init; test -p " + path).status, 0);
+}
+
+TEST_F(Processes, TheRegisterFileOfARunningProgramStays) {
+  const std::string path = board_ + "/register";
+  const std::string client = "CVNSIM_REGISTER=" + path + " " SIM_CLIENT " ";
+  FILE* first = popen((client + "h-init wait >/dev/null").c_str(), "w");
+  struct stat before {
+  }, after{};
+  while (stat(path.c_str(), &before) != 0) std::this_thread::yield();
+  EXPECT_EQ(Run(client + "signal").status, 0);
+  EXPECT_EQ(stat(path.c_str(), &after), 0);
+  EXPECT_EQ(after.st_ino, before.st_ino);
+  pclose(first);
+}
+
+TEST_F(Processes, AProcessIsLeftBehindWhereThatIsOrdered) {
+  Write("other", "misbehave K2V_RHAL_VFE_HDMI_Initialize leave-child\n");
+  setenv("CVNSIM_SCENARIO", (board_ + "/other").c_str(), 1);
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  EXPECT_EQ(Client("h-init").output, "0\n");
+  std::ifstream children("/proc/self/task/" + std::to_string(getpid()) + "/children");
+  pid_t left = 0;
+  children >> left;
+  ASSERT_GT(left, 0) << "nobody is left";
+  EXPECT_EQ(kill(left, SIGKILL), 0);
+  EXPECT_EQ(waitpid(left, nullptr, 0), left);
 }
 
 TEST_F(Processes, ForkedChildrenShareTheAnonymousBoard) {
