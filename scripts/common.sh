@@ -3,14 +3,15 @@
 # Sourced. `source_dir` is the checkout.
 source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
 
-# Debian packages: what building and running the simulated board needs, what its panel needs beside
-# that, what shows runs (cvnreport), the tests, those of them that work a page in a browser, and what
-# reads the sources.
+# Debian packages: what building and running the simulated board needs, what its panel and the eyes need
+# beside that, what shows runs (cvnreport), the tests, those of them that work a page in a browser, and
+# what reads the sources.
 run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static
   ffmpeg libavformat-dev libavcodec-dev libswresample-dev)
 panel_packages=(libavfilter-dev libswscale-dev libmicrohttpd-dev fonts-dejavu-core)
+eyes_packages=("${panel_packages[@]}" libavdevice-dev)
 report_packages=(python3 python3-jinja2 python3-pil)
-test_packages=("${panel_packages[@]}" "${report_packages[@]}" clang libclang-rt-14-dev clang-format libgtest-dev
+test_packages=("${eyes_packages[@]}" "${report_packages[@]}" clang libclang-rt-14-dev clang-format libgtest-dev
   libbenchmark-dev shellcheck edid-decode openssl valgrind jq libxml2-utils perl
   python3-hypothesis python3-junitparser tidy poppler-utils)
 browser_packages=(chromium python3-websocket)

@@ -10,6 +10,7 @@
 namespace panel {
 namespace {
 
+using picture::Printed;
 using sim::Vpq;
 using enum sim::VpqValue;
 

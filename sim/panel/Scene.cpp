@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <optional>
 
-#include "Filter.h"
 #include "PictureQuality.h"
 #include "k2v/vbe.h"
 #include "vsc/Picture.h"

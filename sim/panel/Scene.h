@@ -6,9 +6,12 @@
 #include <variant>
 #include <vector>
 
+#include "Filter.h"
 #include "core/Board.h"
 
 namespace panel {
+
+using namespace picture;
 
 // The panel is looked at with every fourth pixel of every fourth line, as the board's own capture
 // does it.

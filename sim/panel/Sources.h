@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 
-#include "Filter.h"
 #include "Scene.h"
 
 namespace panel {

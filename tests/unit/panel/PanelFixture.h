@@ -46,7 +46,7 @@ class PanelFixture : public testing::Test {
 
   /// Looks at the panel at a time of the board's.
   void LookAt(int64_t ms) {
-    view_ = panel::Converted(panel_.Look(*sim::BoardLock(), ms), AV_PIX_FMT_RGB24);
+    view_ = picture::Converted(panel_.Look(*sim::BoardLock(), ms), AV_PIX_FMT_RGB24);
   }
 
   /// The colour that is seen now at a place of the 960x540 pixels that are looked at.
@@ -64,7 +64,7 @@ class PanelFixture : public testing::Test {
   panel::Panel panel_;
 
  private:
-  panel::Picture view_;
+  picture::Picture view_;
 };
 
 /// Each component is within `tolerance` of the expected one.

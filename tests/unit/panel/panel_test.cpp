@@ -103,7 +103,7 @@ TEST_F(PanelView, AMovingPictureMovesUntilItIsFrozen) {
   Do("picture 0 box");
   const auto picture = [this](int64_t ms) {
     const AVFrame& view = panel_.Look(*sim::BoardLock(), ms);
-    return panel::ToPng(view);
+    return picture::ToPng(view);
   };
   const auto atOnce = picture(100'000);
   EXPECT_NE(atOnce, picture(100'017));
@@ -216,10 +216,10 @@ TEST(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
   sim::PowerOn();
   panel::Panel panel;
   const auto middle = [&panel] {
-    return PixelOf(*panel::Converted(panel.Look(), AV_PIX_FMT_RGB24), 480, 270);
+    return PixelOf(*picture::Converted(panel.Look(), AV_PIX_FMT_RGB24), 480, 270);
   };
-  const panel::Picture green =
-      panel::Converted(*panel::Generate("color=0x00ff00:s=64x36,format=gbrp"), AV_PIX_FMT_YUV420P);
+  const picture::Picture green =
+      picture::Converted(*picture::Generate("color=0x00ff00:s=64x36,format=gbrp"), AV_PIX_FMT_YUV420P);
   EXPECT_EQ(middle(), kBlack);
   {
     player::Screen screen;
@@ -270,7 +270,7 @@ class Camera : public testing::Test {
                           " && export CVNSIM_STATE=$PWD/state CVNSIM_TRACE=$PWD/trace; " + command);
   }
   Rgb Pixel(const std::string& file, int x, int y) const {
-    return PixelOf(*panel::FromFile(directory_ / file), x, y);
+    return PixelOf(*picture::FromFile(directory_ / file), x, y);
   }
 
   std::filesystem::path directory_;

@@ -181,7 +181,7 @@ TEST_F(Quality, SharpnessIsSeenAtEdges) {
 TEST_F(Quality, NoiseOfTheSourceIsSeenAndMoves) {
   Connect();
   Do("noise 128");
-  const auto look = [this] { return panel::ToPng(panel_.Look(*sim::BoardLock(), 1000)); };
+  const auto look = [this] { return picture::ToPng(panel_.Look(*sim::BoardLock(), 1000)); };
   const auto noisy = look();
   EXPECT_NE(noisy, look());
   Do("noise 0");

@@ -11,7 +11,7 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
-namespace panel {
+namespace picture {
 namespace {
 
 using Codec = std::unique_ptr<AVCodecContext, Deleter<AVCodecContext, avcodec_free_context>>;
@@ -106,4 +106,4 @@ Bytes FileBytes(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-}  // namespace panel
+}  // namespace picture

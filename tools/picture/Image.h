@@ -11,7 +11,7 @@ extern "C" {
 #include <libavutil/pixfmt.h>
 }
 
-namespace panel {
+namespace picture {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -32,4 +32,4 @@ Bytes ToY4m(const AVFrame& picture);
 /// The whole of a file. Throws std::runtime_error.
 Bytes FileBytes(const std::string& path);
 
-}  // namespace panel
+}  // namespace picture

@@ -12,7 +12,7 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
-namespace panel {
+namespace picture {
 
 /// A pointer that is freed by one of the library's functions, which take its address.
 template <typename T, void (*Free)(T**)>
@@ -70,4 +70,4 @@ Picture Generate(const std::string& text);
 /// Turns one picture into another.
 Picture Filtered(const AVFrame& picture, const std::string& text);
 
-}  // namespace panel
+}  // namespace picture

@@ -12,7 +12,7 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
-namespace panel {
+namespace picture {
 namespace {
 
 constexpr int kTicksScale = 1000;  // rates have up to three digits behind the point
@@ -120,4 +120,4 @@ Picture Filtered(const AVFrame& picture, const std::string& text) {
   return Graph("[in0]" + text + "[out]", inputs).Run(inputs, 0);
 }
 
-}  // namespace panel
+}  // namespace picture

@@ -1,0 +1,119 @@
+// How often the eyes take a wrong picture for a right one, and the other way round; and how long a
+// judgement takes.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Captures.h"
+#include "Comparison.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+namespace {
+
+using captures::BadCapture;
+using captures::Captured;
+using captures::Shown;
+using eyes::Likeness;
+using eyes::Rig;
+
+constexpr char kUsage[] = "usage: bench_eyes [DEFECTS GOOD]\n";
+
+struct Row {
+  int pictures = 0;
+  int alike = 0;
+  double leastColor = 1e9, mostColor = 0;
+  double leastStructure = 1e9, mostStructure = 0;
+};
+
+/// Pictures of a scene are made once.
+const eyes::Pixels& Kept(const std::string& filters) {
+  static std::map<std::string, eyes::Pixels> kept;
+  const auto [entry, isNew] = kept.try_emplace(filters);
+  if (isNew) entry->second = Shown(filters);
+  return entry->second;
+}
+
+struct Bench {
+  std::map<std::string, Row> rows;
+  std::vector<double> milliseconds;
+
+  void Judge(const std::string& kind, const std::string& what, const eyes::Pixels& reference,
+             const eyes::Pixels& capture, const Rig* rig, const BadCapture& bad, bool shouldPass) {
+    const auto start = std::chrono::steady_clock::now();
+    const Likeness likeness = Compare(reference, capture, {}, rig != nullptr ? *rig : Rig{},
+                                      rig != nullptr ? eyes::kCalibratedRig : eyes::kUnknownRig);
+    milliseconds.push_back(
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+            .count());
+    Row& row = rows[kind];
+    ++row.pictures;
+    row.alike += likeness.IsAlike();
+    row.leastColor = std::min(row.leastColor, likeness.color);
+    row.mostColor = std::max(row.mostColor, likeness.color);
+    row.leastStructure = std::min(row.leastStructure, likeness.structure);
+    row.mostStructure = std::max(row.mostStructure, likeness.structure);
+    if (likeness.IsAlike() == shouldPass) return;
+    std::printf("%s %s: color %.1f structure %.1f shift %.2f patches %zu %s; capture %s\n",
+                kind.c_str(), what.c_str(), likeness.color, likeness.structure, likeness.shift,
+                likeness.patches, eyes::Text(likeness.rig).c_str(), bad.Text().c_str());
+  }
+};
+
+/// The rig of a capture, measured as before a run.
+Rig Measured(const BadCapture& capture, Bench& bench) {
+  const eyes::Pixels& shown = Kept(captures::Scenes().front().filters);
+  const auto rig = Calibrate(shown, Captured(shown, capture));
+  Row& row = bench.rows["(calibrations)"];
+  ++row.pictures;
+  row.alike += rig.has_value();
+  if (!rig) std::printf("no calibration: %s\n", capture.Text().c_str());
+  return rig.value_or(Rig{});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 1 && argc != 3) {
+    std::fputs(kUsage, stderr);
+    return EXIT_FAILURE;
+  }
+  const int defects = argc == 3 ? std::atoi(argv[1]) : 200;
+  const int good = argc == 3 ? std::atoi(argv[2]) : 500;
+  av_log_set_level(AV_LOG_ERROR);
+  Bench bench;
+  std::mt19937 random(18);
+  for (const captures::Defect& defect : captures::Defects(static_cast<size_t>(defects))) {
+    const BadCapture capture = captures::Draw(random);
+    const Rig rig = Measured(capture, bench);
+    bench.Judge(defect.kind, defect.shown, Kept(defect.shown), Captured(Kept(defect.seen), capture),
+                &rig, capture, false);
+  }
+  for (int i = 0; i < good; ++i) {
+    const auto& scene = captures::Scenes()[static_cast<size_t>(i) % captures::Scenes().size()];
+    const BadCapture capture = captures::Draw(random);
+    const Rig rig = Measured(capture, bench);
+    const eyes::Pixels seen = Captured(Kept(scene.filters), capture);
+    bench.Judge("good, calibrated", scene.name, Kept(scene.filters), seen, &rig, capture, true);
+    bench.Judge("good, not calibrated", scene.name, Kept(scene.filters), seen, nullptr, capture,
+                true);
+  }
+  std::printf("\n%-28s %8s %6s %6s %16s %16s\n", "", "pictures", "yes", "no", "color", "structure");
+  for (const auto& [kind, row] : bench.rows) {
+    std::printf("%-28s %8d %6d %6d %7.1f .. %5.1f %7.1f .. %5.1f\n", kind.c_str(), row.pictures,
+                row.alike, row.pictures - row.alike, row.leastColor, row.mostColor,
+                row.leastStructure, row.mostStructure);
+  }
+  std::ranges::sort(bench.milliseconds);
+  std::printf("\na judgement: %.1f ms in the middle, %.1f ms at most of %zu\n",
+              bench.milliseconds[bench.milliseconds.size() / 2], bench.milliseconds.back(),
+              bench.milliseconds.size());
+  return EXIT_SUCCESS;
+}

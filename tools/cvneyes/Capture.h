@@ -1,0 +1,22 @@
+// Pictures from a camera, a capture card, a stream, a file, a command or the HAL.
+#pragma once
+
+#include <string>
+
+#include "Judgement.h"
+
+namespace eyes {
+
+/// Takes pictures from where the rules say, in their size and number. `from` is
+///   command:COMMAND   a shell command's standard output, such as a Y4M stream
+///   v4l2:/dev/videoN  a Video4Linux device
+///   hal               the board's own capture, 960x540
+///   -                 standard input
+///   anything else     a file or an address that ffmpeg's libraries read
+/// Throws UseError where no picture is to be had, or a damaged one.
+Captures Capture(const std::string& from, const RulesFile& rules);
+
+/// One picture of a file in its own size. Throws UseError.
+Pixels PictureOf(const std::string& path);
+
+}  // namespace eyes
