@@ -61,6 +61,11 @@ std::string SetEyesAlways(Options& options, const std::string&) {
   return "";
 }
 
+std::string SetEyesBefore(Options& options, const std::string&) {
+  options.eyes.before = true;
+  return "";
+}
+
 template <bool Options::*member>
 std::string SetFlag(Options& options, const std::string&) {
   options.*member = true;
@@ -196,6 +201,8 @@ constexpr Row kRows[] = {
      "yes, 1 no, anything else blocks the test"},
     {nullptr, "--eyes-always", Takes::kNothing, "", kRunOnly, SetEyesAlways,
      "the command also looks at the end of every test that judges itself"},
+    {nullptr, "--eyes-before", Takes::kNothing, "", kRunOnly, SetEyesBefore,
+     "the command also looks before every test, for what is to be compared with that"},
     {nullptr, "--eyes-timeout", Takes::kOne, "SECONDS", kRunOnly, SetEyesSeconds,
      "limit of one look (30); 0 is none"},
     {nullptr, "--manual-play", Takes::kNothing, "", Bit(Mode::kInteractive) | kRunOnly,
@@ -348,6 +355,7 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
     return "--manual-play needs an operator or --answers, and --no-operator leaves out such tests";
   if (!options.shardTimes.empty() && options.shard.of == 1) return "--shard-times needs --shard";
   if (options.eyes.always && options.eyes.command.empty()) return "--eyes-always needs --eyes";
+  if (options.eyes.before && options.eyes.command.empty()) return "--eyes-before needs --eyes";
   if (std::ranges::count(options.outputs, "-") + (options.events == "-") + (options.strip == "-") >
       1)
     return "only one kind of result can go to standard output";

@@ -17,6 +17,7 @@ struct Limits {
 struct EyesSettings {
   std::string command;   // for the shell
   bool always = false;   // at the end of tests that judge themselves, too
+  bool before = false;   // before every test, to compare with afterwards
   double limitS = 30;    // of one look; 0 is none
   std::string evidence;  // directory for what the command leaves
 };

@@ -62,6 +62,7 @@ TestSession::TestSession(const TestEntry& entry, const std::vector<AnswerRule>& 
 
 Outcome TestSession::Run(bool (*interrupted)()) {
   interrupted_ = interrupted;
+  if (eyes_.before) LookBefore();
   const std::string error = test_.Start([this] { return RunTest(*entry_.test, key_); });
   if (!error.empty()) {
     outcome_.message = error;
@@ -143,6 +144,13 @@ Sight TestSession::LookAt(std::string_view question) {
   start_ += Clock::now() - before;
   Tell(std::string("[").append(sight.Text()).append("]\n"));
   return sight;
+}
+
+/// What the command sees before the test is for its own use; its status decides nothing.
+void TestSession::LookBefore() {
+  LookAt("before the test");
+  looked_ = false;
+  start_ = lastOutput_ = Clock::now();
 }
 
 void TestSession::AskEyes() {

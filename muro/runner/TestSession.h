@@ -53,6 +53,7 @@ class TestSession {
   void Attached(const std::string& name, const std::string& part);
   void Waiting(console::Input kind);
   void Answer(const std::string& keys);
+  void LookBefore();
   void AskEyes();
   void LookAtTheEnd();
   Sight LookAt(std::string_view question);

@@ -11,8 +11,11 @@ namespace panel {
 namespace {
 
 constexpr int kPanelPerView = sim::kPanel.w / kViewWidth;
-constexpr int kShift = 4;  // of the picture against burn-in, in pixels of the view
+constexpr int kShift = 4;       // of the picture against burn-in, in pixels of the view
+constexpr int kFaultyStep = 2;  // of a window in the wrong place, in pixels of the view
 constexpr sim::Color kBlack = {0, 0, 0};
+
+using sim::PanelFault;
 
 constexpr K2V_VSC_INPUT_TYPE kPlayback = 5;  // as the menus count it; it is the decoder, too
 constexpr sim::Picture kPlayersPicture = {1920, 1080,  K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR,
@@ -42,7 +45,9 @@ std::string CropFilter(const K2V_VIDEO_RECT_T& part, const sim::Picture& whole) 
 }
 
 /// Half of the window goes without the picture quality while a demonstration is on.
-std::string PictureFilters(const sim::Vpq& vpq) {
+std::string PictureFilters(const sim::Board& board) {
+  const sim::Vpq& vpq = board.vpq;
+  if (board.display.Has(PanelFault::kSettings)) return "";
   std::string filters = QualityFilters(vpq, Stage::kPicture);
   const Demo demo = DemoOf(vpq);
   if (filters.empty() || !demo.on) return filters;
@@ -139,10 +144,12 @@ void AddWindow(Builder& builder, const sim::Board& board, unsigned wid, bool isP
   if (!window.connected && !window.blank && !plays) return;
   const K2V_VIDEO_RECT_T rect = sim::PlaceOf(board, wid);
   if (sim::IsEmpty(rect)) return;
-  const Place place = InView(rect);
+  Place place = InView(rect);
+  if (board.display.Has(PanelFault::kWindow)) place.x += kFaultyStep;
   const sim::Picture picture = plays ? kPlayersPicture : sim::ShownPicture(board, window);
   if (window.blank) {
     const auto [red, green, blue] = sim::BlankColor(window);
+    if (board.display.Has(PanelFault::kBlank)) return builder.AddPlain({blue, red, 96}, place);
     return builder.AddPlain({red, green, blue}, place);
   }
   if (picture.width == 0 || picture.muted) return builder.AddPlain(kBlack, place);
@@ -150,7 +157,7 @@ void AddWindow(Builder& builder, const sim::Board& board, unsigned wid, bool isP
   if (!plays) AddWritten(builder, name, window, wid, picture);
   const K2V_VIDEO_RECT_T part =
       window.connected ? sim::InputOf(window, picture) : sim::ActiveArea(picture);
-  builder.AddPicture(name, CropFilter(part, picture), place, PictureFilters(board.vpq));
+  builder.AddPicture(name, CropFilter(part, picture), place, PictureFilters(board));
 }
 
 // The 3D formatter.
@@ -224,6 +231,7 @@ std::string ShiftFilters(Offset by, sim::Color border) {
 }
 
 void AddMirror(Builder& builder, const sim::Display& display) {
+  if (display.Has(PanelFault::kMirror)) return;
   if (display.mirrorHorizontal) builder.Apply("hflip");
   if (display.mirrorVertical) builder.Apply("vflip");
 }
@@ -243,6 +251,14 @@ void AddOsd(Builder& builder, const sim::Board& board) {
   }
   if (board.linkedGraphics.initialized && board.linkedGraphics.on)
     builder.Apply(PlaneFilters("OSD behind the link", {kViewWidth - 340, 90, 320, 60}));
+}
+
+/// What is wrong with all that the panel shows.
+void AddFaults(Builder& builder, const sim::Display& display) {
+  if (display.Has(PanelFault::kChannels)) builder.Apply("shuffleplanes=1:0:2:3");
+  if (display.Has(PanelFault::kRange))
+    builder.Apply("lutrgb=r=16+val*219/255:g=16+val*219/255:b=16+val*219/255");
+  if (display.Has(PanelFault::kLines)) builder.Apply("drawgrid=w=0:h=108:t=1:color=black");
 }
 
 bool IsDark(const sim::Display& display) {
@@ -274,7 +290,8 @@ Scene SceneOf(const sim::Board& board, int64_t nowMs, bool isPlaying) {
     builder.Apply(ShiftFilters(ShiftOf(display, nowMs), display.borderColor));
   }
   AddOsd(builder, board);
-  builder.Apply(QualityFilters(board.vpq, Stage::kPanel));
+  if (!display.Has(PanelFault::kSettings)) builder.Apply(QualityFilters(board.vpq, Stage::kPanel));
+  AddFaults(builder, display);
   return builder.Finish(board.vpq.noiseLevel != 0);
 }
 

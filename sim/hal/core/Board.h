@@ -188,6 +188,9 @@ struct Color {
 
 constexpr unsigned kTransmitterCount = 2;
 
+/// What can be wrong on the panel, whatever the HAL is told.
+enum class PanelFault : uint8_t { kBlank, kMirror, kWindow, kSettings, kChannels, kRange, kLines };
+
 /// Panel, timing controller and HDMI transmitter.
 struct Display {
   bool initialized;
@@ -211,6 +214,9 @@ struct Display {
   K2V_VBE_PANEL_INFO_T panel;
   K2V_VBE_PANEL_ATTRIBUTE_T attribute;
   bool transmitterUnplugged[kTransmitterCount];
+  uint8_t faults;  // a bit for each PanelFault
+
+  bool Has(PanelFault fault) const { return (faults >> static_cast<unsigned>(fault) & 1) != 0; }
 };
 
 struct Formatter3d {

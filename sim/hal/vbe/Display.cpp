@@ -198,6 +198,35 @@ void DescribeColor(const char* name, const Color& color, std::ostream& out) {
   out << ", " << name << ' ' << +color.red << ',' << +color.green << ',' << +color.blue;
 }
 
+constexpr struct {
+  const char* name;
+  PanelFault fault;
+} kFaults[] = {{"blank", PanelFault::kBlank},       {"mirror", PanelFault::kMirror},
+               {"window", PanelFault::kWindow},     {"settings", PanelFault::kSettings},
+               {"channels", PanelFault::kChannels}, {"range", PanelFault::kRange},
+               {"lines", PanelFault::kLines}};
+
+Action ParseFault(const Words& words) {
+  std::string names = "none";
+  for (const auto& [name, fault] : kFaults) {
+    names.append(", ").append(name);
+    if (words[0] == name) {
+      const auto bit = static_cast<uint8_t>(1U << static_cast<unsigned>(fault));
+      return [bit](Board& board) { board.display.faults |= bit; };
+    }
+  }
+  if (words[0] != "none") Refuse(words[0], "is no fault of the panel", names);
+  return [](Board& board) { board.display.faults = 0; };
+}
+
+constexpr Command kCommands[] = {
+    {"panel-fault", "FAULT or panel-fault none",
+     "the panel shows something wrong: blank (another colour), mirror (none), window (2 pixels of\n"
+     "      the view aside), settings (of the picture quality are ignored), channels (swapped),\n"
+     "      range (limited), lines (five are black)",
+     1, 1, ParseFault},
+};
+
 void Describe(const Board& board, std::ostream& out) {
   const Display& display = board.display;
   out << "display: " << (display.initialized ? "initialised" : "not initialised");
@@ -212,12 +241,15 @@ void Describe(const Board& board, std::ostream& out) {
     DescribeColor("border", display.borderColor, out);
     if (display.background) DescribeColor("background", display.backgroundColor, out);
   }
+  for (const auto& [name, fault] : kFaults) {
+    if (display.Has(fault)) out << ", fault " << name;
+  }
   out << '\n';
 }
 
 }  // namespace
 
-constinit const Area kDisplayArea = {{}, Describe};
+constinit const Area kDisplayArea = {kCommands, Describe};
 
 }  // namespace sim
 

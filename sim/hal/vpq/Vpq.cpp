@@ -187,7 +187,24 @@ Action ParseLevel(const Words& words) {
   return [=](Board& board) { board.vpq.*level = value; };
 }
 
+/// Settings are neutral again; what the source brings and what is started stays.
+Action ParseNeutral(const Words&) {
+  return [](Board& board) {
+    Vpq& vpq = board.vpq;
+    const Vpq before = vpq;
+    std::memset(&vpq, 0, sizeof(vpq));
+    vpq.initialized = before.initialized;
+    vpq.open = before.open;
+    vpq.extensionInitialized = before.extensionInitialized;
+    vpq.extensionOpen = before.extensionOpen;
+    vpq.panelTables = before.panelTables;
+    vpq.noiseLevel = before.noiseLevel;
+    vpq.motionLevel = before.motionLevel;
+  };
+}
+
 constexpr Command kCommands[] = {
+    {"neutral", "", "all settings of the picture quality are as at power-on", 0, 0, ParseNeutral},
     {"noise", "LEVEL", "noise of the shown source, 0 to 255", 1, 1, ParseLevel<&Vpq::noiseLevel>},
     {"motion", "LEVEL", "motion of the shown source, 0 to 255", 1, 1,
      ParseLevel<&Vpq::motionLevel>},

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <ostream>
 
 #include "core/Areas.h"
@@ -254,6 +255,42 @@ void Describe(const Board& board, std::ostream& out) {
   }
 }
 
+/// Receiver and scaler as they are at power-on.
+void BringDown(Board& board) {
+  board.hdmi.initialized = board.hdmi.open = false;
+  for (HdmiPort& port : board.hdmi.ports) {
+    port.connected = false;
+    port.hotPlug = HotPlug::kIdle;
+    port.lock = {};
+  }
+  std::memset(&board.scaler, 0, sizeof(board.scaler));  // a plain one would not fit on the stack
+}
+
+/// What the set's own software does to show a port on the whole panel.
+void BringUp(Board& board, unsigned port) {
+  board.hdmi.initialized = board.hdmi.open = true;
+  board.hdmi.ports[port].connected = true;
+  board.hdmi.ports[port].hotPlug = HotPlug::kRaised;
+  Initialize(board);
+  Open(board, K2V_VIDEO_WID_0);
+  Connect(board, K2V_VIDEO_WID_0, {K2V_VSC_INPUTSRC_HDMI, 0, K2V_VSC_OUTPUT_DISPLAY_MODE});
+}
+
+Action ParseShow(const Words& words) {
+  if (words[0] == "none") return BringDown;
+  const auto port = static_cast<unsigned>(ParseNumber(words[0], "port", 0, kPortCount - 1));
+  return [port](Board& board) {
+    BringDown(board);
+    BringUp(board, port);
+  };
+}
+
+constexpr Command kCommands[] = {
+    {"show", "PORT or show none",
+     "the set's own software has the port on the whole panel, or neither receiver nor scaler is up",
+     1, 1, ParseShow},
+};
+
 // The packed pixels of a rectangle, as the trace shows them.
 Buffer<K2V_VIDEO_PIXEL_T> PixelsOf(const K2V_VIDEO_RECT_T* rect, K2V_VIDEO_PIXEL_T* pixels) {
   return {pixels, rect == nullptr ? 0 : size_t{rect->w} * rect->h};
@@ -261,7 +298,7 @@ Buffer<K2V_VIDEO_PIXEL_T> PixelsOf(const K2V_VIDEO_RECT_T* rect, K2V_VIDEO_PIXEL
 
 }  // namespace
 
-constinit const Area kScalerArea = {{}, Describe};
+constinit const Area kScalerArea = {kCommands, Describe};
 
 }  // namespace sim
 

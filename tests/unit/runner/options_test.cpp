@@ -35,6 +35,7 @@ TEST(OptionsTest, WrongCommandLinesAreRefusedWithWhatIsWrong) {
       {"--run A --tap - --lava -", "only one kind of result can go to standard output"},
       {"--verify 101 --dump d --golden g --tap - --strip -", "only one kind of result can go"},
       {"--run A --eyes-always", "--eyes-always needs --eyes"},
+      {"--run A --eyes-before", "--eyes-before needs --eyes"},
       {"--verify 101 --dump d", "--verify needs --dump and --golden"},
       {"--run A --trace t", "--trace needs --results"},
       {"--run A --shard 0/2", "--shard: invalid shard '0/2': expected I/N"},

@@ -223,6 +223,26 @@ TEST(SessionTest, EyesJudgeInPlaceOfTheAnswersAndWhatTheyCannotTellNeverPasses) 
   }
 }
 
+TEST(SessionTest, EyesLookBeforeTheTestAndFindAgainWhatTheyKeptThen) {
+  ST_THAL_TEST_CASE_T record{1, "name", "description", [](char*) { return 0; }, true};
+  TestCase test(&record);
+  const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
+  const std::vector<AnswerRule> none;
+  const std::string look =
+      "if [ \"$CVN_QUESTION\" = 'before the test' ]; then echo seen >\"$CVN_EVIDENCE/kept\"; exit "
+      "1; fi;"
+      "cat \"$CVN_EVIDENCE/kept\"";
+  runner::TestSession session(entry, none, {}, [](std::string_view) {},
+                              {.command = look,
+                               .always = true,
+                               .before = true,
+                               .limitS = 10,
+                               .evidence = testing::TempDir() + "evidence"});
+  const Outcome outcome = session.Run([] { return false; });
+  EXPECT_EQ(outcome.verdict, Verdict::kPass);
+  EXPECT_EQ(outcome.message, "eyes: yes, seen");
+}
+
 TEST(SessionTest, KeysAreTypedWhereKeysAreRead) {
   const auto keys = [](char*) {
     std::fputs("press", stdout);
