@@ -6,7 +6,7 @@ board_dirs=(
   data home media mnt nvram/data system/bin tmp/var/log var
   vendor/{corvana,cvn_rootfs/{bin,usr/bin}} dev/block sys/crt proc/{.real,cvngdma,sys/vm} etc run
   usr/{bin,sbin,lib,lib32,lib64}
-  opt/cvntester/{bin,lib,standins,www} sim/{log,tftp,usb/stick}
+  opt/cvntester/{bin,lib,standins,www,eyes} sim/{log,tftp,usb/stick}
 )
 # What lies in memory on a board, so that no power-on finds it again.
 volatile_files=(

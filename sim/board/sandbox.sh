@@ -70,6 +70,7 @@ BwrapArguments() {
     --ro-bind "$here/standins" /opt/cvntester/standins
     --ro-bind "$here/power-up" /opt/cvntester/power-up
     --ro-bind-try "$build/media/www" /opt/cvntester/www
+    --ro-bind-try "$build/eyes" /opt/cvntester/eyes
   )
   for name in bin sbin lib lib32 lib64 libx32; do
     [[ -L /$name || ! -d /$name ]] || bwrap_args+=(--ro-bind "/$name" "/$name")

@@ -19,7 +19,7 @@ struct Likeness {
   bool IsAlike() const;
 };
 
-constexpr double kMostColor = 11;
+constexpr double kMostColor = 10;
 constexpr double kMostStructure = 22;
 constexpr size_t kFewestPatches = 20;
 

@@ -18,7 +18,9 @@ constexpr double RigBounds::*kBounds[] = {&RigBounds::gain, &RigBounds::gamma, &
                                           &RigBounds::hue};
 
 constexpr size_t kMostPatches = 700;  // more say the same
-constexpr int kRounds = 6;
+constexpr int kRounds = 8;
+constexpr int kHalves = 4;          // of a step that leads away
+constexpr double kEnough = 0.9999;  // a step that improves less ends the search
 constexpr double kOutlier = 12;  // levels; beyond that a patch is wrong rather than seen otherwise
 
 void KeepWithin(Rig& rig, const Rig& center, const RigBounds& bounds) {
@@ -27,6 +29,12 @@ void KeepWithin(Rig& rig, const Rig& center, const RigBounds& bounds) {
     const double middle = center.*kMembers[i], reach = bounds.*kBounds[i];
     number = std::clamp(number, middle - reach, middle + reach);
   }
+}
+
+Rig Between(const Rig& a, const Rig& b) {
+  Rig middle = a;
+  for (const auto member : kMembers) middle.*member = (a.*member + b.*member) / 2;
+  return middle;
 }
 
 /// Solves a * x = b for a symmetric matrix with a strong diagonal.
@@ -43,6 +51,20 @@ Numbers Solve(Matrix a, Numbers b) {
     b[i] /= a[i][i];
   }
   return b;
+}
+
+/// How badly the patches agree with a rig.
+double MissOf(std::span<const Patch> patches, size_t stride, const Rig& rig) {
+  const RigColors colors(rig);
+  double sum = 0;
+  for (size_t at = 0; at < patches.size(); at += stride) {
+    const Rgb expected = colors.Seen(patches[at].shown, patches[at].distance);
+    for (size_t plane = 0; plane < expected.size(); ++plane) {
+      const double miss = std::abs(patches[at].seen[plane] - expected[plane]);
+      sum += miss < kOutlier ? miss * miss : kOutlier * (2 * miss - kOutlier);
+    }
+  }
+  return sum;
 }
 
 /// One step towards the rig with which the patches agree best (Gauss and Newton).
@@ -152,9 +174,19 @@ Rgb RigColors::Seen(const Rgb& shown, double distance) const {
 Rig FitColors(std::span<const Patch> patches, const Rig& rig, const RigBounds& bounds) {
   const size_t stride = std::max<size_t>(1, patches.size() / kMostPatches);
   Rig fitted = rig;
+  double miss = MissOf(patches, stride, fitted);
   for (int round = 0; round < kRounds && !patches.empty(); ++round) {
-    fitted = Step(patches, stride, fitted);
-    KeepWithin(fitted, rig, bounds);
+    Rig next = Step(patches, stride, fitted);
+    KeepWithin(next, rig, bounds);
+    // Where levels are clipped a whole step can lead away.
+    double nextMiss = MissOf(patches, stride, next);
+    for (int half = 0; half < kHalves && nextMiss > miss; ++half) {
+      next = Between(fitted, next);
+      nextMiss = MissOf(patches, stride, next);
+    }
+    if (nextMiss >= miss * kEnough) break;
+    fitted = next;
+    miss = nextMiss;
   }
   return fitted;
 }

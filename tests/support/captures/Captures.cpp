@@ -78,7 +78,8 @@ void AddWindows(std::vector<Defect>& defects) {
   } kWindows[] = {
       {"smpte", kBlack, 100, 60, 640, 360},    {"chart", kBlue, 240, 135, 480, 270},
       {"bars", "{ramp}", 620, 300, 240, 135},  {"ramp", kGray, 40, 40, 320, 180},
-      {"checks", "{bars}", 500, 40, 400, 225},
+      {"checks", "{bars}", 500, 40, 400, 225}, {"chart", kBlack, 0, 0, 480, 270},
+      {"smpte", "{ramp}", 480, 270, 480, 270}, {"bars", kBlue, 300, 100, 360, 300},
   };
   const int kOff[][2] = {{2, 0}, {-2, 0}, {0, 2}, {0, -2}};
   for (const auto& window : kWindows) {
@@ -165,6 +166,17 @@ void AddSettings(std::vector<Defect>& defects) {
     for (const double tenths : {-5.0, -2.0, -1.0, 1.0, 2.0, 5.0}) {
       defects.push_back(
           {"brightness not applied", Brighter(source, tenths), std::string("{") + source + "}"});
+    }
+  }
+  // Colour at twice its strength, and at none, that stayed as it was.
+  for (const char* source : {"smpte", "chart"}) {
+    const std::string plain = std::string("{") + source + "}";
+    for (const char* setting :
+         {"hue=s=1.5", "hue=s=0", "hue=s=0.6", "hue=h=20", "hue=h=-12", "eq=contrast=1.2"}) {
+      defects.push_back({"colour setting not applied",
+                         plain + ",scale=out_range=full,format=yuv444p," + setting +
+                             ",scale=in_range=full,format=gbrp",
+                         plain});
     }
   }
   for (const char* source : {"bars", "smpte", "chart"}) {
