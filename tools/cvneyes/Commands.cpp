@@ -65,13 +65,9 @@ Options ParseOptions(const std::vector<std::string>& words) {
   return options;
 }
 
-/// The picture as a PNG file, at most 960 wide; whole or not at all.
-void WritePicture(const std::string& path, const Pixels& pixels) {
-  constexpr int kMostWidth = 960;
-  picture::Picture frame = ToFrame(pixels);
-  if (pixels.width > kMostWidth)
-    frame = picture::Filtered(*frame, picture::Printed("scale=%d:-1:flags=area", kMostWidth));
-  const picture::Bytes bytes = picture::ToPng(*frame);
+/// A PNG file that is there whole or not at all.
+void WritePicture(const std::string& path, const AVFrame& frame) {
+  const picture::Bytes bytes = picture::ToPng(frame);
   const std::string next = path + ".part";
   std::ofstream out(next, std::ios::binary);
   out.write(reinterpret_cast<const char*>(bytes.data()),
@@ -82,8 +78,14 @@ void WritePicture(const std::string& path, const Pixels& pixels) {
   if (!out || error) throw UseError(path + " cannot be written");
 }
 
+/// Keeps a picture as evidence, at most 960 wide.
 void KeepPicture(const Options& options, const char* name, const Pixels& pixels) {
-  if (!options.evidence.empty()) WritePicture((fs::path(options.evidence) / name).string(), pixels);
+  constexpr int kMostWidth = 960;
+  if (options.evidence.empty()) return;
+  picture::Picture frame = ToFrame(pixels);
+  if (pixels.width > kMostWidth)
+    frame = picture::Filtered(*frame, picture::Printed("scale=%d:-1:flags=area", kMostWidth));
+  WritePicture((fs::path(options.evidence) / name).string(), *frame);
 }
 
 Captures Take(const Options& options, const RulesFile& rules) {
@@ -194,7 +196,7 @@ Answer Learn(const Options& options, std::ostream& out) {
   const std::string name = FileNameOf(options.test);
   const Likeness itself = Compare(now, now, {}, {}, kUnknownRig);
   if (itself.patches < kFewestPatches) throw UseError("the picture has no even parts to judge by");
-  WritePicture(rules.PathOf(name), now);
+  WritePicture(rules.PathOf(name), *ToFrame(now));
   WriteNote(rules.PathOf(name + ".txt"), options, rules, captures);
   if (FindRule(rules, options.test, options.question) == nullptr) {
     std::ofstream file(options.names[0], std::ios::app);
@@ -245,8 +247,7 @@ Answer MakeReferences(const Options& options, std::ostream& out) {
     }
     try {
       const std::string file = name + ".png";
-      WritePicture((fs::path(options.names[1]) / file).string(),
-                   ToPixels(*picture::Generate(filters)));
+      WritePicture((fs::path(options.names[1]) / file).string(), *picture::Generate(filters));
     } catch (const std::runtime_error& error) {
       throw UseError(options.names[0] + ":" + std::to_string(number) + ": " + error.what());
     }
