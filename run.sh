@@ -19,7 +19,8 @@ $usage
                    print its address; installs what that needs
   --report         show the last run whose results are on the board as a page, nothing else: made
                    anew in the board's directory, opened where there is a desktop, else named
-  -- ARGUMENT...   the rest goes to cvntester
+  -- ARGUMENT...   the rest goes to cvntester; with --eyes among it, what looks at the simulated
+                   panel is installed and built, too
 TEXT
 }
 
@@ -81,11 +82,18 @@ if ((report)); then
   exit
 fi
 
+eyes=0
+for argument; do
+  [[ $argument != --eyes ]] || eyes=1
+done
+
 NeedPackages "${run_packages[@]}"
 ((!panel)) || NeedPackages "${panel_packages[@]}"
+((!eyes)) || NeedPackages "${eyes_packages[@]}"
 IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
-# A build from before the libraries were there has no panel.
+# A build from before the libraries were there has neither.
 ((!panel)) || [[ -x $here/build/release/bin/cvnpanel ]] || Configure release
+((!eyes)) || [[ -x $here/build/release/bin/cvneyes ]] || Configure release
 Build release simulated_board
 
 board_options=(--board "$board" --os "$os")

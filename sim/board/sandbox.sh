@@ -129,7 +129,7 @@ Probe_chroot() {
 CopyPrograms() {
   local program library
   cp -uL /bin/sh "$root/usr/bin/sh"
-  for program in cvntester cvnsim gst-cvn-test-1.0; do
+  for program in cvntester cvnsim cvnpanel cvneyes gst-cvn-test-1.0; do
     [[ ! -x $build/bin/$program ]] || cp -u "$build/bin/$program" "$root/opt/cvntester/bin"
   done
   for library in "$build"/lib/*.so; do
@@ -139,6 +139,7 @@ CopyPrograms() {
     grep -o '/[^ ]*' | grep -v -e ':$' -e '/opt/cvntester/' | sort -u |
     xargs -r -I{} cp -uL --parents {} "$root"
   cp -u --no-dereference "$here"/standins/* "$root/opt/cvntester/standins"
+  [[ ! -d $build/eyes ]] || cp -uT --recursive "$build/eyes" "$root/opt/cvntester/eyes"
 }
 
 # LinkApplets: busybox under all its names, but for those that stop the machine.

@@ -8,6 +8,7 @@
 #include "k2v/gal.h"
 #include "k2v/vbe.h"
 #include "k2v/vfe_vby1rx.h"
+#include "k2v/vpq.h"
 
 namespace {
 
@@ -53,6 +54,64 @@ TEST_F(PanelView, WindowsAreInTheirPlaces) {
   };
   for (const auto& place : kPlaces)
     EXPECT_EQ(Seen(place.x, place.y), place.color) << place.x << ',' << place.y;
+}
+
+TEST_F(PanelView, FaultsAreSeenUntilTheyAreTakenBack) {
+  Connect();
+  K2V_RHAL_VSC_SetOutputRegion(0, {400, 400, 1920, 1080});
+  K2V_RHAL_VBE_DISP_Initialize(kPanelInfo);
+  constexpr int kMirroredBar = 960 - 110;
+  const struct {
+    const char* fault;
+    void (*set)();
+    int x, y;
+    Rgb well, ill;
+  } kFaults[] = {
+      {"channels", [] {}, 310, 200, kGreen, kBlue},
+      {"range", [] {}, 110, 200, kWhite, {235, 235, 235}},
+      {"range", [] {}, 20, 20, kBlack, {16, 16, 16}},
+      {"lines", [] {}, 110, 216, kWhite, kBlack},
+      {"window", [] {}, 101, 200, kWhite, kBlack},
+      {"settings", [] { K2V_RHAL_VPQ_SetBrightness(0); }, 110, 200, {127, 127, 127}, kWhite},
+      {"mirror",
+       [] { K2V_RHAL_VBE_DISP_SetVideoMirror(1, 0); },
+       kMirroredBar,
+       200,
+       {127, 127, 127},
+       kBlack},
+      {"blank",
+       [] { K2V_RHAL_VSC_SetWinBlank(0, 1, K2V_VIDEO_DDI_WIN_COLOR_BLUE); },
+       kMirroredBar,
+       200,
+       kBlue,
+       {255, 0, 96}},
+  };
+  for (const auto& [fault, set, x, y, well, ill] : kFaults) {
+    set();
+    EXPECT_TRUE(IsNear(Seen(x, y), well)) << fault;
+    Do(std::string("panel-fault ") + fault);
+    EXPECT_TRUE(IsNear(Seen(x, y), ill)) << fault;
+    Do("panel-fault none");
+    EXPECT_TRUE(IsNear(Seen(x, y), well)) << fault;
+  }
+}
+
+TEST_F(PanelView, TheSetsOwnSoftwareShowsAPortWithNeutralSettings) {
+  Connect();
+  K2V_RHAL_VSC_SetInputRegion(0, {1200, 0, 240, 1080});
+  K2V_RHAL_VSC_SetWinFreeze(0, 1);
+  K2V_RHAL_VPQ_SetBrightness(0);
+  Do("plug 1 1280x720p60");
+  Do("picture 1 white");
+  Do("show 1");
+  EXPECT_TRUE(IsNear(Seen(900, 270), {127, 127, 127}));
+  Do("neutral");
+  EXPECT_EQ(Seen(900, 270), kWhite);
+  EXPECT_EQ(K2V_RHAL_VSC_Open(0), K2V_RHAL_ERR_ALREADY);
+  Do("show none");
+  EXPECT_EQ(Seen(900, 270), kBlack);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_Initialize(), 0);
+  EXPECT_EQ(K2V_RHAL_VSC_Open(0), K2V_RHAL_ERR_ORDER);
 }
 
 TEST_F(PanelView, AgreesWithTheBoardsOwnCapture) {
@@ -218,8 +277,8 @@ TEST(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
   const auto middle = [&panel] {
     return PixelOf(*picture::Converted(panel.Look(), AV_PIX_FMT_RGB24), 480, 270);
   };
-  const picture::Picture green =
-      picture::Converted(*picture::Generate("color=0x00ff00:s=64x36,format=gbrp"), AV_PIX_FMT_YUV420P);
+  const picture::Picture green = picture::Converted(
+      *picture::Generate("color=0x00ff00:s=64x36,format=gbrp"), AV_PIX_FMT_YUV420P);
   EXPECT_EQ(middle(), kBlack);
   {
     player::Screen screen;

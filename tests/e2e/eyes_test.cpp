@@ -1,0 +1,100 @@
+// The ready set: the simulated board's tests judged by picture, without anybody in front of it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "UnattendedFixture.h"
+
+namespace test {
+namespace {
+
+constexpr int kLimitMs = 200000;
+constexpr char kSources[] =
+    "plug 0 3840x2160p60 hdr\n"
+    "plug 1 1920x1080p60\n";
+
+class EyesOnTheBoard : public UnattendedTest {
+ protected:
+  /// Runs tests with the eyes and returns what `jq` makes of their ends, a line each.
+  std::string Judged(const std::vector<std::string>& tests, const std::string& answers,
+                     const std::string& scenario, const std::string& expression) {
+    std::vector<std::string> arguments = {"--run"};
+    arguments.insert(arguments.end(), tests.begin(), tests.end());
+    for (const char* word : {"--eyes", "/opt/cvntester/eyes/look", "--eyes-always", "--eyes-before",
+                             "--json", "/tmp/o.json", "--results", "/tmp/r", "--answers"})
+      arguments.emplace_back(word);
+    arguments.push_back("/opt/cvntester/eyes/" + answers);
+    Pty& pty = Start({.launcher = {"--setenv", "ASAN_OPTIONS=detect_leaks=0"},
+                      .arguments = arguments,
+                      .scenario = kSources + scenario,
+                      .timeScale = 100});
+    EXPECT_TRUE(pty.ExpectEnd(kLimitMs));
+    log_ = pty.Transcript();
+    return Query("[.[] | select(.event == \"test-end\") | " + expression + "] | join(\" \")",
+                 "/tmp/o.json");
+  }
+
+  /// Tests of the rules with a rule of their own, of the modules whose name begins so.
+  static std::vector<std::string> TestsWithRules(const std::string& prefix) {
+    std::ifstream rules(CVN_SOURCE_DIRECTORY "/sim/eyes/rules");
+    std::vector<std::string> tests;
+    for (std::string line; std::getline(rules, line);) {
+      const std::string test = line.substr(0, line.find('\t'));
+      if (test.starts_with(prefix) && test.find('/') != std::string::npos) tests.push_back(test);
+    }
+    return tests;
+  }
+
+  std::string log_;
+};
+
+constexpr char kSeenOtherThanRight[] =
+    "select(.message | contains(\"eyes: yes\") | not) | .test + \" \" + .verdict";
+
+TEST_F(EyesOnTheBoard, JudgeAllScalerTests) {
+  EXPECT_EQ(Judged({"VscModule"}, "scaler.answers", "",
+                   "select(.message | contains(\"eyes: yes\"))"
+                   " | .verdict | if . == \"PASS\" then \"p\""
+                   " else \"f\" end"),
+            // The tests 16 to 23 fail whatever is seen: leaving them is no success.
+            "p p p p p p p p p p p p p p p p f f f f f f f f p p p p p p p p p p p p p p p p")
+      << log_;
+  EXPECT_EQ(Query(".[] | select(.test == \"VscModule/36\" and .event == \"test-end\") | .evidence"
+                  " | map(ltrimstr(\"logs/0037-VscModule.36.evidence/\")) | join(\" \")",
+                  "/tmp/o.json"),
+            "before.png capture.png difference.png reference.png");
+}
+
+TEST_F(EyesOnTheBoard, FailExactlyTheScalerTestsThatShowDefects) {
+  // Freezing and writing are accepted and not done; blanked windows have another colour.
+  EXPECT_EQ(Judged({"VscModule"}, "scaler.answers",
+                   "fail K2V_RHAL_VSC_SetWinFreeze 0\n"
+                   "fail K2V_RHAL_VSC_WriteVideoFrameBuffer 0\n"
+                   "panel-fault blank\n",
+                   kSeenOtherThanRight),
+            "VscModule/5 FAIL VscModule/6 FAIL VscModule/13 FAIL VscModule/37 FAIL")
+      << log_;
+}
+
+TEST_F(EyesOnTheBoard, JudgeSettingsOfThePictureQuality) {
+  const std::vector<std::string> tests = TestsWithRules("Vpq");
+  EXPECT_GE(tests.size(), 60U);
+  EXPECT_EQ(Judged(tests, "quality.answers", "", kSeenOtherThanRight), "") << log_;
+}
+
+TEST_F(EyesOnTheBoard, SeeSettingsThatThePanelIgnores) {
+  EXPECT_EQ(Judged({"VpqExtModule/2", "VpqExtModule/8", "VpqExtModule/10", "VpqExtModule/12",
+                    "VpqExtModule/27", "VpqExtModule/32", "VpqExtModule/100"},
+                   "quality.answers", "panel-fault settings\n", kSeenOtherThanRight),
+            "VpqExtModule/2 FAIL VpqExtModule/8 FAIL VpqExtModule/10 FAIL VpqExtModule/12 FAIL "
+            "VpqExtModule/27 FAIL VpqExtModule/100 FAIL")
+      << log_;
+}
+
+}  // namespace
+}  // namespace test
