@@ -212,8 +212,12 @@ bool IsTorn(std::span<const Pixels, 3> pictures) {
   };
   int fromFirst = 0, fromLast = 0;
   for (int y = 0; y < second.height; ++y) {
-    if (difference(first, last, y) < kOther) continue;
-    const double toFirst = difference(first, second, y), toLast = difference(second, last, y);
+    const double toFirst = difference(first, second, y);
+    if (difference(first, last, y) < kOther) {
+      if (toFirst >= kOther) return false;  // it has something of its own
+      continue;
+    }
+    const double toLast = difference(second, last, y);
     if (toFirst <= kSame + kOther / 3 && toLast >= kOther && fromLast == 0) {
       ++fromFirst;
     } else if (toLast <= kSame + kOther / 3 && toFirst >= kOther && fromFirst > 0) {

@@ -157,7 +157,9 @@ TEST(RulesAtTheirBoundary, AWindowHasItsPictureInItsPlaceAndNothingAroundIt) {
 }
 
 TEST(Rig, ACaptureWithoutASignalOrATornOneSaysNothingOfTheProduct) {
-  const auto boxAt = [](int x) { return WithBlock(Gray(40), {x, 60, 48, 64}, 220); };
+  const auto boxAt = [](int x, int y = 60) {
+    return WithBlock(Gray(40), {x, y, 48, 64}, 220);
+  };
   // The upper half of one picture, the lower half of the next one.
   Pixels torn = boxAt(160);
   const Pixels first = boxAt(100);
@@ -181,6 +183,7 @@ TEST(Rig, ACaptureWithoutASignalOrATornOneSaysNothingOfTheProduct) {
       {"moving", {boxAt(100), torn, boxAt(160)}, {}, false, kCannotTell},
       {"moving", {boxAt(100), boxAt(130), boxAt(160)}, {}, false, kYes},
       {"moving", {boxAt(100), boxAt(160), boxAt(160)}, {}, false, kYes},
+      {"moving", {boxAt(0, 128), boxAt(160, 64), boxAt(270, 0)}, {}, false, kYes},
       {"black", {}, {}, true, kCannotTell},
   };
   for (const auto& [rule, pictures, before, trusts, answer] : kCases) {
