@@ -171,6 +171,35 @@ TEST_F(EyesCommand, ACalibrationIsKeptAndUsed) {
             "cannot tell: the capture does not show " + Path("bars.png"));
 }
 
+TEST_F(EyesCommand, ABoardHasItsPanelJudgedByAPc) {
+  Make("bars", kBars);
+  Make("dark", kDark);
+  fs::create_directory(Path("evidence"));
+  setenv("PATH", (std::string(CVN_PROGRAMS ":") + std::getenv("PATH")).c_str(), 1);
+  setenv("CVN_TEST", "A/1", 1);
+  setenv("CVN_EVIDENCE", Path("evidence").c_str(), 1);
+  Write("rules", "A/1\t*by 'Y' or \"N\"\tdarker\n");
+  const auto look = [](const char* question, const std::string& pc) {
+    setenv("CVN_QUESTION", question, 1);
+    const std::string line = std::string(CVN_SOURCE_DIRECTORY "/contrib/eyes/eyes-board ") + pc +
+                             " >'" + Path("said") + "'";
+    const int status = std::system(line.c_str());
+    return std::to_string(WEXITSTATUS(status)) + " " + Text("said");
+  };
+  const auto pc = [](const char* picture) {
+    return CVN_SOURCE_DIRECTORY "/contrib/eyes/eyes-pc '" + Path("rules") + "' --from '" +
+           Path(picture) + "'";
+  };
+  EXPECT_EQ(look("before the test", pc("bars.png")), "0 picture taken\n");
+  EXPECT_EQ(look("by 'Y' or \"N\"", pc("dark.png")).substr(0, 10), "0 darker: ");
+  EXPECT_EQ(SizeOf("evidence/before.png") + " " + SizeOf("evidence/capture.png"),
+            "960x540 960x540");
+  EXPECT_EQ(look("by 'Y' or \"N\"", pc("bars.png")).substr(0, 10), "1 darker: ");
+  EXPECT_EQ(look("by 'Y' or \"N\"", "false"), "2 the PC gives no answer\n");
+  EXPECT_EQ(look("another", pc("dark.png")), "2 no rule for A/1 and 'another'\n");
+  EXPECT_EQ(std::distance(fs::directory_iterator(Path("evidence")), {}), 2);
+}
+
 TEST_F(EyesCommand, WrongCommandLinesAndRecipesAreRefused) {
   EXPECT_EQ(Run({"judge"}), "cannot tell: usage: cvneyes judge RULES");
   EXPECT_EQ(Run({"judge", "a", "--test"}), "cannot tell: --test needs a value");
