@@ -87,6 +87,37 @@ TEST_F(EyesOnTheBoard, JudgeSettingsOfThePictureQuality) {
   EXPECT_EQ(Judged(tests, "quality.answers", "", kSeenOtherThanRight), "") << log_;
 }
 
+TEST_F(EyesOnTheBoard, LearnWhatAnOperatorCallsRight) {
+  Put("/tmp/set/rules", "from command:cvnsim camera --y4m --pictures 1\ntrust black\n");
+  const auto run = [this](const char* task) {
+    return std::vector<std::string>{
+        "--run",  "VscModule/29", "VscModule/30", "--eyes", std::string("cvneyes ") + task,
+        "--json", "/tmp/o.json",  "--color",      "never"};
+  };
+  const auto start = [&](const char* task) -> Pty& {
+    return Start({.launcher = {"--setenv", "ASAN_OPTIONS=detect_leaks=0"},
+                  .arguments = run(task),
+                  .scenario = kSources,
+                  .timeScale = 100});
+  };
+  Pty& learning = start("learn /tmp/set/rules --state 'cvnsim state'");
+  for (const char* answer : {"y", "n"}) {
+    ASSERT_TRUE(learning.Expect("Y takes the picture as reference: "));
+    learning.SendLine(answer);
+  }
+  EXPECT_TRUE(learning.ExpectEnd(kLimitMs));
+  EXPECT_EQ(FileText(OnBoard("/tmp/set/VscModule.29.png.txt")).substr(0, 19),
+            "test: VscModule/29\n");
+  EXPECT_TRUE(
+      Contains(FileText(OnBoard("/tmp/set/VscModule.29.png.txt")), "  port 0: 3840x2160p60"));
+  Pty& judging = start("judge /tmp/set/rules");
+  EXPECT_TRUE(judging.ExpectEnd(kLimitMs));
+  EXPECT_EQ(Query(".[] | select(.event == \"test-end\") | .verdict + \" \" + .message[:24]",
+                  "/tmp/o.json"),
+            "PASS eyes: yes, reference Vsc\nBLOCKED eyes: cannot tell, no ru")
+      << judging.Transcript();
+}
+
 TEST_F(EyesOnTheBoard, SeeSettingsThatThePanelIgnores) {
   EXPECT_EQ(Judged({"VpqExtModule/2", "VpqExtModule/8", "VpqExtModule/10", "VpqExtModule/12",
                     "VpqExtModule/27", "VpqExtModule/32", "VpqExtModule/100"},

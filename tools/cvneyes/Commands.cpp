@@ -1,8 +1,11 @@
 #include "Commands.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -138,17 +141,43 @@ Answer JudgeOnce(const Options& options, std::ostream& out) {
   return verdict.answer;
 }
 
-/// The operator's verdict: from the terminal, since a run's command has no input.
+/// The operator's terminal. A run starts its commands in the background, where nobody may read from
+/// it, so this comes to the front as long as it lives.
+class Terminal {
+ public:
+  Terminal() : descriptor_(open("/dev/tty", O_RDWR | O_CLOEXEC)) {
+    if (descriptor_ < 0) throw UseError("no terminal to ask the operator at, and no --yes");
+    std::signal(SIGTTOU, SIG_IGN);
+    before_ = tcgetpgrp(descriptor_);
+    tcsetpgrp(descriptor_, getpgrp());
+  }
+  ~Terminal() {
+    if (before_ > 0) tcsetpgrp(descriptor_, before_);
+    close(descriptor_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  /// The first character of the line that is typed; a blank where none is.
+  char Ask(const std::string& question) {
+    if (write(descriptor_, question.data(), question.size()) < 0) return ' ';
+    std::string line;
+    for (char character; read(descriptor_, &character, 1) == 1 && character != '\n';)
+      line += character;
+    return line.empty() ? ' ' : line[0];
+  }
+
+ private:
+  int descriptor_;
+  pid_t before_ = -1;
+};
+
+/// The operator's verdict, in lower case.
 char AskOperator(const Options& options) {
   if (options.yes) return 'y';
-  std::fstream terminal("/dev/tty");
-  if (!terminal) throw UseError("no terminal to ask the operator at, and no --yes");
-  terminal << options.test
-           << ": is the panel as it should be? Y takes the picture as reference: " << std::flush;
-  std::string answer;
-  std::getline(terminal, answer);
-  if (answer == "y" || answer == "Y") return 'y';
-  return answer == "n" || answer == "N" ? 'n' : ' ';
+  const char answer = Terminal().Ask(
+      options.test + ": is the panel as it should be? Y takes the picture as reference: ");
+  return static_cast<char>(std::tolower(static_cast<unsigned char>(answer)));
 }
 
 /// "VscModule/29" becomes "VscModule.29.png".
