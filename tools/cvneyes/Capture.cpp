@@ -148,8 +148,6 @@ Captures ReadHal(const RulesFile& rules) {
   const auto call = reinterpret_cast<CaptureCall>(dlsym(library, "K2V_RHAL_VSC_CaptureVideoFrame"));
   if (call == nullptr) throw UseError("this HAL captures nothing");
   Captures captures;
-  captures.width = K2V_CAPTURE_WIDTH;
-  captures.height = K2V_CAPTURE_HEIGHT;
   std::vector<uint8_t> bytes(K2V_CAPTURE_BYTES);
   for (int i = 0; i < rules.pictures; ++i) {
     if (i > 0) std::this_thread::sleep_for(kBetween);
@@ -157,6 +155,11 @@ Captures ReadHal(const RulesFile& rules) {
     const int result = call(K2V_VIDEO_DDI_DISPLAY_OUTPUT, &info);
     if (result != 0)
       throw UseError("K2V_RHAL_VSC_CaptureVideoFrame NG : " + std::to_string(result));
+    captures.width = info.width;
+    captures.height = info.height;
+    const auto lineBytes = size_t{3} * info.width;
+    if (lineBytes == 0 || info.height == 0 || lineBytes * info.height > bytes.size())
+      throw UseError("the HAL's capture has no size");
     const picture::Picture frame(av_frame_alloc());
     frame->width = captures.width;
     frame->height = captures.height;
@@ -164,7 +167,7 @@ Captures ReadHal(const RulesFile& rules) {
     picture::Check("picture", av_frame_get_buffer(frame.get(), 0));
     for (int y = 0; y < captures.height; ++y) {
       std::memcpy(frame->data[0] + std::ptrdiff_t{y} * frame->linesize[0],
-                  &bytes[static_cast<size_t>(y) * K2V_CAPTURE_WIDTH * 3], K2V_CAPTURE_WIDTH * 3);
+                  &bytes[static_cast<size_t>(y) * lineBytes], lineBytes);
     }
     captures.pictures.push_back(ToPixels(*frame, rules.width, rules.height));
   }
