@@ -99,11 +99,12 @@ IsFormatted() {
 
 ScriptsAreClean() {
   shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-{run,power,login} contrib/*/*.sh \
-    sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh
+    sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh \
+    sim/eyes/look contrib/eyes/*
 }
 
 TidyIsClean() {
-  run-clang-tidy -quiet -p build/debug -j2 "^$here/(muro|sim|tests|bench)/" >build/clang-tidy.txt 2>&1 &&
+  run-clang-tidy -quiet -p build/debug -j2 "^$here/(muro|sim|tools|tests|bench)/" >build/clang-tidy.txt 2>&1 &&
     return
   cat build/clang-tidy.txt
   return 1

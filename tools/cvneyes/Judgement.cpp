@@ -197,10 +197,12 @@ Verdict Judge(const Rule& rule, const RulesFile& rules, const Captures& captures
     return verdict;
   }
   const Situation situation = {rules, captures, rig};
-  const std::vector<std::string> names = ConditionTexts(rule);
   for (size_t i = 0; i < rule.conditions.size(); ++i) {
     Finding finding = Find(situation, rule.conditions[i]);
-    verdict.reason.append(i == 0 ? "" : "; ").append(names[i]).append(": ").append(finding.text);
+    verdict.reason.append(i == 0 ? "" : "; ")
+        .append(rule.conditions[i].text)
+        .append(": ")
+        .append(finding.text);
     // A condition that is not met decides, also where another one cannot be judged.
     const bool decides = finding.answer == Answer::kNo ||
                          (finding.answer == Answer::kCannotTell && verdict.answer == Answer::kYes);

@@ -63,6 +63,15 @@ Region ParseRegion(const std::string& text, int width, int height) {
                  std::to_string(height) + " with at least 32 pixels in both directions");
 }
 
+/// A window has ground around it.
+Region ParseWindow(const std::string& text, int width, int height) {
+  constexpr int kLeast = 32;
+  const Region window = ParseRegion(text, width, height);
+  if (window.w > width - kLeast && window.h > height - kLeast)
+    throw UseError("'" + text + "' leaves no ground around the window");
+  return window;
+}
+
 Rgb ParseColor(const std::string& text) {
   for (const auto& color : kColors) {
     if (text == color.name) return color.color;
@@ -83,6 +92,13 @@ class Reader {
     if (IsAtEnd()) throw UseError(what + " is missing at the end of the rule");
     return words_[at_++];
   }
+  /// What was taken since a place, with blanks between.
+  size_t Place() const { return at_; }
+  std::string Since(size_t place) const {
+    std::string text = words_[place];
+    for (size_t i = place + 1; i < at_; ++i) text.append(" ").append(words_[i]);
+    return text;
+  }
   bool Skip(const std::string& word) {
     const bool isThere = !IsAtEnd() && words_[at_] == word;
     at_ += isThere;
@@ -102,7 +118,7 @@ Condition ParseCondition(Reader& words, int width, int height) {
     for (const KindName& known : kKinds) names.append(names.empty() ? "" : ", ").append(known.name);
     throw UseError("'" + name + "' is no condition; allowed: " + names);
   }
-  Condition condition{kind->kind, "", "", {}, {}};
+  Condition condition{kind->kind, "", "", {}, {}, ""};
   switch (condition.kind) {
     case RuleKind::kReference:
       condition.file = words.Next("the reference's file");
@@ -112,7 +128,7 @@ Condition ParseCondition(Reader& words, int width, int height) {
       condition.color = ParseColor(words.Next("the colour"));
       break;
     case RuleKind::kWindow:
-      condition.region = ParseRegion(words.Next("the window"), width, height);
+      condition.region = ParseWindow(words.Next("the window"), width, height);
       return condition;
     case RuleKind::kBrighter:
     case RuleKind::kDarker:
@@ -150,6 +166,7 @@ constexpr Setting kSettings[] = {
      [](RulesFile& file, const std::string& value) { file.skipped = ParseCount(value, 0, 1000); }},
     {"size",
      [](RulesFile& file, const std::string& value) {
+       if (!file.rules.empty()) throw UseError("the size has to be set before the first rule");
        const size_t by = std::min(value.find('x'), value.size());
        file.width = ParseCount(value.substr(0, by), 64, 3840);
        file.height = ParseCount(value.substr(std::min(by + 1, value.size())), 64, 2160);
@@ -213,22 +230,12 @@ std::vector<Condition> ParseConditions(const std::string& text, int width, int h
   Reader words(Split(text));
   std::vector<Condition> conditions;
   do {
+    const size_t place = words.Place();
     conditions.push_back(ParseCondition(words, width, height));
+    conditions.back().text = words.Since(place);
   } while (words.Skip("and"));
   if (!words.IsAtEnd()) throw UseError("'" + words.Next("") + "' is too much, or lacks an 'and'");
   return conditions;
-}
-
-std::vector<std::string> ConditionTexts(const Rule& rule) {
-  std::vector<std::string> texts(1);
-  for (const std::string& word : Split(rule.text)) {
-    if (word == "and") {
-      texts.emplace_back();
-    } else {
-      texts.back().append(texts.back().empty() ? "" : " ").append(word);
-    }
-  }
-  return texts;
 }
 
 RulesFile ReadRules(const std::string& path) {

@@ -38,6 +38,7 @@ struct Condition {
   std::string mask;              // of the reference; empty: none
   std::optional<Region> region;  // judged alone; of kWindow the window
   Rgb color = {};                // of kPlain
+  std::string text;              // as written
 };
 
 /// What has to hold for a test and a question, all of it.
@@ -73,9 +74,6 @@ RulesFile ReadRules(const std::string& path);
 /// The first rule that fits a test's id, and a question; nullptr where there is none. The pattern
 /// is for the id, or for its class.
 const Rule* FindRule(const RulesFile& rules, const std::string& test, const std::string& question);
-
-/// The conditions of a rule as they are written, one by one.
-std::vector<std::string> ConditionTexts(const Rule& rule);
 
 /// Parses the conditions of a rule for pictures of a size. Throws UseError.
 std::vector<Condition> ParseConditions(const std::string& text, int width, int height);

@@ -157,9 +157,7 @@ TEST(RulesAtTheirBoundary, AWindowHasItsPictureInItsPlaceAndNothingAroundIt) {
 }
 
 TEST(Rig, ACaptureWithoutASignalOrATornOneSaysNothingOfTheProduct) {
-  const auto boxAt = [](int x, int y = 60) {
-    return WithBlock(Gray(40), {x, y, 48, 64}, 220);
-  };
+  const auto boxAt = [](int x, int y = 60) { return WithBlock(Gray(40), {x, y, 48, 64}, 220); };
   // The upper half of one picture, the lower half of the next one.
   Pixels torn = boxAt(160);
   const Pixels first = boxAt(100);
@@ -239,6 +237,7 @@ TEST(RulesFile, WhatIsWrongIsNamed) {
       {"a\tb\twindow 900,0,100,100\n",
        "'900,0,100,100' is no region X,Y,W,H of 960x540 with at least 32 pixels in both "
        "directions"},
+      {"a\tb\twindow 0,0,960,509\n", "'0,0,960,509' leaves no ground around the window"},
       {"a\tb\twindow 1,2,3\n",
        "'1,2,3' is no region X,Y,W,H of 960x540 with at least 32 pixels in both directions"},
       {"a\tb\tblack region 0,0,2147483647,64\n",
