@@ -93,6 +93,11 @@ TEST(RulesAtTheirBoundary, APictureStandsMovesOrDiffersFromTheOneBefore) {
   const auto changed = [](int levels) {
     return WithBlock(Gray(100), {80, 80, 8, 8}, 100 + levels);
   };
+  // A box that moves among edges that stay.
+  const auto boxAt = [](int x) {
+    return WithBlock(eyes::BarsPicture(kWidth, kHeight, {0, 0, kWidth, kHeight}), {x, 50, 40, 40},
+                     128);
+  };
   const struct {
     const char* rule;
     std::vector<Pixels> pictures;
@@ -118,6 +123,8 @@ TEST(RulesAtTheirBoundary, APictureStandsMovesOrDiffersFromTheOneBefore) {
       {"changed", {changed(11)}, Gray(100), kNo},
       {"reference before", {Gray(110)}, Gray(100), kYes},
       {"reference before", {Gray(111)}, Gray(100), kNo},
+      {"reference before", {boxAt(101)}, boxAt(100), kYes},
+      {"reference before", {boxAt(102)}, boxAt(100), kNo},
       {"brighter", {Gray(200)}, {}, kCannotTell},
       {"reference before", {Gray(200)}, {}, kCannotTell},
       // What is not met decides, also beside what cannot be judged.
