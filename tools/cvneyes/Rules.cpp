@@ -248,7 +248,7 @@ RulesFile ReadRules(const std::string& path) {
   std::istringstream lines(text);
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
-    line = line.substr(0, line.starts_with('#') ? 0 : line.find(" #"));
+    line.resize(line.starts_with('#') ? 0 : std::min(line.find(" #"), line.size()));
     if (Trimmed(line).empty()) continue;
     try {
       ParseLine(file, line);
