@@ -100,6 +100,17 @@ TEST_F(EyesCommand, ReadsStreamsOfCommandsAndFiles) {
   EXPECT_EQ(Judge("reference bars.png", Path("bars.avi")).substr(0, 5), "yes: ");
 }
 
+TEST_F(EyesCommand, AMaskLeavesOutWhatIsBlackInIt) {
+  Make("bars", kBars);
+  Make("clock", std::string(kBars) + ",drawbox=x=600:y=90:w=200:h=80:color=white:t=fill");
+  Make("mask",
+       "color=white:s=960x540,format=gbrp,drawbox=x=596:y=86:w=208:h=88:color=black:t=fill");
+  EXPECT_EQ(Judge("reference bars.png", Path("clock.png")).substr(0, 4), "no: ");
+  EXPECT_EQ(Judge("reference bars.png mask mask.png", Path("clock.png")).substr(0, 5), "yes: ");
+  EXPECT_EQ(Judge("reference bars.png region 32,200,800,300", Path("clock.png")).substr(0, 5),
+            "yes: ");
+}
+
 TEST_F(EyesCommand, KeepsWhatWasSeenAndWhatShouldHaveBeen) {
   Make("bars", kBars);
   Make("large", "smptehdbars=s=1920x1080,format=gbrp");
