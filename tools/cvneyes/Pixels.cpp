@@ -1,6 +1,7 @@
 #include "Pixels.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "Image.h"
 
@@ -30,7 +31,7 @@ Pixels ToPixels(const AVFrame& frame, int width, int height) {
   Pixels pixels;
   pixels.width = width;
   pixels.height = height;
-  for (size_t plane = 0; plane < pixels.planes.size(); ++plane) {
+  for (size_t plane = 0; plane < std::size(kPlaneOfFrame); ++plane) {
     pixels.planes[plane].resize(pixels.Count());
     const int source = kPlaneOfFrame[plane];
     for (int y = 0; y < height; ++y) {
@@ -52,7 +53,7 @@ picture::Picture ToFrame(const Pixels& pixels) {
   frame->height = pixels.height;
   frame->format = AV_PIX_FMT_GBRP;
   picture::Check("picture", av_frame_get_buffer(frame.get(), 0));
-  for (size_t plane = 0; plane < pixels.planes.size(); ++plane) {
+  for (size_t plane = 0; plane < std::size(kPlaneOfFrame); ++plane) {
     const int target = kPlaneOfFrame[plane];
     for (int y = 0; y < pixels.height; ++y) {
       std::copy_n(&pixels.planes[plane][pixels.At(0, y)], pixels.width,

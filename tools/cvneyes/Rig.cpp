@@ -124,7 +124,7 @@ Moved Remainder(const Plane& expected, const Pixels& capture, const Plane& judge
     const uint8_t* below = line + capture.width;
     const uint8_t* seen = &capture.luma[capture.At(right, y + down)];
     const uint8_t* counts = &judged[capture.At(0, y)];
-    int64_t lineXx = 0, lineYy = 0, lineXy = 0, lineXd = 0, lineYd = 0;
+    int lineXx = 0, lineYy = 0, lineXy = 0, lineXd = 0, lineYd = 0;
     for (int x = kMargin; x < capture.width - kMargin; ++x) {
       const int slopeX = counts[x] * Edge(line[x + 1] - line[x - 1]);
       const int slopeY = counts[x] * Edge(below[x] - above[x]);
@@ -135,11 +135,11 @@ Moved Remainder(const Plane& expected, const Pixels& capture, const Plane& judge
       lineXd += slopeX * difference;
       lineYd += slopeY * difference;
     }
-    xx += static_cast<double>(lineXx);
-    yy += static_cast<double>(lineYy);
-    xy += static_cast<double>(lineXy);
-    xd += static_cast<double>(lineXd);
-    yd += static_cast<double>(lineYd);
+    xx += lineXx;
+    yy += lineYy;
+    xy += lineXy;
+    xd += lineXd;
+    yd += lineYd;
   }
   if (xx < kFewEdges && yy < kFewEdges) return without;
   if (xx < kFewEdges) return {without.right, 2 * yd / yy};
@@ -192,6 +192,7 @@ Rig FitColors(std::span<const Patch> patches, const Rig& rig, const RigBounds& b
 }
 
 Plane SeenLuma(const Pixels& reference, const Rig& rig) {
+  constexpr float kToNearest = 0.5F;
   std::array<float, 256> levels;
   for (size_t i = 0; i < levels.size(); ++i) {
     levels[i] =
@@ -212,7 +213,7 @@ Plane SeenLuma(const Pixels& reference, const Rig& rig) {
         return std::min(255.F, light * levels[plane[at]]);
       };
       seen[at] = static_cast<uint8_t>(0.2126F * channel(red) + 0.7152F * channel(green) +
-                                      0.0722F * channel(blue) + 0.5F);
+                                      0.0722F * channel(blue) + kToNearest);
     }
   }
   return seen;
