@@ -17,7 +17,7 @@ using enum Answer;
 class EyesCommand : public testing::Test {
  protected:
   /// Answer and last line, "no: black: …".
-  std::string Run(std::vector<std::string> words) {
+  std::string Run(const std::vector<std::string>& words) {
     static constexpr const char* kNames[] = {"yes: ", "no: ", "cannot tell: "};
     std::ostringstream out;
     Answer answer = kCannotTell;
