@@ -4,15 +4,16 @@
 source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
 
 # Debian packages: what building and running the simulated board needs, what its panel and the eyes need
-# beside that, what shows runs (cvnreport), the tests, those of them that work a page in a browser, and
+# beside that, what records HAL calls and what shows runs (cvnreport) need, the tests, those of them that work a page in a browser, and
 # what reads the sources.
 run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static
   ffmpeg libavformat-dev libavcodec-dev libswresample-dev)
 panel_packages=(libavfilter-dev libswscale-dev libmicrohttpd-dev fonts-dejavu-core)
 eyes_packages=("${panel_packages[@]}" libavdevice-dev)
+record_packages=(castxml python3)
 report_packages=(python3 python3-jinja2 python3-pil)
-test_packages=("${eyes_packages[@]}" "${report_packages[@]}" clang libclang-rt-14-dev clang-format libgtest-dev
-  libbenchmark-dev shellcheck edid-decode openssl valgrind jq libxml2-utils perl
+test_packages=("${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}"
+  babeltrace2 clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck edid-decode openssl valgrind jq libxml2-utils perl
   python3-hypothesis python3-junitparser tidy poppler-utils)
 browser_packages=(chromium python3-websocket)
 analysis_packages=(clang-tidy cppcheck)

@@ -1,0 +1,261 @@
+// How calls become bytes and back. HalInterface.h, which is generated, visits the arguments and
+// results of every call and the fields of every record with what is here; Description reads the
+// same bytes without knowing the call.
+//
+// All numbers are little-endian without padding. Behind a pointer: one byte, whether it was given,
+// and what it points to; a number of elements precedes those of a buffer.
+#pragma once
+
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#include "interface/Digest.h"
+#include "interface/Identities.h"
+#include "rlink.h"
+
+namespace record {
+
+template <typename T, typename Record>
+concept IsA = std::same_as<std::remove_const_t<T>, Record>;
+
+template <typename T>
+concept IsScalar = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+
+// What a failed call should have written is not looked at.
+template <std::integral T>
+bool Succeeded(T result) {
+  return result == 0;
+}
+template <typename T>
+bool Succeeded(const T* result) {
+  return result != nullptr;
+}
+
+// Records with buffers in them: a place of their own is kept for those that are not there.
+template <typename Record>
+inline constexpr bool kHasBuffers = false;
+
+enum : uint32_t {
+  kMaxBufferBytes = 16 << 20,  // of one buffer; what follows is not recorded
+  kMaxTextBytes = 4096,
+};
+
+/// What the bytes of a call depend on beside its arguments.
+struct CodecContext {
+  Salt salt{};
+  Identities objects{};    // links and buffers
+  Identities functions{};  // handlers
+};
+
+/// Copies at most `size` bytes of the caller's memory, which may be shorter than its caller says.
+/// Returns how many there were.
+size_t CopyReadable(uint8_t* to, const void* from, size_t size);
+
+/// What both directions share: arrays and records are visited element by element.
+template <typename Self, bool isReturn>
+class Codec {
+ public:
+  static constexpr bool kIsReturn = isReturn;
+
+  template <typename T>
+  void operator()(T& value) {
+    if constexpr (IsScalar<std::remove_const_t<T>>) {
+      self().Scalar(value);
+    } else if constexpr (std::is_array_v<T>) {
+      for (auto& element : value) (*this)(element);
+    } else {
+      Visit(self(), value);
+    }
+  }
+
+ private:
+  Self& self() { return static_cast<Self&>(*this); }
+};
+
+// The parameters of a command of the link: values that go the way of this event, and the content of
+// memory instead of its address.
+struct LinkParameter {
+  static constexpr uint32_t kMemory = 4;  // of the type; the two bits below are its directions
+  static bool IsMemory(uint32_t type) { return (type & kMemory) != 0; }
+  static bool Goes(uint32_t type, bool isReturn) { return (type & (isReturn ? 2U : 1U)) != 0; }
+  static uint32_t Type(const RLNK_CMD_PARAMS& params, unsigned index) {
+    return params.paramTypes >> (4 * index) & 0xF;
+  }
+};
+
+template <typename V, IsA<RLNK_CMD_PARAMS> R>
+void Visit(V& v, R& params) {
+  if constexpr (!V::kIsReturn) {
+    v(params.cmd_id);
+    v(params.paramTypes);
+  }
+  for (unsigned i = 0; i < RLNK_PARAM_COUNT; ++i) {
+    const uint32_t type = LinkParameter::Type(params, i);
+    v.LinkValue(params.param[i], type);
+  }
+  for (unsigned i = 0; i < RLNK_PARAM_COUNT; ++i) {
+    const uint32_t type = LinkParameter::Type(params, i);
+    v.LinkMemory(params.param[i], type);
+  }
+}
+
+/// Writes to memory of `room` bytes. What does not fit is counted, not written: then it is to be
+/// encoded again with `Size()` bytes of room.
+template <bool isReturn>
+class Encoder : public Codec<Encoder<isReturn>, isReturn> {
+ public:
+  Encoder(CodecContext& context, uint8_t* memory, size_t room)
+      : context_(context), memory_(memory), room_(room) {}
+
+  size_t Size() const { return size_; }
+  bool Fits() const { return size_ <= room_; }
+
+  template <typename T>
+  void Scalar(T value) {
+    if (size_ + sizeof value <= room_) std::memcpy(memory_ + size_, &value, sizeof value);
+    size_ += sizeof value;
+  }
+
+  void Given(const void* pointer) { Scalar(uint8_t{pointer != nullptr}); }
+
+  template <typename T>
+  void In(const T* pointer) {
+    Given(pointer);
+    if constexpr (kHasBuffers<T>) {
+      const T none{};
+      (*this)(pointer != nullptr ? *pointer : none);
+    } else {
+      if (pointer != nullptr) (*this)(*pointer);
+    }
+  }
+
+  template <typename T>
+  void InBuffer(const T* elements, uint64_t count) {
+    Given(elements);
+    CallersMemory(elements, elements == nullptr ? 0 : count);
+  }
+
+  void InBuffer(const void* bytes, uint64_t count) {
+    InBuffer(static_cast<const uint8_t*>(bytes), count);
+  }
+
+  void InText(const char* text) { InBuffer(text, text == nullptr ? 0 : TextLength(text)); }
+
+  template <typename T>
+  void InSecret(const T* secret, uint64_t bytes) {
+    Given(secret);
+    if (secret != nullptr) Secret(secret, bytes);
+  }
+
+  void Room(const void* pointer, uint64_t count) {
+    Given(pointer);
+    Scalar(static_cast<uint32_t>(std::min<uint64_t>(count, UINT32_MAX)));
+  }
+
+  template <typename T>
+  void Out(const T* pointer, bool ok) {
+    In(ok ? pointer : nullptr);
+  }
+
+  template <typename T>
+  void OutBuffer(const T* elements, uint64_t count, bool ok) {
+    Memory(elements, ok && elements != nullptr ? count : 0);
+  }
+
+  void OutBuffer(const void* bytes, uint64_t count, bool ok) {
+    OutBuffer(static_cast<const uint8_t*>(bytes), count, ok);
+  }
+
+  void OutText(const char* text, uint64_t room, bool ok) {
+    Memory(text, ok && text != nullptr ? strnlen(text, static_cast<size_t>(room)) : 0);
+  }
+
+  void OutSecret(const void* secret, uint64_t bytes, bool ok) {
+    InSecret(ok ? secret : nullptr, bytes);
+  }
+
+  template <typename Function>
+  void Callback(Function function) {
+    Scalar(function == nullptr ? 0 : context_.functions.OfOrNew(reinterpret_cast<void*>(function)));
+  }
+
+  void Object(const void* object) { Scalar(context_.objects.Of(object)); }
+  void NewObject(const void* object) { Scalar(context_.objects.Of(object)); }
+
+  template <typename T>
+  void HalRecord(const T* record) {
+    In(record);
+  }
+
+  void CallerMemory(const void* memory, uint32_t bytes) {
+    Memory(static_cast<const uint8_t*>(memory), memory == nullptr ? 0 : bytes);
+  }
+  void HalMemory(const void* memory, uint32_t bytes) { CallerMemory(memory, bytes); }
+
+  void LinkValue(const RLNK_CMD_PARAM& param, uint32_t type) {
+    const bool isMemory = LinkParameter::IsMemory(type);
+    const bool goes = LinkParameter::Goes(type, isReturn);
+    Scalar(goes && !isMemory ? param.a : 0);
+    Scalar(goes || (isMemory && !isReturn) ? param.b : 0);
+  }
+
+  void LinkMemory(const RLNK_CMD_PARAM& param, uint32_t type) {
+    const bool goes = LinkParameter::IsMemory(type) && LinkParameter::Goes(type, isReturn);
+    CallersMemory(reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(param.a)),
+                  goes && param.a != 0 ? param.b : 0);
+  }
+
+ private:
+  static uint64_t TextLength(const char* text) { return strnlen(text, kMaxTextBytes); }
+
+  template <typename T>
+  static constexpr bool IsPlain() {
+    return IsScalar<T>;
+  }
+
+  // The HAL has just written it all.
+  template <typename T>
+  void Memory(const T* elements, uint64_t count) {
+    const size_t kept = static_cast<size_t>(std::min<uint64_t>(count, kMaxBufferBytes / sizeof(T)));
+    Scalar(static_cast<uint32_t>(kept));
+    if constexpr (IsPlain<T>()) {
+      const size_t bytes = kept * sizeof(T);
+      if (size_ + bytes <= room_ && bytes != 0) std::memcpy(memory_ + size_, elements, bytes);
+      size_ += bytes;
+    } else {
+      for (size_t i = 0; i < kept; ++i) (*this)(elements[i]);
+    }
+  }
+
+  // The HAL may refuse a call before it looks at a buffer that is shorter than its size says.
+  template <typename T>
+  void CallersMemory(const T* elements, uint64_t count) {
+    const size_t most = static_cast<size_t>(std::min<uint64_t>(count, kMaxBufferBytes / sizeof(T)));
+    const size_t bytes = most * sizeof(T);
+    const size_t begin = size_ + sizeof(uint32_t);
+    size_t readable = bytes;
+    if (begin + bytes <= room_) readable = CopyReadable(memory_ + begin, elements, bytes);
+    const size_t kept = readable / sizeof(T);
+    Scalar(static_cast<uint32_t>(kept));
+    size_ += kept * sizeof(T);
+  }
+
+  void Secret(const void* secret, uint64_t bytes) {
+    const size_t size = static_cast<size_t>(std::min<uint64_t>(bytes, kMaxBufferBytes));
+    const ShortDigest digest = SaltedDigest(context_.salt, secret, size);
+    Scalar(static_cast<uint32_t>(bytes));
+    (*this)(digest.bytes);
+  }
+
+  CodecContext& context_;
+  uint8_t* memory_;
+  size_t room_;
+  size_t size_ = 0;
+};
+
+}  // namespace record

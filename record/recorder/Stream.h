@@ -1,0 +1,60 @@
+// What one thread records: a file of packets, written through a shared mapping, so that everything
+// is in the file the moment it was written, whatever happens to the process.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "interface/Format.h"
+
+namespace record {
+
+/// The time of an event, in ns.
+uint64_t MonotonicNs();
+
+class Stream {
+ public:
+  /// Nothing is opened before the first event. `directory` must stay.
+  explicit Stream(const std::string& directory) : directory_(directory) {}
+  ~Stream();
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+
+  /// Writes one event: `encode(memory, room)` returns how many bytes it needs, and is called again
+  /// when there was not so much room. Returns 0 or the error that ended the stream.
+  template <typename Encode>
+  int Write(uint16_t event, uint64_t ns, Encode encode) {
+    for (;;) {
+      const size_t room = size_ - used_ > kEventHeaderBytes ? size_ - used_ - kEventHeaderBytes : 0;
+      uint8_t* const memory = packet_ + used_;
+      const size_t size = encode(memory + kEventHeaderBytes, room);
+      if (packet_ != nullptr && size <= room) {
+        Commit(event, ns, size);
+        return 0;
+      }
+      if (const int error = NextPacket(ns, kEventHeaderBytes + size)) return error;
+    }
+  }
+
+  /// Leaves the file to the parent: called in a forked child.
+  void Abandon();
+
+ private:
+  void Commit(uint16_t event, uint64_t ns, size_t size);
+  int NextPacket(uint64_t ns, size_t needed);
+  int Open();
+  void ClosePacket();
+  PacketHeader& Header() { return *reinterpret_cast<PacketHeader*>(packet_); }
+
+  const std::string& directory_;
+  uint8_t* packet_ = nullptr;
+  size_t used_ = 0;
+  size_t size_ = 0;
+  int fd_ = -1;
+  off_t fileBytes_ = 0;
+};
+
+}  // namespace record
