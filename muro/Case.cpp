@@ -12,6 +12,7 @@
 #include <string>
 
 #include "Ansi.h"
+#include "CallMarks.h"
 #include "ConsoleInput.h"
 #include "Shell.h"
 #include "TestReport.h"
@@ -105,10 +106,12 @@ int TestCase::Execute() {
 
   runningTest = this;
   if (beginObserver != nullptr) beginObserver(*this);
+  callmarks::TestBegins(id_, getName(), getDescription());
   const unsigned shellFailures = ShellFailures();
   result_ = function_(scratch);
   if (result_ == 0 && ShellFailures() != shellFailures) result_ = 1;
   if (result_ == 0 && !autoJudge_) Judge();
+  callmarks::TestEnds(id_, getName(), getDescription(), result_ == 0 ? "PASS" : "FAIL");
   runningTest = nullptr;
   return result_;
 }

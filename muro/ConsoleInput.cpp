@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "Ansi.h"
+#include "CallMarks.h"
 #include "TerminalMode.h"
 
 namespace {
@@ -32,13 +33,17 @@ bool IsSpace(int c) {
 
 void TellWaiting(Input kind) {
   int typed = 0;
-  if (observer == nullptr || observer->waiting == nullptr || putBack) return;
+  const bool isObserved = observer != nullptr && observer->waiting != nullptr;
+  if (putBack) return;
   if (ioctl(0, FIONREAD, &typed) == 0 && typed > 0) return;
+  if (kind != Input::kPoll) callmarks::Prompt(kind == Input::kKey ? "key" : "line");
+  if (!isObserved) return;
   std::fflush(stdout);
   observer->waiting(kind);
 }
 
 void TellTaken(Input kind, std::string_view text) {
+  callmarks::Answer(text);
   if (observer != nullptr && observer->taken != nullptr) observer->taken(kind, text);
 }
 

@@ -1,0 +1,91 @@
+// A recording: its description, and the events of all its threads in the order of their times.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "interface/Digest.h"
+#include "interface/Format.h"
+#include "reader/Description.h"
+#include "reader/Value.h"
+
+namespace record {
+
+/// An event where it lies; its payload lasts until the next one of its stream is read.
+struct Event {
+  uint64_t ns = 0;
+  uint16_t number = 0;
+  Bytes payload;
+
+  bool IsMark() const { return number < kFirstCallEvent; }
+  bool IsReturn() const { return (number - kFirstCallEvent) % 2 != 0; }
+  unsigned Call() const { return (number - kFirstCallEvent) / 2U; }
+};
+
+/// What marks hold; `text` is a prompt's kind or an answer.
+struct MarkText {
+  uint32_t number = 0;
+  std::string text;
+  std::string verdict;
+};
+MarkText ReadMark(const Event& event);
+
+/// The events of one thread, read packet by packet.
+class StreamReader {
+ public:
+  StreamReader(std::filesystem::path path, const Description& description);
+
+  /// The next event; false at the end. What keeps it from reading on is in `Problem()`.
+  bool Next(Event& event);
+  /// The time of the first event, for the order of streams; false when there is none.
+  bool PeekBegin(uint64_t& ns);
+
+  uint32_t Pid() const { return header_.pid; }
+  uint32_t Tid() const { return header_.tid; }
+  uint32_t ParentPid() const { return header_.parentPid; }
+  const std::string& Problem() const { return problem_; }
+  std::string Name() const { return path_.filename(); }
+
+ private:
+  bool ReadPacket();
+  bool End(const std::string& problem);
+
+  std::filesystem::path path_;
+  const Description& description_;
+  uint64_t offset_ = 0;  // of the next packet in the file
+  PacketHeader header_{};
+  std::vector<uint8_t> packet_;
+  size_t at_ = 0;
+  bool isCut_ = false;
+  bool isAtEnd_ = false;
+  std::string problem_;
+};
+
+class Recording {
+ public:
+  /// Opens the recording in `directory`; null with `error` when it is none.
+  static std::unique_ptr<Recording> Open(const std::filesystem::path& directory,
+                                         std::string& error);
+
+  const Description& Calls() const { return *description_; }
+  const Salt& TheSalt() const { return salt_; }
+  const std::vector<std::unique_ptr<StreamReader>>& Streams() const { return streams_; }
+
+  /// Calls `each(stream, event)` for all events in the order of their times. Once only.
+  void ForEach(const std::function<void(size_t stream, const Event& event)>& each);
+  /// What could not be read, a line each.
+  std::vector<std::string> Problems() const;
+
+ private:
+  std::unique_ptr<Description> description_;
+  Salt salt_{};
+  std::vector<std::unique_ptr<StreamReader>> streams_;  // in the order of their beginnings
+  std::vector<uint64_t> begins_;
+};
+
+}  // namespace record

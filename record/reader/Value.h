@@ -1,0 +1,67 @@
+// The bytes of an event as values, by the description of its function.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "reader/Description.h"
+
+namespace record {
+
+using Bytes = std::span<const uint8_t>;
+
+/// Takes numbers and bytes from the front of an event. Behind its end everything is zero.
+class ByteReader {
+ public:
+  explicit ByteReader(Bytes bytes) : bytes_(bytes) {}
+
+  bool IsGood() const { return isGood_; }
+  size_t Position() const { return at_; }
+  Bytes Take(uint64_t size);
+  uint64_t Number(unsigned bytes);
+  /// Characters up to a zero byte.
+  std::string_view Text();
+
+ private:
+  Bytes bytes_;
+  size_t at_ = 0;
+  bool isGood_ = true;
+};
+
+/// A number, the bytes of several, or a record with its fields.
+struct Value {
+  const Type* type = nullptr;
+  const Record* record = nullptr;
+  uint64_t number = 0;
+  Bytes bytes;               // of an array of numbers
+  uint32_t count = 0;        // of an array
+  std::vector<Value> items;  // fields of a record, or records of an array
+
+  int64_t Signed() const { return static_cast<int64_t>(number); }
+  /// A field by its name, "a.b" one of a record in it; null when there is none.
+  const Value* Find(std::string_view name) const;
+};
+
+/// An argument as it was given or came back.
+struct ArgumentValue {
+  bool isGiven = true;  // not a null pointer; of what comes back: written
+  uint64_t room = 0;    // elements of an output buffer
+  std::optional<Value> value;
+};
+
+struct CallValues {
+  std::vector<ArgumentValue> arguments;
+  ArgumentValue result;
+};
+
+/// The values of an entry or a return. `good` says whether the bytes were all that, and no more.
+CallValues ReadCall(const Function& function, bool isReturn, Bytes payload, bool& good);
+
+/// How many bytes an event has that begins here; nothing when it is not all there.
+std::optional<size_t> SizeOfCall(const Function& function, bool isReturn, Bytes bytes);
+
+}  // namespace record
