@@ -45,11 +45,21 @@ enum : uint32_t {
   kMaxTextBytes = 4096,
 };
 
+/// Stand-ins for secrets of which a recording has the digest alone.
+class SecretMemory {
+ public:
+  virtual ~SecretMemory() = default;
+  /// Hears of a secret that a call was given; returns its digest, that of the recording for a
+  /// stand-in.
+  virtual ShortDigest Given(const ShortDigest& digest, const void* secret, size_t size) = 0;
+};
+
 /// What the bytes of a call depend on beside its arguments.
 struct CodecContext {
   Salt salt{};
   Identities objects{};    // links and buffers
   Identities functions{};  // handlers
+  SecretMemory* secrets = nullptr;
 };
 
 /// Copies at most `size` bytes of the caller's memory, which may be shorter than its caller says.
@@ -111,6 +121,9 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
  public:
   Encoder(CodecContext& context, uint8_t* memory, size_t room)
       : context_(context), memory_(memory), room_(room) {}
+
+  /// The number that a handler gets; 0: the next one.
+  uint32_t handlerNumber = 0;
 
   size_t Size() const { return size_; }
   bool Fits() const { return size_ <= room_; }
@@ -181,7 +194,9 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
 
   template <typename Function>
   void Callback(Function function) {
-    Scalar(function == nullptr ? 0 : context_.functions.OfOrNew(reinterpret_cast<void*>(function)));
+    const auto address = reinterpret_cast<void*>(function);
+    if (handlerNumber != 0) context_.functions.Bind(address, handlerNumber);
+    Scalar(address == nullptr ? 0 : context_.functions.OfOrNew(address));
   }
 
   void Object(const void* object) { Scalar(context_.objects.Of(object)); }
@@ -247,7 +262,8 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
 
   void Secret(const void* secret, uint64_t bytes) {
     const size_t size = static_cast<size_t>(std::min<uint64_t>(bytes, kMaxBufferBytes));
-    const ShortDigest digest = SaltedDigest(context_.salt, secret, size);
+    ShortDigest digest = SaltedDigest(context_.salt, secret, size);
+    if (context_.secrets != nullptr) digest = context_.secrets->Given(digest, secret, size);
     Scalar(static_cast<uint32_t>(bytes));
     (*this)(digest.bytes);
   }

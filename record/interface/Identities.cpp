@@ -13,29 +13,29 @@ uint32_t Identities::Of(const void* address) {
 uint32_t Identities::OfOrNew(const void* address) {
   const std::lock_guard lock(mutex_);
   const auto [found, isNew] = numbers_.try_emplace(address, last_ + 1);
-  if (isNew) ++last_;
+  if (isNew) addresses_[++last_] = address;
   return found->second;
 }
 
 void Identities::Enter(const void* address) {
   const std::lock_guard lock(mutex_);
-  if (address != nullptr) numbers_[address] = ++last_;
+  if (address == nullptr) return;
+  numbers_[address] = ++last_;
+  addresses_[last_] = address;
 }
 
 void Identities::Bind(const void* address, uint32_t number) {
   const std::lock_guard lock(mutex_);
-  if (number == 0) return;
-  std::erase_if(numbers_, [=](const auto& entry) { return entry.second == number; });
+  if (number == 0 || address == nullptr) return;
   numbers_[address] = number;
+  addresses_[number] = address;
   last_ = std::max(last_, number);
 }
 
 void* Identities::Find(uint32_t number) {
   const std::lock_guard lock(mutex_);
-  for (const auto& [address, known] : numbers_) {
-    if (known == number) return const_cast<void*>(address);
-  }
-  return nullptr;
+  const auto found = addresses_.find(number);
+  return found == addresses_.end() ? nullptr : const_cast<void*>(found->second);
 }
 
 }  // namespace record

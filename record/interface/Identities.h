@@ -16,7 +16,7 @@ class Identities {
   uint32_t OfOrNew(const void* address);
   /// A new number for `address`, which stands for something new. Nothing for null.
   void Enter(const void* address);
-  /// Gives `address` this number.
+  /// Gives `address` this number, as a recording has it.
   void Bind(const void* address, uint32_t number);
   /// What has this number, or null.
   void* Find(uint32_t number);
@@ -27,6 +27,7 @@ class Identities {
  private:
   std::mutex mutex_;
   std::map<const void*, uint32_t> numbers_;
+  std::map<uint32_t, const void*> addresses_;
   uint32_t last_ = 0;
 };
 
