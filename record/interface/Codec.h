@@ -122,6 +122,9 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
   Encoder(CodecContext& context, uint8_t* memory, size_t room)
       : context_(context), memory_(memory), room_(room) {}
 
+  /// Whether addresses of the link's memory are kept: those that the HAL gives mean something.
+  bool keepsAddresses = false;
+
   /// The number that a handler gets; 0: the next one.
   uint32_t handlerNumber = 0;
 
@@ -215,7 +218,8 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
   void LinkValue(const RLNK_CMD_PARAM& param, uint32_t type) {
     const bool isMemory = LinkParameter::IsMemory(type);
     const bool goes = LinkParameter::Goes(type, isReturn);
-    Scalar(goes && !isMemory ? param.a : 0);
+    const bool isKept = isMemory ? keepsAddresses && !isReturn : goes;
+    Scalar(isKept ? param.a : 0);
     Scalar(goes || (isMemory && !isReturn) ? param.b : 0);
   }
 

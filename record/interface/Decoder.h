@@ -20,14 +20,17 @@ class Arena {
 
   /// Zeroed and aligned for everything.
   void* Allocate(size_t bytes);
-  /// In the lowest 4 GiB, where the link's slave reaches it; null when there is none.
-  void* AllocateLow(size_t bytes);
+  /// In the lowest 4 GiB, where the link's slave reaches it, at `wanted` where that is free; null
+  /// when there is none.
+  void* AllocateLow(size_t bytes, uint32_t wanted);
 
  private:
   struct Mapping {
-    void* memory;
+    uint8_t* memory;
     size_t bytes;
   };
+  void* MapAt(uintptr_t wanted, size_t bytes, int flags);
+
   std::vector<std::unique_ptr<std::max_align_t[]>> blocks_;
   std::vector<Mapping> mappings_;
 };
@@ -143,7 +146,7 @@ class EntryDecoder : public Codec<EntryDecoder, false> {
     if (!LinkParameter::IsMemory(type)) return;
     const size_t room =
         std::min<size_t>(std::max<size_t>(param.b, content.size()), kMaxBufferBytes);
-    void* const memory = arena_.AllocateLow(std::max<size_t>(room, 1));
+    void* const memory = arena_.AllocateLow(std::max<size_t>(room, 1), param.a);
     if (memory == nullptr) return;
     std::copy(content.begin(), content.end(), static_cast<uint8_t*>(memory));
     param.a = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(memory));

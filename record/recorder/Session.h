@@ -42,8 +42,9 @@ void RecordCall(Call& call, bool isCallback, Make make) {
     make();
     return;
   }
-  const auto encode = [&call](uint8_t* memory, size_t room) {
+  const auto encode = [&call, isCallback](uint8_t* memory, size_t room) {
     Encoder<false> encoder(Context(), memory, room);
+    encoder.keepsAddresses = isCallback;
     call.Entry(encoder);
     return encoder.Size();
   };
