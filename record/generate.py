@@ -39,7 +39,7 @@ def parse_annotations(path):
             if not line or line.startswith('#'):
                 continue
             words = line.split()
-            if words[0] == 'text':
+            if words[0] in ('text', 'process'):
                 texts.append(line)
             elif words[0] == 'layout':
                 fields = line.split(None, 3)[3]

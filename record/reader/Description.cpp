@@ -73,6 +73,7 @@ bool Description::ParseLine(std::string_view line) {
   if (TakePrefix(line, "call ")) return ParseFunction(Split(line, '|'), whole, false);
   if (TakePrefix(line, "callback ")) return ParseFunction(Split(line, '|'), whole, true);
   if (TakePrefix(line, "text ")) return ParseText(line);
+  if (TakePrefix(line, "process ")) return ParseProcess(line);
   return line.starts_with("mark ");
 }
 
@@ -133,6 +134,17 @@ bool Description::ParseText(std::string_view line) {
     line.remove_prefix(bar + 3);
   }
   record->text = line;
+  return true;
+}
+
+bool Description::ParseProcess(std::string_view line) {
+  const size_t space = line.find(' ');
+  if (space == std::string_view::npos) return false;
+  Record* const record = FindRecord(line.substr(0, space));
+  if (record == nullptr) return true;
+  for (Field& field : record->fields) {
+    field.isOfProcess = field.isOfProcess || field.name == line.substr(space + 1);
+  }
   return true;
 }
 

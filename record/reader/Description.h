@@ -29,6 +29,7 @@ struct Type {
 struct Field {
   std::string name;
   Type type;
+  bool isOfProcess = false;  // tells nothing from run to run
 };
 
 struct Record {
@@ -88,6 +89,7 @@ class Description {
   bool ParseRecord(const std::vector<std::string>& parts);
   bool ParseFunction(const std::vector<std::string>& parts, std::string_view line, bool isCallback);
   bool ParseText(std::string_view line);
+  bool ParseProcess(std::string_view line);
   bool ParseType(std::string_view word, Type& type) const;
   Record* FindRecord(std::string_view name) const;
   std::string Spelled(const Function& function) const;

@@ -154,6 +154,22 @@ std::string ValueText(const Value& value) {
   return text + "]";
 }
 
+std::string ComparedText(const Value& value) {
+  if (value.record == nullptr) {
+    if (value.items.empty()) return ValueText(value);
+    std::string text = "[";
+    for (const Value& item : value.items) text.append(ComparedText(item)).append(" ");
+    return text.append("]");
+  }
+  std::string text = "{";
+  for (size_t i = 0; i < value.items.size(); ++i) {
+    const Field& field = value.record->fields[i];
+    if (field.isOfProcess || (value.record->name == "secret" && field.name != "length")) continue;
+    text.append(field.name).append("=").append(ComparedText(value.items[i])).append(" ");
+  }
+  return text.append("}");
+}
+
 std::string ArgumentText(const Argument& argument, const ArgumentValue& entered,
                          const ArgumentValue* back, bool succeeded) {
   switch (argument.way) {

@@ -11,6 +11,10 @@ namespace record {
 /// by their number of bytes and CRC-32.
 std::string ValueText(const Value& value);
 
+/// A value with all its fields, for comparisons of two recordings: without what is another one in
+/// every run, and of secrets their length.
+std::string ComparedText(const Value& value);
+
 /// An argument, as it came back where the call wrote it. `back`: null when it did not return.
 std::string ArgumentText(const Argument& argument, const ArgumentValue& entered,
                          const ArgumentValue* back, bool succeeded);

@@ -38,11 +38,13 @@ int OnOne(const std::vector<std::string>& recordings, const TraceOptions& option
   return command(recordings[0], options);
 }
 
+int OnTwo(const std::vector<std::string>& recordings, const TraceOptions& options) {
+  return Diff(recordings[0], recordings[1], options);
+}
+
 constexpr CommandRow kCommands[] = {
-    {"print", 1, OnOne<Print>},
-    {"stats", 1, OnOne<Stats>},
-    {"coverage", 1, OnOne<Coverage>},
-    {"json", 1, OnOne<Json>},
+    {"print", 1, OnOne<Print>}, {"stats", 1, OnOne<Stats>}, {"coverage", 1, OnOne<Coverage>},
+    {"json", 1, OnOne<Json>},   {"diff", 2, OnTwo},         {"drive", 1, OnOne<Drive>},
 };
 
 int UsageError(const std::string& what) {
