@@ -279,6 +279,9 @@ class Generator:
 
     def pointer(self, where, kind, name, node, pointers):
         target = self.headers.strip(node.get('type'))
+        is_const = self.headers.nodes[node.get('type')].get('const') == '1'
+        if is_const and ('out' in kind):
+            raise Problem(f'{where}: annotated as {kind}, but the HAL cannot write to it')
         if kind == 'object':
             return f'obj u32 {name}', f'v.Object({name}); ', ''
         if kind == 'text':

@@ -169,6 +169,9 @@ bool Description::ParseType(std::string_view word, Type& type) const {
   const Record* const both = FindRecord(word);
   if (type.record == nullptr) type.record = both;
   if (type.returned == nullptr) type.returned = both;
+  for (const Record* const record : {type.record, type.returned}) {
+    type.isAlwaysThere = type.isAlwaysThere || (record != nullptr && record->hasBuffers);
+  }
   return !type.IsNumber();
 }
 

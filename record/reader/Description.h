@@ -20,8 +20,9 @@ struct Type {
   bool isText = false;             // its numbers are characters
   const Record* record = nullptr;  // in the arguments; what comes back may have other fields
   const Record* returned = nullptr;
-  uint32_t count = 0;     // of an array; 0: no array
-  bool isBuffer = false;  // its number of elements precedes it
+  uint32_t count = 0;          // of an array; 0: no array
+  bool isBuffer = false;       // its number of elements precedes it
+  bool isAlwaysThere = false;  // behind a pointer, even a null one
 
   bool IsNumber() const { return record == nullptr && returned == nullptr; }
 };

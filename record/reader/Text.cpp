@@ -140,9 +140,9 @@ std::string OutBufferText(const Type& type, const ArgumentValue& entered, const 
 
 std::string ValueText(const Value& value) {
   if (value.record != nullptr) return RecordText(value);
-  if (value.type->IsNumber() && (value.type->count != 0 || value.type->isBuffer)) {
+  if (value.type->IsNumber() && value.isSeveral) {
     if (value.type->isText) return Quoted(value.bytes);
-    return value.type->isBuffer ? BufferText(value) : NumbersText(value);
+    return value.type->count == 0 ? BufferText(value) : NumbersText(value);
   }
   if (value.type->IsNumber()) return NumberText(value.number, *value.type);
   if (value.items.size() > kMostShownElements)

@@ -83,6 +83,7 @@ class Walker {
   Value Several(const Type& type, uint32_t count) {
     Value value;
     value.type = &type;
+    value.isSeveral = true;
     value.count = count;
     if (type.IsNumber()) {
       value.bytes = reader_.Take(uint64_t{count} * type.bytes);
@@ -100,9 +101,7 @@ class Walker {
   ArgumentValue Pointer(const Type& type) {
     ArgumentValue argument;
     argument.isGiven = reader_.Number(1) != 0;
-    const Record* const record = isReturn_ ? type.returned : type.record;
-    const bool isThere = argument.isGiven || (record != nullptr && record->hasBuffers);
-    if (isThere) argument.value = One(type);
+    if (argument.isGiven || type.isAlwaysThere) argument.value = One(type);
     return argument;
   }
 

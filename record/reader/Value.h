@@ -38,7 +38,8 @@ struct Value {
   const Record* record = nullptr;
   uint64_t number = 0;
   Bytes bytes;               // of an array of numbers
-  uint32_t count = 0;        // of an array
+  bool isSeveral = false;    // an array or a buffer
+  uint32_t count = 0;        // of its elements
   std::vector<Value> items;  // fields of a record, or records of an array
 
   int64_t Signed() const { return static_cast<int64_t>(number); }

@@ -80,8 +80,10 @@ int Stream::NextPacket(uint64_t ns, size_t needed) {
     [[maybe_unused]] const int kept = ftruncate(fd_, fileBytes_);
     return error;
   }
+  // A large packet is for a buffer of which there may be less than its caller said.
+  const int populate = size == kPacketBytes ? MAP_POPULATE : 0;
   void* const memory =
-      mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, fd_, fileBytes_);
+      mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | populate, fd_, fileBytes_);
   if (memory == MAP_FAILED) return errno;
   fileBytes_ += static_cast<off_t>(size);
   packet_ = static_cast<uint8_t*>(memory);

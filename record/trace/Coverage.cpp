@@ -42,7 +42,7 @@ class Collected {
       for (size_t i = 0; i < value.items.size(); ++i) {
         Add(name + '.' + value.record->fields[i].name, value.items[i]);
       }
-    } else if (value.count == 0 && value.type->IsNumber() && !value.type->isBuffer) {
+    } else if (!value.isSeveral && value.type->IsNumber()) {
       seen_[name].Add(value.Signed());
     }
   }

@@ -1,0 +1,36 @@
+// A HAL with all functions and nothing behind them: they answer 0 and write nothing. The call whose
+// number STUB_FAIL names answers -1.
+#include <atomic>
+#include <cstdlib>
+
+#include "HalInterface.h"
+
+namespace {
+
+template <typename Result>
+Result Answer() {
+  static std::atomic<int> calls{0};
+  static const char* const fails = std::getenv("STUB_FAIL");
+  static const int failing = fails == nullptr ? -1 : std::atoi(fails);
+  if constexpr (std::is_pointer_v<Result>) {
+    return nullptr;
+  } else {
+    return static_cast<Result>(calls++ == failing ? -1 : 0);
+  }
+}
+
+}  // namespace
+
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+#define CVN_FUNCTION(result, name, parameters, call, arguments) \
+  extern "C" result name parameters {                           \
+    return Answer<result>();                                    \
+  }
+#define CVN_METHOD(result, name, parameters, call, arguments)
+#define CVN_CALLBACK(result, name, parameters, call, arguments)
+#define CVN_LINK_FUNCTION(result, name, parameters, call, arguments)
+#include "HalCalls.inc"
+
+RLink* RLink::Create() {
+  return nullptr;
+}

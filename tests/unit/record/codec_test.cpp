@@ -1,0 +1,241 @@
+// Every function of the HAL through the recorder's encoding, the reader's description and back.
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <limits>
+
+#include "Descriptions.inc"
+#include "HalInterface.h"
+#include "interface/Decoder.h"
+#include "reader/Value.h"
+
+namespace record {
+namespace {
+
+enum class Pattern { kLowest, kHighest, kCounting, kNull };
+
+/// Gives a call arguments: numbers at the limits of their types, and something behind each pointer.
+template <bool isReturn>
+class Filler : public Codec<Filler<isReturn>, isReturn> {
+ public:
+  Filler(Pattern pattern, Arena& arena) : pattern_(pattern), arena_(arena) {}
+
+  template <typename T>
+  void Scalar(T& value) {
+    if constexpr (std::is_enum_v<T>) {
+      value = static_cast<T>(1);
+    } else if (pattern_ == Pattern::kCounting) {
+      value = static_cast<T>(++last_);
+    } else {
+      value = pattern_ == Pattern::kHighest ? std::numeric_limits<T>::max()
+                                            : std::numeric_limits<T>::lowest();
+    }
+  }
+  template <typename T>
+  void In(T*& pointer) {
+    using Plain = std::remove_const_t<T>;
+    if (pattern_ == Pattern::kNull) return;
+    if (pointer == nullptr) pointer = static_cast<Plain*>(arena_.Allocate(sizeof(Plain)));
+    auto& value = const_cast<Plain&>(*pointer);
+    if constexpr (std::is_same_v<Plain, RLNK_CMD_PARAMS>) {
+      FillParameters(value);
+    } else if constexpr (std::is_same_v<Plain, K2V_VIDEO_RECT_T>) {
+      value = {1, 2, 30, 4};
+    } else if constexpr (IsScalar<Plain>) {
+      value = 9;  // sizes of buffers, among others
+    } else {
+      (*this)(value);
+    }
+  }
+  template <typename T>
+  void Out(T* pointer, bool) {
+    if (pointer != nullptr) In(pointer);
+  }
+  template <typename T>
+  void Given(T*& pointer) {
+    using Plain = std::remove_pointer_t<std::remove_const_t<T>*>;
+    if constexpr (std::is_void_v<T>) {
+      pointer = arena_.Allocate(1);
+    } else if (pattern_ != Pattern::kNull) {
+      pointer = static_cast<T*>(arena_.Allocate(sizeof(Plain)));
+    }
+  }
+  template <typename T>
+  void InBuffer(T*& elements, uint64_t) {
+    if (pattern_ == Pattern::kNull) return;
+    void* const memory = arena_.Allocate(kRoom);
+    std::memset(memory, 0xA5, kRoom);
+    elements = static_cast<T*>(memory);
+  }
+  template <typename T>
+  void InSecret(T*& secret, uint64_t size) {
+    InBuffer(secret, size);
+  }
+  template <typename T>
+  void Room(T*& elements, uint64_t count) {
+    InBuffer(elements, count);
+  }
+  template <typename T>
+  void OutBuffer(T*, uint64_t, bool) {}
+  void OutSecret(const void*, uint64_t, bool) {}
+  void OutText(char* text, uint64_t, bool) {
+    if (text != nullptr) std::strcpy(text, "text");
+  }
+  void InText(const char*& text) { text = pattern_ == Pattern::kNull ? nullptr : "name"; }
+  template <typename Function>
+  void Callback(Function&) {}
+  template <typename T>
+  void Object(T*&) {}
+  template <typename T>
+  void NewObject(T*&) {}
+  template <typename T>
+  void HalRecord(T*& record) {
+    In(record);
+  }
+  void CallerMemory(uint8_t*&, uint32_t) {}
+  template <typename T>
+  void HalMemory(T*& memory, uint32_t) {
+    memory = static_cast<T*>(arena_.Allocate(kRoom));
+  }
+  void LinkValue(RLNK_CMD_PARAM&, uint32_t) {}
+  void LinkMemory(RLNK_CMD_PARAM&, uint32_t) {}
+
+ private:
+  static constexpr size_t kRoom = 1 << 17;
+
+  // A value and memory each way.
+  void FillParameters(RLNK_CMD_PARAMS& params) {
+    params = {7, 0x7325, {}};
+    for (unsigned i = 0; i < RLNK_PARAM_COUNT; ++i) params.param[i] = {i + 1, 16};
+    for (const unsigned i : {0U, 3U}) {
+      void* const memory = arena_.AllocateLow(16, 0);
+      std::memset(memory, 0x5A, 16);
+      params.param[i].a = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(memory));
+    }
+  }
+
+  Pattern pattern_;
+  Arena& arena_;
+  unsigned last_ = 0;
+};
+
+template <bool isReturn, typename Call>
+std::vector<uint8_t> Encoded(Call& call, CodecContext& context) {
+  std::vector<uint8_t> bytes(256);
+  for (;;) {
+    Encoder<isReturn> encoder(context, bytes.data(), bytes.size());
+    if constexpr (isReturn) {
+      call.Return(encoder);
+    } else {
+      call.Entry(encoder);
+    }
+    const bool fits = encoder.Fits();
+    bytes.resize(encoder.Size());
+    if (fits) return bytes;
+  }
+}
+
+class EveryCall : public testing::Test {
+ protected:
+  EveryCall() {
+    std::string error;
+    description_ = Description::Parse(kDescription, error);
+    EXPECT_EQ(error, "");
+  }
+
+  void ExpectDescribed(unsigned index, bool isReturn, const std::vector<uint8_t>& bytes) {
+    const Function& function = description_->Functions().at(index);
+    bool good = false;
+    ReadCall(function, isReturn, bytes, good);
+    EXPECT_TRUE(good) << function.name << (isReturn ? ", return" : ", entry") << ", bytes "
+                      << bytes.size() << ", described as " << function.line;
+    EXPECT_EQ(SizeOfCall(function, isReturn, bytes), bytes.size()) << function.name;
+    if (bytes.empty()) return;
+    const Bytes cut = Bytes(bytes).first(bytes.size() - 1);
+    EXPECT_EQ(SizeOfCall(function, isReturn, cut), std::nullopt) << function.name;
+  }
+
+  template <typename Call>
+  void Check(Pattern pattern) {
+    Arena arena, again;
+    CodecContext context;
+    Call call{};
+    Filler<false> entry(pattern, arena);
+    call.Entry(entry);
+    const std::vector<uint8_t> bytes = Encoded<false>(call, context);
+    ExpectDescribed(Call::kIndex, false, bytes);
+
+    Call decoded{};
+    EntryDecoder decoder(context, bytes, again);
+    decoded.Entry(decoder);
+    const bool isWhole = !decoder.HadSecrets() && bytes.size() < 1 << 16;
+    EXPECT_TRUE(!isWhole || Encoded<false>(decoded, context) == bytes) << Call::kSymbol;
+
+    Filler<true> back(pattern == Pattern::kNull ? Pattern::kNull : Pattern::kLowest, arena);
+    call.Return(back);
+    ExpectDescribed(Call::kIndex, true, Encoded<true>(call, context));
+  }
+
+  std::unique_ptr<Description> description_;
+};
+
+TEST_F(EveryCall, IsReadAsItWasWrittenAtTheLimitsOfItsTypes) {
+  for (const Pattern pattern :
+       {Pattern::kLowest, Pattern::kHighest, Pattern::kCounting, Pattern::kNull}) {
+#define CVN_FUNCTION(result, name, parameters, call, arguments) Check<call>(pattern);
+#define CVN_METHOD(result, name, parameters, call, arguments) Check<call>(pattern);
+#define CVN_LINK_FUNCTION(result, name, parameters, call, arguments) Check<call>(pattern);
+#define CVN_CALLBACK(result, name, parameters, call, arguments) Check<call>(pattern);
+#include "HalCalls.inc"
+  }
+}
+
+TEST_F(EveryCall, NamesFunctionsOfOtherHeaders) {
+  std::string other = kDescription, error;
+  const auto replace = [&other](const std::string& from, const std::string& to) {
+    const size_t at = other.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    other.replace(at, from.size(), to);
+  };
+  replace("call K2V_RHAL_VSC_Open|val i32|val u32 wid",
+          "call K2V_RHAL_VSC_Open|val i32|val u8 wid");
+  replace("record K2V_VPQ_HISTOGRAM_T|u16 nAverage", "record K2V_VPQ_HISTOGRAM_T|u32 nAverage");
+  const auto changed = Description::Parse(other, error);
+  ASSERT_NE(changed, nullptr) << error;
+  EXPECT_EQ(description_->Differences(*changed),
+            (std::vector<std::string>{"K2V_RHAL_VPQ_GetHistoData", "K2V_RHAL_VPQ_GetHistogram",
+                                      "K2V_RHAL_VSC_Open"}));
+}
+
+// A buffer that is shorter than its size says must not end the harness.
+TEST(Buffers, AreReadAsFarAsTheyAreThere) {
+  Arena arena;
+  auto* const memory = static_cast<uint8_t*>(arena.AllocateLow(4096, 0));
+  std::memset(memory, 7, 4096);
+  std::vector<uint8_t> copy(1 << 20);
+  const size_t there = CopyReadable(copy.data(), memory, copy.size());
+  EXPECT_GE(there, 4096U);
+  EXPECT_EQ(copy[4095], 7);
+  EXPECT_EQ(CopyReadable(copy.data(), nullptr, 16), 0U);
+}
+
+TEST(Digests, AreThoseOfSha256) {
+  const auto digest = [](std::string_view text) {
+    const std::span<const uint8_t> parts[] = {
+        {reinterpret_cast<const uint8_t*>(text.data()), text.size()}};
+    std::string hex;
+    char digits[3];
+    for (const uint8_t byte : Sha256(parts)) {
+      std::snprintf(digits, sizeof digits, "%02x", byte);
+      hex += digits;
+    }
+    return hex;
+  };
+  EXPECT_EQ(digest("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(digest("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
+            "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
+  EXPECT_NE(SaltedDigest({1}, "key", 3).bytes[0], SaltedDigest({2}, "key", 3).bytes[0]);
+}
+
+}  // namespace
+}  // namespace record
