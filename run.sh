@@ -1,7 +1,7 @@
 #!/bin/bash
 # Opens the harness's console on the simulated board; installs and builds first what is missing.
 set -euo pipefail
-usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--panel] [--report] [--help] [-- ARGUMENT...]'
+usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--panel] [--report] [--record DIR] [--help] [-- ARGUMENT...]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/sim/board/options.sh"
@@ -19,6 +19,8 @@ $usage
                    print its address; installs what that needs
   --report         show the last run whose results are on the board as a page, nothing else: made
                    anew in the board's directory, opened where there is a desktop, else named
+  --record DIR     record all HAL calls in DIR, a new or empty directory (docs/RECORDING.md);
+                   installs and builds what that needs
   -- ARGUMENT...   the rest goes to cvntester; with --eyes among it, what looks at the simulated
                    panel is installed and built, too
 TEXT
@@ -52,6 +54,7 @@ OpenClosedDescriptors
 board=$here/board
 panel=0
 report=0
+record=
 while (($#)); do
   case $1 in
     --help)
@@ -65,6 +68,11 @@ while (($#)); do
     --report)
       report=1
       shift
+      ;;
+    --record)
+      [[ -n ${2-} ]] || UsageError '--record needs a directory'
+      record=$2
+      shift 2
       ;;
     --)
       shift
@@ -90,16 +98,22 @@ done
 NeedPackages "${run_packages[@]}"
 ((!panel)) || NeedPackages "${panel_packages[@]}"
 ((!eyes)) || NeedPackages "${eyes_packages[@]}"
+[[ -z $record ]] || NeedPackages "${record_packages[@]}"
 IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
 # A build from before the libraries were there has neither.
 ((!panel)) || [[ -x $here/build/release/bin/cvnpanel ]] || Configure release
 ((!eyes)) || [[ -x $here/build/release/bin/cvneyes ]] || Configure release
 Build release simulated_board
+if [[ -n $record ]]; then
+  [[ -f $here/build/release/lib/libcvnrecord.so ]] || Configure release -DCVN_BUILD_RECORDER=ON
+  Build release recording
+fi
 
 board_options=(--board "$board" --os "$os")
 ((!fresh)) || board_options+=(--fresh)
 ((!keep_on)) || board_options+=(--keep-on)
 [[ -z $scenario ]] || board_options+=(--scenario "$scenario")
+[[ -z $record ]] || board_options+=(--record "$record")
 
 # What only prints something about the program needs no board.
 for argument; do

@@ -50,6 +50,15 @@ PrepareBoard() {
   InstallBusybox
 }
 
+# PrepareRecording: makes `record`, which has to be empty, absolute.
+PrepareRecording() {
+  [[ -f $build/lib/libcvnrecord.so ]] || Die 1 "no recorder in $build"
+  [[ ! -e $record || -d $record && -z $(ls -A "$record" 2>&1) ]] ||
+    Die 2 "$record is not empty; a recording needs a directory of its own"
+  mkdir -p "$record" 2>/dev/null || Die 1 "cannot make the directory $record"
+  record=$(cd "$record" && pwd)
+}
+
 # The first power supply of a new board.
 MakeRoot() {
   local new=$board/root.new node

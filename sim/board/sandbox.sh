@@ -51,6 +51,13 @@ BoardEnvironment() {
   done
   # On this machine as it is there is no such file to be had.
   [[ $sandbox == none ]] || board_env+=(CVNSIM_REGISTER=/sys/crt/register)
+  if [[ -n $record ]]; then
+    case $sandbox in
+      bwrap) board_env+=(CVN_RECORD=/recording LD_PRELOAD=/opt/cvntester/lib/libcvnrecord.so) ;;
+      none) board_env+=(CVN_RECORD="$record" LD_PRELOAD="$build/lib/libcvnrecord.so") ;;
+      *) Die 1 '--record needs bubblewrap, or this machine as it is (CVN_SANDBOX=none)' ;;
+    esac
+  fi
   board_env+=("${extra_env[@]}")
 }
 
@@ -72,6 +79,7 @@ BwrapArguments() {
     --ro-bind-try "$build/media/www" /opt/cvntester/www
     --ro-bind-try "$build/eyes" /opt/cvntester/eyes
   )
+  [[ -z $record ]] || bwrap_args+=(--bind "$record" /recording)
   for name in bin sbin lib lib32 lib64 libx32; do
     [[ -L /$name || ! -d /$name ]] || bwrap_args+=(--ro-bind "/$name" "/$name")
   done
