@@ -506,11 +506,17 @@ class Generator:
     def descriptions(self):
         description = self.description()
         fingerprint = hashlib.sha256(description.encode()).hexdigest()[:16]
-        literal = lambda text: '\n'.join('"' + line.replace('\\', '\\\\').replace('"', '\\"') + '\\n"'
-                                         for line in text.splitlines())
-        return (f'inline constexpr char kFingerprint[] = "{fingerprint}";\n'
-                f'inline constexpr char kDescription[] =\n{literal(description)};\n'
-                f'inline constexpr char kMetadata[] =\n{literal(self.metadata())};\n')
+        quoted = lambda line: '"' + line.replace('\\', '\\\\').replace('"', '\\"') + '\\n"'
+
+        def lines(name, text):
+            return (f'inline constexpr const char* {name}[] = {{\n' +
+                    ',\n'.join(quoted(line) for line in text.splitlines()) + '};\n')
+        return ('#pragma once\n#include <string>\nnamespace record {\n'
+                f'inline constexpr char kFingerprint[] = "{fingerprint}";\n' +
+                lines('kDescription', description) + lines('kMetadata', self.metadata()) +
+                'inline std::string TextOf(const auto& lines) {\n  std::string text;\n'
+                '  for (const char* line : lines) text += line;\n  return text;\n}\n'
+                '}  // namespace record\n')
 
 
 def write_if_changed(path, text):

@@ -76,6 +76,9 @@ class Codec {
   void operator()(T& value) {
     if constexpr (IsScalar<std::remove_const_t<T>>) {
       self().Scalar(value);
+    } else if constexpr (std::is_array_v<T> &&
+                         IsScalar<std::remove_cv_t<std::remove_extent_t<T>>>) {
+      self().Numbers(value);
     } else if constexpr (std::is_array_v<T>) {
       for (auto& element : value) (*this)(element);
     } else {
@@ -135,6 +138,12 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
   void Scalar(T value) {
     if (size_ + sizeof value <= room_) std::memcpy(memory_ + size_, &value, sizeof value);
     size_ += sizeof value;
+  }
+
+  template <typename T>
+  void Numbers(const T& numbers) {
+    if (size_ + sizeof numbers <= room_) std::memcpy(memory_ + size_, &numbers, sizeof numbers);
+    size_ += sizeof numbers;
   }
 
   void Given(const void* pointer) { Scalar(uint8_t{pointer != nullptr}); }

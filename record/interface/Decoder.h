@@ -80,6 +80,10 @@ class EntryDecoder : public Codec<EntryDecoder, false> {
   void Scalar(T& value) {
     bytes_.Take(&value, sizeof value);
   }
+  template <typename T>
+  void Numbers(T& numbers) {
+    bytes_.Take(&numbers, sizeof numbers);
+  }
 
   template <typename T>
   void Given(T*& pointer) {

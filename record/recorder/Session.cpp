@@ -82,7 +82,7 @@ Salt FromHex(std::string_view text) {
 
 std::string Metadata(const std::string& salt) {
   std::string text = "/* CTF 1.8 */\n/* cvn-descriptions\n";
-  text += kDescription;
+  text += TextOf(kDescription);
   text +=
       "*/\ntrace { major = 1; minor = 8; byte_order = le; packet.header := struct { "
       "integer { size = 32; align = 8; signed = false; } magic; }; };\n";
@@ -93,7 +93,7 @@ std::string Metadata(const std::string& salt) {
       "clock { name = monotonic; freq = 1000000000; };\n"
       "typealias integer { size = 64; align = 8; signed = false; "
       "map = clock.monotonic.value; } := time;\n";
-  text += kMetadata;
+  text += TextOf(kMetadata);
   text +=
       "stream { packet.context := struct { u32 pid; u32 tid; u32 parent_pid; "
       "time timestamp_begin; u64 content_size; u64 packet_size; }; "

@@ -13,7 +13,9 @@
 namespace record {
 namespace {
 
-constexpr size_t kPacketBytes = 64 << 10;
+// The first packet is small: most processes that a run forks call little.
+constexpr size_t kFirstPacketBytes = 64 << 10;
+constexpr size_t kPacketBytes = 256 << 10;
 constexpr size_t kPageBytes = 64 << 10;  // the largest of our architectures
 
 size_t WholePages(size_t bytes) {
@@ -75,13 +77,14 @@ int Stream::NextPacket(uint64_t ns, size_t needed) {
   if (fd_ < 0) {
     if (const int error = Open()) return error;
   }
-  const size_t size = WholePages(std::max(kPacketBytes, sizeof(PacketHeader) + needed));
+  const size_t usual = fileBytes_ == 0 ? kFirstPacketBytes : kPacketBytes;
+  const size_t size = WholePages(std::max(usual, sizeof(PacketHeader) + needed));
   if (const int error = posix_fallocate(fd_, fileBytes_, static_cast<off_t>(size))) {
     [[maybe_unused]] const int kept = ftruncate(fd_, fileBytes_);
     return error;
   }
   // A large packet is for a buffer of which there may be less than its caller said.
-  const int populate = size == kPacketBytes ? MAP_POPULATE : 0;
+  const int populate = size <= kPacketBytes ? MAP_POPULATE : 0;
   void* const memory =
       mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | populate, fd_, fileBytes_);
   if (memory == MAP_FAILED) return errno;

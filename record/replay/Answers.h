@@ -41,6 +41,10 @@ class ReturnDecoder : public Codec<ReturnDecoder, true> {
   void Scalar(T& value) {
     bytes_.Take(&value, sizeof value);
   }
+  template <typename T>
+  void Numbers(T& numbers) {
+    bytes_.Take(&numbers, sizeof numbers);
+  }
 
   template <typename T>
   void Out(T* pointer, bool) {

@@ -85,7 +85,7 @@ ReplaySession& ReplaySession::Get() {
     const char* const directory = std::getenv("CVN_REPLAY");
     if (directory == nullptr || *directory == '\0') Refuse("CVN_REPLAY names no recording");
     std::string error;
-    auto store = Store::Load(directory, kDescription, error);
+    auto store = Store::Load(directory, record::TextOf(kDescription), error);
     if (store == nullptr) Refuse(error);
     for (const std::string& problem : store->Problems()) Say(problem + "; replayed up to there");
     return new ReplaySession(std::move(store));

@@ -170,7 +170,7 @@ int Drive(const std::string& directory, const TraceOptions& options) {
   const auto recording = OpenOrSay(directory);
   if (recording == nullptr) return kUsage;
   std::string error;
-  const auto own = Description::Parse(kDescription, error);
+  const auto own = Description::Parse(TextOf(kDescription), error);
   for (const std::string& name : own->Differences(recording->Calls())) {
     std::fprintf(stderr, "cvntrace: recorded with another %s\n", name.c_str());
     error = "other headers";

@@ -32,6 +32,10 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
     }
   }
   template <typename T>
+  void Numbers(T& numbers) {
+    for (auto& number : numbers) Scalar(number);
+  }
+  template <typename T>
   void In(T*& pointer) {
     using Plain = std::remove_const_t<T>;
     if (pattern_ == Pattern::kNull) return;
@@ -139,7 +143,7 @@ class EveryCall : public testing::Test {
  protected:
   EveryCall() {
     std::string error;
-    description_ = Description::Parse(kDescription, error);
+    description_ = Description::Parse(TextOf(kDescription), error);
     EXPECT_EQ(error, "");
   }
 
@@ -191,7 +195,7 @@ TEST_F(EveryCall, IsReadAsItWasWrittenAtTheLimitsOfItsTypes) {
 }
 
 TEST_F(EveryCall, NamesFunctionsOfOtherHeaders) {
-  std::string other = kDescription, error;
+  std::string other = TextOf(kDescription), error;
   const auto replace = [&other](const std::string& from, const std::string& to) {
     const size_t at = other.find(from);
     ASSERT_NE(at, std::string::npos) << from;

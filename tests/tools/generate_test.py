@@ -1,0 +1,63 @@
+"""record/generate.py on small headers: what it cannot know ends the build with a name."""
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+GENERATE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..', 'record', 'generate.py')
+LINK = '''#pragma once
+class RLink { public: static RLink* Create(); virtual ~RLink() = default; };
+'''
+ANNOTATIONS = 'RLink::Create return=object\n'
+
+
+class Generate(unittest.TestCase):
+    def run_on(self, declarations, annotations):
+        with tempfile.TemporaryDirectory() as directory:
+            headers = os.path.join(directory, 'headers')
+            os.mkdir(headers)
+            for name, text in (('rlink.h', LINK), ('hal.h', '#pragma once\nextern "C" {\n' +
+                                                   declarations + '\n}\n')):
+                with open(os.path.join(headers, name), 'w', encoding='utf-8') as file:
+                    file.write(text)
+            table = os.path.join(directory, 'annotations.txt')
+            with open(table, 'w', encoding='utf-8') as file:
+                file.write(ANNOTATIONS + annotations)
+            done = subprocess.run([sys.executable, GENERATE, '--headers', headers, '--annotations',
+                                   table, '--output', os.path.join(directory, 'out')],
+                                  capture_output=True, text=True, check=False)
+            if done.returncode != 0:
+                return done.stderr
+            with open(os.path.join(directory, 'out', 'Descriptions.inc'), encoding='utf-8') as file:
+                return file.read()
+
+    def test_what_is_not_annotated_is_named(self):
+        rows = (
+            ('int K2V_Set(const int* value);', '', 'K2V_Set, parameter value: a pointer without'),
+            ('struct R { char* text; }; int K2V_Get(struct R* r);', 'K2V_Get r=out\n',
+             'record R, field text: a pointer without'),
+            ('typedef void (*CB)(int); int K2V_Notify(CB cb);', '',
+             'K2V_Notify, parameter cb: a callback without'),
+            ('const int* K2V_Find(void);', '', 'K2V_Find: its result is a pointer without'),
+            ('int K2V_Set(double value);', '', 'K2V_Set, parameter value: nothing is known of its type'),
+            ('int K2V_Set(const int* value);', 'K2V_Set value=out\n', 'the HAL cannot write to it'),
+            ('int K2V_Set(int* value);', 'K2V_Set value=sideways\n', 'no kind of annotation: sideways'),
+            ('int K2V_Set(int value);', 'K2V_Gone value=in\n', 'annotations without a function: K2V_Gone'),
+        )
+        for declarations, annotations, expected in rows:
+            with self.subTest(declarations=declarations):
+                self.assertIn(expected, self.run_on(declarations, annotations))
+
+    def test_sizes_and_directions_are_described(self):
+        described = self.run_on(
+            'typedef struct { short a; struct { unsigned char b[3]; } c[2]; } R;\n'
+            'int K2V_Do(unsigned n, const R* in, R* out, const char* data);',
+            'K2V_Do in=in out=out data=in[n]\n')
+        self.assertIn('"record R_c|u8[3] b\\n"', described)
+        self.assertIn('"record R|i16 a|R_c[2] c\\n"', described)
+        self.assertIn('"call K2V_Do|val i32|val u32 n|in R in|out R out|inb char data\\n"', described)
+
+
+if __name__ == '__main__':
+    unittest.main()
