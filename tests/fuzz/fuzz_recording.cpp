@@ -22,6 +22,19 @@ const std::string& Directory() {
   return directory;
 }
 
+/// The bytes of a text that begins with "hex", in which what the fuzzer starts from is kept.
+std::string FromHex(std::string_view text) {
+  std::string bytes;
+  int digits = 0, byte = 0;
+  for (const char c : text) {
+    const bool isLetter = c >= 'a' && c <= 'f';
+    if (!isLetter && (c < '0' || c > '9')) continue;
+    byte = byte << 4 | (isLetter ? c - 'a' + 10 : c - '0');
+    if (++digits % 2 == 0) bytes.push_back(static_cast<char>(byte));
+  }
+  return bytes;
+}
+
 std::string Text(const record::Call& call) {
   bool isEntryGood = false, isBackGood = false;
   const auto entry = ReadCall(*call.function, false, call.entry, isEntryGood);
@@ -51,7 +64,12 @@ void ReadStream(std::string_view bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-  ReadStream(bytes);
+  constexpr std::string_view kHex = "hex\n";
+  if (bytes.starts_with(kHex)) {
+    ReadStream(FromHex(bytes.substr(kHex.size())));
+  } else {
+    ReadStream(bytes);
+  }
   std::string error;
   const auto description = record::Description::Parse(bytes, error);
   fuzz::Require((description == nullptr) == !error.empty(), "refused without a reason");
