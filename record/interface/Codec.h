@@ -43,6 +43,7 @@ inline constexpr bool kHasBuffers = false;
 enum : uint32_t {
   kMaxBufferBytes = 16 << 20,  // of one buffer; what follows is not recorded
   kMaxTextBytes = 4096,
+  kMaxSecretBytes = 4096,  // that count for the digest
 };
 
 /// Stand-ins for secrets of which a recording has the digest alone.
@@ -219,10 +220,10 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
     In(record);
   }
 
-  void CallerMemory(const void* memory, uint32_t bytes) {
+  void CallerMemory(const void* memory, uint64_t bytes) {
     Memory(static_cast<const uint8_t*>(memory), memory == nullptr ? 0 : bytes);
   }
-  void HalMemory(const void* memory, uint32_t bytes) { CallerMemory(memory, bytes); }
+  void HalMemory(const void* memory, uint64_t bytes) { CallerMemory(memory, bytes); }
 
   void LinkValue(const RLNK_CMD_PARAM& param, uint32_t type) {
     const bool isMemory = LinkParameter::IsMemory(type);
@@ -273,10 +274,13 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
     size_ += kept * sizeof(T);
   }
 
+  // As every buffer of the caller a secret may be shorter than its size says.
   void Secret(const void* secret, uint64_t bytes) {
-    const size_t size = static_cast<size_t>(std::min<uint64_t>(bytes, kMaxBufferBytes));
-    ShortDigest digest = SaltedDigest(context_.salt, secret, size);
-    if (context_.secrets != nullptr) digest = context_.secrets->Given(digest, secret, size);
+    uint8_t copy[kMaxSecretBytes];
+    const size_t most = static_cast<size_t>(std::min<uint64_t>(bytes, sizeof copy));
+    const size_t size = CopyReadable(copy, secret, most);
+    ShortDigest digest = SaltedDigest(context_.salt, copy, size);
+    if (context_.secrets != nullptr) digest = context_.secrets->Given(digest, copy, size);
     Scalar(static_cast<uint32_t>(bytes));
     (*this)(digest.bytes);
   }

@@ -105,14 +105,14 @@ class ReturnDecoder : public Codec<ReturnDecoder, true> {
     (*this)(const_cast<Plain&>(*record));
   }
 
-  void CallerMemory(uint8_t* memory, uint32_t room) {
+  void CallerMemory(uint8_t* memory, uint64_t room) {
     const auto content = bytes_.TakeBytes(bytes_.TakeCount());
     if (memory != nullptr)
-      std::copy_n(content.begin(), std::min<size_t>(content.size(), room), memory);
+      std::copy_n(content.begin(), std::min<uint64_t>(content.size(), room), memory);
   }
 
   template <typename T>
-  void HalMemory(T*& memory, uint32_t) {
+  void HalMemory(T*& memory, uint64_t) {
     const auto content = bytes_.TakeBytes(bytes_.TakeCount());
     auto* const copy = static_cast<uint8_t*>(halMemory_.Allocate(content.size()));
     std::ranges::copy(content, copy);

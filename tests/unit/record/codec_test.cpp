@@ -96,9 +96,9 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
   void HalRecord(T*& record) {
     In(record);
   }
-  void CallerMemory(uint8_t*&, uint32_t) {}
+  void CallerMemory(uint8_t*&, uint64_t) {}
   template <typename T>
-  void HalMemory(T*& memory, uint32_t) {
+  void HalMemory(T*& memory, uint64_t) {
     memory = static_cast<T*>(arena_.Allocate(kRoom));
   }
   void LinkValue(RLNK_CMD_PARAM&, uint32_t) {}

@@ -218,7 +218,7 @@ TEST_P(Differences, AreNamedByDiffAndByReplay) {
   const std::string two = Recording("two", kind == "result" ? "" : words, fails);
   const std::string function = kind == "surplus" ? "K2V_RHAL_VSC_DM_Open" : FunctionOf(call);
 
-  const Result diff = Trace("diff " + one + ' ' + two);
+  const Result diff = Trace("diff --slower 1e9 " + one + ' ' + two);
   EXPECT_EQ(diff.status, 1);
   EXPECT_EQ(Lines(diff.output), 2U) << diff.output;
   EXPECT_NE(diff.output.find(function), std::string::npos) << diff.output;
@@ -272,7 +272,7 @@ TEST(Tool, CountsExportsAndDrives) {
       << coverage.output;
   EXPECT_NE(coverage.output.find("\n  K2V_RHAL_VSC_DM_Open\n"), std::string::npos);
   EXPECT_EQ(Shell(CVN_TRACE " json " + recording + " | jq '.traceEvents | length'").output, "30\n");
-  const std::string drive = "drive --library " CVN_STUB_HAL " " + recording;
+  const std::string drive = "drive --slower 1e9 --library " CVN_STUB_HAL " " + recording;
   EXPECT_EQ(Trace(drive).output, "no differences\n");
   const Result changed = Shell("STUB_FAIL=7 " CVN_TRACE " " + drive);
   EXPECT_EQ(changed.status, 1);
