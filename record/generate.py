@@ -282,6 +282,9 @@ class Generator:
         is_const = self.headers.nodes[node.get('type')].get('const') == '1'
         if is_const and ('out' in kind):
             raise Problem(f'{where}: annotated as {kind}, but the HAL cannot write to it')
+        is_number = target.tag in ('FundamentalType', 'Enumeration') and target.get('name') != 'void'
+        if not is_const and is_number and re.match(r'in(\[|$)|secret-in', kind):
+            raise Problem(f'{where}: annotated as {kind}, but the HAL can write to it')
         if kind == 'object':
             return f'obj u32 {name}', f'v.Object({name}); ', ''
         if kind == 'text':

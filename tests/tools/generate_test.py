@@ -42,6 +42,7 @@ class Generate(unittest.TestCase):
             ('const int* K2V_Find(void);', '', 'K2V_Find: its result is a pointer without'),
             ('int K2V_Set(double value);', '', 'K2V_Set, parameter value: nothing is known of its type'),
             ('int K2V_Set(const int* value);', 'K2V_Set value=out\n', 'the HAL cannot write to it'),
+            ('int K2V_Get(int* value);', 'K2V_Get value=in\n', 'the HAL can write to it'),
             ('int K2V_Set(int* value);', 'K2V_Set value=sideways\n', 'no kind of annotation: sideways'),
             ('int K2V_Set(int value);', 'K2V_Gone value=in\n', 'annotations without a function: K2V_Gone'),
         )
