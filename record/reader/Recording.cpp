@@ -83,6 +83,7 @@ bool StreamReader::PeekBegin(uint64_t& ns) {
   if (!ReadPacket()) return false;
   ns = header_.beginNs;
   offset_ = 0;  // it is read again when its turn comes
+  isCut_ = false;
   packet_ = {};
   return true;
 }
