@@ -91,7 +91,7 @@ TEST_F(EyesOnTheBoard, JudgeSettingsOfThePictureQuality) {
 
 TEST_F(EyesOnTheBoard, LearnWhatAnOperatorCallsRight) {
   Put("/tmp/set/rules", "from command:cvnsim camera --y4m --pictures 1\ntrust black\n");
-  const auto run = [this](const char* task) {
+  const auto run = [](const char* task) {
     return std::vector<std::string>{
         "--run",  "VscModule/29", "VscModule/30", "--eyes", std::string("cvneyes ") + task,
         "--json", "/tmp/o.json",  "--color",      "never"};
