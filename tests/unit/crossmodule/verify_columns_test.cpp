@@ -164,6 +164,11 @@ TEST(VerifyVo, PrintsSettingsCountersAndTheFirstFailure) {
   EXPECT_EQ(std::regex_replace(run.console, std::regex("\\[VOUT\\] \\S+ :0\n"), ""), expected);
 }
 
+TEST(VerifyVo, SaysThatAllIsWell) {
+  const std::string same = "t\n" + Vo(0) + Vo(1);
+  EXPECT_TRUE(RunVerifier(Verify_VO, same, same).console.ends_with("Done!!@2, rst=0\n"));
+}
+
 /// The first row of 200 that fails when all of them differ; -1 when none does.
 int FirstFailing(bool scaler, const std::string& rate, int errorSeconds, int syncSeconds,
                  int firstFrame = 0) {

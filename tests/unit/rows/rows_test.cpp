@@ -237,11 +237,20 @@ std::string FunctionOf(const std::string& call) {
   return call.substr(0, call.find('('));
 }
 
+bool HasWord(const std::string& name, const char* word) {
+  return std::ranges::count(WordsOf(name), word) != 0;
+}
+
 /// Whether all calls are of a function, or read what it sets.
 bool AreCallsOf(const Lines& calls, const std::string& function) {
-  return std::ranges::all_of(calls, [&](const std::string& call) {
-    return AreOneName(SubjectOf(function), SubjectOf(FunctionOf(call)));
-  });
+  const bool gets = HasWord(function, "get");
+  const bool sets = HasWord(function, "set");
+  const auto isSetter = [](const std::string& call) { return HasWord(FunctionOf(call), "set"); };
+  return (!gets || std::ranges::none_of(calls, isSetter)) &&
+         (!sets || calls.empty() || std::ranges::any_of(calls, isSetter)) &&
+         std::ranges::all_of(calls, [&](const std::string& call) {
+           return AreOneName(SubjectOf(function), SubjectOf(FunctionOf(call)));
+         });
 }
 
 bool ContainsInAnyCase(const std::string& text, const std::string& part) {

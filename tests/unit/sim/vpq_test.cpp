@@ -78,6 +78,9 @@ TEST(Vpq, KeepsSettingsThatHaveTwoWays) {
   EXPECT_EQ(map.nPoint[10], 1023);
 
   EXPECT_EQ(K2V_RHAL_VPQEX_SetMagicColorTempOffset(9, -128, 0, 127), kOk);
+  EXPECT_EQ(K2V_RHAL_VPQEX_SetMagicColorTempOffset(10, 0, 0, 0), kParam);
+  EXPECT_EQ(K2V_RHAL_VPQEX_SetMagicColorTempOffset(8, 127, -128, 127), kOk);
+  EXPECT_EQ(K2V_RHAL_VPQEX_SetMagicColorTempOffset(8, 128, 0, 0), kParam);
   K2V_VPQ_MAGIC_COLOR_TEMP_T factory{};
   factory.nIndex = 9;
   EXPECT_EQ(K2V_RHAL_VPQEX_GetMagicColorTempByIndex(&factory), kOk);
