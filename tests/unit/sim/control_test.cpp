@@ -78,6 +78,16 @@ TEST(Signal, StandardTimingsHaveStandardClocks) {
   EXPECT_GT(standard, 30);
 }
 
+TEST(State, ShowsWhatIsProgrammed) {
+  EXPECT_NE(simhal::State().find("programmed failures:\n  none\n"), std::string::npos);
+  simhal::Apply("fail K2V_RHAL_VPQ_SetNR -7 --at 3 --times 2");
+  EXPECT_NE(simhal::State().find("programmed failures:\n  K2V_RHAL_VPQ_SetNR answers -7, after 2 "
+                                 "calls, 2 times\n"),
+            std::string::npos)
+      << simhal::State();
+  EXPECT_EQ(simhal::State().find("2 times\n  none"), std::string::npos);
+}
+
 TEST(Signal, NeedsCableSourceAndHotPlug) {
   const auto width = [] { return TimingOf(0).active.w; };
   simhal::Apply("lock 0 0");
