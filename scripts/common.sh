@@ -14,7 +14,7 @@ record_packages=(castxml python3)
 report_packages=(python3 python3-jinja2 python3-pil)
 test_packages=("${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}"
   babeltrace2 clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck edid-decode openssl valgrind jq libxml2-utils perl
-  python3-hypothesis python3-junitparser tidy poppler-utils)
+  python3-hypothesis python3-junitparser python3-yaml tidy poppler-utils)
 browser_packages=(chromium python3-websocket)
 analysis_packages=(clang-tidy cppcheck)
 
