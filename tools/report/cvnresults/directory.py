@@ -211,6 +211,8 @@ def _take_line(part, fields):
         part.tests.append(clean_line(value))
     elif kind == 'start':
         part.attempts.append(Attempt(part, len(part.attempts) + 1, clean_line(value), 'ERROR', CUT_OFF, 0))
+    elif kind == 'suspect':
+        return bool(part.attempts) and part.attempts[-1].id == clean_line(value)
     else:
         return kind == 'directory'
     return True
