@@ -51,7 +51,9 @@ class KillsTest : public test::UnattendedTest {
   std::map<std::string, Results> ReadAll() const {
     const auto text = [&](const char* file) { return FileText(OnBoard(file)); };
     constexpr char kCase[] =
-        "<testcase [^>]*name=\"(\\S+) [^>]*>\\n *(?:<(error|failure|skipped))?";
+        "<testcase [^>]*name=\"(\\S+) [^>]*>\\s*(?:<properties>\\s*(?:<property "
+        "[^>]*>\\s*)*</properties>)?"
+        "\\s*(?:<(error|failure|skipped))?";
     const std::string merged = test::RunShell(CVN_SOURCE_DIRECTORY "/tools/report/cvnreport " +
                                               test::Quoted(OnBoard("/tmp/res")) + " --junit -")
                                    .output;

@@ -104,7 +104,7 @@ TEST_F(Processes, AProcessIsLeftBehindWhereThatIsOrdered) {
   setenv("CVNSIM_SCENARIO", (board_ + "/other").c_str(), 1);
   ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
   EXPECT_EQ(Client("h-init >/dev/null 2>&1").status, 0);
-  std::ifstream children("/proc/self/task/" + std::to_string(getpid()) + "/children");
+  std::ifstream children("/proc/thread-self/children");
   pid_t left = 0;
   children >> left;
   ASSERT_GT(left, 0) << "nobody is left";
