@@ -209,11 +209,9 @@ TEST_F(RunTest, OrderIsAnotherOneInEachRoundAndTheSameForASeed) {
   EXPECT_EQ(rounds[0], rounds[1]);
 }
 
-/// The program with these arguments: its exit status.
+/// The program with these arguments, in a process of its own: its exit status.
 int Main(const Lines& words) {
-  int status = -1;
-  scripted::Play("", [&] { return status = runner::Main(words, [] { return -1; }); });
-  return status;
+  return scripted::PlayApart("", [&] { return runner::Main(words, [] { return -1; }); }).result;
 }
 
 TEST_F(RunTest, GoesOnOnlyWithTheTestsOfItsJournal) {
