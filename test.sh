@@ -93,7 +93,7 @@ Total() {
 }
 
 IsFormatted() {
-  find hal muro sim tests bench \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) -print0 |
+  find hal muro record sim tests tools bench \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 
