@@ -13,13 +13,13 @@ eyes_packages=("${panel_packages[@]}" libavdevice-dev)
 record_packages=(castxml python3)
 report_packages=(python3 python3-jinja2 python3-pil)
 test_packages=("${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}"
-  babeltrace2 clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck edid-decode openssl valgrind jq libxml2-utils perl
+  babeltrace2 clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck edid-decode openssl procps valgrind jq libxml2-utils perl
   python3-hypothesis python3-junitparser python3-yaml tidy poppler-utils)
 browser_packages=(chromium python3-websocket)
 analysis_packages=(clang-tidy cppcheck)
 
 # What a LAVA lab and labgrid need (contrib). LAVA itself is unpacked, not installed.
-labgrid_packages=(labgrid openssh-server openssh-client)
+labgrid_packages=(labgrid procps openssh-server openssh-client)
 lava_packages=(postgresql curl python3-aiohttp python3-celery python3-defusedxml python3-django
   python3-django-allauth python3-django-auth-ldap python3-django-environ python3-django-filters
   python3-django-tables2 python3-djangorestframework python3-djangorestframework-extensions
