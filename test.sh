@@ -211,6 +211,7 @@ Farm() {
   Configure release -DCVN_BUILD_TESTS=OFF
   Build release simulated_board
   lab=$(mktemp -d)
+  chmod 755 "$lab" # PostgreSQL is another user
   Check 'labgrid' contrib/labgrid/lab.sh "$lab/labgrid" /usr/bin/python3 tests/farm/labgrid_test.py
   Check 'LAVA' contrib/lava/lab.sh "$lab/lava" /usr/bin/python3 tests/farm/lava_test.py
   ((failed)) || rm -rf "$lab"

@@ -91,6 +91,10 @@ TEXT
 }
 
 StartDatabase() {
+  AsUser test -x "$lab" || {
+    echo "lab.sh: $lab: the user $user, as which PostgreSQL runs, cannot get there" >&2
+    exit 1
+  }
   AsUser "${postgres[-1]}/initdb" -D "$lab/database" -A trust -E UTF8 --locale C.UTF-8 --no-sync \
     >"$lab/log/initdb.out"
   Keep postgres setpriv --reuid "$user" --regid "$user" --clear-groups \
