@@ -73,6 +73,7 @@ TEST_F(EyesOnTheBoard, JudgeAllScalerTests) {
 }
 
 TEST_F(EyesOnTheBoard, FailExactlyTheScalerTestsThatShowDefects) {
+  if (CVN_SANITIZED != 0) GTEST_SKIP() << "takes a minute, and looks at nothing else";
   // Freezing and writing are accepted and not done; blanked windows have another colour.
   EXPECT_EQ(Judged({"VscModule"}, "scaler.answers",
                    "fail K2V_RHAL_VSC_SetWinFreeze 0\n"
@@ -84,6 +85,7 @@ TEST_F(EyesOnTheBoard, FailExactlyTheScalerTestsThatShowDefects) {
 }
 
 TEST_F(EyesOnTheBoard, JudgeSettingsOfThePictureQuality) {
+  if (CVN_SANITIZED != 0) GTEST_SKIP() << "takes a minute, and looks at nothing else";
   const std::vector<std::string> tests = TestsWithRules("Vpq");
   EXPECT_GE(tests.size(), 60U);
   EXPECT_EQ(Judged(tests, "quality.answers", "", kSeenOtherThanRight), "") << log_;
