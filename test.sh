@@ -208,7 +208,7 @@ Farm() {
     return 77
   fi
   NeedPackages "${labgrid_packages[@]}" "${lava_packages[@]}"
-  Configure release -DCVN_BUILD_TESTS=OFF
+  IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
   Build release simulated_board
   lab=$(mktemp -d)
   chmod 755 "$lab" # PostgreSQL is another user
