@@ -297,8 +297,9 @@ class Copy:
 
     def run_tests(self, tests, stop=True):
         """Runs tests in a sandbox. Returns the seconds each took and the first that failed, if any."""
+        scripts = os.path.dirname(os.path.abspath(__file__))  # may be below /tmp, too
         sandbox = ['bwrap', '--die-with-parent', '--unshare-pid', '--ro-bind', '/', '/', '--dev', '/dev', '--proc',
-                   '/proc', '--tmpfs', '/tmp', '--bind', self.home, self.home]
+                   '/proc', '--tmpfs', '/tmp', '--ro-bind', scripts, scripts, '--bind', self.home, self.home]
         plan = json.dumps({'tests': tests, 'jobs': self.jobs, 'stop': stop})
         done = subprocess.run([*sandbox, sys.executable, os.path.abspath(__file__), '--inside'], input=plan,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False)
