@@ -23,12 +23,14 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 
 FOLDERS = ('muro', 'sim/hal')
 SUFFIXES = ('.cpp', '.h', '.def')
 MEMORY_LIMIT = 4 << 30
 LEAST_LIMIT_S = 10
+KEPT_OUTPUT = 1 << 16
 # A statement of several lines is noted with one of them: how near a line has to be that a test runs.
 LINES_BEFORE, LINES_BEHIND = 6, 3
 
@@ -296,7 +298,7 @@ class Copy:
         return found
 
     def run_tests(self, tests, stop=True):
-        """Runs tests in a sandbox. Returns the seconds each took and the first that failed, if any."""
+        """Runs tests in a sandbox. Returns the seconds each took, the first that failed, if any, and its output."""
         scripts = os.path.dirname(os.path.abspath(__file__))  # may be below /tmp, too
         sandbox = ['bwrap', '--die-with-parent', '--unshare-pid', '--ro-bind', '/', '/', '--dev', '/dev', '--proc',
                    '/proc', '--tmpfs', '/tmp', '--ro-bind', scripts, scripts, '--bind', self.home, self.home]
@@ -306,7 +308,7 @@ class Copy:
         if done.returncode != 0:
             sys.exit('mutate.py: bwrap makes no sandbox here')
         result = json.loads(done.stdout)
-        return result['seconds'], result['failed']
+        return result['seconds'], result['failed'], result['printed']
 
     def with_fault(self, fault, text, task):
         """Calls `task` while the fault is in the copy."""
@@ -323,14 +325,15 @@ class Copy:
 # ---- Tests inside the sandbox ----------------------------------------------------------------------------
 
 def run_one(test):
-    """Runs one test in a session of its own. Returns (seconds, passed)."""
+    """Runs one test in a session of its own. Returns (seconds, passed, the end of what it printed)."""
     begin = time.monotonic()
     environment = dict(os.environ, **dict(entry.split('=', 1) for entry in test['environment']))
     if test.get('cover'):
         environment['CVN_COVER'] = test['cover']
+    output = tempfile.TemporaryFile()
     process = subprocess.Popen(
         test['command'], cwd=test['directory'], env=environment, stdin=subprocess.DEVNULL,
-        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
+        stdout=output, stderr=subprocess.STDOUT, start_new_session=True,
         preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT)))
     try:
         passed = process.wait(test['limit']) == 0
@@ -338,12 +341,15 @@ def run_one(test):
         os.killpg(process.pid, signal.SIGKILL)
         process.wait()
         passed = False
-    return time.monotonic() - begin, passed
+    seconds = time.monotonic() - begin
+    with output:
+        output.seek(max(0, output.seek(0, os.SEEK_END) - KEPT_OUTPUT))
+        return seconds, passed, output.read().decode(errors='replace')
 
 
 def run_inside():
     plan = json.load(sys.stdin)
-    seconds, failed = {}, None
+    seconds, failed, printed = {}, None, ''
     pending = iter(plan['tests'])
     with concurrent.futures.ThreadPoolExecutor(plan['jobs']) as pool:
         running = {}
@@ -358,12 +364,12 @@ def run_inside():
             done, _ = concurrent.futures.wait(running, return_when=concurrent.futures.FIRST_COMPLETED)
             for future in done:
                 name = running.pop(future)
-                seconds[name], passed = future.result()
+                seconds[name], passed, output = future.result()
                 if not passed and failed is None:
-                    failed = name
+                    failed, printed = name, output
             if failed and plan['stop']:
                 break
-        json.dump({'seconds': seconds, 'failed': failed}, sys.stdout)
+        json.dump({'seconds': seconds, 'failed': failed, 'printed': printed}, sys.stdout)
         sys.stdout.flush()
         os._exit(0)  # what still runs ends with the sandbox
 
@@ -428,9 +434,9 @@ def baseline(copy):
     shutil.rmtree(copy.cover, ignore_errors=True)
     os.mkdir(copy.cover)
     tests = [dict(test, limit=300, cover=copy.cover_file(test)) for test in copy.tests]
-    seconds, failed = copy.run_tests(tests)
+    seconds, failed, printed = copy.run_tests(tests)
     if failed:
-        sys.exit(f'mutate.py: {failed} fails without any fault')
+        sys.exit(f'{printed}mutate.py: {failed} fails without any fault, see above')
     found = seconds, copy.lines_run(tests)
     with open(kept, 'wb') as file:
         pickle.dump((digest, found), file)
