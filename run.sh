@@ -10,19 +10,19 @@ Help() {
   cat <<TEXT
 $usage
   --os NAME        the board's operating system: android (default), sorvex or pelxos
-  --board DIR      where the board's files live; they survive between runs (default: board/)
-  --scenario FILE  starting state of the simulated HAL and what happens later
-  --fresh          throw the board's files away first
-  --keep-on        leave the board on at the end, and take it as it is where it was left on;
-                   without this every start is a power-on, and what cvnsim changed is gone
-  --panel          show what the board's panel shows on a page for this machine's browser, and
-                   print its address; installs what that needs
-  --report         show the last run whose results are on the board as a page, nothing else: made
-                   anew in the board's directory, opened where there is a desktop, else named
-  --record DIR     record all HAL calls in DIR, a new or empty directory (docs/RECORDING.md);
-                   installs and builds what that needs
-  -- ARGUMENT...   the rest goes to cvntester; with --eyes among it, what looks at the simulated
-                   panel is installed and built, too
+  --board DIR      directory of the board's files, kept between sessions (default: board/)
+  --scenario FILE  initial state of the simulated board and later events
+  --fresh          delete the board's files first
+  --keep-on        leave the board on at the end, and continue with a board that was left on;
+                   by default every start is a power-on that discards what cvnsim changed
+  --panel          serve a page with the board's panel to this machine's browser and print its
+                   address; installs the packages that it needs
+  --report         only make a page of the last run with --results on the board; it is opened if
+                   there is a desktop
+  --record DIR     record all HAL calls to DIR, which must be new or empty (docs/RECORDING.md);
+                   installs the packages that it needs
+  -- ARGUMENT...   arguments for cvntester; --eyes among them installs the packages that judging
+                   the simulated panel needs
 TEXT
 }
 
@@ -42,7 +42,7 @@ ShowReport() {
   local page=$1/report.html run
   NeedPackages "${report_packages[@]}"
   run=$(LastRun "$1") || true
-  [[ -n $run ]] || Die 2 "no results in $1/root; a run with --results DIR leaves them"
+  [[ -n $run ]] || Die 2 "no results in $1/root; start a run with --results DIR first"
   "$here/tools/report/cvnreport" "$run" -o "$page"
   echo "Report: $page"
   if [[ -n ${DISPLAY-}${WAYLAND_DISPLAY-} ]] && command -v xdg-open >/dev/null; then
@@ -70,7 +70,7 @@ while (($#)); do
       shift
       ;;
     --record)
-      [[ -n ${2-} ]] || UsageError '--record needs a directory'
+      [[ -n ${2-} ]] || UsageError '--record requires a directory'
       record=$2
       shift 2
       ;;

@@ -9,20 +9,21 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 Help() {
   cat <<TEXT
 $usage
-  --quick    only the release build, not the one with sanitizers
-  --approve  write the expected texts in tests/expected anew from what the tests see now
+  --quick    skip the build with sanitizers
+  --approve  update the expected texts in tests/expected to the present output
   --fuzz [SECONDS]
-             feed broken files to everything that reads files, SECONDS each (default 60), after
-             each fuzzer has found the faults planted for it
+             fuzz all parsers, SECONDS each (default 60), after each fuzzer has found the faults
+             planted for it
   --arch NAME
-             only the unit tests, built for aarch64 or armhf, under an emulator; can be repeated
-  --analyse  read the whole tree with clang-tidy and cppcheck, run the unit tests under valgrind
+             run the unit tests built for aarch64 or armhf under an emulator; can be repeated
+  --analyse  run clang-tidy and cppcheck on the whole tree, and the unit tests under valgrind
   --farm     run shards, crashes and power cuts in a LAVA lab and through labgrid, with simulated
-             boards; installs what they need, and needs root
-  --kills N  only the run that is killed N times at random moments and resumed (6 in every other run)
+             boards; installs their packages and requires root
+  --kills N  only run the test that kills an unattended run N times at random moments and resumes
+             it (6 times in an ordinary run)
   --mutate [N [SEED]]
-             put N (default 50) single faults into a copy of the sources, one at a time, and list
-             those that no unit test sees; the same seed chooses the same faults
+             mutation testing: put N (default 50) single faults into a copy of the sources, one at
+             a time, and list those that no unit test detects; SEED selects the faults
   -R REGEX   only tests whose name matches
 TEXT
 }
@@ -155,7 +156,7 @@ Analyse() {
 Approve() {
   BuildTests release
   CVN_APPROVE=1 ctest --preset release -j2 --no-tests=error -L 'e2e|unit' -LE long "${selection[@]}" </dev/null
-  echo 'Now look at what changed: git diff tests/expected'
+  echo 'Review the changes: git diff tests/expected'
 }
 
 # FindsPlanted FUZZER NAME: whether the fuzzer finds, from its corpus and in 10 s each, the faults
@@ -204,7 +205,7 @@ KillRuns() {
 Farm() {
   local lab
   if ! unshare --mount --net --pid --fork true 2>/dev/null; then
-    echo 'Skipped: no namespaces here (unshare), which the labs run in'
+    echo 'Skipped: the labs require namespaces (unshare)'
     return 77
   fi
   NeedPackages "${labgrid_packages[@]}" "${lava_packages[@]}"
@@ -269,19 +270,19 @@ while (($#)); do
       fi
       ;;
     --kills)
-      [[ ${2-} =~ ^[1-9][0-9]*$ ]] || Die 2 "--kills needs a number; $usage"
+      [[ ${2-} =~ ^[1-9][0-9]*$ ]] || Die 2 "--kills requires a number; $usage"
       Choose KillRuns
       kills=$2
       shift
       ;;
     --arch)
-      [[ -n ${2-} && -n ${cross_packages[$2]-} ]] || Die 2 "--arch needs aarch64 or armhf; $usage"
+      [[ -n ${2-} && -n ${cross_packages[$2]-} ]] || Die 2 "--arch requires aarch64 or armhf; $usage"
       Choose TestForArm
       arm_presets+=("$2")
       shift
       ;;
     -R)
-      (($# > 1)) || Die 2 "-R needs a value; $usage"
+      (($# > 1)) || Die 2 "-R requires a value; $usage"
       selection=(-R "$2")
       shift
       ;;
@@ -292,6 +293,6 @@ done
 
 NeedPackages "${run_packages[@]}" "${test_packages[@]}"
 # Not every machine can have a browser. The tests that want one then say so.
-(NeedPackages "${browser_packages[@]}") || echo 'No browser: the pages are not tested' >&2
+(NeedPackages "${browser_packages[@]}") || echo 'No browser: skipping the tests of the pages' >&2
 cd "$here"
 "$task"

@@ -14,7 +14,7 @@ namespace {
 constexpr int kNoRegularFile = ENODEV;
 
 std::string Problem(const std::string& path) {
-  return path + ": " + (errno == kNoRegularFile ? "is no regular file" : std::strerror(errno));
+  return path + ": " + (errno == kNoRegularFile ? "not a regular file" : std::strerror(errno));
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ OpenClosedDescriptors() {
 RunQuietly() {
   local what=$1 log
   shift
-  log=$(mktemp) || Die 1 'no room for a temporary file'
+  log=$(mktemp) || Die 1 'cannot create a temporary file'
   if ! "$@" >"$log" 2>&1 </dev/null; then
     cat "$log" >&2
     rm -f "$log"
@@ -59,7 +59,7 @@ NeedPackages() {
   local installed name as_root=()
   local missing=()
   command -v dpkg-query >/dev/null || {
-    echo "No Debian here, these are taken to be installed: $*" >&2
+    echo "Not a Debian system; assuming that these packages are installed: $*" >&2
     return 0
   }
   installed=$(dpkg-query -W -f '${db:Status-Abbrev} ${Package} \n' "$@" 2>/dev/null) || true
@@ -68,7 +68,7 @@ NeedPackages() {
   done
   ((${#missing[@]})) || return 0
   if ((EUID != 0)); then
-    command -v sudo >/dev/null || Die 1 "neither root nor sudo here; missing: ${missing[*]}"
+    command -v sudo >/dev/null || Die 1 "cannot install ${missing[*]}: neither root nor sudo"
     as_root=(sudo)
   fi
   echo "Installing ${missing[*]}" >&2

@@ -118,7 +118,7 @@ def kill(boards, seeds, expected, seconds):
             for test, results in verdicts_of(board.path(f'{name}.json')).items():
                 found.setdefault(test, []).extend(results)
         once = all(len(results) == 1 for results in found.values())
-        cut_off = {test for test, results in found.items() if any('cut off' in text for _, text in results)}
+        cut_off = {test for test, results in found.items() if any('interrupted' in text for _, text in results)}
         again = {}
         for victim in victims:
             again.update(retry(boards[victim - 1], name, boards[victim % len(boards)]))

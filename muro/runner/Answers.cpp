@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view kKeys = "keys ";
 constexpr char kAllowed[] =
-    "; allowed: TEST-GLOB, PROMPT-GLOB and ANSWER (or keys KEYS) with tabs between";
+    "; expected TEST-GLOB, PROMPT-GLOB and ANSWER (or keys KEYS), separated by tabs";
 // What a test printed since the last answer can be long; a prompt stands at its end.
 constexpr std::size_t kLongestPrompt = 4096;
 constexpr std::size_t kShownText = 80;
@@ -27,8 +27,8 @@ std::string AddRule(const std::string& line, int number, std::vector<AnswerRule>
   const auto text = Unescaped(std::string_view(fields[2]).substr(keys ? kKeys.size() : 0));
   if (!text)
     return "unknown backslash in '" + CleanLine(fields[2].substr(0, kShownText)) +
-           R"('; allowed: \n \r \t \e \\ \xNN)";
-  if (keys && text->empty()) return "no keys behind 'keys '" + std::string(kAllowed);
+           R"('; expected \n \r \t \e \\ \xNN)";
+  if (keys && text->empty()) return "no keys after 'keys '" + std::string(kAllowed);
   const auto same = std::ranges::find_if(rules, [&](const AnswerRule& rule) {
     return rule.testGlob == fields[0] && rule.promptGlob == fields[1];
   });

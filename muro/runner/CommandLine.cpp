@@ -39,7 +39,7 @@ namespace {
 namespace fs = std::filesystem;
 
 int Refuse(ExitStatus status, const std::string& problem) {
-  PrintProblem(problem + (status == kUsage ? "; cvntester --help tells more" : ""));
+  PrintProblem(problem + (status == kUsage ? "; try 'cvntester --help'" : ""));
   return status;
 }
 
@@ -151,7 +151,7 @@ int Execute(const Options& options, Prepared run, ResultDirectory& directory,
     return kHarnessFailed;
   if (!StartReport()) {
     return Refuse(kHarnessFailed, std::string(Util::GetTestReportPath()) +
-                                      ": the report cannot be written; is its directory there?");
+                                      ": cannot write the report; check that its directory exists");
   }
   Set_Manual_Play(options.manualPlay);
   CatchInterrupts();
@@ -200,7 +200,8 @@ int Resume(const Options& asked) {
   problem = ParseOptions(head.words, options);
   Prepared run;
   if (problem.empty()) problem = Prepare(options, all, run);
-  if (problem.empty() && Ids(run.tests) != head.tests) problem = "the tests are others than then";
+  if (problem.empty() && Ids(run.tests) != head.tests)
+    problem = "the list of selected tests has changed since the run was started";
   if (!problem.empty()) return Refuse(kHarnessFailed, asked.results + ": " + problem);
   if (asked.color != "auto") options.color = asked.color;
   options.verbose = options.verbose || asked.verbose;

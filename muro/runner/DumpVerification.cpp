@@ -250,7 +250,8 @@ int Write(const Verification& verification, const Options& options, int standard
 
 int VerifyDumps(const Options& options, int standardOutput) {
   std::error_code error;
-  if (!fs::exists(options.dump, error)) return Refuse(kUsage, options.dump + ": does not exist");
+  if (!fs::exists(options.dump, error))
+    return Refuse(kUsage, options.dump + ": no such file or directory");
   if (!fs::is_directory(options.golden, error))
     return Refuse(kUsage, options.golden + ": is no directory");
   const std::optional<CM_TestCase> testCase = FindBuiltIn(options.verifyCase);
@@ -261,9 +262,9 @@ int VerifyDumps(const Options& options, int standardOutput) {
   std::optional<TemporaryDirectory> unpacked;
   if (!fs::is_directory(options.dump, error)) {
     if (unpacked.emplace().Path().empty())
-      return Refuse(kHarnessFailed, "no room for temporary files");
+      return Refuse(kHarnessFailed, "cannot create temporary files");
     if (!Unpack(options.dump, unpacked->Path()))
-      return Refuse(kHarnessFailed, options.dump + ": cannot be unpacked");
+      return Refuse(kHarnessFailed, options.dump + ": cannot unpack the archive");
   }
   Verification verification(*testCase, options.golden, unpacked ? unpacked->Path() : options.dump);
   verification.Run();

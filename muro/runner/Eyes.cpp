@@ -20,7 +20,8 @@ Sight Look(const EyesSettings& eyes, const std::string& testId, const std::strin
            bool (*interrupted)()) {
   std::error_code error;
   std::filesystem::create_directories(eyes.evidence, error);
-  if (error) return {Sight::kCannotTell, "no directory for evidence: " + error.message()};
+  if (error)
+    return {Sight::kCannotTell, "cannot create the directory for evidence: " + error.message()};
   const CommandEnd end = RunCommand(
       {"/bin/sh", "-c", eyes.command},
       {"CVN_TEST=" + testId, "CVN_QUESTION=" + question, "CVN_EVIDENCE=" + eyes.evidence},

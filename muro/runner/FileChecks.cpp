@@ -69,7 +69,7 @@ std::string CheckFiles(const Options& options) {
     for (const Use& other : uses) {
       if (IsSameFile(other.path, output.path))
         return std::string(other.option) + " and " + output.option +
-               " are one file: " + output.path;
+               " are the same file: " + output.path;
     }
     for (const Use& input : {Use{"--answers", options.answers}, Use{"--trace", options.trace},
                              Use{"--shard-times", options.shardTimes}}) {
@@ -77,7 +77,7 @@ std::string CheckFiles(const Options& options) {
         return std::string(output.option) + " would overwrite " + input.option + ": " + output.path;
     }
     if (!options.results.empty() && BelongsToDirectory(output.path, options.results))
-      return std::string(output.option) + ": " + output.path + " belongs to --results";
+      return std::string(output.option) + ": " + output.path + " is a file of --results";
     uses.push_back(output);
   }
   return "";

@@ -34,7 +34,7 @@ struct Row {
 
 template <Mode mode>
 std::string SetMode(Options& options, const std::string&) {
-  if (options.mode != Mode::kInteractive) return "one of the things to do only";
+  if (options.mode != Mode::kInteractive) return "cannot be combined with another mode";
   options.mode = mode;
   return "";
 }
@@ -80,7 +80,7 @@ bool ParseWhole(const std::string& text, Number& number) {
 
 std::string ReadSeconds(const std::string& value, double& seconds) {
   if (ParseWhole(value, seconds) && seconds >= 0 && seconds <= 1e7) return "";
-  return "'" + value + "' is no number of seconds from 0 to 10000000";
+  return "invalid value '" + value + "': expected seconds from 0 to 10000000";
 }
 
 template <double Limits::*member>
@@ -113,12 +113,13 @@ std::string SetHealthSeconds(Options& options, const std::string& value) {
 std::string SetRepeat(Options& options, const std::string& value) {
   options.repeatGiven = true;
   if (ParseWhole(value, options.repeat) && options.repeat >= 1) return "";
-  return "'" + value + "' is no number of rounds from 1 on";
+  return "invalid value '" + value + "': expected a number of rounds, at least 1";
 }
 
 std::string SetSeed(Options& options, const std::string& value) {
   uint32_t seed = 0;
-  if (!ParseWhole(value, seed)) return "'" + value + "' is no number from 0 to 4294967295";
+  if (!ParseWhole(value, seed))
+    return "invalid value '" + value + "': expected a number from 0 to 4294967295";
   options.shuffleSeed = seed;
   return "";
 }
@@ -129,7 +130,7 @@ std::string AddLabel(Options& options, const std::string& value) {
   const std::string name = value.substr(0, equals);
   if (equals == std::string::npos || name.empty() || equals + 1 == value.size() ||
       name.find_first_not_of(kNameCharacters) != std::string::npos)
-    return "'" + value + "' is no NAME=VALUE with a name of a-z, 0-9, - and _";
+    return "invalid value '" + value + "': expected NAME=VALUE, NAME of a-z, 0-9, - and _";
   options.labels.push_back({name, CleanLine(value.substr(equals + 1))});
   return "";
 }
@@ -158,107 +159,110 @@ std::string SetModeAndPattern(Options& options, const std::string& value) {
 }
 
 constexpr Row kRows[] = {
-    {"What to do", "--help", Takes::kNothing, "", 0, SetMode<Mode::kHelp>, "print this help"},
+    {"Modes", "--help", Takes::kNothing, "", 0, SetMode<Mode::kHelp>, "print this help"},
     {nullptr, "--version", Takes::kNothing, "", 0, SetMode<Mode::kVersion>, "print the version"},
     {nullptr, "--list", Takes::kAny, "PATTERN", 0, SetModeAndPattern<Mode::kList>,
-     "list all tests, or those selected"},
+     "list all tests, or the selected ones"},
     {nullptr, "--run", Takes::kSome, "PATTERN", 0, SetModeAndPattern<Mode::kRun>,
-     "run the selected tests without an operator, each in a process of its own"},
+     "run the selected tests unattended, each in its own process"},
     {nullptr, "--resume", Takes::kOne, "DIR", 0, SetModeAndText<Mode::kResume, &Options::results>,
-     "go on with the run whose results are in DIR, behind the last test in its journal"},
+     "resume the interrupted run in DIR after the last test recorded in its journal"},
     {nullptr, "--retry-from", Takes::kOne, "DIR", 0,
      SetModeAndText<Mode::kRun, &Options::retryFrom>,
-     "run the suspect tests of the run whose results are in DIR: those in which the board went "
-     "down "
-     "or after which it was not well"},
+     "run the suspect tests of the run in DIR: those during which the board went down or after "
+     "which it was unhealthy"},
     {nullptr, "--verify", Takes::kOne, "CASE", 0,
      SetModeAndText<Mode::kVerify, &Options::verifyCase>,
-     "verify the dumps of a playback test case (101) without a board; needs --dump and --golden"},
+     "verify the dumps of a playback test case, such as 101, without a board; requires --dump and "
+     "--golden"},
     {nullptr, "--record", Takes::kOne, "FILE", Bit(Mode::kInteractive), SetText<&Options::record>,
-     "open the console as ever and write what the operator answers as a file for --answers"},
+     "start the interactive console and record the operator's input to FILE, to be used with "
+     "--answers"},
     {nullptr, "--document", Takes::kOne, "man|bash", 0,
      SetModeAndText<Mode::kDocument, &Options::document>,
-     "print the man page or the completion for bash"},
+     "print the man page or the bash completion"},
 
     {"Selection", "--exclude", Takes::kSome, "PATTERN", kListAndRun, AddPattern<&Options::excluded>,
-     "leave these out of the selection"},
+     "exclude these tests from the selection"},
     {nullptr, "--no-operator", Takes::kNothing, "", kListAndRun, SetFlag<&Options::noOperator>,
-     "leave out tests that ask or have to be judged; a run counts them as skipped"},
+     "skip tests that prompt for input or need an operator verdict"},
     {nullptr, "--disruptive", Takes::kNothing, "", kRunOnly, SetFlag<&Options::disruptive>,
-     "also run tests that change the board for good; without it only those that are named exactly"},
+     "also run tests that change the board permanently; by default they run only if named exactly"},
     {nullptr, "--shard", Takes::kOne, "I/N", kListAndRun, SetShard,
-     "part I of N of the selection; the parts are the same on every machine and together all of "
-     "it"},
+     "select part I of N of the selection; every machine splits it in the same way"},
     {nullptr, "--shard-times", Takes::kOne, "PATH", kListAndRun, SetText<&Options::shardTimes>,
-     "result directory or JUnit file of an earlier run, by which parts take equally long"},
+     "result directory or JUnit file of an earlier run, used to balance the duration of the parts"},
     {nullptr, "--format", Takes::kOne, "text|tsv|json", Bit(Mode::kList), SetText<&Options::format>,
-     "of the list"},
+     "output format of the list (default: text)"},
 
-    {"Running", "--answers", Takes::kOne, "FILE", kRunOnly, SetText<&Options::answers>,
-     "answers to prompts, a line each: test, prompt and answer with tabs between"},
+    {"Unattended runs", "--answers", Takes::kOne, "FILE", kRunOnly, SetText<&Options::answers>,
+     "file with the answers to prompts, one per line: test, prompt and answer separated by tabs"},
     {nullptr, "--eyes", Takes::kOne, "COMMAND", kRunOnly, SetEyes,
-     "shell command that looks at the panel and answers the question for the verdict: status 0 is "
-     "yes, 1 no, anything else blocks the test"},
+     "shell command that inspects the panel and enters the verdict: exit status 0 is yes, 1 is "
+     "no, anything else blocks the test"},
     {nullptr, "--eyes-always", Takes::kNothing, "", kRunOnly, SetEyesAlways,
-     "the command also looks at the end of every test that judges itself"},
+     "also run the command at the end of every test that decides its verdict itself"},
     {nullptr, "--eyes-before", Takes::kNothing, "", kRunOnly, SetEyesBefore,
-     "the command also looks before every test, for what is to be compared with that"},
+     "also run the command before every test, for rules that compare before and after"},
     {nullptr, "--eyes-timeout", Takes::kOne, "SECONDS", kRunOnly, SetEyesSeconds,
-     "limit of one look (30); 0 is none"},
+     "time limit of the --eyes command (default 30; 0 = unlimited)"},
     {nullptr, "--manual-play", Takes::kNothing, "", Bit(Mode::kInteractive) | kRunOnly,
      SetFlag<&Options::manualPlay>,
-     "playback tests start no player: somebody plays the content and presses a key at its end"},
+     "playback tests do not start the player: the operator plays the content and presses a key "
+     "when it ends"},
     {nullptr, "--timeout", Takes::kOne, "SECONDS", kRunOnly, SetSeconds<&Limits::timeoutS>,
-     "limit of one test in all (600); 0 is none"},
+     "overall time limit per test (default 600; 0 = unlimited)"},
     {nullptr, "--idle-timeout", Takes::kOne, "SECONDS", kRunOnly, SetSeconds<&Limits::idleS>,
-     "limit without output or answer (60); 0 is none"},
+     "time limit without output or answer (default 60; 0 = unlimited)"},
     {nullptr, "--health", Takes::kOne, "COMMAND", kRunOnly, SetHealth,
-     "shell command that looks whether the board is well, before the first test and after every "
-     "one that went wrong; when it fails, the run ends with status 99"},
+     "shell command that checks the board's health before the first test and after every test "
+     "that went wrong; if it fails, the run ends with status 99"},
     {nullptr, "--health-timeout", Takes::kOne, "SECONDS", kRunOnly, SetHealthSeconds,
-     "limit of that command (60); 0 is none"},
+     "time limit of the --health command (default 60; 0 = unlimited)"},
     {nullptr, "--repeat", Takes::kOne, "N", kRunOnly, SetRepeat, "run the selection N times"},
     {nullptr, "--until-fail", Takes::kNothing, "", kRunOnly, SetFlag<&Options::untilFail>,
-     "repeat until a test does not pass, at most as often as --repeat says"},
+     "repeat until a test does not pass, at most --repeat times"},
     {nullptr, "--shuffle", Takes::kOne, "SEED", kRunOnly, SetSeed,
-     "another order in every round, the same for the same seed"},
+     "shuffle the tests in every round; the same seed gives the same order"},
     {nullptr, "--stop-on-fail", Takes::kNothing, "", kRunOnly, SetFlag<&Options::stopOnFail>,
-     "skip what is left when a test did not pass"},
+     "skip the remaining tests after a test that did not pass"},
     {nullptr, "--trace", Takes::kOne, "FILE", kRunOnly, SetText<&Options::trace>,
-     "file to which the board's HAL appends its calls; each test's part is kept with its log"},
+     "file to which the board's HAL appends its calls; each test's part is saved with its log"},
 
     {"Results", "--results", Takes::kOne, "DIR", kRunOnly, SetText<&Options::results>,
-     "a new directory for a log a test and the journal that --resume needs"},
+     "write one log per test and the journal used by --resume to DIR, which must be new or empty"},
     {nullptr, "--label", Takes::kOne, "NAME=VALUE", kRunOnly, AddLabel,
-     "a fact about the run for its result directory, such as board=lab-7, build=1431 or run=night; "
-     "can be repeated"},
+     "label stored in the result directory, such as board=lab-7, build=1431 or run=night; can be "
+     "repeated"},
 #define RESULT_FORMAT(name, option, help) \
   {nullptr, option, Takes::kOne, "FILE", kRunAndVerify, SetOutput<k##name>, help},
 #include "ResultFormats.def"
     {nullptr, "--color", Takes::kOne, "auto|always|never", kRunAndVerify | Bit(Mode::kResume),
-     SetText<&Options::color>, "of the runner's own output; NO_COLOR in the environment is never"},
+     SetText<&Options::color>,
+     "colour of the runner's output (default: auto); NO_COLOR in the environment means never"},
     {nullptr, "--verbose", Takes::kNothing, "", kRunOnly | Bit(Mode::kResume),
      SetFlag<&Options::verbose>, "show what the tests print"},
 
-    {"Verifying", "--dump", Takes::kOne, "DIR", Bit(Mode::kVerify), SetText<&Options::dump>,
-     "directory of the kept dumps, or an archive of them as the board packs it"},
+    {"Verification", "--dump", Takes::kOne, "DIR", Bit(Mode::kVerify), SetText<&Options::dump>,
+     "directory of the dumps, or an archive of them as packed by the board"},
     {nullptr, "--golden", Takes::kOne, "DIR", Bit(Mode::kVerify), SetText<&Options::golden>,
      "directory of the golden files"},
     {nullptr, "--events", Takes::kOne, "FILE", Bit(Mode::kVerify), SetText<&Options::events>,
-     "one JSON object a line for everything that happened to frames"},
+     "write every frame event as one JSON object per line"},
     {nullptr, "--strip", Takes::kOne, "FILE", Bit(Mode::kVerify), SetText<&Options::strip>,
-     "the same as a picture (SVG): a track for each stage over the time"},
+     "draw the frame events over time as an SVG picture, one track per stage"},
 };
 
 constexpr char kExitStatus[] =
-    "0 all passed, 1 a test failed, went wrong or was blocked, 2 wrong usage, 77 nothing ran,\n"
-    "99 the harness or its environment failed.";
+    "0: all tests passed; 1: a test failed, went wrong or was blocked; 2: usage error; 77: no "
+    "test\n"
+    "ran; 99: the harness or its environment failed.";
 constexpr char kPatterns[] =
-    "A PATTERN is a glob for a module class (UTVpqModule), class and number (VscModule/31), a\n"
-    "name or a description ('*HDCP*'), case-sensitive.";
+    "A PATTERN is a case-sensitive glob for a module class (UTVpqModule), a class and number\n"
+    "(VscModule/31), a name or a description ('*HDCP*').";
 constexpr char kDescription[] =
-    "A console test harness for the hardware abstraction layer of a television. Without options\n"
-    "it opens its menus for an operator.";
+    "Console test harness for the hardware abstraction layer (HAL) of a television. Without\n"
+    "options it starts its interactive menus.";
 
 std::string Shown(const Row& row) {
   switch (row.takes) {
@@ -281,6 +285,13 @@ std::vector<std::string> AllowedWords(const Row& row) {
   return words;
 }
 
+/// "one, two or three"
+std::string OneOf(std::vector<std::string> words) {
+  const std::string last = words.back();
+  words.pop_back();
+  return words.empty() ? last : Joined(words, ", ") + " or " + last;
+}
+
 const Row* FindRow(const std::string& name) {
   const auto* row = std::ranges::find_if(kRows, [&](const Row& r) { return name == r.name; });
   return row == std::end(kRows) ? nullptr : row;
@@ -293,7 +304,7 @@ bool IsOption(const std::string& word) {
 std::string Set(const Row& row, const std::string& value, Options& options) {
   const std::vector<std::string> allowed = AllowedWords(row);
   if (!allowed.empty() && std::ranges::find(allowed, value) == allowed.end())
-    return std::string(row.name) + ": '" + value + "' is none of " + row.argument;
+    return std::string(row.name) + ": invalid value '" + value + "': expected " + OneOf(allowed);
   std::string wrong = row.set(options, value);
   return wrong.empty() ? "" : std::string(row.name) + ": " + wrong;
 }
@@ -317,7 +328,7 @@ std::string TakeOption(std::span<const std::string>& words, Options& options,
   }
   // A single "-" is a value, but no option.
   if (values.empty() && row->takes != Takes::kNothing && row->takes != Takes::kAny)
-    return name + " needs " + row->argument;
+    return name + " requires " + row->argument;
   if (!values.empty() && row->takes == Takes::kNothing) return name + " takes no value";
   if (std::ranges::any_of(values, &std::string::empty)) return name + ": must not be empty";
   if (values.empty()) values.emplace_back();
@@ -343,22 +354,22 @@ std::string CheckCombination(const Options& options, const std::vector<const Row
   for (const Row* row : used) {
     if (row->modes != 0 && (row->modes & Bit(options.mode)) == 0) {
       const std::string modes = Joined(ModesOf(*row), ", ");
-      return std::string(row->name) + " does not belong here; it " +
-             (modes.empty() ? "stands alone" : "goes with " + modes);
+      return std::string(row->name) + (modes.empty() ? " cannot be combined with other modes"
+                                                     : " can only be used with " + modes);
     }
   }
   if (options.mode == Mode::kVerify && (options.dump.empty() || options.golden.empty()))
-    return "--verify needs --dump and --golden";
-  if (!options.trace.empty() && options.results.empty()) return "--trace needs --results";
-  if (!options.labels.empty() && options.results.empty()) return "--label needs --results";
+    return "--verify requires --dump and --golden";
+  if (!options.trace.empty() && options.results.empty()) return "--trace requires --results";
+  if (!options.labels.empty() && options.results.empty()) return "--label requires --results";
   if (options.manualPlay && options.noOperator)
-    return "--manual-play needs an operator or --answers, and --no-operator leaves out such tests";
-  if (!options.shardTimes.empty() && options.shard.of == 1) return "--shard-times needs --shard";
-  if (options.eyes.always && options.eyes.command.empty()) return "--eyes-always needs --eyes";
-  if (options.eyes.before && options.eyes.command.empty()) return "--eyes-before needs --eyes";
+    return "--manual-play cannot be combined with --no-operator, which skips tests that prompt";
+  if (!options.shardTimes.empty() && options.shard.of == 1) return "--shard-times requires --shard";
+  if (options.eyes.always && options.eyes.command.empty()) return "--eyes-always requires --eyes";
+  if (options.eyes.before && options.eyes.command.empty()) return "--eyes-before requires --eyes";
   if (std::ranges::count(options.outputs, "-") + (options.events == "-") + (options.strip == "-") >
       1)
-    return "only one kind of result can go to standard output";
+    return "only one result format can be written to standard output";
   return "";
 }
 
@@ -427,20 +438,35 @@ std::string ParseOptions(const std::vector<std::string>& words, Options& options
   std::span<const std::string> rest = words;
   std::vector<const Row*> used;
   while (!rest.empty()) {
-    if (!IsOption(rest[0])) return "'" + rest[0] + "' is no option";
+    if (!IsOption(rest[0])) return "unexpected argument '" + rest[0] + "'";
     std::string wrong = TakeOption(rest, options, used);
     if (!wrong.empty()) return wrong;
   }
   return CheckCombination(options, used);
 }
 
+/// An option and its description, which begins in a fixed column and is wrapped at 80.
+std::string HelpOf(const Row& row) {
+  constexpr std::size_t kColumn = 28, kWidth = 80;
+  std::string text, line = "  " + Shown(row);
+  line.resize(std::max(line.size() + 2, kColumn), ' ');
+  std::size_t used = 0;  // words of the description in this line
+  for (const std::string& word : Split(row.help, ' ')) {
+    if (line.size() + (used > 0) + word.size() > kWidth) {
+      text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+      line = std::string(kColumn, ' ');
+      used = 0;
+    }
+    line += (used++ > 0 ? " " : "") + word;
+  }
+  return text + line + "\n";
+}
+
 std::string HelpText() {
   std::string text = std::string("usage: cvntester [OPTION]...\n") + kDescription + "\n";
   for (const Row& row : kRows) {
     if (row.section != nullptr) text += std::string("\n") + row.section + ":\n";
-    std::string left = "  " + Shown(row);
-    left.resize(std::max<std::size_t>(left.size() + 2, 28), ' ');
-    text += left + row.help + "\n";
+    text += HelpOf(row);
   }
   return text + "\n" + kPatterns + "\n\nExit status: " + kExitStatus + "\n";
 }

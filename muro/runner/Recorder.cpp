@@ -98,7 +98,7 @@ int RelaySession(int master, OutputFile& file, const std::string& key, const ter
 int RecordSession(const std::string& path, const std::function<int()>& console) {
   termios attributes{};
   if (tcgetattr(STDIN_FILENO, &attributes) != 0) {
-    PrintProblem("--record needs an operator at a terminal");
+    PrintProblem("--record requires an operator at a terminal");
     return kUsage;
   }
   OutputFile file(path, -1);

@@ -117,12 +117,12 @@ std::string ReadWholeLines(const std::string& journal, RunHead& head,
   std::vector<std::string> lines = Split(text, '\n');
   lines.pop_back();
   bool headIsWhole = false;
-  if (lines.empty() || lines[0] != kTitle) return journal + ": no journal of this program";
+  if (lines.empty() || lines[0] != kTitle) return journal + ": not a cvntester journal";
   for (std::size_t i = 1; i < lines.size(); ++i) {
     if (!ReadLine(lines[i], head, entries, headIsWhole))
-      return journal + ":" + std::to_string(i + 1) + ": no line of a journal";
+      return journal + ":" + std::to_string(i + 1) + ": malformed journal line";
   }
-  return headIsWhole ? "" : journal + ": was cut off before the first test; begin a new run";
+  return headIsWhole ? "" : journal + ": truncated before the first test; start a new run";
 }
 
 }  // namespace
@@ -155,7 +155,7 @@ bool TestLog::Close() {
   if (fd_ < 0) return good_;
   if (size_ > kLongestLog) {
     const std::string note =
-        "\n[" + std::to_string(size_ - kLongestLog) + " more bytes are not kept]\n";
+        "\n[" + std::to_string(size_ - kLongestLog) + " more bytes were dropped]\n";
     good_ = WriteAll(fd_, note) && good_;
   }
   good_ = fsync(fd_) == 0 && good_;
@@ -175,7 +175,7 @@ ResultDirectory::~ResultDirectory() {
 std::string ResultDirectory::Create(const std::string& path, const RunHead& head) {
   std::error_code error;
   if (fs::exists(path, error) && !fs::is_empty(path, error))
-    return path + ": holds something already; a new directory is needed, or --resume";
+    return path + ": directory is not empty; use a new directory or --resume";
   fs::create_directories(path + "/logs", error);
   if (error) return path + ": " + error.message();
   path_ = path;

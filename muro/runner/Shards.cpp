@@ -98,7 +98,7 @@ std::string ReadJournalDurations(const std::string& directory, Durations& durati
   for (const JournalEntry& entry : entries) {
     if (entry.ended) durations[BaseId(entry.id)] = entry.seconds;
   }
-  if (problem.empty() && durations.empty()) problem = directory + ": no test has ended there";
+  if (problem.empty() && durations.empty()) problem = directory + ": no finished test";
   return problem;
 }
 

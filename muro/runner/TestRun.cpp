@@ -173,16 +173,16 @@ void TestRun::TakeOver(const PlannedTest& test, const TestEntry& entry,
                     false,
                     earlier.suspect};
   if (earlier.id != test.id) {
-    Fail("the journal does not fit: " + earlier.id + " where " + test.id + " is due");
+    Fail("journal mismatch: found test " + earlier.id + ", expected " + test.id);
     result.verdict = Verdict::kSkipped;
     result.message = stop_;
   } else if (!earlier.ended) {
-    result.message = "the run was cut off in this test";
+    result.message = "the run was interrupted during this test";
     result.suspect = true;
-    if (!directory_.NoteEnd(result, earlier.result)) Fail("the journal cannot be written");
+    if (!directory_.NoteEnd(result, earlier.result)) Fail("cannot write the journal");
   }
   if (result.verdict != Verdict::kSkipped && !WriteReportLine(*entry.test, earlier.result)) {
-    Lose(result, "the report cannot be written");
+    Lose(result, "cannot write the report");
     result.provisional = true;
   }
   if (result.verdict != Verdict::kSkipped) {
@@ -206,9 +206,9 @@ std::string TestRun::ReasonToSkip(const TestEntry& entry) const {
   if (!stop_.empty()) return stop_;
   if (!entry.test->hasFunction()) return "has no function";
   if (entry.test->isDisruptive() && !options_.disruptive && !IsNamed(entry, options_.patterns))
-    return "changes the board for good; name it exactly or add --disruptive";
+    return "changes the board permanently; name it exactly or add --disruptive";
   return options_.noOperator && entry.NeedsOperator(!options_.eyes.command.empty())
-             ? "needs an operator"
+             ? "requires an operator"
              : "";
 }
 
@@ -217,7 +217,7 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   const bool kept = directory_.IsOpen();
   const bool noted = !kept || directory_.NoteStart(test);
   const bool logged = !kept || log.Open(directory_.LogPath(test, "log"));
-  if (!noted || !logged) Fail("the result directory cannot be written");
+  if (!noted || !logged) Fail("cannot write the result directory");
   for (const auto& listener : listeners_) listener->TestStarted(test);
 
   const TraceCopy trace(options_.trace);
@@ -236,17 +236,17 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
       },
       eyes);
   const Outcome outcome = session.Run(Interrupted);
-  if (outcome.harness) Fail("a test cannot be run: " + outcome.message);
+  if (outcome.harness) Fail("cannot run a test: " + outcome.message);
 
   TellFindings(outcome.findings);
 
   TestResult result{test, outcome.verdict, CleanLine(outcome.message), outcome.seconds, "",
                     "",   outcome.prompts};
   result.typed = outcome.typed;
-  if (!WriteReportLine(*entry.test, outcome.result)) Lose(result, "the report cannot be written");
+  if (!WriteReportLine(*entry.test, outcome.result)) Lose(result, "cannot write the report");
   if (!log.Close() || (kept && !(trace.Keep(directory_.LogPath(test, "trace")) &&
                                  directory_.KeepAttachments(test, outcome.attachments))))
-    Lose(result, "the log of a test cannot be written");
+    Lose(result, "cannot write the log of the test");
   if (result.verdict == Verdict::kError) CheckBoard(result);
   result.output = log.CleanTail();
   if (kept) result.log = directory_.LogName(test, "log");
@@ -254,7 +254,7 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   // What an interruption did to a test is no result of it: a resumed run says that it was cut off.
   result.provisional = kept && outcome.interrupted;
   if (kept && !result.provisional && !(noted && directory_.NoteEnd(result, outcome.result)))
-    Lose(result, "the journal cannot be written");
+    Lose(result, "cannot write the journal");
   Tell(result);
 }
 
@@ -288,7 +288,7 @@ void TestRun::Skip(const PlannedTest& test, const std::string& reason) {
   result.provisional = directory_.IsOpen() && harnessFailed_;
   if (directory_.IsOpen() && !result.provisional &&
       !(directory_.NoteStart(test) && directory_.NoteEnd(result, 0))) {
-    Fail("the journal cannot be written");
+    Fail("cannot write the journal");
   }
   Tell(result);
 }

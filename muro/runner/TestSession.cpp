@@ -224,13 +224,13 @@ void TestSession::Judge(const ChildEnd& end) {
       if (!remarks_.empty()) AddTo(outcome_.message, remarks_);
       break;
     case ChildEnd::kExited:
-      outcome_.message = "exited with status " + std::to_string(end.value) + " in the test";
+      outcome_.message = "exited with status " + std::to_string(end.value) + " during the test";
       break;
     case ChildEnd::kSignalled:
       outcome_.message = "killed by " + SignalText(end.value);
       break;
     case ChildEnd::kGuardLost:
-      outcome_.message = "killed the process that guards it, " + SignalText(end.value);
+      outcome_.message = "the test killed its supervisor process, " + SignalText(end.value);
       break;
     case ChildEnd::kNotStarted:
       outcome_.message = std::string("no process: ") + std::strerror(end.value);

@@ -33,15 +33,15 @@ declare -A os_markers=(
 PrepareBoard() {
   local marker=$board/.cvntester-board
   if [[ -e $board && ! -f $marker && -n $(ls -A "$board" 2>&1) ]]; then
-    Die 2 "$board is no board directory and not empty: nothing done"
+    Die 2 "$board is not empty and is not a board directory; nothing was changed"
   fi
-  mkdir -p "$board" 2>/dev/null || Die 1 "cannot make the board directory $board"
+  mkdir -p "$board" 2>/dev/null || Die 1 "cannot create the board directory $board"
   board=$(cd "$board" && pwd)
   marker=$board/.cvntester-board
   [[ -w $board ]] || Die 1 "cannot write to the board directory $board"
   : >>"$marker"
   exec 9<"$marker"
-  flock -n 9 || Die 1 "the board in $board is running already"
+  flock -n 9 || Die 1 "the board in $board is already running"
   ((!fresh)) ||
     find "$board" -mindepth 1 -maxdepth 1 ! -name "${marker##*/}" -exec rm -rf {} +
   root=$board/root
@@ -54,8 +54,8 @@ PrepareBoard() {
 PrepareRecording() {
   [[ -f $build/lib/libcvnrecord.so ]] || Die 1 "no recorder in $build"
   [[ ! -e $record || -d $record && -z $(ls -A "$record" 2>&1) ]] ||
-    Die 2 "$record is not empty; a recording needs a directory of its own"
-  mkdir -p "$record" 2>/dev/null || Die 1 "cannot make the directory $record"
+    Die 2 "$record is not empty; use a new directory for a recording"
+  mkdir -p "$record" 2>/dev/null || Die 1 "cannot create the directory $record"
   record=$(cd "$record" && pwd)
 }
 
@@ -146,9 +146,9 @@ SwitchOn() {
   if [[ -z $on ]]; then
     PowerOn
   else
-    [[ $on == "$os" ]] || Die 2 "the board in $board is on with --os $on; cvnsim off switches it off"
+    [[ $on == "$os" ]] || Die 2 "the board in $board is on with --os $on; switch it off with cvnsim off"
     [[ -z $scenario ]] ||
-      Die 2 "the board in $board is on, and a scenario is for switching it on; cvnsim off first"
+      Die 2 "the board in $board is on; a scenario requires a board that is off (cvnsim off)"
   fi
   rm -f "$sim/on"
   ((!keep_on)) || echo "$os" >"$sim/on"

@@ -14,7 +14,7 @@ UsageError() {
 TakeBoardOption() {
   taken=2
   case $1 in
-    --board | --scenario | --os) (($# > 1)) || UsageError "$1 needs a value" ;;
+    --board | --scenario | --os) (($# > 1)) || UsageError "$1 requires a value" ;;
   esac
   case $1 in
     --board) board=$2 ;;
@@ -28,10 +28,10 @@ TakeBoardOption() {
 
 # Refuses wrong values; makes `board` and `scenario` absolute.
 CheckBoardOptions() {
-  [[ -n $board ]] || UsageError '--board needs a directory'
+  [[ -n $board ]] || UsageError '--board requires a directory'
   [[ $os == android || $os == sorvex || $os == pelxos ]] ||
-    UsageError "--os $os is none of android, sorvex, pelxos"
-  [[ -z $scenario || -f $scenario && -r $scenario ]] || Die 2 "no scenario file $scenario"
+    UsageError "invalid --os '$os': expected android, sorvex or pelxos"
+  [[ -z $scenario || -f $scenario && -r $scenario ]] || Die 2 "cannot read the scenario $scenario"
   [[ $board == /* ]] || board=$PWD/$board
   [[ -z $scenario || $scenario == /* ]] || scenario=$PWD/$scenario
 }

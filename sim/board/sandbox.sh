@@ -10,7 +10,7 @@ ChooseSandbox() {
   local ways=(bwrap chroot none) lost=
   if [[ -n ${CVN_SANDBOX-} ]]; then
     [[ $CVN_SANDBOX == @(bwrap|chroot|none) ]] ||
-      Die 2 "CVN_SANDBOX=$CVN_SANDBOX is none of bwrap, chroot, none"
+      Die 2 "invalid CVN_SANDBOX '$CVN_SANDBOX': expected bwrap, chroot or none"
     ways=("$CVN_SANDBOX")
   fi
   for sandbox in "${ways[@]}"; do
@@ -18,11 +18,11 @@ ChooseSandbox() {
     [[ -n $reason ]] || break
     lost+="${lost:+; }$sandbox: ${reason//$'\n'/, }"
   done
-  [[ -z $reason ]] || Die 1 "no sandbox to be had: $lost"
+  [[ -z $reason ]] || Die 1 "cannot create a sandbox: $lost"
   [[ -n $lost ]] || return 0
   case $sandbox in
-    chroot) echo "No namespaces here ($lost): the board runs in a chroot" >&2 ;;
-    none) echo "No sandbox here ($lost): running on this machine, reports in /tmp/var/log" >&2 ;;
+    chroot) echo "No namespaces ($lost): the board runs in a chroot" >&2 ;;
+    none) echo "No sandbox ($lost): running directly on this machine, reports in /tmp/var/log" >&2 ;;
   esac
 }
 
@@ -55,7 +55,7 @@ BoardEnvironment() {
     case $sandbox in
       bwrap) board_env+=(CVN_RECORD=/recording LD_PRELOAD=/opt/cvntester/lib/libcvnrecord.so) ;;
       none) board_env+=(CVN_RECORD="$record" LD_PRELOAD="$build/lib/libcvnrecord.so") ;;
-      *) Die 1 '--record needs bubblewrap, or this machine as it is (CVN_SANDBOX=none)' ;;
+      *) Die 1 '--record requires bubblewrap or CVN_SANDBOX=none' ;;
     esac
   fi
   board_env+=("${extra_env[@]}")
@@ -124,7 +124,7 @@ chroot_command=(setpriv '--bounding-set=-all,+sys_chroot' --inh-caps=-all chroot
 
 Probe_chroot() {
   if ((EUID != 0)); then
-    reason='needs root'
+    reason='root privileges required'
   elif [[ ! -x $root/vendor/cvn_rootfs/bin/busybox.real ]]; then
     reason='busybox is not installed'
   else

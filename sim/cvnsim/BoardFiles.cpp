@@ -48,7 +48,7 @@ std::vector<std::string> LinesOfTail(std::ifstream& file, std::streamoff start) 
 
 BoardFiles TakeFiles(sim::Words& words) {
   if (words.empty() || words[0] != "--board") return DefaultFiles();
-  if (words.size() < 2) sim::Refuse("--board", "lacks its directory", "--board DIR COMMAND");
+  if (words.size() < 2) sim::Refuse("--board without a directory", "--board DIR COMMAND");
   const std::string boardDir = words[1];
   words.erase(words.begin(), words.begin() + 2);
   return FilesIn(boardDir);
@@ -56,8 +56,8 @@ BoardFiles TakeFiles(sim::Words& words) {
 
 void Attach(const BoardFiles& files) {
   if (!std::filesystem::exists(files.state)) {
-    throw std::runtime_error("no board was started here: there is no " + files.state +
-                             "; start one, or name its directory with --board DIR");
+    throw std::runtime_error("no running board found (missing " + files.state +
+                             "); start one with ./run.sh or name its directory with --board DIR");
   }
   sim::Attach(files.state);
   sim::NoteInTraceOf(files.trace);
@@ -82,13 +82,13 @@ bool IsOn(const BoardFiles& files) {
 
 void NeedBoardThatIsOn(const BoardFiles& files) {
   if (IsOn(files)) return;
-  throw std::runtime_error("no board is running in " + files.directory +
-                           ", and its next start is a power-on; ./run.sh --keep-on leaves it on");
+  throw std::runtime_error("the board in " + files.directory +
+                           " is off; start it with ./run.sh, or leave it on with --keep-on");
 }
 
 std::vector<std::string> LastCalls(const BoardFiles& files, size_t count) {
   std::ifstream file(files.trace, std::ios::binary);
-  if (!file) throw std::runtime_error("no trace in '" + files.trace + "': the board keeps none");
+  if (!file) throw std::runtime_error("no trace file '" + files.trace + "'");
   file.seekg(0, std::ios::end);
   const std::streamoff size = file.tellg();
   std::vector<std::string> lines;

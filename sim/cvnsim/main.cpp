@@ -38,7 +38,7 @@ void PrintTrace(const Words& arguments, const BoardFiles& files) {
 // Between two sessions; in one the board goes off with its program.
 void SwitchOff(const Words&, const BoardFiles& files) {
   if (files.directory.empty() || cvnsim::InSession(files))
-    throw std::runtime_error("a session has the board; it goes off with that");
+    throw std::runtime_error("the board is in use; it is switched off when its session ends");
   std::filesystem::remove(cvnsim::OnFile(files));
 }
 
@@ -62,7 +62,7 @@ void Reset(const Words&, const BoardFiles& files) {
   arguments.push_back(nullptr);
   execv(program.c_str(), arguments.data());
   if (errno == ENOENT)
-    throw std::runtime_error("this build has no panel: ./run.sh --panel installs what it needs");
+    throw std::runtime_error("this build has no panel; install its packages with ./run.sh --panel");
   throw std::runtime_error(program + ": " + std::strerror(errno));
 }
 
@@ -90,23 +90,22 @@ struct OwnCommand {
 };
 
 constexpr OwnCommand kOwnCommands[] = {
-    {"state", "", "show the board", 0, PrintState},
-    {"trace", "[N]", "show the last N HAL calls, default 20", 1, PrintTrace},
+    {"state", "", "print the state of the board", 0, PrintState},
+    {"trace", "[N]", "print the last N HAL calls (default 20)", 1, PrintTrace},
     {"camera", "FILE.png | --y4m [--rate N] [--pictures N]",
-     "take a picture of the panel, or write a stream of pictures to standard output", 5, RunCamera},
+     "save a picture of the panel, or write a video stream to standard output", 5, RunCamera},
     {"panel", "[--port N] [--with PROCESS]",
-     "show the panel on a page for this machine's browser, for as long as PROCESS runs", 4,
-     RunPanel},
-    {"reset", "", "switch the board off and on: the state its scenario starts with", 0, Reset},
-    {"off", "", "switch a board off that ./run.sh --keep-on left on", 0, SwitchOff},
-    {"help", "", "show this", 0, PrintHelp},
+     "serve a page with the live panel to this machine's browser, until PROCESS ends", 4, RunPanel},
+    {"reset", "", "power-cycle the board: back to the initial state of its scenario", 0, Reset},
+    {"off", "", "switch off a board that ./run.sh --keep-on left on", 0, SwitchOff},
+    {"help", "", "print this help", 0, PrintHelp},
 };
 
 void PrintHelp(const Words&, const BoardFiles&) {
   std::cout << "usage: cvnsim [--board DIR] COMMAND\n\n"
-               "DIR is the directory of a started board; default: $CVN_BOARD, else ./board.\n\n"
-               "Commands that scenario files have too:\n"
-            << sim::CommandHelp() << "Others:\n";
+               "DIR is the directory of a started board (default: $CVN_BOARD, then ./board).\n\n"
+               "Commands that can also be used in scenario files:\n"
+            << sim::CommandHelp() << "Other commands:\n";
   for (const OwnCommand& own : kOwnCommands) {
     std::cout << "  " << own.Usage() << "\n      " << own.help << '\n';
   }
@@ -126,9 +125,9 @@ void Run(const Words& words, const BoardFiles& files) {
     if (own.name != words[0]) continue;
     if (words.size() - 1 <= own.maxArguments)
       return own.run({words.begin() + 1, words.end()}, files);
-    sim::Refuse(sim::Join(words), "has the wrong number of arguments", own.Usage());
+    sim::RefuseCount(words, own.Usage());
   }
-  if (!sim::IsCommand(words[0])) sim::Refuse(words[0], "is no command", names);
+  if (!sim::IsCommand(words[0])) sim::RefuseWord("unknown command", words[0], names);
   RunOnBoard(words, files);
 }
 

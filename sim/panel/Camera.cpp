@@ -34,7 +34,7 @@ Order ParseOrder(const sim::Words& words) {
   for (size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
     const bool hasNumber = word == "--rate" || word == "--pictures";
-    if (hasNumber && i + 1 == words.size()) sim::Refuse(word, "lacks its number", kUsage);
+    if (hasNumber && i + 1 == words.size()) sim::RefuseWord("missing number after", word, kUsage);
     if (word == "--y4m")
       streams = true;
     else if (word == "--rate")
@@ -42,11 +42,11 @@ Order ParseOrder(const sim::Words& words) {
     else if (word == "--pictures")
       order.pictures = sim::ParseNumber(words[++i], "number of pictures", 1, INT64_MAX);
     else if (word.starts_with("-") || !order.file.empty())
-      sim::Refuse(word, "is no option of the camera", kUsage);
+      sim::RefuseWord("unknown option", word, kUsage);
     else
       order.file = word;
   }
-  if (streams != order.file.empty()) sim::Refuse(sim::Join(words), "is no order", kUsage);
+  if (streams != order.file.empty()) sim::RefuseWord("invalid arguments", sim::Join(words), kUsage);
   return order;
 }
 

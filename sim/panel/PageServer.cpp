@@ -230,7 +230,7 @@ Options ParseOptions(const sim::Words& words) {
       options.companion =
           static_cast<pid_t>(sim::ParseNumber(words[i + 1], "process", 1, INT32_MAX));
     else
-      sim::Refuse(sim::Join(words, i), "is no option of the panel", "--port N, --with PROCESS");
+      sim::RefuseWord("unknown option", sim::Join(words, i), "--port N or --with PROCESS");
   }
   return options;
 }

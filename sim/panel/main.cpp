@@ -22,7 +22,7 @@ void Run(sim::Words words) {
   if (!words.empty()) words.erase(words.begin());
   if (task == "camera") return panel::RunCamera(words, files);
   if (task == "panel") return panel::RunPage(words, files);
-  sim::Refuse(task, "is no task", "camera, panel");
+  sim::RefuseWord("unknown task", task, "camera or panel");
 }
 
 }  // namespace

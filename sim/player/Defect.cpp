@@ -73,13 +73,14 @@ bool IsSameName(std::string_view a, std::string_view b) {
                     [lower](char x, char y) { return lower(x) == lower(y); });
 }
 
-/// "'WORD' is no WHAT: one of NAME, NAME…"
+/// "invalid WHAT 'WORD': expected NAME, NAME…"
 template <typename Range, typename NameOf>
 [[noreturn]] void RefuseName(std::string_view word, const std::string& what, const Range& known,
                              NameOf nameOf) {
   std::string names;
   for (const auto& entry : known) names.append(names.empty() ? "" : ", ").append(nameOf(entry));
-  throw std::invalid_argument("'" + std::string(word) + "' is no " + what + ": one of " + names);
+  throw std::invalid_argument("invalid " + what + " '" + std::string(word) + "': expected " +
+                              names);
 }
 
 const Kind& ParseKind(const std::string& name) {
@@ -98,8 +99,8 @@ const Column* ParseColumn(Stage stage, const std::string& name) {
 
 void TakeNothing(const std::string& detail, Defect& defect) {
   if (detail.empty()) return;
-  throw std::invalid_argument("'" + std::string(KindOf(defect.kind).name) +
-                              "' takes nothing behind it, and there is '" + detail + "'");
+  throw std::invalid_argument("unexpected '" + detail + "' after '" +
+                              std::string(KindOf(defect.kind).name) + "'");
 }
 
 /// "COLUMN" or "COLUMN=VALUE"
@@ -119,9 +120,9 @@ void TakeCount(const std::string& detail, Defect& defect) {
 void TakeDelay(const std::string& detail, Defect& defect) {
   const DumpFormat& format = FormatOf(defect.stage);
   if (FindColumn(format, "90k_counter") == nullptr) {
-    throw std::invalid_argument("'" + std::string(KindOf(defect.kind).name) +
-                                "' needs a clock in the dump, and " +
-                                std::string(format.stageName) + " has none");
+    throw std::invalid_argument("invalid defect '" + std::string(KindOf(defect.kind).name) +
+                                "' for " + std::string(format.stageName) +
+                                ", whose dump has no clock");
   }
   defect.value =
       detail.empty() ? kDefaultDelayMs : ParseNumber(detail, "milliseconds", 1, kLongestDelayMs);
@@ -149,8 +150,8 @@ Defect ParseDefect(const std::vector<std::string>& words) {
   const auto wordAt = [&](std::size_t i) { return i < words.size() ? words[i] : std::string(); };
   const bool hasFrame = wordAt(1) != KindOf(DefectKind::kNothing).name;
   if (words.size() < (hasFrame ? 3U : 2U) || words.size() > 4) {
-    throw std::invalid_argument("'" + wordAt(0) +
-                                "' is no whole defect: " + std::string(kDefectWords));
+    throw std::invalid_argument("incomplete defect '" + wordAt(0) + "': expected " +
+                                std::string(kDefectWords));
   }
   const Stage stage = ParseStage(words[0]);
   const Kind& kind = ParseKind(words[1]);

@@ -165,7 +165,7 @@ void ReadMedia(const std::string& location, MediaListener& listener, Screen* scr
   av_log_set_level(AV_LOG_QUIET);
   const Input input = Open(location);
   if (Reading(*input, listener, screen).Run() == 0)
-    throw std::runtime_error(location + ": holds neither pictures nor sound that can be decoded");
+    throw std::runtime_error(location + ": no video or audio stream that can be decoded");
 }
 
 }  // namespace player

@@ -10,8 +10,8 @@ int64_t ParseNumber(const std::string& text, const std::string& what, int64_t mi
   const char* end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
   if (error == std::errc() && rest == end && number >= min && number <= max) return number;
-  throw std::invalid_argument("'" + text + "' is no " + what + " from " + std::to_string(min) +
-                              " to " + std::to_string(max));
+  throw std::invalid_argument("invalid " + what + " '" + text + "': expected " +
+                              std::to_string(min) + " to " + std::to_string(max));
 }
 
 }  // namespace player

@@ -29,7 +29,7 @@ const PlayedCase& FindCase(int64_t number) {
     if (played.number == number) return played;
     numbers.append(numbers.empty() ? "" : ", ").append(std::to_string(played.number));
   }
-  throw std::invalid_argument("there is no test case " + std::to_string(number) + ": one of " +
+  throw std::invalid_argument("unknown test case " + std::to_string(number) + ": expected " +
                               numbers);
 }
 

@@ -60,7 +60,7 @@ Options ParseOptions(const std::vector<std::string>& words) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
     const bool hasValue = word == "-pf" || word == "-pu" || word == "-c" || word == "--root";
-    if (hasValue && i + 1 == words.size()) throw std::invalid_argument(word + " lacks its value");
+    if (hasValue && i + 1 == words.size()) throw std::invalid_argument(word + " requires a value");
     if (hasValue) ++i;
     if (word == "-pf" || word == "-pu")
       options.media = words[i];

@@ -53,48 +53,48 @@ struct Option {
 };
 
 constexpr Option kOptions[] = {
-    {"--case", "N", "test case, such as 101 (must be given)",
+    {"--case", "N", "test case, such as 101 (required)",
      [](Options& o, const std::string& text) {
        o.played = &player::FindCase(ParseNumber(text, "test case", 0, 999));
      }},
-    {"--home", "DIR", "cross-module home: gets golden files and kept dumps (must be given)",
+    {"--home", "DIR", "cross-module home, where golden files and kept dumps are written (required)",
      [](Options& o, const std::string& text) { o.home = text; }},
-    {"--dump-dir", "DIR", "where the drivers dump to (must be given)",
+    {"--dump-dir", "DIR", "directory for the drivers' dumps (required)",
      [](Options& o, const std::string& text) { o.dumpDirectory = text; }},
-    {"--free-run", "", "golden files of the free-run set",
+    {"--free-run", "", "write the golden files of the free-run set",
      [](Options& o, const std::string&) { o.goldenSet = "free_run_golden"; }},
-    {"--seed", "N", "other values for another number, default 1",
+    {"--seed", "N", "seed of the random values (default 1)",
      [](Options& o, const std::string& text) {
        o.seed = ParseNumber(text, "seed", 0, std::numeric_limits<int64_t>::max());
      }},
-    {"--frames", "N", "frames of video, default 600",
+    {"--frames", "N", "number of video frames (default 600)",
      [](Options& o, const std::string& text) {
        o.frames = ParseNumber(text, "number of frames", 1, kMostFrames);
      }},
-    {"--frame-rate", "N", "thousandths of a frame per second, default by test case",
+    {"--frame-rate", "N", "frame rate in mHz (default: that of the test case)",
      [](Options& o, const std::string& text) {
        o.frameRateMilliHz = ParseNumber(text, "frame rate", 1000, 240000);
      }},
-    {"--start-pts", "N", "time stamp of the first frame in ticks of 90 kHz, default 0",
+    {"--start-pts", "N", "time stamp of the first frame in 90 kHz ticks (default 0)",
      [](Options& o, const std::string& text) {
        o.startPts90k = ParseNumber(text, "time stamp", 0, std::numeric_limits<int32_t>::max());
      }},
-    {"--audio-offset", "MS", "sound of the dump later (negative: earlier) by so much",
+    {"--audio-offset", "MS", "delay of the dumped sound in milliseconds (negative: early)",
      [](Options& o, const std::string& text) {
        o.audioOffsetMs = ParseNumber(text, "number of milliseconds", -10000, 10000);
      }},
-    {"--golden", "DIR", "golden files of a real playing, whose dumps are made; no values are drawn",
+    {"--golden", "DIR", "make the dumps from these golden files instead of random values",
      [](Options& o, const std::string& text) { o.golden = text; }},
-    {"--carry-on", "", "defects show in the dumps of the stages behind too, as on the board",
+    {"--carry-on", "", "propagate defects to the dumps of the downstream stages, as on the board",
      [](Options& o, const std::string&) { o.carriesOn = true; }},
-    {"--stage", "STAGE", "only this stage; can be given several times",
+    {"--stage", "STAGE", "write this stage only; can be repeated",
      [](Options& o, const std::string& text) { o.stages.push_back(player::ParseStage(text)); }},
     {"--defect", "STAGE:KIND[:FRAME[:DETAIL]]",
-     "puts a defect into the stage's dump: change (DETAIL is COLUMN[=VALUE]), drop, skip,\n"
+     "inject a defect into the stage's dump: change (DETAIL is COLUMN[=VALUE]), drop, skip,\n"
      "      repeat, copy, freeze, insert, reorder, corrupt, garble (DETAIL is a number of "
      "frames),\n"
      "      late, early, jitter (DETAIL is in milliseconds), cut, truncate, nothing (takes no\n"
-     "      FRAME); can be given several times",
+     "      FRAME); can be repeated",
      [](Options& o, const std::string& text) { o.defects.push_back(player::ParseDefect(text)); }},
 };
 
@@ -110,7 +110,7 @@ const Option& FindOption(const std::string& name) {
   for (const Option& option : kOptions) {
     if (option.name == name) return option;
   }
-  throw std::invalid_argument("unknown option '" + name + "'; --help lists all");
+  throw std::invalid_argument("unknown option '" + name + "'; try --help");
 }
 
 Options ParseOptions(const std::vector<std::string>& words) {
@@ -119,11 +119,11 @@ Options ParseOptions(const std::vector<std::string>& words) {
     const Option& option = FindOption(words[i]);
     const bool takesArgument = !option.argument.empty();
     if (takesArgument && i + 1 == words.size())
-      throw std::invalid_argument(words[i] + " lacks its " + std::string(option.argument));
+      throw std::invalid_argument(words[i] + " requires " + std::string(option.argument));
     option.take(options, takesArgument ? words[++i] : "");
   }
   if (options.played == nullptr || options.home.empty() || options.dumpDirectory.empty())
-    throw std::invalid_argument("--case, --home and --dump-dir must be given; --help lists all");
+    throw std::invalid_argument("--case, --home and --dump-dir are required; try --help");
   if (options.stages.empty())
     options.stages.assign(std::begin(player::kAllStages), std::end(player::kAllStages));
   return options;

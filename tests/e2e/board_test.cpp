@@ -90,7 +90,7 @@ TEST_F(BoardTest, ABoardThatIsKeptOnHasItsStateUntilItIsSwitchedOff) {
   EXPECT_EQ(0, cvnsim("off").status);
   const ShellResult refused = cvnsim("fail K2V_RHAL_VPQ_SetNR -9");
   EXPECT_EQ(1, refused.status);
-  EXPECT_NE(std::string::npos, refused.output.find("no board is running")) << refused.output;
+  EXPECT_NE(std::string::npos, refused.output.find(" is off; start it with")) << refused.output;
   // Switched on again it is as it was at first.
   EXPECT_EQ(0, RunScript("cvntester --run UTVpqModule/19 && [ ! -s /dev/cvnvdec ] && "
                          "! grep 'SetNR.* = -9$' /sim/trace",
@@ -109,7 +109,7 @@ TEST_F(BoardTest, OptionsReachTheBoard) {
 
 TEST_F(BoardTest, AWrongScenarioLineNamesTheFileThatWasGiven) {
   const test::BoardOptions options{.scenario = "\nplug 9 1920x1080p60\n"};
-  const std::string message = "scenario:2: '9' is no port; allowed: 0 to 3\n";
+  const std::string message = "scenario:2: invalid port '9': expected 0 to 3\n";
   const fs::path directory = Board().parent_path();
   fs::current_path("/");
   EXPECT_EQ(RunScript("cvntester --version", options), 2);
@@ -128,9 +128,9 @@ TEST_F(BoardTest, WhatIsNoBoardIsNotTouched) {
         RunShell(Quoted(CVN_SOURCE_DIRECTORY "/sim/board/board-run") + " --board " +
                  Quoted(precious) + " --bin /tmp" + fresh + " -- true");
     EXPECT_EQ(2, result.status);
-    EXPECT_EQ(
-        "board-run: " + precious.string() + " is no board directory and not empty: nothing done\n",
-        result.output);
+    EXPECT_EQ("board-run: " + precious.string() +
+                  " is not empty and is not a board directory; nothing was changed\n",
+              result.output);
   }
   EXPECT_EQ("1", FileText(precious / "one"));
   EXPECT_EQ(1, std::distance(fs::directory_iterator(precious), {}));
@@ -141,7 +141,7 @@ TEST_F(BoardTest, OneBoardRunsOnce) {
   ASSERT_TRUE(first.Expect("up\n"));
   const ShellResult second = RunShell(Joined(CommandLine(Shell("true"))));
   EXPECT_EQ(1, second.status);
-  EXPECT_EQ("board-run: the board in " + Board().string() + " is running already\n", second.output);
+  EXPECT_EQ("board-run: the board in " + Board().string() + " is already running\n", second.output);
   first.SendLine("");
   EXPECT_EQ(0, first.Wait()) << first.Transcript();
 }
@@ -354,12 +354,12 @@ TEST(RunScriptTest, RefusesWrongOptionsAtOnce) {
     const char* message;
   };
   constexpr WrongCall kCalls[] = {
-      {"--os windows", "--os windows is none of android, sorvex, pelxos; usage: "},
-      {"--scenario", "--scenario needs a value; usage: "},
-      {"--scenario /no/such/file", "no scenario file /no/such/file\n"},
+      {"--os windows", "invalid --os 'windows': expected android, sorvex or pelxos; usage: "},
+      {"--scenario", "--scenario requires a value; usage: "},
+      {"--scenario /no/such/file", "cannot read the scenario /no/such/file\n"},
       {"--bord x", "unknown option --bord; usage: "},
       {"stray", "unknown option stray; usage: "},
-      {"--board ''", "--board needs a directory; usage: "},
+      {"--board ''", "--board requires a directory; usage: "},
   };
   for (const WrongCall& call : kCalls) {
     const ShellResult result =

@@ -111,7 +111,7 @@ def work(browser, address, cvnsim):
     browser.value("""document.getElementById('line').value = 'plug 9 nothing';
         document.querySelector('#command button').click()""")
     until("a wrong command is refused", lambda: browser.value(
-        "document.getElementById('answer').textContent") == "'9' is no port; allowed: 0 to 3")
+        "document.getElementById('answer').textContent") == "invalid port '9': expected 0 to 3")
 
     for scheme, width in (("dark", 1400), ("light", 375), ("dark", 375)):
         browser.look(width, 900, scheme)

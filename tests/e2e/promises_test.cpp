@@ -132,12 +132,12 @@ TEST_F(PromisesTest, ContradictionsAreRefusedBeforeAnythingIsOverwritten) {
     std::string words;
     const char* problem;
   } cases[] = {
-      {run + "--junit /tmp/x --tap /tmp/x", "--junit and --tap are one file: /tmp/x"},
-      {run + "--junit /tmp/x --lava /tmp/../tmp/./x", "--junit and --lava are one file"},
+      {run + "--junit /tmp/x --tap /tmp/x", "--junit and --tap are the same file: /tmp/x"},
+      {run + "--junit /tmp/x --lava /tmp/../tmp/./x", "--junit and --lava are the same file"},
       {run + "--json /tmp/good --answers /tmp/good", "--json would overwrite --answers"},
-      {run + "--results /tmp/res --json /tmp/res/journal", "belongs to --results"},
-      {run + "--results /tmp/res --tap /tmp/res/logs/../logs/a.log", "belongs to --results"},
-      {run + "--trace /sim/trace", "--trace needs --results"},
+      {run + "--results /tmp/res --json /tmp/res/journal", "is a file of --results"},
+      {run + "--results /tmp/res --tap /tmp/res/logs/../logs/a.log", "is a file of --results"},
+      {run + "--trace /sim/trace", "--trace requires --results"},
       {run + "--answers /tmp/answers", "/tmp/answers:2: 'VscModul/1' matches no test"},
       {"--run  --no-operator", "--run: must not be empty"},
   };

@@ -61,9 +61,9 @@ TEST_F(UnattendedTest, DriversThatGoAstrayCostTheirTestOnly) {
                   "/tmp/o.json"),
             "UTVpqModule/19 ERROR killed by signal 11 SIGSEGV\n"
             "UTVpqModule/201 ERROR killed by signal 6 SIGABRT\n"
-            "UTVpqModule/204 ERROR exited with status 3 in the test\n"
+            "UTVpqModule/204 ERROR exited with status 3 during the test\n"
             "UTVpqModule/206 ERROR timeout: still running after 5 s\n"
-            "UTVpqModule/207 ERROR killed the process that guards it, signal 9 SIGKILL\n"
+            "UTVpqModule/207 ERROR the test killed its supervisor process, signal 9 SIGKILL\n"
             "UTVpqModule/210 PASS left 1 process(es) running, ended\n"
             "UTVpqModule/212 ERROR timeout: no output for 3 s");
 
@@ -265,7 +265,7 @@ TEST_F(UnattendedTest, WrongUseAndAMissingReportDirectoryHaveStatusesOfTheirOwn)
   EXPECT_EQ(Run({"--resume", "/nowhere"}), 99);
   fs::remove_all(OnBoard("/tmp/var/log"));
   EXPECT_EQ(Run({"--run", "UTVpqModule/1"}), 99);
-  EXPECT_TRUE(Contains(Screen(), "the report cannot be written")) << Screen();
+  EXPECT_TRUE(Contains(Screen(), "cannot write the report")) << Screen();
 }
 
 TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardLooseOrPacked) {
@@ -319,7 +319,7 @@ TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardLooseOrPacked) {
   EXPECT_EQ(verify("missing").status, 2);
   const auto twice =
       test::RunShell(CVN_HARNESS " --verify 101 --dump . --golden . --tap a --events a");
-  EXPECT_EQ(twice.output, "cvntester: --events and --tap are one file: a\n");
+  EXPECT_EQ(twice.output, "cvntester: --events and --tap are the same file: a\n");
 }
 
 }  // namespace

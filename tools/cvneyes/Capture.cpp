@@ -135,7 +135,7 @@ Captures ReadCommand(const std::string& command, const RulesFile& rules) {
   } catch (const UseError& error) {
     const int status = output.Close();
     if (status == 0) throw;
-    throw UseError("'" + command + "' gives no picture, exit status " + std::to_string(status));
+    throw UseError("'" + command + "' returned no picture, exit status " + std::to_string(status));
   }
 }
 
@@ -146,7 +146,7 @@ Captures ReadHal(const RulesFile& rules) {
   if (library == nullptr) throw UseError(std::string("no HAL here: ") + dlerror());
   using CaptureCall = decltype(&K2V_RHAL_VSC_CaptureVideoFrame);
   const auto call = reinterpret_cast<CaptureCall>(dlsym(library, "K2V_RHAL_VSC_CaptureVideoFrame"));
-  if (call == nullptr) throw UseError("this HAL captures nothing");
+  if (call == nullptr) throw UseError("this HAL cannot capture the panel");
   Captures captures;
   std::vector<uint8_t> bytes(K2V_CAPTURE_BYTES);
   for (int i = 0; i < rules.pictures; ++i) {
@@ -178,7 +178,7 @@ Captures ReadHal(const RulesFile& rules) {
 
 Captures Capture(const std::string& from, const RulesFile& rules) {
   constexpr std::string_view kCommand = "command:", kVideo4Linux = "v4l2:";
-  if (from.empty()) throw UseError("no source of captures: --from, or 'from' in the rules");
+  if (from.empty()) throw UseError("no capture source; use --from, or 'from' in the rules");
   if (from.starts_with(kCommand)) return ReadCommand(from.substr(kCommand.size()), rules);
   if (from == "hal") return ReadHal(rules);
   const bool isDevice = from.starts_with(kVideo4Linux);

@@ -37,13 +37,14 @@ struct OptionName {
 };
 constexpr OptionName kOptions[] = {
     {"--from", nullptr, &Options::from,
-     "SOURCE     where captures come from, in place of the rules' 'from'"},
-    {"--test", "CVN_TEST", &Options::test, "ID         the test; CVN_TEST of the environment else"},
-    {"--question", "CVN_QUESTION", &Options::question, "TEXT   the question; CVN_QUESTION else"},
+     "SOURCE     capture from SOURCE instead of the 'from' of the rules"},
+    {"--test", "CVN_TEST", &Options::test, "ID         id of the test (default: $CVN_TEST)"},
+    {"--question", "CVN_QUESTION", &Options::question,
+     "TEXT   question to be answered (default: $CVN_QUESTION)"},
     {"--evidence", "CVN_EVIDENCE", &Options::evidence,
-     "DIR    where pictures are kept; CVN_EVIDENCE else"},
+     "DIR    directory for pictures (default: $CVN_EVIDENCE)"},
     {"--state", nullptr, &Options::state,
-     "COMMAND   learn: prints the state of the board, which is kept with a reference"},
+     "COMMAND   learn: command that prints the board's state, stored with a reference"},
 };
 
 Options ParseOptions(const std::vector<std::string>& words) {
@@ -57,10 +58,10 @@ Options ParseOptions(const std::vector<std::string>& words) {
     if (words[i] == "--yes") {
       options.yes = true;
     } else if (option != std::end(kOptions)) {
-      if (i + 1 == words.size()) throw UseError(words[i] + " needs a value");
+      if (i + 1 == words.size()) throw UseError(words[i] + " requires a value");
       options.*option->member = words[++i];
     } else if (words[i].starts_with("--")) {
-      throw UseError("unknown option " + words[i]);
+      throw UseError("unknown option '" + words[i] + "'; try 'cvneyes --help'");
     } else {
       options.names.push_back(words[i]);
     }
@@ -78,7 +79,7 @@ void WritePicture(const std::string& path, const AVFrame& frame) {
   out.close();
   std::error_code error;
   if (out) fs::rename(next, path, error);
-  if (!out || error) throw UseError(path + " cannot be written");
+  if (!out || error) throw UseError("cannot write " + path);
 }
 
 /// Keeps a picture as evidence, at most 960 wide.
@@ -106,7 +107,7 @@ RulesFile RulesOf(const Options& options, size_t names, const char* usage) {
 }
 
 Answer KeepBefore(const Options& options, const RulesFile& rules, std::ostream& out) {
-  if (options.evidence.empty()) throw UseError("no directory for the picture: --evidence");
+  if (options.evidence.empty()) throw UseError("no directory for the picture; use --evidence");
   KeepPicture(options, "before.png", Take(options, rules).pictures.back());
   out << "picture taken\n";
   return Answer::kYes;
@@ -146,7 +147,7 @@ Answer JudgeOnce(const Options& options, std::ostream& out) {
 class Terminal {
  public:
   Terminal() : descriptor_(open("/dev/tty", O_RDWR | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw UseError("no terminal to ask the operator at, and no --yes");
+    if (descriptor_ < 0) throw UseError("no terminal to ask the operator; use --yes");
     std::signal(SIGTTOU, SIG_IGN);
     before_ = tcgetpgrp(descriptor_);
     tcsetpgrp(descriptor_, getpgrp());
@@ -191,7 +192,7 @@ std::string OutputOf(const std::string& command) {
   std::string output;
   if (command.empty()) return output;
   std::FILE* const pipe = popen(command.c_str(), "re");
-  if (pipe == nullptr) throw UseError(command + " cannot be started");
+  if (pipe == nullptr) throw UseError("cannot start " + command);
   char block[4096];
   for (size_t got; (got = fread(block, 1, sizeof block, pipe)) > 0;) output.append(block, got);
   if (pclose(pipe) != 0) throw UseError("'" + command + "' failed");
@@ -207,7 +208,7 @@ void WriteNote(const std::string& path, const Options& options, const RulesFile&
        << "state:\n"
        << OutputOf(options.state);
   note.close();
-  if (!note) throw UseError(path + " cannot be written");
+  if (!note) throw UseError("cannot write " + path);
 }
 
 /// Keeps the picture as reference of the test and adds its rule where there is none that names it.
@@ -219,19 +220,20 @@ Answer Learn(const Options& options, std::ostream& out) {
   const Pixels& now = captures.pictures.back();
   const char answer = AskOperator(options);
   if (answer != 'y') {
-    out << (answer == 'n' ? "the operator says no\n" : "no answer\n");
+    out << (answer == 'n' ? "the operator said no\n" : "no answer\n");
     return answer == 'n' ? Answer::kNo : Answer::kCannotTell;
   }
   const std::string name = FileNameOf(options.test);
   const Likeness itself = Compare(now, now, {}, {}, kUnknownRig);
-  if (itself.patches < kFewestPatches) throw UseError("the picture has no even parts to judge by");
+  if (itself.patches < kFewestPatches)
+    throw UseError("the picture has too few flat areas for a comparison of colours");
   WritePicture(rules.PathOf(name), *ToFrame(now));
   WriteNote(rules.PathOf(name + ".txt"), options, rules, captures);
   if (FindRule(rules, options.test, options.question) == nullptr) {
     std::ofstream file(options.names[0], std::ios::app);
     file << options.test.substr(0, options.test.find('@')) << "\t*\treference " << name << '\n';
     file.close();
-    if (!file) throw UseError(options.names[0] + " cannot be written");
+    if (!file) throw UseError("cannot write " + options.names[0]);
   }
   out << "learned " << name << '\n';
   return Answer::kYes;
@@ -239,11 +241,11 @@ Answer Learn(const Options& options, std::ostream& out) {
 
 Answer CalibrateRig(const Options& options, std::ostream& out) {
   const RulesFile rules = RulesOf(options, 2, "calibrate RULES REFERENCE");
-  if (rules.calibration.empty()) throw UseError(options.names[0] + " names no calibration");
+  if (rules.calibration.empty()) throw UseError("no 'calibration' in " + options.names[0]);
   const Captures captures = Take(options, rules);
   const Pixels reference = PictureOf(options.names[1]);
   if (reference.width != rules.width || reference.height != rules.height)
-    throw UseError(options.names[1] + " has another size than the judged picture");
+    throw UseError(options.names[1] + " differs in size from the judged picture");
   KeepPicture(options, "capture.png", captures.pictures.back());
   const auto rig = Calibrate(reference, captures.pictures.back());
   if (!rig) throw UseError("the capture does not show " + options.names[1]);
@@ -257,7 +259,7 @@ Answer CalibrateRig(const Options& options, std::ostream& out) {
 Answer MakeReferences(const Options& options, std::ostream& out) {
   if (options.names.size() != 2) throw UseError("usage: cvneyes make RECIPES DIR");
   std::ifstream in(options.names[0]);
-  if (!in) throw UseError(options.names[0] + " cannot be read");
+  if (!in) throw UseError("cannot read " + options.names[0]);
   std::vector<std::pair<std::string, std::string>> made;
   std::string line;
   for (int number = 1; std::getline(in, line); ++number) {
@@ -293,12 +295,13 @@ struct Task {
   Answer (*run)(const Options& options, std::ostream& out);
 };
 constexpr Task kTasks[] = {
-    {"judge", "judge RULES", "looks at the panel: status 0 is yes, 1 no, 2 cannot tell", JudgeOnce},
-    {"learn", "learn RULES [--yes]", "takes the picture as reference when the operator says yes",
+    {"judge", "judge RULES", "judge the panel: exit status 0 is yes, 1 no, 2 cannot tell",
+     JudgeOnce},
+    {"learn", "learn RULES [--yes]", "store the picture as reference if the operator says yes",
      Learn},
-    {"calibrate", "calibrate RULES REFERENCE", "measures the rig by a picture that the panel shows",
+    {"calibrate", "calibrate RULES REFERENCE", "calibrate the rig with a picture on the panel",
      CalibrateRig},
-    {"make", "make RECIPES DIR", "makes references from recipes", MakeReferences},
+    {"make", "make RECIPES DIR", "make references from recipes", MakeReferences},
 };
 
 }  // namespace
@@ -319,7 +322,7 @@ Answer RunCommandLine(const std::vector<std::string>& words, std::ostream& out) 
     return Answer::kYes;
   }
   const auto* task = std::ranges::find(kTasks, name, &Task::name);
-  if (task == std::end(kTasks)) throw UseError("'" + name + "' is no task\n" + HelpText());
+  if (task == std::end(kTasks)) throw UseError("unknown task '" + name + "'\n" + HelpText());
   return task->run(ParseOptions({words.begin() + 1, words.end()}), out);
 }
 

@@ -83,7 +83,7 @@ Finding AgainstPicture(const Situation& situation, const Condition& condition, P
   if (likeness.shift > 0) text += Printed(", moved by %.1f pixels too many", likeness.shift);
   if (likeness.patches < kFewestPatches) {
     return {Answer::kCannotTell,
-            text + Printed(", only %zu even parts to judge by", likeness.patches),
+            text + Printed(", only %zu flat areas to compare", likeness.patches),
             std::move(reference)};
   }
   return {likeness.IsAlike() ? Answer::kYes : Answer::kNo, text, std::move(reference)};
@@ -241,7 +241,7 @@ KnownRig ReadCalibration(const std::string& path) {
   for (const auto& number : kNumbers) {
     std::string name;
     if (!(in >> name >> known.rig.*number.member) || name != number.name)
-      throw UseError(path + " is no calibration");
+      throw UseError(path + ": not a calibration");
   }
   return known;
 }
@@ -254,7 +254,7 @@ void WriteCalibration(const std::string& path, const Rig& rig) {
   out.close();
   std::error_code error;
   if (out) std::filesystem::rename(next, path, error);
-  if (!out || error) throw UseError(path + " cannot be written");
+  if (!out || error) throw UseError("cannot write " + path);
 }
 
 }  // namespace eyes

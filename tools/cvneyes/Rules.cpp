@@ -59,8 +59,8 @@ Region ParseRegion(const std::string& text, int width, int height) {
   const bool fits = region.x >= 0 && region.y >= 0 && region.w >= kLeast && region.h >= kLeast &&
                     region.w <= width - region.x && region.h <= height - region.y;
   if (found == 4 && at > text.size() && fits) return region;
-  throw UseError("'" + text + "' is no region X,Y,W,H of " + std::to_string(width) + "x" +
-                 std::to_string(height) + " with at least 32 pixels in both directions");
+  throw UseError("invalid region '" + text + "': expected X,Y,W,H of " + std::to_string(width) +
+                 "x" + std::to_string(height) + " with at least 32 pixels in both directions");
 }
 
 /// A window has ground around it.
@@ -68,7 +68,7 @@ Region ParseWindow(const std::string& text, int width, int height) {
   constexpr int kLeast = 32;
   const Region window = ParseRegion(text, width, height);
   if (window.w > width - kLeast && window.h > height - kLeast)
-    throw UseError("'" + text + "' leaves no ground around the window");
+    throw UseError("invalid window '" + text + "': it covers the whole picture");
   return window;
 }
 
@@ -78,7 +78,7 @@ Rgb ParseColor(const std::string& text) {
   }
   int number = 0;
   if (text.size() != 6 || !ParseNumber(text, 16, number) || number < 0)
-    throw UseError("'" + text + "' is no colour; allowed: a name such as blue, or RRGGBB");
+    throw UseError("invalid colour '" + text + "': expected a name such as blue, or RRGGBB");
   return {static_cast<double>(number >> 16), static_cast<double>(number >> 8 & 255),
           static_cast<double>(number & 255)};
 }
@@ -116,7 +116,7 @@ Condition ParseCondition(Reader& words, int width, int height) {
   if (kind == std::end(kKinds)) {
     std::string names;
     for (const KindName& known : kKinds) names.append(names.empty() ? "" : ", ").append(known.name);
-    throw UseError("'" + name + "' is no condition; allowed: " + names);
+    throw UseError("unknown condition '" + name + "': expected " + names);
   }
   Condition condition{kind->kind, "", "", {}, {}, ""};
   switch (condition.kind) {
@@ -153,7 +153,7 @@ struct Setting {
 int ParseCount(const std::string& value, int least, int most) {
   int number = 0;
   if (ParseNumber(value, 10, number) && number >= least && number <= most) return number;
-  throw UseError("'" + value + "' is no number from " + std::to_string(least) + " to " +
+  throw UseError("invalid value '" + value + "': expected " + std::to_string(least) + " to " +
                  std::to_string(most));
 }
 
@@ -166,14 +166,14 @@ constexpr Setting kSettings[] = {
      [](RulesFile& file, const std::string& value) { file.skipped = ParseCount(value, 0, 1000); }},
     {"size",
      [](RulesFile& file, const std::string& value) {
-       if (!file.rules.empty()) throw UseError("the size has to be set before the first rule");
+       if (!file.rules.empty()) throw UseError("the size must be set before the first rule");
        const size_t by = std::min(value.find('x'), value.size());
        file.width = ParseCount(value.substr(0, by), 64, 3840);
        file.height = ParseCount(value.substr(std::min(by + 1, value.size())), 64, 2160);
      }},
     {"trust",
      [](RulesFile& file, const std::string& value) {
-       if (value != "black") throw UseError("'" + value + "' is nothing to trust; allowed: black");
+       if (value != "black") throw UseError("invalid value '" + value + "': expected black");
        file.trustsBlack = true;
      }},
 };
@@ -190,14 +190,15 @@ void ParseSetting(RulesFile& file, const std::string& line) {
   for (const Setting& setting : kSettings) {
     if (name == setting.name) return setting.set(file, Trimmed(line.substr(blank)));
   }
-  throw UseError("'" + name + "' is no setting, and a rule has two tabs");
+  throw UseError("unknown setting '" + name + "', or a rule without its two tabs");
 }
 
 void ParseLine(RulesFile& file, const std::string& line) {
   const size_t first = line.find('\t');
   if (first == std::string::npos) return ParseSetting(file, line);
   const size_t second = line.find('\t', first + 1);
-  if (second == std::string::npos) throw UseError("a rule is a test, a question and conditions");
+  if (second == std::string::npos)
+    throw UseError("malformed rule: expected test, question and conditions, separated by tabs");
   Rule rule{Trimmed(line.substr(0, first)),
             Trimmed(line.substr(first + 1, second - first - 1)),
             Trimmed(line.substr(second + 1)),
@@ -234,13 +235,14 @@ std::vector<Condition> ParseConditions(const std::string& text, int width, int h
     conditions.push_back(ParseCondition(words, width, height));
     conditions.back().text = words.Since(place);
   } while (words.Skip("and"));
-  if (!words.IsAtEnd()) throw UseError("'" + words.Next("") + "' is too much, or lacks an 'and'");
+  if (!words.IsAtEnd())
+    throw UseError("unexpected '" + words.Next("") + "': expected 'and' or the end of the rule");
   return conditions;
 }
 
 RulesFile ReadRules(const std::string& path) {
   std::ifstream in(path);
-  if (!in) throw UseError(path + " cannot be read");
+  if (!in) throw UseError("cannot read " + path);
   const std::string text((std::istreambuf_iterator<char>(in)), {});
   RulesFile file;
   file.directory = std::filesystem::path(path).parent_path().string();

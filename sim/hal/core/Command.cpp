@@ -30,7 +30,7 @@ Number ParseAs(const std::string& word, const std::string& what, Number min, Num
   }
   std::ostringstream range;
   range << min << " to " << max;
-  Refuse(word, "is no " + what, range.str());
+  RefuseWord("invalid " + what, word, range.str());
 }
 
 }  // namespace
@@ -49,11 +49,10 @@ std::string Join(const Words& words, size_t first) {
 Action ParseCommand(const Words& words) {
   const std::string name = words.empty() ? "" : words.front();
   const Command* command = FindCommand(name);
-  if (command == nullptr) Refuse(name, "is no command", CommandNames());
+  if (command == nullptr) RefuseWord("unknown command", name, CommandNames());
   const Words arguments(words.begin() + 1, words.end());
   if (arguments.size() < command->minArguments || arguments.size() > command->maxArguments) {
-    Refuse(Join(words), "has the wrong number of arguments",
-           name + ' ' + std::string(command->arguments));
+    RefuseCount(words, name + ' ' + std::string(command->arguments));
   }
   return command->parse(arguments);
 }
@@ -87,8 +86,20 @@ std::string CommandHelp() {
   return help.str();
 }
 
-void Refuse(const std::string& word, const std::string& problem, const std::string& allowed) {
-  throw CommandError("'" + word + "' " + problem + "; allowed: " + allowed);
+void Refuse(const std::string& problem, const std::string& expected) {
+  throw CommandError(problem + ": expected " + expected);
+}
+
+void RefuseWord(const std::string& problem, const std::string& word, const std::string& expected) {
+  Refuse(problem + " '" + word + "'", expected);
+}
+
+void RefuseCount(const Words& words, const std::string& usage) {
+  RefuseWord("wrong number of arguments in", Join(words), usage);
+}
+
+std::string Counted(uint64_t count, const std::string& what) {
+  return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
 
 int64_t ParseNumber(const std::string& word, const std::string& what, int64_t min, int64_t max) {
@@ -100,7 +111,8 @@ double ParseDecimal(const std::string& word, const std::string& what, double min
 }
 
 bool ParseChoice(const std::string& word, const char* yes, const char* no) {
-  if (word != yes && word != no) Refuse(word, "is no choice", std::string(yes) + ", " + no);
+  if (word != yes && word != no)
+    RefuseWord("invalid argument", word, std::string(yes) + " or " + no);
   return word == yes;
 }
 

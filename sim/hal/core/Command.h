@@ -53,9 +53,18 @@ std::string CommandNames();
 /// Lists the commands with their arguments, a line each.
 std::string CommandHelp();
 
-/// Throws the CommandError "'WORD' PROBLEM; allowed: ALLOWED".
-[[noreturn]] void Refuse(const std::string& word, const std::string& problem,
-                         const std::string& allowed);
+/// Throws the CommandError "PROBLEM: expected EXPECTED".
+[[noreturn]] void Refuse(const std::string& problem, const std::string& expected);
+
+/// Throws the CommandError "PROBLEM 'WORD': expected EXPECTED".
+[[noreturn]] void RefuseWord(const std::string& problem, const std::string& word,
+                             const std::string& expected);
+
+/// Throws the CommandError for a command with too few or too many arguments.
+[[noreturn]] void RefuseCount(const Words& words, const std::string& usage);
+
+/// "1 call", "2 calls".
+std::string Counted(uint64_t count, const std::string& what);
 
 /// Reads a whole word as a decimal number in a range. Throws CommandError naming `what` it is.
 int64_t ParseNumber(const std::string& word, const std::string& what, int64_t min, int64_t max);

@@ -44,16 +44,18 @@ void AddEvent(Board& board, const std::string& command, const Event& event) {
     command.copy(entry.command, sizeof(entry.command) - 1);
     return;
   }
-  Refuse(command, "finds no room", std::to_string(std::size(board.events.entries)) + " events");
+  RefuseWord("too many pending events for", command,
+             "at most " + std::to_string(std::size(board.events.entries)));
 }
 
-// Checks the command now, so that a mistake is told to the one who made it.
+// Checks the command at once, so that the user who typed it sees the error.
 std::string CheckedCommand(const Words& words, size_t first) {
   const Words command(words.begin() + static_cast<std::ptrdiff_t>(first), words.end());
   ParseCommand(command);
   std::string line = Join(command);
   if (line.size() >= sizeof(Event::command)) {
-    Refuse(line, "is too long", std::to_string(sizeof(Event::command) - 1) + " characters");
+    RefuseWord("command too long:", line,
+               "at most " + std::to_string(sizeof(Event::command) - 1) + " characters");
   }
   return line;
 }
@@ -80,7 +82,7 @@ Action ParseAfterPolls(const Words& words) {
 Action ParseAfter(const Words& words) {
   if (words[1] == "s") return ParseAfterSeconds(words);
   if (words[1] == "polls") return ParseAfterPolls(words);
-  Refuse(words[1], "is no unit", "s, polls");
+  RefuseWord("invalid unit", words[1], "s or polls");
 }
 
 void Describe(const Board& board, std::ostream& out) {
@@ -102,7 +104,7 @@ void Describe(const Board& board, std::ostream& out) {
 
 constexpr Command kCommands[] = {
     {"after", "N s COMMAND | N polls PORT COMMAND",
-     "do COMMAND in N seconds, or at the N-th poll of the port's timing from now", 3, kAnyNumber,
+     "run COMMAND in N seconds, or at the N-th poll of the port's timing from now", 3, kAnyNumber,
      ParseAfter},
 };
 

@@ -24,8 +24,8 @@ void AddFailure(Board& board, const std::string& function, const Failure& failur
     function.copy(entry.function, sizeof(entry.function) - 1);
     return;
   }
-  Refuse(function, "finds no room",
-         std::to_string(std::size(board.failures.entries)) + " programmed failures");
+  RefuseWord("too many programmed failures for", function,
+             "at most " + std::to_string(std::size(board.failures.entries)));
 }
 
 Action ParseFail(const Words& words) {
@@ -36,7 +36,7 @@ Action ParseFail(const Words& words) {
   for (size_t i = 2; i < words.size(); i += 2) {
     const std::string& option = words[i];
     if ((option != "--at" && option != "--times") || i + 1 == words.size()) {
-      Refuse(option, "is no option with its number", "--at N, --times N");
+      RefuseWord("invalid option", option, "--at N or --times N");
     }
     const auto number =
         static_cast<uint32_t>(ParseNumber(words[i + 1], "number for " + option, 1, kForEver - 1));
@@ -65,9 +65,9 @@ void Describe(const Board& board, std::ostream& out) {
   for (const Failure& entry : board.failures.entries) {
     if (entry.function[0] == '\0') continue;
     any = true;
-    out << "  " << entry.function << " answers " << entry.code;
-    if (entry.callsBefore > 0) out << ", after " << entry.callsBefore << " calls";
-    if (entry.times != kForEver) out << ", " << entry.times << " times";
+    out << "  " << entry.function << " returns " << entry.code;
+    if (entry.callsBefore > 0) out << ", after " << Counted(entry.callsBefore, "call");
+    if (entry.times != kForEver) out << ", for " << Counted(entry.times, "call");
     out << '\n';
   }
   if (!any) out << "  none\n";
@@ -75,9 +75,11 @@ void Describe(const Board& board, std::ostream& out) {
 
 constexpr Command kCommands[] = {
     {"fail", "FUNCTION CODE [--at N] [--times N]",
-     "let a HAL function answer CODE, from its N-th call from now on, for N calls or for ever", 2,
-     6, ParseFail},
-    {"clear", "FUNCTION|all", "take programmed failures back", 1, 1, ParseClear},
+     "make a HAL function return CODE, starting with its N-th call from now, for N calls "
+     "(default:\n"
+     "      until cleared)",
+     2, 6, ParseFail},
+    {"clear", "FUNCTION|all", "remove programmed failures", 1, 1, ParseClear},
 };
 
 }  // namespace
@@ -86,8 +88,8 @@ constinit const Area kFailureArea = {kCommands, Describe};
 
 void CheckFunction(const std::string& name) {
   if (std::ranges::find(FunctionNames(), name) != FunctionNames().end()) return;
-  Refuse(name, "is no function of the HAL",
-         "those in hal/include, such as " + std::string(NearestFunction(name)));
+  RefuseWord("unknown HAL function", name,
+             "a function of hal/include, such as " + std::string(NearestFunction(name)));
 }
 
 std::optional<int32_t> TakeFailure(Board& board, const char* function) {

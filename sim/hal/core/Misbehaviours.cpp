@@ -64,7 +64,7 @@ std::string WayNames() {
 
 uint32_t ParseWay(const std::string& name) {
   const auto* way = std::ranges::find(kWays, name, &Way::name);
-  if (way == std::end(kWays)) Refuse(name, "is no way to misbehave", WayNames());
+  if (way == std::end(kWays)) RefuseWord("unknown misbehaviour", name, WayNames());
   return static_cast<uint32_t>(way - kWays);
 }
 
@@ -74,8 +74,7 @@ Action ParseMisbehave(const Words& words) {
   words[0].copy(entry.function, sizeof(entry.function) - 1);
   entry.way = ParseWay(words[1]);
   if (words.size() > 2) {
-    if (words[2] != "--at" || words.size() != 4)
-      Refuse(words[2], "is no option with its number", "--at N");
+    if (words[2] != "--at" || words.size() != 4) RefuseWord("invalid option", words[2], "--at N");
     entry.callsBefore =
         static_cast<uint32_t>(ParseNumber(words[3], "number for --at", 1, 1000000)) - 1;
   }
@@ -83,8 +82,8 @@ Action ParseMisbehave(const Words& words) {
     auto& entries = board.misbehaviours.entries;
     auto* free = std::ranges::find_if(entries, [](const auto& e) { return e.function[0] == '\0'; });
     if (free == std::end(entries)) {
-      Refuse(entry.function, "finds no room",
-             std::to_string(std::size(entries)) + " programmed misbehaviours");
+      RefuseWord("too many programmed misbehaviours for", entry.function,
+                 "at most " + std::to_string(std::size(entries)));
     }
     *free = entry;
   };
@@ -94,14 +93,16 @@ void Describe(const Board& board, std::ostream& out) {
   for (const Misbehaviour& entry : board.misbehaviours.entries) {
     if (entry.function[0] == '\0') continue;
     out << "programmed misbehaviour: " << entry.function << ' ' << kWays[entry.way].name;
-    if (entry.callsBefore > 0) out << ", after " << entry.callsBefore << " calls";
+    if (entry.callsBefore > 0) out << ", after " << Counted(entry.callsBefore, "call");
     out << '\n';
   }
 }
 
 constexpr Command kCommands[] = {
     {"misbehave", "FUNCTION WAY [--at N]",
-     "let a HAL function go astray once, at its N-th call from now on", 2, 4, ParseMisbehave},
+     "make a HAL function misbehave once, at its N-th call from now: segv, abort, exit, hang,\n"
+     "      flood, noise, kill-group or leave-child",
+     2, 4, ParseMisbehave},
 };
 
 /// The way that this call goes, null for a call that goes well.

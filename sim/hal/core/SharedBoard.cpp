@@ -85,7 +85,7 @@ class File {
     struct stat status = {};
     if (fstat(fd_, &status) != 0) throw SystemError(path_);
     if (S_ISDIR(status.st_mode)) throw std::runtime_error(path_ + ": Is a directory");
-    if (!S_ISREG(status.st_mode)) throw std::runtime_error(path_ + ": is no regular file");
+    if (!S_ISREG(status.st_mode)) throw std::runtime_error(path_ + ": not a regular file");
     std::string text;
     char block[4096];
     ssize_t got = 0;
@@ -130,7 +130,7 @@ void InitializeMutex(pthread_mutex_t& mutex) {
 template <size_t Size>
 void StoreText(char (&target)[Size], const std::string& text, const std::string& what) {
   if (text.size() >= Size) {
-    throw std::runtime_error(what + " is too long; allowed: up to " + std::to_string(Size - 1) +
+    throw std::runtime_error(what + " is too long: expected at most " + std::to_string(Size - 1) +
                              " bytes");
   }
   text.copy(target, text.size());
@@ -195,8 +195,8 @@ bool NeverStarted(const SharedBoard& candidate) {
 
 std::runtime_error NotABoard(const std::string& path) {
   return std::runtime_error(path +
-                            ": not a state file of this version of the simulated board; "
-                            "remove it or name another");
+                            ": state file of another version of the simulated board; "
+                            "remove it or use another");
 }
 
 SharedBoard* Open(const std::string& path, int flags, bool mayStart) {

@@ -108,7 +108,8 @@ Action ParseDevice(const Words& words) {
 
 constexpr Command kCommands[] = {
     {"device", "ready|healthy CODE",
-     "what the device says keeps it from being ready or healthy; 0 is nothing", 2, 2, ParseDevice},
+     "error code that the device reports instead of being ready or healthy; 0 is no error", 2, 2,
+     ParseDevice},
 };
 
 void Describe(const Board& board, std::ostream& out) {
@@ -133,7 +134,7 @@ void WriteRegisterFile(Board& board, const std::string& line) {
   const auto address = words.empty() ? std::nullopt : ParseHex(words[0]);
   const auto value = words.size() < 2 ? std::nullopt : ParseHex(words[1]);
   if (!address || words.size() > 2 || (words.size() == 2 && !value)) {
-    Note("# register: '" + line + "' is no access; allowed: 0xADDRESS, 0xADDRESS 0xVALUE");
+    Note("# register: invalid access '" + line + "': expected 0xADDRESS or 0xADDRESS 0xVALUE");
   } else if (value) {
     WriteRegister(board, *address, *value);
     Note("register " + words[0] + " = " + words[1]);

@@ -59,7 +59,7 @@ void TellTemperatures(Reading told) {
     told = now;
     listener.load()(now.degrees);
     const BoardLock board;
-    Note("thermal notifier told " + std::to_string(now.degrees));
+    Note("thermal notifier called with " + std::to_string(now.degrees));
   }
 }
 
@@ -91,15 +91,15 @@ Action ParseThermal(const Words& words) {
 }
 
 constexpr Command kCommands[] = {
-    {"temperature", "DEGREES", "the chip has that temperature, and its notifier tells it at once",
-     1, 1, ParseTemperature},
-    {"thermal", "SECONDS|off", "how often the notifier tells the same temperature again", 1, 1,
+    {"temperature", "DEGREES", "set the chip's temperature; its notifier is called immediately", 1,
+     1, ParseTemperature},
+    {"thermal", "SECONDS|off", "how often the notifier repeats an unchanged temperature", 1, 1,
      ParseThermal},
 };
 
 void Describe(const Board& board, std::ostream& out) {
   const uint32_t periodMs = PeriodMs(board.device.thermal);
-  out << "thermal sensor: " << Degrees(board.device.thermal) << " degrees, told ";
+  out << "thermal sensor: " << Degrees(board.device.thermal) << " degrees, notified ";
   if (periodMs == kForEver) {
     out << "on change\n";
   } else {

@@ -42,8 +42,8 @@ int FinishLayer(Board& board) {
 }
 
 void Describe(const Board& board, std::ostream& out) {
-  out << "graphics: " << (board.graphics.on ? "two planes" : "one plane")
-      << ", panel behind the link " << (board.linkedGraphics.on ? "on" : "off") << '\n';
+  out << "graphics: " << (board.graphics.on ? "two planes" : "one plane") << ", panel on the link "
+      << (board.linkedGraphics.on ? "on" : "off") << '\n';
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ std::size_t ParsePort(const std::string& word) {
 }
 
 Action ParseDownstream(const Words& words) {
-  if (words.size() < 4) Refuse(Join(words), "lacks a number", "PORT downstream DEVICES DEPTH");
+  if (words.size() < 4) RefuseCount(words, "PORT downstream DEVICES DEPTH");
   const Hdcp2Downstream downstream = {
       static_cast<unsigned>(ParseNumber(words[2], "number of devices", 0, 127)),
       static_cast<unsigned>(ParseNumber(words[3], "number of levels", 0, 7))};
@@ -40,7 +40,8 @@ Action ParseDownstream(const Words& words) {
 Action ParseHdcp2(const Words& words) {
   if (words[1] == "downstream") return ParseDownstream(words);
   const auto* const found = std::ranges::find(kFaults, words[1]);
-  if (found == std::end(kFaults)) Refuse(words[1], "is no fault", FaultNames() + ", downstream");
+  if (found == std::end(kFaults))
+    RefuseWord("unknown fault", words[1], FaultNames() + ", downstream");
   const int64_t times =
       words.size() > 2 ? ParseNumber(words[2], "number of times", 1, INT32_MAX) : 0;
   const Hdcp2Order order = {static_cast<Hdcp2Fault>(found - std::begin(kFaults)),
@@ -51,11 +52,10 @@ Action ParseHdcp2(const Words& words) {
 
 constexpr Command kCommands[] = {
     {"hdcp2", "PORT FAULT [TIMES] | PORT downstream DEVICES DEPTH",
-     "how HDCP 2 authentications on the port go: ok, no-keys, revoked, bad-cert, wrong-h, "
-     "wrong-l,\n"
-     "      wrong-ks, wrong-v, wrong-m, silent, late-cert, late-h, late-pairing, late-l, "
-     "late-list,\n"
-     "      late-m; or what is behind the board where it is a repeater",
+     "set the outcome of HDCP 2 authentications on the port: ok, no-keys, revoked, bad-cert,\n"
+     "      wrong-h, wrong-l, wrong-ks, wrong-v, wrong-m, silent, late-cert, late-h, "
+     "late-pairing,\n"
+     "      late-l, late-list, late-m; or the devices downstream of the board as a repeater",
      2, 4, ParseHdcp2},
 };
 
@@ -71,7 +71,7 @@ void DescribeOrder(const Hdcp2Port& port, std::ostream& out) {
   }
   if (port.downstream.devices > 0) {
     out << ", " << port.downstream.devices << " devices on " << port.downstream.depth
-        << " levels behind it";
+        << " levels downstream";
   }
 }
 

@@ -48,8 +48,8 @@ template <const Switch& Of>
 Action ParseSwitch(const Words& words) {
   const bool ill = words[0] == Of.ill;
   if (!ill && words[0] != Of.well) {
-    Refuse(words[0], "is no state of the " + std::string(Of.name),
-           std::string(Of.well) + ", " + std::string(Of.ill));
+    RefuseWord("invalid state of the " + std::string(Of.name), words[0],
+               std::string(Of.well) + " or " + std::string(Of.ill));
   }
   return [ill](Board& board) {
     board.media.*Of.isIll = ill;
@@ -93,8 +93,9 @@ void AddDefect(Board& board, const std::string& words) {
     words.copy(defect.words, sizeof(defect.words) - 1);
     return;
   }
-  Refuse(words, "finds no room",
-         std::to_string(std::size(board.media.defects)) + " defects; 'defect none' clears all");
+  RefuseWord(
+      "too many defects for", words,
+      "at most " + std::to_string(std::size(board.media.defects)) + "; 'defect none' removes all");
 }
 
 Action ParseDefectCommand(const Words& words) {
@@ -110,13 +111,14 @@ Action ParseDefectCommand(const Words& words) {
   }
   const std::string line = Join(words);
   if (line.size() >= sizeof(DumpDefect::words))
-    Refuse(line, "is too long", std::to_string(sizeof(DumpDefect::words) - 1) + " characters");
+    RefuseWord("defect too long:", line,
+               "at most " + std::to_string(sizeof(DumpDefect::words) - 1) + " characters");
   return [line](Board& board) { AddDefect(board, line); };
 }
 
 Action ParseCounter(const Words& words) {
   if (words == Words{"free"}) return [](Board& board) { board.media.counter = {}; };
-  if (words.size() < 2) Refuse(Join(words), "lacks its drift", "START PPM, free");
+  if (words.size() < 2) RefuseWord("missing drift after", Join(words), "START PPM or free");
   const DumpCounter counter = {true, ParseNumber(words[0], "number of ticks", 0, INT32_MAX),
                                ParseDecimal(words[1], "drift in ppm", -1000, 1000)};
   return [counter](Board& board) { board.media.counter = counter; };
@@ -145,17 +147,17 @@ void Describe(const Board& board, std::ostream& out) {
 
 constexpr Command kCommands[] = {
     {"defect", "STAGE KIND [FRAME [DETAIL]] or defect none",
-     "let dumps of the next playings show a defect: change, drop, repeat, reorder, corrupt, late,\n"
-     "      early, truncate, garble, nothing",
+     "inject a defect into the dumps of the next playback runs: change, drop, skip, repeat, copy,\n"
+     "      freeze, insert, reorder, corrupt, garble, late, early, jitter, cut, truncate, nothing",
      1, 4, ParseDefectCommand},
     {"counter", "START PPM | free",
-     "let the 90 kHz counter of the next dumps start there and run that much too fast", 1, 2,
+     "start the 90 kHz counter of the next dumps at START, running PPM too fast", 1, 2,
      ParseCounter},
     {"stick", "in|out", "plug the USB stick in or pull it out", 1, 1, ParseSwitch<kStick>},
-    {"network", "up|down", "plug the network's cable in or pull it out", 1, 1,
-     ParseSwitch<kNetwork>},
-    {"tftp", "up|down", "let the TFTP server answer or not", 1, 1, ParseSwitch<kTftp>},
-    {"disk", "free|full", "let dumps find room or run out of it", 1, 1, ParseSwitch<kDisk>},
+    {"network", "up|down", "plug the network cable in or pull it out", 1, 1, ParseSwitch<kNetwork>},
+    {"tftp", "up|down", "start or stop the TFTP server", 1, 1, ParseSwitch<kTftp>},
+    {"disk", "free|full", "make the disk that dumps are written to free or full", 1, 1,
+     ParseSwitch<kDisk>},
 };
 
 }  // namespace

@@ -32,7 +32,7 @@ bool IsFree(const LinkSession& session) {
 Action ParseLink(const Words& words) {
   const auto fault = std::ranges::find(kFaults, words[0], &Fault::name);
   if (fault == std::end(kFaults)) {
-    Refuse(words[0], "is no fault of the link", "silent, wrong, full");
+    RefuseWord("unknown fault", words[0], "silent, wrong or full");
   }
   const bool on = ParseChoice(words[1], "on", "off");
   return [fault, on](Board& board) { board.link.*fault->member = on; };
@@ -40,8 +40,7 @@ Action ParseLink(const Words& words) {
 
 constexpr Command kCommands[] = {
     {"link", "silent|wrong|full on|off",
-     "the slave behind the link does not answer, its data are wrong in one bit, or nothing can be "
-     "put into a buffer",
+     "the slave on the link does not answer, its data have one wrong bit, or all buffers are full",
      2, 2, ParseLink},
 };
 

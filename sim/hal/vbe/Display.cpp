@@ -215,15 +215,15 @@ Action ParseFault(const Words& words) {
       return [bit](Board& board) { board.display.faults |= bit; };
     }
   }
-  if (words[0] != "none") Refuse(words[0], "is no fault of the panel", names);
+  if (words[0] != "none") RefuseWord("unknown fault", words[0], names);
   return [](Board& board) { board.display.faults = 0; };
 }
 
 constexpr Command kCommands[] = {
     {"panel-fault", "FAULT or panel-fault none",
-     "the panel shows something wrong: blank (another colour), mirror (none), window (2 pixels of\n"
-     "      the view aside), settings (of the picture quality are ignored), channels (swapped),\n"
-     "      range (limited), lines (five are black)",
+     "inject a defect of the panel: blank (wrong colour), mirror (not mirrored), window (2 pixels\n"
+     "      off), settings (of picture quality ignored), channels (swapped), range (limited),\n"
+     "      lines (five black ones)",
      1, 1, ParseFault},
 };
 

@@ -60,14 +60,13 @@ int Accept(Board&, Callback callback) {
 
 Action ParseTransmitter(const Words& words) {
   const int64_t port = ParseNumber(words[0], "transmitter port", 0, kTransmitterCount - 1);
-  if (words[1] != "on" && words[1] != "off") Refuse(words[1], "is no choice", "on, off");
-  const bool unplugged = words[1] == "off";
+  const bool unplugged = !ParseChoice(words[1], "on", "off");
   return [=](Board& board) { board.display.transmitterUnplugged[port] = unplugged; };
 }
 
 constexpr Command kCommands[] = {
-    {"hdmitx", "PORT on|off", "a device is plugged into HDMI transmitter port 0 or 1, or out of it",
-     2, 2, ParseTransmitter},
+    {"hdmitx", "PORT on|off", "plug a device into HDMI transmitter port 0 or 1, or unplug it", 2, 2,
+     ParseTransmitter},
 };
 
 void Describe(const Board& board, std::ostream& out) {

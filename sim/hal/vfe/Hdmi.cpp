@@ -163,7 +163,7 @@ size_t ParsePort(const std::string& word) {
 HdmiPort& PluggedPort(Board& board, size_t port) {
   HdmiPort& plugged = board.hdmi.ports[port];
   if (!plugged.cable) {
-    Refuse(std::to_string(port), "is a port without a source", "a port to which 'plug' gave one");
+    RefuseWord("no source at port", std::to_string(port), "a port with a source ('plug')");
   }
   return plugged;
 }
@@ -271,15 +271,14 @@ void SettleLocks(Board& board, int64_t nowMs) {
 }
 
 constexpr Command kCommands[] = {
-    {"plug", kPlugArguments, "plug in a source that sends, such as 3840x2160p60 hdr", 2, 4,
-     ParsePlug},
-    {"unplug", "PORT", "take the cable out", 1, 1, ParseUnplug},
-    {"signal", "PORT on|off", "let the plugged source send, or fall silent with its cable in", 2, 2,
+    {"plug", kPlugArguments, "plug in an active source, such as 3840x2160p60 hdr", 2, 4, ParsePlug},
+    {"unplug", "PORT", "pull the cable", 1, 1, ParseUnplug},
+    {"signal", "PORT on|off", "switch the signal of the plugged source on or off", 2, 2,
      ParseSignal},
-    {"mute", "PORT on|off", "let the plugged source set or clear AV mute", 2, 2, ParseMute},
+    {"mute", "PORT on|off", "set or clear the source's AV mute", 2, 2, ParseMute},
     {"spoil", "PORT edid|hdcp on|off",
-     "let the port's memory change one byte of what is written to it", 3, 3, ParseDefect},
-    {"timing", "PORT TIMING", "let the plugged source change its timing", 2, 2, ParseNewTiming},
+     "corrupt one byte of what is written to the port's EDID or HDCP memory", 3, 3, ParseDefect},
+    {"timing", "PORT TIMING", "change the timing of the plugged source", 2, 2, ParseNewTiming},
 };
 
 }  // namespace

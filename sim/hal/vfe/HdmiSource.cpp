@@ -218,11 +218,11 @@ SourceOrder ParseSource(const Words& words, size_t first) {
     } else if (packing != std::end(kPackings)) {
       order.stereo = static_cast<Stereo>(packing - std::begin(kPackings));
     } else {
-      Refuse(words[i], "is no choice", std::string(kSourceWords));
+      RefuseWord("invalid argument", words[i], std::string(kSourceWords));
     }
   }
   if (order.kind == SourceKind::kDvi && order.stereo != Stereo::kNone) {
-    Refuse(Join(words, first), "cannot be told without info-frames", "3D of HDMI sources");
+    RefuseWord("DVI sources send no 3D info-frame:", Join(words, first), "3D of an HDMI source");
   }
   order.timing = Packed(timing, order.stereo);
   order.timing.mode = order.kind == SourceKind::kDvi ? K2V_HDMI_MODE_DVI : K2V_HDMI_MODE_HDMI;
@@ -233,7 +233,8 @@ SourceOrder ParseSource(const Words& words, size_t first) {
 K2V_HDMI_TIMING_T Packed(const K2V_HDMI_TIMING_T& timing, Stereo stereo) {
   if (stereo != Stereo::kFramePacking) return timing;
   if (timing.scanType == K2V_HDMI_SCAN_INTERLACED || timing.vTotal > UINT16_MAX / 2) {
-    Refuse(TimingName(timing), "cannot be frame-packed", "progressive timings up to 4320 lines");
+    RefuseWord("invalid timing for frame packing", TimingName(timing),
+               "a progressive timing of up to 4320 lines");
   }
   K2V_HDMI_TIMING_T packed = timing;
   packed.active.h = static_cast<uint16_t>(timing.active.h + timing.vTotal);

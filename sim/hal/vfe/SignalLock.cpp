@@ -28,8 +28,8 @@ void Describe(const Board& board, std::ostream& out) {
 
 constexpr Command kCommands[] = {
     {"lock", "MS POLLS",
-     "how long a connected receiver has no timing when its source starts or changes its timing:\n"
-     "      so many milliseconds and so many polls (300 and 2)",
+     "how long a connected receiver needs to lock when its source starts or changes its timing:\n"
+     "      at least MS milliseconds and POLLS polls (default 300 and 2)",
      2, 2, ParseLock},
 };
 

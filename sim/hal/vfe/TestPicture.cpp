@@ -43,7 +43,7 @@ PictureOrder ParsePictureOrder(const std::string& word) {
   for (size_t i = 0; i < std::size(kNames); ++i) {
     if (word == kNames[i]) return {static_cast<TestPicture>(i), ""};
   }
-  if (!IsImage(word)) Refuse(word, "is no picture", kAllowed);
+  if (!IsImage(word)) RefuseWord("unknown picture", word, kAllowed);
   return {TestPicture::kFile, word};
 }
 
@@ -91,7 +91,7 @@ void Describe(const Board& board, std::ostream& out) {
 
 constexpr Command kCommands[] = {
     {"picture", "PORT|vby1-PORT bars|ramp|smpte|checkerboard|box|black|white|FILE",
-     "let the port's source send a test picture, or a still image (PNG or JPEG)", 2, 2,
+     "select the picture that the port's source sends: a test picture or a PNG or JPEG file", 2, 2,
      ParsePicture},
 };
 

@@ -134,9 +134,9 @@ std::optional<Mode> ParseMode(const std::string& name) {
 K2V_HDMI_TIMING_T ParseTiming(const std::string& name) {
   const auto mode = ParseMode(name);
   if (!mode) {
-    Refuse(name, "is no timing",
-           "WIDTHxHEIGHT, p or i, and the rate, such as 3840x2160p60 or 1920x1080i59.94 (64x64 to "
-           "8192x4320, 10 to 120 Hz)");
+    RefuseWord("invalid timing", name,
+               "WIDTHxHEIGHT, p or i, and the rate, such as 3840x2160p60 or 1920x1080i59.94 (64x64 "
+               "to 8192x4320, 10 to 120 Hz)");
   }
   const CeaTiming blanking = FindBlanking(*mode);
   const double frameRateHz = mode->scanType == kI ? mode->rateHz / 2 : mode->rateHz;

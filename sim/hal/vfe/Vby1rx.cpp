@@ -77,10 +77,10 @@ size_t ParseInput(const std::string& word) {
 Action ParseVby1(const Words& words) {
   K2V_HDMI_TIMING_T timing = {};
   if (words[0] == "plug") {
-    if (words.size() < 3) Refuse(Join(words), "lacks its timing", "plug PORT TIMING");
+    if (words.size() < 3) RefuseWord("missing timing after", Join(words), "plug PORT TIMING");
     timing = ParseTiming(words[2]);
   } else if (words[0] != "unplug" || words.size() > 2) {
-    Refuse(Join(words), "is no choice", "plug PORT TIMING, unplug PORT");
+    RefuseWord("invalid arguments", Join(words), "plug PORT TIMING or unplug PORT");
   }
   return [timing, input = ParseInput(words[1])](Board& board) {
     Vby1Receiver& receiver = board.vby1;
@@ -110,8 +110,8 @@ void Settle(Board& board, int64_t nowMs) {
 }
 
 constexpr Command kCommands[] = {
-    {"vby1", "plug PORT TIMING | unplug PORT",
-     "plug a source into a V-by-One input, or take it out", 2, 3, ParseVby1},
+    {"vby1", "plug PORT TIMING | unplug PORT", "plug a source into a V-by-One input, or unplug it",
+     2, 3, ParseVby1},
 };
 
 }  // namespace

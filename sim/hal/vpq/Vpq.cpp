@@ -204,9 +204,11 @@ Action ParseNeutral(const Words&) {
 }
 
 constexpr Command kCommands[] = {
-    {"neutral", "", "all settings of the picture quality are as at power-on", 0, 0, ParseNeutral},
-    {"noise", "LEVEL", "noise of the shown source, 0 to 255", 1, 1, ParseLevel<&Vpq::noiseLevel>},
-    {"motion", "LEVEL", "motion of the shown source, 0 to 255", 1, 1,
+    {"neutral", "", "reset all picture-quality settings to their power-on values", 0, 0,
+     ParseNeutral},
+    {"noise", "LEVEL", "set the noise of the shown source, 0 to 255", 1, 1,
+     ParseLevel<&Vpq::noiseLevel>},
+    {"motion", "LEVEL", "set the motion of the shown source, 0 to 255", 1, 1,
      ParseLevel<&Vpq::motionLevel>},
 };
 

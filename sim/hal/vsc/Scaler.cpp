@@ -287,7 +287,8 @@ Action ParseShow(const Words& words) {
 
 constexpr Command kCommands[] = {
     {"show", "PORT or show none",
-     "the set's own software has the port on the whole panel, or neither receiver nor scaler is up",
+     "start as if the set's own software showed the port full-screen, or with receiver and scaler\n"
+     "      not initialised",
      1, 1, ParseShow},
 };
 

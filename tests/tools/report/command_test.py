@@ -45,17 +45,17 @@ class Command(unittest.TestCase):
             file.write('as it was')
         new = os.path.join(self.directory, 'new.xml')
         cases = [
-            ((good,), 2, 'nothing to do: -o, --junit, --json or --exit-status is needed'),
+            ((good,), 2, 'nothing to do; use -o, --junit, --json or --exit-status'),
             (('-o', self.page), 2, 'the following arguments are required: DIR'),
             ((good, '--junk'), 2, 'unrecognized arguments: --junk'),
-            ((good, '-o', self.page, '--embed', '-1'), 2, "'-1' is no number of megabytes"),
-            ((good, '-o', self.page, '--junit', self.page), 2, 'two outputs are one file'),
-            ((good, self.directory, '-o', self.page), 2, 'is no result directory'),
-            ((good + '/journal', '-o', self.page), 2, 'is no directory'),
-            ((good, '-o', '/nowhere/page.html', '--junit', new), 99, 'cannot be written: No such file'),
-            ((good, '--junit', new, '--json', '/nowhere/out.json'), 99, 'cannot be written: No such file'),
-            ((good, '--junit', new, '-o', good), 99, 'is no regular file'),
-            ((good, '--junit', new, '-o', good + '/journal/page'), 99, 'cannot be written: Not a directory'),
+            ((good, '-o', self.page, '--embed', '-1'), 2, "invalid value '-1': expected megabytes"),
+            ((good, '-o', self.page, '--junit', self.page), 2, 'two outputs are the same file'),
+            ((good, self.directory, '-o', self.page), 2, 'not a result directory'),
+            ((good + '/journal', '-o', self.page), 2, 'not a directory'),
+            ((good, '-o', '/nowhere/page.html', '--junit', new), 99, ': No such file'),
+            ((good, '--junit', new, '--json', '/nowhere/out.json'), 99, ': No such file'),
+            ((good, '--junit', new, '-o', good), 99, 'not a regular file'),
+            ((good, '--junit', new, '-o', good + '/journal/page'), 99, ': Not a directory'),
         ]
         before = sorted(os.listdir(self.directory))
         for words, status, problem in cases:
@@ -68,7 +68,7 @@ class Command(unittest.TestCase):
             self.assertEqual(file.read(), 'as it was')
         with open('/dev/full', 'wb') as full:
             lost = subprocess.run([CVNREPORT, good, '--json', '-'], stdout=full, stderr=subprocess.PIPE, check=False)
-        self.assertEqual((lost.returncode, lost.stderr), (99, b'cvnreport: -: cannot be written: No space left on device\n'))
+        self.assertEqual((lost.returncode, lost.stderr), (99, b'cvnreport: cannot write -: No space left on device\n'))
         different = self.run_it(good, other, '-o', self.page, '--exit-status')
         self.assertEqual((different.returncode, different.stderr.count('\n')), (1, 1))
         self.assertIn('have no test in common', different.stderr)
@@ -94,7 +94,7 @@ class Command(unittest.TestCase):
             'A/1': [('Failure', 'FAIL', ']]>&"')], 'A/2': [],
             'B/1': [('Failure', 'FLAKY', 'passed in attempt 2 of 2 after FAIL')],
             'B/2': [('Skipped', None, 'no operator')],
-            'B/3': [('Skipped', None, 'not run: the run was cut off before this test')],
+            'B/3': [('Skipped', None, 'not run: the run was interrupted before this test')],
             'C/1': [('Error', 'BLOCKED', 'no answer')]})
         whole = junitparser.JUnitXml.fromfile(xml)
         self.assertEqual((whole.tests, whole.failures, whole.errors, whole.skipped), (6, 2, 1, 2))

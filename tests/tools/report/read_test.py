@@ -40,7 +40,7 @@ class Journal(TemporaryDirectory):
         for cut in range(len(whole) + 1):
             self.put('journal', whole[:cut])
             if cut < head:
-                with self.assertRaisesRegex(Problem, 'journal: was cut off before the first test$'):
+                with self.assertRaisesRegex(Problem, 'journal: truncated before the first test$'):
                     directory.read(self.path)
                 continue
             run = runs.load([self.path])[0]
@@ -54,19 +54,19 @@ class Journal(TemporaryDirectory):
     def test_what_is_no_result_directory_is_refused_with_what_is_wrong(self):
         whole = result_files.journal(['A/1'], [('A/1', 'PASS', '', 1)]).encode()
         cases = [
-            (b'', 'was cut off before the first test'),
-            (b'nothing\n', 'journal: is no journal of cvntester'),
+            (b'', 'truncated before the first test'),
+            (b'nothing\n', 'journal: not a cvntester journal'),
             (whole.replace(b'journal 1', b'journal 2'), 'has format 2, which is newer than this cvnreport'),
-            (whole + b'what\n', r'journal:9: is no line of a journal'),
-            (whole + b'start\tA\\q\n', r'journal:9: is no line of a journal'),
-            (whole.replace(b'end\tA/1\tPASS', b'end\tA/1\tGOOD'), 'journal:8: is no line'),
-            (whole.replace(b'end\tA/1\tPASS', b'end\tA/2\tPASS'), 'journal:8: is no line'),
-            (whole.replace(b'1.000', b'nan'), 'journal:8: is no line'),
+            (whole + b'what\n', r'journal:9: malformed journal line'),
+            (whole + b'start\tA\\q\n', r'journal:9: malformed journal line'),
+            (whole.replace(b'end\tA/1\tPASS', b'end\tA/1\tGOOD'), 'journal:8: malformed journal line'),
+            (whole.replace(b'end\tA/1\tPASS', b'end\tA/2\tPASS'), 'journal:8: malformed journal line'),
+            (whole.replace(b'1.000', b'nan'), 'journal:8: malformed journal line'),
         ]
         os.makedirs(self.path)
-        with self.assertRaisesRegex(Problem, 'there is no journal in it$'):
+        with self.assertRaisesRegex(Problem, r'not a result directory \(no journal\)$'):
             directory.read(self.path)
-        with self.assertRaisesRegex(Problem, f'in it; {self.path} is one$'):
+        with self.assertRaisesRegex(Problem, f'; {self.path} is one$'):
             self.put('journal', b'')
             directory.read(os.path.dirname(self.path))
         for data, problem in cases:
@@ -79,7 +79,7 @@ class Journal(TemporaryDirectory):
             directory.read(self.path)
         os.unlink(os.path.join(self.path, 'journal'))
         os.mkfifo(os.path.join(self.path, 'journal'))
-        with self.assertRaisesRegex(Problem, 'is no regular file'):
+        with self.assertRaisesRegex(Problem, 'not a regular file'):
             directory.read(self.path)
 
     def test_links_out_of_the_directory_are_not_followed(self):

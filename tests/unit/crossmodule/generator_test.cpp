@@ -336,20 +336,20 @@ TEST(DumpGenerator, TakesDefectsAsTextAndRefusesWrongOnes) {
     const char* text;
     const char* refusal;
   } kWrong[] = {
-      {"", "is no whole defect: STAGE change FRAME"},
-      {"VDEC:drop", "is no whole defect: STAGE change FRAME"},
-      {"VDEC:change:1:crc:2", "is no whole defect: STAGE change FRAME"},
-      {"dec:drop:1", "'dec' is no stage: one of OMXIN, OMXOUT, VDEC"},
-      {"VDEC:lose:1", "'lose' is no defect: one of change, drop"},
-      {"VDEC:drop:-1", "'-1' is no frame from 0 to 2147483647"},
-      {"VDEC:drop:3000000000", "is no frame from"},
-      {"VDEC:drop:1:crc", "'crc' is no number of frames from 1"},
-      {"VDEC:truncate:1:2", "'truncate' takes nothing behind it, and there is '2'"},
-      {"vdec:nothing:7", "'nothing' takes nothing behind it, and there is '7'"},
-      {"VDEC:change:1", "'' is no column of VDEC: one of frame_no, width"},
-      {"VDEC:change:1:crc=x", "'x' is no value from"},
-      {"DVO:late:1", "'late' needs a clock in the dump, and DVO has none"},
-      {"VO:late:1:0", "'0' is no milliseconds from 1"},
+      {"", "incomplete defect '': expected STAGE change FRAME"},
+      {"VDEC:drop", "incomplete defect 'VDEC': expected STAGE change FRAME"},
+      {"VDEC:change:1:crc:2", "incomplete defect 'VDEC': expected STAGE change FRAME"},
+      {"dec:drop:1", "invalid stage 'dec': expected OMXIN, OMXOUT, VDEC"},
+      {"VDEC:lose:1", "invalid defect 'lose': expected change, drop"},
+      {"VDEC:drop:-1", "invalid frame '-1': expected 0 to 2147483647"},
+      {"VDEC:drop:3000000000", "invalid frame '3000000000': expected"},
+      {"VDEC:drop:1:crc", "invalid number of frames 'crc': expected 1"},
+      {"VDEC:truncate:1:2", "unexpected '2' after 'truncate'"},
+      {"vdec:nothing:7", "unexpected '7' after 'nothing'"},
+      {"VDEC:change:1", "invalid column of VDEC '': expected frame_no, width"},
+      {"VDEC:change:1:crc=x", "invalid value 'x': expected"},
+      {"DVO:late:1", "invalid defect 'late' for DVO, whose dump has no clock"},
+      {"VO:late:1:0", "invalid milliseconds '0': expected 1"},
   };
   for (const auto& wrong : kWrong) {
     try {

@@ -228,27 +228,30 @@ TEST(RulesFile, WhatIsWrongIsNamed) {
     const char* text;
     const char* message;
   } kCases[] = {
-      {"a\tb\n", "a rule is a test, a question and conditions"},
-      {"colour blue\n", "'colour' is no setting, and a rule has two tabs"},
-      {"size 640\n", "'' is no number from 64 to 2160"},
-      {"pictures 0\n", "'0' is no number from 1 to 100"},
-      {"trust me\n", "'me' is nothing to trust; allowed: black"},
+      {"a\tb\n", "malformed rule: expected test, question and conditions, separated by tabs"},
+      {"colour blue\n", "unknown setting 'colour', or a rule without its two tabs"},
+      {"size 640\n", "invalid value '': expected 64 to 2160"},
+      {"pictures 0\n", "invalid value '0': expected 1 to 100"},
+      {"trust me\n", "invalid value 'me': expected black"},
       {"a\tb\t\n", "a condition is missing at the end of the rule"},
       {"a\tb\tblack and\n", "a condition is missing at the end of the rule"},
-      {"a\tb\tblack black\n", "'black' is too much, or lacks an 'and'"},
+      {"a\tb\tblack black\n", "unexpected 'black': expected 'and' or the end of the rule"},
       {"a\tb\tblakc\n",
-       "'blakc' is no condition; allowed: reference, black, plain, bars, frozen, moving, window, "
+       "unknown condition 'blakc': expected reference, black, plain, bars, frozen, moving, window, "
        "brighter, darker, sharper, softer, changed"},
-      {"a\tb\tplain mauve\n", "'mauve' is no colour; allowed: a name such as blue, or RRGGBB"},
+      {"a\tb\tplain mauve\n", "invalid colour 'mauve': expected a name such as blue, or RRGGBB"},
       {"a\tb\treference\n", "the reference's file is missing at the end of the rule"},
       {"a\tb\twindow 900,0,100,100\n",
-       "'900,0,100,100' is no region X,Y,W,H of 960x540 with at least 32 pixels in both "
+       "invalid region '900,0,100,100': expected X,Y,W,H of 960x540 with at least 32 pixels in "
+       "both "
        "directions"},
-      {"a\tb\twindow 0,0,960,509\n", "'0,0,960,509' leaves no ground around the window"},
+      {"a\tb\twindow 0,0,960,509\n", "invalid window '0,0,960,509': it covers the whole picture"},
       {"a\tb\twindow 1,2,3\n",
-       "'1,2,3' is no region X,Y,W,H of 960x540 with at least 32 pixels in both directions"},
+       "invalid region '1,2,3': expected X,Y,W,H of 960x540 with at least 32 pixels in both "
+       "directions"},
       {"a\tb\tblack region 0,0,2147483647,64\n",
-       "'0,0,2147483647,64' is no region X,Y,W,H of 960x540 with at least 32 pixels in both "
+       "invalid region '0,0,2147483647,64': expected X,Y,W,H of 960x540 with at least 32 pixels in "
+       "both "
        "directions"},
   };
   const std::string path = testing::TempDir() + "rules";

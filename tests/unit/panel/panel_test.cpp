@@ -304,12 +304,13 @@ TEST(PictureCommand, RefusesWhatIsNoPicture) {
     }
     return "";
   };
-  EXPECT_EQ(refusal("picture 0 rainbow"),
-            "'rainbow' is no picture; allowed: bars, ramp, smpte, checkerboard, box, black, white, "
-            "or a PNG or JPEG file of at most 32 MiB");
+  EXPECT_EQ(
+      refusal("picture 0 rainbow"),
+      "unknown picture 'rainbow': expected bars, ramp, smpte, checkerboard, box, black, white, "
+      "or a PNG or JPEG file of at most 32 MiB");
   EXPECT_NE(refusal("picture 0 /proc/self/exe"), "");
-  EXPECT_EQ(refusal("picture vby1-3 bars"), "'3' is no V-by-One input; allowed: 0 to 2");
-  EXPECT_EQ(refusal("picture 4 bars"), "'4' is no port; allowed: 0 to 3");
+  EXPECT_EQ(refusal("picture vby1-3 bars"), "invalid V-by-One input '3': expected 0 to 2");
+  EXPECT_EQ(refusal("picture 4 bars"), "invalid port '4': expected 0 to 3");
 }
 
 /// The commands as a user gives them, on a board that another process switched on.

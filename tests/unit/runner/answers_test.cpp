@@ -38,11 +38,11 @@ TEST(AnswersTest, WrongLinesAreRefusedWithTheirNumber) {
     const char* line;
     const char* problem;
   } cases[] = {
-      {"VscModule/1\tprompt", "2 fields; allowed: TEST-GLOB, PROMPT-GLOB and ANSWER"},
-      {"a\tb\tc\td", "4 fields; allowed"},
-      {"\tprompt\t1", "3 fields, an empty glob; allowed"},
-      {"a\tb\t\\q", "unknown backslash in '\\q'; allowed: \\n \\r \\t \\e \\\\ \\xNN"},
-      {"a\tb\tkeys ", "no keys behind 'keys '"},
+      {"VscModule/1\tprompt", "2 fields; expected TEST-GLOB, PROMPT-GLOB and ANSWER"},
+      {"a\tb\tc\td", "4 fields; expected"},
+      {"\tprompt\t1", "3 fields, an empty glob; expected"},
+      {"a\tb\t\\q", "unknown backslash in '\\q'; expected \\n \\r \\t \\e \\\\ \\xNN"},
+      {"a\tb\tkeys ", "no keys after 'keys '"},
   };
   for (const auto& [line, problem] : cases) {
     std::vector<AnswerRule> rules;

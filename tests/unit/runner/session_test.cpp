@@ -377,7 +377,7 @@ TEST(SessionTest, ResultsThatSayNothingAndEndsWithoutResultsAreErrors) {
     runner::Limits limits = {};
   } cases[] = {
       {[](char*) { return 2; }, "undefined result 2"},
-      {[](char*) -> int { _exit(0); }, "exited with status 0 in the test"},
+      {[](char*) -> int { _exit(0); }, "exited with status 0 during the test"},
       {[](char*) -> int {
          std::signal(SIGTERM, SIG_IGN);  // only SIGKILL ends it
          for (;;) pause();

@@ -81,8 +81,8 @@ TEST(Signal, StandardTimingsHaveStandardClocks) {
 TEST(State, ShowsWhatIsProgrammed) {
   EXPECT_NE(simhal::State().find("programmed failures:\n  none\n"), std::string::npos);
   simhal::Apply("fail K2V_RHAL_VPQ_SetNR -7 --at 3 --times 2");
-  EXPECT_NE(simhal::State().find("programmed failures:\n  K2V_RHAL_VPQ_SetNR answers -7, after 2 "
-                                 "calls, 2 times\n"),
+  EXPECT_NE(simhal::State().find("programmed failures:\n  K2V_RHAL_VPQ_SetNR returns -7, after 2 "
+                                 "calls, for 2 calls\n"),
             std::string::npos)
       << simhal::State();
   EXPECT_EQ(simhal::State().find("2 times\n  none"), std::string::npos);
@@ -104,7 +104,7 @@ TEST(Signal, NeedsCableSourceAndHotPlug) {
   EXPECT_EQ(width(), 720);
   simhal::Unplug(0);
   EXPECT_EQ(width(), 0);
-  EXPECT_NE(simhal::Apply("signal 0 on").find("port without a source"), std::string::npos);
+  EXPECT_NE(simhal::Apply("signal 0 on").find("no source at port '0'"), std::string::npos);
 }
 
 TEST(Failures, ComeAtTheirCallAndLeaveEverythingElseUntouched) {
@@ -153,13 +153,14 @@ TEST(Events, HappenAtTheirTimeInOrder) {
 }
 
 TEST(Commands, ThatNeverWouldDoAreRefusedAtOnce) {
-  EXPECT_NE(simhal::Apply("after 1 s signal 7 on").find("'7' is no port; allowed: 0 to 3"),
+  EXPECT_NE(simhal::Apply("after 1 s signal 7 on").find("invalid port '7': expected 0 to 3"),
             std::string::npos);
   EXPECT_EQ(simhal::Apply("after 0 s signal 3 on"), "");  // fails only when it is due
   simhal::State();
   EXPECT_EQ(simhal::Calls().back().rfind("# signal 3 on: ", 0), 0U);
   for (int i = 0; i < 64; ++i) ASSERT_EQ(simhal::Apply("fail K2V_RHAL_VSC_Open 1 --at 9"), "");
-  EXPECT_NE(simhal::Apply("fail K2V_RHAL_VSC_Open 1").find("allowed: 64"), std::string::npos);
+  EXPECT_NE(simhal::Apply("fail K2V_RHAL_VSC_Open 1").find("expected at most 64"),
+            std::string::npos);
 }
 
 TEST(Media, CommandsAreKeptAndWrongOnesRefused) {
@@ -181,22 +182,22 @@ TEST(Media, CommandsAreKeptAndWrongOnesRefused) {
     const char* command;
     const char* refusal;
   } kWrong[] = {
-      {"defect", "has the wrong number of arguments; allowed: defect STAGE KIND"},
-      {"defect all", "'all' is no whole defect: STAGE change FRAME"},
-      {"defect vdecc drop 1", "'vdecc' is no stage: one of OMXIN"},
-      {"defect vdec drop", "is no whole defect"},
-      {"defect dvo late 3", "'late' needs a clock in the dump, and DVO has none"},
-      {"counter 900000", "'900000' lacks its drift; allowed: START PPM, free"},
-      {"counter -1 0", "'-1' is no number of ticks; allowed: 0 to 2147483647"},
-      {"counter 0 2000", "'2000' is no drift in ppm; allowed: -1000 to 1000"},
-      {"stick gone", "'gone' is no state of the stick; allowed: in, out"},
-      {"disk", "has the wrong number of arguments; allowed: disk free|full"},
+      {"defect", "wrong number of arguments in 'defect': expected defect STAGE KIND"},
+      {"defect all", "incomplete defect 'all': expected STAGE change FRAME"},
+      {"defect vdecc drop 1", "invalid stage 'vdecc': expected OMXIN"},
+      {"defect vdec drop", "incomplete defect 'vdec'"},
+      {"defect dvo late 3", "invalid defect 'late' for DVO, whose dump has no clock"},
+      {"counter 900000", "missing drift after '900000': expected START PPM or free"},
+      {"counter -1 0", "invalid number of ticks '-1': expected 0 to 2147483647"},
+      {"counter 0 2000", "invalid drift in ppm '2000': expected -1000 to 1000"},
+      {"stick gone", "invalid state of the stick 'gone': expected in or out"},
+      {"disk", "wrong number of arguments in 'disk': expected disk free|full"},
   };
   for (const auto& wrong : kWrong)
     EXPECT_NE(simhal::Apply(wrong.command).find(wrong.refusal), std::string::npos)
         << simhal::Apply(wrong.command);
   for (int i = 0; i < 32; ++i) ASSERT_EQ(simhal::Apply("defect vo nothing"), "");
-  EXPECT_NE(simhal::Apply("defect vo nothing").find("allowed: 32 defects"), std::string::npos);
+  EXPECT_NE(simhal::Apply("defect vo nothing").find("expected at most 32"), std::string::npos);
 }
 
 TEST(Trace, KeepsTheNewestLinesOnly) {

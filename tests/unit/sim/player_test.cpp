@@ -203,7 +203,7 @@ TEST_F(PlayerTest, WhatCannotBePlayedIsToldInOneLine) {
       {"-pf " + in, 1, ": Is a directory"},
       {"-pu http://127.0.0.1:9/x", 1, "http://127.0.0.1:9/x: Connection refused"},
       {"", 2, "nothing to play; usage: "},
-      {"-pf", 2, "-pf lacks its value; usage: "},
+      {"-pf", 2, "-pf requires a value; usage: "},
       {"-x", 2, "unknown option '-x'; usage: "},
       {"'playbin3 video-sink=x'", 2, "no uri= in 'playbin3 video-sink=x'; usage: "},
   };

@@ -170,9 +170,10 @@ TEST(HdmiSource, TellsTheEyesOf3d) {
   ASSERT_EQ(simhal::Apply("plug 0 1280x720p50 frame-packing"), "");
   ASSERT_EQ(simhal::Apply("timing 0 1920x1080p24"), "");
   EXPECT_NE(simhal::State().find("1920x2205p24.00 sdr frame-packing"), std::string::npos);
-  EXPECT_NE(simhal::Apply("timing 0 1920x1080i50").find("cannot be frame-packed"),
+  EXPECT_NE(simhal::Apply("timing 0 1920x1080i50").find("invalid timing for frame packing"),
             std::string::npos);
-  EXPECT_NE(simhal::Apply("plug 1 1920x1080p24 dvi side-by-side").find("cannot be told"),
+  EXPECT_NE(simhal::Apply("plug 1 1920x1080p24 dvi side-by-side")
+                .find("DVI sources send no 3D info-frame"),
             std::string::npos);
 }
 
@@ -418,9 +419,10 @@ TEST(Vby1, FollowsItsInputsAndEnforcesOrder) {
   EXPECT_EQ(simhal::Apply("vby1 unplug 2"), "");
   K2V_RHAL_VFE_VBY1RX_GetTimingInfo(&timing, kSource);
   EXPECT_EQ(timing.active.h, 0);
-  EXPECT_EQ(simhal::Apply("vby1 plug 2"), "'plug 2' lacks its timing; allowed: plug PORT TIMING");
+  EXPECT_EQ(simhal::Apply("vby1 plug 2"),
+            "missing timing after 'plug 2': expected plug PORT TIMING");
   EXPECT_EQ(simhal::Apply("vby1 pull 2"),
-            "'pull 2' is no choice; allowed: plug PORT TIMING, unplug PORT");
+            "invalid arguments 'pull 2': expected plug PORT TIMING or unplug PORT");
 }
 
 }  // namespace

@@ -110,9 +110,9 @@ def read(path):
     part = Part(path)
     journal = os.path.join(path, 'journal')
     if not os.path.isdir(path):
-        raise Problem(f'{path}: is no directory')
+        raise Problem(f'{path}: not a directory')
     if not os.path.lexists(journal):
-        raise Problem(f'{path}: is no result directory, there is no journal in it{_hint(path)}')
+        raise Problem(f'{path}: not a result directory (no journal){_hint(path)}')
     data = read_file(journal, LARGEST_JOURNAL + 1)
     if len(data) > LARGEST_JOURNAL:
         raise Problem(f'{journal}: is larger than 64 MiB')
@@ -141,7 +141,7 @@ def open_regular(path):
     file = open(os.open(path, os.O_RDONLY | os.O_NONBLOCK | os.O_CLOEXEC), 'rb')
     if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
         file.close()
-        raise OSError(0, 'is no regular file')
+        raise OSError(0, 'not a regular file')
     return file
 
 
@@ -180,22 +180,22 @@ def _read_journal(part, journal, data):
     lines = data[:data.rfind(b'\n') + 1].split(b'\n')[:-1]  # the last line may be cut off
     title = _TITLE.fullmatch(lines[0]) if lines else None
     if not lines and b'cvntester journal 1\n'.startswith(data):
-        raise Problem(f'{journal}: was cut off before the first test')
+        raise Problem(f'{journal}: truncated before the first test')
     if not title:
-        raise Problem(f'{journal}: is no journal of cvntester')
+        raise Problem(f'{journal}: not a cvntester journal')
     if int(title[1]) > JOURNAL_FORMAT:
         raise Problem(f'{journal}: has format {int(title[1])}, which is newer than this cvnreport')
     whole = False
     for number, line in enumerate(lines[1:], 2):
         fields = [_unescaped(field) for field in line.split(b'\t')]
         if None in fields:
-            raise Problem(f'{journal}:{number}: is no line of a journal')
+            raise Problem(f'{journal}:{number}: malformed journal line')
         if fields[0] == 'tests' and len(fields) == 2:
             whole = fields[1] == str(len(part.tests))
         elif not _take_line(part, fields):
-            raise Problem(f'{journal}:{number}: is no line of a journal')
+            raise Problem(f'{journal}:{number}: malformed journal line')
     if not whole:
-        raise Problem(f'{journal}: was cut off before the first test')
+        raise Problem(f'{journal}: truncated before the first test')
 
 
 def _take_line(part, fields):

@@ -14,31 +14,33 @@ from .runs import load
 from .texts import clean_line
 
 USAGE, CANNOT_WRITE = 2, 99
-EPILOG = '''Exit status: 0 written, 2 wrong usage or a directory that cannot be read, 99 a file cannot be written;
-with --exit-status that of the newest run: 0 all passed, 1 something did not pass, 77 nothing ran, 99 not complete or
-the harness failed. Files appear whole or not at all.'''
+EPILOG = '''Exit status: 0 success, 2 usage error or unreadable directory, 99 a file cannot be written; with
+--exit-status that of the newest run: 0 all tests passed, 1 a test did not pass, 77 no test ran, 99 the run is
+incomplete or the harness failed. Files are written completely or not at all.'''
 
 
 class _Parser(argparse.ArgumentParser):
     def error(self, message):
-        sys.exit(_refuse(USAGE, f'{message}; {self.prog} --help shows the options'))
+        sys.exit(_refuse(USAGE, f"{message}; try '{self.prog} --help'"))
 
 
 def parser():
     """All options, from which help and man page come."""
     options = _Parser(prog='cvnreport', epilog=EPILOG, allow_abbrev=False,
-                      description='Shows what came out of one or many runs of cvntester: to people as one HTML file, '
-                                  'to programs as JUnit XML or JSON.')
+                      description='Reports the results of one or many runs of cvntester: as one HTML page for '
+                                  'people, as JUnit XML or JSON for programs.')
     options.add_argument('directory', metavar='DIR', nargs='+', help='result directory of a run (cvntester --results)')
-    options.add_argument('-o', '--output', metavar='FILE', help='page to be written, of all runs')
-    options.add_argument('--junit', metavar='FILE', help='JUnit XML of the newest run; - is standard output')
-    options.add_argument('--json', metavar='FILE', help='all runs and what changed, as JSON; - is standard output')
-    options.add_argument('--exit-status', action='store_true', help='end with the exit status of the newest run')
+    options.add_argument('-o', '--output', metavar='FILE', help='write an HTML page of all runs')
+    options.add_argument('--junit', metavar='FILE', help='write JUnit XML of the newest run; - means standard output')
+    options.add_argument('--json', metavar='FILE',
+                         help='write all runs and what changed as JSON; - means standard output')
+    options.add_argument('--exit-status', action='store_true', help='exit with the status of the newest run')
     options.add_argument('--merge', action='store_true',
-                         help='all directories are parts of one run; without it those with the same label "run" and '
-                              'the same build')
+                         help='treat all directories as parts of one run; by default only those with the same '
+                              'label "run" and the same build')
     options.add_argument('--embed', metavar='MB', type=_megabytes, default=EMBEDDED,
-                         help=f'room in the page for logs and pictures of tests ({EMBEDDED:g}); what has none is linked')
+                         help=f'size of the logs and pictures embedded in the page (default {EMBEDDED:g}); the '
+                              'others are linked')
     options.add_argument('--document', action=_Manual, nargs=0, help='print the man page')
     options.add_argument('--version', action='version', version=f'cvnreport {VERSION}')
     return options
@@ -66,7 +68,7 @@ class _Manual(argparse.Action):
 def _megabytes(text):
     value = float(text)
     if not 0 <= value <= 10000:
-        raise argparse.ArgumentTypeError(f"'{text}' is no number of megabytes from 0 to 10000")
+        raise argparse.ArgumentTypeError(f"invalid value '{text}': expected megabytes from 0 to 10000")
     return value
 
 
@@ -90,7 +92,7 @@ class Files:
                     output.write(data)
                 return
             if os.path.exists(path) and not stat.S_ISREG(os.stat(path).st_mode):
-                raise Problem(f'{path}: is no regular file')
+                raise Problem(f'{path}: not a regular file')
             descriptor, name = tempfile.mkstemp(prefix='.cvnreport-', dir=directory)
             self.waiting.append((name, os.path.realpath(path)))
             with open(descriptor, 'wb') as file:
@@ -98,7 +100,7 @@ class Files:
                 os.fchmod(descriptor, 0o666 & ~_umask())
                 os.fsync(descriptor)
         except OSError as error:
-            raise Problem(f'{path}: cannot be written: {error.strerror}') from error
+            raise Problem(f'cannot write {path}: {error.strerror}') from error
 
     def appear(self):
         """Puts all files in their places. Raises Problem."""
@@ -107,7 +109,7 @@ class Files:
             try:
                 os.replace(name, path)
             except OSError as error:
-                raise Problem(f'{path}: cannot be written: {error.strerror}') from error
+                raise Problem(f'cannot write {path}: {error.strerror}') from error
             self.waiting.pop()
 
     def forget(self):
@@ -145,9 +147,9 @@ def main(words=None):
     arguments = parser().parse_args(words)
     outputs = [path for path in (arguments.output, arguments.junit, arguments.json) if path]
     if not outputs and not arguments.exit_status:
-        return _refuse(USAGE, 'nothing to do: -o, --junit, --json or --exit-status is needed')
+        return _refuse(USAGE, 'nothing to do; use -o, --junit, --json or --exit-status')
     if len({path if path == '-' else os.path.realpath(path) for path in outputs}) < len(outputs):
-        return _refuse(USAGE, 'two outputs are one file')
+        return _refuse(USAGE, 'two outputs are the same file')
     try:
         runs = load(arguments.directory, arguments.merge)
     except Problem as problem:

@@ -140,7 +140,7 @@ def load(paths, merge=False):
     for path in paths:
         real = os.path.realpath(path)
         if real in seen:
-            raise Problem(f'{path}: is the same directory as {seen[real]}')
+            raise Problem(f'{path}: same directory as {seen[real]}')
         seen[real] = path
         part = read(path)
         parts_of[_key(part, real, merge)].append(part)
@@ -171,7 +171,7 @@ def merged(parts):
         verdict, message = judged(tried)
         if verdict == 'NOT RUN':
             message = why.get(test) or ('the run has not ended yet' if any(part.running for part in parts)
-                                        else 'the run was cut off before this test')
+                                        else 'the run was interrupted before this test')
         results[test] = Result(test, name, verdict, message, tried)
     label = parts[0].labels.get('run')
     name = label or ' + '.join(part.name for part in parts)
