@@ -170,6 +170,8 @@ testing::AssertionResult Pty::WaitReading(int timeoutMs) {
     if (deadline.LeftMs() == 0 || Reap(false)) return Failure("no read from the terminal");
     ReadOutput(kPollMs);
   }
+  while (ReadOutput(0)) {  // what it printed before it began to read
+  }
   return testing::AssertionSuccess();
 }
 

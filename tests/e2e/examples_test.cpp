@@ -1,0 +1,242 @@
+// The examples in the documents: commands are run and sessions typed, and the output is compared.
+//
+// A comment before a block of code makes it an example:
+//   <!-- example -->              the lines after "$ " are run by the shell, in order
+//   <!-- example, typed: 3 2 Q --> the first command is started at a terminal, where these words
+//   are
+//                                 typed; a block without a command goes on in the session before it
+//   <!-- file: NAME -->           the block is written to a file
+//   <!-- run: COMMAND -->         runs COMMAND without showing it
+// In the expected output "…" stands for any text, and a line of "…" for any lines. Times and dates
+// are not compared. A session shows what it printed since the words were typed, from its first line
+// on.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "BoardFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
+
+constexpr int kLimitMs = 120'000;  // playing a file takes its time
+// How the prompts of sessions end.
+constexpr const char* kPrompts[] = {
+    " choice : ", "'N' ", ")=", "[100]: ", "setting):", "keep): ", "rounds: "};
+
+struct Example {
+  int line = 0;        // of the document
+  std::string hidden;  // command that the document does not show
+  std::string file;    // that the block is written to
+  bool isTyped = false;
+  Lines keys;
+  Lines block;
+};
+
+Lines LinesOf(const std::string& text) {
+  std::istringstream in(text);
+  Lines lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+Lines Words(const std::string& text) {
+  std::istringstream in(text);
+  Lines words;
+  for (std::string word; in >> word;) words.push_back(word);
+  return words;
+}
+
+std::vector<Example> ExamplesIn(const fs::path& document) {
+  const std::regex marker("<!-- (example|file|run)(?:, typed)?(?:: (.*))? -->");
+  const Lines lines = LinesOf(test::FileText(document));
+  std::vector<Example> examples;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    std::smatch match;
+    if (!std::regex_match(lines[i], match, marker)) continue;
+    Example example;
+    example.line = static_cast<int>(i) + 1;
+    if (match[1] == "run") {
+      example.hidden = match[2];
+    } else {
+      if (match[1] == "file") example.file = match[2];
+      example.isTyped = match[1] == "example" && match[2].matched;
+      example.keys = Words(match[2]);
+      for (i += 2; i < lines.size() && lines[i] != "```"; ++i) example.block.push_back(lines[i]);
+    }
+    examples.push_back(example);
+  }
+  return examples;
+}
+
+/// A line without colours, times, dates and blanks at its end.
+std::string Comparable(std::string line) {
+  line = std::regex_replace(line, std::regex("\x1b\\[[0-9;]*m|\r|[ \t]+$"), "");
+  line = std::regex_replace(line, std::regex("\\d+\\.\\d{3} s"), "SECONDS");
+  line = std::regex_replace(line, std::regex("\\d\\d_\\d\\d_\\d\\d_\\d\\d_\\d\\d|\\d{4}_\\d{6}"),
+                            "DATE");
+  return std::regex_replace(line, std::regex("[ \t]+$"), "");
+}
+
+/// A line of expected output as a regular expression.
+std::regex PatternOf(const std::string& expected) {
+  static const std::regex kSpecial(R"([.^$|()\[\]{}*+?\\/])");
+  const std::string escaped = std::regex_replace(Comparable(expected), kSpecial, R"(\$&)");
+  return std::regex(std::regex_replace(escaped, std::regex("…"), ".*"));
+}
+
+/// Whether `lines` are as `expected`; with `isOpen` more of them may follow.
+testing::AssertionResult AreAsShown(const Lines& expected, Lines lines, bool isOpen) {
+  for (std::string& line : lines) line = Comparable(line);
+  // Where in `lines` a match of the expected lines so far may end.
+  std::vector<bool> ends(lines.size() + 1);
+  ends[0] = true;
+  for (const std::string& line : expected) {
+    std::vector<bool> next(lines.size() + 1);
+    const std::regex pattern = PatternOf(line);
+    for (std::size_t at = 0; at <= lines.size(); ++at) {
+      if (line == "…")
+        next[at] = ends[at] || (at > 0 && next[at - 1]);
+      else if (at > 0 && ends[at - 1])
+        next[at] = std::regex_match(lines[at - 1], pattern);
+    }
+    if (std::ranges::find(next, true) == next.end()) {
+      testing::AssertionResult failure = testing::AssertionFailure();
+      failure << "not printed: " << line << "\nthe output:\n";
+      for (const std::string& printed : lines) failure << printed << '\n';
+      return failure;
+    }
+    ends = next;
+  }
+  return isOpen || ends.back() ? testing::AssertionSuccess()
+                               : testing::AssertionFailure() << "more is printed than expected";
+}
+
+class Examples : public test::BoardFixture, public testing::WithParamInterface<const char*> {
+ protected:
+  void SetUp() override {
+    if (fs::path(CVN_BUILD_DIRECTORY) != fs::path(CVN_SOURCE_DIRECTORY) / "build/release")
+      GTEST_SKIP() << "this is not the build that run.sh starts";
+    BoardFixture::SetUp();
+    if (IsSkipped()) return;
+    // A checkout as the document sees it, with a board of its own.
+    directory_ = Board().parent_path() / "checkout";
+    fs::create_directory(directory_);
+    fs::create_directory_symlink(CVN_SOURCE_DIRECTORY "/build", directory_ / "build");
+    std::ofstream(directory_ / "run.sh")
+        << "#!/bin/sh\nexec " CVN_SOURCE_DIRECTORY "/run.sh --board ./board \"$@\"\n";
+    fs::permissions(directory_ / "run.sh", fs::perms::owner_all);
+  }
+
+  void Play(const Example& example) {
+    if (!example.hidden.empty()) {
+      EXPECT_EQ(Shell(example.hidden).status, 0) << example.hidden;
+    } else if (!example.file.empty()) {
+      std::ofstream file(directory_ / example.file);
+      for (const std::string& line : example.block) file << line << '\n';
+    } else if (example.isTyped) {
+      PlaySession(example);
+    } else {
+      PlayCommands(example);
+    }
+  }
+
+ private:
+  void PlayCommands(const Example& example) {
+    Lines expected;
+    for (std::size_t i = 0; i < example.block.size();) {
+      const std::string command = TakeCommand(example.block, i);
+      for (expected.clear(); i < example.block.size() && !IsCommand(example.block[i]); ++i)
+        expected.push_back(example.block[i]);
+      EXPECT_TRUE(AreAsShown(expected, LinesOf(Shell(command).output), false)) << command;
+    }
+  }
+
+  static bool IsCommand(const std::string& line) { return line.starts_with("$ "); }
+
+  /// The command at `lines[at]`, which a backslash continues; `at` is behind it then.
+  static std::string TakeCommand(const Lines& lines, std::size_t& at) {
+    std::string command = lines[at++].substr(2);
+    while (command.ends_with("\\") && at < lines.size()) command += "\n" + lines[at++];
+    return command;
+  }
+
+  test::ShellResult Shell(const std::string& command) const {
+    return test::RunShell("cd " + test::Quoted(directory_.string()) + " && { " + command +
+                          "\n} </dev/null");
+  }
+
+  /// Waits until the session asks for something after the first `from` bytes of its output. False
+  /// when it ends. Programs that it starts may read the terminal, too, so a prompt has to be there.
+  bool IsAsking(std::size_t from) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLimitMs);
+    while (std::chrono::steady_clock::now() < limit && pty_->WaitReading(kLimitMs)) {
+      const std::string& all = pty_->Transcript();
+      const std::string end =
+          std::regex_replace(all.substr(std::max(from, all.size() < 80 ? 0 : all.size() - 80)),
+                             std::regex("\x1b\\[[0-9;]*m"), "");
+      if (std::ranges::any_of(kPrompts, [&](const char* prompt) { return end.ends_with(prompt); }))
+        return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
+  }
+
+  void PlaySession(const Example& example) {
+    std::size_t at = 0;
+    if (IsCommand(example.block[0])) {
+      const std::string command = TakeCommand(example.block, at);
+      pty_.reset();
+      pty_ = std::make_unique<test::Pty>(
+          Lines{"bash", "-c", command},
+          test::PtyOptions{.directory = directory_.string(), .echo = true});
+      begin_ = 0;
+    }
+    ASSERT_NE(pty_, nullptr) << "no session to type in";
+    for (const std::string& key : example.keys) {
+      ASSERT_TRUE(IsAsking(0)) << pty_->Transcript();
+      const std::size_t from = pty_->Transcript().size();
+      pty_->SendLine(key);
+      ASSERT_TRUE(IsAsking(from) || pty_->ExpectEnd(kLimitMs)) << pty_->Transcript();
+    }
+    const Lines expected(example.block.begin() + static_cast<std::ptrdiff_t>(at),
+                         example.block.end());
+    EXPECT_TRUE(AreAsShown(expected, LinesOf(pty_->Transcript().substr(begin_)), true));
+    begin_ = pty_->Transcript().size();
+  }
+
+  fs::path directory_;
+  std::unique_ptr<test::Pty> pty_;
+  std::size_t begin_ = 0;  // of what the session has not shown yet
+};
+
+TEST_P(Examples, DoWhatTheDocumentShows) {
+  const std::vector<Example> examples = ExamplesIn(fs::path(CVN_SOURCE_DIRECTORY) / GetParam());
+  EXPECT_FALSE(examples.empty());
+  for (const Example& example : examples) {
+    SCOPED_TRACE(std::string(GetParam()) + ":" + std::to_string(example.line));
+    Play(example);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, Examples,
+                         testing::Values("README.md", "docs/UNATTENDED.md", "docs/PLAYBACK.md",
+                                         "sim/README.md"),
+                         [](const auto& document) {
+                           std::string name = document.param;
+                           std::erase_if(name, [](char c) { return !std::isalnum(c); });
+                           return name;
+                         });
+
+}  // namespace
