@@ -174,19 +174,27 @@ Captures ReadHal(const RulesFile& rules) {
   return captures;
 }
 
+/// The library's device that a source names in front of a colon; nullptr where it names none.
+const char* DeviceOf(const std::string& from) {
+  for (const char* device : {"v4l2", "lavfi"}) {
+    if (from.starts_with(std::string(device) + ":")) return device;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 Captures Capture(const std::string& from, const RulesFile& rules) {
-  constexpr std::string_view kCommand = "command:", kVideo4Linux = "v4l2:";
+  constexpr std::string_view kCommand = "command:";
   if (from.empty()) throw UseError("no capture source; use --from, or 'from' in the rules");
   if (from.starts_with(kCommand)) return ReadCommand(from.substr(kCommand.size()), rules);
   if (from == "hal") return ReadHal(rules);
-  const bool isDevice = from.starts_with(kVideo4Linux);
-  if (isDevice) avdevice_register_all();
-  Reader reader(isDevice      ? from.substr(kVideo4Linux.size())
-                : from == "-" ? "pipe:0"
-                              : from,
-                isDevice ? "v4l2" : nullptr);
+  const char* const device = DeviceOf(from);
+  if (device != nullptr) avdevice_register_all();
+  Reader reader(device != nullptr ? from.substr(from.find(':') + 1)
+                : from == "-"     ? "pipe:0"
+                                  : from,
+                device);
   return Read(reader, from, rules);
 }
 

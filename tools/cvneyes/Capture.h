@@ -10,6 +10,7 @@ namespace eyes {
 /// Takes pictures from where the rules say, in their size and number. `from` is
 ///   command:COMMAND   a shell command's standard output, such as a Y4M stream
 ///   v4l2:/dev/videoN  a Video4Linux device
+///   lavfi:FILTERS     what filters of libavfilter generate
 ///   hal               the board's own capture, 960x540
 ///   -                 standard input
 ///   anything else     a file or an address that ffmpeg's libraries read

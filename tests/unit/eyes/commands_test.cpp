@@ -98,6 +98,10 @@ TEST_F(EyesCommand, ReadsStreamsOfCommandsAndFiles) {
   EXPECT_EQ(Judge("moving", "command:" + stream + y4m), "no: moving: change 0.0 of at least 12");
   ASSERT_EQ(std::system((stream + "-c:v mjpeg -q:v 3 '" + Path("bars.avi") + "'").c_str()), 0);
   EXPECT_EQ(Judge("reference bars.png", Path("bars.avi")).substr(0, 5), "yes: ");
+  // Devices send packed pixels without an end, as capture cards do.
+  const std::string device = "lavfi:color=white:s=1280x720:r=50,format=yuyv422";
+  EXPECT_EQ(Judge("plain white and frozen", device).substr(0, 5), "yes: ");
+  EXPECT_EQ(Judge("moving", "lavfi:testsrc2=s=1280x720:r=1,format=yuyv422").substr(0, 5), "yes: ");
 }
 
 TEST_F(EyesCommand, AMaskLeavesOutWhatIsBlackInIt) {
