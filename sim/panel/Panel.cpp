@@ -2,11 +2,12 @@
 
 #include "core/Events.h"
 #include "core/SharedBoard.h"
+#include "media/Screen.h"
 
 namespace panel {
 
 const AVFrame& Panel::Look(const sim::Board& board, int64_t nowMs) {
-  const Scene scene = SceneOf(board, nowMs, IsPlaying());
+  const Scene scene = SceneOf(board, nowMs, sim::IsPlaying());
   std::vector<const AVFrame*> inputs;
   std::string shown = scene.filters;
   for (const SceneInput& input : scene.inputs) {

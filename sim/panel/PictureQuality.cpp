@@ -1,6 +1,7 @@
 #include "PictureQuality.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 
@@ -15,6 +16,10 @@ using sim::Vpq;
 using enum sim::VpqValue;
 
 constexpr double kNeutralGain = 512;  // of the chip's gains and offsets
+
+// Full range, so that the arithmetic of the controls knows no head room.
+constexpr char kToYuv[] = "scale=out_range=full:out_color_matrix=bt709,format=yuv444p";
+constexpr char kToRgb[] = "scale=in_range=full:in_color_matrix=bt709,format=gbrp";
 
 int Of(const Vpq& vpq, sim::VpqValue key) {
   return sim::ValueOf(vpq, key);
@@ -91,17 +96,30 @@ std::string All(const char* curve) {
                  curve);
 }
 
-/// The points of a table for the `curves` filter; empty for a table of zeros, which nobody wrote.
+constexpr size_t kSteps = 16;  // that are taken of a table
+using Levels = std::array<double, kSteps + 1>;
+
+/// The levels of a table, 0 to 1; none for a table of zeros, which nobody wrote.
+template <typename Element, size_t count>
+std::optional<Levels> LevelsOf(const Element (&table)[count], size_t used, double full) {
+  if (used < 2 || std::all_of(table, table + used, [](Element e) { return e == 0; })) return {};
+  Levels levels;
+  for (size_t i = 0; i <= kSteps; ++i) {
+    const size_t before = i * (used - 1) / kSteps, after = std::min(before + 1, used - 1);
+    const double share = static_cast<double>(i * (used - 1) % kSteps) / kSteps;
+    levels[i] = std::min(std::lerp(table[before], table[after], share) / full, 1.0);
+  }
+  return levels;
+}
+
+/// The points of a table for the `curves` filter; empty where the table has no levels.
 template <typename Element, size_t count>
 std::string Points(const Element (&table)[count], size_t used, double full) {
-  constexpr size_t kSteps = 16;
-  if (used < 2 || std::all_of(table, table + used, [](Element e) { return e == 0; })) return "";
+  const auto levels = LevelsOf(table, used, full);
   std::string points;
-  for (size_t i = 0; i <= kSteps; ++i) {
-    const size_t index = i * (used - 1) / kSteps;
-    const double level = table[index] / full;
-    points += Printed("%s%.4f/%.4f", i == 0 ? "" : " ", static_cast<double>(i) / kSteps,
-                      std::min(level, 1.0));
+  for (size_t i = 0; levels && i <= kSteps; ++i) {
+    points +=
+        Printed("%s%.4f/%.4f", i == 0 ? "" : " ", static_cast<double>(i) / kSteps, (*levels)[i]);
   }
   return points;
 }
@@ -129,6 +147,75 @@ std::string Matrix(const int16_t (&units)[9]) {
     text += Printed("%s%s=%.4f", i == 0 ? "" : ":", kCells[i], cell);
   }
   return text;
+}
+
+// Tables of colours: a picture with all colours goes through the filters once, and the picture to
+// be changed takes its colours from there.
+
+/// Packed pixels, because libavfilter 8 exchanges the colours of planar ones here.
+std::string ByTable(const std::string& table) {
+  return "format=rgb24[plain];[plain]" + table + "haldclut,format=gbrp";
+}
+
+std::string Cube(const Vpq& vpq, K2V_VPQ_HDR_3D_LUT_T sim::VpqRecords::*table,
+                 const Subject& subject) {
+  const K2V_VPQ_HDR_3D_LUT_T& cube = vpq.records.*table;
+  const auto isZero = [](const auto& part) {
+    return std::ranges::all_of(part, [](uint16_t level) { return level == 0; });
+  };
+  if (isZero(cube.nRed) && isZero(cube.nGreen) && isZero(cube.nBlue)) return "";
+  return ByTable(subject.add(CubeInput{table}));
+}
+
+/// How much more saturated colours get, for `geq`: the levels are the saturation that comes of 0 to
+/// 1, which register 0 has.
+std::string SaturationGain(const Levels& levels) {
+  std::string curve = Printed("%.4f", levels[0]);
+  for (size_t i = 0; i < kSteps; ++i) {
+    curve += Printed("+clip(ld(0)*%zu-%zu,0,1)*(%.4f)", kSteps, i, levels[i + 1] - levels[i]);
+  }
+  return "(" + curve + ")/max(ld(0),0.004)";
+}
+
+/// Colours with another saturation; `gain` is of colour differences.
+std::string BySaturation(const std::string& gain, const Subject& subject) {
+  const auto difference = [&gain](const char* plane) {
+    return Printed(
+               "'st(0,min(1,hypot(cb(X,Y)-128,cr(X,Y)-128)/127.5));"
+               "clip(128+(%s(X,Y)-128)*",
+               plane) +
+           "(" + gain + "),0,255)'";
+  };
+  return ByTable(subject.add(
+      GeneratedInput{std::string("haldclutsrc=level=4,format=gbrp,").append(kToYuv) +
+                     ",geq=interpolation=nearest:lum='lum(X,Y)':cb=" + difference("cb") +
+                     ":cr=" + difference("cr") + "," + kToRgb}));
+}
+
+/// Whether levels are those that come in.
+bool IsStraight(const Levels& levels) {
+  for (size_t i = 0; i <= kSteps; ++i) {
+    if (std::abs(levels[i] - static_cast<double>(i) / kSteps) > 0.002) return false;
+  }
+  return true;
+}
+
+std::string SaturationTable(const Vpq& vpq, const Subject& subject) {
+  const auto levels = LevelsOf(vpq.records.VPQ_SetSaturationLUT.nLut, 33, 1023);
+  if (!levels || IsStraight(*levels)) return "";
+  return BySaturation(SaturationGain(*levels), subject);
+}
+
+/// A table of saturations for each eighth of the hues; the first begins at blue, the third at red.
+std::string GamutTable(const Vpq& vpq, const Subject& subject) {
+  std::string gain = "1";
+  for (unsigned section = 0; section < sim::kGamutSections; ++section) {
+    const auto levels = LevelsOf(vpq.gamutSections[section], sim::kGamutPoints, 4095);
+    if (!levels || IsStraight(*levels)) continue;
+    gain = Printed("if(eq(%u,floor(mod(atan2(cr(X,Y)-128,cb(X,Y)-128)*4/PI+8,8))),", section) +
+           SaturationGain(*levels) + "," + gain + ")";
+  }
+  return gain == "1" ? "" : BySaturation(gain, subject);
 }
 
 /// What moves the colours of BT.709 towards a wider gamut's: they look paler.
@@ -212,8 +299,10 @@ std::string PictureMode(int mode) {
   return Chain({Contrast(1 + 0.03 * mode), Saturation(1 + 0.05 * mode)});
 }
 
-std::string Noise(const Vpq& vpq) {
-  return vpq.noiseLevel == 0 ? "" : Printed("noise=alls=%d:allf=t", vpq.noiseLevel * 100 / 255);
+/// Moves from picture to picture, unless they are the same one.
+std::string Noise(const Vpq& vpq, bool isFrozen) {
+  if (vpq.noiseLevel == 0) return "";
+  return Printed("noise=alls=%d%s", vpq.noiseLevel * 100 / 255, isFrozen ? "" : ":allf=t");
 }
 
 /// What is around the demonstration's window gets darker. The window is in panel pixels.
@@ -231,15 +320,16 @@ std::string Highlight(const Vpq& vpq) {
 }
 
 #define RECORD(name) vpq.records.name
-#define ROW(names, stage, samples, ...)                                            \
-  {                                                                                \
-    names, Stage::stage, Samples::samples,                                         \
-        []([[maybe_unused]] const Vpq& vpq) -> std::string { return __VA_ARGS__; } \
+#define ROW(names, stage, samples, ...)                                                    \
+  {                                                                                        \
+    names, Stage::stage, Samples::samples,                                                 \
+        []([[maybe_unused]] const Vpq& vpq,                                                \
+           [[maybe_unused]] const Subject& subject) -> std::string { return __VA_ARGS__; } \
   }
 
 constexpr Setting kSettings[] = {
     // What the source brings, and what takes it away.
-    ROW("(noise of the source)", kPicture, kYuv, Noise(vpq)),
+    ROW("(noise of the source)", kPicture, kYuv, Noise(vpq, subject.isFrozen)),
     ROW("VPQ_SetNR", kPicture, kYuv, Softer(0.4 * Of(vpq, kVPQ_SetNR))),
     ROW("VPQ_SetNoiseReduction", kPicture, kYuv,
         Softer(0.3 *
@@ -310,6 +400,7 @@ constexpr Setting kSettings[] = {
         Chain({Hue(RECORD(VPQ_SetColorSpace_HSI).nHue),
                Saturation(1 + RECORD(VPQ_SetColorSpace_HSI).nSaturation / 50.0),
                Brighter(RECORD(VPQ_SetColorSpace_HSI).nIntensity / 100.0)})),
+    ROW("VPQ_SetSaturationLUT", kPicture, kRgb, SaturationTable(vpq, subject)),
     ROW("VPQ_SetFleshTone", kPicture, kRgb,
         Gains(1, 1 - 0.02 * Of(vpq, kVPQ_SetFleshTone), 1 - 0.05 * Of(vpq, kVPQ_SetFleshTone))),
     ROW("VPQ_InitColorForAdvanced", kPicture, kRgb, Regions(RECORD(VPQ_InitColorForAdvanced))),
@@ -321,6 +412,7 @@ constexpr Setting kSettings[] = {
     ROW("VPQEX_SetGamutColorSpace", kPicture, kRgb,
         Paler(0.03 * Of(vpq, kVPQEX_SetGamutColorSpace))),
     ROW("VPQ_SetGamut", kPicture, kRgb, Paler(0.03 * RECORD(VPQ_SetGamut).eGamut)),
+    ROW("VPQ_SetGamutLUT", kPicture, kRgb, GamutTable(vpq, subject)),
     ROW("VPQ_SetColorGamut", kPicture, kRgb, Matrix(RECORD(VPQ_SetColorGamut).nMatrix)),
     ROW("VPQ_SetHDRGamutMatrix", kPicture, kRgb, Matrix(RECORD(VPQ_SetHDRGamutMatrix).nMatrix)),
     ROW("VPQ_Set3DColorCorrection", kPicture, kRgb,
@@ -337,6 +429,8 @@ constexpr Setting kSettings[] = {
     ROW("VPQ_SetHDREotf", kPicture, kRgb, Curve(RECORD(VPQ_SetHDREotf).nLut, 65535)),
     ROW("VPQ_SetHDROetf", kPicture, kRgb, Curve(RECORD(VPQ_SetHDROetf).nLut, 65535)),
     ROW("VPQEX_SetCurve4HDR", kPicture, kRgb, Curve(RECORD(VPQEX_SetCurve4HDR).nLut, 65535)),
+    ROW("VPQ_SetHDR3DLUT", kPicture, kRgb, Cube(vpq, &sim::VpqRecords::VPQ_SetHDR3DLUT, subject)),
+    ROW("VPQ_HDR_SetLUT", kPicture, kRgb, Cube(vpq, &sim::VpqRecords::VPQ_HDR_SetLUT, subject)),
     ROW("VPQ_SetFreshContrastLUT", kPicture, kRgb,
         Curve(RECORD(VPQ_SetFreshContrastLUT).nLut, 1023)),
     ROW("VPQEX_SetLCTable", kPicture, kRgb, Curve(RECORD(VPQEX_SetLCTable).nCurve, 4095)),
@@ -390,10 +484,6 @@ constexpr Setting kSettings[] = {
 #undef ROW
 #undef RECORD
 
-// Full range, so that the arithmetic of the controls knows no head room.
-constexpr char kToYuv[] = "scale=out_range=full:out_color_matrix=bt709,format=yuv444p";
-constexpr char kToRgb[] = "scale=in_range=full:in_color_matrix=bt709,format=gbrp";
-
 sim::Color Grey10Bit(int level) {
   const auto grey = static_cast<uint8_t>(level * 255 / 1023);
   return {grey, grey, grey};
@@ -405,7 +495,7 @@ std::span<const Setting> Settings() {
   return kSettings;
 }
 
-std::string QualityFilters(const sim::Vpq& vpq, Stage stage) {
+std::string QualityFilters(const sim::Vpq& vpq, Stage stage, const Subject& subject) {
   if (stage == Stage::kPicture && Of(vpq, kVPQEX_SetPQBypassLv) != 0) return "";
   std::string chain;
   Samples samples = Samples::kRgb;
@@ -414,7 +504,7 @@ std::string QualityFilters(const sim::Vpq& vpq, Stage stage) {
     samples = wanted;
   };
   for (const Setting& setting : kSettings) {
-    const std::string filters = setting.stage == stage ? setting.filters(vpq) : "";
+    const std::string filters = setting.stage == stage ? setting.filters(vpq, subject) : "";
     if (filters.empty()) continue;
     change(setting.samples);
     chain = Chain({chain, filters});

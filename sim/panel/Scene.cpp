@@ -5,6 +5,7 @@
 
 #include "PictureQuality.h"
 #include "k2v/vbe.h"
+#include "vpq/Vpq.h"
 #include "vsc/Picture.h"
 
 namespace panel {
@@ -17,13 +18,12 @@ constexpr sim::Color kBlack = {0, 0, 0};
 
 using sim::PanelFault;
 
-constexpr K2V_VSC_INPUT_TYPE kPlayback = 5;  // as the menus count it; it is the decoder, too
-constexpr sim::Picture kPlayersPicture = {1920, 1080,  K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR,
-                                          {},   false, sim::Stereo::kNone,       6000,
-                                          0};
-
 int Rounded(int panelPixels) {
   return (panelPixels + kPanelPerView / 2) / kPanelPerView;
+}
+
+std::string ColorName(sim::Color color) {
+  return Printed("0x%02x%02x%02x", color.red, color.green, color.blue);
 }
 
 struct Place {
@@ -44,11 +44,35 @@ std::string CropFilter(const K2V_VIDEO_RECT_T& part, const sim::Picture& whole) 
                  whole.width, part.h, whole.height, part.x, whole.width, part.y, whole.height);
 }
 
+/// Gives a picture the size of its place.
+std::string FitFilters(const sim::Board& board, const Place& place) {
+  constexpr int kLeastWidth = 32;  // that a panorama divides
+  if (sim::ValueOf(board.vpq, sim::VpqValue::kVPQ_SetPanoramaType) == 0 ||
+      board.display.Has(PanelFault::kSettings) || place.w < kLeastWidth) {
+    return Printed("scale=%d:%d:flags=area", place.w, place.h);
+  }
+  constexpr size_t kParts = std::size(kPanorama);
+  std::string heads, bodies;
+  int from = 0, to = 0;
+  for (size_t i = 0; i < kParts; ++i) {
+    const PanoramaPart& part = kPanorama[i];
+    const int x = to * place.w / kPanoramaWhole, end = (to + part.to) * place.w / kPanoramaWhole;
+    heads += Printed("[part%zu]", i);
+    bodies +=
+        Printed("[part%zu]crop=w=iw*%d/%d:h=ih:x=iw*%d/%d:y=0,scale=%d:%d:flags=area[part%zu];", i,
+                part.from, kPanoramaWhole, from, kPanoramaWhole, end - x, place.h, i);
+    from += part.from;
+    to += part.to;
+  }
+  return Printed("split=%zu", kParts) + heads + ";" + bodies + heads +
+         Printed("hstack=%zu", kParts);
+}
+
 /// Half of the window goes without the picture quality while a demonstration is on.
-std::string PictureFilters(const sim::Board& board) {
+std::string PictureFilters(const sim::Board& board, const Subject& subject) {
   const sim::Vpq& vpq = board.vpq;
   if (board.display.Has(PanelFault::kSettings)) return "";
-  std::string filters = QualityFilters(vpq, Stage::kPicture);
+  std::string filters = QualityFilters(vpq, Stage::kPicture, subject);
   const Demo demo = DemoOf(vpq);
   if (filters.empty() || !demo.on) return filters;
   const char* const bareEdge = demo.rightSide ? "0" : "iw/2";
@@ -61,22 +85,27 @@ std::string PictureFilters(const sim::Board& board) {
 /// Builds a scene plane by plane. The picture so far is always called [all].
 class Builder {
  public:
-  explicit Builder(sim::Color ground) {
-    Add(PlainInput{ground, kViewWidth, kViewHeight});
-    scene_.filters = "[in0]null[all]";
+  explicit Builder(sim::Color ground) : ground_(ground) { Begin(); }
+
+  /// Begins another picture, on bare ground. The one so far goes by the name, for Join.
+  void BeginAfter(const char* name) {
+    scene_.filters.append(";[all]null").append(name);
+    Begin();
   }
 
-  /// Puts a window's picture in its place. `filters` end in a comma, or are empty.
-  void AddPicture(const std::string& picture, const std::string& filters, const Place& place,
-                  const std::string& quality) {
-    scene_.filters += Printed(";%s%sscale=%d:%d:flags=area,format=gbrp", picture.c_str(),
-                              filters.c_str(), place.w, place.h);
-    if (!quality.empty()) scene_.filters.append(",").append(quality);
+  /// Makes one picture of two: of the one with the name, and of what is there since.
+  void Join(const char* name, const std::string& filters) {
+    scene_.filters.append(";").append(name).append("[all]").append(filters).append("[all]");
+  }
+
+  /// Puts a window's picture in its place.
+  void AddPicture(const std::string& picture, const std::string& filters, const Place& place) {
+    scene_.filters.append(";").append(picture).append(filters);
     Overlay(place);
   }
 
   void AddPlain(sim::Color color, const Place& place) {
-    scene_.filters.append(";").append(Add(PlainInput{color, place.w, place.h})).append("null");
+    scene_.filters.append(";").append(Add(Plain(color, place.w, place.h))).append("null");
     Overlay(place);
   }
 
@@ -99,30 +128,88 @@ class Builder {
     return Printed("[in%zu]", scene_.inputs.size() - 1);
   }
 
-  Scene Finish(bool changes) {
+  /// Something in the scene changes with every look.
+  void KeepChanging() { scene_.changes = true; }
+
+  Scene Finish() {
     scene_.filters += ";[all]null[out]";
-    scene_.changes = changes;
     return std::move(scene_);
   }
 
  private:
+  static GeneratedInput Plain(sim::Color color, int width, int height) {
+    return {"color=" + ColorName(color) + Printed(":s=%dx%d,format=gbrp", width, height)};
+  }
+
+  void Begin() {
+    const char* const separator = scene_.filters.empty() ? "" : ";";
+    scene_.filters.append(separator).append(Add(Plain(ground_, kViewWidth, kViewHeight)));
+    scene_.filters.append("null[all]");
+  }
+
   void Overlay(const Place& place) {
     scene_.filters +=
         Printed("[window];[all][window]overlay=%d:%d:format=gbrp[all]", place.x, place.y);
   }
 
   Scene scene_;
+  sim::Color ground_;
 };
 
-bool IsPlayers(K2V_VSC_INPUT_TYPE type) {
-  return type == K2V_VSC_INPUTSRC_VDEC || type == kPlayback;
+/// Who sees the video.
+enum class Viewer : uint8_t { kAll, kFirstEye, kSecondEye };
+
+/// The video side of the board at a look.
+struct Video {
+  const sim::Board& board;
+  bool isPlaying;
+  Viewer viewer;
+};
+
+// What one eye gets of the formats that pack two pictures into one. $ is that eye as `stereo3d`
+// calls it when the left one comes first, % the other.
+constexpr char kCheckerboard[] =
+    "split[even][odd];[even]stereo3d=irl:ml,stereo3d=icl:$[even];"
+    "[odd]stereo3d=irl:mr,stereo3d=icl:%[odd];[even][odd]hstack,stereo3d=sbsl:irl";
+
+/// By VBE_INPUT_TYPE_*; empty where both eyes get whole pictures: one after the other, one each
+/// from two streams, or made of the same one.
+constexpr const char* kUnpacking[] = {"",
+                                      "stereo3d=ab2l:$",
+                                      "stereo3d=sbs2l:$",
+                                      kCheckerboard,
+                                      "",
+                                      "stereo3d=icl:$",
+                                      "stereo3d=irl:$",
+                                      "stereo3d=abl:$",
+                                      "stereo3d=abl:$",
+                                      "stereo3d=irl:$",
+                                      "stereo3d=sbsl:$",
+                                      "",
+                                      ""};
+
+/// Filters that end in a comma, or none.
+std::string UnpackFilters(const Video& video) {
+  const std::string_view unpacking = kUnpacking[video.board.formatter.format];
+  if (video.viewer == Viewer::kAll || unpacking.empty()) return "";
+  const bool isFirst = video.viewer == Viewer::kFirstEye;
+  std::string filters = "crop=trunc(iw/2)*2:trunc(ih/2)*2:0:0,";  // an even number of lines
+  for (const char letter : unpacking) {
+    if (letter == '$')
+      filters += isFirst ? "ml" : "mr";
+    else if (letter == '%')
+      filters += isFirst ? "mr" : "ml";
+    else
+      filters += letter;
+  }
+  return filters + ",";
 }
 
-/// A window that shows what the player decodes.
-bool ShowsPlayer(const sim::Board& board, unsigned wid, bool isPlaying) {
-  const sim::Window& window = board.scaler.windows[wid];
-  if (!isPlaying || window.frozen || window.bufferFrozen) return false;
-  return window.connected ? IsPlayers(window.source.type) : wid == 0;
+/// The frames that an eye gets of a source whose frames are for the eyes in turn.
+Frames FramesFor(const Video& video) {
+  if (video.viewer == Viewer::kAll || video.board.formatter.format != VBE_INPUT_TYPE_FRAMESEQ)
+    return Frames::kAll;
+  return video.viewer == Viewer::kFirstEye ? Frames::kEven : Frames::kOdd;
 }
 
 void AddWritten(Builder& builder, std::string& name, const sim::Window& window, unsigned wid,
@@ -138,34 +225,54 @@ void AddWritten(Builder& builder, std::string& name, const sim::Window& window, 
   name = builder.Written(name, {wid, picture.colorStandard}, place);
 }
 
-void AddWindow(Builder& builder, const sim::Board& board, unsigned wid, bool isPlaying) {
+/// Puts what a window shows in the place of that window, or of another.
+void AddWindow(Builder& builder, const Video& video, unsigned wid, unsigned placeOf) {
+  const sim::Board& board = video.board;
   const sim::Window& window = board.scaler.windows[wid];
-  const bool plays = ShowsPlayer(board, wid, isPlaying);
+  const sim::Picture shown = sim::DisplayedPicture(board, window);
+  const bool isFrozen = shown.heldMs != 0;
+  const bool takesInPlayer = sim::TakesInPlayer(board, wid);
+  const bool plays = isFrozen ? shown.heldScreen != 0 && (window.connected || takesInPlayer)
+                              : video.isPlaying && takesInPlayer;
   if (!window.connected && !window.blank && !plays) return;
-  const K2V_VIDEO_RECT_T rect = sim::PlaceOf(board, wid);
+  const K2V_VIDEO_RECT_T rect = sim::PlaceOf(board, placeOf);
   if (sim::IsEmpty(rect)) return;
   Place place = InView(rect);
   if (board.display.Has(PanelFault::kWindow)) place.x += kFaultyStep;
-  const sim::Picture picture = plays ? kPlayersPicture : sim::ShownPicture(board, window);
+  const sim::Picture picture = plays ? sim::kPlayersPicture : shown;
   if (window.blank) {
     const auto [red, green, blue] = sim::BlankColor(window);
     if (board.display.Has(PanelFault::kBlank)) return builder.AddPlain({blue, red, 96}, place);
     return builder.AddPlain({red, green, blue}, place);
   }
   if (picture.width == 0 || picture.muted) return builder.AddPlain(kBlack, place);
-  std::string name = plays ? builder.Add(PlayedInput{}) : builder.Add(SentInput{picture});
+  if (!isFrozen && board.vpq.noiseLevel != 0) builder.KeepChanging();
+  std::string name = plays ? builder.Add(PlayedInput{shown.heldScreen})
+                           : builder.Add(SentInput{picture, FramesFor(video)});
   if (!plays) AddWritten(builder, name, window, wid, picture);
   const K2V_VIDEO_RECT_T part =
       window.connected ? sim::InputOf(window, picture) : sim::ActiveArea(picture);
-  builder.AddPicture(name, CropFilter(part, picture), place, PictureFilters(board));
+  const auto add = [&builder](const SceneInput& input) { return builder.Add(input); };
+  const std::string quality = PictureFilters(board, {isFrozen, add});
+  builder.AddPicture(name,
+                     UnpackFilters(video) + CropFilter(part, picture) + FitFilters(board, place) +
+                         ",format=gbrp" + (quality.empty() ? "" : "," + quality),
+                     place);
+}
+
+/// All windows. Of two streams, the main window's is for the first eye, the sub window's for the
+/// second.
+void AddWindows(Builder& builder, const Video& video) {
+  const sim::Board& board = video.board;
+  const bool hasTwoStreams = video.viewer != Viewer::kAll &&
+                             board.formatter.format == VBE_INPUT_TYPE_DUALSTREAM &&
+                             board.scaler.windows[1].connected;
+  if (hasTwoStreams) return AddWindow(builder, video, video.viewer == Viewer::kFirstEye ? 0 : 1, 0);
+  for (unsigned wid = 0; wid < sim::kWindowCount; ++wid) AddWindow(builder, video, wid, wid);
 }
 
 // The 3D formatter.
 
-/// How the pictures of the two eyes come in, by VBE_INPUT_TYPE_*, as `stereo3d` calls it; empty:
-/// both eyes get the same picture, one after the other or made of one.
-constexpr const char* kPackings[] = {"",    "ab2l", "sbs2l", "",     "", "icl", "irl",
-                                     "abl", "",     "irl",   "sbsl", "", ""};
 constexpr uint8_t kOff = 0, kThreeToTwo = 3, kTwoToThree = 2;
 
 /// Moves a picture sideways and shows its own edge where it came from.
@@ -177,30 +284,33 @@ std::string MovedSideways(int pixels) {
 }
 
 /// One eye's picture in half the panel's lines.
-std::string EyeFilters(const std::string& packing, const char* eye, int shift) {
-  const std::string unpacked =
-      packing.empty() ? "" : Printed("stereo3d=%s:%s,", packing.c_str(), eye);
-  return unpacked + Printed("scale=%d:%d:flags=area,", kViewWidth, kViewHeight / 2) +
-         MovedSideways(shift);
+std::string EyeFilters(int shift) {
+  return Printed("scale=%d:%d:flags=area,", kViewWidth, kViewHeight / 2) + MovedSideways(shift);
 }
 
-/// The eyes' pictures on alternate lines, as a panel with polarised lines shows them.
-std::string FormatterFilters(const sim::Formatter3d& formatter) {
-  if (!formatter.open || formatter.format == VBE_INPUT_TYPE_3DOFF) return "";
+/// The video as the display gets it. The formatter puts the eyes' pictures on alternate lines, as a
+/// panel with polarised lines shows them.
+void AddVideo(Builder& builder, const sim::Board& board, bool isPlaying) {
+  const sim::Formatter3d& formatter = board.formatter;
+  const bool isOn = formatter.open && formatter.format != VBE_INPUT_TYPE_3DOFF;
   const bool makesDepth =
       formatter.format == VBE_INPUT_TYPE_2DTO3D || formatter.mode == kTwoToThree;
-  const std::string packing = makesDepth ? "" : kPackings[formatter.format];
-  const char* const left = formatter.rightFirstIn ? "mr" : "ml";
-  const char* const right = formatter.rightFirstIn ? "ml" : "mr";
-  if (formatter.mode == kThreeToTwo) {
-    return (packing.empty() ? "" : Printed("stereo3d=%s:%s,", packing.c_str(), left)) +
-           Printed("scale=%d:%d:flags=area", kViewWidth, kViewHeight);
+  const bool isFlat = !isOn || makesDepth;
+  Video left = {board, isPlaying, Viewer::kAll}, right = left;
+  if (!isFlat) {
+    left.viewer = formatter.rightFirstIn ? Viewer::kSecondEye : Viewer::kFirstEye;
+    right.viewer = formatter.rightFirstIn ? Viewer::kFirstEye : Viewer::kSecondEye;
   }
+  AddWindows(builder, left);
+  if (!isOn || formatter.mode == kThreeToTwo) return;
   const int depth = formatter.mode == kOff && !makesDepth ? 0 : formatter.depth;
   const int shift = formatter.autoConvergence ? 0 : depth + formatter.convergence;
-  return std::string("split[left][right];[left]") + EyeFilters(packing, left, shift) +
-         "[left];[right]" + EyeFilters(packing, right, -shift) +
-         "[right];[left][right]hstack,stereo3d=sbsl:" + (formatter.leftFirstOut ? "irl" : "irr");
+  builder.Apply(EyeFilters(shift));
+  builder.BeginAfter("[left]");
+  AddWindows(builder, right);
+  builder.Apply(EyeFilters(-shift));
+  const char* const lines = formatter.leftFirstOut ? "irl" : "irr";
+  builder.Join("[left]", std::string("hstack,stereo3d=sbsl:") + lines);
 }
 
 // The display.
@@ -216,10 +326,6 @@ Offset ShiftOf(const sim::Display& display, int64_t nowMs) {
   const Offset orbit = display.orbit ? kOrbit[nowMs / 2000 % 8] : Offset{0, 0};
   const int shift = display.shift ? kShift : 0;
   return {orbit.x + shift, orbit.y + shift};
-}
-
-std::string ColorName(sim::Color color) {
-  return Printed("0x%02x%02x%02x", color.red, color.green, color.blue);
 }
 
 std::string ShiftFilters(Offset by, sim::Color border) {
@@ -276,23 +382,24 @@ Size CanvasOf(const sim::Picture& picture) {
 
 Scene SceneOf(const sim::Board& board, int64_t nowMs, bool isPlaying) {
   const sim::Display& display = board.display;
-  if (IsDark(display)) return Builder(kBlack).Finish(false);
-  if (const auto pattern = PatternColor(board.vpq)) return Builder(*pattern).Finish(false);
+  if (IsDark(display)) return Builder(kBlack).Finish();
+  if (const auto pattern = PatternColor(board.vpq)) return Builder(*pattern).Finish();
   const bool showsVideo = !display.background && !display.muted;
   Builder builder(display.background ? display.backgroundColor
                   : display.muted    ? kBlack
                                      : display.borderColor);
   if (showsVideo) {
-    for (unsigned wid = 0; wid < sim::kWindowCount; ++wid)
-      AddWindow(builder, board, wid, isPlaying);
-    builder.Apply(FormatterFilters(board.formatter));
+    AddVideo(builder, board, isPlaying);
     AddMirror(builder, display);
     builder.Apply(ShiftFilters(ShiftOf(display, nowMs), display.borderColor));
   }
   AddOsd(builder, board);
-  if (!display.Has(PanelFault::kSettings)) builder.Apply(QualityFilters(board.vpq, Stage::kPanel));
+  if (!display.Has(PanelFault::kSettings)) {
+    const auto add = [&builder](const SceneInput& input) { return builder.Add(input); };
+    builder.Apply(QualityFilters(board.vpq, Stage::kPanel, {false, add}));
+  }
   AddFaults(builder, display);
-  return builder.Finish(board.vpq.noiseLevel != 0);
+  return builder.Finish();
 }
 
 }  // namespace panel

@@ -3,10 +3,10 @@
 
 #include <cstdint>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "Filter.h"
+#include "Inputs.h"
 #include "core/Board.h"
 
 namespace panel {
@@ -17,29 +17,6 @@ using namespace picture;
 // does it.
 constexpr int kViewWidth = K2V_CAPTURE_WIDTH;
 constexpr int kViewHeight = K2V_CAPTURE_HEIGHT;
-
-/// A plane of one colour.
-struct PlainInput {
-  sim::Color color;
-  int width;
-  int height;
-};
-
-/// What a source sends, whole.
-struct SentInput {
-  sim::Picture picture;
-};
-
-/// What the player decoded last.
-struct PlayedInput {};
-
-/// The pixels that were written to a window's frame buffer.
-struct WrittenInput {
-  unsigned wid;
-  uint32_t colorStandard;
-};
-
-using SceneInput = std::variant<PlainInput, SentInput, PlayedInput, WrittenInput>;
 
 struct Scene {
   std::vector<SceneInput> inputs;

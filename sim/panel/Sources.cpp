@@ -1,14 +1,11 @@
 #include "Sources.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 
 #include "Image.h"
@@ -37,12 +34,22 @@ std::string SizeText(Size size) {
   return Printed("%dx%d", size.width, size.height);
 }
 
-Picture NewRgb(Size size) {
+/// A picture in planar RGB; `colorAt` gives the red, green and blue of a pixel.
+template <typename ColorAt>
+Picture FromColors(Size size, ColorAt colorAt) {
   Picture picture(av_frame_alloc());
   picture->width = size.width;
   picture->height = size.height;
   picture->format = AV_PIX_FMT_GBRP;
   Check("picture", av_frame_get_buffer(picture.get(), 0));
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      const std::array<uint8_t, 3> color = colorAt(x, y);
+      const uint8_t samples[] = {color[1], color[2], color[0]};  // the order of the planes
+      for (size_t plane = 0; plane < std::size(samples); ++plane)
+        picture->data[plane][y * picture->linesize[plane] + x] = samples[plane];
+    }
+  }
   return picture;
 }
 
@@ -54,17 +61,9 @@ Picture Plain(sim::TestPicture kind, Size size) {
   sent.height = static_cast<uint16_t>(size.height);
   sent.sent.picture = kind;
   const sim::Frame frame(kNothingWritten, sent);
-  Picture picture = NewRgb(size);
-  for (int y = 0; y < size.height; ++y) {
-    for (int x = 0; x < size.width; ++x) {
-      const auto [red, green, blue] =
-          frame.RgbAt(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
-      const uint8_t samples[] = {green, blue, red};  // the order of the planes
-      for (size_t plane = 0; plane < std::size(samples); ++plane)
-        picture->data[plane][y * picture->linesize[plane] + x] = samples[plane];
-    }
-  }
-  return picture;
+  return FromColors(size, [&frame](int x, int y) {
+    return frame.RgbAt(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
+  });
 }
 
 Picture Drawn(sim::TestPicture kind, Size size) {
@@ -87,13 +86,37 @@ Picture Still(const sim::SentPicture& sent, Size size) {
               size.width, size.height, size.width, size.height));
 }
 
-/// The pictures of two eyes, the right one's a little aside.
-Picture Stereo(const AVFrame& eye, sim::Stereo packing) {
-  const bool beside = packing == sim::Stereo::kSideBySide;
-  const char* const half = beside ? "scale=iw/2:ih" : "scale=iw:ih/2";
-  return Filtered(eye, std::string("split[left][right];[left]") + half + "[left];[right]" + half +
-                           ",scroll=hpos=0.98[right];[left][right]" +
-                           (beside ? "hstack" : "vstack"));
+/// The right eye sees everything a little aside.
+constexpr char kRightEye[] = "scroll=hpos=0.98";
+
+/// How pictures of two eyes share a frame, by sim::Stereo: the shape of each, and how they are put
+/// together. Without a shape they do not.
+struct Packing {
+  const char* shape;
+  const char* together;
+};
+constexpr char kHalfWidth[] = "scale=iw/2:ih", kHalfHeight[] = "scale=iw:ih/2";
+constexpr Packing kPackings[] = {
+    {nullptr, nullptr},                         // none
+    {kHalfHeight, "vstack"},                    // frame packing
+    {kHalfWidth, "hstack"},                     // side by side
+    {kHalfHeight, "vstack"},                    // top and bottom
+    {kHalfHeight, "vstack"},                    // field alternative
+    {kHalfHeight, "hstack,stereo3d=sbsl:irl"},  // line alternative
+    {kHalfWidth, "hstack"},                     // side by side, full
+    {kHalfHeight, "hstack,stereo3d=sbsl:irl"},  // line interleave
+    {kHalfWidth, "hstack,stereo3d=sbsl:icl"},   // column interleave
+    {kHalfWidth, "hstack,stereo3d=sbsl:chl"},   // checkerboard
+    {nullptr, nullptr},                         // frame sequential
+};
+
+/// What makes a frame of 3D of a picture; empty where the picture is the frame.
+std::string StereoFilters(sim::Stereo stereo, int64_t frame) {
+  if (stereo == sim::Stereo::kFrameSequential) return frame % 2 == 0 ? "" : kRightEye;
+  const auto& [shape, together] = kPackings[static_cast<size_t>(stereo)];
+  if (shape == nullptr) return "";
+  return Printed("split[left][right];[left]%s[left];[right]%s,%s[right];[left][right]%s", shape,
+                 shape, kRightEye, together);
 }
 
 template <typename Maker>
@@ -166,11 +189,14 @@ Sources::Made Sources::Keep(const std::string& name, Maker make) {
 }
 
 Sources::Made Sources::Make(const SceneInput& input, const sim::Board& board, int64_t nowMs) {
-  if (const auto* plain = std::get_if<PlainInput>(&input)) return MakePlain(*plain);
-  if (const auto* sent = std::get_if<SentInput>(&input)) return MakeSent(sent->picture, nowMs);
+  if (const auto* generated = std::get_if<GeneratedInput>(&input))
+    return Keep(generated->filters, [&] { return Generate(generated->filters); });
+  if (const auto* sent = std::get_if<SentInput>(&input)) return MakeSent(*sent, nowMs);
   if (const auto* written = std::get_if<WrittenInput>(&input))
     return MakeWritten(*written, board.scaler.windows[written->wid]);
-  return MakePlayed();
+  if (const auto* cube = std::get_if<CubeInput>(&input))
+    return MakeCube(board.vpq.records.*cube->table);
+  return MakePlayed(std::get<PlayedInput>(input));
 }
 
 void Sources::DropUnused() {
@@ -178,29 +204,37 @@ void Sources::DropUnused() {
   for (auto& [name, kept] : kept_) kept.isUsed = false;
 }
 
-Sources::Made Sources::MakePlain(const PlainInput& input) {
-  const std::string text = Printed("color=0x%02x%02x%02x:s=%dx%d,format=gbrp", input.color.red,
-                                   input.color.green, input.color.blue, input.width, input.height);
-  return Keep(text, [&] { return Generate(text); });
+/// The number of the frame that is wanted at a time. Where frames are for the eyes in turn, it is
+/// the last one for that eye, but a frozen source has only one.
+int64_t FrameNumber(const sim::Picture& sent, Frames frames, double rateHz, int64_t nowMs) {
+  const int64_t ms = sent.heldMs != 0 ? sent.heldMs : nowMs;
+  const auto number = static_cast<int64_t>(static_cast<double>(ms) * rateHz / 1000);
+  if (frames == Frames::kAll || sent.heldMs != 0) return number;
+  const int64_t wanted = frames == Frames::kOdd ? 1 : 0;
+  return number % 2 == wanted || number == 0 ? number : number - 1;
 }
 
-Sources::Made Sources::MakeSent(const sim::Picture& sent, int64_t nowMs) {
+Sources::Made Sources::MakeSent(const SentInput& input, int64_t nowMs) {
   using sim::TestPicture;
+  const sim::Picture& sent = input.picture;
   const Size size = CanvasOf(sent);
   const double rateHz = std::max<double>(sent.rateCentiHz, 100) / 100;
-  const int64_t ms = sent.heldMs != 0 ? sent.heldMs : nowMs;
+  const int64_t number = FrameNumber(sent, input.frames, rateHz, nowMs);
   const bool moves = sent.sent.picture == TestPicture::kBox;
-  const auto number = moves ? static_cast<int64_t>(static_cast<double>(ms) * rateHz / 1000) : 0;
+  const bool alternates = sent.stereo == sim::Stereo::kFrameSequential;
   const std::string name =
       Printed("sent %d %u %s %d %.2f %lld", static_cast<int>(sent.sent.picture), sent.sent.copy,
               SizeText(size).c_str(), static_cast<int>(sent.stereo), moves ? rateHz : 0,
-              static_cast<long long>(number));
+              static_cast<long long>(moves        ? number
+                                     : alternates ? number % 2
+                                                  : 0));
   return Keep(name, [&] {
     return BlackWhereItFails(size, [&] {
       Picture picture = moves                                     ? MakeBox(size, rateHz, number)
                         : sent.sent.picture == TestPicture::kFile ? Still(sent.sent, size)
                                                                   : Drawn(sent.sent.picture, size);
-      return sent.stereo == sim::Stereo::kNone ? std::move(picture) : Stereo(*picture, sent.stereo);
+      const std::string stereo = StereoFilters(sent.stereo, number);
+      return stereo.empty() ? std::move(picture) : Filtered(*picture, stereo);
     });
   });
 }
@@ -221,10 +255,10 @@ Picture Sources::MakeBox(Size size, double rateHz, int64_t number) {
   return box_->Run(ground, number);
 }
 
-Sources::Made Sources::MakePlayed() {
-  const Bytes file = [] {
+Sources::Made Sources::MakePlayed(const PlayedInput& input) {
+  const Bytes file = [&] {
     try {
-      return FileBytes(sim::ScreenPath());
+      return FileBytes(input.held == 0 ? sim::ScreenPath() : sim::HeldScreenPath(input.held));
     } catch (const std::runtime_error&) {
       return Bytes();  // nothing is decoded yet
     }
@@ -246,14 +280,21 @@ Sources::Made Sources::MakeWritten(const WrittenInput& input, const sim::Window&
   return Keep(name, [&] { return PixelsOf(window, input.colorStandard); });
 }
 
-bool IsPlaying() {
-  const std::filesystem::path path = sim::PlayingPath();
-  if (path.empty()) return false;
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
-  const bool isLocked = flock(fd, LOCK_SH | LOCK_NB) != 0;
-  close(fd);
-  return isLocked;
+Sources::Made Sources::MakeCube(const K2V_VPQ_HDR_3D_LUT_T& table) {
+  static constexpr int kSide = 9, kWidth = 27;  // red is the fastest to change, blue the slowest
+  constexpr double kFull = 1023;
+  const auto crc = crc32(0, reinterpret_cast<const Bytef*>(&table), sizeof(table));
+  return Keep(Printed("cube %08lx", crc), [&] {
+    return FromColors({kWidth, kWidth}, [&table](int x, int y) -> std::array<uint8_t, 3> {
+      const int point = y * kWidth + x;
+      const int red = point % kSide, green = point / kSide % kSide, blue = point / kSide / kSide;
+      const int row = (red * kSide + green) * kSide + blue;
+      const auto level = [row](const uint16_t(&levels)[kSide * kSide * kSide]) {
+        return static_cast<uint8_t>(std::lround(levels[row] * 255 / kFull));
+      };
+      return {level(table.nRed), level(table.nGreen), level(table.nBlue)};
+    });
+  });
 }
 
 }  // namespace panel

@@ -33,10 +33,10 @@ class Sources {
   };
   template <typename Maker>
   Made Keep(const std::string& name, Maker make);
-  Made MakePlain(const PlainInput& input);
-  Made MakeSent(const sim::Picture& sent, int64_t nowMs);
-  Made MakePlayed();
+  Made MakeSent(const SentInput& input, int64_t nowMs);
+  Made MakePlayed(const PlayedInput& input);
   Made MakeWritten(const WrittenInput& input, const sim::Window& window);
+  Made MakeCube(const K2V_VPQ_HDR_3D_LUT_T& table);
   Picture MakeBox(Size size, double rateHz, int64_t number);
 
   std::map<std::string, Kept> kept_;
@@ -44,8 +44,5 @@ class Sources {
   Picture boxGround_;
   std::string boxName_;
 };
-
-/// Tells whether the player plays.
-bool IsPlaying();
 
 }  // namespace panel

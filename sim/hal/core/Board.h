@@ -87,7 +87,20 @@ enum class HotPlug : uint8_t {
 enum class SourceKind : uint8_t { kSdrVideo, kHdrVideo, kPc, kHlgVideo, kDeepVideo, kDvi };
 
 /// How a source packs the pictures of two eyes into its timing.
-enum class Stereo : uint8_t { kNone, kFramePacking, kSideBySide, kTopAndBottom };
+enum class Stereo : uint8_t {
+  kNone,
+  kFramePacking,
+  kSideBySide,
+  kTopAndBottom,
+  kFieldAlternative,
+  kLineAlternative,
+  kSideBySideFull,
+  // Without any info-frame:
+  kLineInterleave,
+  kColumnInterleave,
+  kCheckerboard,
+  kFrameSequential,
+};
 
 /// What a source sends.
 enum class TestPicture : uint8_t {
@@ -150,7 +163,8 @@ struct Picture {
   bool muted;  // the source set AV mute
   Stereo stereo;
   uint16_t rateCentiHz;
-  int64_t heldMs;  // simulated time at which it was frozen; 0: it runs
+  int64_t heldMs;       // simulated time at which it was frozen; 0: it runs
+  uint32_t heldScreen;  // number of the player's picture that was frozen; 0: none
 };
 
 constexpr uint32_t kMaxWrittenPixels = 720 * 576;
@@ -168,6 +182,7 @@ struct Window {
   K2V_VIDEO_RECT_T output;
   Picture held;              // shown while frozen
   Picture bufferHeld;        // in the frame buffer while that is frozen
+  Picture motionHeld;        // shown while the motion compensation is frozen
   K2V_VIDEO_RECT_T written;  // where `pixels` replaces the picture; empty: nowhere
   K2V_VIDEO_PIXEL_T pixels[kMaxWrittenPixels];
 };

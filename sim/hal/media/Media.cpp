@@ -10,7 +10,6 @@
 #include "core/Areas.h"
 #include "core/SharedBoard.h"
 #include "media/BoardLogs.h"
-#include "media/Screen.h"
 
 namespace sim {
 namespace {
@@ -163,14 +162,6 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 constinit const Area kMediaArea = {kCommands, Describe};
-
-fs::path ScreenPath() {
-  return StatePath().empty() ? "" : fs::path(StatePath() + "-screen");
-}
-
-fs::path PlayingPath() {
-  return StatePath().empty() ? "" : fs::path(StatePath() + "-playing");
-}
 
 void ShowOutside(const Board& board) {
   const auto root = BoardRoot();

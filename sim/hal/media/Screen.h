@@ -23,4 +23,18 @@ struct ScreenHeader {
 std::filesystem::path ScreenPath();
 std::filesystem::path PlayingPath();
 
+/// The file with a picture of the player that is frozen. Its number is that of the place where it
+/// is frozen, from 1.
+std::filesystem::path HeldScreenPath(uint32_t number);
+
+/// Returns whether the player plays.
+bool IsPlaying();
+
+/// Keeps the picture that the player shows now, or the frozen one with the number `from`, under
+/// another number. Where there is no picture yet, none is kept.
+void HoldScreen(uint32_t from, uint32_t number);
+
+/// Forgets the frozen picture.
+void ReleaseScreen(uint32_t number);
+
 }  // namespace sim

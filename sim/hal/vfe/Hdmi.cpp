@@ -295,7 +295,7 @@ Picture HdmiPicture(const HdmiReceiver& receiver) {
     if (!port.connected || !HasSignal(port)) continue;
     const K2V_VIDEO_RECT_T& active = port.timing.active;
     return {active.w,   active.h,    ColorStandard(port), Eotf(port), port.sent,
-            port.muted, port.stereo, port.timing.vFreq,   0};
+            port.muted, port.stereo, port.timing.vFreq,   0,          0};
   }
   return {};
 }

@@ -87,17 +87,30 @@ constexpr Kind kKinds[] = {
      true},
 };
 
+/// Where a timing makes room for the second eye's picture: nowhere, behind the first one's lines
+/// and a blanking, behind each line, behind the pixels of each line.
+enum class Room : uint8_t { kNone, kBehind, kLines, kPixels };
+
 // By Stereo.
 struct Packing {
   std::string_view name;  // in commands
   uint32_t structure;     // 3D_Structure
   uint32_t extension;     // 3D_Ext_Data
-  uint8_t length;         // of the vendor-specific info-frame
+  uint8_t length;         // of the vendor-specific info-frame; 0: the source does not announce it
+  Room room;
 };
-constexpr Packing kPackings[] = {{"", 0, 0, 0},
-                                 {"frame-packing", 0, 0, 5},
-                                 {"side-by-side", 8, 1, 6},
-                                 {"top-and-bottom", 6, 0, 5}};
+constexpr Packing kPackings[] = {
+    {"", 0, 0, 0, Room::kNone},
+    {"frame-packing", 0, 0, 5, Room::kBehind},
+    {"side-by-side", 8, 1, 6, Room::kNone},
+    {"top-and-bottom", 6, 0, 5, Room::kNone},
+    {"field-alternative", 1, 0, 5, Room::kBehind},
+    {"line-alternative", 2, 0, 5, Room::kLines},
+    {"side-by-side-full", 3, 0, 5, Room::kPixels},
+    {"line-interleave", 0, 0, 0, Room::kNone},
+    {"column-interleave", 0, 0, 0, Room::kNone},
+    {"checkerboard", 0, 0, 0, Room::kNone},
+    {"frame-sequential", 0, 0, 0, Room::kNone}};
 
 constexpr uint32_t kMaxTmdsKHz = 600'000;
 constexpr uint32_t kMaxDviKHz = 165'000;
@@ -108,8 +121,13 @@ const Kind& KindOf(const HdmiPort& port) {
   return kKinds[static_cast<size_t>(port.kind)];
 }
 
-const Packing& PackingOf(const HdmiPort& port) {
-  return kPackings[static_cast<size_t>(port.stereo)];
+const Packing& PackingOf(Stereo stereo) {
+  return kPackings[static_cast<size_t>(stereo)];
+}
+
+/// Whether the info-frames say that the source sends 3D.
+bool Announces3d(const HdmiPort& port) {
+  return PackingOf(port.stereo).length != 0;
 }
 
 bool IsDvi(const HdmiPort& port) {
@@ -157,23 +175,25 @@ bool IsNear(uint32_t a, uint32_t b) {
 }
 
 /// M of the AVI info-frame; shapes that have no code there go without one.
-uint8_t PictureAspect(const K2V_HDMI_TIMING_T& timing) {
+uint8_t PictureAspect(const K2V_HDMI_TIMING_T& timing, Room room) {
   constexpr uint8_t kNone = 0, k4To3 = 1, k16To9 = 2;
   constexpr uint32_t kVga = 1;
   const uint32_t code = timing.format;
   const bool isOther = (code >= 86 && code <= 92) || (code >= 98 && code <= 102);
   if (code != 0) return code == kVga ? k4To3 : isOther ? kNone : k16To9;
-  const uint32_t height = timing.full_3d_timing != 0
-                              ? static_cast<uint32_t>(timing.active.h) - timing.vTotal / 2U
-                              : timing.active.h;
-  if (IsNear(timing.active.w * 9U, height * 16U)) return k16To9;
-  return IsNear(timing.active.w * 3U, height * 4U) ? k4To3 : kNone;
+  const uint32_t lines = timing.active.h, pixels = timing.active.w;
+  const uint32_t height = timing.full_3d_timing != 0 ? lines - timing.vTotal / 2U
+                          : room == Room::kLines     ? lines / 2
+                                                     : lines;
+  const uint32_t width = room == Room::kPixels ? pixels / 2 : pixels;
+  if (IsNear(width * 9U, height * 16U)) return k16To9;
+  return IsNear(width * 3U, height * 4U) ? k4To3 : kNone;
 }
 
 // The formats of HDMI 1.4b that came before CEA-861 had codes for them: these go by HDMI_VIC.
 uint8_t HdmiVic(const HdmiPort& port) {
   static constexpr uint32_t kVicOf[] = {0, 95, 94, 93, 98};
-  if (port.stereo != Stereo::kNone) return 0;  // the info-frame tells that instead
+  if (Announces3d(port)) return 0;  // the info-frame tells that instead
   const auto* found = std::find(std::begin(kVicOf), std::end(kVicOf), port.timing.format);
   return found == std::end(kVicOf) ? 0 : static_cast<uint8_t>(found - std::begin(kVicOf));
 }
@@ -221,7 +241,7 @@ SourceOrder ParseSource(const Words& words, size_t first) {
       RefuseWord("invalid argument", words[i], std::string(kSourceWords));
     }
   }
-  if (order.kind == SourceKind::kDvi && order.stereo != Stereo::kNone) {
+  if (order.kind == SourceKind::kDvi && PackingOf(order.stereo).length != 0) {
     RefuseWord("DVI sources send no 3D info-frame:", Join(words, first), "3D of an HDMI source");
   }
   order.timing = Packed(timing, order.stereo);
@@ -229,24 +249,35 @@ SourceOrder ParseSource(const Words& words, size_t first) {
   return order;
 }
 
-// The second eye's picture comes behind the first one and a blanking in between.
 K2V_HDMI_TIMING_T Packed(const K2V_HDMI_TIMING_T& timing, Stereo stereo) {
-  if (stereo != Stereo::kFramePacking) return timing;
-  if (timing.scanType == K2V_HDMI_SCAN_INTERLACED || timing.vTotal > UINT16_MAX / 2) {
-    RefuseWord("invalid timing for frame packing", TimingName(timing),
-               "a progressive timing of up to 4320 lines");
+  const auto& [name, structure, extension, length, room] = PackingOf(stereo);
+  if (room == Room::kNone) return timing;
+  const bool wantsFields = stereo == Stereo::kFieldAlternative;
+  const bool hasFields = timing.scanType == K2V_HDMI_SCAN_INTERLACED;
+  const bool fits = std::max(timing.vTotal, timing.hTotal) <= UINT16_MAX / 2;
+  if (!fits || (room != Room::kPixels && hasFields != wantsFields)) {
+    RefuseWord(std::string("invalid timing for ").append(name), TimingName(timing),
+               wantsFields ? "an interlaced timing" : "a progressive timing of up to 4320 lines");
   }
+  const auto twice = [](uint16_t value) { return static_cast<uint16_t>(2 * value); };
   K2V_HDMI_TIMING_T packed = timing;
-  packed.active.h = static_cast<uint16_t>(timing.active.h + timing.vTotal);
-  packed.vTotal = static_cast<uint16_t>(2 * timing.vTotal);
-  packed.hFreq = static_cast<uint16_t>(2 * timing.hFreq);
-  packed.full_3d_timing = 1;
+  if (room == Room::kPixels) {
+    packed.active.w = twice(timing.active.w);
+    packed.hTotal = twice(timing.hTotal);
+    return packed;
+  }
+  const bool isBehind = room == Room::kBehind;
+  packed.active.h =
+      static_cast<uint16_t>(timing.active.h + (isBehind ? timing.vTotal : timing.active.h));
+  packed.vTotal = twice(timing.vTotal);
+  packed.hFreq = twice(timing.hFreq);
+  packed.full_3d_timing = isBehind;
   return packed;
 }
 
 std::string SourceName(const HdmiPort& port) {
   std::string name(KindOf(port).name);
-  if (port.stereo != Stereo::kNone) name.append(" ").append(PackingOf(port).name);
+  if (port.stereo != Stereo::kNone) name.append(" ").append(PackingOf(port.stereo).name);
   return name;
 }
 
@@ -295,7 +326,7 @@ int MakeAvi(const HdmiPort& port, K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
   info.nVersion = 2;
   info.nLength = 13;
   info.bActiveFormat = 1;
-  info.ePictureAspect = PictureAspect(port.timing);
+  info.ePictureAspect = PictureAspect(port.timing, PackingOf(port.stereo).room);
   info.eActiveAspect = kAsPicture;
   info.nPixelRepetition = PixelRepetition(port.timing);
   SetColorimetry(port, info);
@@ -318,11 +349,11 @@ int MakeSpd(const HdmiPort& port, K2V_HAL_VFE_HDMI_SPD_INFO_T& info) {
 int MakeVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_VSI_INFO_T& info) {
   info = {};
   if (IsDvi(port)) return K2V_RHAL_ERR_FAIL;
-  const Packing& packing = PackingOf(port);
+  const Packing& packing = PackingOf(port.stereo);
   info.nIeeeOui = K2V_HDMI_OUI_HDMI;
   info.nHdmiVic = HdmiVic(port);
   info.nVersion = 1;
-  if (port.stereo != Stereo::kNone) {
+  if (Announces3d(port)) {
     info.eVideoFormat = K2V_HDMI_VSI_3D;
     info.e3DStructure = packing.structure;
     info.e3DExtData = packing.extension;

@@ -19,7 +19,9 @@ struct SourceOrder {
 
 /// The arguments of `plug`, for help texts; ParseSource takes those behind the port.
 inline constexpr std::string_view kPlugArguments =
-    "PORT TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom]";
+    "PORT TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom|"
+    "field-alternative|line-alternative|side-by-side-full|line-interleave|column-interleave|"
+    "checkerboard|frame-sequential]";
 inline constexpr std::string_view kSourceWords = kPlugArguments.substr(sizeof("PORT"));
 
 /// Reads the words of a source from `first` on. Throws CommandError.

@@ -129,6 +129,7 @@ Picture Vby1Picture(const Vby1Receiver& receiver) {
           false,
           Stereo::kNone,
           timing.vFreq,
+          0,
           0};
 }
 

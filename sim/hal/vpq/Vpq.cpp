@@ -10,6 +10,7 @@
 #include "core/Areas.h"
 #include "core/Call.h"
 #include "vpq/VpqText.h"
+#include "vsc/Picture.h"
 
 namespace sim {
 
@@ -75,9 +76,26 @@ void SetValue(Vpq& vpq, VpqValue key, int32_t value) {
 
 namespace {
 
+/// What a number or a record does beside being kept.
+template <VpqValue key>
+void Act(Board&, int32_t) {}
+
+template <>
+void Act<VpqValue::kVPQ_MEMC_Freeze>(Board& board, int32_t on) {
+  FreezeMotion(board, on == 1);
+}
+
+template <typename Record>
+void Act(Board&, const Record&) {}
+
+void Act(Board& board, const K2V_VPQ_GAMUT_LUT_T& record) {
+  std::ranges::copy(record.nLut, board.vpq.gamutSections[record.nSection]);
+}
+
 template <VpqValue key, int32_t min, int32_t max>
 int KeepValue(Board& board, int32_t value) {
   if (value < min || value > max) return K2V_RHAL_ERR_PARAM;
+  Act<key>(board, value);
   SetValue(board.vpq, key, value);
   return K2V_RHAL_OK;
 }
@@ -93,6 +111,7 @@ template <auto kept, typename Record>
 int KeepRecord(Board& board, const Record* record) {
   if (record == nullptr || !HasItsRanges(*record)) return K2V_RHAL_ERR_PARAM;
   board.vpq.records.*kept = *record;
+  Act(board, *record);
   return K2V_RHAL_OK;
 }
 

@@ -23,6 +23,8 @@ struct VpqRecords {
 constexpr unsigned kOsdMapItems = 5;
 constexpr unsigned kOsdMapPoints = 11;
 constexpr unsigned kFactoryTemperatures = 10;
+constexpr unsigned kGamutSections = 8;
+constexpr unsigned kGamutPoints = 128;
 constexpr unsigned kEngineeringItems = 64;
 constexpr unsigned kEngineeringLayers = 8;
 constexpr unsigned kEngineeringLayerItems = 16;
@@ -51,6 +53,7 @@ struct Vpq {
   VpqNumbers<2> motionDemo;    // on, position of the bar
   uint16_t osdMap[kOsdMapItems][kOsdMapPoints];
   int8_t temperatureOffsets[kFactoryTemperatures][3];  // red, green, blue
+  uint16_t gamutSections[kGamutSections][kGamutPoints];
   uint16_t engineering[kEngineeringItems];
   uint16_t layeredEngineering[kEngineeringLayers][kEngineeringLayerItems];
 };

@@ -4,8 +4,11 @@
 #include <cmath>
 #include <vector>
 
+#include "core/Events.h"
+#include "media/Screen.h"
 #include "vfe/Hdmi.h"
 #include "vfe/Vby1rx.h"
+#include "vpq/Vpq.h"
 
 namespace sim {
 namespace {
@@ -23,6 +26,8 @@ constexpr Rgb kBarColors[] = {{1, 1, 1}, {1, 1, 0}, {0, 1, 1}, {0, 1, 0},
                               {1, 0, 1}, {1, 0, 0}, {0, 0, 1}, {0, 0, 0}};
 
 constexpr Rgb kBlack = {0, 0, 0};
+
+constexpr K2V_VSC_INPUT_TYPE kPlayback = 5;  // as the menus count it; it is the decoder, too
 
 // 10-bit limited range: luma 64 to 940, chroma 512 +- 448.
 constexpr double kLumaOffset = 64, kLumaRange = 876, kChromaOffset = 512, kChromaRange = 896;
@@ -61,6 +66,10 @@ Rgb ToRgb(const K2V_VIDEO_PIXEL_T& pixel, const Matrix& matrix) {
     return static_cast<uint8_t>(std::lround(255 * std::clamp(level, 0.0, 1.0)));
   };
   return {byte(red), byte(green), byte(blue)};
+}
+
+uint32_t ScreenNumber(unsigned wid, HeldAt place) {
+  return 1 + static_cast<uint32_t>(place) * kWindowCount + wid;
 }
 
 bool Contains(const K2V_VIDEO_RECT_T& rect, uint32_t x, uint32_t y) {
@@ -158,8 +167,7 @@ Picture LivePicture(const Board& board, const Window& window) {
     const Picture picture = HdmiPicture(board.hdmi);
     return picture.width > 0 ? picture : Vby1Picture(board.vby1);
   }
-  return {1920, 1080, K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR, {}, false, Stereo::kNone,
-          6000, 0};
+  return kPlayersPicture;
 }
 
 Picture BufferedPicture(const Board& board, const Window& window) {
@@ -168,6 +176,42 @@ Picture BufferedPicture(const Board& board, const Window& window) {
 
 Picture ShownPicture(const Board& board, const Window& window) {
   return window.frozen ? window.held : BufferedPicture(board, window);
+}
+
+Picture DisplayedPicture(const Board& board, const Window& window) {
+  const bool isFrozen = ValueOf(board.vpq, VpqValue::kVPQ_MEMC_Freeze) != 0;
+  return isFrozen ? window.motionHeld : ShownPicture(board, window);
+}
+
+bool TakesInPlayer(const Board& board, unsigned wid) {
+  const Window& window = board.scaler.windows[wid];
+  if (!window.connected) return wid == 0;
+  return window.source.type == K2V_VSC_INPUTSRC_VDEC || window.source.type == kPlayback;
+}
+
+Picture Held(const Board& board, unsigned wid, Picture picture, HeldAt place) {
+  const bool isHeld = picture.heldMs != 0;
+  if (!isHeld) picture.heldMs = std::max<int64_t>(1, SimulatedMs(board.clock));
+  if (isHeld ? picture.heldScreen == 0 : !(TakesInPlayer(board, wid) && IsPlaying()))
+    return picture;
+  const uint32_t number = ScreenNumber(wid, place);
+  HoldScreen(picture.heldScreen, number);
+  picture.heldScreen = number;
+  return picture;
+}
+
+void Release(unsigned wid, HeldAt place) {
+  ReleaseScreen(ScreenNumber(wid, place));
+}
+
+void FreezeMotion(Board& board, bool on) {
+  for (unsigned wid = 0; wid < kWindowCount; ++wid) {
+    Window& window = board.scaler.windows[wid];
+    if (on)
+      window.motionHeld = Held(board, wid, DisplayedPicture(board, window), HeldAt::kMotion);
+    else
+      Release(wid, HeldAt::kMotion);
+  }
 }
 
 K2V_VIDEO_RECT_T InputOf(const Window& window, const Picture& picture) {
@@ -185,7 +229,7 @@ void CapturePanel(const Board& board, uint8_t* rgb) {
     const Window& window = board.scaler.windows[wid];
     // Blanking is the display's: it covers the window's place also without a source behind it.
     if (!window.connected && !window.blank) continue;
-    layers.emplace_back(window, ShownPicture(board, window), window.blank, PlaceOf(board, wid));
+    layers.emplace_back(window, DisplayedPicture(board, window), window.blank, PlaceOf(board, wid));
   }
   Capture(layers, rgb);
 }

@@ -31,12 +31,34 @@ class Frame {
 /// R, G, B of a window while it is blanked.
 std::array<uint8_t, 3> BlankColor(const Window& window);
 
+/// What the decoder delivers.
+constexpr Picture kPlayersPicture = {
+    1920, 1080, K2V_COLOR_STANDARD_BT709, K2V_HDMI_EOTF_SDR, {}, false, Stereo::kNone, 6000, 0, 0};
+
 /// The picture that a window takes in, before any freezing; none: width 0.
 Picture LivePicture(const Board& board, const Window& window);
 
 /// The picture in a window's frame buffer, and the one that it shows.
 Picture BufferedPicture(const Board& board, const Window& window);
 Picture ShownPicture(const Board& board, const Window& window);
+
+/// What the display gets of it: the motion compensation behind the scaler can be frozen, too.
+Picture DisplayedPicture(const Board& board, const Window& window);
+
+/// Returns whether a window shows the player while that plays. An unconnected main window does.
+bool TakesInPlayer(const Board& board, unsigned wid);
+
+/// Where a window's picture can be frozen.
+enum class HeldAt : uint8_t { kWindow, kBuffer, kMotion };
+
+/// A picture of a window as it is now, for the place that freezes it; one that is frozen already
+/// stays the same. Release forgets what is kept for that place.
+Picture Held(const Board& board, unsigned wid, Picture picture, HeldAt place);
+void Release(unsigned wid, HeldAt place);
+
+/// Freezes the pictures of all windows as the display gets them, or lets them run. To be called
+/// before the setting is kept.
+void FreezeMotion(Board& board, bool on);
 
 /// The part of a picture that a window shows. A source that shrank below the region set is shown
 /// whole.

@@ -4,7 +4,6 @@
 
 #include "core/Areas.h"
 #include "core/Call.h"
-#include "core/Events.h"
 #include "vsc/Picture.h"
 
 namespace sim {
@@ -74,6 +73,7 @@ int Disconnect(Board& board, uint32_t wid, K2V_VSC_INPUT_SRC_T source) {
   if (!window->connected) return K2V_RHAL_ERR_ORDER;
   window->connected = false;
   window->bufferFrozen = false;
+  Release(wid, HeldAt::kBuffer);
   window->written = {};
   return K2V_RHAL_OK;
 }
@@ -112,17 +112,14 @@ int SetBlank(Board& board, uint32_t wid, uint32_t on, uint32_t color) {
   return K2V_RHAL_OK;
 }
 
-// The picture as it is now; one that is frozen already stays the same.
-Picture Held(const Board& board, Picture picture) {
-  if (picture.heldMs == 0) picture.heldMs = std::max<int64_t>(1, SimulatedMs(board.clock));
-  return picture;
-}
-
 int SetFreeze(Board& board, uint32_t wid, uint32_t on) {
   Window* window = FindWindow(board, wid);
   if (window == nullptr || on > 1) return K2V_RHAL_ERR_PARAM;
   if (!window->open) return K2V_RHAL_ERR_ORDER;
-  window->held = Held(board, ShownPicture(board, *window));
+  if (on == 1)
+    window->held = Held(board, wid, ShownPicture(board, *window), HeldAt::kWindow);
+  else
+    Release(wid, HeldAt::kWindow);
   window->frozen = on == 1;
   return K2V_RHAL_OK;
 }
@@ -131,7 +128,10 @@ int FreezeFrameBuffer(Board& board, uint32_t wid, uint32_t on) {
   Window* window = FindWindow(board, wid);
   if (window == nullptr || on > 1) return K2V_RHAL_ERR_PARAM;
   if (!window->connected) return K2V_RHAL_ERR_ORDER;
-  window->bufferHeld = Held(board, BufferedPicture(board, *window));
+  if (on == 1)
+    window->bufferHeld = Held(board, wid, BufferedPicture(board, *window), HeldAt::kBuffer);
+  else
+    Release(wid, HeldAt::kBuffer);
   window->bufferFrozen = on == 1;
   if (on == 0) window->written = {};
   return K2V_RHAL_OK;

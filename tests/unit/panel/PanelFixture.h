@@ -44,6 +44,8 @@ class PanelFixture : public testing::Test {
     ASSERT_EQ(K2V_RHAL_VSC_Connect(0, {K2V_VSC_INPUTSRC_HDMI, 0, 0}), 0);
   }
 
+  static void Disconnect() { K2V_RHAL_VSC_Disconnect(0, {K2V_VSC_INPUTSRC_HDMI, 0, 0}); }
+
   /// Looks at the panel at a time of the board's.
   void LookAt(int64_t ms) {
     view_ = picture::Converted(panel_.Look(*sim::BoardLock(), ms), AV_PIX_FMT_RGB24);
@@ -80,5 +82,5 @@ inline testing::AssertionResult IsNear(const Rgb& seen, const Rgb& expected, int
 }
 
 constexpr Rgb kWhite = {255, 255, 255}, kYellow = {255, 255, 0}, kCyan = {0, 255, 255},
-              kGreen = {0, 255, 0}, kRed = {255, 0, 0}, kBlue = {0, 0, 255}, kBlack = {0, 0, 0},
-              kGrey = {128, 128, 128};
+              kGreen = {0, 255, 0}, kMagenta = {255, 0, 255}, kRed = {255, 0, 0},
+              kBlue = {0, 0, 255}, kBlack = {0, 0, 0}, kGrey = {128, 128, 128};

@@ -1,6 +1,7 @@
 // Where pictures are on the panel, and what is seen where there is none.
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 
 #include "BoardFixture.h"
 #include "PanelFixture.h"
@@ -157,20 +158,70 @@ TEST_F(PanelView, BlanksAndFreezes) {
   EXPECT_EQ(Bar(0), kBlack);
 }
 
+/// All that freezes a picture of the main window.
+struct Freezer {
+  const char* name;
+  int (*freeze)(uint32_t on);
+};
+constexpr Freezer kFreezers[] = {
+    {"window", [](uint32_t on) { return K2V_RHAL_VSC_SetWinFreeze(0, on); }},
+    {"frame buffer", [](uint32_t on) { return K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, on); }},
+    {"motion compensation",
+     [](uint32_t on) { return K2V_RHAL_VPQ_MEMC_Freeze(static_cast<int32_t>(on)); }},
+};
+
 TEST_F(PanelView, AMovingPictureMovesUntilItIsFrozen) {
-  Connect();
-  Do("picture 0 box");
   const auto picture = [this](int64_t ms) {
     const AVFrame& view = panel_.Look(*sim::BoardLock(), ms);
     return picture::ToPng(view);
   };
+  const auto nothing = picture(100'000);
+  Connect();
+  Do("noise 20");
+  Do("vby1 plug 0 1920x1080p60");
+  K2V_RHAL_VFE_VBY1RX_Initialize();
+  K2V_RHAL_VFE_VBY1RX_Open();
+  K2V_RHAL_VFE_VBY1RX_Connect(0);
+  for (const std::string port : {"0", "vby1-0"}) {
+    Do("picture " + port + " box");
+    for (const auto& [name, freeze] : kFreezers) {
+      SCOPED_TRACE(port + " " + name);
+      EXPECT_NE(picture(100'000), picture(100'001)) << "noise";
+      ASSERT_EQ(freeze(1), 0);
+      const auto frozen = picture(100'000);
+      EXPECT_NE(frozen, nothing);
+      EXPECT_EQ(frozen, picture(200'000));
+      Do("picture " + port + " black");
+      EXPECT_EQ(frozen, picture(200'000));
+      ASSERT_EQ(freeze(0), 0);
+      EXPECT_NE(frozen, picture(200'000));
+      Do("picture " + port + " box");
+    }
+    Do("unplug 0");  // the other receiver's turn
+  }
+  Do("noise 0");
   const auto atOnce = picture(100'000);
   EXPECT_NE(atOnce, picture(100'017));
   EXPECT_EQ(atOnce, picture(100'001)) << "of the same frame";
-  K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, 1);
-  const auto frozen = picture(100'000);
-  EXPECT_EQ(frozen, picture(200'000));
-  EXPECT_NE(frozen, atOnce);
+}
+
+TEST_F(PanelView, NoiseStopsInTheFrozenWindowOnly) {
+  Connect();
+  Do("picture 0 ramp");
+  K2V_RHAL_VSC_Open(1);
+  K2V_RHAL_VSC_Connect(1, {K2V_VSC_INPUTSRC_VDEC, 0, 0});
+  K2V_RHAL_VSC_SetOutputRegion(1, {0, 0, 1920, 2160});
+  Do("noise 128");
+  K2V_RHAL_VSC_SetWinFreeze(0, 1);
+  const auto lines = [this] {
+    LookAt(1000);
+    std::array<std::vector<Rgb>, 2> both;  // of the sub window, of the main one
+    for (int x = 0; x < 960; ++x) both[x < 480 ? 0 : 1].push_back(InView(x, 270));
+    return both;
+  };
+  const auto first = lines(), second = lines();
+  EXPECT_NE(first[0], second[0]);
+  EXPECT_EQ(first[1], second[1]);
 }
 
 TEST_F(PanelView, DisplayMirrorsMutesShiftsAndGoesDark) {
@@ -222,19 +273,81 @@ TEST_F(PanelView, OnScreenDisplayCoversThePicture) {
   EXPECT_FALSE(isCovered(500));
 }
 
-TEST_F(PanelView, FormatterTakesTheEyesApart) {
-  Connect("1920x1080p60 sdr side-by-side");
-  EXPECT_EQ(Seen(30, 270), kWhite);  // both eyes' pictures beside each other
-  EXPECT_EQ(Seen(540, 270), kYellow) << "the right eye sees it a little aside";
+/// Opens the 3D formatter.
+void Format(uint32_t format) {
   K2V_RHAL_VBE_TRIDFMT_Initialize();
   K2V_RHAL_VBE_TRIDFMT_Open();
-  K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(VBE_INPUT_TYPE_SIDEBYSIDE);
-  // Alternate lines are the eyes', and differ beside a bar's edge only.
-  EXPECT_EQ(Seen(60, 270), kWhite);
-  EXPECT_EQ(Seen(60, 271), kWhite);
-  EXPECT_NE(Seen(115, 270), Seen(115, 271));
-  K2V_RHAL_VBE_TRIDFMT_CtrlDepth(3, 0);  // 3D to 2D
-  EXPECT_EQ(Seen(115, 270), Seen(115, 271));
+  ASSERT_EQ(K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(format), 0);
+}
+
+TEST_F(PanelView, FormatterTakesTheEyesApart) {
+  constexpr int kBesideEdge = 110;  // white for the left eye, yellow for the right one
+  const struct {
+    const char* source;
+    uint32_t format;
+  } kFormats[] = {
+      {"1920x1080p60 sdr side-by-side", VBE_INPUT_TYPE_SIDEBYSIDE},
+      {"1920x1080p60 sdr top-and-bottom", VBE_INPUT_TYPE_TOPNBOTTOM},
+      {"1920x1080p24 sdr frame-packing", VBE_INPUT_TYPE_FRAMEPAC},
+      {"1920x1080i60 sdr field-alternative", VBE_INPUT_TYPE_FIELD_ALTERNATIVE},
+      {"1920x1080p24 sdr line-alternative", VBE_INPUT_TYPE_LINE_ALTERNATIVE},
+      {"1920x1080p24 sdr side-by-side-full", VBE_INPUT_TYPE_SIDEBYSIDE_FULL},
+      {"1920x1080p60 pc line-interleave", VBE_INPUT_TYPE_LINE_INTERLEAVE_HALF},
+      {"1920x1080p60 pc column-interleave", VBE_INPUT_TYPE_COLUMN_INTERLEAVE},
+      {"1920x1080p60 pc checkerboard", VBE_INPUT_TYPE_CHECKERBOARD},
+      {"1279x719p60 pc checkerboard", VBE_INPUT_TYPE_CHECKERBOARD},
+      {"1920x1080p60 dvi frame-sequential", VBE_INPUT_TYPE_FRAMESEQ},
+  };
+  for (const auto& [source, format] : kFormats) {
+    SCOPED_TRACE(source);
+    Connect(source);
+    Format(format);
+    // Alternate lines are the eyes'.
+    const auto lines = [this] {
+      LookAt(1000);
+      return std::array{InView(kBesideEdge, 270), InView(kBesideEdge, 271)};
+    };
+    EXPECT_EQ(lines(), (std::array{kYellow, kWhite}));
+    K2V_RHAL_VBE_TRIDFMT_ToggleOutputLRFrame(1);
+    EXPECT_EQ(lines(), (std::array{kWhite, kYellow}));
+    K2V_RHAL_VBE_TRIDFMT_ToggleInputLRFrame(1);
+    EXPECT_EQ(lines(), (std::array{kYellow, kWhite}));
+    K2V_RHAL_VBE_TRIDFMT_CtrlDepth(3, 0);  // 3D to 2D
+    EXPECT_EQ(lines(), (std::array{kYellow, kYellow}));
+    K2V_RHAL_VBE_TRIDFMT_ToggleInputLRFrame(0);
+    EXPECT_EQ(lines(), (std::array{kWhite, kWhite}));
+    K2V_RHAL_VBE_TRIDFMT_ToggleOutputLRFrame(0);
+    K2V_RHAL_VBE_TRIDFMT_CtrlDepth(1, 0);
+    Disconnect();
+  }
+}
+
+TEST_F(PanelView, EyesThatTakeTurnsAreSeenOneAfterTheOther) {
+  Connect("1920x1080p50 pc frame-sequential");
+  LookAt(1000);
+  EXPECT_EQ(InView(110, 270), kWhite);
+  LookAt(1020);
+  EXPECT_EQ(InView(110, 270), kYellow);
+  // A frozen source has one frame, for both eyes.
+  Format(VBE_INPUT_TYPE_FRAMESEQ);
+  K2V_RHAL_VSC_SetWinFreeze(0, 1);
+  EXPECT_EQ(Seen(110, 270), Seen(110, 271));
+}
+
+TEST_F(PanelView, TwoStreamsAreForOneEyeEach) {
+  Connect();
+  Do("picture 0 white");
+  K2V_RHAL_VSC_Open(1);
+  K2V_RHAL_VSC_Connect(1, {5, 0, 0});
+  Format(VBE_INPUT_TYPE_DUALSTREAM);
+  K2V_RHAL_VBE_TRIDFMT_ToggleOutputLRFrame(1);
+  EXPECT_EQ(Seen(660, 270), kWhite);
+  EXPECT_EQ(Seen(660, 271), kRed);
+}
+
+TEST_F(PanelView, FormatterTakesEveryTimingInEveryMode) {
+  Connect("3831x2161p30");
+  Format(VBE_INPUT_TYPE_3DOFF);
   for (uint32_t format = 0; format <= VBE_INPUT_TYPE_2DTO3D; ++format) {
     ASSERT_EQ(K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(format), 0);
     for (const uint32_t mode : {0U, 1U, 2U, 3U}) {
@@ -243,6 +356,33 @@ TEST_F(PanelView, FormatterTakesTheEyesApart) {
       EXPECT_NO_THROW(LookAt(1000)) << format << ' ' << mode;
     }
   }
+}
+
+// The bars' edges show where the picture is stretched: the middle half of the panel has two thirds
+// of the picture.
+TEST_F(PanelView, PanoramaStretchesTheSides) {
+  Connect();
+  K2V_RHAL_VPQ_SetPanoramaType(1);
+  const struct {
+    int x;
+    Rgb left, right;
+  } kEdges[] = {{190, kWhite, kYellow},
+                {300, kYellow, kCyan},
+                {390, kCyan, kGreen},
+                {480, kGreen, kMagenta},
+                {770, kBlue, kBlack}};
+  for (const auto& [x, left, right] : kEdges) {
+    EXPECT_TRUE(IsNear(Seen(x - 3, 270), left)) << x;
+    EXPECT_TRUE(IsNear(Seen(x + 2, 270), right)) << x;
+  }
+  Do("panel-fault settings");
+  EXPECT_EQ(Bar(1), kYellow);
+  Do("panel-fault none");
+  K2V_RHAL_VSC_SetOutputRegion(0, {0, 0, 40, 40});
+  EXPECT_NO_THROW(LookAt(1000)) << "too small for parts";
+  Do("neutral");
+  K2V_RHAL_VSC_SetOutputRegion(0, {0, 0, 3840, 2160});
+  EXPECT_EQ(Bar(0), kWhite);
 }
 
 TEST_F(PanelView, PixelsWrittenToTheFrameBufferAreSeen) {
@@ -268,30 +408,76 @@ TEST_F(PanelView, SecondReceiverFeedsTheSameInput) {
   EXPECT_EQ(Seen(900, 270), kWhite);
 }
 
-TEST(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
-  std::string directory = (std::filesystem::temp_directory_path() / "panel-XXXXXX").string();
-  ASSERT_NE(mkdtemp(directory.data()), nullptr);
-  setenv("CVNSIM_STATE", (directory + "/state").c_str(), 1);
-  sim::PowerOn();
-  panel::Panel panel;
-  const auto middle = [&panel] {
-    return PixelOf(*picture::Converted(panel.Look(), AV_PIX_FMT_RGB24), 480, 270);
-  };
-  const picture::Picture green = picture::Converted(
-      *picture::Generate("color=0x00ff00:s=64x36,format=gbrp"), AV_PIX_FMT_YUV420P);
-  EXPECT_EQ(middle(), kBlack);
-  {
-    player::Screen screen;
-    EXPECT_EQ(middle(), kBlack) << "nothing is decoded yet";
-    screen.Show(*green, 1);
-    EXPECT_TRUE(IsNear(middle(), kGreen, 3));
+/// A board with files, as the player needs it.
+class PlayedPicture : public testing::Test {
+ protected:
+  PlayedPicture() {
+    EXPECT_NE(mkdtemp(directory_.data()), nullptr);
+    setenv("CVNSIM_STATE", (directory_ + "/state").c_str(), 1);
+    sim::PowerOn();
+    K2V_RHAL_VSC_Initialize();
+    K2V_RHAL_VSC_Open(0);
   }
-  EXPECT_EQ(middle(), kBlack);
-  {
-    const player::Screen screen;
-    EXPECT_EQ(middle(), kBlack) << "nothing of the playing before";
+  ~PlayedPicture() override { std::filesystem::remove_all(directory_); }
+
+  const std::string& Directory() const { return directory_; }
+
+  Rgb Middle() { return PixelOf(*picture::Converted(panel_.Look(), AV_PIX_FMT_RGB24), 480, 270); }
+
+  /// Begins to play, and shows one picture.
+  void Play(const char* color) {
+    screen_.emplace();
+    const std::string text = std::string("color=").append(color) + ":s=64x36,format=gbrp";
+    screen_->Show(*picture::Converted(*picture::Generate(text), AV_PIX_FMT_YUV420P), 1);
   }
-  std::filesystem::remove_all(directory);
+
+  std::optional<player::Screen> screen_;
+
+ private:
+  std::string directory_ = (std::filesystem::temp_directory_path() / "panel-XXXXXX").string();
+  panel::Panel panel_;
+};
+
+TEST_F(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
+  EXPECT_EQ(Middle(), kBlack);
+  screen_.emplace();
+  EXPECT_EQ(Middle(), kBlack) << "nothing is decoded yet";
+  Play("0x00ff00");
+  EXPECT_TRUE(IsNear(Middle(), kGreen, 3));
+  screen_.reset();
+  EXPECT_EQ(Middle(), kBlack);
+  screen_.emplace();
+  EXPECT_EQ(Middle(), kBlack) << "nothing of the playing before";
+}
+
+TEST_F(PlayedPicture, StaysWhileItIsFrozen) {
+  for (const bool isConnected : {false, true}) {
+    if (isConnected) K2V_RHAL_VSC_Connect(0, {K2V_VSC_INPUTSRC_VDEC, 0, 0});
+    const Rgb without = Middle();
+    for (const auto& [name, freeze] : kFreezers) {
+      SCOPED_TRACE(std::string(name) + (isConnected ? ", connected" : ""));
+      Play("0x00ff00");
+      if (freeze(1) != 0) continue;  // only a connected window has a frame buffer
+      Play("0xff0000");
+      EXPECT_TRUE(IsNear(Middle(), kGreen, 3));
+      ASSERT_EQ(freeze(1), 0);
+      screen_.reset();
+      EXPECT_TRUE(IsNear(Middle(), kGreen, 3)) << "frozen twice, when nothing plays any more";
+      ASSERT_EQ(freeze(0), 0);
+      EXPECT_EQ(Middle(), without);
+      EXPECT_EQ(std::ranges::distance(std::filesystem::directory_iterator(Directory())), 3)
+          << "state, screen and lock";
+    }
+  }
+  // What is frozen farther behind keeps what was frozen before it.
+  Play("0x00ff00");
+  K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, 1);
+  Play("0xff0000");
+  K2V_RHAL_VSC_SetWinFreeze(0, 1);
+  K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, 0);
+  EXPECT_TRUE(IsNear(Middle(), kGreen, 3));
+  K2V_RHAL_VSC_SetWinFreeze(0, 0);
+  EXPECT_TRUE(IsNear(Middle(), kRed, 3));
 }
 
 TEST(PictureCommand, RefusesWhatIsNoPicture) {

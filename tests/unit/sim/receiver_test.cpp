@@ -137,14 +137,17 @@ TEST(HdmiSource, TellsTheEyesOf3d) {
   K2V_RHAL_VFE_HDMI_Connect(0);
   const struct {
     const char* source;
-    int height, vTotal;
+    int width, height, vTotal;
     uint32_t full, tmdsKHz, structure, extension;
     std::vector<uint8_t> data;
   } kCases[] = {
-      {"1920x1080p24 frame-packing", 2205, 2250, 1, 148500, 0, 0, {0x40, 0x00}},
-      {"1280x720p60 frame-packing", 1470, 1500, 1, 148500, 0, 0, {0x40, 0x00}},
-      {"1920x1080i60 side-by-side", 1080, 1125, 0, 74250, 8, 1, {0x40, 0x80, 0x10}},
-      {"1920x1080p24 top-and-bottom", 1080, 1125, 0, 74250, 6, 0, {0x40, 0x60}},
+      {"1920x1080p24 frame-packing", 1920, 2205, 2250, 1, 148500, 0, 0, {0x40, 0x00}},
+      {"1280x720p60 frame-packing", 1280, 1470, 1500, 1, 148500, 0, 0, {0x40, 0x00}},
+      {"1920x1080i60 side-by-side", 1920, 1080, 1125, 0, 74250, 8, 1, {0x40, 0x80, 0x10}},
+      {"1920x1080p24 top-and-bottom", 1920, 1080, 1125, 0, 74250, 6, 0, {0x40, 0x60}},
+      {"1920x1080i60 field-alternative", 1920, 2205, 2250, 1, 148500, 1, 0, {0x40, 0x10}},
+      {"1920x1080p24 line-alternative", 1920, 2160, 2250, 0, 148500, 2, 0, {0x40, 0x20}},
+      {"1920x1080p24 side-by-side-full", 3840, 1080, 1125, 0, 148500, 3, 0, {0x40, 0x30}},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.source);
@@ -157,6 +160,7 @@ TEST(HdmiSource, TellsTheEyesOf3d) {
     K2V_RHAL_VFE_HDMI_GetPortVSIInfo(0, &vsi);
     K2V_RHAL_VFE_HDMI_GetPortMultiVSIInfo(0, &all);
     K2V_RHAL_VFE_HDMI_GetClockStatus(0, &clock);
+    EXPECT_EQ(timing.active.w, c.width);
     EXPECT_EQ(timing.active.h, c.height);
     EXPECT_EQ(timing.vTotal, c.vTotal);
     EXPECT_EQ(timing.full_3d_timing, c.full);
@@ -170,11 +174,37 @@ TEST(HdmiSource, TellsTheEyesOf3d) {
   ASSERT_EQ(simhal::Apply("plug 0 1280x720p50 frame-packing"), "");
   ASSERT_EQ(simhal::Apply("timing 0 1920x1080p24"), "");
   EXPECT_NE(simhal::State().find("1920x2205p24.00 sdr frame-packing"), std::string::npos);
-  EXPECT_NE(simhal::Apply("timing 0 1920x1080i50").find("invalid timing for frame packing"),
-            std::string::npos);
-  EXPECT_NE(simhal::Apply("plug 1 1920x1080p24 dvi side-by-side")
-                .find("DVI sources send no 3D info-frame"),
-            std::string::npos);
+  const struct {
+    const char* command;
+    const char* refusal;
+  } kRefused[] = {
+      {"timing 0 1920x1080i50", "invalid timing for frame-packing"},
+      {"plug 1 1920x1080p24 field-alternative", "invalid timing for field-alternative"},
+      {"plug 1 1920x1080i50 line-alternative", "invalid timing for line-alternative"},
+      {"plug 1 1920x1080p24 dvi side-by-side", "DVI sources send no 3D info-frame"},
+      {"plug 1 1920x1080p24 dvi line-alternative", "DVI sources send no 3D info-frame"},
+  };
+  for (const auto& [command, refusal] : kRefused)
+    EXPECT_NE(simhal::Apply(command).find(refusal), std::string::npos) << command;
+}
+
+// The eyes of these share the frames that a flat picture has, and no info-frame says so.
+TEST(HdmiSource, KeepsOther3dToItself) {
+  simhal::Apply("lock 0 0");
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  for (const std::string packing :
+       {"line-interleave", "column-interleave", "checkerboard", "frame-sequential"}) {
+    simhal::PlugHdmi(0, ("1920x1080p24 " + packing).c_str());
+    K2V_HDMI_TIMING_T timing{};
+    K2V_HAL_VFE_HDMI_VSI_INFO_T vsi{};
+    K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, &timing);
+    K2V_RHAL_VFE_HDMI_GetPortVSIInfo(0, &vsi);
+    EXPECT_EQ(timing.active.h, 1080) << packing;
+    EXPECT_EQ(vsi.eVideoFormat, uint32_t{K2V_HDMI_VSI_NO_FORMAT}) << packing;
+    EXPECT_NE(simhal::State().find("1920x1080p24.00 sdr " + packing), std::string::npos);
+    EXPECT_EQ(simhal::Apply("plug 1 1920x1080p60 dvi " + packing), "");
+  }
 }
 
 TEST(HdmiSource, DviHasNoPackets) {
