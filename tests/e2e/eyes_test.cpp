@@ -127,11 +127,12 @@ TEST_F(EyesOnTheBoard, LearnWhatAnOperatorCallsRight) {
 }
 
 TEST_F(EyesOnTheBoard, SeeSettingsThatThePanelIgnores) {
-  EXPECT_EQ(Judged({"VpqExtModule/2", "VpqExtModule/8", "VpqExtModule/10", "VpqExtModule/12",
-                    "VpqExtModule/27", "VpqExtModule/32", "VpqExtModule/100"},
+  EXPECT_EQ(Judged({"VpqModule/33", "VpqExtModule/2", "VpqExtModule/8", "VpqExtModule/10",
+                    "VpqExtModule/12", "VpqExtModule/27", "VpqExtModule/32", "VpqExtModule/100",
+                    "VpqExtModule/102"},
                    "quality.answers", "panel-fault settings\n", kSeenOtherThanRight),
-            "VpqExtModule/2 FAIL VpqExtModule/8 FAIL VpqExtModule/10 FAIL VpqExtModule/12 FAIL "
-            "VpqExtModule/27 FAIL VpqExtModule/100 FAIL")
+            "VpqModule/33 FAIL VpqExtModule/2 FAIL VpqExtModule/8 FAIL VpqExtModule/10 FAIL "
+            "VpqExtModule/12 FAIL VpqExtModule/27 FAIL VpqExtModule/100 FAIL VpqExtModule/102 FAIL")
       << log_;
 }
 
