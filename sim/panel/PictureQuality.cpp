@@ -167,21 +167,41 @@ std::string Cube(const Vpq& vpq, K2V_VPQ_HDR_3D_LUT_T sim::VpqRecords::*table,
   return ByTable(subject.add(CubeInput{table}));
 }
 
+/// Whether the levels lie on a line from the first to the last one.
+bool AreOnLine(const Levels& levels) {
+  for (size_t i = 0; i <= kSteps; ++i) {
+    const double share = static_cast<double>(i) / kSteps;
+    if (std::abs(levels[i] - std::lerp(levels.front(), levels.back(), share)) > 0.002) return false;
+  }
+  return true;
+}
+
+/// Whether levels are those that come in.
+bool AreStraight(const Levels& levels) {
+  return AreOnLine(levels) && levels.front() < 0.002 && levels.back() > 0.998;
+}
+
 /// How much more saturated colours get, for `geq`: the levels are the saturation that comes of 0 to
-/// 1, which register 0 has.
+/// 1, which register 0 has. The filter reads its text once for each thread that it could have, so
+/// that a short text makes the panel faster.
 std::string SaturationGain(const Levels& levels) {
-  std::string curve = Printed("%.4f", levels[0]);
-  for (size_t i = 0; i < kSteps; ++i) {
-    curve += Printed("+clip(ld(0)*%zu-%zu,0,1)*(%.4f)", kSteps, i, levels[i + 1] - levels[i]);
+  std::string curve = Printed("%.3f", levels.front());
+  if (AreOnLine(levels)) {
+    curve += Printed("+ld(0)*(%.3f)", levels.back() - levels.front());
+  } else {
+    for (size_t i = 0; i < kSteps; ++i)
+      curve += Printed("+clip(ld(0)*%zu-%zu,0,1)*(%.3f)", kSteps, i, levels[i + 1] - levels[i]);
   }
   return "(" + curve + ")/max(ld(0),0.004)";
 }
 
-/// Colours with another saturation; `gain` is of colour differences.
+/// Colours with another saturation; `gain` is of colour differences. Register 1 has the eighth of
+/// the hues.
 std::string BySaturation(const std::string& gain, const Subject& subject) {
   const auto difference = [&gain](const char* plane) {
     return Printed(
                "'st(0,min(1,hypot(cb(X,Y)-128,cr(X,Y)-128)/127.5));"
+               "st(1,floor(mod(atan2(cr(X,Y)-128,cb(X,Y)-128)*4/PI+8,8)));"
                "clip(128+(%s(X,Y)-128)*",
                plane) +
            "(" + gain + "),0,255)'";
@@ -192,17 +212,9 @@ std::string BySaturation(const std::string& gain, const Subject& subject) {
                      ":cr=" + difference("cr") + "," + kToRgb}));
 }
 
-/// Whether levels are those that come in.
-bool IsStraight(const Levels& levels) {
-  for (size_t i = 0; i <= kSteps; ++i) {
-    if (std::abs(levels[i] - static_cast<double>(i) / kSteps) > 0.002) return false;
-  }
-  return true;
-}
-
 std::string SaturationTable(const Vpq& vpq, const Subject& subject) {
   const auto levels = LevelsOf(vpq.records.VPQ_SetSaturationLUT.nLut, 33, 1023);
-  if (!levels || IsStraight(*levels)) return "";
+  if (!levels || AreStraight(*levels)) return "";
   return BySaturation(SaturationGain(*levels), subject);
 }
 
@@ -211,9 +223,8 @@ std::string GamutTable(const Vpq& vpq, const Subject& subject) {
   std::string gain = "1";
   for (unsigned section = 0; section < sim::kGamutSections; ++section) {
     const auto levels = LevelsOf(vpq.gamutSections[section], sim::kGamutPoints, 4095);
-    if (!levels || IsStraight(*levels)) continue;
-    gain = Printed("if(eq(%u,floor(mod(atan2(cr(X,Y)-128,cb(X,Y)-128)*4/PI+8,8))),", section) +
-           SaturationGain(*levels) + "," + gain + ")";
+    if (!levels || AreStraight(*levels)) continue;
+    gain = Printed("if(eq(%u,ld(1)),", section) + SaturationGain(*levels) + "," + gain + ")";
   }
   return gain == "1" ? "" : BySaturation(gain, subject);
 }

@@ -166,18 +166,13 @@ struct Video {
   Viewer viewer;
 };
 
-// What one eye gets of the formats that pack two pictures into one. $ is that eye as `stereo3d`
-// calls it when the left one comes first, % the other.
-constexpr char kCheckerboard[] =
-    "split[even][odd];[even]stereo3d=irl:ml,stereo3d=icl:$[even];"
-    "[odd]stereo3d=irl:mr,stereo3d=icl:%[odd];[even][odd]hstack,stereo3d=sbsl:irl";
-
-/// By VBE_INPUT_TYPE_*; empty where both eyes get whole pictures: one after the other, one each
-/// from two streams, or made of the same one.
+/// How an eye's picture is unpacked, by VBE_INPUT_TYPE_*; $ is the eye as `stereo3d` calls it. A
+/// checkerboard's even lines are enough for the view. Empty where both eyes get whole pictures: one
+/// after the other, one each from two streams, or made of the same one.
 constexpr const char* kUnpacking[] = {"",
                                       "stereo3d=ab2l:$",
                                       "stereo3d=sbs2l:$",
-                                      kCheckerboard,
+                                      "stereo3d=irl:ml,stereo3d=icl:$",
                                       "",
                                       "stereo3d=icl:$",
                                       "stereo3d=irl:$",
@@ -192,17 +187,9 @@ constexpr const char* kUnpacking[] = {"",
 std::string UnpackFilters(const Video& video) {
   const std::string_view unpacking = kUnpacking[video.board.formatter.format];
   if (video.viewer == Viewer::kAll || unpacking.empty()) return "";
-  const bool isFirst = video.viewer == Viewer::kFirstEye;
-  std::string filters = "crop=trunc(iw/2)*2:trunc(ih/2)*2:0:0,";  // an even number of lines
-  for (const char letter : unpacking) {
-    if (letter == '$')
-      filters += isFirst ? "ml" : "mr";
-    else if (letter == '%')
-      filters += isFirst ? "mr" : "ml";
-    else
-      filters += letter;
-  }
-  return filters + ",";
+  std::string filters(unpacking);
+  filters.replace(filters.find('$'), 1, video.viewer == Viewer::kFirstEye ? "ml" : "mr");
+  return "crop=trunc(iw/2)*2:trunc(ih/2)*2:0:0," + filters + ",";  // an even number of lines
 }
 
 /// The frames that an eye gets of a source whose frames are for the eyes in turn.
