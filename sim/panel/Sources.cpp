@@ -95,7 +95,8 @@ struct Packing {
   const char* shape;
   const char* together;
 };
-constexpr char kHalfWidth[] = "scale=iw/2:ih", kHalfHeight[] = "scale=iw:ih/2";
+constexpr char kHalfWidth[] = "scale=iw/2:ih:flags=neighbor",
+               kHalfHeight[] = "scale=iw:ih/2:flags=neighbor";
 constexpr Packing kPackings[] = {
     {nullptr, nullptr},                         // none
     {kHalfHeight, "vstack"},                    // frame packing
