@@ -41,12 +41,33 @@ OpenClosedDescriptors() {
   [[ -e /dev/fd/2 ]] || exec 2>/dev/null
 }
 
-# RunQuietly WHAT COMMAND...: the command's output is shown only when it fails.
+# ShowSteps WHAT LOG: shows on the terminal what the last line of LOG says, until it is killed: ninja's
+# "[12/104] …" as "step 12 of 104".
+ShowSteps() {
+  local line
+  while sleep 0.2; do
+    line=$(tail -n 1 "$2" | tr -cd '[:print:]')
+    [[ ! $line =~ ^\[([0-9]+)/([0-9]+)\] ]] || line="step ${BASH_REMATCH[1]} of ${BASH_REMATCH[2]}"
+    printf '\r\e[K%.*s' "$((${COLUMNS:-80} - 1))" "$1: $line" >&2
+  done
+}
+
+# RunQuietly WHAT COMMAND...: the command's output is shown only when it fails; a terminal shows its progress.
 RunQuietly() {
-  local what=$1 log
+  local what=$1 log steps='' failed=''
   shift
   log=$(mktemp) || Die 1 'cannot create a temporary file'
-  if ! "$@" >"$log" 2>&1 </dev/null; then
+  if [[ -t 2 ]]; then
+    ShowSteps "$what" "$log" &
+    steps=$!
+  fi
+  "$@" >"$log" 2>&1 </dev/null || failed=1
+  if [[ -n $steps ]]; then
+    kill "$steps" 2>/dev/null
+    wait "$steps" 2>/dev/null || true
+    printf '\r\e[K' >&2
+  fi
+  if [[ -n $failed ]]; then
     cat "$log" >&2
     rm -f "$log"
     Die 1 "$what failed, see above"

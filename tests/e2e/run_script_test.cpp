@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "BoardFixture.h"
+#include "Pty.h"
 
 namespace {
 
@@ -79,6 +81,21 @@ TEST_F(RunScript, PanelIsThereAsLongAsTheSession) {
                                   test::Quoted(kPanelSession));
   EXPECT_EQ(run.status, 0) << run.output;
   EXPECT_TRUE(run.output.find(" 200 OK") != std::string::npos) << run.output;
+}
+
+// The steps of a build, as a terminal shows them and elsewhere.
+TEST(SetUp, ShowsItsStepsOnATerminalOnly) {
+  const std::string command =
+      "set -euo pipefail; . " CVN_SOURCE_DIRECTORY
+      "/scripts/common.sh; "
+      "step() { echo '[3/7] Building x'; until [[ -e seen ]]; do sleep 0.02; done; }; "
+      "RunQuietly building step; echo done";
+  test::Pty pty({"bash", "-c", command});
+  EXPECT_TRUE(pty.Expect("building: step 3 of 7"));
+  std::ofstream("seen").flush();
+  EXPECT_TRUE(pty.Expect("done"));
+  EXPECT_EQ(pty.Wait(), 0);
+  EXPECT_EQ(test::RunShell("bash -c " + test::Quoted(command)).output, "done\n");
 }
 
 }  // namespace
