@@ -87,7 +87,7 @@ Check() {
   fi
 }
 
-# Total: its status tells whether all went well.
+# Total: its status is 0 if everything passed.
 Total() {
   echo "Total: $passed passed, $failed failed, $skipped skipped"
   ((!failed && !ctest_failed))
@@ -127,7 +127,7 @@ TestAll() {
   Total
 }
 
-# TestForArm: a board's unit tests on the emulator. What that cannot do is told and counted as
+# TestForArm: a board's unit tests on the emulator. Tests that the emulator cannot run are reported as
 # skipped.
 TestForArm() {
   local preset

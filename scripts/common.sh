@@ -95,7 +95,7 @@ NeedPackages() {
   echo "Installing ${missing[*]}" >&2
   local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q
     -o DPkg::Lock::Timeout=300)
-  # A failing update of one foreign source is no reason to stop: the installation tells.
+  # A failing update of one source is not fatal: the installation reports missing packages.
   "${apt[@]}" update >/dev/null 2>&1 </dev/null || true
   RunQuietly 'apt-get install' "${apt[@]}" install --no-install-recommends "${missing[@]}"
 }

@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2154  # source_dir is common.sh's
-# What builds for ARM need beside those for this machine. Sourced after common.sh.
+# Additional functions for ARM builds. Sourced after common.sh.
 
 # Which of Debian's architectures a preset builds for, and the packages with its compiler.
 declare -A debian_architecture=([aarch64]=arm64 [armhf]=armhf)
@@ -32,7 +32,7 @@ FillTargetRoot() {
   local architecture=$1 root=$2 archive link
   mkdir -p "$root"/{apt/lists/partial,apt/archives/partial,usr/lib} || return
   ln -s usr/lib "$root/lib" && : >"$root/apt/status" || return
-  # As with the machine's own packages, the fetching tells when a list is missing.
+  # As with the machine's own packages, fetching reports a missing list.
   TargetApt "$architecture" "$root/apt" update || true
   TargetApt "$architecture" "$root/apt" --download-only install "${target_packages[@]}" || return
   for archive in "$root"/apt/archives/*.deb; do

@@ -290,7 +290,7 @@ class Copy:
             listed = self.must(['addr2line', '-e', module], input='\n'.join(offsets) + '\n').splitlines()
             for place, names in zip(listed, offsets.values()):
                 path, line = place.split(' ')[0].rsplit(':', 1)
-                # Paths that a compiler was told to shorten seem to be in the build tree.
+                # Paths shortened by -ffile-prefix-map seem to be in the build tree.
                 path = re.sub(f'^({re.escape(self.tree)}|{re.escape(self.build_tree)})/', '', path)
                 if not path.startswith('/') and line.isdigit():
                     lines = found.setdefault(path, {})

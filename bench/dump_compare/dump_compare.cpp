@@ -1,4 +1,4 @@
-// dump_compare [ROWS [ROUNDS [WORD]]]: the verifiers as whole programs beside other ways to compare
+// dump_compare [ROWS [ROUNDS [WORD]]]: the verifiers as whole programs and other ways to compare
 // dumps, in one run. Both programs of a line run in turn, round by round, with their output to a
 // file; the ratio is the median of the rounds' ratios. With WORD only the lines of that stage, kind
 // or program.
@@ -87,7 +87,7 @@ double Median(std::vector<double> values) {
   return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
-/// Which way a ratio is told: how much faster the first program is, or how much longer it takes.
+/// Direction of a ratio: how much faster the first program is, or how much longer it takes.
 enum class Bar { kFaster, kLonger };
 
 class Comparison {
@@ -97,7 +97,7 @@ class Comparison {
                 "other", "ratio", "bar", "", "peak KiB");
   }
 
-  /// Runs both programs in turn and prints a line. A program that is not there is told so.
+  /// Runs both programs alternately and prints a line. Reports programs that are not installed.
   void Print(const std::string& what, const Words& ours, const char* otherName, const Words& other,
              Bar kind, double bar) {
     Figures first;
@@ -193,7 +193,7 @@ Words CommandOf(const std::string& program, const std::string& stage, const Word
   return Words{program} + pair;
 }
 
-/// The number in an argument; ends the program when there is none.
+/// The number in an argument; exits if it is not a number.
 long NumberIn(const char* text) {
   char* end = nullptr;
   const long number = std::strtol(text, &end, 10);

@@ -16,7 +16,7 @@ class Operator {
   Operator(NightBoard& board, test::Pty& pty, const std::vector<runner::AnswerRule>& rules);
 
   /// Walks to the test's menu, runs it and answers its prompts, to the next menu. Throws
-  /// std::runtime_error when the harness does not go on.
+  /// std::runtime_error if the harness does not continue.
   void Run(const runner::TestEntry& test);
 
   /// As `Run`, for the menu at `position` that runs all tests below it: the prompts are answered as
@@ -29,7 +29,7 @@ class Operator {
   /// Quits in a menu.
   void Quit();
 
-  /// How many tests the console told to be in the report.
+  /// How many report lines the console announced.
   std::size_t ToldReported() const { return toldReported_; }
 
  private:

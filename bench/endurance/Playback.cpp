@@ -75,7 +75,7 @@ std::string Difference(const std::string& name, const std::string& text, const s
          "' where another round has '" + (there == otherLines.end() ? "its end" : *there) + "'";
 }
 
-/// Every report has to tell seven stages that passed and to be, byte for byte, that of the case's
+/// Every report must have seven stages that passed and be, byte for byte, that of the case's
 /// other rounds.
 void CheckVerifications(const fs::path& directory, std::size_t count, Problems& problems) {
   std::map<std::string, std::string> firstOfCase;

@@ -8,7 +8,7 @@ namespace endurance {
 
 class Problems {
  public:
-  /// An empty text is no problem.
+  /// An empty text is ignored.
   void Add(const std::string& problem) {
     if (!problem.empty()) lines_.push_back(problem);
   }

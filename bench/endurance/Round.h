@@ -12,7 +12,7 @@ namespace endurance {
 /// over all modules, where that is less.
 std::vector<runner::TestEntry> RoundOf(const Night& night);
 
-/// The test with that id. Throws std::runtime_error when there is none.
+/// The test with that id. Throws std::runtime_error if there is no such test.
 const runner::TestEntry& Find(const std::vector<runner::TestEntry>& tests, const std::string& id);
 
 }  // namespace endurance

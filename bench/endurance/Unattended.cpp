@@ -33,7 +33,7 @@ std::size_t CountFiles(const fs::path& directory) {
 
 constexpr char kResults[] = "/data/night";
 
-/// A test as the runner's console tells it.
+/// A test as printed by the runner.
 struct Told {
   std::string verdict;
   std::string id;
@@ -94,7 +94,7 @@ std::vector<std::string> RunnerArguments(const std::vector<TestEntry>& round, st
   return words;
 }
 
-/// The console has to tell the planned tests in order, with the verdicts of the report.
+/// The console must list the planned tests in order, with the verdicts of the report.
 std::string CompareConsole(const std::vector<Told>& told, const std::vector<TestEntry>& round,
                            const Verdicts& verdicts) {
   for (std::size_t i = 0; i < std::min(told.size(), verdicts.size()); ++i) {

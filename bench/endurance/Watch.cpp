@@ -32,7 +32,7 @@ fs::path ProcessDirectory(pid_t process) {
   return "/proc/" + std::to_string(process);
 }
 
-/// The number behind `name` in a file of lines such as "VmRSS:   1234 kB"; 0 without such a line.
+/// The number after `name` in a file of lines such as "VmRSS:   1234 kB"; 0 without such a line.
 long NumberIn(const fs::path& path, const std::string& name) {
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
@@ -41,7 +41,7 @@ long NumberIn(const fs::path& path, const std::string& name) {
   return 0;
 }
 
-/// The fields of /proc/PID/stat behind the program's name, the state first.
+/// The fields of /proc/PID/stat after the program's name, starting with the state.
 std::vector<std::string> StatFields(pid_t process) {
   std::ifstream file(ProcessDirectory(process) / "stat");
   std::string text;

@@ -1,4 +1,4 @@
-// Looks at a running harness from outside: memory, descriptors, threads and what it left behind.
+// Samples a running harness from outside: memory, descriptors, threads and leftovers.
 #pragma once
 
 #include <sys/types.h>
@@ -44,7 +44,7 @@ struct Tenth {
 
 using Tenths = std::array<Tenth, kTenths>;
 
-/// The first program named `name`, `ancestor` or below it; 0 when there is none.
+/// The first program named `name`, `ancestor` or below it; or 0.
 pid_t FindProgram(pid_t ancestor, const std::string& name);
 
 /// How many processes `ancestor` has below it.

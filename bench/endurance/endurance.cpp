@@ -79,7 +79,7 @@ void PrintTenths(const Tenths& tenths) {
   }
 }
 
-/// Runs a stage and tells about it. False when something is wrong.
+/// Runs a stage and prints its results. Returns false on failure.
 bool Tell(const Stage& stage, const Night& night) {
   std::printf("%s: %zu %s\n", stage.name, night.count, stage.what);
   std::fflush(stdout);

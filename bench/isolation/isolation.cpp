@@ -1,5 +1,5 @@
 // What a process and a terminal of its own cost a test: a test that does nothing, run as unattended
-// runs do it, beside a plain fork and the call itself.
+// runs do it, compared with a plain fork and the call itself.
 #include <sys/wait.h>
 #include <unistd.h>
 

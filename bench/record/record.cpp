@@ -1,4 +1,4 @@
-// What recording costs a call, beside the same call without a recorder, and what reading ten
+// Cost of recording per call, compared with the same call without a recorder, and what reading ten
 // million calls costs. Times are those of the processor, so that other work on the machine counts
 // less.
 #include <sys/resource.h>

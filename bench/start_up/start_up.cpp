@@ -1,5 +1,5 @@
-// Time from start to the first prompt and peak memory of the harness, beside an empty C++ program.
-// Rounds alternate, so that both see the same machine; medians are printed.
+// Time from start to the first prompt and peak memory of the harness, compared with an empty C++
+// program. Rounds alternate, so that both see the same machine; medians are printed.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

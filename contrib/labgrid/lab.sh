@@ -1,5 +1,5 @@
 #!/bin/bash
-# lab.sh DIR COMMAND...: two simulated boards behind SSH servers on the loopback, each with a power
+# lab.sh DIR COMMAND...: two simulated boards with SSH servers on the loopback interface, each with a power
 # switch, for labgrid. Runs COMMAND with the boards there, and ends them with it. Needs root.
 #
 # COMMAND finds DIR/board-1.yaml and DIR/board-2.yaml, environments for --lg-env, and the board's

@@ -1,6 +1,6 @@
 #!/bin/bash
 # lab.sh DIR COMMAND...: a LAVA lab on this machine: PostgreSQL, server, worker and three simulated
-# boards. Runs COMMAND beside it and ends the lab with it. Needs root, and no systemd.
+# boards. Runs COMMAND and shuts down the lab when it ends. Needs root, and no systemd.
 #
 # COMMAND finds LAVA_URL and LAVA_TOKEN, and CVN_LAB, which is DIR. All files are below DIR;
 # processes, mounts and network (nothing but a loopback) are those of namespaces that end with this

@@ -23,7 +23,7 @@ board_nodes=(
   sys/crt/register proc/{usercalls,cvngdma/dbg,sys/vm/drop_caches}
 )
 
-# The file by which programs tell the board's operating system.
+# The file that identifies the board's operating system.
 declare -A os_markers=(
   [android]=vendor/manifest.xml [sorvex]=home/core.1st [pelxos]=vendor/corvana/pelxos
 )
@@ -103,7 +103,7 @@ LinkProc() {
   ln -s ../.real/sys/{fs,kernel,net} "$1/sys"
 }
 
-# The real busybox stands behind the one that the board's commands name.
+# The real busybox, under the name that the board's commands use.
 InstallBusybox() {
   local busybox bin=$root/vendor/cvn_rootfs/bin
   [[ ! -x $bin/busybox.real ]] && busybox=$(command -v busybox) || return 0

@@ -49,7 +49,7 @@ BoardEnvironment() {
   for name in TZ CVN_HTTP_CONTENT_SERVER; do
     [[ -z ${!name-} ]] || board_env+=("$name=${!name}")
   done
-  # On this machine as it is there is no such file to be had.
+  # Without a sandbox there is no such file.
   [[ $sandbox == none ]] || board_env+=(CVNSIM_REGISTER=/sys/crt/register)
   if [[ -n $record ]]; then
     case $sandbox in
@@ -133,7 +133,7 @@ Probe_chroot() {
 }
 
 # CopyPrograms: the shell, our programs and the libraries they need, where they changed. The
-# shell is no busybox, whose applets would go before the stand-ins.
+# shell is not busybox, whose applets would take precedence over the stand-ins.
 CopyPrograms() {
   local program library
   cp -uL /bin/sh "$root/usr/bin/sh"

@@ -48,7 +48,7 @@ void Reset(const Words&, const BoardFiles& files) {
   sim::ResetBoard(*sim::BoardLock());
 }
 
-// The panel's program lies beside this one, where it was built: it alone needs the libraries that
+// The panel's program is next to this one, if it was built: only it needs the libraries that
 // make pictures. It knows the same `--board DIR` and the same environment.
 [[noreturn]] void RunPanelProgram(const char* task, const Words& words, const BoardFiles& files) {
   const std::string program =
@@ -76,7 +76,7 @@ void RunPanel(const Words& words, const BoardFiles& files) {
 
 void PrintHelp(const Words&, const BoardFiles&);
 
-// What only makes sense from outside, beside the commands of scenario files.
+// Commands in addition to those of scenario files, which only make sense from outside.
 struct OwnCommand {
   std::string_view name;
   std::string_view arguments;

@@ -21,7 +21,7 @@ void ClearCalls();
 void Reset();
 
 /// Does one command as in a scenario file: "plug 2 1920x1080p50", "after 3 polls 0 unplug 0".
-/// Returns the empty string, or one line that tells what is wrong and what is allowed.
+/// Returns an empty string, or a one-line error with what is expected.
 std::string Apply(const std::string& command);
 
 /// Lets `function` answer `code` without doing anything, from its `at`-th call from now on, for

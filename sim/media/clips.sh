@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2034  # variables are for what sources this
-# Reads the list of the board's media files, `clips` beside this file. Sourced; needs Die.
+# Reads the list of the board's media files, `clips` next to this file. Sourced; needs Die.
 clips_file=${BASH_SOURCE[0]%/*}/clips
 
 # ClipNumbers: the test cases' numbers, one a line.

@@ -13,7 +13,7 @@ class LiveBoard {
  public:
   explicit LiveBoard(cvnsim::BoardFiles files) : files_(std::move(files)) {}
 
-  /// Attaches this process to the board that is on. Returns why there is none, or "".
+  /// Attaches this process to the board that is on. Returns an error, or "".
   std::string Find();
 
   const cvnsim::BoardFiles& Files() const { return files_; }

@@ -24,7 +24,7 @@ namespace {
 
 constexpr size_t kMostCommandBytes = 4096;
 
-/// What a browser is told beside every answer. Nothing comes from elsewhere, and nobody frames it.
+/// Headers of every response: nothing is loaded from elsewhere, and no page may frame it.
 constexpr const char* kHeaders[][2] = {
     {"Content-Security-Policy",
      "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' blob: data:; "

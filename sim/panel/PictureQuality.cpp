@@ -30,7 +30,7 @@ double AroundMiddle(int value) {
   return (value - 50) / 50.0;
 }
 
-/// Puts filters one behind the other; empty ones count for nothing.
+/// Chains filters; empty ones are skipped.
 std::string Chain(std::initializer_list<std::string> parts) {
   std::string chain;
   for (const std::string& part : parts) {

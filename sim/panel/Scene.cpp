@@ -109,7 +109,7 @@ class Builder {
     Overlay(place);
   }
 
-  /// Lays pixels over a picture that goes on under the name that is returned.
+  /// Overlays pixels on a picture; returns the name of the result.
   std::string Written(const std::string& picture, const WrittenInput& input, const Place& place) {
     scene_.filters.append(";").append(Add(input)) += Printed(
         "scale=%d:%d:flags=neighbor,format=gbrp[written];%s[written]overlay="

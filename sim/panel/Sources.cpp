@@ -77,7 +77,7 @@ Picture Drawn(sim::TestPicture kind, Size size) {
                   Printed("scale=%d:%d:flags=neighbor", size.width, size.height));
 }
 
-/// The whole image, with black beside it where its shape is another.
+/// The whole image, with black bars if its aspect ratio differs.
 Picture Still(const sim::SentPicture& sent, Size size) {
   return Filtered(
       *FromFile(sim::ImagePath(sent)),

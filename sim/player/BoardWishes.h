@@ -16,7 +16,7 @@ struct BoardWishes {
 
 /// Asks the board that CVNSIM_STATE names. Where no board was started nothing goes wrong, and the
 /// clock is the same in every playing: golden data are made so. Throws
-/// std::runtime_error when the file is no board's.
+/// std::runtime_error if the file is not a board's.
 BoardWishes AskBoard();
 
 }  // namespace player

@@ -40,7 +40,7 @@ struct Defect {
   int64_t count = 1;                  // frames that have it, from `frame` on
 };
 
-/// The stage of that name, such as "VDEC" or "vdec". Throws std::invalid_argument that tells the
+/// The stage of that name, such as "VDEC" or "vdec". Throws std::invalid_argument with the
 /// names.
 Stage ParseStage(std::string_view name);
 
@@ -50,7 +50,7 @@ inline constexpr std::string_view kDefectWords =
     "STAGE drop|skip|repeat|copy|freeze|insert|reorder|corrupt|garble FRAME [COUNT], "
     "STAGE late|early|jitter FRAME [MS], STAGE cut|truncate FRAME, STAGE nothing";
 
-/// Reads a defect's words. Throws std::invalid_argument that tells what is wrong and what is
+/// Parses a defect's words. Throws std::invalid_argument with what is wrong and what is
 /// allowed.
 Defect ParseDefect(const std::vector<std::string>& words);
 

@@ -10,8 +10,8 @@
 
 namespace player {
 
-/// What one row can tell of a frame or of an audio block. A stage writes the values it has columns
-/// for. Times are ticks of 90 kHz, rates thousandths of a frame per second.
+/// All facts that one row can contain about a frame or an audio block. A stage writes the values it
+/// has columns for. Times are ticks of 90 kHz, rates thousandths of a frame per second.
 struct FrameValues {
   int64_t frameNumber = 0;
   int64_t clock90k = 0;  // when the stage had it: differs from run to run
@@ -81,7 +81,7 @@ std::string TitleOf(const DumpFormat& format);
 /// One row, with its newline.
 std::string RowOf(const DumpFormat& format, const FrameValues& values);
 
-/// The line behind the last row, with its newline; empty for most stages.
+/// The line after the last row, with its newline; empty for most stages.
 std::string EndOf(const DumpFormat& format);
 
 }  // namespace player

@@ -109,7 +109,7 @@ void DumpWriter::ChangeValues(FrameValues& values) const {
   }
 }
 
-/// Writes text, and behind it what was held back for it.
+/// Writes text, followed by what was held back for it.
 void DumpWriter::Put(const std::string& text) {
   out_ << text << held_;
   held_.clear();

@@ -75,7 +75,7 @@ class Track {
   bool Has(const AVPacket& packet) const { return IsThere() && packet.stream_index == index_; }
   double Tick90k() const { return av_q2d(stream_->time_base) * av_q2d(av_inv_q(kTick90k)); }
 
-  /// A time stamp of this stream as ticks from the file's start; `otherwise` where there is none.
+  /// A time stamp of this stream as ticks from the file's start; `otherwise` if it has none.
   int64_t Pts90k(int64_t pts, int64_t otherwise) const {
     if (pts == AV_NOPTS_VALUE) return otherwise;
     return av_rescale_q(pts, stream_->time_base, kTick90k) - start90k_;

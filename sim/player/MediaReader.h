@@ -24,7 +24,7 @@ class MediaListener {
   virtual void TakePicture(int64_t pts90k, double tick90k, int meanLuma,
                            const FrameValues& values) = 0;
 
-  /// A block of decoded sound. `sounds` tells it from silence.
+  /// A block of decoded sound. `sounds` is false for silence.
   virtual void TakeSound(int64_t pts90k, int sampleRate, int channelCount, uint32_t checksum,
                          bool sounds) = 0;
 };

@@ -27,8 +27,8 @@ constexpr int64_t kFastestDoubledMilliHz = 30000;
 constexpr int64_t kCommonRates[] = {24000, 25000, 30000, 50000, 60000, 100000, 120000};
 constexpr int64_t kRatesOf1001[] = {23976, 29970, 59940, 119880};
 
-/// The common rate of that duration. Rates that are a thousandth slower can only be told where time
-/// stamps count single ticks.
+/// The common rate of that duration. Rates that are slower by 1/1001 can only be distinguished if
+/// time stamps count single ticks.
 int64_t FrameRate(int64_t duration90k, double tick90k) {
   const double perRate = 1000.0 * kSecond90k;
   const auto distance = [&](int64_t rate) {
@@ -66,7 +66,7 @@ int64_t Cadence(int64_t sourceRateMilliHz) {
   return 10 * std::max<int64_t>(halves - shorter, 1) + shorter;
 }
 
-/// The checksum of a picture behind one more block of its way, which works in a mode.
+/// The checksum of a picture after one more block of its path, which works in a mode.
 int64_t BehindBlock(int64_t checksum, int mode) {
   const auto byte = [checksum](int shift) { return static_cast<Bytef>(checksum >> shift & 0xff); };
   const Bytef bytes[] = {byte(0), byte(8), byte(16), byte(24), static_cast<Bytef>(mode)};
@@ -124,13 +124,13 @@ void Pipeline::End() {
   }
 }
 
-/// A flash is a bright picture behind a dark one.
+/// A flash is a bright picture after a dark one.
 void Pipeline::MarkIfFlash(int meanLuma, FrameValues& values) {
   if (previousLuma_ < kDarkLuma && meanLuma > kBrightLuma) MarkFlash(flashes_++, values);
   previousLuma_ = meanLuma;
 }
 
-/// Lets the picture that was held back through the stages behind the decoder.
+/// Passes the picture that was held back to the stages after the decoder.
 void Pipeline::LetThrough(std::optional<int64_t> nextPts90k, double tick90k) {
   if (!held_) return;
   if (nextPts90k && *nextPts90k > held_->pts90k) {

@@ -17,7 +17,7 @@ struct PlayedCase {
 
 std::span<const PlayedCase> PlayedCases();
 
-/// The test case of that number. Throws std::invalid_argument that tells the numbers.
+/// The test case of that number. Throws std::invalid_argument with the valid numbers.
 const PlayedCase& FindCase(int64_t number);
 
 /// Name of a stage's golden file and kept dump, such as "dump-101-h264-FrtChg-VDEC.txt".

@@ -1,4 +1,4 @@
-// Shows what is decoded on the board's screen, for whoever looks at the panel.
+// Writes decoded pictures to the board's screen, for the panel.
 #pragma once
 
 #include <chrono>

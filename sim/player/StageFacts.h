@@ -21,7 +21,7 @@ struct RunClock {
   int64_t At(int64_t time90k) const;
 };
 
-/// What a sound block tells of its own way behind the dump.
+/// Facts about a sound block's path after the dump.
 inline constexpr int64_t kAudioDelay90k = 20 * kTicksPerMs;
 
 /// Time from a row's pts to its dump. Sound is dumped as late as the panel's picture and its own

@@ -37,7 +37,7 @@ std::vector<std::string> WordsOf(const fs::path& path) {
   return {std::istream_iterator<std::string>(file), {}};
 }
 
-/// What stands behind the key in the first word that starts with it and goes on with `next`.
+/// The text after the key in the first word that starts with the key followed by `next`.
 std::optional<std::string> ValueOf(const std::vector<std::string>& words, std::string_view key,
                                    std::string_view next = "") {
   const std::string start = std::string(key).append(next);

@@ -75,7 +75,7 @@ Options ParseOptions(const std::vector<std::string>& words) {
   return options;
 }
 
-/// A dump in its file. A file that cannot be made or filled is told at the end.
+/// A dump and its file. A file that cannot be created or filled is reported at the end.
 class DumpFile {
  public:
   DumpFile(Stage stage, const fs::path& path, const std::vector<player::Defect>& defects)

@@ -1,4 +1,4 @@
-// cvnworld: what goes on around a running board. Its network cable leads to a TFTP server and has
+// cvnworld: services around a running board. Its network cable leads to a TFTP server and has
 // the state that the marks in the simulator's directory tell; events that are due happen though
 // nobody calls the HAL.
 #include <fcntl.h>

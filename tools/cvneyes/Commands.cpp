@@ -211,7 +211,7 @@ void WriteNote(const std::string& path, const Options& options, const RulesFile&
   if (!note) throw UseError("cannot write " + path);
 }
 
-/// Keeps the picture as reference of the test and adds its rule where there is none that names it.
+/// Stores the picture as reference of the test and adds a rule if none uses it.
 Answer Learn(const Options& options, std::ostream& out) {
   const RulesFile rules = RulesOf(options, 1, "learn RULES");
   if (options.question == kBeforeQuestion) return KeepBefore(options, rules, out);

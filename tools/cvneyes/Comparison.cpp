@@ -156,7 +156,7 @@ Plane Unexplained(const Plane& expected, const Pixels& capture, const Plane& jud
   return outside;
 }
 
-/// The largest mean of kRun pixels beside or below each other.
+/// The largest mean of kRun pixels in a row or a column.
 double WorstRun(const Plane& outside, int width, int height) {
   int worst = 0;
   std::vector<int> below(static_cast<size_t>(width), 0);

@@ -43,7 +43,7 @@ double Difference(const Rgb& a, const Rgb& b) {
   return largest;
 }
 
-/// The parts of the picture above, below and beside a window, with a distance from it.
+/// The parts of the picture above, below, left and right of a window, at a distance from it.
 std::array<Region, 4> Around(const Pixels& pixels, const Region& window, int distance) {
   const int right = window.x + window.w + distance, bottom = window.y + window.h + distance;
   return {Region{0, 0, pixels.width, window.y - distance},

@@ -1,4 +1,4 @@
-// What is judged of captures beside their likeness to a reference.
+// Properties of captures other than their similarity to a reference.
 #pragma once
 
 #include <span>

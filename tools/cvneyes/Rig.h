@@ -18,7 +18,7 @@ struct Rig {
   double down = 0;
 };
 
-/// How far the rig of a capture may be from the one that is taken for granted.
+/// How far the rig of a capture may differ from the assumed one.
 struct RigBounds {
   double gain, gamma, vignette, hue, shift;
 };

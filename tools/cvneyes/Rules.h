@@ -71,7 +71,7 @@ constexpr char kBefore[] = "before";
 /// Reads rules. Throws UseError with file and line.
 RulesFile ReadRules(const std::string& path);
 
-/// The first rule that fits a test's id, and a question; nullptr where there is none. The pattern
+/// The first rule that matches a test's id and a question, or nullptr. The pattern
 /// is for the id, or for its class.
 const Rule* FindRule(const RulesFile& rules, const std::string& test, const std::string& question);
 

@@ -38,7 +38,7 @@ struct FailureTable {
   Failure entries[64];
 };
 
-/// A call that goes astray; free when `function` is empty.
+/// A call that misbehaves; unused if `function` is empty.
 struct Misbehaviour {
   char function[64];
   uint32_t way;          // index into the ways of Misbehaviours.cpp
@@ -203,7 +203,7 @@ struct Color {
 
 constexpr unsigned kTransmitterCount = 2;
 
-/// What can be wrong on the panel, whatever the HAL is told.
+/// Defects of the panel, independent of the HAL.
 enum class PanelFault : uint8_t { kBlank, kMirror, kWindow, kSettings, kChannels, kRange, kLines };
 
 /// Panel, timing controller and HDMI transmitter.
@@ -246,7 +246,7 @@ struct Formatter3d {
   int8_t convergence;
 };
 
-/// A graphics layer: this chip's, or the one behind the link.
+/// A graphics layer: this chip's, or the one on the link.
 struct Graphics {
   bool initialized;
   bool on;  // two planes; the panel

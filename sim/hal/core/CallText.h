@@ -1,5 +1,5 @@
 // Text of a HAL call for the trace: K2V_RHAL_VSC_SetWinBlank(0, 1, 0) = 0
-// A record type gets its text by an overload of Put beside its HAL functions.
+// A record type gets its text by an overload of Put next to its HAL functions.
 #pragma once
 
 #include <concepts>

@@ -15,7 +15,7 @@ namespace sim {
 using Words = std::vector<std::string>;
 using Action = std::function<void(Board&)>;
 
-/// A command that cannot be done; the text is one line that tells what is allowed.
+/// An invalid or impossible command; the text is one line that says what is expected.
 class CommandError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -27,7 +27,7 @@ struct Command {
   std::string_view help;
   size_t minArguments;
   size_t maxArguments;
-  /// Checks the words behind the name and tells what is to be done. Throws CommandError.
+  /// Parses the words after the name and returns the action. Throws CommandError.
   Action (*parse)(const Words& arguments);
 };
 
@@ -39,18 +39,18 @@ Words Split(std::string_view line);
 /// Puts words together again, from the given one on.
 std::string Join(const Words& words, size_t first = 0);
 
-/// Checks a command and tells what is to be done. Throws CommandError; the action can do so too,
-/// where the board's state forbids it.
+/// Parses a command and returns its action. Throws CommandError; so can the action,
+/// if the board's state forbids it.
 Action ParseCommand(const Words& words);
 
-/// Does a command. Throws CommandError.
+/// Executes a command. Throws CommandError.
 void Apply(Board& board, const std::string& line);
 
-/// Tells whether there is a command of that name, and the names of all, with commas between.
+/// Whether there is a command of that name; and the names of all, separated by commas.
 bool IsCommand(std::string_view name);
 std::string CommandNames();
 
-/// Lists the commands with their arguments, a line each.
+/// Lists the commands with their arguments and help.
 std::string CommandHelp();
 
 /// Throws the CommandError "PROBLEM: expected EXPECTED".

@@ -11,7 +11,7 @@ namespace sim {
 /// Counts a call of `function` and gives the code it has to answer, if one was programmed for it.
 std::optional<int32_t> TakeFailure(Board& board, const char* function);
 
-/// Throws the CommandError for a name that is no function of the HAL.
+/// Throws a CommandError for a name that is not a HAL function.
 void CheckFunction(const std::string& name);
 
 }  // namespace sim

@@ -1,4 +1,5 @@
-// Starts the board when the library is loaded, so that a wrong scenario is told before any menu.
+// Starts the board when the library is loaded, so that an invalid scenario is reported before any
+// menu.
 #include <unistd.h>
 
 #include <cstdio>

@@ -42,7 +42,7 @@ struct SharedBoard {
   Board board;
 };
 
-// The version counts the changes of meaning; the size tells changes of layout.
+// The version changes with the meaning of fields; the size detects changes of layout.
 constexpr Header kHeader = {{'C', 'V', 'N', 'B', 'O', 'A', 'R', 'D'}, 2, sizeof(SharedBoard)};
 
 SharedBoard* shared = nullptr;
@@ -180,7 +180,7 @@ void Start(SharedBoard& target) {
   LoadScenario(target);
   shared = &target;
   SwitchOn(target.board, TimeScale());
-  // The header comes last: a start that was cut short is not taken for a board.
+  // The header is written last: an interrupted start does not look like a board.
   target.header = kHeader;
 }
 

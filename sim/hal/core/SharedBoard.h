@@ -13,7 +13,7 @@ namespace sim {
 void PowerOn();
 
 /// Maps the board that another process switched on, in place of one that was mapped before. Throws
-/// std::runtime_error when `path` is no state file of such a board.
+/// std::runtime_error if `path` is not a state file of such a board.
 void Attach(const std::string& path);
 
 /// Holds the board for the time of one HAL call or command. Events that fell due happen first.

@@ -40,7 +40,7 @@ double TicksAt(const BroadcastClock& clock, int64_t ns) {
   return clock.baseTicks + static_cast<double>(ns - clock.baseNs) * kTicksPerNs * speed;
 }
 
-// The counter goes on from where it is, at its new speed.
+// The counter continues from its present value at the new speed.
 void LoadSpeed(Board& board) {
   BroadcastClock& clock = board.device.broadcast;
   const int64_t now = SincePowerOnNs(board);

@@ -1,4 +1,4 @@
-// The driver behind the board's register file. The file is a pipe that this process reads, so that
+// The driver of the board's register file. The file is a pipe that this process reads, so that
 // no write is lost. Who wants to read a register writes "> PIPE" instead, with a pipe that it holds
 // open, and is answered there in its turn; the board's own `cat` does so.
 #include <fcntl.h>

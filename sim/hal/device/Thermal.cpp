@@ -1,4 +1,4 @@
-// Temperature sensor and the thread that tells about it.
+// Temperature sensor and its notifier thread.
 #include <unistd.h>
 
 #include <atomic>

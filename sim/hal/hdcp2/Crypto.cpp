@@ -42,7 +42,8 @@ Number NumberOf(View bytes) {
   return Number(BN_bin2bn(bytes.data(), static_cast<int>(bytes.size()), nullptr));
 }
 
-/// A key from its numbers; `privateExponent` is empty for a public one. Null when it is none.
+/// A key from its numbers; `privateExponent` is empty for a public key. Null if the numbers are not
+/// a key.
 PKey KeyOf(const PublicKey& key, View privateExponent = {}) {
   const Number n = NumberOf(key.modulus), e = NumberOf(key.exponent), d = NumberOf(privateExponent);
   const Owned<OSSL_PARAM_BLD, OSSL_PARAM_BLD_free> builder(OSSL_PARAM_BLD_new());

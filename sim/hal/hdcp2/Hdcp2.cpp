@@ -35,7 +35,7 @@ static void Put(CallText& out, const K2V_HDCP2_RSA_KEY_T&) {
 
 namespace {
 
-/// Bytes that the trace tells the number of and nothing else.
+/// Bytes of which the trace only shows the number.
 struct Secret {
   const uint8_t* pointer;
   uint32_t size;

@@ -48,7 +48,7 @@ struct Hdcp2Order {
   uint32_t timesLeft;
 };
 
-/// What is behind the receiver where it is a repeater.
+/// The devices downstream of the receiver, if it is a repeater.
 struct Hdcp2Downstream {
   unsigned devices;
   unsigned depth;  // levels

@@ -44,7 +44,7 @@ std::string_view NameOf(View message);
 /// Whether a message is of an identifier and has a size that its fields can have.
 bool IsMessage(View message, MessageId id);
 
-/// The leading fields of a message by their sizes, and what is behind them. `message` is at least
+/// The leading fields of a message by their sizes, and the rest. `message` is at least
 /// that long.
 template <std::size_t... sizes>
 std::array<View, sizeof...(sizes) + 1> FieldsOf(View message) {

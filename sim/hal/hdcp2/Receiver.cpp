@@ -32,7 +32,7 @@ Bytes RxInfoOf(const Hdcp2Downstream& downstream) {
   return {static_cast<uint8_t>(info >> 8), static_cast<uint8_t>(info)};
 }
 
-/// Ids of the devices behind the receiver; none where there are too many to tell.
+/// Ids of the devices downstream of the receiver; empty if there are too many.
 Bytes IdsOf(const Hdcp2Downstream& downstream) {
   Bytes ids;
   const bool areTold =

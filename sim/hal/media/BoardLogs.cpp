@@ -18,7 +18,7 @@ void WriteLog(const std::filesystem::path& root, Processor processor, double sec
   char time[32];
   std::snprintf(time, sizeof(time), "[%12.6f] ", seconds);
   const std::string line = time + name + ": " + std::string(text) + '\n';
-  // Opening fails where there is no directory.
+  // Opening fails if there is no directory.
   for (const std::string& log : {name, std::string("logfile")})
     std::ofstream(root / ("tmp/var/log/dpq_" + log + ".log"), std::ios::app) << line;
 }

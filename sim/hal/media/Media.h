@@ -1,4 +1,4 @@
-// The world around the board: what `cvnsim` changes there is seen by programs that are no HAL.
+// The world around the board: `cvnsim` changes it for programs other than the HAL.
 #pragma once
 
 #include "core/Board.h"

@@ -31,7 +31,7 @@ std::filesystem::path HeldScreenPath(uint32_t number);
 bool IsPlaying();
 
 /// Keeps the picture that the player shows now, or the frozen one with the number `from`, under
-/// another number. Where there is no picture yet, none is kept.
+/// another number. Without a picture, none is kept.
 void HoldScreen(uint32_t from, uint32_t number);
 
 /// Forgets the frozen picture.

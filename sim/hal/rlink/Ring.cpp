@@ -13,7 +13,7 @@
 
 namespace sim {
 
-/// What lies in the shared memory, the bytes behind it.
+/// Contents of the shared memory, followed by the bytes.
 struct Ring::Memory {
   size_t size;  // of the bytes
   size_t start;

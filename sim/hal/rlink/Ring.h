@@ -12,11 +12,11 @@ namespace sim {
 /// Every member holds the board while it works, so that what it does is whole for all processes.
 class Ring {
  public:
-  /// Makes the ring of a new buffer; null when there is no memory for it. Processes that share the
+  /// Makes the ring of a new buffer; null without memory. Processes that share the
   /// board's state file find it by its handle, on any board those that are forked later.
   static std::shared_ptr<Ring> Create(uint32_t handle, size_t size);
 
-  /// The ring of a buffer that any process has made; null when there is none or it was released.
+  /// The ring of a buffer made by any process; null if it does not exist or was released.
   static std::shared_ptr<Ring> Find(uint32_t handle);
 
   /// Lets nobody find the ring any more.

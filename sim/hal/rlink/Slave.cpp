@@ -47,14 +47,14 @@ uint32_t WordCount(const Param& param) {
   return param.b / static_cast<uint32_t>(sizeof(uint32_t));
 }
 
-// Fills the memory of a parameter with numbers that go on from `next`; returns the one behind.
+// Fills the memory of a parameter with consecutive numbers from `next`; returns the following one.
 uint32_t FillWords(const Param& param, uint32_t next) {
   for (uint32_t i = 0; i < WordCount(param); ++i) SetWord(param, i, next++);
   return next;
 }
 
 // Memory that the slave lends to the host for a command that it invokes: 1 KiB from a ring of such
-// pieces, below 4 GiB. Null when there is none.
+// pieces, below 4 GiB. Null if it is not valid.
 uint8_t* LendMemory() {
   constexpr size_t kPieceBytes = 1024;
   constexpr unsigned kPieces = 64;
@@ -69,7 +69,7 @@ uint8_t* LendMemory() {
   return area == nullptr ? nullptr : area + (next++ % kPieces) * kPieceBytes;
 }
 
-// Lays memory of the given sizes, one behind the other, under the parameters from `first` on.
+// Assigns consecutive memory of the given sizes to the parameters from `first` on.
 bool LayMemory(Params& params, unsigned first, std::initializer_list<uint32_t> sizes) {
   const uint8_t* memory = LendMemory();
   for (const uint32_t size : sizes) {
@@ -130,7 +130,7 @@ int InvokeMemory(const SlaveView& view, Params&) {
   return K2V_RHAL_OK;
 }
 
-// The answer to InvokeMemory: what the host wrote goes on from the slave's first number.
+// The answer to InvokeMemory: the host's data continue the slave's first number.
 int CheckAnswer(const SlaveView&, Params& params) {
   uint32_t expected = kFirstWord + kAnswerOffset;
   for (const unsigned i : {2U, 3U}) {
@@ -145,7 +145,7 @@ uint32_t Checksum(const std::vector<uint8_t>& bytes) {
   return std::accumulate(bytes.begin(), bytes.end(), uint32_t{0});
 }
 
-// Takes the data out of the buffer and tells their checksum.
+// Takes the data out of the buffer and returns their checksum.
 int TakeData(const SlaveView& view, Params& params) {
   const auto& [handle, size] = params.param[0];
   const auto ring = view.ring(handle);
@@ -156,7 +156,7 @@ int TakeData(const SlaveView& view, Params& params) {
   return K2V_RHAL_OK;
 }
 
-// Puts data into the buffer, byte by byte one more than the one before, and tells their checksum.
+// Puts consecutive byte values into the buffer and returns their checksum.
 int PutData(const SlaveView& view, Params& params) {
   const auto& [handle, size] = params.param[0];
   const auto ring = view.ring(handle);

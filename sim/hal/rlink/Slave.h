@@ -1,4 +1,4 @@
-// The chip behind the link: what it does for each command of the host.
+// The slave chip on the link: its reaction to each command of the host.
 #pragma once
 
 #include <cstdint>

@@ -17,7 +17,7 @@ class Worker {
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
-  /// Puts a job behind those that wait.
+  /// Appends a job to the queue.
   void Post(std::function<void()> job);
   /// Waits until there is nothing left to do. A job of the worker itself does not wait.
   void Drain();

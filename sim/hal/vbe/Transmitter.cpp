@@ -1,4 +1,4 @@
-// HDMI transmitter: what is plugged into its ports, and who is told.
+// HDMI transmitter: devices at its ports, and notifications.
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -22,7 +22,7 @@ constexpr auto kWatchPeriod = std::chrono::milliseconds(20);
 
 std::atomic<Callback> listener{nullptr};
 
-/// What the listener was told last.
+/// The last state that the listener was notified of.
 struct Connections {
   bool connected[kTransmitterCount];
 };

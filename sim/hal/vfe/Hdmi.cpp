@@ -66,13 +66,13 @@ int Close(Board& board) {
   return K2V_RHAL_OK;
 }
 
-/// What the receiver sees of a source that starts, or that changes its timing behind an AV mute.
+/// What the receiver sees of a source that starts, or that changes its timing during an AV mute.
 void Restart(const Board& board, HdmiPort& port, bool behindMute) {
   port.lock = {};
   if (port.connected && HasSignal(port)) LoseLock(board, port.lock, behindMute);
 }
 
-// A source whose line was held low starts anew.
+// A source whose line was held low starts again.
 void RaiseHotPlug(const Board& board, HdmiPort& port) {
   const bool startsAnew = port.hotPlug == HotPlug::kHeldLow;
   port.hotPlug = HotPlug::kRaised;

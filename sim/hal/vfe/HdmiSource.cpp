@@ -87,8 +87,8 @@ constexpr Kind kKinds[] = {
      true},
 };
 
-/// Where a timing makes room for the second eye's picture: nowhere, behind the first one's lines
-/// and a blanking, behind each line, behind the pixels of each line.
+/// Where a timing makes room for the second eye's picture: nowhere, after the first one's lines
+/// and a blanking, after each line, after the pixels of each line.
 enum class Room : uint8_t { kNone, kBehind, kLines, kPixels };
 
 // By Stereo.
@@ -99,18 +99,17 @@ struct Packing {
   uint8_t length;         // of the vendor-specific info-frame; 0: the source does not announce it
   Room room;
 };
-constexpr Packing kPackings[] = {
-    {"", 0, 0, 0, Room::kNone},
-    {"frame-packing", 0, 0, 5, Room::kBehind},
-    {"side-by-side", 8, 1, 6, Room::kNone},
-    {"top-and-bottom", 6, 0, 5, Room::kNone},
-    {"field-alternative", 1, 0, 5, Room::kBehind},
-    {"line-alternative", 2, 0, 5, Room::kLines},
-    {"side-by-side-full", 3, 0, 5, Room::kPixels},
-    {"line-interleave", 0, 0, 0, Room::kNone},
-    {"column-interleave", 0, 0, 0, Room::kNone},
-    {"checkerboard", 0, 0, 0, Room::kNone},
-    {"frame-sequential", 0, 0, 0, Room::kNone}};
+constexpr Packing kPackings[] = {{"", 0, 0, 0, Room::kNone},
+                                 {"frame-packing", 0, 0, 5, Room::kBehind},
+                                 {"side-by-side", 8, 1, 6, Room::kNone},
+                                 {"top-and-bottom", 6, 0, 5, Room::kNone},
+                                 {"field-alternative", 1, 0, 5, Room::kBehind},
+                                 {"line-alternative", 2, 0, 5, Room::kLines},
+                                 {"side-by-side-full", 3, 0, 5, Room::kPixels},
+                                 {"line-interleave", 0, 0, 0, Room::kNone},
+                                 {"column-interleave", 0, 0, 0, Room::kNone},
+                                 {"checkerboard", 0, 0, 0, Room::kNone},
+                                 {"frame-sequential", 0, 0, 0, Room::kNone}};
 
 constexpr uint32_t kMaxTmdsKHz = 600'000;
 constexpr uint32_t kMaxDviKHz = 165'000;
@@ -206,7 +205,7 @@ void SetColorimetry(const HdmiPort& port, K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
   if (info.eColorimetry == kExtended) info.eExtColorimetry = kBt2020;
 }
 
-// A computer's picture: nothing cut off, the whole range, and told as IT content.
+// A computer's picture: no overscan, full range, signalled as IT content.
 void SetPcPicture(K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
   constexpr uint8_t kUnderscanned = 2, kFullRange = 2, kGraphics = 0;
   info.eScanInfo = kUnderscanned;
@@ -370,7 +369,7 @@ int MakeAllVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& info) {
   info = {};
   K2V_HAL_VFE_HDMI_VSI_INFO_T hdmi;
   if (const int error = MakeVsi(port, hdmi)) return error;
-  // The payload behind the OUI: the format, then what that format adds.
+  // The payload after the OUI: the format, then its additional fields.
   const auto format = static_cast<uint8_t>(hdmi.eVideoFormat << 5);
   const auto structure = static_cast<uint8_t>(hdmi.e3DStructure << 4);
   const auto extension = static_cast<uint8_t>(hdmi.e3DExtData << 4);

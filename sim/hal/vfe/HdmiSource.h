@@ -1,4 +1,4 @@
-// What an HDMI source of the simulation sends beside its picture, by its kind and timing.
+// What a simulated HDMI source sends in addition to its picture, by its kind and timing.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ struct SourceOrder {
   K2V_HDMI_TIMING_T timing = {};
 };
 
-/// The arguments of `plug`, for help texts; ParseSource takes those behind the port.
+/// The arguments of `plug`, for help texts; ParseSource parses those after the port.
 inline constexpr std::string_view kPlugArguments =
     "PORT TIMING [sdr|hdr|hlg|deep|pc|dvi] [frame-packing|side-by-side|top-and-bottom|"
     "field-alternative|line-alternative|side-by-side-full|line-interleave|column-interleave|"

@@ -1,4 +1,4 @@
-// What the HDMI receiver tells about its ports and what they receive.
+// What the HDMI receiver reports about its ports and their signals.
 #include <cstring>
 
 #include "core/Call.h"

@@ -1,4 +1,4 @@
-// The pictures that sources can be told to send, for HDMI and V-by-One alike.
+// The pictures that HDMI and V-by-One sources can send.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 
 namespace sim {
 
-/// The board's copy of a still image, beside the file with the board's state. The file that was
+/// The board's copy of a still image, next to the file with the board's state. The file that was
 /// named may go.
 std::filesystem::path ImagePath(const SentPicture& sent);
 

@@ -7,7 +7,7 @@
 
 namespace sim {
 
-/// The record that the receiver tells for a timing. Throws CommandError on a wrong name.
+/// The record that the receiver reports for a timing. Throws CommandError for an invalid name.
 K2V_HDMI_TIMING_T ParseTiming(const std::string& name);
 
 /// The name of a timing with two digits of the rate, such as 1920x1080p59.94.

@@ -1,5 +1,5 @@
-// Picture-quality functions that only keep or tell something, all from one list, and those of start
-// and end.
+// Picture-quality functions that only store or return something, all from one list, and those of
+// start and end.
 #include "vpq/Vpq.h"
 
 #include <algorithm>
@@ -76,7 +76,7 @@ void SetValue(Vpq& vpq, VpqValue key, int32_t value) {
 
 namespace {
 
-/// What a number or a record does beside being kept.
+/// Side effects of a number or a record.
 template <VpqValue key>
 void Act(Board&, int32_t) {}
 

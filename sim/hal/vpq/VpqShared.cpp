@@ -1,4 +1,5 @@
-// Picture-quality functions that set or tell, in another shape, what single numbers stand for too.
+// Picture-quality functions that set or return, in another form, values that also exist as single
+// numbers.
 #include <algorithm>
 #include <cmath>
 #include <span>
@@ -43,7 +44,7 @@ int Keep(Board& board, const Record* record) {
   return K2V_RHAL_OK;
 }
 
-// A number between two steps is told as the nearer one.
+// A number between two steps is returned as the nearer one.
 template <const Meaning& meaning, typename Record>
 int Tell(Board& board, Record* record) {
   if (record == nullptr) return K2V_RHAL_ERR_PARAM;

@@ -227,7 +227,7 @@ void CapturePanel(const Board& board, uint8_t* rgb) {
   std::vector<Layer> layers;
   for (unsigned wid = 0; wid < kWindowCount; ++wid) {
     const Window& window = board.scaler.windows[wid];
-    // Blanking is the display's: it covers the window's place also without a source behind it.
+    // Blanking belongs to the display: it covers the window even without a source.
     if (!window.connected && !window.blank) continue;
     layers.emplace_back(window, DisplayedPicture(board, window), window.blank, PlaceOf(board, wid));
   }

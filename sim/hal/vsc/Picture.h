@@ -42,7 +42,7 @@ Picture LivePicture(const Board& board, const Window& window);
 Picture BufferedPicture(const Board& board, const Window& window);
 Picture ShownPicture(const Board& board, const Window& window);
 
-/// What the display gets of it: the motion compensation behind the scaler can be frozen, too.
+/// What the display gets of it: the motion compensation after the scaler can be frozen, too.
 Picture DisplayedPicture(const Board& board, const Window& window);
 
 /// Returns whether a window shows the player while that plays. An unconnected main window does.

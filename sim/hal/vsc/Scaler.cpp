@@ -33,7 +33,7 @@ bool operator==(const K2V_VSC_INPUT_SRC_T& a, const K2V_VSC_INPUT_SRC_T& b) {
   return a.type == b.type && a.indexAttr == b.indexAttr && a.outputMode == b.outputMode;
 }
 
-// The window, or null when there is none of that number.
+// The window, or null for an invalid number.
 Window* FindWindow(Board& board, uint32_t wid) {
   return wid < kWindowCount ? &board.scaler.windows[wid] : nullptr;
 }

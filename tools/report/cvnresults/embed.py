@@ -16,7 +16,7 @@ LARGEST_DRAWING = 400_000  # bytes of an SVG
 LEAST_TEXT = 400
 TEXT_LIMITS = [0, *(LEAST_TEXT << shift for shift in range(8))]  # to 50 KB; 0: only a link
 TEXT_FRAME = 150  # bytes that the page needs around a text
-# What eyes leave stands side by side in this order, other pictures behind.
+# Pictures of eyes are shown side by side in this order, followed by other pictures.
 PICTURE_ORDER = ('reference', 'capture', 'difference')
 TOO_LARGE = 'is not in the page, which would become too large'
 PICTURES = ('.png', '.jpg', '.jpeg', '.webp', '.bmp', '.ppm')
