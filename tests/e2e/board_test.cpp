@@ -178,7 +178,7 @@ TEST_F(BoardTest, CtrlCReachesTheProgramAlone) {
   EXPECT_EQ(128 + SIGINT, killed.Wait()) << killed.Transcript();
 }
 
-TEST_F(BoardTest, CtrlZStopsAndForegroundGoesOn) {
+TEST_F(BoardTest, CtrlZStopsAndForegroundContinues) {
   // An interactive shell in the operator's place has the job control.
   Pty pty({"bash", "--norc", "--noprofile", "--noediting", "-i"}, {.environment = {"PS1=shell> "}});
   const std::string script = "echo up; until [ -e /data/go ]; do sleep 0.02; done; echo went on";
@@ -348,7 +348,7 @@ TEST(RunScriptTest, BuildsWhatSessionsUse) {
   }
 }
 
-TEST(RunScriptTest, RefusesWrongOptionsAtOnce) {
+TEST(RunScriptTest, RefusesWrongOptionsImmediately) {
   struct WrongCall {
     const char* arguments;
     const char* message;

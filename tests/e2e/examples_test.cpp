@@ -165,7 +165,7 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
 
   static bool IsCommand(const std::string& line) { return line.starts_with("$ "); }
 
-  /// The command at `lines[at]`, which a backslash continues; `at` is behind it then.
+  /// The command at `lines[at]`, which a backslash continues; `at` is after it then.
   static std::string TakeCommand(const Lines& lines, std::size_t& at) {
     std::string command = lines[at++].substr(2);
     while (command.ends_with("\\") && at < lines.size()) command += "\n" + lines[at++];

@@ -34,7 +34,7 @@ class Directory {
   fs::path path_ = testing::TempDir() + "faults";
 };
 
-TEST(Faults, AHalWithoutAFunctionIsToldAtTheStart) {
+TEST(Faults, AHalWithoutAFunctionIsReportedAtTheStart) {
   const Directory directory;
   std::string library = test::FileText(CVN_HAL);
   const std::string name("\0K2V_RHAL_GAL_OSDSPLIT\0", 23);

@@ -85,7 +85,7 @@ TEST_F(LinkTest, TheClockToolChangesTheSpeedOfTheCounter) {
   Quit(pty, 1, 1);
 }
 
-TEST_F(LinkTest, DeviceTestsTellTheBoardsState) {
+TEST_F(LinkTest, DeviceTestsReportTheBoardsState) {
   Pty& pty = OpenModule({"6", "1"}, {.scenario = "device healthy 3\n", .timeScale = 20});
   for (const int test : {0, 1, 2}) ASSERT_TRUE(RunTest(pty, test));
   EXPECT_EQ(Count(pty.Before(), "(Media|Broadcast) Clock_Value = [1-9][0-9]* \n"), 2);

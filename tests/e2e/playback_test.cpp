@@ -29,7 +29,7 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-/// The causes that close a report, without the pacing of stages; empty when there are none.
+/// The causes that close a report, without the pacing of stages; or nothing.
 std::string Causes(const std::string& report) {
   std::string causes;
   const auto begin = report.find("\nCauses\n");
@@ -119,13 +119,13 @@ TEST_F(PlaybackTest, FromAnEmptyBoardToAReportThatArrives) {
   EXPECT_EQ(test::FileText(Board() / "tftp" / name), report);
 }
 
-TEST_F(PlaybackTest, EachDefectFailsItsStageAndThoseBehindIt) {
+TEST_F(PlaybackTest, EachDefectFailsItsStageAndTheDownstreamOnes) {
   const struct {
     const char* defect;
     const char* stage;
     Strings firstError;  // frame and field, as the stage's row shows them
     Strings stages;      // all that fail, by name
-    const char* named;   // as the first bad stage; empty: there is none
+    const char* named;   // as the first bad stage; empty: none
     const char* cause;   // the only one; empty: nothing failed
   } kCases[] = {
       {"vdec corrupt 300",

@@ -39,7 +39,7 @@ TEST_F(PromisesTest, TestsThatChangeTheBoardForGoodRunOnlyWhenNamed) {
   EXPECT_FALSE(Contains(Screen(), "SKIPPED CMplaybackModule/10")) << Screen();
 }
 
-TEST_F(PromisesTest, RunsEndWhereNothingRunsAndTellSkippedRoundsOnce) {
+TEST_F(PromisesTest, RunsEndWhereNothingRunsAndReportSkippedRoundsOnce) {
   EXPECT_EQ(Run({"--run", "CMplaybackModule/7", "CMplaybackModule/13", "--until-fail"}), 77);
   EXPECT_TRUE(Contains(Screen(), "2 listed = 0 run + 2 skipped")) << Screen();
 
@@ -68,7 +68,7 @@ std::string Repeated(const std::string& signals) {
   return repeated;
 }
 
-TEST_F(PromisesTest, AnInterruptedTestIsToldToLavaByTheRunThatEndsIt) {
+TEST_F(PromisesTest, AnInterruptedTestIsReportedToLavaByTheRunThatEndsIt) {
   const std::string hang = "misbehave K2V_RHAL_VPQ_SetGamut hang\n";
   for (const char* signal : {"TERM", "HUP"}) {
     fs::remove_all(OnBoard("/tmp/res"));

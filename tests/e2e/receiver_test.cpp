@@ -138,7 +138,7 @@ TEST_F(ReceiverTest, AllUnitTestsPassOnAPortWithASource) {
   EXPECT_EQ(Totals(), "29/29/0") << pty.Transcript();
 }
 
-TEST_F(ReceiverTest, UnitTestsOnAnEmptyPortTellWhatIsMissing) {
+TEST_F(ReceiverTest, UnitTestsOnAnEmptyPortReportWhatIsMissing) {
   Pty& pty = Start({.scenario = "plug 1 1920x1080p60\n", .timeScale = 1000});
   ASSERT_TRUE(Type(pty, {{kChoice, "4"}, {kChoice, "0"}, {kChoice, kUnitModule}}));
   ASSERT_TRUE(pty.Expect(kChoice));

@@ -1,4 +1,4 @@
-// Runs without an operator on the simulated board, with drivers that go astray, and what other
+// Unattended runs on the simulated board, with misbehaving drivers, and what other
 // programs read from the results.
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -36,7 +36,7 @@ TEST_F(UnattendedTest, ResultsHaveTheCodesThatRangeTestsDoNotJudge) {
   EXPECT_TRUE(Contains(Screen(), " s): min value 0 answered -7, which")) << Screen();
 }
 
-TEST_F(UnattendedTest, DriversThatGoAstrayCostTheirTestOnly) {
+TEST_F(UnattendedTest, MisbehavingDriversFailOnlyTheirTest) {
   const int status =
       Run({"--run", "UTVpqModule", "--idle-timeout", "3", "--timeout", "5", "--junit", "/tmp/o.xml",
            "--tap", "/tmp/o.tap", "--json", "/tmp/o.json", "--lava", "/tmp/o.lava", "--results",
@@ -142,7 +142,7 @@ TEST_F(UnattendedTest, AFirstFailureEndsWhatIsToEndThere) {
       << Screen();
 }
 
-TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndGoesOn) {
+TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndContinues) {
   Pty& pty = Start({.arguments = {"--run", "UTVpqModule/20?", "--results", "/tmp/res", "--tap",
                                   "/tmp/o.tap", "--lava", "/tmp/o.lava"},
                     .scenario = "misbehave K2V_RHAL_VPQ_SetGamut hang\n"});
@@ -198,7 +198,7 @@ TEST_F(UnattendedTest, AnUnhealthyBoardEndsTheRunAndItsLastTestIsTriedAgain) {
       << Screen();
 }
 
-TEST_F(UnattendedTest, ShardsAreListedAndRunAlikeAndGoOnAsTheyWere) {
+TEST_F(UnattendedTest, ShardsAreListedAndRunAlikeAndContinueAsTheyWere) {
   std::string tests;
   for (const char* shard : {"1/2", "2/2"}) {
     EXPECT_EQ(

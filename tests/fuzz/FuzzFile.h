@@ -14,7 +14,7 @@ void Require(bool holds, const char* what);
 std::string_view NextFile(std::string_view& text);
 
 /// A finding when it holds and the environment variable CVN_PLANT names this fault. So a fuzzer can
-/// show that it gets behind its reader: it has to find what only text that was read can bring
+/// show that it gets past its reader: it has to find what only parsed text can trigger
 /// about.
 void Plant(const char* fault, bool holds);
 

@@ -1,4 +1,4 @@
-// The operator's answers as a file, and what a test prints as prompts. The prompt stands behind the
+// The operator's answers as a file, and what a test prints as prompts. The prompt follows the
 // answers, with the line "--" between them.
 #include <cstddef>
 #include <cstdint>

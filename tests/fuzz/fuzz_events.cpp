@@ -1,5 +1,5 @@
 // The analysis of frames on files of every stage, half-written, garbled or of another kind. The
-// first byte names the stage; golden data and dump stand behind it, with the line "--" between
+// first byte names the stage; golden data and dump follow, separated by the line "--"
 // them.
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // A test on the simulated board: a new board in a directory of its own, the harness at a terminal,
-// and the files in which the board tells what happened.
+// and the files in which the board records what happened.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -43,7 +43,7 @@ class BoardFixture : public testing::Test {
   const std::filesystem::path& Board() const { return board_; }
   /// `path` on the board, such as "/tmp/x", as a path here.
   std::filesystem::path OnBoard(const std::string& path) const;
-  /// Name of the one report; fails when there is none or more than one.
+  /// Name of the one report; fails if there is not exactly one.
   std::filesystem::path ReportPath() const;
   /// Text of the one report.
   std::string ReportText() const;

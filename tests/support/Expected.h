@@ -7,8 +7,8 @@
 
 namespace test {
 
-/// True when `text` is what tests/expected/`name` holds; else tells how they differ. With
-/// CVN_APPROVE=1 in the environment the file is written anew instead.
+/// True if `text` equals tests/expected/`name`; otherwise shows the differences. With
+/// CVN_APPROVE=1 in the environment the file is updated instead.
 testing::AssertionResult IsAsExpected(const std::string& name, const std::string& text);
 
 /// `text` with every match of `regex` (ECMAScript) replaced by `mask`: for dates and other texts

@@ -34,7 +34,7 @@ class Pty {
   Pty(const Pty&) = delete;
   Pty& operator=(const Pty&) = delete;
 
-  /// Waits until `text` appears behind what was expected before. A failure tells the transcript's
+  /// Waits until `text` appears after what was expected before. A failure shows the transcript's
   /// end.
   [[nodiscard]] testing::AssertionResult Expect(const std::string& text, int timeoutMs = kLimitMs);
   /// As `Expect`, for a regular expression (ECMAScript); `Groups` has what its groups matched.

@@ -58,7 +58,7 @@ bool SleepsInForeground(const Thread& thread) {
   return fields && state == 'S' && terminal != 0 && group == foregroundGroup;
 }
 
-/// The kernel function a thread sleeps in; empty where the kernel does not tell.
+/// The kernel function a thread sleeps in; empty if the kernel does not say.
 std::string SleepsIn(const Thread& thread) {
   const std::string name = ReadAll(thread.directory / "wchan");
   return name == "0" ? "" : name;

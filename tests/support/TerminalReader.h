@@ -6,7 +6,7 @@
 namespace test {
 
 /// True when `pid` or one of its descendants sleeps in a read from a terminal. Where the kernel
-/// does not tell what a process sleeps in, one that sleeps and used no processor time for a while
+/// does not say what a process sleeps in, one that sleeps and used no processor time for a while
 /// counts.
 bool SleepsInTerminalRead(pid_t pid);
 

@@ -25,7 +25,7 @@ namespace {
 
 using test::Pty;
 
-/// A program at a terminal that does `body` and tells what it returned as "result=N".
+/// A program at a terminal that runs `body` and prints its result as "result=N".
 class Console : public Pty {
  public:
   explicit Console(const std::function<int()>& body, bool echo = false)
@@ -141,7 +141,7 @@ TEST(YesNo, AcceptsTheSmallLettersOnly) {
   }
 }
 
-TEST(YesNo, GoesOnWaitingAtEndOfInput) {
+TEST(YesNo, ContinuesWaitingAtEndOfInput) {
   Console console([] { return _get_yes_no(); });
   ASSERT_TRUE(console.EndInputWhenRead());
   ASSERT_TRUE(console.TypeWhenRead("y"));
@@ -348,7 +348,7 @@ TEST(Keys, AProgramThatExitsMeanwhileLeavesTheTerminalAsItWas) {
   }
 }
 
-TEST(Keys, AreTakenAgainWhenTheProgramWasStoppedAndGoesOn) {
+TEST(Keys, AreTakenAgainWhenTheProgramWasStoppedAndContinues) {
   if (test::IsUnderValgrind()) GTEST_SKIP() << test::kNoStopInHandlers;
   Pty pty([] {
     const pid_t child = fork();
@@ -427,7 +427,7 @@ TEST(Parse, NeedsTheWholeText) {
   }
 }
 
-TEST(Dump, ShowsRowsOfSixteenAndMarksWhatIsBehindTheEnd) {
+TEST(Dump, ShowsRowsOfSixteenAndMarksTheEnd) {
   unsigned char bytes[32];
   for (unsigned i = 0; i < sizeof bytes; ++i) bytes[i] = static_cast<unsigned char>(0x60 + i);
   bytes[0] = 0x1F;

@@ -42,7 +42,7 @@ class FrameTest : public testing::Test {
   std::string output_;
 };
 
-TEST_F(FrameTest, MenusStandInTheOrderOfTheModuleIds) {
+TEST_F(FrameTest, MenusAreInTheOrderOfTheModuleIds) {
   using Names = std::vector<std::string>;
   Case* root = frame_->getCurrentMenu();
   EXPECT_TRUE(output_.starts_with("PHOTO unit Test is disabled\n"));

@@ -143,7 +143,7 @@ TEST(UTHdcp2, PassesAndFailsWhenAFunctionOnlySaysThatItWorked) {
   }
 }
 
-TEST(UTHdcp2, TellsTheCodeOfACallThatFails) {
+TEST(UTHdcp2, ReportsTheCodeOfACallThatFails) {
   simhal::Fail("K2V_RHAL_HDCP2_Sha256", -7);
   EXPECT_TRUE(Contains(PlayTest(UTHdcp2TestCase::UTHdcp2Test_Sha256).output,
                        "K2V_RHAL_HDCP2_Sha256 NG : -7\nSHA-256 known answer : NG\n"));

@@ -163,7 +163,7 @@ TEST_F(ReportTest, LongNamesWidenTheLineAndNeverTheFooter) {
   EXPECT_EQ(scripted::ReadFile(path_), kHeader + expected + Footer('#', "2", "1", "1"));
 }
 
-TEST_F(ReportTest, AMissingFileIsToldAtEveryTestAndStopsNothing) {
+TEST_F(ReportTest, AMissingFileIsReportedAtEveryTestAndStopsNothing) {
   std::remove(path_.c_str());
   const std::string told = "Test Report file open fail!!!(you can ignore this)\n";
   EXPECT_EQ(RunReturning(0).output, told);

@@ -155,7 +155,7 @@ TEST(VbeSettings, ReachTheHalInTheWidthOfTheirArguments) {
   }
 }
 
-TEST(VbeQueries, PrintWhatTheHalTells) {
+TEST(VbeQueries, PrintWhatTheHalReports) {
   StartDisplay();
   PlayTest(VbeTestCase::VBE_DISP_SetFrameRate, "1 48");
   EXPECT_EQ(PlayTest(VbeTestCase::VBE_DISP_GetOutputFrameRate).output, "Output frameRates : 48\n");
@@ -173,7 +173,7 @@ TEST(VbeQueries, PrintWhatTheHalTells) {
   EXPECT_EQ(LastCall(), "K2V_RHAL_Panel_GetPanelConfigParameter() = NULL");
 }
 
-TEST(VbeTransmitter, TellsThePortsAtOnce) {
+TEST(VbeTransmitter, ReportsThePortsImmediately) {
   simhal::Apply("hdmitx 1 off");
   const auto run = PlayTest(VbeTestCase::VBE_HDMITX_HdmiConnectionNotify);
   EXPECT_EQ(run.output,

@@ -523,7 +523,7 @@ TEST(ColorManagement, SendsWhatItPrintsAndKeepsEachRegion) {
   }
 }
 
-TEST(ColorManagement, AdvancedOffsetsGoOnFromWhereTheyWereLeft) {
+TEST(ColorManagement, AdvancedOffsetsContinueFromWhereTheyWereLeft) {
   PlayTest(VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetPreferredColor, "02q");
   EXPECT_NE(simhal::Calls()[2].find("nHueGain=[128 134 128 128 128 128 134 128 128]"),
             std::string::npos)

@@ -120,7 +120,7 @@ TEST(VscHelpers, ConnectFailuresAreNamedPassedOnAndTriedAgain) {
   };
   for (const std::string window : {"0", "1"}) {
     for (const auto& step : kSteps) {
-      // The scaler behind the sub window is initialised through the main one.
+      // The scaler of the sub window is initialised through the main one.
       if (window == "1" && step.retried.size() == 2) continue;
       simhal::Fail(step.function, -9, 1, 1);
       const auto run = Play(window + "\n0\n", ConnectHdmi);

@@ -235,7 +235,7 @@ TEST(Functionality, BlanksWhenTheTimingIsLostAndComesBackByItself) {
     if (polls == 4) simhal::Unplug(0);
     if (polls == 7) simhal::PlugHdmi(0, "1920x1080p60");
   });
-  // The answers behind the second "1": blank window 0 at the loss, show it when it is back.
+  // The answers after the second "1": blank window 0 at the loss, show it when it is back.
   const auto run =
       PlayTest(VscTestCase::Vsc_functionality, "0\n2\n0\n0\n0\n0\n0\n0\n1\n0\n0\n0\n0\n1\n");
   EXPECT_EQ(run.result, 1);
@@ -329,7 +329,7 @@ TEST(OnlyMainWindow, AsksEveryThirdPollWhileNothingIsDetected) {
   EXPECT_EQ(CountOf(run.output, "User Sel"), 2u);
 }
 
-TEST(AllSources, TellsWhatEachOfflineSourceReceives) {
+TEST(AllSources, ReportsWhatEachOfflineSourceReceives) {
   // HDMI shown; component and HDMI offline: HDMI is up already then.
   const auto run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun,
                             "2\n0\n1\n1\n0\n0\n1\n0\n0\n0\n0\n0\n0\n0\n1\n");
@@ -375,7 +375,7 @@ TEST(AllSources, ChangeTheSourceThatWasKept) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VFE_HDMI_Uninitialize"), 1u);
   EXPECT_FALSE(Contains(run.output, " NG : ")) << run.output;
 
-  // A refused disconnect leaves no source behind, and no question that repeats for ever.
+  // A refused disconnect leaves no source connected, and no prompt that repeats endlessly.
   simhal::Fail("K2V_RHAL_VSC_Disconnect", -8);
   run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, "0\n0\n" + kLeaveByAvd);
   EXPECT_EQ(run.result, 0);

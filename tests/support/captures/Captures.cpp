@@ -108,7 +108,7 @@ void AddBlanks(std::vector<Defect>& defects) {
   }
 }
 
-/// A defect that is the same filters behind each of several sources.
+/// A defect made by the same filters after each of several sources.
 void AddFiltered(std::vector<Defect>& defects, const char* kind,
                  const std::vector<const char*>& sources, const std::vector<std::string>& filters) {
   for (const char* source : sources) {

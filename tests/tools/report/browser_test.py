@@ -189,7 +189,7 @@ class Page(unittest.TestCase):
         self.assertIn('K2V NG : -3', details)
 
 
-# The contrast of a verdict's word with what is behind it, as accessibility guidelines compute it.
+# The contrast of a verdict's word with its background, as accessibility guidelines compute it.
 CONTRAST = """(() => {
   const probe = document.body.appendChild(document.createElement('span'));
   probe.className = 'v mark-NAME';

@@ -29,12 +29,12 @@ class Home {
   std::vector<std::string> dumps_;
 };
 
-// Files that tell the board's operating system.
+// Files that identify the board's operating system.
 inline constexpr char kAndroid[] = "/vendor/manifest.xml";
 inline constexpr char kSorvex[] = "/home/core.1st";
 inline constexpr char kPelxos[] = "/vendor/corvana/pelxos";
 
-/// Pretends that of the files that tell the board's operating system this one is there. Empty:
+/// Pretends that of the files that identify the board's operating system this one exists. Empty:
 /// none.
 void PretendBoardFile(const std::string& path);
 

@@ -31,7 +31,7 @@ ln -sv /data/cross_module/gst_root/usr/share/alsa/ /usr/share)"
   const struct {
     const char* os;
     std::string busybox;
-    std::string extra;   // behind the home
+    std::string extra;   // after the home
     std::string system;  // before the reboot
   } kBoards[] = {{kAndroid, "/vendor/cvn_rootfs/bin/busybox", "", ""},
                  {kPelxos, "/vendor/corvana/busybox", "", "cp HOME/gst_root/usr/lib/* /usr/lib/\n"},

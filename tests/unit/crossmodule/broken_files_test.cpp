@@ -186,7 +186,7 @@ TEST_F(CrossModuleBroken, NoSynchronisationPassesOnThem) {
   }
 }
 
-/// A setting, how it is read, and what it is when its file is none, when the file is empty or holds
+/// A setting, how it is read, and its value if its file is not a file, is empty or contains
 /// nothing sensible, and when "1" stands in it and carriage returns end its lines.
 struct Setting {
   const char* file;
@@ -274,7 +274,7 @@ TEST_F(CrossModuleBroken, TheOtherReadersOfSettingsComeBackFromThem) {
   }
 }
 
-TEST_F(CrossModuleBroken, WhatCannotBeWrittenIsToldWhereItIsNoSetting) {
+TEST_F(CrossModuleBroken, UnwritableFilesAreReportedExceptSettings) {
   scripted::Play("", Init_TestCase_List);
   fs::remove_all(Home() + "config");
   const auto added = scripted::Play("", [] { return Set_User_Add_TestCase("clip", 0, "clip.ts"); });

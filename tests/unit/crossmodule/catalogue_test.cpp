@@ -61,7 +61,7 @@ TEST_F(CrossModuleCatalogue, NamesFilesByCaseAndStage) {
             "/data/cross_module/dump_tmp/dump-101-h264-FrtChg-VDEC.txt");
 }
 
-TEST_F(Catalogue, FileNamesTellAllCasesAndStagesApart) {
+TEST_F(Catalogue, FileNamesAreUniqueForAllCasesAndStages) {
   Build();
   std::set<std::string> names;
   for (const CM_TestCase& testCase : TestCaseList()) {
@@ -146,7 +146,7 @@ TEST_F(Catalogue, OverwriteLinesBelongToTheCasesFromTheFirstOn) {
   }
 }
 
-TEST_F(Catalogue, WrongOverwriteLinesAreToldAndSkippedSurplusOnesIgnored) {
+TEST_F(Catalogue, MalformedOverwriteLinesAreReportedAndSkippedExtraOnesIgnored) {
   Write(kOverwriteFile, "1\nyes\n\n1 x\n99999999999\n1\n0\n0\n0\n0\n0\n1\nsurplus\n1\n");
   const std::string output = Build();
   std::string told;
@@ -208,7 +208,7 @@ TEST_F(CrossModuleCatalogue, CurrentCaseIsKeptForDriversAndTheNextStart) {
   EXPECT_EQ(Get_Current_TestCase()->type, 604) << "this program goes by its own";
 }
 
-TEST_F(CrossModuleCatalogue, UnknownCurrentCaseIsBehindTheLast) {
+TEST_F(CrossModuleCatalogue, AnUnknownCurrentCaseFollowsTheLast) {
   InAnEarlierProgram([] { Set_Current_TestCase(999); });
   EXPECT_FALSE(IsKnown(Get_Current_TestCase()));
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "999\n");

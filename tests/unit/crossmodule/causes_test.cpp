@@ -26,10 +26,10 @@ using player::FrameValues;
 
 constexpr int64_t kOtherClock = 16654321;
 
-/// What a defect is to be told as.
+/// How a defect has to be reported.
 struct Ordered {
   const char* kind;
-  const char* detail;  // behind the frame
+  const char* detail;  // after the frame
   EventKind told;
   int64_t count;
   TimeEffect time = TimeEffect::kUnknown;
@@ -156,7 +156,7 @@ bool IsTold(const CaseEvents& found, const Ordered& ordered, player::Stage stage
   const bool isBefore = ordered.told == EventKind::kCut || std::string(ordered.kind) == "freeze";
   const int64_t place = frame - (isBefore ? 1 : 0);
   const int64_t count = ordered.count == 0 ? rows - frame : ordered.count;
-  // A stage without a counter is told by those behind it what became of the time.
+  // For a stage without a counter, the downstream stages show the effect on the time.
   const bool tellsTime = ordered.time == event.time || event.stage == MODULE_DVO;
   return event.kind == ordered.told && event.stage == FirstToShow(ordered, stage) &&
          event.first <= place && place <= event.lastPossible && event.count == count && tellsTime;
@@ -169,7 +169,7 @@ Defect Order(const Ordered& ordered, player::Stage stage, int64_t frame) {
   return player::ParseDefect(words);
 }
 
-TEST(CrossModuleCauses, EveryDefectIsToldOnce) {
+TEST(CrossModuleCauses, EveryDefectIsReportedOnce) {
   Playings playings;
   if (!playings.AreThere()) GTEST_SKIP() << "no golden data of the board";
   const bool all = std::getenv("CVN_ALL_CAUSES") != nullptr;

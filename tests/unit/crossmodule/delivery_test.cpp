@@ -246,7 +246,7 @@ TEST(ReportCleaning, TakesEveryColourSequenceOutAndNothingElse) {
   std::remove(clean.c_str());
 }
 
-TEST(ReportCleaning, TellsAFileThatItCannotOpen) {
+TEST(ReportCleaning, ReportsAFileThatItCannotOpen) {
   const auto clean = [] { return Remove_Color_Code_From_File("/nowhere/report.txt"), 0; };
   EXPECT_EQ(CommandsOf(clean), Lines{});
   EXPECT_EQ(Play("", clean).output,

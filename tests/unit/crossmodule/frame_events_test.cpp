@@ -25,7 +25,7 @@ struct Picture {
 };
 using Pictures = std::vector<Picture>;
 
-/// One event as the generator knows it, or as the analysis tells it.
+/// One event as known by the generator, or as reported by the analysis.
 struct Truth {
   EventKind kind;
   int64_t first;
@@ -217,7 +217,7 @@ bool Says(const std::vector<FrameEvent>& events, const std::vector<Truth>& truth
                             [&](const FrameEvent& e, const Truth& t) { return Says(e, t, slack); });
 }
 
-/// A random golden file, with repeated content and numbers that begin anew, and its dump.
+/// A random golden file, with repeated content and numbers that start again, and its dump.
 class RandomPair {
  public:
   RandomPair(const Stage& stage, unsigned seed) : random_(seed), golden(PlainPictures(Rows())) {
@@ -327,7 +327,7 @@ constexpr Literal kLiterals[] = {
     {EventKind::kExtra, 148, 1, "extra 149..149 x1\n"},
     {EventKind::kBroken, 0, 1, "broken 0..0 x1\n"},
     {EventKind::kBroken, 149, 1, "broken 149..149 x1\n"},
-    // The first row behind what VO may settle in, and the last one before it.
+    // The first row after the settling time of VO, and the last one before it.
     {EventKind::kDamaged, 60, 1, "damaged 60..60 x1\n", MODULE_VO},
     {EventKind::kDamaged, 59, 1, "", MODULE_VO},
     {EventKind::kDropped, 60, 1, "dropped 60..60 x1 kept\n", MODULE_VO},
@@ -350,7 +350,7 @@ TEST(FrameEvents, AreExactAtTheEdgesAndInBursts) {
   }
 }
 
-/// Two defects, the second one at the row behind the first.
+/// Two defects, the second one at the row after the first.
 struct Neighbours {
   EventKind first;
   EventKind second;
@@ -367,7 +367,7 @@ constexpr Neighbours kNeighbours[] = {
     {EventKind::kDamaged, EventKind::kRepeated, "damaged 100..100 x1\nrepeated 101..101 x1 kept\n"},
 };
 
-TEST(FrameEvents, ToldApartSideBySide) {
+TEST(FrameEvents, AreDistinguishedSideBySide) {
   for (const Neighbours& pair : kNeighbours) {
     const Pictures golden = PlainPictures(kLiteralRows);
     Spoiler spoiler(*FindStage(MODULE_VDEC), golden);
@@ -378,7 +378,7 @@ TEST(FrameEvents, ToldApartSideBySide) {
   }
 }
 
-TEST(FrameEvents, OtherNumbersTimeStampsAndWrapsAreNone) {
+TEST(FrameEvents, OffsetsOfNumbersAndTimeStampsAndWrapsAreNoEvents) {
   const Stage& stage = *FindStage(MODULE_VDEC);
   Pictures golden = PlainPictures(kLiteralRows);
   for (Picture& picture : golden) picture.pts += (int64_t{1} << 33) - 3 * kFrame90k - 90000;
@@ -407,7 +407,7 @@ TEST(FrameEvents, AnotherLineEndIsAChangeWhereTheVerifierSeesOne) {
   }
 }
 
-TEST(FrameEvents, LeaveThePlaceOpenWhereNothingTellsIt) {
+TEST(FrameEvents, LeaveThePlaceOpenWhereNothingIdentifiesIt) {
   const Stage& stage = *FindStage(MODULE_SCALER);
   Pictures golden = PlainPictures(200);
   for (std::size_t i = 100; i < 140; ++i) golden[i].content = golden[100].content;
@@ -419,12 +419,12 @@ TEST(FrameEvents, LeaveThePlaceOpenWhereNothingTellsIt) {
     dump[i].clock -= kFrame90k;
   }
   EXPECT_EQ(Told(Analyse(stage, golden, dump).events), "dropped 100..139 x1 moved\n");
-  // Where time is kept the counter tells the place.
+  // If the time is kept, the counter identifies the place.
   for (std::size_t i = 120; i < dump.size(); ++i) dump[i].clock += kFrame90k;
   EXPECT_EQ(Told(Analyse(stage, golden, dump).events), "dropped 120..120 x1 kept\n");
 }
 
-TEST(FrameEvents, PacingTellsRateWorstIntervalAndDrift) {
+TEST(FrameEvents, PacingReportsRateWorstIntervalAndDrift) {
   const Stage& stage = *FindStage(MODULE_VDEC);
   const Pictures golden = PlainPictures(900);
   Pictures dump = golden;

@@ -235,7 +235,7 @@ Lines Expect(const Clip& clip, Stage stage, const Rows& golden, const Rows& samp
   }
 }
 
-/// Up to three defects behind every stage's warm-up. Columns that rows are aligned by stay.
+/// Up to three defects after every stage's warm-up. Columns that rows are aligned by stay.
 std::vector<Defect> DrawDefects(Stage stage, std::mt19937& random) {
   constexpr DefectKind kKinds[] = {DefectKind::kChange, DefectKind::kChange, DefectKind::kDrop,
                                    DefectKind::kRepeat, DefectKind::kReorder};

@@ -1,4 +1,4 @@
-// One playback run: what the board is told, in which order, and what stops a run.
+// One playback run: the commands for the board, their order, and what stops a run.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ std::vector<std::string> emptiedLogs;
 
 }  // namespace
 
-// Logs have fixed paths that are none of a test's.
+// Logs have fixed paths outside of a test's directory.
 extern "C" int truncate(const char* path, off_t length) noexcept {
   EXPECT_EQ(length, 0);
   emptiedLogs.emplace_back(path);
@@ -73,7 +73,7 @@ echo fw@ testmode=1 /tmp/cross_module/dump_audio.txt > /dev/cvnaudio
 )" + kDiskUse;
 }
 
-/// The files that tell the media stack what to do.
+/// The files that control the media stack.
 std::string Signals(const std::string& freeRun, const std::string& adaptive) {
   return freeRun + " /tmp/GST_DVO_FREERUN\nmkdir -p /tmp/cross_module\n" +
          "chmod -R 777 /tmp/cross_module\n" + adaptive +

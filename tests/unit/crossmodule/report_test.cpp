@@ -272,7 +272,7 @@ TEST_F(CrossModuleReport, HasTheSynchronisationOfItsCase) {
   EXPECT_EQ(VerifyAll().result, 1) << "a synchronisation that passes hides no stage";
 }
 
-TEST_F(CrossModuleReport, TellsThatItCannotBeWritten) {
+TEST_F(CrossModuleReport, ReportsThatItCannotBeWritten) {
   home_.Play(101, {});
   std::filesystem::create_directories(kTemporaryReport);
   const std::size_t commandsBefore = scripted::Commands().size();

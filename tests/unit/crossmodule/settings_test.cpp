@@ -232,7 +232,7 @@ TEST_F(Settings, TftpServerIsWhatAShellTakesAsOneWord) {
   EXPECT_TRUE(scripted::Commands().empty());
 }
 
-TEST(ShellWord, IsOneWordForAShellAsItStands) {
+TEST(ShellWord, IsOneWordForAShell) {
   std::string script;
   for (char c = 1; c < 127; ++c) {
     for (const std::string& word :
@@ -271,7 +271,7 @@ TEST_F(Settings, TimeStampNamesTheRoundInLocalTime) {
   EXPECT_EQ(Get_Test_Timestamp(), stamp);
 }
 
-TEST_F(Settings, TimeStampOfAnEarlierProgramGoesOn) {
+TEST_F(Settings, TimeStampOfAnEarlierProgramContinues) {
   EXPECT_EQ(Get_Test_Timestamp(), "-");
   Write(kStampFile, "0315_142501\n");
   EXPECT_EQ(Get_Test_Timestamp(), "0315_142501") << "no stamp was read before";

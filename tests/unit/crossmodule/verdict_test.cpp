@@ -344,7 +344,7 @@ TEST(FirstBadStage, IsWhereTheDelayBegins) {
       {"Scaler:late:90:31", "[Scaler] 31 ms late"},
       {"Audio:late:60:21", "[Audio] 21 ms late"},
       {"Audio:early:60:31", "[Audio] 31 ms early"},
-      // From the start on nobody can tell which of the two is right.
+      // From the start on the two cannot be distinguished.
       {"Audio:late:0:21", "[OMXIN] or [Audio], the sound 21 ms late"},
       {"OMXIN:late:0:40", "[OMXIN] or [Audio], the sound 40 ms early"},
   };

@@ -20,7 +20,7 @@ std::string Dump(int skipped, int compared, int wrong = 0, int clock = 1) {
   return text;
 }
 
-/// What is printed behind the skipping.
+/// What is printed after the skipped rows.
 std::string Behind(const std::string& console) {
   const std::string last = "!!!\n";
   return console.substr(console.find(last) + last.size());
@@ -90,7 +90,7 @@ TEST(VerifyAudio, ResynchronisesByPts) {
            "2, 1, 48000, 2, 9, 90200\n4, 1, 48000, 2, 7, 90400\n" +
            kTag + "Audio Test Failed, err_count 1\n",
        2},
-      // A row that is none ends the walk and is an error; a blank line is no row.
+      // A malformed row ends the walk and is an error; a blank line is not a row.
       {Row(1, 90100) + Row(2, 90200), Row(1, 90100) + "2,1,48000\n",
        kTag + "Audio Test Failed, err_count 1\n", 1},
       {Row(1, 90100) + "2,1,48000\n" + Row(3, 90300), Row(1, 90100) + "2,1,48000\n" + Row(3, 90300),

@@ -56,7 +56,7 @@ TEST(VerifyVdec, ComparesEveryColumnButTheCounter) {
                              "vdec info compare frame 10 Fail 1 item !!!\n");
 }
 
-TEST(VerifyVdec, EndsWithTheShorterFileAndAtARowThatIsNone) {
+TEST(VerifyVdec, EndsWithTheShorterFileAndAtAMalformedRow) {
   struct Case {
     const char* name;
     std::string golden, sample;
@@ -220,7 +220,7 @@ TEST(VerifyColumns, CountsWhatOnlyOneFileHas) {
   } kCases[] = {
       {three + Vo(3), three, "-1|-1", "3|-1", "0/1", 1, 0},
       {three, three + Vo(3) + Vo(4), "-1|-1", "-1|4", "2/0", 0, 2},
-      // What is behind a malformed row is not compared.
+      // Rows after a malformed row are not compared.
       {three + Vo(3), Vo(0) + "x\n" + Vo(2) + Vo(3) + Vo(4), "1|0", "1|-1", "0/1", 2, 3},
       {Vo(0) + "x\n" + Vo(2), three, "0|1", "-1|1", "1/0", 1, 1},
   };
@@ -305,7 +305,8 @@ TEST(VerifyVo, SettingsFileChangesTolerancesAndMasks) {
                 "[VOUT][9] maskItem[11]=0\n[VOUT][9] mask Pri_X1 no change: 0\n");
 }
 
-/// Differences of two dumps as the system's `diff` tells them, one item a line, as "frame column".
+/// Differences of two dumps as reported by the system's `diff`, one item per line, as "frame
+/// column".
 Lines DiffOf(const std::string& golden, const std::string& sample, std::size_t counter,
              int firstRow) {
   const auto split = [&](const std::string& text) {

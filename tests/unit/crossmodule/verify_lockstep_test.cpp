@@ -5,7 +5,7 @@ namespace {
 
 struct Case {
   const char* name;
-  Lines golden;  // rows behind the title and the warm-up
+  Lines golden;  // rows after the title and the warm-up
   Lines sample;
   Lines fields;
   std::string console;
@@ -44,7 +44,7 @@ Lines Missing(const std::string& frame, const Lines& values) {
   return fields;
 }
 
-TEST(VerifyOmxOutput, ComparesRowsBehindTheWarmUp) {
+TEST(VerifyOmxOutput, ComparesRowsAfterTheWarmUp) {
   Check(Verify_OMX_Output, 120,
         {{"never compared: counter and height",
           {"120, 5, 1920, 1080, 1, 60000, 100", "121, 6, 1920, 1080, 1, 60000, 200"},
@@ -151,7 +151,7 @@ TEST(VerifyOmxOutput, TheRestOfALongTitleIsARow) {
             "[muro:#] fread line2:0 fail! maybe it's the end of file!\n" + LastLines(1, 0));
 }
 
-TEST(VerifyOmxInput, ComparesRowsBehindTenAndReportsWhatLags) {
+TEST(VerifyOmxInput, ComparesRowsAfterTheTenthAndReportsLaggingOnes) {
   const Lines missing = Missing("11", {"11", "5", "700", "0", "200"});
   Check(
       Verify_OMX_Input, 10,
@@ -262,7 +262,7 @@ TEST(VerifyDvo, EndsWithTheSamplesStreamOnly) {
   EXPECT_EQ(run.fields, Lines{"121 2 40 41"});
 }
 
-TEST(VerifyDvo, ToldApartFromOrder) {
+TEST(VerifyDvo, DistinguishesTypeFromOrder) {
   const std::string golden = "t\n120, 2, 60000, 30, 0\n121, 2, 60000, 40, 0\n";
   // Behind its time, and no repeat of the frame before or not marked as one.
   for (const char* row : {"119, 2, 60000, 20, 1\n", "120, 2, 60000, 30, 0\n"}) {

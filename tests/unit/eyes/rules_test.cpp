@@ -223,7 +223,7 @@ TEST(RulesFile, TheFirstRuleThatFitsHolds) {
   EXPECT_EQ(ruleOf("VbeModule/3", "x"), "");
 }
 
-TEST(RulesFile, WhatIsWrongIsNamed) {
+TEST(RulesFile, ErrorsNameTheInvalidPart) {
   const struct {
     const char* text;
     const char* message;

@@ -33,7 +33,7 @@ class LinkLibrary : public testing::Test {
     return link_->SendBuffer(&session_, buffer, bytes.data(), size, 0);
   }
 
-  /// Lets the slave put or take bytes; the checksum it tells.
+  /// Lets the slave put or take bytes; returns its checksum.
   uint32_t LetSlave(uint32_t command, const RLNK_BUFFER* buffer, uint32_t size, uint32_t first) {
     RLNK_CMD_PARAMS params{command, 0x211, {{buffer->handle, size}, {first, 0}, {}, {}}};
     EXPECT_EQ(link_->Send(&session_, &params), 0);

@@ -30,7 +30,7 @@ std::string Result(const std::string& name, const std::string& outcome) {
   return '\n' + stars + '\n' + name + ' ' + outcome + ".\n" + stars + "\n\n";
 }
 
-TEST(LinkTests, TellEachStepAndTheSlaveSeesTheParameters) {
+TEST(LinkTests, ReportEachStepAndTheSlaveSeesTheParameters) {
   const std::string open = "Open session success. session_id = 00000001\n";
   const struct {
     TestFunction test;
@@ -77,7 +77,7 @@ TEST(LinkTests, TellEachStepAndTheSlaveSeesTheParameters) {
 struct FaultCase {
   TestFunction test;
   const char* command;  // to the board
-  const char* line;     // that tells it
+  const char* line;     // that reports it
 };
 
 void ExpectFailures(const std::vector<FaultCase>& cases) {
@@ -251,7 +251,7 @@ class Meeting {
       mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
 };
 
-TEST(LinkThreads, BothSessionsRunAtOnce) {
+TEST(LinkThreads, BothSessionsRunImmediately) {
   {
     const Meeting meeting;
     EXPECT_EQ(PlayTest(Wrapper_TestFunc_Multi_RLink_1).result, 0);
@@ -272,7 +272,7 @@ TEST(LinkThreads, OneFailingFailsTheTest) {
   EXPECT_EQ(Count(run.output, "Failed"), 2) << run.output;
 }
 
-TEST(LinkThreads, OneThatDoesNotStartIsTold) {
+TEST(LinkThreads, OneThatDoesNotStartIsReported) {
   simhal::Reset();  // the race detector runs all these tests in one process
   faults::FailThread(1, EAGAIN);
   EXPECT_EQ(PlayTest(Wrapper_TestFunc_Multi_RLink_1_Send).output,
@@ -295,7 +295,7 @@ scripted::Run PlayFork(TestFunction test) {
   });
 }
 
-TEST(LinkProcesses, BothTellTheirResultsAndNothingTwice) {
+TEST(LinkProcesses, BothReportTheirResultsAndNothingTwice) {
   for (const auto& [test, name] :
        {std::pair{&Wrapper_TestFunc_Multi_RLink_2, "TestFunc_Multi_RLink_2"},
         std::pair{&Wrapper_TestFunc_Multi_RLink_2_Send, "TestFunc_Multi_RLink_2_Send"}}) {
@@ -311,7 +311,7 @@ TEST(LinkProcesses, BothTellTheirResultsAndNothingTwice) {
   }
 }
 
-TEST(LinkProcesses, BothSessionsAreOpenAtOnce) {
+TEST(LinkProcesses, BothSessionsAreOpenImmediately) {
   const Meeting meeting;
   EXPECT_EQ(PlayFork(Wrapper_TestFunc_Multi_RLink_2).result, 0);
   EXPECT_TRUE(meeting.TookPlace());

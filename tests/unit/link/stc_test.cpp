@@ -97,7 +97,7 @@ TEST(StcTool, ShowsTicksASecondForNineSecondsAcrossTheCountersEnd) {
   EXPECT_EQ(commands[2], "echo \"0xB801B6B8\" > //sys//crt//register");
 }
 
-TEST(StcTool, TellsARegisterFileThatDoesNotAnswer) {
+TEST(StcTool, ReportsARegisterFileThatDoesNotAnswer) {
   for (const char* reply : {"", "4\n"}) {
     faults::AnswerShell([=] { return std::string(reply); });
     const std::string output = PlayTool("4\n").output;

@@ -22,7 +22,7 @@ namespace {
 using test::Count;
 using test::PlayTest;
 
-/// A session's wait changes the temperature and ends when one was told.
+/// A session's wait changes the temperature and ends with a notification.
 void WarmUpWhileWaiting() {
   simhal::Apply("thermal off");
   scripted::OnWait([degrees = 60](unsigned long us) mutable {
@@ -72,7 +72,7 @@ TEST(Thermal, AFailedRegistrationFailsTheTest) {
   EXPECT_EQ(Count(two.output, "status=0\n"), 1) << two.output;
 }
 
-TEST(Thermal, AFailedForkIsTold) {
+TEST(Thermal, AFailedForkIsReported) {
   faults::FailFork(1, EAGAIN);
   const auto one = PlayTest(UTThermalTestCase::TestCase1);
   EXPECT_EQ(one.result, 1);
@@ -88,7 +88,7 @@ TEST(Thermal, AFailedForkIsTold) {
   }
 }
 
-TEST(Thermal, TheModuleTellsEachTimeItIsAskedFor) {
+TEST(Thermal, TheModuleReportsEachTimeItIsAskedFor) {
   testing::internal::CaptureStdout();
   EXPECT_EQ(UTThermalModule::GetInstance(), UTThermalModule::GetInstance());
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "GetInstance(59)\nGetInstance(59)\n");

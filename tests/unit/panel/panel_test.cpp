@@ -1,4 +1,4 @@
-// Where pictures are on the panel, and what is seen where there is none.
+// The position of pictures on the panel, and what is shown without one.
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -469,7 +469,7 @@ TEST_F(PlayedPicture, StaysWhileItIsFrozen) {
           << "state, screen and lock";
     }
   }
-  // What is frozen farther behind keeps what was frozen before it.
+  // A freeze further downstream keeps the picture that was frozen before it.
   Play("0x00ff00");
   K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, 1);
   Play("0xff0000");

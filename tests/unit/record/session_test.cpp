@@ -167,7 +167,7 @@ TEST(Recording, IsReadUpToWhereItIsCut) {
   EXPECT_GE(last, 29U) << "all but the last call are there before the last bytes";
 }
 
-TEST(Recording, IsRefusedWhenItIsNone) {
+TEST(Recording, IsRefusedWhenItIsSomethingElse) {
   fs::create_directory(Name("d"));
   EXPECT_EQ(Trace("print " + Name("none")).status, 2);
   EXPECT_EQ(Trace("print " + Name("d")).status, 2);

@@ -54,7 +54,7 @@ TEST(AnswersTest, WrongLinesAreRefusedWithTheirNumber) {
   EXPECT_EQ(runner::LoadAnswers("/nowhere/x", rules), "/nowhere/x: cannot be read");
 }
 
-TEST(AnswersTest, SequencesGoOnAndTheirLastAnswerRepeats) {
+TEST(AnswersTest, SequencesContinueAndTheirLastAnswerRepeats) {
   const auto rules = Load("VscModule/1\tport*\t1\nVscModule/1\tport*\t2\n*\t*\tdefault\n");
   runner::AnswerScript script(rules, Entry("VscModule/1"));
   EXPECT_EQ(script.Next("port?", Input::kLine), "1\n");

@@ -37,7 +37,7 @@ class JournalTest : public testing::Test {
   fs::path path_ = testing::TempDir() + "journal";
 };
 
-TEST_F(JournalTest, CutOffAnywhereItTellsWhatWasWholeOrIsRefused) {
+TEST_F(JournalTest, TruncatedAnywhereItReadsCompleteLinesOrIsRefused) {
   Write();
   const std::string whole = Text();
   const std::size_t headEnd = whole.find("start\t");

@@ -139,7 +139,7 @@ TEST_F(RunTest, KeepsLogsJournalAndReport) {
       "start\tA/4\nend\tA/4\tSKIPPED\t0\t…\thas no function\n");
 }
 
-TEST_F(RunTest, EndsWhereItIsToldTo) {
+TEST_F(RunTest, EndsWhereRequested) {
   options_.stopOnFail = true;
   options_.repeat = 3;
   options_.repeatGiven = true;
@@ -161,7 +161,7 @@ TEST_F(RunTest, EndsWhereItIsToldTo) {
   EXPECT_EQ(lines_.size(), 3U);
 }
 
-TEST_F(RunTest, StopsOnAnUnhealthyBoardAndGoesOnLater) {
+TEST_F(RunTest, StopsOnAnUnhealthyBoardAndContinuesLater) {
   options_.health.command = "test \"$CVN_TEST\" != A/3 || { echo dark; exit 1; }";
   EXPECT_EQ(Run({2, 3, 1}), 99);
   EXPECT_EQ(lines_, (Lines{"3", "1 A/2 FAIL", "2 A/3 ERROR killed by signal 6 SIGABRT suspect",
@@ -182,7 +182,7 @@ TEST_F(RunTest, StopsOnAnUnhealthyBoardAndGoesOnLater) {
             "provisional");
 }
 
-TEST_F(RunTest, ATestInWhichARunWasCutOffIsASuspectError) {
+TEST_F(RunTest, AnInterruptedTestIsASuspectError) {
   EXPECT_EQ(Run({1, 2}), 1);
   std::string journal = TextOf(results_ + "/journal");
   journal.resize(journal.find("end\tA/2"));
@@ -218,7 +218,7 @@ int Main(const Lines& words) {
   return scripted::PlayApart("", [&] { return runner::Main(words, [] { return -1; }); }).result;
 }
 
-TEST_F(RunTest, GoesOnOnlyWithTheTestsOfItsJournal) {
+TEST_F(RunTest, ResumesOnlyWithTheTestsOfItsJournal) {
   EXPECT_EQ(Main({"--run", "UTVpqModule/1", "UTVpqModule/2", "--results", results_}), 0);
   EXPECT_EQ(Main({"--resume", results_}), 0);
   EXPECT_EQ(Main({"--run", "UTVpqModule/1", "--results", results_}), 99) << "not empty";

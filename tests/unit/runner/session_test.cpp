@@ -98,7 +98,7 @@ TEST(SessionTest, APromptInPiecesIsAnsweredWhenItIsWhole) {
   EXPECT_EQ(played.console, "first second=42\n");
 }
 
-TEST(SessionTest, RemarksStandInTheResultAndNotInTheOutput) {
+TEST(SessionTest, RemarksAreInTheResultAndNotInTheOutput) {
   const Played played = Play(
       [](char*) {
         std::fputs("before ", stdout);
@@ -184,7 +184,7 @@ Outcome Judge(
 
 bool eyesLooked = false;
 
-TEST(SessionTest, EyesJudgeInPlaceOfTheAnswersAndWhatTheyCannotTellNeverPasses) {
+TEST(SessionTest, EyesJudgeInPlaceOfTheAnswersAndWhatTheyCannotReportNeverPasses) {
   const struct {
     const char* command;
     Verdict verdict;
@@ -253,7 +253,7 @@ TEST(SessionTest, KeysAreTypedWhereKeysAreRead) {
   EXPECT_EQ(Play(keys, Rules("press", "\033[A", true)).outcome.verdict, Verdict::kPass);
 }
 
-TEST(SessionTest, ATestThatLooksForAKeyGoesOnUntilOneIsTyped) {
+TEST(SessionTest, ATestThatLooksForAKeyContinuesUntilOneIsTyped) {
   const auto polling = [](char*) {
     for (int i = 0;; ++i) {
       std::printf("poll %d\n", i);
@@ -289,7 +289,7 @@ int HangAfterALookForAKey(char*) {
   for (kbhit();;) pause();
 }
 
-TEST(SessionTest, WhoeverWaitsForTheOperatorIsBlockedWhateverLimitEndsIt) {
+TEST(SessionTest, ATestThatWaitsForTheOperatorIsBlockedByAnyTimeLimit) {
   const struct {
     int (*function)(char*);
     runner::Limits limits;
@@ -370,7 +370,7 @@ TEST(SessionTest, EndOfInputFailsTheTest) {
   EXPECT_EQ(played.outcome.verdict, Verdict::kFail);
 }
 
-TEST(SessionTest, ResultsThatSayNothingAndEndsWithoutResultsAreErrors) {
+TEST(SessionTest, UndefinedAndMissingResultsAreErrors) {
   const struct {
     int (*function)(char*);
     const char* message;

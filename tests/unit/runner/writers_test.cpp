@@ -185,7 +185,7 @@ TEST_F(WritersTest, AFirstTestThatDidNotPassEndsARunThatIsToStopThere) {
   }
 }
 
-TEST_F(WritersTest, ATerminalShowsHowFarTheRunIsAndForHowLongItGoesOn) {
+TEST_F(WritersTest, ATerminalShowsHowFarTheRunIsAndForHowLongItContinues) {
   int master = -1;
   int slave = -1;
   ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
@@ -235,7 +235,7 @@ TEST_F(WritersTest, IgnoredSignalsStayIgnoredAndAReaderThatLeftEndsNothing) {
   close(ends[1]);
 }
 
-TEST_F(WritersTest, TheRecordOfAResumedRunGoesOnBehindWhatIsThere) {
+TEST_F(WritersTest, TheRecordOfAResumedRunIsAppended) {
   constexpr ST_THAL_TEST_CASE_T kRecord = {1, "na\"me", "does", [](char*) { return 0; }, true};
   TestCase test(&kRecord);
   const std::vector<runner::TestEntry> tests = {{&test, "A", "A/1", "", ""}};

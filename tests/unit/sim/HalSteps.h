@@ -1,4 +1,4 @@
-// HAL calls by short names, so that tests and the client process can be told what to do in a row.
+// HAL calls by short names, so that tests and the client process can take them as words.
 #pragma once
 
 #include <functional>

@@ -152,7 +152,7 @@ TEST(Events, HappenAtTheirTimeInOrder) {
   EXPECT_EQ(TimingOf(0).active.w, 1280) << simhal::State();
 }
 
-TEST(Commands, ThatNeverWouldDoAreRefusedAtOnce) {
+TEST(Commands, InvalidOnesAreRefusedImmediately) {
   EXPECT_NE(simhal::Apply("after 1 s signal 7 on").find("invalid port '7': expected 0 to 3"),
             std::string::npos);
   EXPECT_EQ(simhal::Apply("after 0 s signal 3 on"), "");  // fails only when it is due

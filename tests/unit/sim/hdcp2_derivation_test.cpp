@@ -130,7 +130,7 @@ TEST(Hdcp2Messages, HaveTheirIdentifiersAndSizes) {
     MessageId id;
     uint8_t byte;
     std::size_t size;
-    std::size_t more;  // bytes of one more item; 0: there is none
+    std::size_t more;  // bytes of one more item; 0: none
   } kCases[] = {
       {MessageId::kAkeInit, 2, 12, 0},        {MessageId::kAkeSendCert, 3, 534, 0},
       {MessageId::kAkeNoStoredKm, 4, 129, 0}, {MessageId::kAkeStoredKm, 5, 33, 0},
@@ -149,7 +149,7 @@ TEST(Hdcp2Messages, HaveTheirIdentifiersAndSizes) {
     EXPECT_FALSE(IsMessage(message, c.id)) << int{c.byte};
     message.resize(c.size + c.more);
     EXPECT_TRUE(IsMessage(message, c.id)) << int{c.byte};
-    message[0] = 6;  // there is none of that
+    message[0] = 6;  // no such message
     EXPECT_FALSE(IsMessage(message, c.id));
     EXPECT_EQ(sim::hdcp2::NameOf(message), "");
   }

@@ -145,7 +145,7 @@ TEST(Pipeline, PictureQualityModeShowsFromItsFirstBlockOn) {
   EXPECT_FALSE(same(Stage::kScaler, "crc_sharp") || same(Stage::kScaler, "crc_panel_if"));
 }
 
-TEST(Pipeline, SoundIsToldFromSilence) {
+TEST(Pipeline, SoundIsDistinguishedFromSilence) {
   Played played;
   for (const bool sounds : {false, true}) {
     for (const uint32_t checksum : {0U, 999'999U, 1'000'000U, 0xffffffffU})

@@ -184,7 +184,7 @@ TEST_F(PlayerTest, FlashAndBeepComeTogetherOnceASecond) {
   }
 }
 
-TEST_F(PlayerTest, WhatCannotBePlayedIsToldInOneLine) {
+TEST_F(PlayerTest, UnplayableFilesAreReportedInOneLine) {
   std::ofstream(root_ / "text.ts") << "no media\n";
   std::ofstream(root_ / "empty.ts") << "";
   const std::string file =
@@ -216,7 +216,7 @@ TEST_F(PlayerTest, WhatCannotBePlayedIsToldInOneLine) {
   }
 }
 
-TEST_F(PlayerTest, DumpThatCannotBeWrittenIsTold) {
+TEST_F(PlayerTest, DumpThatCannotBeWrittenIsReported) {
   SetTestMode("dev/cvnvdec", "testmode=1 testresult=/nowhere/VDEC\n");
   const auto run = Run("-pf " + test::Quoted(std::string(kContent) + "[R401]memc.ts"));
   EXPECT_EQ(run.status, 1);

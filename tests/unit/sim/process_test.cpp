@@ -99,7 +99,7 @@ TEST_F(Processes, TheRegisterFileOfARunningProgramStays) {
   pclose(first);
 }
 
-TEST_F(Processes, AProcessIsLeftBehindWhereThatIsOrdered) {
+TEST_F(Processes, AProcessIsLeftBehindOnRequest) {
   Write("other", "misbehave K2V_RHAL_VFE_HDMI_Initialize leave-child\n");
   setenv("CVNSIM_SCENARIO", (board_ + "/other").c_str(), 1);
   ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
@@ -137,7 +137,7 @@ TEST_F(Processes, TakeTurnsInCallsAndTrace) {
   EXPECT_EQ(Run(CVNSIM " trace 20000 | wc -l").output, "10000\n");
 }
 
-TEST_F(Processes, WhoLooksAtTheBoardNotesWhatBecomesOfEvents) {
+TEST_F(Processes, InspectingTheBoardProcessesDueEvents) {
   Client("h-init");
   EXPECT_EQ(Cvnsim("after 0 s signal 3 on").status, 0);
   EXPECT_EQ(Cvnsim("state").status, 0);
@@ -145,7 +145,7 @@ TEST_F(Processes, WhoLooksAtTheBoardNotesWhatBecomesOfEvents) {
 }
 
 // The trace is a full pipe, so that the client stands still inside of a call, holding the board.
-TEST_F(Processes, GoOnAfterOneWasKilledInsideACall) {
+TEST_F(Processes, ContinueAfterOneWasKilledInsideACall) {
   if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
   const std::string fifo = board_ + "/run/fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
@@ -194,7 +194,7 @@ TEST_F(Processes, TimeScaleMakesTimedEventsComeEarlier) {
   EXPECT_EQ(Client("").status, 2);
 }
 
-TEST_F(Processes, RefuseAWrongScenarioLineAtOnce) {
+TEST_F(Processes, RefuseAWrongScenarioLineImmediately) {
   const struct {
     const char* line;
     const char* message;
@@ -238,11 +238,11 @@ TEST_F(Processes, RefuseAWrongScenarioLineAtOnce) {
   setenv("CVNSIM_SCENARIO_NAME", "given.txt", 1);
   EXPECT_EQ(Client("h-init").output.rfind("simulated board: given.txt:4: unknown command ''", 0),
             0U);
-  Write("scenario", "plug 3 1920x1080p60\n");  // the refused ones left nothing behind
+  Write("scenario", "plug 3 1920x1080p60\n");  // the refused ones had no effect
   EXPECT_EQ(Client("h-init h-hpd h-open h-conn0 signal").output, "0\n0\n0\n0\n0x0\n");
 }
 
-TEST_F(Processes, RefuseFilesThatAreNoBoardsOrUnusable) {
+TEST_F(Processes, RefuseUnusableFilesAndThoseOfOthers) {
   Write("run/state", "a letter to my aunt\n");
   EXPECT_EQ(Client("h-init").status, 2);
   EXPECT_NE(Client("h-init").output.find("state file of another version"), std::string::npos);
@@ -313,7 +313,7 @@ TEST_F(Processes, CvnsimChangesWhatIsAroundTheBoard) {
   EXPECT_FALSE(isThere("root/dev/block/sda") || isThere("run/network-down"));
 }
 
-TEST_F(Processes, CvnsimTellsWhatItCannotDo) {
+TEST_F(Processes, CvnsimReportsWhatItCannotDo) {
   const Outcome wrong = Cvnsim("unplgu 0");
   EXPECT_EQ(wrong.status, 2);
   EXPECT_EQ(wrong.output.rfind("cvnsim: unknown command 'unplgu': expected plug, unplug,", 0), 0U);

@@ -1,4 +1,4 @@
-// What the simulated receivers tell about sources of all kinds, and the order that they enforce.
+// What the simulated receivers report about sources of all kinds, and the order that they enforce.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -131,7 +131,7 @@ TEST(HdmiSource, WhatTheLinkDoesNotCarryIsNotLockedTo) {
   }
 }
 
-TEST(HdmiSource, TellsTheEyesOf3d) {
+TEST(HdmiSource, ReportsTheEyesOf3d) {
   simhal::Apply("lock 0 0");
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(0);
@@ -227,7 +227,7 @@ TEST(HdmiSource, DviHasNoPackets) {
   EXPECT_EQ(K2V_RHAL_VFE_HDMI_Get_HDCP_Version(0), K2V_HDMI_HDCP_NONE);
 }
 
-TEST(HdmiSource, OnlyHdrTellsItsMasteringDisplay) {
+TEST(HdmiSource, OnlyHdrReportsItsMasteringDisplay) {
   BringUp();
   K2V_HAL_VFE_HDMI_DRM_INFO_T drm{};
   K2V_RHAL_VFE_HDMI_Connect(0);
@@ -386,7 +386,7 @@ TEST(HdmiStatus, EnforcesOrderAndArguments) {
   static uint8_t bytes[K2V_HDMI_HDCP_BYTES];
   static uint32_t value;
   const struct {
-    const char* board;  // a command, behind connecting ports 0 and 2
+    const char* board;  // a command, after connecting ports 0 and 2
     std::function<int()> call;
     int result;
   } kCases[] = {

@@ -16,7 +16,7 @@ namespace {
 constexpr int kOk = K2V_RHAL_OK, kParam = K2V_RHAL_ERR_PARAM, kOrder = K2V_RHAL_ERR_ORDER,
               kNoSignal = K2V_RHAL_ERR_NO_SIGNAL;
 
-TEST(Vpq, TellsWhatWasSetAndRefusesWhatIsNotInRange) {
+TEST(Vpq, ReturnsWhatWasSetAndRefusesValuesOutOfRange) {
   int32_t value = 0;
   EXPECT_EQ(K2V_RHAL_VPQ_SetBrightness(100), kOk);
   EXPECT_EQ(K2V_RHAL_VPQ_SetBrightness(101), kParam);
@@ -35,7 +35,7 @@ TEST(Vpq, TellsWhatWasSetAndRefusesWhatIsNotInRange) {
   EXPECT_EQ(told.nBlueOffset, 50);
 }
 
-/// The function that sets what a getter tells, by its name.
+/// The function that sets what a getter returns, by its name.
 void* SetterOf(std::string getter) {
   static const std::map<std::string, std::string> kNamedOtherwise = {
       {"VPQ_GetODLevel", "VPQ_SetODReadEnable"},
@@ -47,7 +47,7 @@ void* SetterOf(std::string getter) {
   return extended != nullptr ? extended : dlsym(RTLD_DEFAULT, name.c_str());
 }
 
-TEST(Vpq, GettersTellWhatWasSetByTheirName) {
+TEST(Vpq, GettersReturnWhatTheirSettersStored) {
   const struct {
     const char* name;
     int (*get)(int32_t*);

@@ -35,7 +35,7 @@ inline void AtPolls(std::map<int, std::string> commands) {
   });
 }
 
-/// The calls so far whose names begin with `prefix`, behind that prefix.
+/// The calls so far whose names begin with `prefix`, without that prefix.
 inline Lines CallsOf(const std::string& prefix) {
   Lines calls;
   for (const std::string& line : simhal::Calls()) {

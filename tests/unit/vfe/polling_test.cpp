@@ -17,7 +17,7 @@ using namespace vfe;
 // Answers where a picture is brought up: window and size, then the window to show.
 const std::string kPlaceIt = "0\n1\n0\n";
 
-/// A receiver without hardware that tells the sizes of a list, the last one for ever.
+/// A receiver without hardware that reports the sizes of a list, repeating the last one.
 std::vector<K2V_VIDEO_RECT_T> sizes;
 std::size_t nextSize = 0;
 DetectionState fakeState;
@@ -151,8 +151,8 @@ TEST(HdmiPolling, KeepsItsStateFromRunToRun) {
 
 struct AnswerCase {
   TestFunction test;
-  const char* answers;  // behind the port, on a port without a signal
-  Lines lastCalls;      // between and behind the polls
+  const char* answers;  // after the port, on a port without a signal
+  Lines lastCalls;      // between and after the polls
   std::size_t polls;
   const char* question;
 };
@@ -211,7 +211,7 @@ TEST(HdmiPolling, WrongAnswersForThePortAreDroppedAndAnyNumberGoesToTheHal) {
   EXPECT_EQ(LastCalls(2), (Lines{"VFE_HDMI_Connect(4) = -2", "VFE_HDMI_Disconnect(4) = -2"}));
 }
 
-TEST(Polling, ABringUpThatFailsIsToldAndUndone) {
+TEST(Polling, ABringUpThatFailsIsReportedAndUndone) {
   const TestFunction hdmi = VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1;
   const TestFunction hdmiOnce = VfeHdmiMUROTestCase::VfeHdmiMURO_SwitchToHDMI;
   const TestFunction vby1 = VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase1;
@@ -276,7 +276,7 @@ struct KindOfSource {
 /// A case a process: the detection keeps its state from run to run.
 class HdmiPollingOf : public testing::TestWithParam<KindOfSource> {};
 
-TEST_P(HdmiPollingOf, TellsTheKindOfTheSource) {
+TEST_P(HdmiPollingOf, ReportsTheKindOfTheSource) {
   const KindOfSource& c = GetParam();
   ASSERT_EQ(simhal::Apply(std::string("plug 0 ") + c.source), "");
   const auto run =
@@ -299,7 +299,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KindOfSource{"720x480i60", "1", "VideoIdCode:7\n", "format:7\n"},
                     KindOfSource{"1280x1024p60 dvi", "0", "stAVI.eHDMIMode:0\n", "format:0\n"}));
 
-TEST(HdmiQueries, TellTheDepthOfDeepColour) {
+TEST(HdmiQueries, ReportTheDepthOfDeepColour) {
   simhal::Apply("plug 0 1920x1080p60 deep");
   K2V_RHAL_VFE_HDMI_Initialize();
   K2V_RHAL_VFE_HDMI_Open();
@@ -388,7 +388,7 @@ TEST(Vby1rx, DetectsOnceAndLeavesNothingRunning) {
   EXPECT_EQ(LastCalls(1), Lines{"VFE_VBY1RX_Uninitialize() = 0"});
 }
 
-TEST(Vby1rx, TellsTheTimingOfAnInitialisedReceiver) {
+TEST(Vby1rx, ReportsTheTimingOfAnInitialisedReceiver) {
   simhal::Apply("vby1 plug 0 3840x2160p120");
   auto run = PlayTest(VfeVby1rxMUROTestCase::VfeVby1rxMURO_GetTimingInfo, "");
   EXPECT_EQ(run.result, 0);
