@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 
 #include "OutOfMemory.h"
@@ -28,5 +29,5 @@ int main(int argc, char** argv) {
   EndWhenOutOfMemory();
   // Nothing may be read ahead of what a prompt asks for: tests look at the terminal themselves.
   std::setvbuf(stdin, nullptr, _IONBF, 0);
-  return argc < 2 ? OpenConsole() : runner::Main({argv + 1, argv + argc}, OpenConsole);
+  return runner::Main({argv + std::min(argc, 1), argv + argc}, OpenConsole);
 }

@@ -11,12 +11,14 @@
 #include <utility>
 
 #include "Answers.h"
+#include "BuildInfo.h"
 #include "ConsoleWriter.h"
 #include "Descriptors.h"
 #include "DumpVerification.h"
 #include "ExitStatus.h"
 #include "FileChecks.h"
 #include "Guard.h"
+#include "HalCheck.h"
 #include "Options.h"
 #include "OutputFile.h"
 #include "Problem.h"
@@ -208,19 +210,26 @@ int Resume(const Options& asked) {
   return Execute(options, std::move(run), directory, earlier, true);
 }
 
+bool CallsHal(Mode mode) {
+  return mode == Mode::kInteractive || mode == Mode::kRun || mode == Mode::kResume;
+}
+
 }  // namespace
 
 int Main(const std::vector<std::string>& words, const std::function<int()>& console) {
   Options options;
   const std::string problem = ParseOptions(words, options);
   if (!problem.empty()) return Refuse(kUsage, problem);
+  if (CallsHal(options.mode) && !HalIsComplete()) return kHarnessFailed;
   switch (options.mode) {
     case Mode::kHelp:
       return Print(HelpText());
     case Mode::kVersion:
-      return Print("cvntester " CVN_VERSION "\n");
+      return Print(VersionText());
     case Mode::kDocument:
       return Print(Document(options.document));
+    case Mode::kCheckHal:
+      return CheckHal(options.checkedHal);
     case Mode::kList:
       return List(options);
     case Mode::kRun:

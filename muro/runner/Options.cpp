@@ -20,7 +20,8 @@ constexpr unsigned kListAndRun = Bit(Mode::kList) | Bit(Mode::kRun);
 constexpr std::size_t kMostShards = 9999;
 constexpr unsigned kRunAndVerify = Bit(Mode::kRun) | Bit(Mode::kVerify);
 
-enum class Takes { kNothing, kOne, kSome, kAny };  // kSome: one or more words, kAny: none or more
+// kMaybe: a word or none, kSome: one or more, kAny: none or more
+enum class Takes { kNothing, kOne, kMaybe, kSome, kAny };
 
 struct Row {
   const char* section;  // title above this row and the next ones; null: as before
@@ -160,7 +161,12 @@ std::string SetModeAndPattern(Options& options, const std::string& value) {
 
 constexpr Row kRows[] = {
     {"Modes", "--help", Takes::kNothing, "", 0, SetMode<Mode::kHelp>, "print this help"},
-    {nullptr, "--version", Takes::kNothing, "", 0, SetMode<Mode::kVersion>, "print the version"},
+    {nullptr, "--version", Takes::kNothing, "", 0, SetMode<Mode::kVersion>,
+     "print version, commit, build and the fingerprint of the HAL interface"},
+    {nullptr, "--check-hal", Takes::kMaybe, "FILE", 0,
+     SetModeAndText<Mode::kCheckHal, &Options::checkedHal>,
+     "check that the board's HAL library, or the library FILE, has all functions that the tests "
+     "call; print the missing ones"},
     {nullptr, "--list", Takes::kAny, "PATTERN", 0, SetModeAndPattern<Mode::kList>,
      "list all tests, or the selected ones"},
     {nullptr, "--run", Takes::kSome, "PATTERN", 0, SetModeAndPattern<Mode::kRun>,
@@ -270,6 +276,8 @@ std::string Shown(const Row& row) {
       return row.name;
     case Takes::kOne:
       return std::string(row.name) + " " + row.argument;
+    case Takes::kMaybe:
+      return std::string(row.name) + " [" + row.argument + "]";
     case Takes::kSome:
       return std::string(row.name) + " " + row.argument + "...";
     case Takes::kAny:
@@ -327,7 +335,7 @@ std::string TakeOption(std::span<const std::string>& words, Options& options,
     words = words.subspan(1);
   }
   // A single "-" is a value, but no option.
-  if (values.empty() && row->takes != Takes::kNothing && row->takes != Takes::kAny)
+  if (values.empty() && (row->takes == Takes::kOne || row->takes == Takes::kSome))
     return name + " requires " + row->argument;
   if (!values.empty() && row->takes == Takes::kNothing) return name + " takes no value";
   if (std::ranges::any_of(values, &std::string::empty)) return name + ": must not be empty";

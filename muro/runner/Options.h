@@ -10,7 +10,17 @@
 
 namespace runner {
 
-enum class Mode { kInteractive, kHelp, kVersion, kDocument, kList, kRun, kResume, kVerify };
+enum class Mode {
+  kInteractive,
+  kHelp,
+  kVersion,
+  kDocument,
+  kCheckHal,
+  kList,
+  kRun,
+  kResume,
+  kVerify
+};
 
 struct Options {
   Mode mode = Mode::kInteractive;
@@ -18,6 +28,7 @@ struct Options {
   std::vector<std::string> excluded;
   std::string format = "text";
   std::string document;
+  std::string checkedHal;  // library to check; empty: the one in use
   int repeat = 1;
   bool repeatGiven = false;
   bool untilFail = false;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 #include <set>
 #include <string>
@@ -58,10 +59,31 @@ class Installed : public testing::Test {
   }
 
   /// Starts the program with `environment` before it.
-  test::ShellResult Start(const std::string& environment = "") const {
+  test::ShellResult Start(const std::string& environment = "",
+                          const std::string& arguments = "--version") const {
     return test::RunShell("env -u LD_LIBRARY_PATH " + environment + " " EMULATOR " " +
-                          test::Quoted(Program()) + " --version");
+                          test::Quoted(Program()) + " " + arguments + " 2>&1");
   }
+
+  /// A HAL library beside the program, with all functions but those in `lacking`.
+  void MakeHalWithout(const Names& lacking) const {
+    std::ifstream functions(HAL_FUNCTIONS);
+    const fs::path source = directory_ / "hal.s";
+    std::ofstream text(source);
+    for (std::string name; std::getline(functions, name);) {
+      if (!lacking.contains(name))
+        text << ".globl " << name << "\n.type " << name << ", %function\n" << name << ":\n";
+    }
+    text << ".long 0\n";
+    text.close();
+    fs::create_directory(directory_ / "lib");
+    const test::ShellResult built =
+        test::RunShell(CXX " -shared -nostdlib -Wl,-soname,libcvn_k2vhal.so " +
+                       test::Quoted(source) + " -o " + test::Quoted(Hal()) + " 2>&1");
+    ASSERT_EQ(built.status, 0) << built.output;
+  }
+
+  fs::path Hal() const { return directory_ / "lib/libcvn_k2vhal.so"; }
 
   fs::path Program() const { return directory_ / "bin/cvntester"; }
 
@@ -93,6 +115,57 @@ TEST_F(Installed, TakesTheHalBesideIt) {
   EXPECT_TRUE(Files().contains("lib/libcvn_k2vhal.so"));
   const test::ShellResult beside = Start();
   EXPECT_EQ(beside.status, 0) << beside.output;
+}
+
+TEST_F(Installed, SaysOfWhichBuildItIs) {
+  const test::ShellResult version = Start("LD_LIBRARY_PATH=" HAL_DIRECTORY);
+  EXPECT_TRUE(
+      std::regex_match(version.output, std::regex("cvntester [0-9]+\\.[0-9]+\\.[0-9]+\n"
+                                                  "commit ([0-9a-f]{12}(-dirty)?|unknown)\n"
+                                                  "build .* for .*\nHAL interface [0-9a-f]{12}\n")))
+      << version.output;
+}
+
+TEST_F(Installed, NamesAllFunctionsThatTheHalLacks) {
+  MakeHalWithout({"K2V_RHAL_GAL_Init", "K2V_RHAL_VSC_Open", "_ZN5RLink6CreateEv"});
+  const std::regex lacking(
+      ".*/libcvn_k2vhal\\.so: [0-9]+ of [0-9]+ functions found\nmissing: K2V_RHAL_GAL_Init\n"
+      "missing: K2V_RHAL_VSC_Open\nmissing: RLink::Create\\(\\)\n[^\n]*\n");
+  for (const std::string& library : {std::string(), Hal().string()}) {
+    const test::ShellResult check = Start("", "--check-hal " + library);
+    EXPECT_EQ(check.status, 1);
+    EXPECT_TRUE(std::regex_match(check.output, lacking)) << check.output;
+  }
+  EXPECT_EQ(Start("", "--check-hal " HAL_DIRECTORY "/libcvn_k2vhal.so").status, 0);
+  EXPECT_EQ(Start("", "--help").status, 0);
+  for (const char* const calling : {"", "--run UTGalModule", "--record session"}) {
+    const test::ShellResult started = Start("", calling);
+    EXPECT_EQ(started.status, 99);
+    EXPECT_TRUE(std::regex_match(
+        started.output,
+        std::regex("cvntester: the board's HAL library lacks 3 of [0-9]+ functions: "
+                   "K2V_RHAL_GAL_Init, K2V_RHAL_VSC_Open, RLink::Create\\(\\)\n")))
+        << started.output;
+  }
+}
+
+TEST_F(Installed, SaysWhyALibraryCannotBeChecked) {
+  MakeHalWithout({});
+  EXPECT_EQ(Start("", "--check-hal").status, 0);
+  const test::ShellResult absent = Start("", "--check-hal /absent/hal.so");
+  EXPECT_EQ(absent.status, 2);
+  EXPECT_NE(absent.output.find("cvntester: /absent/hal.so"), std::string::npos) << absent.output;
+  const test::ShellResult text = Start("", "--check-hal " + test::Quoted(directory_ / "hal.s"));
+  EXPECT_EQ(text.status, 1);
+  EXPECT_NE(text.output.find("invalid ELF header"), std::string::npos) << text.output;
+}
+
+TEST_F(Installed, ChecksWhatTheProgramNeeds) {
+  const test::ShellResult symbols = test::RunShell(
+      READELF " --dyn-syms -W " + test::Quoted(Program()) +
+      " | awk '$7 == \"UND\" && $8 ~ /^(K2V_|_ZN5RLink)/ { print $8 }' | LC_ALL=C sort | "
+      "diff - " HAL_FUNCTIONS);
+  EXPECT_EQ(symbols.status, 0) << symbols.output;
 }
 
 }  // namespace
