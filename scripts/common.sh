@@ -4,15 +4,17 @@
 source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
 
 # Debian packages: what building and running the simulated board needs, what its panel and the eyes need
-# beside that, what records HAL calls and what shows runs (cvnreport) need, the tests, those of them that work a page in a browser, and
-# what reads the sources.
+# beside that, what records HAL calls, what shows runs (cvnreport) and what compares HAL libraries with the
+# harness (cvnhalcheck) need, the tests, those of them that work a page in a browser, and what reads the
+# sources.
 run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static
   ffmpeg libavformat-dev libavcodec-dev libswresample-dev)
 panel_packages=(libavfilter-dev libswscale-dev libmicrohttpd-dev fonts-dejavu-core)
 eyes_packages=("${panel_packages[@]}" libavdevice-dev)
 record_packages=(castxml python3)
 report_packages=(python3 python3-jinja2 python3-pil)
-test_packages=("${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}"
+halcheck_packages=(python3 python3-pyelftools binutils)
+test_packages=("${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}" "${halcheck_packages[@]}"
   babeltrace2 clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck edid-decode openssl procps valgrind jq libxml2-utils perl
   python3-hypothesis python3-junitparser python3-yaml tidy poppler-utils)
 browser_packages=(chromium python3-websocket)

@@ -5,6 +5,8 @@ import stat
 import sys
 import tempfile
 
+from cvntool.commandline import USAGE, Parser
+
 from . import VERSION
 from .compare import differing_lists
 from .directory import Problem
@@ -13,22 +15,17 @@ from .page import EMBEDDED, render
 from .runs import load
 from .texts import clean_line
 
-USAGE, CANNOT_WRITE = 2, 99
+CANNOT_WRITE = 99
 EPILOG = '''Exit status: 0 success, 2 usage error or unreadable directory, 99 a file cannot be written; with
 --exit-status that of the newest run: 0 all tests passed, 1 a test did not pass, 77 no test ran, 99 the run is
 incomplete or the harness failed. Files are written completely or not at all.'''
 
 
-class _Parser(argparse.ArgumentParser):
-    def error(self, message):
-        sys.exit(_refuse(USAGE, f"{message}; try '{self.prog} --help'"))
-
-
 def parser():
     """All options, from which help and man page come."""
-    options = _Parser(prog='cvnreport', epilog=EPILOG, allow_abbrev=False,
-                      description='Reports the results of one or many runs of cvntester: as one HTML page for '
-                                  'people, as JUnit XML or JSON for programs.')
+    options = Parser(prog='cvnreport', summary='one page from one or many runs', version=VERSION, epilog=EPILOG,
+                     description='Reports the results of one or many runs of cvntester: as one HTML page for '
+                                 'people, as JUnit XML or JSON for programs.')
     options.add_argument('directory', metavar='DIR', nargs='+', help='result directory of a run (cvntester --results)')
     options.add_argument('-o', '--output', metavar='FILE', help='write an HTML page of all runs')
     options.add_argument('--junit', metavar='FILE', help='write JUnit XML of the newest run; - means standard output')
@@ -41,28 +38,7 @@ def parser():
     options.add_argument('--embed', metavar='MB', type=_megabytes, default=EMBEDDED,
                          help=f'size of the logs and pictures embedded in the page (default {EMBEDDED:g}); the '
                               'others are linked')
-    options.add_argument('--document', action=_Manual, nargs=0, help='print the man page')
-    options.add_argument('--version', action='version', version=f'cvnreport {VERSION}')
     return options
-
-
-class _Manual(argparse.Action):
-    """Prints the man page, which is made of the same options as --help, and ends."""
-
-    def __call__(self, options, namespace, values, option_string=None):
-        def roff(text):
-            return text.replace('\\', '\\e').replace('-', '\\-')
-
-        page = [f'.TH CVNREPORT 1 "" "cvnreport {VERSION}"', '.SH NAME', roff('cvnreport - one page from one or many runs'),
-                '.SH SYNOPSIS', '.B cvnreport', r'\fIDIR\fR... [\fIOPTION\fR]...', '.SH DESCRIPTION', roff(options.description),
-                '.SH OPTIONS']
-        for action in options._actions:  # argparse has no other list of them
-            shown = ', '.join(action.option_strings) or action.metavar
-            metavar = f' {action.metavar}' if action.option_strings and action.metavar else ''
-            page += ['.TP', '.B ' + roff(shown + metavar), roff(action.help)]
-        page += ['.SH EXIT STATUS', roff(options.epilog.removeprefix('Exit status: '))]
-        print('\n'.join(page))
-        options.exit()
 
 
 def _megabytes(text):
