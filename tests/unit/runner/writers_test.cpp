@@ -101,6 +101,7 @@ TEST_F(WritersTest, EveryVerdictHasItsWordsInEveryFormat) {
   constexpr const char* kTap[] = {"ok 1 - A/1 ", "not ok 2 - A/2 ", "not ok 3 - A/3 ",
                                   "not ok 4 - A/4 ", "ok 5 - A/5 "};
   constexpr const char* kLava[] = {"pass", "fail", "fail", "unknown", "skip"};
+  constexpr const char* kPtest[] = {"PASS", "FAIL", "FAIL", "FAIL", "SKIP"};
   constexpr const char* kJUnit[] = {
       "<testcase", "<failure message=\"why\"", "<error message=\"why\" type=\"ERROR\"",
       "<error message=\"why\" type=\"BLOCKED\"", "<skipped message=\"why\""};
@@ -140,6 +141,11 @@ TEST_F(WritersTest, EveryVerdictHasItsWordsInEveryFormat) {
     EXPECT_TRUE(has(runner::kLava,
                     "TEST_CASE_ID=A." + std::to_string(i + 1) + " RESULT=" + kLava[i] + ">\n"))
         << told(runner::kLava);
+    EXPECT_TRUE(has(runner::kPtest, std::string(kPtest[i])
+                                        .append(": A/")
+                                        .append(std::to_string(i + 1))
+                                        .append(" name (a\\b #c)\n")))
+        << told(runner::kPtest);
   }
 }
 
