@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds and runs all tests; installs first what is missing.
 set -euo pipefail
-usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--farm|--kills N|--mutate [N [SEED]]|--help] [-R REGEX]'
+usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--farm|--packages|--kills N|--mutate [N [SEED]]|--help] [-R REGEX]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/scripts/common.sh"
 . "$here/scripts/cross.sh"
@@ -19,6 +19,8 @@ $usage
   --analyse  run clang-tidy and cppcheck on the whole tree, and the unit tests under valgrind
   --farm     run shards, crashes and power cuts in a LAVA lab and through labgrid, with simulated
              boards; installs their packages and requires root
+  --packages make all packages, twice; check them with lintian, and start the program of each in a
+             root with only what the package depends on; requires root
   --kills N  only run the test that kills an unattended run N times at random moments and resumes
              it (6 times in an ordinary run)
   --mutate [N [SEED]]
@@ -100,6 +102,7 @@ IsFormatted() {
 
 ScriptsAreClean() {
   shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-{run,power,login} contrib/*/*.sh \
+    packaging/cvnboard tests/packages/check-packages \
     sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh \
     sim/eyes/look contrib/eyes/*
 }
@@ -219,6 +222,17 @@ Farm() {
   Total
 }
 
+# Packages: made, looked at, started, made again elsewhere and compared.
+Packages() {
+  local scratch
+  NeedPackages lintian qemu-user
+  scratch=$(mktemp -d)
+  scripts/package.sh --output "$scratch/packages"
+  Check 'packages' tests/packages/check-packages "$scratch/packages" "$scratch/checks" amd64 arm64 armhf
+  ((failed)) || rm -rf "$scratch"
+  Total
+}
+
 # Mutate: how much of what could go wrong the unit tests see.
 Mutate() {
   scripts/mutate.py "$faults" --seed "$seed"
@@ -251,6 +265,7 @@ while (($#)); do
     --approve) Choose Approve ;;
     --analyse) Choose Analyse ;;
     --farm) Choose Farm ;;
+    --packages) Choose Packages ;;
     --fuzz)
       Choose Fuzz
       if [[ ${2-} =~ ^[1-9][0-9]*$ ]]; then

@@ -56,6 +56,7 @@ class BuildInfo(unittest.TestCase):
         declared = self.fingerprint(HEADER)
         self.assertRegex(declared, '^[0-9a-f]{12}$')
         same = {
+            'assertions': [HEADER + 'static_assert(sizeof(K2V_GAIN_T) == 20, "five words");\n'],
             'comments': [HEADER.replace('red first; then green', 'green [second')],
             'formatting': [HEADER.replace('\n', '\n\n').replace('  ', '\t').replace('[4]', '[ 4 ]')],
             'files': [HEADER[:HEADER.index('int K2V')], HEADER[HEADER.index('int K2V'):]],

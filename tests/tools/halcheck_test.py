@@ -79,6 +79,8 @@ FAULTS = (
     ('missing virtual function', change(r'virtual int SendAsync\(.*?;', ''),
      ['differs: RLink::Create()', 'RLink::SendAsync(RLNK_HOST_SESSION*, RLNK_CMD_PARAMS*) is no virtual function',
       'RLNK_BUFFER_DIR) is virtual function 6, the harness calls 7']),
+    ('destructor no longer virtual', change(r'virtual (~RLink)', r'\1'),
+     ['RLink::OpenSession(unsigned int, RLNK_HOST_SESSION*) is virtual function 0, the harness calls 2']),
     ('virtual functions swapped', change(r'(virtual int ReleaseBuffer\(.*?;)(\s*)(virtual int QueryBufferFreeSize\(.*?;)', r'\3\2\1'),
      ['RLink::ReleaseBuffer(RLNK_HOST_SESSION*, RLNK_BUFFER*) is virtual function 9, the harness calls 8']),
     ('argument of a virtual function', change(r'(AllocateBuffer\(RLNK_HOST_SESSION\* session, )uint32_t', r'\1unsigned long'),

@@ -1,8 +1,8 @@
-# Builds the harness as for a board: against a copy of the HAL's headers and a HAL library, without
-# the simulation. Fails where hal/include holds more than declarations, or where the harness needs
-# more. The build stays for the next run.
+# Builds the harness as for a board, by the example in contrib/cmake: against headers that are copies of
+# the HAL's with other names, and a HAL library, without the simulation. Fails where hal/include holds more
+# than declarations, or where the harness needs more. The build stays for the next run.
 #
-#   cmake -D SOURCE=… -D BUILD=… -D GENERATOR=… -D CXX=… -D LAUNCHER=… -D NM=… -D HAL_LIBRARY=…
+#   cmake -D SOURCE=… -D BUILD=… -D GENERATOR=… -D CXX=… -D LAUNCHER=… -D NM=… -D HAL_LIBRARY=… -D DESCRIPTION=…
 #         -P BoardBuild.cmake
 set(headers "${SOURCE}/hal/include")
 set(copy "${BUILD}/include")
@@ -40,11 +40,42 @@ if(symbols)
   message(FATAL_ERROR "hal/include defines: ${symbols}")
 endif()
 
-run("${CMAKE_COMMAND}" -S "${SOURCE}" -B "${BUILD}/build" -G "${GENERATOR}"
+# The headers as a board's SDK may have them: contrib/cmake names each file, and some types, anew.
+file(REMOVE_RECURSE "${BUILD}/sdk.new")
+file(STRINGS "${SOURCE}/contrib/cmake/headers.txt" rows REGEX "^[^# ]")
+string(REGEX MATCHALL "[A-Z][A-Za-z0-9_]+=[A-Za-z0-9_]+" types "${rows}")
+foreach(row IN LISTS rows)
+  string(REGEX MATCH "^([^ ]+) +([^ ]+)" names "${row}")
+  list(APPEND ours "${CMAKE_MATCH_1}")
+  list(APPEND theirs "${CMAKE_MATCH_2}")
+endforeach()
+foreach(our their IN ZIP_LISTS ours theirs)
+  file(READ "${copy}/${our}" text)
+  foreach(old new IN ZIP_LISTS ours theirs)
+    string(REPLACE "#include \"${old}\"" "#include \"${new}\"" text "${text}")
+  endforeach()
+  foreach(type IN LISTS types)
+    string(REPLACE "=" ";" type "${type}")
+    list(GET type 0 old)
+    list(GET type 1 new)
+    string(REPLACE "${old}" "${new}" text "${text}")
+  endforeach()
+  file(WRITE "${BUILD}/sdk.new/${their}" "${text}")
+  get_filename_component(directory "${BUILD}/sdk/${their}" DIRECTORY)
+  file(MAKE_DIRECTORY "${directory}")
+  file(COPY_FILE "${BUILD}/sdk.new/${their}" "${BUILD}/sdk/${their}" ONLY_IF_DIFFERENT)
+endforeach()
+file(REMOVE_RECURSE "${copy}" "${BUILD}/sdk.new")
+
+run("${CMAKE_COMMAND}" -S "${SOURCE}/contrib/cmake" -B "${BUILD}/build" -G "${GENERATOR}"
   -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}
-  -D CMAKE_CXX_FLAGS=-O0 -D CVN_BUILD_SIM=OFF
-  -D CVN_HAL_LIBRARY=${HAL_LIBRARY} -D CVN_HAL_INCLUDE_DIR=${copy})
-run("${CMAKE_COMMAND}" --build "${BUILD}/build" --target cvntester --parallel 2)
+  -D CMAKE_CXX_FLAGS=-O0 -D SDK_HAL_LIBRARY=${HAL_LIBRARY} -D SDK_INCLUDE_DIR=${BUILD}/sdk)
+set(ENV{CMAKE_BUILD_PARALLEL_LEVEL} 2)
+run("${CMAKE_COMMAND}" --build "${BUILD}/build")
 cmake_path(GET HAL_LIBRARY PARENT_PATH hal_directory)
-run("${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${hal_directory}"
-  "${BUILD}/build/bin/cvntester" --list)
+set(program "${BUILD}/build/installed/bin/cvntester")
+foreach(arguments IN ITEMS --list --check-hal)
+  run("${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${hal_directory}" "${program}" ${arguments})
+endforeach()
+# Names of files and types make no difference to the compiled program.
+run("${SOURCE}/tools/halcheck/cvnhalcheck" --verbose --debug-file "${DESCRIPTION}" "${HAL_LIBRARY}" "${program}")

@@ -191,7 +191,10 @@ class _Reader:
         return Field(_text(die, 'DW_AT_name'), offset, type_, bits)
 
     def _method(self, die, record):
-        name = _text(die, 'DW_AT_linkage_name') or _text(die, 'DW_AT_MIPS_linkage_name') or _text(die, 'DW_AT_name')
+        name = _text(die, 'DW_AT_name')
+        if name.startswith('~'):
+            return  # compilers disagree on what they say of destructors; those behind one show whether it is there
+        name = _text(die, 'DW_AT_linkage_name') or _text(die, 'DW_AT_MIPS_linkage_name') or name
         record.methods[name] = self._function(die)
         if 'DW_AT_vtable_elem_location' in die.attributes:
             record.slots[_constant(die.attributes['DW_AT_vtable_elem_location'])] = name
