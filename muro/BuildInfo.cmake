@@ -8,12 +8,23 @@ else()
   set(linked_hal "$<TARGET_FILE:cvn_k2vhal>")
 endif()
 
-# Looked at in every build; written when it has changed.
+# The commit changes with what git notes of it; whether files differ from it, with the harness.
 find_package(Git QUIET)
+set(noted "")
+if(GIT_FOUND AND EXISTS "${PROJECT_SOURCE_DIR}/.git")
+  execute_process(COMMAND "${GIT_EXECUTABLE}" rev-parse --git-path logs/HEAD
+    WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}" OUTPUT_VARIABLE noted
+    OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+  cmake_path(ABSOLUTE_PATH noted BASE_DIRECTORY "${PROJECT_SOURCE_DIR}")
+  if(NOT EXISTS "${noted}" OR IS_DIRECTORY "${noted}")
+    set(noted "")
+  endif()
+endif()
 set(commit "${generated}/Commit.cpp")
-add_custom_target(cvn_commit BYPRODUCTS "${commit}"
+add_custom_command(OUTPUT "${commit}"
   COMMAND "${CMAKE_COMMAND}" -D "SOURCE=${PROJECT_SOURCE_DIR}" -D "GIT=${GIT_EXECUTABLE}"
     -D "OUTPUT=${commit}" -P "${PROJECT_SOURCE_DIR}/cmake/WriteCommit.cmake"
+  DEPENDS muro "${PROJECT_SOURCE_DIR}/cmake/WriteCommit.cmake" ${noted}
   VERBATIM)
 
 # The compiler as preprocessor, with all flags that it has when it compiles.
@@ -49,7 +60,6 @@ add_custom_target(cvn_weak_harness DEPENDS "${weak_harness}")
 add_library(cvn_build_info STATIC "${commit}" "${fingerprint}" "${needed}")
 target_include_directories(cvn_build_info PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
 target_link_libraries(cvn_build_info PRIVATE cvn_warnings)
-add_dependencies(cvn_build_info cvn_commit)
 
 # The interface as the compiler laid it out, in a section of the program that no strip removes:
 # cvnhalcheck compares HAL libraries with it.

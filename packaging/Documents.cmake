@@ -1,5 +1,8 @@
 # What Debian wants beside the files of a package: copyright, change logs and compressed man pages. CPack
 # includes this between installing and packing; SOURCE_DATE_EPOCH is the time of the packages.
+
+# Sources may be writable for a group: packages do not depend on that.
+execute_process(COMMAND chmod -R go-w "${CPACK_TEMPORARY_INSTALL_DIRECTORY}" COMMAND_ERROR_IS_FATAL ANY)
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
   return()
 endif()

@@ -35,7 +35,7 @@ ConfigurePackages() {
   local preset=$1 tree=$source_dir/build/package/$1
   shift
   RunQuietly "configuring $tree" cmake -S "$source_dir" --preset "$preset" -B "$tree" \
-    -DCVN_BUILD_TESTS=OFF -DCVN_PACKAGES=ON \
+    -DCVN_BUILD_TESTS=OFF -DCVN_PACKAGES=ON -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON \
     -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$source_dir/= -ffile-prefix-map=$tree/=build/" "$@"
 }
 

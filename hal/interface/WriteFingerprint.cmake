@@ -35,7 +35,7 @@ if(declarations MATCHES "K2V_")
   string(SHA256 digest "${declarations}")
   string(SUBSTRING "${digest}" 0 12 digest)
 endif()
-file(WRITE "${OUTPUT}"
+file(CONFIGURE OUTPUT "${OUTPUT}" @ONLY CONTENT
 "// Written by WriteFingerprint.cmake.
 #include \"runner/BuildInfo.h\"
 const char runner::kHalFingerprint[] = \"${digest}\";

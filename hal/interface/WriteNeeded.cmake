@@ -34,12 +34,13 @@ if(lacking)
   list(REMOVE_ITEM weak ${lacking})
 endif()
 
+# Files that would not change keep their time, and what is made of them is not made again.
 list(JOIN weak "\n" text)
-file(WRITE "${OUTPUT}/weak.txt" "${text}\n")
+file(CONFIGURE OUTPUT "${OUTPUT}/weak.txt" CONTENT "${text}\n" @ONLY)
 
 list(TRANSFORM needed REPLACE "(.+)" "    \"\\1\",\n" OUTPUT_VARIABLE names)
 string(JOIN "" names ${names})
-file(WRITE "${OUTPUT}/NeededSymbols.cpp"
+file(CONFIGURE OUTPUT "${OUTPUT}/NeededSymbols.cpp" @ONLY CONTENT
 "// Written by WriteNeeded.cmake.
 #include \"runner/HalCheck.h\"
 const char* const runner::kNeededHalSymbols[] = {
@@ -51,7 +52,7 @@ set(functions ${needed})
 list(FILTER functions INCLUDE REGEX "^K2V_")
 list(TRANSFORM functions REPLACE "(.+)" "[[gnu::used]] decltype(&\\1) cvn_\\1 = nullptr")
 list(JOIN functions ";\n" functions)
-file(WRITE "${OUTPUT}/Description.cpp"
+file(CONFIGURE OUTPUT "${OUTPUT}/Description.cpp" @ONLY CONTENT
 "// Written by WriteNeeded.cmake.
 #include \"Headers.h\"
 [[gnu::used]] RLink* cvn_RLink = nullptr;

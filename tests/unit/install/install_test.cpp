@@ -68,17 +68,15 @@ class Installed : public testing::Test {
   /// A HAL library beside the program, with all functions but those in `lacking`.
   void MakeHalWithout(const Names& lacking) const {
     std::ifstream functions(HAL_FUNCTIONS);
-    const fs::path source = directory_ / "hal.s";
+    const fs::path source = directory_ / "hal.c";
     std::ofstream text(source);
     for (std::string name; std::getline(functions, name);) {
-      if (!lacking.contains(name))
-        text << ".globl " << name << "\n.type " << name << ", %function\n" << name << ":\n";
+      if (!lacking.contains(name)) text << "void " << name << "(void) {}\n";
     }
-    text << ".long 0\n";
     text.close();
     fs::create_directory(directory_ / "lib");
     const test::ShellResult built =
-        test::RunShell(CXX " -shared -nostdlib -Wl,-soname,libcvn_k2vhal.so " +
+        test::RunShell(CXX " -x c -shared -fPIC -nostdlib -Wl,-soname,libcvn_k2vhal.so " +
                        test::Quoted(source) + " -o " + test::Quoted(Hal()) + " 2>&1");
     ASSERT_EQ(built.status, 0) << built.output;
   }
@@ -155,7 +153,7 @@ TEST_F(Installed, SaysWhyALibraryCannotBeChecked) {
   const test::ShellResult absent = Start("", "--check-hal /absent/hal.so");
   EXPECT_EQ(absent.status, 2);
   EXPECT_NE(absent.output.find("cvntester: /absent/hal.so"), std::string::npos) << absent.output;
-  const test::ShellResult text = Start("", "--check-hal " + test::Quoted(directory_ / "hal.s"));
+  const test::ShellResult text = Start("", "--check-hal " + test::Quoted(directory_ / "hal.c"));
   EXPECT_EQ(text.status, 1);
   EXPECT_NE(text.output.find("invalid ELF header"), std::string::npos) << text.output;
 }
