@@ -29,6 +29,7 @@ foreach(line IN LISTS lines)
 endforeach()
 string(REGEX REPLACE "[ \t]+" " " declarations "${declarations}")
 string(REGEX REPLACE " ?([^A-Za-z0-9_@ ]|@[a-z]+@) ?" "\\1" declarations "${declarations}")
+string(STRIP "${declarations}" declarations)
 # Headers of the board that lie in a system directory cannot be told from the C library's.
 set(digest "unknown")
 if(declarations MATCHES "K2V_")

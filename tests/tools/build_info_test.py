@@ -41,14 +41,14 @@ class BuildInfo(unittest.TestCase):
         with open(output, encoding='utf-8') as file:
             return re.findall(r'"([^"]*)"', file.read())[-1]
 
-    def fingerprint(self, *headers, system=''):
+    def fingerprint(self, *headers, system='', compiler='g++'):
         """Of headers that are included one after the other."""
         self.write('system/stdint.h', 'typedef unsigned uint32_t;\n' + system)
         for number, header in enumerate(headers):
             self.write(f'{number}.h', header)
         self.write('all.cpp', ''.join(f'#include "{number}.h"\n' for number in range(len(headers))))
         text = self.path('all.ii')
-        subprocess.run(['g++', '-E', '-nostdinc', '-isystem', self.path('system'), self.path('all.cpp'), '-o', text],
+        subprocess.run([compiler, '-E', '-nostdinc', '-isystem', self.path('system'), self.path('all.cpp'), '-o', text],
                        check=True)
         return self.written(FINGERPRINT, TEXT=text)
 
@@ -64,6 +64,7 @@ class BuildInfo(unittest.TestCase):
         for what, headers in same.items():
             self.assertEqual(self.fingerprint(*headers), declared, what)
         self.assertEqual(self.fingerprint(HEADER, system='typedef long long int64_t;'), declared)
+        self.assertEqual(self.fingerprint(HEADER, compiler='clang++'), declared)
         others = {
             'order': HEADER.replace('  uint32_t offset;\n', '').replace('{\n', '{\n  uint32_t offset;\n'),
             'count': HEADER.replace('[4]', '[5]'),
