@@ -30,7 +30,7 @@ endforeach()
 string(REGEX REPLACE "[ \t]+" " " declarations "${declarations}")
 string(REGEX REPLACE " ?([^A-Za-z0-9_@ ]|@[a-z]+@) ?" "\\1" declarations "${declarations}")
 string(STRIP "${declarations}" declarations)
-# Headers of the board that lie in a system directory cannot be told from the C library's.
+# Headers of the board that lie in a system directory cannot be distinguished from the C library's.
 set(digest "unknown")
 if(declarations MATCHES "K2V_")
   string(SHA256 digest "${declarations}")

@@ -1,5 +1,5 @@
 """Whether two interfaces are the same to a compiled program. The first of two is always the library's, the second the
-harness's; differences are told from the library's side."""
+harness's; differences are described from the library's side."""
 from .model import Array, Base, Enumeration, Function, Pointer, Record, Void, alignment, text
 
 
