@@ -33,7 +33,7 @@ if(CVN_BUILD_SIM)
   if(NOT CMAKE_CROSSCOMPILING)
     take(cvntester-sim ${board} cvnsim_time cvnworld cvnpanel)
     install(DIRECTORY "${CMAKE_BINARY_DIR}/media" DESTINATION ${board}
-      COMPONENT cvntester-sim EXCLUDE_FROM_ALL PATTERN "*stamp" EXCLUDE)
+      COMPONENT cvntester-sim EXCLUDE_FROM_ALL USE_SOURCE_PERMISSIONS PATTERN "*stamp" EXCLUDE)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/sim/board" DESTINATION ${board}/sim
       COMPONENT cvntester-sim EXCLUDE_FROM_ALL USE_SOURCE_PERMISSIONS
       PATTERN "time" EXCLUDE PATTERN "CMakeLists.txt" EXCLUDE)
