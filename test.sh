@@ -104,7 +104,7 @@ ScriptsAreClean() {
   shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-{run,power,login} contrib/*/*.sh \
     packaging/cvnboard tests/packages/check-packages \
     sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh \
-    sim/eyes/look contrib/eyes/*
+    sim/eyes/look contrib/eyes/* tests/unit/record/at-desk
 }
 
 TidyIsClean() {
@@ -134,10 +134,13 @@ TestAll() {
 # skipped.
 TestForArm() {
   local preset
+  Configure release -DCVN_BUILD_TESTS=ON
+  Build release recording hal_session
   for preset in "${arm_presets[@]}"; do
     NeedTarget "$preset"
     BuildTests "$preset"
     RunTests "$preset"
+    Check "recordings from $preset at the desk" tests/unit/record/at-desk "build/$preset" build/release
   done
   Total
 }

@@ -16,11 +16,11 @@ import sys
 import xml.etree.ElementTree as ElementTree
 
 FIRST_EVENT_ID = 16  # ids below are marks
-SCALARS = {
-    'unsigned char': 'u8', 'signed char': 'i8', 'char': 'char', 'bool': 'u8',
-    'short unsigned int': 'u16', 'short int': 'i16', 'unsigned int': 'u32', 'int': 'i32',
-    'long unsigned int': 'u64', 'long int': 'i64', 'long long unsigned int': 'u64',
-    'long long int': 'i64'}
+# Their sizes are the architecture's. Whether a char has a sign is, too, but it is text.
+INTEGERS = {
+    'char': 'char', 'bool': 'u', 'signed char': 'i', 'unsigned char': 'u',
+    'short int': 'i', 'short unsigned int': 'u', 'int': 'i', 'unsigned int': 'u',
+    'long int': 'i', 'long unsigned int': 'u', 'long long int': 'i', 'long long unsigned int': 'u'}
 MARKS = [('test_begins', 'u32 number, text name'),
          ('test_ends', 'u32 number, text name, text verdict'),
          ('prompt', 'text kind'), ('answer', 'text answer')]
@@ -67,8 +67,11 @@ class Headers:
         source, output = os.path.join(work, 'headers.cpp'), os.path.join(work, 'headers.xml')
         with open(source, 'w', encoding='utf-8') as file:
             file.writelines(f'#include "{name}"\n' for name in names)
-        subprocess.run([castxml, '--castxml-output=1', '--castxml-cc-gnu', compiler, '-std=c++17',
-                        '-I', directory, '-o', output, source], check=True)
+        done = subprocess.run([castxml, '--castxml-output=1', '--castxml-cc-gnu', '(', *compiler, ')',
+                               '-std=c++17', '-I', directory, '-o', output, source],
+                              stderr=subprocess.PIPE, text=True, check=False)
+        if done.returncode != 0:  # otherwise there is only a remark on how ARM passes numbers
+            sys.exit(done.stderr)
         root = ElementTree.parse(output).getroot()
         self.nodes = {node.get('id'): node for node in root}
         ours = {node.get('id') for node in root
@@ -134,8 +137,9 @@ class Generator:
 
     def scalar(self, type_id, where):
         node = self.headers.strip(type_id)
-        if node.tag == 'FundamentalType' and node.get('name') in SCALARS:
-            return SCALARS[node.get('name')]
+        if node.tag == 'FundamentalType' and node.get('name') in INTEGERS:
+            kind = INTEGERS[node.get('name')]
+            return kind if kind == 'char' else kind + node.get('size')
         if node.tag == 'Enumeration':
             return {'8': 'u8', '16': 'u16', '32': 'u32'}[node.get('size')]
         raise Problem(f'{where}: nothing is known of its type {self.headers.spelling(type_id)}')
@@ -539,7 +543,8 @@ def main():
     parser.add_argument('--annotations', required=True)
     parser.add_argument('--output', required=True, help='directory of what is made')
     parser.add_argument('--castxml', default='castxml')
-    parser.add_argument('--compiler', default='g++')
+    parser.add_argument('--compiler', action='append', required=True,
+                        help='the target\'s compiler; again for each option that selects the target')
     options = parser.parse_args()
     os.makedirs(options.output, exist_ok=True)
     directory = os.path.realpath(options.headers)

@@ -66,6 +66,8 @@ struct CodecContext {
 /// Copies at most `size` bytes of the caller's memory, which may be shorter than its caller says.
 /// Returns how many there were.
 size_t CopyReadable(uint8_t* to, const void* from, size_t size);
+/// The same where the kernel cannot read another process's memory, or an emulator stands for it.
+size_t CopyThroughPipe(uint8_t* to, const void* from, size_t size);
 
 /// What both directions share: arrays and records are visited element by element.
 template <typename Self, bool isReturn>

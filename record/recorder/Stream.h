@@ -47,7 +47,7 @@ class Stream {
   int NextPacket(uint64_t ns, size_t needed);
   int Open();
   void ClosePacket();
-  PacketHeader& Header() { return *reinterpret_cast<PacketHeader*>(packet_); }
+  PacketHeader& Header() { return *static_cast<PacketHeader*>(static_cast<void*>(packet_)); }
 
   const std::string& directory_;
   uint8_t* packet_ = nullptr;

@@ -13,7 +13,7 @@ ANNOTATIONS = 'RLink::Create return=object\n'
 
 
 class Generate(unittest.TestCase):
-    def run_on(self, declarations, annotations):
+    def run_on(self, declarations, annotations, compiler=('g++',)):
         with tempfile.TemporaryDirectory() as directory:
             headers = os.path.join(directory, 'headers')
             os.mkdir(headers)
@@ -25,7 +25,8 @@ class Generate(unittest.TestCase):
             with open(table, 'w', encoding='utf-8') as file:
                 file.write(ANNOTATIONS + annotations)
             done = subprocess.run([sys.executable, GENERATE, '--headers', headers, '--annotations',
-                                   table, '--output', os.path.join(directory, 'out')],
+                                   table, '--output', os.path.join(directory, 'out'),
+                                   *(f'--compiler={word}' for word in compiler)],
                                   capture_output=True, text=True, check=False)
             if done.returncode != 0:
                 return done.stderr
@@ -58,6 +59,14 @@ class Generate(unittest.TestCase):
         self.assertIn('"record R_c|u8[3] b\\n"', described)
         self.assertIn('"record R|i16 a|R_c[2] c\\n"', described)
         self.assertIn('"call K2V_Do|val i32|val u32 n|in R in|out R out|inb char data\\n"', described)
+
+    def test_numbers_have_the_sizes_of_the_target(self):
+        declaration = 'typedef struct { unsigned long n; } R; int K2V_Do(long a, const R* r);'
+        for compiler, size in ((('g++',), 64), (('g++', '-m32'), 32)):
+            with self.subTest(compiler=compiler):
+                described = self.run_on(declaration, 'K2V_Do r=in\n', compiler)
+                self.assertIn(f'"record R|u{size} n\\n"', described)
+                self.assertIn(f'"call K2V_Do|val i32|val i{size} a|in R r\\n"', described)
 
 
 if __name__ == '__main__':

@@ -1,5 +1,6 @@
 // Every function of the HAL through the recorder's encoding, the reader's description and back.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <deque>
 #include <limits>
@@ -213,14 +214,22 @@ TEST_F(EveryCall, NamesFunctionsOfOtherHeaders) {
 
 // A buffer that is shorter than its size says must not end the harness.
 TEST(Buffers, AreReadAsFarAsTheyAreThere) {
-  Arena arena;
-  auto* const memory = static_cast<uint8_t*>(arena.AllocateLow(4096, 0));
-  std::memset(memory, 7, 4096);
-  std::vector<uint8_t> copy(1 << 20);
-  const size_t there = CopyReadable(copy.data(), memory, copy.size());
-  EXPECT_GE(there, 4096U);
-  EXPECT_EQ(copy[4095], 7);
-  EXPECT_EQ(CopyReadable(copy.data(), nullptr, 16), 0U);
+  constexpr size_t kPage = 4096, kThere = 40 * kPage;
+  void* const map = mmap(nullptr, kThere + kPage, PROT_READ | PROT_WRITE,
+                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(map, MAP_FAILED);
+  auto* const memory = static_cast<uint8_t*>(map);
+  for (size_t i = 0; i < kThere; ++i) memory[i] = static_cast<uint8_t>(i * 7 + i / kPage);
+  ASSERT_EQ(mprotect(memory + kThere, kPage, PROT_NONE), 0);
+  for (const auto copy : {CopyReadable, CopyThroughPipe}) {
+    std::vector<uint8_t> to(kThere + kPage);
+    EXPECT_EQ(copy(to.data(), memory + 100, to.size() - 100), kThere - 100);
+    EXPECT_EQ(std::memcmp(to.data(), memory + 100, kThere - 100), 0);
+    EXPECT_EQ(copy(to.data(), memory + 5, 9), 9U);
+    EXPECT_EQ(copy(to.data(), memory + kThere, 16), 0U);
+    EXPECT_EQ(copy(to.data(), nullptr, 16), 0U);
+  }
+  munmap(map, kThere + kPage);
 }
 
 TEST(Digests, AreThoseOfSha256) {

@@ -9,6 +9,8 @@
 #include <fstream>
 #include <random>
 
+#include "Emulated.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -29,14 +31,26 @@ Result Shell(const std::string& command) {
   return result;
 }
 
+// The emulator is a program of this machine, which has no use for the library.
+std::pair<std::string, std::string> Preload(const std::string& library) {
+  if (test::IsEmulated()) return {"QEMU_SET_ENV", "LD_PRELOAD=" + library};
+  return {"LD_PRELOAD", library};
+}
+
+/// The words of a shell command that runs the session with this library in front of it.
+std::string SessionWith(const std::string& library) {
+  const auto [variable, value] = Preload(library);
+  return variable + "=" + value + " " CVN_HAL_SESSION " ";
+}
+
 std::string Name(const std::string& name) {
   return testing::TempDir() + name;
 }
 
 std::string Recording(const std::string& name, const std::string& session,
                       const std::string& variables = "") {
-  const Result result = Shell(variables + " CVN_RECORD=" + Name(name) +
-                              " LD_PRELOAD=" CVN_RECORDER " " CVN_HAL_SESSION " " + session);
+  const Result result =
+      Shell(variables + " CVN_RECORD=" + Name(name) + " " + SessionWith(CVN_RECORDER) + session);
   EXPECT_EQ(result.status, 0) << result.output;
   EXPECT_EQ(result.output, "");
   return Name(name);
@@ -48,8 +62,8 @@ Result Trace(const std::string& words) {
 
 Result Replay(const std::string& recording, const std::string& session,
               const std::string& variables = "") {
-  return Shell(variables + " CVN_REPLAY=" + recording + " LD_PRELOAD=" CVN_REPLAY_HAL " " +
-               CVN_HAL_SESSION + " " + session);
+  return Shell(variables + " CVN_REPLAY=" + recording + " " + SessionWith(CVN_REPLAY_HAL) +
+               session);
 }
 
 std::string OneStream(const std::string& recording) {
@@ -88,8 +102,7 @@ TEST(Recorder, RefusesADirectoryThatItCannotHave) {
       {CVN_HAL_SESSION, "Not a directory"},
   };
   for (const auto& [directory, reason] : rows) {
-    const Result result =
-        Shell("CVN_RECORD=" + directory + " LD_PRELOAD=" CVN_RECORDER " " CVN_HAL_SESSION);
+    const Result result = Shell("CVN_RECORD=" + directory + " " + SessionWith(CVN_RECORDER));
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "cvnrecord: " + directory + ": " + reason + "\n");
   }
@@ -98,9 +111,8 @@ TEST(Recorder, RefusesADirectoryThatItCannotHave) {
 // A file size limit stands for a full disk.
 TEST(Recorder, StopsWithOneLineWhenThereIsNoRoom) {
   const Result result = Shell("cd " + testing::TempDir() +
-                              "; trap '' XFSZ; ulimit -f 400; CVN_RECORD=r "
-                              "LD_PRELOAD=" CVN_RECORDER " timeout 20 " CVN_HAL_SESSION
-                              " endless 1 | head -c 400000 | wc -c");
+                              "; trap '' XFSZ; ulimit -f 400; CVN_RECORD=r " +
+                              SessionWith(CVN_RECORDER) + "endless 1 | head -c 400000 | wc -c");
   const size_t line = result.output.find("; the recording ends here\n");
   EXPECT_NE(line, std::string::npos) << result.output;
   EXPECT_EQ(result.output.find("; the recording ends here\n", line + 1), std::string::npos);
@@ -117,7 +129,8 @@ TEST(Recorder, LosesNothingWhenTheProcessIsKilled) {
     const pid_t child = fork();
     if (child == 0) {
       setenv("CVN_RECORD", recording.c_str(), 1);
-      setenv("LD_PRELOAD", CVN_RECORDER, 1);
+      const auto [variable, value] = Preload(CVN_RECORDER);
+      setenv(variable.c_str(), value.c_str(), 1);
       execl(CVN_HAL_SESSION, CVN_HAL_SESSION, "endless", std::to_string(pipe[1]).c_str(), nullptr);
       _exit(127);
     }
