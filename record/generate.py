@@ -30,9 +30,9 @@ class Problem(Exception):
     pass
 
 
-def parse_annotations(path):
+def parse_annotations(path, texts_path):
     """Returns rows (pattern, {parameter: kind}), and dictionaries of records, layouts and texts."""
-    rows, records, layouts, texts = [], {}, {}, []
+    rows, records, layouts, texts = [], {}, {}, parse_texts(texts_path)
     with open(path, encoding='utf-8') as file:
         for line in file:
             line = line.rstrip('\n')
@@ -50,6 +50,11 @@ def parse_annotations(path):
             else:
                 rows.append((words[0], parse_kinds(line.split(None, 1)[1])))
     return rows, records, layouts, texts
+
+
+def parse_texts(path):
+    with open(path, encoding='utf-8') as file:
+        return ['text ' + line.rstrip('\n') for line in file if line[0] not in '#\n']
 
 
 def parse_kinds(text):
@@ -541,6 +546,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument('--headers', required=True, help='directory of the HAL\'s headers')
     parser.add_argument('--annotations', required=True)
+    parser.add_argument('--texts', required=True, help='how records are printed')
     parser.add_argument('--output', required=True, help='directory of what is made')
     parser.add_argument('--castxml', default='castxml')
     parser.add_argument('--compiler', action='append', required=True,
@@ -550,7 +556,7 @@ def main():
     directory = os.path.realpath(options.headers)
     try:
         headers = Headers(directory, options.castxml, options.compiler, options.output)
-        generator = Generator(headers, parse_annotations(options.annotations))
+        generator = Generator(headers, parse_annotations(options.annotations, options.texts))
         generator.run(directory)
     except Problem as problem:
         sys.exit(f'{options.annotations}: {problem}')

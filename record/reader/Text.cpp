@@ -3,8 +3,9 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <cinttypes>
 #include <cstdio>
+
+#include "text/NumberText.h"
 
 namespace record {
 namespace {
@@ -71,20 +72,11 @@ std::string AllFields(const Value& value) {
 
 // What stands behind the colon of ${field:format}.
 std::string Formatted(const Value& value, std::string_view format) {
-  char text[32];
   if (format.empty()) return ValueText(value);
   if (format == "s") return Characters(value.bytes);
   if (format == "n") return std::to_string(value.bytes.size());
   if (format == "crc") return CrcText(value.bytes);
-  if (format == "ip") return value.number == 0 ? "i" : "p";
-  if (format == ".2") {
-    std::snprintf(text, sizeof text, "%" PRIu64 ".%02" PRIu64, value.number / 100,
-                  value.number % 100);
-  } else {
-    const bool isWide = format.starts_with("08");
-    std::snprintf(text, sizeof text, isWide ? "%08" PRIx64 : "%" PRIx64, value.number);
-  }
-  return text;
+  return haltext::NumberText(value.number, format);
 }
 
 std::string ByTemplate(const Value& value, std::string_view text) {

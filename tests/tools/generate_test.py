@@ -24,8 +24,11 @@ class Generate(unittest.TestCase):
             table = os.path.join(directory, 'annotations.txt')
             with open(table, 'w', encoding='utf-8') as file:
                 file.write(ANNOTATIONS + annotations)
+            texts = os.path.join(directory, 'texts.txt')
+            with open(texts, 'w', encoding='utf-8') as file:
+                file.write('# nothing\n')
             done = subprocess.run([sys.executable, GENERATE, '--headers', headers, '--annotations',
-                                   table, '--output', os.path.join(directory, 'out'),
+                                   table, '--texts', texts, '--output', os.path.join(directory, 'out'),
                                    *(f'--compiler={word}' for word in compiler)],
                                   capture_output=True, text=True, check=False)
             if done.returncode != 0:

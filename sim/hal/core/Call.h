@@ -7,7 +7,7 @@
 
 #include <type_traits>
 
-#include "core/CallText.h"
+#include "RecordTexts.h"
 #include "core/Failures.h"
 #include "core/Misbehaviours.h"
 #include "core/SharedBoard.h"

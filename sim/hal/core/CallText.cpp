@@ -23,8 +23,4 @@ void PutBuffer(CallText& out, const void* data, size_t size) {
   if (out.succeeded) out.text << " crc32=" << Crc32Text(data, size);
 }
 
-void Put(CallText& out, const K2V_VIDEO_RECT_T& rect) {
-  out.text << "{x=" << rect.x << ", y=" << rect.y << ", w=" << rect.w << ", h=" << rect.h << '}';
-}
-
 }  // namespace sim

@@ -1,14 +1,17 @@
 // Text of a HAL call for the trace: K2V_RHAL_VSC_SetWinBlank(0, 1, 0) = 0
-// A record type gets its text by an overload of Put next to its HAL functions.
+// A record type gets its text by a line in hal/text/texts.txt. One with more than its fields has an
+// overload of Put next to its HAL functions.
 #pragma once
 
 #include <concepts>
 #include <cstddef>
+#include <cstring>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
-#include "k2v/types.h"
+#include "text/NumberText.h"
 
 namespace sim {
 
@@ -40,11 +43,22 @@ Buffer(T*, size_t) -> Buffer<T>;
 std::string Crc32Text(const void* data, size_t size);
 
 void PutBuffer(CallText& out, const void* data, size_t size);
-void Put(CallText& out, const K2V_VIDEO_RECT_T& rect);
 
-template <std::integral T>
+template <typename T>
+requires std::integral<T> || std::is_enum_v<T>
 void Put(CallText& out, T number) {
   out.text << +number;
+}
+
+/// A field as texts.txt has it printed.
+template <typename T>
+requires std::integral<T> || std::is_enum_v<T>
+void PutAs(CallText& out, T number, std::string_view format) {
+  out.text << haltext::NumberText(number, format);
+}
+template <size_t size>
+void PutAs(CallText& out, const char (&text)[size], std::string_view) {
+  out.text << std::string_view(text, strnlen(text, size));
 }
 
 template <typename T>

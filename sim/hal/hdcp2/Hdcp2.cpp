@@ -18,16 +18,6 @@
 namespace sim {
 
 // Found from the templates in CallText.h, so not in the unnamed namespace.
-static void Put(CallText& out, const K2V_HDCP2_KEY_INFO_T& info) {
-  out.text << "{loaded=" << +info.bLoaded << ", verified=" << +info.bVerified << '}';
-}
-
-static void Put(CallText& out, const K2V_HDCP2_STATUS_T& status) {
-  out.text << "{state=" << status.eState << ", reason=" << status.eReason
-           << ", repeater=" << +status.bRepeater << ", stream=" << +status.nStreamType
-           << ", paired=" << +status.bPaired << ", locality=" << status.nLocalityUs << '}';
-}
-
 // Keys and what is made with them stay out of the trace.
 static void Put(CallText& out, const K2V_HDCP2_RSA_KEY_T&) {
   out.text << "{key}";

@@ -22,17 +22,6 @@
 namespace sim {
 
 // Found from the templates in CallText.h, so not in the unnamed namespace.
-static void Put(CallText& out, const RLNK_HOST_SESSION& session) {
-  char text[64];
-  std::snprintf(text, sizeof(text), "{class=%08x, id=%08x}", session.class_id, session.session_id);
-  out.text << text;
-}
-
-static void Put(CallText& out, const RLNK_BUFFER& buffer) {
-  out.text << "{handle=" << buffer.handle << ", size=" << buffer.size << ", dir=" << buffer.dir
-           << '}';
-}
-
 static void Put(CallText& out, const RLNK_BUFFER_RANGE& range) {
   out.text << '{' << range.size_1 << '+' << range.size_2 << '}';
 }

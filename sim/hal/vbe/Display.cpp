@@ -8,40 +8,6 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
-static void Put(CallText& out, const K2V_VBE_PANEL_INFO_T& panel) {
-  out.text << "{inch=" << panel.panel_inch << ", backlight=" << panel.panel_bl_type
-           << ", maker=" << panel.panel_maker << ", bar=" << panel.led_bar_type
-           << ", interface=" << panel.panelInterface << ", video=" << panel.video_width << 'x'
-           << panel.video_height << ", osd=" << panel.osd_width << 'x' << panel.osd_height
-           << ", bits=" << panel.lvds_bit_mode << '}';
-}
-
-static void Put(CallText& out, const K2V_VBE_PANEL_ATTRIBUTE_T& attribute) {
-  out.text << "{type=" << attribute.ePanelType << ", depth=" << attribute.eColorDepth
-           << ", lvds=" << attribute.eLVDSSelect << ", pixel=" << attribute.eLVDSPixel
-           << ", interface=" << attribute.panelInterface << ", frc=" << attribute.eFRCType
-           << ", resolution=" << attribute.panelResolution << ", inch=" << attribute.ePanelInch
-           << ", hPeriod=" << attribute.horizTypPeriod;
-  const auto putRate = [&out](const char* name, int period, int vSync, int vPorch, int hSync,
-                              int hPorch) {
-    out.text << ", " << name << "={" << period << ' ' << vSync << ' ' << vPorch << ' ' << hSync
-             << ' ' << hPorch << '}';
-  };
-  putRate("60Hz", attribute.vertTypPeriod60Hz, attribute.vertSyncWidth60Hz,
-          attribute.vertBackPorch60Hz, attribute.horizSyncWidth60Hz, attribute.horizBackPorch60Hz);
-  putRate("50Hz", attribute.vertTypPeriod50Hz, attribute.vertSyncWidth50Hz,
-          attribute.vertBackPorch50Hz, attribute.horizSyncWidth50Hz, attribute.horizBackPorch50Hz);
-  putRate("48Hz", attribute.vertTypPeriod48Hz, attribute.vertSyncWidth48Hz,
-          attribute.vertBackPorch48Hz, attribute.horizSyncWidth48Hz, attribute.horizBackPorch48Hz);
-  out.text << '}';
-}
-
-static void Put(CallText& out, const K2V_PANEL_CONFIG_T& config) {
-  out.text << "{name=" << config.sPanelName << ", " << config.nWidth << 'x' << config.nHeight
-           << '}';
-}
-
 namespace {
 
 constexpr uint8_t kPowerOnFrameRateHz = 60;

@@ -13,18 +13,6 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
-static void Put(CallText& out, const K2V_HDMI_TIMING_T& timing) {
-  if (timing.active.w == 0) {
-    out.text << "{no signal}";
-    return;
-  }
-  out.text << "{format=" << timing.format << ", " << TimingName(timing)
-           << ", total=" << timing.hTotal << 'x' << timing.vTotal << ", porch=" << timing.hPorch
-           << 'x' << timing.vPorch << ", hFreq=" << timing.hFreq << ", mode=" << +timing.mode
-           << '}';
-}
-
 namespace {
 
 void Release(HdmiPort& port) {

@@ -7,47 +7,6 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
-static void Put(CallText& out, const K2V_HAL_VFE_HDMI_AVI_INFO_T& info) {
-  out.text << "{vic=" << info.VideoIdCode << ", pixel=" << info.ePixelEncoding
-           << ", colorimetry=" << +info.eColorimetry << '/' << +info.eExtColorimetry
-           << ", itContent=" << +info.bItContent << '}';
-}
-
-static void Put(CallText& out, const K2V_HAL_VFE_HDMI_SPD_INFO_T& info) {
-  out.text << "{vendor=" << info.VendorName << ", product=" << info.ProductDescription
-           << ", device=" << info.SourceDeviceInfo << '}';
-}
-
-static void Put(CallText& out, const K2V_HAL_VFE_HDMI_VSI_INFO_T& info) {
-  out.text << "{format=" << info.eVideoFormat << ", hdmiVic=" << +info.nHdmiVic << '}';
-}
-
-static void Put(CallText& out, const K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& info) {
-  out.text << '{' << info.nCount << " info-frames}";
-}
-
-static void Put(CallText& out, const K2V_HAL_VFE_HDMI_DRM_INFO_T& info) {
-  out.text << "{eotf=" << info.eEOTFtype << ", maxCLL=" << info.nMaxCLL
-           << ", maxFALL=" << info.nMaxFALL << '}';
-}
-
-static void Put(CallText& out, const K2V_HAL_VFE_HDMI_PACKET_INFO_T& info) {
-  out.text << "{avi=";
-  Put(out, info.stAVI);
-  out.text << ", spd=";
-  Put(out, info.stSPD);
-  out.text << ", vsi=";
-  Put(out, info.stVSI);
-  out.text << ", drm=";
-  Put(out, info.stDRM);
-  out.text << '}';
-}
-
-static void Put(CallText& out, const K2V_HAL_VFE_HDMI_CLOCK_STATUS_T& status) {
-  out.text << "{tmds=" << status.nTmdsClockKHz << " kHz, locked=" << +status.bPllLocked << '}';
-}
-
 namespace {
 
 constexpr uint8_t kReceiverId[K2V_HDMI_HDCP_ID_BYTES] = {0x9C, 0x53, 0xB4, 0x2D, 0x6A};

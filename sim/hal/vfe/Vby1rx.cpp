@@ -7,16 +7,6 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
-static void Put(CallText& out, const K2V_VBY1RX_TIMING_T& timing) {
-  if (timing.active.w == 0) {
-    out.text << "{no signal}";
-    return;
-  }
-  out.text << "{format=" << timing.format << ", active=" << timing.active.w << 'x'
-           << timing.active.h << ", vFreq=" << timing.v_freq << '}';
-}
-
 namespace {
 
 const K2V_HDMI_TIMING_T& SelectedSource(const Vby1Receiver& receiver) {

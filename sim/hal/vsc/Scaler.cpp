@@ -9,11 +9,6 @@
 namespace sim {
 
 // Found from the templates in CallText.h, so not in the unnamed namespace.
-static void Put(CallText& out, const K2V_VSC_INPUT_SRC_T& source) {
-  out.text << "{type=" << source.type << ", attr=0x" << std::hex << source.indexAttr << std::dec
-           << ", output=" << source.outputMode << '}';
-}
-
 static void Put(CallText& out, const K2V_VSC_CAPTURE_INFO_T& info) {
   out.text << "{dataSize=" << info.dataSize;
   if (out.succeeded) {
