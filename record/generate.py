@@ -178,6 +178,7 @@ class Generator:
             alias += more
             for phase in phases:
                 self.add_field(phase, phases[phase], code, kind, described, line, field_name)
+        self.add_rooms(kinds, code)
         self.write_record(name, alias, phases, code)
 
     def field(self, record, field, kind):
@@ -215,6 +216,12 @@ class Generator:
         elif kind in (None, phase.replace('entry', 'in').replace('return', 'out')):
             fields.append(described)
             code[phase] += line
+
+    def add_rooms(self, kinds, code):
+        """Memory of the caller has the size that other fields of the record give it."""
+        for field, kind in kinds.items():
+            if kind.startswith('out['):
+                code['entry'] += f'v.FieldRoom(r.{field}, {self.count(kind, "r.", set())}); '
 
     def write_record(self, name, alias, phases, code):
         if phases['entry'] == phases['return']:

@@ -222,6 +222,8 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
     In(record);
   }
 
+  void FieldRoom(const void*, uint64_t) {}
+
   void CallerMemory(const void* memory, uint64_t bytes) {
     Memory(static_cast<const uint8_t*>(memory), memory == nullptr ? 0 : bytes);
   }

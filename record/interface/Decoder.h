@@ -129,6 +129,13 @@ class EntryDecoder : public Codec<EntryDecoder, false> {
     elements = isGiven ? static_cast<T*>(arena_.Allocate(static_cast<size_t>(bytes))) : nullptr;
   }
 
+  /// Of a field that was `Given` before its size was known.
+  template <typename T>
+  void FieldRoom(T*& memory, uint64_t count) {
+    const uint64_t bytes = std::min<uint64_t>(SizeOf<T>(count), kMaxBufferBytes);
+    if (memory != nullptr) memory = static_cast<T*>(arena_.Allocate(static_cast<size_t>(bytes)));
+  }
+
   template <typename... Arguments>
   void Callback(void (*&function)(Arguments...)) {
     const uint32_t number = bytes_.TakeCount();

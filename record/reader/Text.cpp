@@ -110,6 +110,12 @@ std::string PointedText(const Value& value) {
                                 : ValueText(value);
 }
 
+// What was given is not all in what came back, where the two directions have other fields.
+std::string InOutText(const Value& entered, const Value& back) {
+  const bool isAll = back.record == entered.record || !back.record->text.empty();
+  return isAll ? PointedText(back) : ValueText(entered).append(" -> ").append(ValueText(back));
+}
+
 std::string InBufferText(const ArgumentValue& entered, bool succeeded) {
   if (!entered.isGiven) return "NULL";
   if (entered.value->type->isText) return Quoted(entered.value->bytes);
@@ -172,7 +178,8 @@ std::string ArgumentText(const Argument& argument, const ArgumentValue& entered,
       return entered.isGiven ? PointedText(*entered.value) : "NULL";
     case Way::kInOut:
       if (!entered.isGiven) return "NULL";
-      return PointedText(back != nullptr && back->isGiven ? *back->value : *entered.value);
+      if (back == nullptr || !back->isGiven) return PointedText(*entered.value);
+      return InOutText(*entered.value, *back->value);
     case Way::kOut:
       if (!entered.isGiven) return "NULL";
       return back != nullptr && back->isGiven ? PointedText(*back->value) : "{}";

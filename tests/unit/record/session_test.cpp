@@ -110,9 +110,9 @@ TEST(Recorder, RefusesADirectoryThatItCannotHave) {
 
 // A file size limit stands for a full disk.
 TEST(Recorder, StopsWithOneLineWhenThereIsNoRoom) {
-  const Result result = Shell("cd " + testing::TempDir() +
-                              "; trap '' XFSZ; ulimit -f 400; CVN_RECORD=r " +
-                              SessionWith(CVN_RECORDER) + "endless 1 | head -c 400000 | wc -c");
+  const Result result =
+      Shell("cd " + testing::TempDir() + "; trap '' XFSZ; ulimit -f 400; CVN_RECORD=r " +
+            SessionWith(CVN_RECORDER) + "endless 1 | head -c 400000 | wc -c");
   const size_t line = result.output.find("; the recording ends here\n");
   EXPECT_NE(line, std::string::npos) << result.output;
   EXPECT_EQ(result.output.find("; the recording ends here\n", line + 1), std::string::npos);

@@ -1,0 +1,56 @@
+// Every function of the simulated board, as its own trace has it and as it is recorded. The trace
+// knows of directions and sizes from the functions themselves.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Emulated.h"
+#include "Expected.h"
+
+namespace {
+
+std::vector<std::string> CallsIn(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::vector<std::string> calls;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.starts_with('#')) calls.push_back(line);
+  }
+  return calls;
+}
+
+/// What is recorded otherwise than it is in the trace, of calls with such arguments. Numbers that
+/// count up are others when there is a new function, so that these lines are names alone.
+std::string Differences(const std::string& arguments) {
+  const std::string base = testing::TempDir() + arguments;
+  const std::string preload = test::IsEmulated() ? "QEMU_SET_ENV=LD_PRELOAD=" : "LD_PRELOAD=";
+  const std::string command = "CVNSIM_TRACE=" + base + ".trace CVN_RECORD=" + base + " " + preload +
+                              CVN_RECORDER " " CVN_EVERY_CALL " " + arguments +
+                              " && " CVN_TRACE " print " + base + " >" + base + ".recorded";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  const std::vector<std::string> traced = CallsIn(base + ".trace");
+  const std::vector<std::string> recorded = CallsIn(base + ".recorded");
+  EXPECT_EQ(recorded.size(), traced.size());
+  EXPECT_GT(recorded.size(), 300U);
+  std::string text = "== " + arguments + '\n';
+  for (size_t i = 0; i < std::min(recorded.size(), traced.size()); ++i) {
+    if (recorded[i] == traced[i]) continue;
+    const size_t shown = arguments == "counting" ? recorded[i].find('(') : std::string::npos;
+    text += recorded[i].substr(0, shown) + '\n';
+  }
+  return text;
+}
+
+// The expected ones: the trace leaves out sizes and keys of HDCP and what a refused call looked at,
+// and shows the link's parameters, regions of colour and pixels in its own ways.
+TEST(SimulatedBoard, RecordsEveryCallAsItTakesIt) {
+  std::string text;
+  for (const char* const arguments : {"null", "zero", "one", "counting"}) {
+    text += Differences(arguments);
+  }
+  EXPECT_TRUE(test::IsAsExpected("calls.txt", text));
+}
+
+}  // namespace

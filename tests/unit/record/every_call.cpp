@@ -1,0 +1,116 @@
+// Calls every function of the simulated board's HAL, so that the board's own trace can be held
+// against a recording. Arguments come from the C++ types alone: what the recorder is told of
+// directions and sizes has no part in them.
+#include <cstdint>
+#include <cstring>
+#include <deque>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "HalInterface.h"
+
+namespace {
+
+constexpr size_t kRoom = 1 << 17;  // behind every pointer; the last byte stays zero
+
+enum class Pattern { kNull, kZero, kOne, kCounting };
+
+class Caller {
+ public:
+  Caller(Pattern pattern, bool ends, RLink* link) : pattern_(pattern), ends_(ends), link_(link) {}
+
+  template <typename Result, typename... Arguments>
+  void Call(std::string_view name, Result (*function)(Arguments...)) {
+    if (IsCalled(name)) function(Argument<Arguments>()...);
+  }
+  template <typename Result, typename... Arguments>
+  void Call(std::string_view name, Result (RLink::*method)(Arguments...)) {
+    if (IsCalled(name)) (link_->*method)(Argument<Arguments>()...);
+  }
+
+ private:
+  // What ends something comes last, so that the others find it begun.
+  bool IsCalled(std::string_view name) const {
+    bool isEnd = false;
+    for (const char* const word : {"elease", "inal", "lose", "top", "ninit", "einit", "DeInit"}) {
+      isEnd = isEnd || name.find(word) != name.npos;
+    }
+    return isEnd == ends_;
+  }
+
+  template <typename T>
+  T Argument() {
+    if constexpr (std::is_same_v<T, RLNK_BUFFER*>) {
+      return nullptr;  // anything else has to be one of the HAL's own
+    } else if constexpr (std::is_pointer_v<T>) {
+      if constexpr (std::is_function_v<std::remove_pointer_t<T>>) return nullptr;
+      if (pattern_ == Pattern::kNull) return nullptr;
+      return reinterpret_cast<T>(Memory());
+    } else if constexpr (std::is_class_v<T>) {
+      T record;
+      std::memcpy(&record, Memory(), sizeof record);
+      return record;
+    } else {
+      return static_cast<T>(Number<std::conditional_t<std::is_enum_v<T>, int, T>>());
+    }
+  }
+
+  template <typename T>
+  T Number() {
+    switch (pattern_) {
+      case Pattern::kNull:
+      case Pattern::kZero:
+        return 0;
+      case Pattern::kOne:
+        return 1;
+      case Pattern::kCounting:
+        return static_cast<T>(++last_);
+    }
+    return 0;
+  }
+
+  void* Memory() {
+    std::vector<uint8_t>& block = blocks_.emplace_back(kRoom);
+    for (size_t i = 0; i + 1 < kRoom && pattern_ != Pattern::kZero; ++i) {
+      block[i] = pattern_ == Pattern::kOne ? i % 4 == 0 : static_cast<uint8_t>(i + blocks_.size());
+    }
+    return block.data();
+  }
+
+  Pattern pattern_;
+  bool ends_;
+  RLink* link_;
+  unsigned last_ = 0;
+  std::deque<std::vector<uint8_t>> blocks_;
+};
+
+void CallAll(Pattern pattern, bool ends, RLink* link) {
+  Caller caller(pattern, ends, link);
+#define CVN_FUNCTION(result, name, parameters, call, arguments) caller.Call(#name, name);
+#define CVN_METHOD(result, name, parameters, call, arguments) caller.Call(#name, &RLink::name);
+#define CVN_LINK_FUNCTION(result, name, parameters, call, arguments)
+#define CVN_CALLBACK(result, name, parameters, call, arguments)
+#include "HalCalls.inc"
+}
+
+constexpr struct {
+  std::string_view name;
+  Pattern pattern;
+} kPatterns[] = {{"null", Pattern::kNull},
+                 {"zero", Pattern::kZero},
+                 {"one", Pattern::kOne},
+                 {"counting", Pattern::kCounting}};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  RLink* const link = RLink::Create();
+  for (const auto& [name, pattern] : kPatterns) {
+    if (argc != 2 || name != argv[1]) continue;
+    CallAll(pattern, false, link);
+    CallAll(pattern, true, link);
+    return 0;
+  }
+  return 2;
+}
