@@ -14,6 +14,11 @@ Function Find(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_DEFAULT, name));
 }
 
+auto PromptMark() {
+  static const auto mark = Find<void (*)(const char*, const char*)>("cvn_mark_prompt");
+  return mark;
+}
+
 std::string Text(const char* name, const char* description) {
   return std::string(name).append(", ").append(description);
 }
@@ -31,14 +36,17 @@ void TestEnds(int number, const char* name, const char* description, const char*
     mark(static_cast<uint32_t>(number), Text(name, description).c_str(), verdict);
 }
 
-void Prompt(const char* kind) {
-  static const auto mark = Find<void (*)(const char*)>("cvn_mark_prompt");
-  if (mark != nullptr) mark(kind);
+bool AreKept() {
+  return PromptMark() != nullptr;
 }
 
-void Answer(std::string_view text) {
+void Prompt(const char* kind, std::string_view text) {
+  if (AreKept()) PromptMark()(kind, std::string(text).c_str());
+}
+
+void Answer(std::string_view answer) {
   static const auto mark = Find<void (*)(const char*)>("cvn_mark_answer");
-  if (mark != nullptr) mark(std::string(text).c_str());
+  if (mark != nullptr) mark(std::string(answer).c_str());
 }
 
 }  // namespace callmarks

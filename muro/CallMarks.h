@@ -10,8 +10,11 @@ namespace callmarks {
 void TestBegins(int number, const char* name, const char* description);
 void TestEnds(int number, const char* name, const char* description, const char* verdict);
 
-/// The console waits for `kind` of input, and took `text`.
-void Prompt(const char* kind);
-void Answer(std::string_view text);
+/// Whether there is a recorder: nobody else needs the text of a prompt.
+bool AreKept();
+
+/// The console waits for a "line" or a "key" after `text`, and took `answer`.
+void Prompt(const char* kind, std::string_view text);
+void Answer(std::string_view answer);
 
 }  // namespace callmarks

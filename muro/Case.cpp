@@ -120,6 +120,7 @@ int TestCase::Execute() {
 void TestCase::Judge() {
   std::cout << ansi::kList << getName() << " has been executed \n"
             << ansi::kList << kVerdictQuestion << ansi::kText;
+  console::NotePrompt(kVerdictQuestion);
   if (strcasecmp(console::ReadAnswer().c_str(), "N") == 0) result_ = 1;
 }
 

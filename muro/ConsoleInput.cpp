@@ -8,6 +8,7 @@
 #include <cctype>
 #include <cerrno>
 #include <charconv>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -25,19 +26,37 @@ constexpr useconds_t kClosedInputPauseUs = 100'000;
 
 void (*endOfInputHandler)() = nullptr;
 const console::InputObserver* observer = nullptr;
-bool putBack = false;  // a character was given back to stdin and is there without waiting
+std::string notedPrompt;  // whose answer was not asked for yet
+bool putBack = false;     // a character was given back to stdin and is there without waiting
 
 bool IsSpace(int c) {
   return c != EOF && std::isspace(c) != 0;
+}
+
+void MarkPrompt(Input kind) {
+  callmarks::Prompt(kind == Input::kKey ? "key" : "line", notedPrompt);
+  notedPrompt.clear();
+}
+
+/// `text` without colours and without the white space around it.
+std::string Plain(std::string_view text) {
+  std::string plain;
+  while (!text.empty()) {
+    const std::size_t colour = text.starts_with("\033[") ? text.find('m') : text.npos;
+    if (colour == text.npos) plain.push_back(text.front());
+    text.remove_prefix(colour == text.npos ? 1 : colour + 1);
+  }
+  while (!plain.empty() && IsSpace(plain.back())) plain.pop_back();
+  return plain.substr(std::min(plain.find_first_not_of(" \t\n"), plain.size()));
 }
 
 void TellWaiting(Input kind) {
   int typed = 0;
   const bool isObserved = observer != nullptr && observer->waiting != nullptr;
   if (putBack) return;
-  if (ioctl(0, FIONREAD, &typed) == 0 && typed > 0) return;
-  if (kind != Input::kPoll) callmarks::Prompt(kind == Input::kKey ? "key" : "line");
-  if (!isObserved) return;
+  const bool isWaiting = ioctl(0, FIONREAD, &typed) != 0 || typed <= 0;
+  if (kind != Input::kPoll && (isWaiting || !notedPrompt.empty())) MarkPrompt(kind);
+  if (!isWaiting || !isObserved) return;
   std::fflush(stdout);
   observer->waiting(kind);
 }
@@ -125,6 +144,23 @@ void PrintDumpRow(const unsigned char* p, unsigned len, unsigned row) {
 
 namespace console {
 
+void NotePrompt(std::string_view text) {
+  if (callmarks::AreKept()) notedPrompt = Plain(text);
+}
+
+void Prompt(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  va_list again;
+  va_copy(again, arguments);
+  char text[1024];
+  std::vsnprintf(text, sizeof text, format, again);
+  NotePrompt(text);
+  std::vprintf(format, arguments);
+  va_end(again);
+  va_end(arguments);
+}
+
 std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong) {
   std::fflush(stdout);
   int c = NextCharacter(Input::kLine);
@@ -179,12 +215,12 @@ int ReadNumber() {
 }
 
 int AskNumber(const char* text) {
-  std::fputs(text, stdout);
+  Prompt("%s", text);
   return ReadNumber();
 }
 
 int AskNumberInBlue(const char* text) {
-  std::printf("%s%s%s", ansi::kBlue, text, ansi::kReset);
+  Prompt("%s%s%s", ansi::kBlue, text, ansi::kReset);
   return ReadNumber();
 }
 
@@ -257,7 +293,7 @@ int _get_yes_no() {
 }
 
 int _get_yes_no_with_text(const char* text) {
-  std::printf("\n%s <y/n> ", text);
+  console::Prompt("\n%s <y/n> ", text);
   return _get_yes_no();
 }
 

@@ -15,6 +15,12 @@ enum class Overlong {
   kDrop,  // they are read and forgotten
 };
 
+/// Prints a prompt as std::printf does. A recording of HAL calls has it with its answer.
+[[gnu::format(printf, 1, 2)]] void Prompt(const char* format, ...);
+
+/// Keeps the text of a prompt that was printed in another way, for a recording.
+void NotePrompt(std::string_view text);
+
 /// Reads one token: skips white space, takes at most `limit` characters up to the next white space
 /// and the newline directly behind them. Returns nothing when the input ends before a token begins.
 std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong);

@@ -7,12 +7,14 @@
 #include <iostream>
 
 #include "Ansi.h"
+#include "ConsoleInput.h"
 #include "ModuleList.h"
 #include "TestReport.h"
 
 namespace {
 
 constexpr char kAllModuleAutoRun[] = "All Module Auto Run";
+constexpr char kChoicePrompt[] = "Please enter a choice : ";
 constexpr char kAutoRunByModule[] = "Auto Run Unit Test by Module";
 
 constexpr struct {
@@ -170,8 +172,8 @@ void TestFrame::PrintMenu() {
   std::cout << "\n\n";
   PrintFootLine("P", "PREVIOUS");
   PrintFootLine("Q", "Quit");
-  std::cout << std::string(59, '-') << '\n'
-            << ansi::kHeading << "Please enter a choice : " << ansi::kText;
+  std::cout << std::string(59, '-') << '\n' << ansi::kHeading << kChoicePrompt << ansi::kText;
+  console::NotePrompt(kChoicePrompt);
 }
 
 int TestFrame::EnterMenu() {

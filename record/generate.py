@@ -23,7 +23,7 @@ INTEGERS = {
     'long int': 'i', 'long unsigned int': 'u', 'long long int': 'i', 'long long unsigned int': 'u'}
 MARKS = [('test_begins', 'u32 number, text name'),
          ('test_ends', 'u32 number, text name, text verdict'),
-         ('prompt', 'text kind'), ('answer', 'text answer')]
+         ('prompt', 'text kind, text text'), ('answer', 'text answer')]
 
 
 class Problem(Exception):

@@ -39,6 +39,7 @@ MarkText ReadMark(const Event& event) {
   MarkText mark;
   const bool isTest = event.number == kTestBegins || event.number == kTestEnds;
   if (isTest) mark.number = static_cast<uint32_t>(reader.Number(4));
+  if (event.number == kPrompt) mark.kind = reader.Text();
   mark.text = reader.Text();
   if (event.number == kTestEnds) mark.verdict = reader.Text();
   return mark;
@@ -105,7 +106,7 @@ bool StreamReader::Next(Event& event) {
     ByteReader mark(rest);
     if (event.number <= kTestEnds) mark.Number(4);
     mark.Text();
-    if (event.number == kTestEnds) mark.Text();
+    if (event.number == kTestEnds || event.number == kPrompt) mark.Text();
     if (mark.IsGood()) size = mark.Position();
   } else if (!event.IsMark() && event.Call() < description_.Functions().size()) {
     size = SizeOfCall(description_.Functions()[event.Call()], event.IsReturn(), rest);

@@ -30,6 +30,7 @@ struct Event {
 /// What marks hold; `text` is a prompt's kind or an answer.
 struct MarkText {
   uint32_t number = 0;
+  std::string kind;  // of input that a prompt wants
   std::string text;
   std::string verdict;
 };

@@ -59,8 +59,11 @@ void cvn_mark_test_ends(uint32_t number, const char* name, const char* verdict) 
   });
 }
 
-void cvn_mark_prompt(const char* kind) {
-  Mark(kPrompt, [=](MarkBytes& bytes) { bytes.Text(kind); });
+void cvn_mark_prompt(const char* kind, const char* text) {
+  Mark(kPrompt, [=](MarkBytes& bytes) {
+    bytes.Text(kind);
+    bytes.Text(text);
+  });
 }
 
 void cvn_mark_answer(const char* answer) {

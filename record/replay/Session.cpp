@@ -438,7 +438,29 @@ void ReplaySession::BeginTest(uint32_t number, const std::string& name) {
   changed_.notify_all();
 }
 
-void ReplaySession::EndTest() {
+/// The first call of this test that did not succeed when it was recorded, with its number; may be
+/// empty.
+std::string ReplaySession::FailedCall(size_t stream) const {
+  const std::vector<StoredEvent>& events = Stream(stream).events;
+  std::string text;
+  const StoredEvent* back = nullptr;
+  for (size_t i = positions_[stream]; i-- > 0 && events[i].number != kTestBegins;) {
+    if (events[i].IsMark()) continue;
+    const Function& function = store_->Calls().Functions()[events[i].Call()];
+    bool good = false;
+    if (events[i].IsReturn()) {
+      const CallValues values = ReadCall(function, true, events[i].payload, good);
+      back = HasSucceeded(function, values.result) ? nullptr : &events[i];
+    } else if (back != nullptr && back->Call() == events[i].Call()) {
+      const CallValues values = ReadCall(function, true, back->payload, good);
+      text = "; call " + std::to_string(events[i].ordinal) + ": " +
+             CallText(function, ReadCall(function, false, events[i].payload, good), &values);
+    }
+  }
+  return text;
+}
+
+void ReplaySession::EndTest(const std::string& verdict) {
   Lock lock(mutex_);
   if (thread.stream == kNoStream || thread.hasDiverged) return;
   SkipPolls(thread.stream);
@@ -448,6 +470,11 @@ void ReplaySession::EndTest() {
     Diverge(Where(thread.stream, next->ordinal) + "recorded " +
             TextOf(next->Call(), next->payload) + ", now the test ends");
     return;
+  }
+  const MarkText recorded = ReadMark({next->ns, next->number, next->payload});
+  if (next->number == kTestEnds && recorded.verdict != verdict) {
+    Diverge("test " + std::to_string(recorded.number) + " (" + recorded.text + "): recorded " +
+            recorded.verdict + ", now " + verdict + FailedCall(thread.stream));
   }
   WaitForOthers(lock, next->ns, thread.stream, true);
   Advance(thread.stream);

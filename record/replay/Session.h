@@ -41,9 +41,10 @@ class ReplaySession {
   /// Compares what a handler left with what it left when it was recorded.
   void CheckHandler(uint16_t call, Bytes left);
 
-  /// The harness's marks: goes to this test; says what a test did not call.
+  /// The harness's marks: goes to this test; says what a test did not call, or that its verdict is
+  /// another one.
   void BeginTest(uint32_t number, const std::string& name);
-  void EndTest();
+  void EndTest(const std::string& verdict);
 
   /// At the end of the program: says what this thread did not call.
   void End();
@@ -73,6 +74,7 @@ class ReplaySession {
   std::string Where(size_t stream, uint32_t ordinal) const;
   std::string Difference(const StoredEvent& recorded, uint16_t call, Bytes entry) const;
   std::string TextOf(uint16_t call, Bytes entry) const;
+  std::string FailedCall(size_t stream) const;
   void Advance(size_t stream);
   void KeepTime(uint64_t fromNs, uint64_t toNs, std::chrono::steady_clock::time_point since) const;
   static void LockForFork();

@@ -150,8 +150,8 @@ void cvn_mark_test_begins(uint32_t number, const char* name) {
   ReplaySession::Get().BeginTest(number, name);
 }
 
-void cvn_mark_test_ends(uint32_t, const char*, const char*) {
-  ReplaySession::Get().EndTest();
+void cvn_mark_test_ends(uint32_t, const char*, const char* verdict) {
+  ReplaySession::Get().EndTest(verdict);
 }
 
 }  // extern "C"

@@ -33,7 +33,7 @@ class Printer {
         isShown_ = options_.test.empty();
         return;
       case kPrompt:
-        std::printf("# prompt: %s\n", mark.text.c_str());
+        std::printf("# prompt for a %s: %s\n", mark.kind.c_str(), mark.text.c_str());
         return;
       default:
         std::printf("# answer: %s\n", mark.text.c_str());

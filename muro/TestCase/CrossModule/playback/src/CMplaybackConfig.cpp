@@ -28,6 +28,7 @@ int AskSwitch(const SwitchEntry& entry) {
   CmLog(entry.function) << entry.current[entry.get() == 0 ? 0 : 1] << '\n';
   CmLog(entry.function) << entry.choice[0] << ansi::kGrey << "(default)" << ansi::kReset
                         << entry.choice[1];
+  console::NotePrompt(entry.choice[0]);
   entry.set(std::atoi(console::ReadLine().c_str()));
   const int value = entry.get();
   const bool known = value == 0 || value == 1;
@@ -153,7 +154,9 @@ int CMplaybackTestCase::CMplayback_Config_Auto_Send_DumpData(char*) {
 int CMplaybackTestCase::CMplaybackTest_Enable_Android(char*) {
   StartMenuItem(__func__);
   ShowAndroid(__func__);
-  CmLog(__func__) << "Please select [0]Enable Android [1]Disable Android: ";
+  static constexpr char kQuestion[] = "Please select [0]Enable Android [1]Disable Android: ";
+  CmLog(__func__) << kQuestion;
+  console::NotePrompt(kQuestion);
   const std::string answer = console::ReadLine();
   if (answer != "0" && answer != "1") {
     CmLog(__func__) << kNotRecognised << '\n';

@@ -48,7 +48,10 @@ std::vector<CM_TestCase*> AskCustomizedTestCases(const char* function) {
   const std::string kept = Get_Customized_TestCase_List();
   ListTestCases();
   CmLog(function) << "Current customized list: " << kept << '\n';
-  CmLog(function) << "Please enter the list of test cases (ex. 1,2; empty: keep): ";
+  static constexpr char kQuestion[] =
+      "Please enter the list of test cases (ex. 1,2; empty: keep): ";
+  CmLog(function) << kQuestion;
+  console::NotePrompt(kQuestion);
   const std::string typed = console::ReadLine();
   std::vector<CM_TestCase*> cases = SelectTestCases(typed.empty() ? kept : typed, function);
   if (!typed.empty() && !cases.empty()) Set_Customized_TestCase_List(typed);
@@ -57,7 +60,9 @@ std::vector<CM_TestCase*> AskCustomizedTestCases(const char* function) {
 
 /// Asks for the number of rounds; 0 when the answer is none.
 int AskRounds(const char* function) {
-  CmLog(function) << "Please enter the number of rounds: ";
+  static constexpr char kQuestion[] = "Please enter the number of rounds: ";
+  CmLog(function) << kQuestion;
+  console::NotePrompt(kQuestion);
   const std::string answer = console::ReadLine();
   int rounds = 0;
   const char* end = answer.data() + answer.size();

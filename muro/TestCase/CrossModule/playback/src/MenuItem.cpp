@@ -22,6 +22,7 @@ void ListTestCases() {
 
 int AskSelection(const char* function, const std::string& question) {
   CmLog(function) << question;
+  console::NotePrompt(question);
   return std::atoi(console::ReadLine().c_str());
 }
 

@@ -100,7 +100,9 @@ class AtHome {
 void Play(const CM_TestCase& testCase, const std::string& progress) {
   constexpr char kFunction[] = "Run_Playback_Test_Case";
   if (manualPlay) {
-    CmLog(kFunction) << "Enter any key if play finished\n";
+    static constexpr char kRequest[] = "Enter any key if play finished\n";
+    CmLog(kFunction) << kRequest;
+    console::NotePrompt(kRequest);
     mygetch();
     return;
   }

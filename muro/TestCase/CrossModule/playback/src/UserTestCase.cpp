@@ -23,6 +23,7 @@ std::string Ask(const char* function, const std::string& question,
                 bool (*accepts)(std::string_view), const char* refusal) {
   for (;;) {
     CmLog(function) << question;
+    console::NotePrompt(question);
     std::string answer = console::ReadLine();
     if (accepts(answer)) return answer;
     CmLog(function) << refusal << answer << '\n';

@@ -102,6 +102,7 @@ std::string AskServerAddress() {
   for (;;) {
     CmLog(kFunction) << "Please enter your TFTP Server IP" << ansi::kGrey
                      << "(Just input \"-\" to skip/clean setting)" << ansi::kReset << ":";
+    console::NotePrompt("Please enter your TFTP Server IP");
     std::string address = console::ReadLine();
     if (IsServerAddress(address)) return address;
     CmLog(kFunction) << "Not a server's name or address: " << address << '\n';

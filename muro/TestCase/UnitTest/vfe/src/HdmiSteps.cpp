@@ -121,7 +121,7 @@ const uint8_t* HdcpTestData() {
 uint8_t get_port() {
   int port = 0;
   do {
-    std::printf("\nwhich port to test (0~3) ? ");
+    console::Prompt("\nwhich port to test (0~3) ? ");
   } while (_get_number_with_range(&port, 0, 3, 10) != 0);
   return static_cast<uint8_t>(port);
 }

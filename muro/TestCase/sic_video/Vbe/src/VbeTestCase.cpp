@@ -22,7 +22,7 @@ int Verdict(int result, const char* what = "") {
 }
 
 int Ask(const char* prompt) {
-  std::puts(prompt);
+  console::Prompt("%s\n", prompt);
   return console::ReadNumber();
 }
 

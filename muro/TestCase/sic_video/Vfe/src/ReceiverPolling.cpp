@@ -128,7 +128,7 @@ void ChangePort(const Receiver& receiver, uint8_t& port) {
 
 Next AskWhatNext(const Receiver& receiver, const PollingTest& test, const K2V_HDMI_TIMING_T& timing,
                  uint8_t& port) {
-  std::puts(test.question);
+  console::Prompt("%s\n", test.question);
   const int answer = console::ReadNumber();
   if (answer == 1) return Next::kLeave;
   if (answer != kNoAnswer && answer == test.closeAnswer) return Next::kClose;
@@ -188,7 +188,7 @@ int RunDetectOnce(const Receiver& receiver, const DetectOnceTest& test, const ch
     usleep(kPollPeriodUs);
     std::puts(test.title);
     DetectOnce(receiver, port, function);
-    std::puts(test.question);
+    console::Prompt("%s\n", test.question);
     again = console::ReadNumber();
     if (test.printsAnswer) std::printf("\n ucReDetectFlag:%d\n", again);
   } while (again == 1);
@@ -197,7 +197,7 @@ int RunDetectOnce(const Receiver& receiver, const DetectOnceTest& test, const ch
 }
 
 int AskPort(const char* portList) {
-  std::puts(portList);
+  console::Prompt("%s\n", portList);
   return console::ReadNumber();
 }
 

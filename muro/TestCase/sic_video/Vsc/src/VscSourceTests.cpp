@@ -61,7 +61,7 @@ Selection AskNowAndThen(uint8_t& polls, uint8_t period) {
 }
 
 K2V_VSC_INPUT_TYPE AskSourceType() {
-  std::printf("%s%s", kSourceList, ansi::kReset);
+  console::Prompt("%s%s", kSourceList, ansi::kReset);
   return static_cast<K2V_VSC_INPUT_TYPE>(console::ReadNumber());
 }
 
@@ -245,8 +245,8 @@ void ConnectOfflineSources(const bool (&offline)[kSourceCount]) {
   for (K2V_VSC_INPUT_TYPE type = 0; type < kSourceCount; ++type) {
     if (!offline[type]) continue;
     const int32_t r = Api_vsc_Misc_SetInput_Source(type);
-    std::printf("Offline Connect K2V_VSC_INPUTSRC_%s %s : %d\n", kSourceNames[type],
-                r == 0 ? "OK" : "NG", r);
+    console::Prompt("Offline Connect K2V_VSC_INPUTSRC_%s %s : %d\n", kSourceNames[type],
+                    r == 0 ? "OK" : "NG", r);
     usleep(kSourceGapUs);
   }
   for (K2V_VSC_INPUT_TYPE type = 0; type < kSourceCount; ++type) {
@@ -261,7 +261,7 @@ K2V_VSC_INPUT_TYPE RunAllSources() {
   const K2V_VSC_INPUT_TYPE source = AskSourceType();
   bool offline[kSourceCount];
   for (K2V_VSC_INPUT_TYPE type = 0; type < kSourceCount; ++type) {
-    std::printf("Offline Connect %s, 0(NO), 1(YES)\n", kSourceNames[type]);
+    console::Prompt("Offline Connect %s, 0(NO), 1(YES)\n", kSourceNames[type]);
     const int answer = console::ReadNumber();
     std::printf("\n Connect:%d\n", answer);
     offline[type] = answer == 1;

@@ -74,7 +74,7 @@ struct FileTexts {
 /// Asks for a path and writes `bytes` bytes there. Returns the bytes written, -1 when the file
 /// could not be opened.
 int SaveAs(const FileTexts& texts, const void* data, std::size_t bytes) {
-  std::puts("\nPress file path name:");
+  console::Prompt("\nPress file path name:\n");
   const std::string path = console::ReadAnswer();
   std::printf("You set FILE is %s !!\n", path.c_str());
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"),
@@ -92,7 +92,7 @@ int SaveAs(const FileTexts& texts, const void* data, std::size_t bytes) {
 
 /// Asks for one overscan percentage. False, after a message, for more than 100.
 bool AskOverScan(const char* axis, int16_t* percent) {
-  std::printf("Set %s OverscanValue\n", axis);
+  console::Prompt("Set %s OverscanValue\n", axis);
   const int value = console::ReadNumber();
   if (value > 100) {
     std::printf("%s OverscanValue Abnormal : %d\n", axis, value);

@@ -106,8 +106,8 @@ int32_t ConnectKnownType(__K2V_VIDEO_WID_T wid) {
 }
 
 K2V_VSC_OUTPUT_MODE AskOutputMode(__K2V_VIDEO_WID_T wid) {
-  std::printf("%sChoose %s mode:%s\n%s", ansi::kBlue, IsSub(wid) ? "utput" : "output", kOutputModes,
-              ansi::kReset);
+  console::Prompt("%sChoose %s mode:%s\n%s", ansi::kBlue, IsSub(wid) ? "utput" : "output",
+                  kOutputModes, ansi::kReset);
   return static_cast<K2V_VSC_OUTPUT_MODE>(console::ReadNumber());
 }
 
