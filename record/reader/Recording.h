@@ -27,7 +27,7 @@ struct Event {
   unsigned Call() const { return (number - kFirstCallEvent) / 2U; }
 };
 
-/// What marks hold; `text` is a prompt's kind or an answer.
+/// What marks hold; `text` is a test, a prompt or an answer.
 struct MarkText {
   uint32_t number = 0;
   std::string kind;  // of input that a prompt wants

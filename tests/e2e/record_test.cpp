@@ -115,6 +115,8 @@ TEST_F(RecordTest, AScalerSessionIsReplayedToTheLetter) {
                            {"set display size:0(1920x1080),1(3840x2160),2(960*540)", "1"},
                            {"Blank Window 0(Win0), 1(Win1)", "0"},
                            {"User Sel, 0(Continue); 1(Exit); 2(ChangSrc)", "1"},
+                           {kChoice, "38"},
+                           {"by 'Y' or 'N'", "Y"},
                            {kChoice, "q"}}));
   };
   const Session recorded = Record({}, play);
@@ -122,6 +124,13 @@ TEST_F(RecordTest, AScalerSessionIsReplayedToTheLetter) {
   const std::string marks = Tool("print " + Recording() + " | grep '^# test'");
   EXPECT_NE(marks.find(" begins: Vsc MURO 18"), std::string::npos) << marks;
   EXPECT_NE(marks.find(": FAIL\n"), std::string::npos) << marks;
+  const std::string all = Tool("print " + Recording());
+  for (const std::string text :
+       {"# prompt for a line: Please enter a choice :\n# answer: 38\n",
+        "# prompt for a line: Please choose HDMI InputPort 0 ~ 3\n# answer: 0\n"}) {
+    EXPECT_NE(all.find(text), std::string::npos) << text << all;
+  }
+  EXPECT_NE(recorded.screen.find("VIDEO_RECT_Param, x : "), std::string::npos);
   ExpectSame(recorded, Replay({}, play));
 }
 

@@ -1,7 +1,9 @@
 // A HAL with all functions and nothing behind them: they answer 0 and write nothing. The call whose
-// number STUB_FAIL names answers -1.
+// number STUB_FAIL names answers -1, the first one takes STUB_MS.
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include "HalInterface.h"
 
@@ -11,6 +13,10 @@ template <typename Result>
 Result Answer() {
   static std::atomic<int> calls{0};
   static const char* const fails = std::getenv("STUB_FAIL");
+  static const char* const takes = std::getenv("STUB_MS");
+  if (takes != nullptr && calls == 0) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(takes)));
+  }
   static const int failing = fails == nullptr ? -1 : std::atoi(fails);
   if constexpr (std::is_pointer_v<Result>) {
     return nullptr;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -282,6 +283,16 @@ TEST(Polls, MayBeMoreOrFewer) {
   EXPECT_NE(Replay(recording, "missing 13", polls).output, "");
   EXPECT_EQ(Replay(recording, "", "CVN_REPLAY_POLLS=K2V_None").output,
             "cvnreplay: CVN_REPLAY_POLLS: the HAL has no K2V_None\n");
+}
+
+TEST(Times, AreThoseOfTheRecordingWhenAskedFor) {
+  using Clock = std::chrono::steady_clock;
+  const std::string recording = Recording("r", "", "STUB_MS=700");
+  const auto begin = Clock::now();
+  EXPECT_EQ(Replay(recording, "", "CVN_REPLAY_TIMES=recorded").output, "");
+  EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(700));
+  EXPECT_EQ(Replay(recording, "", "CVN_REPLAY_TIMES=slow").output,
+            "cvnreplay: CVN_REPLAY_TIMES is slow, neither recorded nor fast\n");
 }
 
 TEST(Tool, CountsExportsAndDrives) {
