@@ -1,6 +1,6 @@
 // A session of six tests with five calls each and one fault: hal_session
-// [argument|order|missing|surplus|ignore CALL]; the last does not see that this call failed. With
-// `endless PIPE` it calls on and on, and writes a byte to the pipe before each call.
+// [argument|order|missing|surplus|again|ignore CALL]; the last does not see that this call failed.
+// With `endless PIPE` it calls on and on, and writes a byte to the pipe before each call.
 #include <unistd.h>
 
 #include <cstdio>
@@ -64,6 +64,7 @@ bool Passes(int test, const Fault& fault) {
       Call(i++, false);
       continue;
     }
+    if (isHere && fault.kind == "again") Call(i, false);
     const int result = Call(i, isHere && fault.kind == "argument");
     passes = passes && (result == 0 || (isHere && fault.kind == "ignore"));
   }

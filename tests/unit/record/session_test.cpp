@@ -279,7 +279,10 @@ INSTANTIATE_TEST_SUITE_P(Thirty, Differences, testing::ValuesIn(kPlanted), [](co
 TEST(Polls, MayBeMoreOrFewer) {
   const std::string recording = Recording("r", "");
   const std::string polls = "CVN_REPLAY_POLLS=K2V_RHAL_VPQ_SetHue";
-  EXPECT_EQ(Replay(recording, "missing 12", polls).output, "");
+  for (const std::string words : {"missing 12", "again 12"}) {
+    EXPECT_EQ(Replay(recording, words, polls).output, "");
+    EXPECT_EQ(Lines(Replay(recording, words).output), 1U);
+  }
   EXPECT_NE(Replay(recording, "missing 13", polls).output, "");
   EXPECT_EQ(Replay(recording, "", "CVN_REPLAY_POLLS=K2V_None").output,
             "cvnreplay: CVN_REPLAY_POLLS: the HAL has no K2V_None\n");
