@@ -1,8 +1,10 @@
 // A HAL with all functions and nothing behind them: they answer 0 and write nothing. The call whose
-// number STUB_FAIL names answers -1, the first one takes STUB_MS.
+// number STUB_FAIL names answers -1, the first one takes STUB_MS. K2V_RHAL_VSC_DM_Open calls the
+// thermal handler on a thread of its own.
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <string_view>
 #include <thread>
 
 #include "HalInterface.h"
@@ -25,11 +27,26 @@ Result Answer() {
   }
 }
 
+K2V_THERMAL_CALLBACK handler = nullptr;
+
+struct Serve {
+  const char* function;
+
+  void operator()() const {
+    if (handler == nullptr || std::string_view(function) != "K2V_RHAL_VSC_DM_Open") return;
+    std::thread([] { handler(50); }).join();
+  }
+  void operator()(K2V_THERMAL_CALLBACK callback) const { handler = callback; }
+  template <typename... Arguments>
+  void operator()(Arguments...) const {}
+};
+
 }  // namespace
 
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 #define CVN_FUNCTION(result, name, parameters, call, arguments) \
   extern "C" result name parameters {                           \
+    Serve{#name} arguments;                                     \
     return Answer<result>();                                    \
   }
 #define CVN_METHOD(result, name, parameters, call, arguments)

@@ -1,14 +1,17 @@
 // A session of six tests with five calls each and one fault: hal_session
 // [argument|order|missing|surplus|again|ignore CALL]; the last does not see that this call failed.
-// With `endless PIPE` it calls on and on, and writes a byte to the pipe before each call.
+// With `endless PIPE` it calls on and on, and writes a byte to the pipe before each call. With
+// `handlers` it has a handler called.
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "CallMarks.h"
+#include "k2v/thermal.h"
 #include "k2v/vfe_hdmi.h"
 #include "k2v/vpq.h"
 #include "k2v/vsc.h"
@@ -46,6 +49,19 @@ int Call(int number, bool isChanged) {
   }
 }
 
+std::atomic<int> heard{0};
+
+// How many times the handler was called by then is another number when it is called elsewhere.
+int CountHandlers() {
+  K2V_RHAL_register_thermal_notifier([](int degrees) { heard += degrees; });
+  for (int i = 0; i < 50; ++i) {
+    std::printf("%d ", heard.load());
+    K2V_RHAL_VSC_DM_Open();
+  }
+  std::printf("%d\n", heard.load());
+  return 0;
+}
+
 struct Fault {
   std::string kind;
   int at = -1;
@@ -76,6 +92,7 @@ bool Passes(int test, const Fault& fault) {
 int main(int argc, char** argv) {
   const Fault fault = argc > 2 ? Fault{argv[1], std::atoi(argv[2])} : Fault{};
   if (fault.kind == "endless") CallForEver(fault.at);
+  if (argc == 2) return CountHandlers();
   for (int test = 0; test < kTests; ++test) {
     callmarks::TestBegins(test, "Session", "five calls");
     const bool passes = Passes(test, fault);

@@ -288,6 +288,13 @@ TEST(Polls, MayBeMoreOrFewer) {
             "cvnreplay: CVN_REPLAY_POLLS: the HAL has no K2V_None\n");
 }
 
+TEST(Handlers, AreCalledAtTheirPlaces) {
+  const std::string play = SessionWith(CVN_RECORDER) + "handlers";
+  const Result recorded = Shell("CVN_RECORD=" + Name("r") + " " + play);
+  EXPECT_TRUE(recorded.output.starts_with("0 50 100 150 ")) << recorded.output;
+  EXPECT_EQ(Replay(Name("r"), "handlers").output, recorded.output);
+}
+
 TEST(Times, AreThoseOfTheRecordingWhenAskedFor) {
   using Clock = std::chrono::steady_clock;
   const std::string recording = Recording("r", "", "STUB_MS=700");
