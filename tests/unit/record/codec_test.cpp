@@ -233,6 +233,26 @@ TEST_F(EveryCall, IsReadAsItWasWrittenAtTheLimitsOfItsTypes) {
   }
 }
 
+// Keys, and what is made with them: whoever takes one from this list lets it into recordings.
+TEST_F(EveryCall, KeepsTheseSecrets) {
+  std::vector<std::string> secrets;
+  for (const Function& function : description_->Functions()) {
+    for (const Argument& argument : function.arguments) {
+      const bool isSecret = argument.way == Way::kSecretIn || argument.way == Way::kSecretOut;
+      if (isSecret) secrets.push_back(function.name + ' ' + argument.name);
+    }
+  }
+  EXPECT_EQ(
+      secrets,
+      (std::vector<std::string>{
+          "K2V_RHAL_HDCP2_Random out", "K2V_RHAL_HDCP2_Sha256 data",
+          "K2V_RHAL_HDCP2_HmacSha256 key", "K2V_RHAL_HDCP2_HmacSha256 data",
+          "K2V_RHAL_HDCP2_AesCtr key", "K2V_RHAL_HDCP2_AesCtr in", "K2V_RHAL_HDCP2_AesCtr out",
+          "K2V_RHAL_HDCP2_RsaOaepEncrypt key", "K2V_RHAL_HDCP2_RsaOaepEncrypt message",
+          "K2V_RHAL_HDCP2_RsaOaepDecrypt key", "K2V_RHAL_HDCP2_RsaOaepDecrypt message",
+          "K2V_RHAL_VFE_HDMI_WriteHDCP data", "K2V_RHAL_VFE_HDMI_ReadHDCP data"}));
+}
+
 TEST_F(EveryCall, NamesFunctionsOfOtherHeaders) {
   std::string other = TextOf(kDescription), error;
   const auto replace = [&other](const std::string& from, const std::string& to) {
