@@ -49,7 +49,6 @@ std::string Differences(const std::string& arguments) {
   const std::vector<std::string> traced = CallsIn(Name(arguments) + ".trace");
   const std::vector<std::string> recorded = Tool("print " + Name(arguments));
   EXPECT_EQ(recorded.size(), traced.size());
-  EXPECT_GT(recorded.size(), 300U);
   std::string text = "== " + arguments + '\n';
   for (size_t i = 0; i < std::min(recorded.size(), traced.size()); ++i) {
     if (recorded[i] == traced[i]) continue;
@@ -63,7 +62,7 @@ std::string Differences(const std::string& arguments) {
 // and shows the link's parameters, regions of colour and pixels in its own ways.
 TEST(SimulatedBoard, RecordsEveryCallAsItTakesIt) {
   std::string text;
-  for (const char* const arguments : {"null", "zero", "one", "counting"}) {
+  for (const char* const arguments : {"null", "zero", "one", "counting", "session"}) {
     text += Differences(arguments);
   }
   EXPECT_TRUE(test::IsAsExpected("calls.txt", text));
@@ -71,7 +70,11 @@ TEST(SimulatedBoard, RecordsEveryCallAsItTakesIt) {
 
 // What a call looked at or had room for is there again, or it is answered differently.
 TEST(SimulatedBoard, AnswersEveryCallTheSameWhenItIsMadeAgain) {
-  for (const std::string arguments : {"one", "counting"}) {
+  const std::vector<std::string> some = {"6 calls not made: secrets, or the HAL lacks them",
+                                         "2 differences"};
+  const std::pair<std::string, std::vector<std::string>> rows[] = {
+      {"one", some}, {"counting", some}, {"session", {"no differences"}}};
+  for (const auto& [arguments, expected] : rows) {
     Record(arguments);
     std::vector<std::string> lines =
         Tool("drive --slower 1e9 --library " CVN_SIMULATED_HAL " " + Name(arguments));
@@ -79,8 +82,7 @@ TEST(SimulatedBoard, AnswersEveryCallTheSameWhenItIsMadeAgain) {
       return line.find("K2V_RHAL_DEVICE_Get_Clock_Value(") != line.npos ||
              line.find("K2V_RHAL_HDCP2_GetKeyInfo(") != line.npos;
     });
-    EXPECT_EQ(lines, (std::vector<std::string>{"6 calls not made: secrets, or the HAL lacks them",
-                                               "2 differences"}));
+    EXPECT_EQ(lines, expected);
   }
 }
 

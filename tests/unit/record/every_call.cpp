@@ -94,6 +94,44 @@ void CallAll(Pattern pattern, bool ends, RLink* link) {
 #include "HalCalls.inc"
 }
 
+// With a picture to look at: pixels both ways, and a capture.
+void UseScaler() {
+  uint8_t edid[K2V_HDMI_EDID_BYTES] = {};
+  K2V_RHAL_VFE_HDMI_Initialize();
+  K2V_RHAL_VFE_HDMI_WriteEDID(0, edid);
+  K2V_RHAL_VFE_HDMI_Open();
+  K2V_RHAL_VFE_HDMI_EnableHPD();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  K2V_RHAL_VSC_Initialize();
+  K2V_RHAL_VSC_Open(0);
+  K2V_RHAL_VSC_Connect(0, {2, 0x1f0, 1});
+  K2V_VIDEO_RECT_T rect = {0, 0, 3, 2};
+  K2V_VIDEO_PIXEL_T pixels[6] = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}, {13, 14, 15}, {}};
+  uint32_t standard = 0, format = 0;
+  K2V_RHAL_VSC_WriteVideoFrameBuffer(0, &rect, pixels);
+  K2V_RHAL_VSC_ReadVideoFrameBuffer(0, &rect, pixels, &standard, &format);
+  std::vector<uint8_t> capture(K2V_CAPTURE_BYTES + 100);
+  K2V_VSC_CAPTURE_INFO_T info = {capture.data(), K2V_CAPTURE_BYTES + 100, 0, 0};
+  K2V_RHAL_VSC_CaptureVideoFrame(0, &info);
+}
+
+// With data in a buffer of the link, in one piece and around its end.
+void UseLink(RLink* link) {
+  RLNK_HOST_SESSION session = {};
+  link->OpenSession(0x54455354, &session);
+  RLNK_BUFFER* const buffer = link->AllocateBuffer(&session, 100, RLNK_BUFFER_RECEIVE);
+  for (const uint32_t taken : {60U, 79U}) {
+    RLNK_CMD_PARAMS params = {0x1006, 0x211, {{buffer->handle, 70}, {3, 0}, {}, {}}};
+    link->Send(&session, &params);
+    RLNK_BUFFER_RANGE range = {};
+    link->GetBufferDataRange(&session, buffer, &range);
+    uint8_t data[79];
+    link->GetBuffer(&session, buffer, data, taken);
+  }
+  link->ReleaseBuffer(&session, buffer);
+  link->CloseSession(&session);
+}
+
 constexpr struct {
   std::string_view name;
   Pattern pattern;
@@ -106,6 +144,11 @@ constexpr struct {
 
 int main(int argc, char** argv) {
   RLink* const link = RLink::Create();
+  if (argc == 2 && std::string_view(argv[1]) == "session") {
+    UseScaler();
+    UseLink(link);
+    return 0;
+  }
   for (const auto& [name, pattern] : kPatterns) {
     if (argc != 2 || name != argv[1]) continue;
     CallAll(pattern, false, link);
