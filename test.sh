@@ -15,7 +15,8 @@ $usage
              fuzz all parsers, SECONDS each (default 60), after each fuzzer has found the faults
              planted for it
   --arch NAME
-             run the unit tests built for aarch64 or armhf under an emulator; can be repeated
+             run the unit tests built for aarch64 or armhf under an emulator, and read a recording
+             made there with this machine's programs; can be repeated
   --analyse  run clang-tidy and cppcheck on the whole tree, and the unit tests under valgrind
   --farm     run shards, crashes and power cuts in a LAVA lab and through labgrid, with simulated
              boards; installs their packages and requires root

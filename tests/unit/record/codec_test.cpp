@@ -108,7 +108,7 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
   }
   void FieldRoom(const void*, uint64_t) {}
   void CallerMemory(uint8_t* memory, uint64_t size) {
-    if (memory != nullptr) std::memset(memory, 0x3C, std::min<size_t>(size, kRoom));
+    if (memory != nullptr) std::fill_n(memory, std::min<uint64_t>(size, kRoom), uint8_t{0x3C});
   }
   template <typename T>
   void HalMemory(T*& memory, uint64_t) {
