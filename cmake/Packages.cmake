@@ -69,6 +69,11 @@ endforeach()
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/tools/python" DESTINATION ${tools}
   COMPONENT cvntester-tools EXCLUDE_FROM_ALL PATTERN "__pycache__" EXCLUDE)
 
+foreach(package IN ITEMS cvntester-sim cvntester-tools)
+  install(DIRECTORY "${CMAKE_BINARY_DIR}/share/${package}/" DESTINATION share
+    COMPONENT ${package} EXCLUDE_FROM_ALL OPTIONAL)
+endforeach()
+
 set(CPACK_PACKAGE_NAME cvntester)
 set(CPACK_PACKAGE_CONTACT "cvntester developers <cvntester@lists.debian.invalid>")
 set(CPACK_STRIP_FILES ON)
@@ -114,7 +119,7 @@ if(CMAKE_CROSSCOMPILING)
   set(architectures "aarch64=arm64" "armv7l=armhf")
   list(FILTER architectures INCLUDE REGEX "^${CMAKE_SYSTEM_PROCESSOR}=")
   string(REGEX REPLACE ".*=" "" CPACK_DEBIAN_PACKAGE_ARCHITECTURE "${architectures}")
-  list(REMOVE_ITEM CPACK_COMPONENTS_ALL cvntester-tools)
+  string(APPEND CPACK_DEBIAN_CVNTESTER-TOOLS_PACKAGE_DEPENDS ", libc6 (>= 2.36), ${runtime}")
 else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")

@@ -27,7 +27,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
         OUTPUT_FILE "${root}/share/man/man1/${program}.1" COMMAND_ERROR_IS_FATAL ANY)
     endif()
   endforeach()
-  file(GLOB pages "${root}/share/man/man1/*.1")
+  file(GLOB pages "${root}/share/man/man*/*")
   execute_process(COMMAND gzip -9n ${pages} "${documents}/changelog" "${documents}/changelog.Debian"
     COMMAND_ERROR_IS_FATAL ANY)
   file(GLOB_RECURSE files "${root}/share/doc/*")

@@ -14,7 +14,8 @@ eyes_packages=("${panel_packages[@]}" libavdevice-dev)
 record_packages=(castxml python3)
 report_packages=(python3 python3-jinja2 python3-pil)
 halcheck_packages=(python3 python3-pyelftools binutils)
-test_packages=("${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}" "${halcheck_packages[@]}"
+document_packages=(help2man lowdown)
+test_packages=("${document_packages[@]}" "${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}" "${halcheck_packages[@]}"
   babeltrace2 clang libclang-rt-14-dev clang-format libgtest-dev libbenchmark-dev shellcheck edid-decode openssl procps valgrind jq libxml2-utils perl
   python3-hypothesis python3-junitparser python3-yaml tidy poppler-utils)
 browser_packages=(chromium python3-websocket)

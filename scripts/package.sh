@@ -51,16 +51,14 @@ PackTree() {
 # Make ARCHITECTURE: everything for it. The archive's program has the C++ runtime inside.
 Make() {
   local preset=${presets[$1]} targets=(cvntester cvntester_documents cvn_k2vhal cvnsim cvndumpgen gst-cvn-test)
-  local options=()
   if [[ $preset == release ]]; then
-    options+=(-DCVN_BUILD_RECORDER=ON)
-    targets=(simulated_board cvneyes cvnpanel recording)
+    targets=(simulated_board cvneyes cvnpanel)
   else
     NeedTarget "$preset"
   fi
   local tree=$source_dir/build/package/$preset
-  ConfigurePackages "$preset" "${options[@]}" -DCVN_STATIC_RUNTIME=OFF
-  RunQuietly "building $tree" ninja -C "$tree" "${targets[@]}"
+  ConfigurePackages "$preset" -DCVN_BUILD_RECORDER=ON -DCVN_STATIC_RUNTIME=OFF
+  RunQuietly "building $tree" ninja -C "$tree" "${targets[@]}" recording documents
   PackTree "$preset" DEB
   ConfigurePackages "$preset" -DCVN_STATIC_RUNTIME=ON
   RunQuietly "building $tree" ninja -C "$tree" cvntester
@@ -96,7 +94,7 @@ done
 ((${#architectures[@]})) || architectures=(amd64 arm64 armhf)
 
 NeedPackages "${run_packages[@]}" "${eyes_packages[@]}" "${record_packages[@]}" "${report_packages[@]}" \
-  "${halcheck_packages[@]}" dpkg-dev file xz-utils
+  "${halcheck_packages[@]}" "${document_packages[@]}" dpkg-dev file xz-utils
 mkdir -p "$output"
 output=$(cd "$output" && pwd)
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(PackageTime)}

@@ -127,7 +127,7 @@ std::unique_ptr<Recording> Recording::Open(const std::filesystem::path& director
   const std::string metadata = text.str();
   if (!metadata.starts_with("/* CTF 1.8 */")) {
     error = "no recording: " + (directory / kMetadataName).string() +
-            (file ? " is something else" : " cannot be read");
+            (file ? " is not a recording" : " cannot be read");
     return nullptr;
   }
   auto recording = std::make_unique<Recording>();

@@ -138,7 +138,7 @@ void Begin() {
     Context().salt = FromHex(join.substr(0, salted));
     return;
   }
-  if (!IsEmpty(Directory().c_str())) Refuse("not empty; a recording needs a directory of its own");
+  if (!IsEmpty(Directory().c_str())) Refuse("not empty; use a new directory for a recording");
   if (getrandom(Context().salt.data(), Context().salt.size(), 0) < 0) Refuse(std::strerror(errno));
   WriteMetadata(Metadata(Hex(Context().salt)));
   setenv(kVariable, Directory().c_str(), 1);

@@ -72,7 +72,7 @@ bool ParseTimes() {
   const char* const text = std::getenv("CVN_REPLAY_TIMES");
   const std::string_view times = text == nullptr ? "fast" : text;
   if (times != "fast" && times != "recorded") {
-    Refuse("CVN_REPLAY_TIMES is " + std::string(times) + ", neither recorded nor fast");
+    Refuse("invalid CVN_REPLAY_TIMES '" + std::string(times) + "': expected recorded or fast");
   }
   return times == "recorded";
 }
@@ -83,7 +83,7 @@ bool ParseTimes() {
 ReplaySession& ReplaySession::Get() {
   static ReplaySession& session = *[] {
     const char* const directory = std::getenv("CVN_REPLAY");
-    if (directory == nullptr || *directory == '\0') Refuse("CVN_REPLAY names no recording");
+    if (directory == nullptr || *directory == '\0') Refuse("CVN_REPLAY is not set");
     std::string error;
     auto store = Store::Load(directory, record::TextOf(kDescription), error);
     if (store == nullptr) Refuse(error);

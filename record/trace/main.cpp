@@ -12,20 +12,23 @@ using namespace record;
 
 constexpr char kUsageText[] =
     "usage: cvntrace COMMAND [OPTION]... RECORDING [RECORDING]\n"
-    "  print DIR       the calls, one a line, with the marks of the harness behind #\n"
-    "  stats DIR       calls, total, median, 99th percentile and worst time by function and test\n"
-    "  coverage DIR    functions that were never called; the values of the arguments of the "
-    "others\n"
-    "  json DIR        trace events (Chrome's format) for viewers of traces\n"
-    "  diff DIR DIR    what the second recording does differently; status 1 when something is\n"
-    "  drive DIR       makes the recorded calls again and reports what is answered differently\n"
+    "  print DIR       print the calls, one per line, with the marks of the harness after #\n"
+    "  stats DIR       print calls, total, median, 99th percentile and worst time by function and\n"
+    "                  test\n"
+    "  coverage DIR    list the functions that were never called, and the values of the arguments\n"
+    "                  of the others\n"
+    "  json DIR        print trace events (Chrome's format) for trace viewers\n"
+    "  diff DIR DIR    print the differences of the second recording; exit status 1 if there are "
+    "any\n"
+    "  drive DIR       make the recorded calls again and print different results\n"
     "options:\n"
-    "  --test TEXT     only what tests with this number, or this in their name, called\n"
-    "  --function GLOB only these functions\n"
-    "  --from S, --to S  only what began then, in seconds since the beginning\n"
-    "  --times         print: time, duration, process and thread in front of each line\n"
-    "  --slower FACTOR diff, drive: how much slower a function has to be to be reported (2)\n"
-    "  --library FILE  drive: the HAL (libcvn_k2vhal.so where the loader finds it)\n";
+    "  --test TEXT     only calls of tests with this number, or with TEXT in their name\n"
+    "  --function GLOB only calls of these functions\n"
+    "  --from S, --to S  only calls that began then, in seconds since the start\n"
+    "  --times         print: time, duration, process and thread before each line\n"
+    "  --slower FACTOR diff, drive: report functions slower by this factor (default 2)\n"
+    "  --library FILE  drive: the HAL library (default: libcvn_k2vhal.so, as found by the "
+    "loader)\n";
 
 struct CommandRow {
   const char* name;
@@ -66,7 +69,7 @@ std::string TakeOption(int argc, char** argv, int& at, TraceOptions& options) {
     return {};
   }
   const char* const value = at + 1 < argc ? argv[++at] : nullptr;
-  if (value == nullptr) return name + " needs a value, or is no option";
+  if (value == nullptr) return "unknown option " + name + ", or a missing value";
   double number = 0;
   if (name == "--test") {
     options.test = value;
@@ -75,9 +78,9 @@ std::string TakeOption(int argc, char** argv, int& at, TraceOptions& options) {
   } else if (name == "--library") {
     options.library = value;
   } else if (name != "--from" && name != "--to" && name != "--slower") {
-    return name + " is no option";
+    return "unknown option " + name;
   } else if (!ParseSeconds(value, number)) {
-    return name + ": " + value + " is no number";
+    return name + ": invalid value '" + value + "': expected a number";
   } else if (name == "--slower") {
     options.factor = number;
   } else {
@@ -108,10 +111,11 @@ int main(int argc, char** argv) {
   for (const CommandRow& command : kCommands) {
     if (std::strcmp(argv[1], command.name) != 0) continue;
     if (recordings.size() != static_cast<size_t>(command.recordings)) {
-      return UsageError(std::string(command.name) + " needs " + std::to_string(command.recordings) +
+      return UsageError(std::string(command.name) + " requires " +
+                        std::to_string(command.recordings) +
                         (command.recordings == 1 ? " recording" : " recordings"));
     }
     return command.run(recordings, options);
   }
-  return UsageError(std::string(argv[1]) + " is no command");
+  return UsageError(std::string("unknown command ") + argv[1]);
 }

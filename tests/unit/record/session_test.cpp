@@ -99,7 +99,7 @@ TEST(Recorder, ShowsWhatWasCalledToEveryReaderOfTheFormat) {
 TEST(Recorder, RefusesADirectoryThatItCannotHave) {
   const std::string recording = Recording("r", "");
   const std::pair<std::string, std::string> rows[] = {
-      {recording, "not empty; a recording needs a directory of its own"},
+      {recording, "not empty; use a new directory for a recording"},
       {Name("none/r"), "No such file or directory"},
       {CVN_HAL_SESSION, "Not a directory"},
   };
@@ -189,7 +189,8 @@ TEST(Recording, IsRefusedWhenItIsSomethingElse) {
   std::ofstream(Name("d") + "/metadata") << "rubbish";
   const Result print = Trace("stats " + Name("d"));
   EXPECT_EQ(print.status, 2);
-  EXPECT_EQ(print.output, "cvntrace: no recording: " + Name("d") + "/metadata is something else\n");
+  EXPECT_EQ(print.output,
+            "cvntrace: no recording: " + Name("d") + "/metadata is not a recording\n");
   const Result replay = Replay(Name("d"), "");
   EXPECT_EQ(replay.status, 2);
   const std::string recording = Recording("r", "");
@@ -302,7 +303,7 @@ TEST(Times, AreThoseOfTheRecordingWhenAskedFor) {
   EXPECT_EQ(Replay(recording, "", "CVN_REPLAY_TIMES=recorded").output, "");
   EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(700));
   EXPECT_EQ(Replay(recording, "", "CVN_REPLAY_TIMES=slow").output,
-            "cvnreplay: CVN_REPLAY_TIMES is slow, neither recorded nor fast\n");
+            "cvnreplay: invalid CVN_REPLAY_TIMES 'slow': expected recorded or fast\n");
 }
 
 TEST(Tool, CountsExportsAndDrives) {

@@ -54,7 +54,7 @@ TEST(OptionsTest, WrongCommandLinesAreRefusedWithWhatIsWrong) {
       {"--run A --results d --label Run=x", "--label: invalid value 'Run=x'"},
       {"--run A --manual-play --no-operator", "--manual-play cannot be combined"},
       {"--version=2", "--version takes no value"},
-      {"--check-hal a b", "'b' is no option"},
+      {"--check-hal a b", "unexpected argument 'b'"},
       {"--check-hal a --check-hal b", "--check-hal: one of the things to do only"},
       {"--check-hal a --verbose", "--verbose does not belong here"},
       {"--check-hal=", "--check-hal: must not be empty"},
