@@ -1,4 +1,4 @@
-// State of the device: readiness, health, clocks, and the slave chip behind the link.
+// State of the device: readiness, health, clocks, and the slave chip on the other side of the link.
 #pragma once
 
 #include "k2v/types.h"
@@ -7,7 +7,7 @@
 extern "C" {
 #endif
 
-// What keeps the device from being ready or healthy: 0 is nothing, else a code of the board's own.
+// The reason why the device is not ready or not healthy: 0 for none, else a board-specific code.
 // Both return 0 or a failure code.
 int K2V_RHAL_DEVICE_Ready(int* out);
 int K2V_RHAL_DEVICE_Healthy(int* out);
@@ -18,7 +18,7 @@ enum {
 };
 uint64_t K2V_RHAL_DEVICE_Get_Clock_Value(int which);  // in ticks of 90 kHz
 
-int K2V_RHAL_slave_ready(void);  // 1 when the slave answers, 0 while it does not
+int K2V_RHAL_slave_ready(void);  // 1 if the slave answers, 0 if it does not
 
 #ifdef __cplusplus
 }

@@ -1,5 +1,5 @@
-// Graphics layer (GAL) and its variant behind the inter-chip link. Every function returns 0 or a
-// failure code.
+// Graphics layer (GAL) and its variant on the other side of the inter-chip link. Every function
+// returns 0 or a failure code.
 #pragma once
 
 #include "k2v/types.h"

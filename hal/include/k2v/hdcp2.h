@@ -1,6 +1,6 @@
 // HDCP 2.2/2.3 receiver on the HDMI ports 0 to 3: keys, authentication, and the cryptographic
-// primitives that both build on. Names of messages and values are those of the HDCP 2.3 on HDMI
-// interface. Every function returns 0 or a failure code where nothing else is told.
+// primitives that both are based on. Names of messages and values are those of the HDCP 2.3 on HDMI
+// interface. Every function returns 0 or a failure code unless documented otherwise.
 #pragma once
 
 #include "k2v/types.h"
@@ -28,7 +28,7 @@ typedef struct {
   uint8_t privateExponent[K2V_HDCP2_RSA_BYTES];
 } K2V_HDCP2_RSA_KEY_T;
 
-// What may be told of the receiver's key set.
+// Public data of the receiver's key set.
 typedef struct {
   uint8_t bLoaded;
   uint8_t bVerified;
@@ -36,13 +36,13 @@ typedef struct {
   uint8_t nVersion;  // HDCP version of RxCaps: 2
 } K2V_HDCP2_KEY_INFO_T;
 
-// How far an authentication is.
+// Progress of an authentication.
 enum {
   K2V_HDCP2_STATE_IDLE = 0,
   K2V_HDCP2_STATE_AKE = 1,            // authentication and key exchange done
   K2V_HDCP2_STATE_LOCALITY = 2,       // locality check done
   K2V_HDCP2_STATE_AUTHENTICATED = 3,  // session key exchanged
-  K2V_HDCP2_STATE_STREAM = 4,         // a repeater's lists and streams are settled too
+  K2V_HDCP2_STATE_STREAM = 4,         // the lists and streams of a repeater are settled too
   K2V_HDCP2_STATE_FAILED = 5,
 };
 
@@ -50,24 +50,24 @@ enum {
 enum {
   K2V_HDCP2_REASON_NONE = 0,
   K2V_HDCP2_REASON_NO_KEYS = 1,        // the receiver has no keys loaded
-  K2V_HDCP2_REASON_NO_SOURCE = 2,      // nothing plugged in, or it does not speak HDCP 2
+  K2V_HDCP2_REASON_NO_SOURCE = 2,      // nothing plugged in, or the device does not support HDCP 2
   K2V_HDCP2_REASON_CERTIFICATE = 3,    // signature of the receiver's certificate
-  K2V_HDCP2_REASON_REVOKED = 4,        // receiver id is in the revocation list
+  K2V_HDCP2_REASON_REVOKED = 4,        // receiver id is on the revocation list
   K2V_HDCP2_REASON_H_PRIME = 5,        // H' is wrong
   K2V_HDCP2_REASON_L_PRIME = 6,        // L' is wrong
   K2V_HDCP2_REASON_LOCALITY_TIME = 7,  // L' came after its time limit
   K2V_HDCP2_REASON_SESSION_KEY = 8,    // the receiver cannot decrypt the picture
   K2V_HDCP2_REASON_V_PRIME = 9,        // V' of a repeater is wrong
   K2V_HDCP2_REASON_M_PRIME = 10,       // M' of a repeater is wrong
-  K2V_HDCP2_REASON_NO_ANSWER = 11,     // the receiver stayed silent, or beyond a time limit
-  K2V_HDCP2_REASON_TOPOLOGY = 12,      // too many devices or levels behind a repeater
+  K2V_HDCP2_REASON_NO_ANSWER = 11,     // the receiver did not answer, or exceeded a time limit
+  K2V_HDCP2_REASON_TOPOLOGY = 12,      // too many devices or levels downstream of a repeater
 };
 
 typedef struct {
   uint32_t eState;      // K2V_HDCP2_STATE_*
   uint32_t eReason;     // K2V_HDCP2_REASON_*, of the last failure
-  uint8_t bRepeater;    // the receiver told to be one
-  uint8_t nStreamType;  // 0: may be passed on to HDCP 1.x, 1: not; told to repeaters only
+  uint8_t bRepeater;    // the receiver announced itself as a repeater
+  uint8_t nStreamType;  // 0: may be passed on to HDCP 1.x, 1: not; sent to repeaters only
   uint8_t bPaired;      // the key exchange used a key stored earlier
   uint8_t reserved;
   uint32_t nLocalityUs;  // from rn to L'
@@ -78,21 +78,21 @@ typedef struct {
 int K2V_RHAL_HDCP2_Initialize(void);
 int K2V_RHAL_HDCP2_Release(void);
 
-// Key set of the receiver: loads it from the board's secure store, tells what may be told of it,
-// checks it against the authority's public key, and drops it from the receiver.
+// Key set of the receiver: loads it from the board's secure store, returns its public data, checks
+// it against the authority's public key, and drops it from the receiver.
 int K2V_RHAL_HDCP2_LoadKeys(void);
 int K2V_RHAL_HDCP2_GetKeyInfo(K2V_HDCP2_KEY_INFO_T* info);
 int K2V_RHAL_HDCP2_VerifyKeys(void);
 int K2V_RHAL_HDCP2_EraseKeys(void);
 
-// Receiver ids that are refused, `count` times K2V_HDCP2_ID_BYTES; 0: none is.
+// Receiver ids that are refused, `count` times K2V_HDCP2_ID_BYTES; 0: none.
 int K2V_RHAL_HDCP2_SetRevocationList(const uint8_t* ids, uint32_t count);
 
-// Whether the receiver tells its sources that it is a repeater.
+// Sets whether the receiver announces itself as a repeater to its sources.
 int K2V_RHAL_HDCP2_SetRepeater(uint32_t on);
 
-// Lets the source at a port authenticate the receiver anew, up to a state (K2V_HDCP2_STATE_AKE to
-// K2V_HDCP2_STATE_STREAM; a receiver that is no repeater ends with _AUTHENTICATED).
+// Makes the source at a port authenticate the receiver again, up to a state (K2V_HDCP2_STATE_AKE to
+// K2V_HDCP2_STATE_STREAM; a receiver that is not a repeater ends with _AUTHENTICATED).
 int K2V_RHAL_HDCP2_Authenticate(uint8_t port, uint32_t state);
 int K2V_RHAL_HDCP2_GetStatus(uint8_t port, K2V_HDCP2_STATUS_T* status);
 int K2V_RHAL_HDCP2_Deauthenticate(uint8_t port);
@@ -104,8 +104,8 @@ int K2V_RHAL_HDCP2_HmacSha256(const uint8_t* key, uint32_t keySize, const uint8_
                               uint32_t size, uint8_t* mac);
 int K2V_RHAL_HDCP2_AesCtr(const uint8_t* key, const uint8_t* counter, const uint8_t* in,
                           uint8_t* out, uint32_t size);
-// RSAES-OAEP with SHA-256; the ciphertext has K2V_HDCP2_RSA_BYTES. `size` is the message's, and for
-// decryption the room before and the size after the call.
+// RSAES-OAEP with SHA-256; the ciphertext has K2V_HDCP2_RSA_BYTES. `size` is that of the message;
+// for decryption, the buffer's size before the call and the message's after it.
 int K2V_RHAL_HDCP2_RsaOaepEncrypt(const K2V_HDCP2_RSA_KEY_T* key, const uint8_t* message,
                                   uint32_t size, uint8_t* ciphertext);
 int K2V_RHAL_HDCP2_RsaOaepDecrypt(const K2V_HDCP2_RSA_KEY_T* key, const uint8_t* ciphertext,

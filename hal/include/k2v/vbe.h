@@ -1,5 +1,5 @@
-// Video back end (VBE): panel, timing controller (TCON), 3D formatter and HDMI transmitter.
-// Every function returns 0 or a failure code where nothing else is told.
+// Video back end (VBE): panel, timing controller (TCON), 3D formatter and HDMI transmitter. Every
+// function returns 0 or a failure code unless documented otherwise.
 #pragma once
 
 #include <stdbool.h>
@@ -10,13 +10,13 @@
 extern "C" {
 #endif
 
-// Colour depth of the panel's link, and the depth of panel attributes.
+// Colour depth of the panel's link, and the depth in panel attributes.
 enum {
   DISP_COLOR_DEPTH_8BIT = 0,
   DISP_COLOR_DEPTH_10BIT = 1,
 };
 
-// Panel to start, passed by value.
+// Panel to be started, passed by value.
 typedef struct {
   uint32_t panel_inch;      // diagonal, inches, 1 to 120
   uint32_t panel_bl_type;   // backlight, 0 to 15
@@ -85,7 +85,7 @@ typedef struct {
   uint32_t nMinLuminance;    // 0.0001 cd/m2
   uint32_t nBacklightZones;  // of local dimming; 0: none
   uint32_t reserved[8];
-  char sPanelName[K2V_PANEL_NAME_BYTES];  // ended by a zero byte
+  char sPanelName[K2V_PANEL_NAME_BYTES];  // terminated by a zero byte
 } K2V_PANEL_CONFIG_T;
 
 // Input format of the 3D formatter.
@@ -120,7 +120,7 @@ int K2V_RHAL_VBE_DISP_SetMute(uint32_t on);
 int K2V_RHAL_VBE_DISP_SetDisplayOutput(uint32_t on);
 // `percent` in 0.01 %, 0 to 300; `period` in 0.1 kHz, 0 to 1000.
 int K2V_RHAL_VBE_DISP_SetSpreadSpectrum(uint32_t enable, uint16_t percent, uint16_t period);
-// `frameRate` in Hz, 24 to 120; with `freeRun` the panel does not follow its input.
+// `frameRate` in Hz, 24 to 120; with `freeRun` the panel is not synchronised to its input.
 int K2V_RHAL_VBE_DISP_SetFrameRate(uint32_t freeRun, uint8_t frameRate);
 int K2V_RHAL_VBE_DISP_GetOutputFrameRate(uint8_t* frameRate);  // Hz
 // Colour around the picture; 0 to 255 each.
@@ -129,7 +129,7 @@ int K2V_RHAL_VBE_DISP_SetBackgroundColor(uint32_t red, uint32_t green, uint32_t 
 int K2V_RHAL_VBE_DISP_SetPanelBackgroundColor(uint8_t on, uint8_t red, uint8_t green, uint8_t blue);
 int K2V_RHAL_VBE_DISP_ScreenShift(uint32_t on);
 int K2V_RHAL_VBE_DISP_OLED_SetOrbit(uint32_t on);
-// The panel's configuration, which stays in place; null when there is none.
+// The panel's configuration, which remains valid; null if there is none.
 const K2V_PANEL_CONFIG_T* K2V_RHAL_Panel_GetPanelConfigParameter(void);
 
 // 3D formatter.
@@ -143,7 +143,7 @@ int K2V_RHAL_VBE_TRIDFMT_ToggleOutputLRFrame(uint32_t order);  // 0 right first,
 int K2V_RHAL_VBE_TRIDFMT_ToggleInputLRFrame(uint32_t order);   // 0 left first, 1 right first
 int K2V_RHAL_VBE_TRIDFMT_AutoConvergenceEnable(uint32_t enable);
 
-// HDMI transmitter: `callback` is told the state at once and every change of it.
+// HDMI transmitter: `callback` receives the state immediately, and again at every change.
 int K2V_RHAL_HdmiConnectionNotify(K2V_VBE_HDMI_CONNECTION_CALLBACK callback);
 
 #ifdef __cplusplus

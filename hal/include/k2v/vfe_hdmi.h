@@ -1,5 +1,5 @@
-// HDMI receiver of the video front end (VFE). Ports are numbered 0 to 3.
-// A function returns 0 or a failure code where nothing else is told.
+// HDMI receiver of the video front end (VFE). Ports are numbered 0 to 3. A function returns 0 or a
+// failure code unless documented otherwise.
 #pragma once
 
 #include "k2v/types.h"
@@ -23,13 +23,13 @@ enum {
   K2V_HDMI_MODE_HDMI = 1,
 };
 
-// Timing that a port receives; all zero when there is no signal.
+// Timing that a port receives; all zero if there is no signal.
 typedef struct {
   uint32_t format;          // video identification code (CEA-861), 0 for a timing without one
   uint16_t hFreq;           // line frequency, 0.01 kHz
   uint16_t vFreq;           // field or frame frequency, 0.01 Hz
-  uint16_t hTotal;          // pixels a line, blanking included
-  uint16_t vTotal;          // lines a frame, blanking included
+  uint16_t hTotal;          // pixels per line, blanking included
+  uint16_t vTotal;          // lines per frame, blanking included
   uint16_t hPorch;          // blanking from the sync's leading edge to the first pixel, pixels
   uint16_t vPorch;          // the same vertically, lines
   K2V_VIDEO_RECT_T active;  // active window
@@ -41,7 +41,7 @@ typedef struct {
   uint32_t extra;           // for the HAL's own use
 } K2V_HDMI_TIMING_T;
 
-// Info-frames. Numbers in them are those of the bits on the wire: AVI and SPD of CEA-861-F (6.4 and
+// Info-frames. Numeric values are those of the bits on the wire: AVI and SPD of CEA-861-F (6.4 and
 // 6.5), vendor-specific of HDMI 1.4b (8.2.3), dynamic range and mastering of CTA-861.3 (3.2).
 
 enum {
@@ -53,24 +53,24 @@ enum {
 
 // Auxiliary video information.
 typedef struct {
-  uint32_t VideoIdCode;     // VIC; 0: none, or the format is told by the vendor-specific info-frame
-  uint32_t eHDMIMode;       // K2V_HDMI_MODE_*
-  uint32_t ePixelEncoding;  // Y: K2V_HDMI_PIXEL_*
-  uint8_t nVersion;         // of the info-frame: 2, 3
-  uint8_t nLength;          // bytes of its payload
-  uint8_t bActiveFormat;    // A: the active format below counts
-  uint8_t eBarInfo;         // B: 0 none, 1 vertical, 2 horizontal, 3 both
-  uint8_t eScanInfo;        // S: 0 not told, 1 overscanned, 2 underscanned
-  uint8_t eColorimetry;     // C: 0 not told, 1 BT.601, 2 BT.709, 3 extended
-  uint8_t eExtColorimetry;  // EC: 5 BT.2020 constant luminance, 6 BT.2020
-  uint8_t ePictureAspect;   // M: 0 not told, 1 4:3, 2 16:9
-  uint8_t eActiveAspect;    // R: 8 as the picture, 9 4:3, 10 16:9, 11 14:9
-  uint8_t bItContent;       // ITC
-  uint8_t eItContentType;   // CN: 0 graphics, 1 photo, 2 cinema, 3 game
-  uint8_t eRgbRange;        // Q: 0 by the format, 1 limited, 2 full
-  uint8_t eYccRange;        // YQ: 0 limited, 1 full
-  uint8_t eScaling;         // SC: 0 none known, 1 horizontal, 2 vertical, 3 both
-  uint8_t nPixelRepetition;  // PR: times that a pixel is repeated, 0 to 9
+  uint32_t VideoIdCode;      // VIC; 0: none, or the format is in the vendor-specific info-frame
+  uint32_t eHDMIMode;        // K2V_HDMI_MODE_*
+  uint32_t ePixelEncoding;   // Y: K2V_HDMI_PIXEL_*
+  uint8_t nVersion;          // of the info-frame: 2, 3
+  uint8_t nLength;           // bytes of its payload
+  uint8_t bActiveFormat;     // A: the active format below is valid
+  uint8_t eBarInfo;          // B: 0 none, 1 vertical, 2 horizontal, 3 both
+  uint8_t eScanInfo;         // S: 0 no data, 1 overscanned, 2 underscanned
+  uint8_t eColorimetry;      // C: 0 no data, 1 BT.601, 2 BT.709, 3 extended
+  uint8_t eExtColorimetry;   // EC: 5 BT.2020 constant luminance, 6 BT.2020
+  uint8_t ePictureAspect;    // M: 0 no data, 1 4:3, 2 16:9
+  uint8_t eActiveAspect;     // R: 8 as the picture, 9 4:3, 10 16:9, 11 14:9
+  uint8_t bItContent;        // ITC
+  uint8_t eItContentType;    // CN: 0 graphics, 1 photo, 2 cinema, 3 game
+  uint8_t eRgbRange;         // Q: 0 default of the format, 1 limited, 2 full
+  uint8_t eYccRange;         // YQ: 0 limited, 1 full
+  uint8_t eScaling;          // SC: 0 unknown, 1 horizontal, 2 vertical, 3 both
+  uint8_t nPixelRepetition;  // PR: number of repetitions of a pixel, 0 to 9
   uint8_t reserved;
   uint16_t nTopBarEnd;       // lines
   uint16_t nBottomBarStart;  // lines
@@ -80,8 +80,8 @@ typedef struct {
 
 // Source product description.
 typedef struct {
-  char VendorName[9];           // ASCII, ended by a zero byte
-  char ProductDescription[17];  // ASCII, ended by a zero byte
+  char VendorName[9];           // ASCII, terminated by a zero byte
+  char ProductDescription[17];  // ASCII, terminated by a zero byte
   uint8_t nVersion;             // of the info-frame: 1
   uint8_t nLength;              // bytes of its payload
   uint32_t SourceDeviceInfo;    // K2V_HDMI_SOURCE_*
@@ -104,7 +104,7 @@ enum {
 
 enum {
   K2V_HDMI_VSI_NO_FORMAT = 0,
-  K2V_HDMI_VSI_EXTENDED_RESOLUTION = 1,  // the format is nHdmiVic
+  K2V_HDMI_VSI_EXTENDED_RESOLUTION = 1,  // the format is given by nHdmiVic
   K2V_HDMI_VSI_3D = 2,
 };
 
@@ -125,14 +125,14 @@ enum {
   K2V_HDMI_VSI_DATA_BYTES = 24,
 };
 
-// Vendor-specific info-frames of all vendors, as they were received.
+// Vendor-specific info-frames of all vendors, as received.
 typedef struct {
-  uint32_t nCount;  // info-frames in stVSI that count, 0 to K2V_HDMI_MAX_VSI
+  uint32_t nCount;  // number of valid info-frames in stVSI, 0 to K2V_HDMI_MAX_VSI
   struct {
-    uint32_t nIeeeOui;                       // who defines the data
-    uint8_t nVersion;                        // of the info-frame
-    uint8_t nLength;                         // bytes of its payload: the OUI's 3 and the data's
-    uint8_t nData[K2V_HDMI_VSI_DATA_BYTES];  // payload behind the OUI
+    uint32_t nIeeeOui;  // organisation that defines the data
+    uint8_t nVersion;   // of the info-frame
+    uint8_t nLength;    // bytes of its payload: 3 of the OUI and those of the data
+    uint8_t nData[K2V_HDMI_VSI_DATA_BYTES];  // payload after the OUI
     uint8_t reserved[2];
   } stVSI[K2V_HDMI_MAX_VSI];
 } K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T;
@@ -164,7 +164,7 @@ typedef struct {
   uint16_t nMaxFALL;                // maximum frame-average light level, 1 cd/m2
 } K2V_HAL_VFE_HDMI_DRM_INFO_T;
 
-// All packets of a port at once. Those that did not come are zero.
+// All packets of a port. Those that were not received are zero.
 typedef struct {
   K2V_HAL_VFE_HDMI_AVI_INFO_T stAVI;
   K2V_HAL_VFE_HDMI_SPD_INFO_T stSPD;
@@ -180,7 +180,7 @@ typedef struct {
   uint8_t reserved[2];
 } K2V_HAL_VFE_HDMI_CLOCK_STATUS_T;
 
-// What of the status and control data channel is asked for. Values are the bits of the SCDC's
+// Item to be read from the status and control data channel. Values are the bits of the SCDC's
 // registers (HDMI 2.0, 10.4.1).
 typedef uint32_t K2V_HAL_VFE_HDMI_SCDC_TYPE_T;
 enum {
@@ -192,7 +192,7 @@ enum {
 };
 
 enum {
-  K2V_HDMI_DEPTH_8 = 0,  // bits a component
+  K2V_HDMI_DEPTH_8 = 0,  // bits per component
   K2V_HDMI_DEPTH_10 = 1,
   K2V_HDMI_DEPTH_12 = 2,
   K2V_HDMI_DEPTH_16 = 3,
@@ -214,8 +214,8 @@ int K2V_RHAL_VFE_HDMI_Uninitialize(void);
 int K2V_RHAL_VFE_HDMI_Open(void);
 int K2V_RHAL_VFE_HDMI_Close(void);
 
-// Values of the chip, no failure codes: the number of HDMI ports, the port number that carries the
-// audio return channel, 1 where HDMI 2.0 is supported, and the port whose picture is passed on (-1:
+// Values of the chip, not failure codes: the number of HDMI ports, the port number that carries the
+// audio return channel, 1 if HDMI 2.0 is supported, and the port whose picture is passed on (-1:
 // none).
 int K2V_RHAL_VFE_HDMI_GetRxPortCnt(void);
 int K2V_RHAL_VFE_HDMI_GetARCChannel(void);
@@ -228,18 +228,18 @@ int K2V_RHAL_VFE_HDMI_EnableHPD(void);
 // Lowers (level 0) or raises (1) the hot-plug line of one port.
 int K2V_RHAL_VFE_HDMI_Set_HotPlug(uint8_t port, uint8_t level);
 
-// 1 when a source is at the other end of the port's cable and sees its hot-plug line, else 0.
+// 1 if a source is at the other end of the port's cable and sees its hot-plug line, else 0.
 int K2V_RHAL_VFE_HDMI_GetConnectionState(uint8_t port, uint8_t* connected);
 
-// Stores or tells the 256-byte EDID that a source on this port reads.
+// Stores or returns the 256-byte EDID that a source on this port reads.
 int K2V_RHAL_VFE_HDMI_WriteEDID(uint8_t port, const uint8_t* edid);
 int K2V_RHAL_VFE_HDMI_ReadEDID(uint8_t port, uint8_t* edid);
 
-// Connecting raises the port's hot-plug line where it was not lowered on purpose.
+// Connecting raises the port's hot-plug line unless it was lowered on purpose.
 int K2V_RHAL_VFE_HDMI_Connect(uint8_t port);
 int K2V_RHAL_VFE_HDMI_Disconnect(uint8_t port);
 
-// What the port receives. Without a signal the timing is zero; everything else fails.
+// What the port receives. Without a signal the timing is zero; all other functions fail.
 int K2V_RHAL_VFE_HDMI_GetPortTimingInfo(uint8_t port, K2V_HDMI_TIMING_T* timing);
 int K2V_RHAL_VFE_HDMI_GetClockStatus(uint8_t port, K2V_HAL_VFE_HDMI_CLOCK_STATUS_T* status);
 int K2V_RHAL_VFE_HDMI_GetColorDepth(uint8_t port, uint32_t* depth);  // K2V_HDMI_DEPTH_*
@@ -247,7 +247,7 @@ int K2V_RHAL_VFE_HDMI_GetAVMute(uint8_t port, uint8_t* muted);       // general 
 int K2V_RHAL_VFE_HDMI_GetScdcStatus(uint8_t port, K2V_HAL_VFE_HDMI_SCDC_TYPE_T type,
                                     uint32_t* value);
 
-// The newest info-frame of a kind; a failure when the source sends none.
+// The newest info-frame of a kind; a failure if the source sends none.
 int K2V_RHAL_VFE_HDMI_GetPortAVIInfo(uint8_t port, K2V_HAL_VFE_HDMI_AVI_INFO_T* info);
 int K2V_RHAL_VFE_HDMI_GetPortSPDInfo(uint8_t port, K2V_HAL_VFE_HDMI_SPD_INFO_T* info);
 int K2V_RHAL_VFE_HDMI_GetPortVSIInfo(uint8_t port, K2V_HAL_VFE_HDMI_VSI_INFO_T* info);
@@ -259,13 +259,13 @@ int K2V_RHAL_VFE_HDMI_GetPortPacketInfo(uint8_t port, K2V_HAL_VFE_HDMI_PACKET_IN
 int K2V_RHAL_VFE_HDMI_WriteHDCP(uint8_t port, const uint8_t* data);
 int K2V_RHAL_VFE_HDMI_ReadHDCP(uint8_t port, uint8_t* data);
 
-// Values, no failure codes: 1 where the port supports HDCP 2.2; what protects its picture now
+// Values, not failure codes: 1 if the port supports HDCP 2.2; the current protection of its picture
 // (K2V_HDMI_HDCP_*).
 int K2V_RHAL_VFE_HDMI_isHDCP22Supported(uint8_t port);
 int K2V_RHAL_VFE_HDMI_Get_HDCP_Version(uint8_t port);
 
 // This receiver's HDCP 2.2 identifier, and the key selection vector of the source: 20 one bits each
-// in K2V_HDMI_HDCP_ID_BYTES. The vector is zero where the source does not speak HDCP 1.x.
+// in K2V_HDMI_HDCP_ID_BYTES. The vector is zero if the source does not support HDCP 1.x.
 int K2V_RHAL_VFE_HDMI_getHDCPReceiverId(uint8_t* id);
 int K2V_RHAL_VFE_HDMI_GetSourceKSVData(uint8_t port, uint8_t* ksv);
 

@@ -12,18 +12,18 @@ enum {
   K2V_VBY1RX_PORT_COUNT = 3,
 };
 
-// The front end's number of this receiver among its timing sources.
+// The front end's number for this receiver among its timing sources.
 enum {
   K2V_VFE_TIMING_SOURCE_VBY1RX = 18,
 };
 
-// Timing that is received; all zero when there is no signal.
+// Received timing; all zero if there is no signal.
 typedef struct {
   uint32_t format;          // video identification code (CEA-861), 0 for a timing without one
   uint16_t h_freq;          // line frequency, 0.01 kHz
   uint16_t v_freq;          // field or frame frequency, 0.01 Hz
-  uint16_t h_total;         // pixels a line, blanking included
-  uint16_t v_total;         // lines a frame, blanking included
+  uint16_t h_total;         // pixels per line, blanking included
+  uint16_t v_total;         // lines per frame, blanking included
   uint16_t h_porch;         // blanking from the sync's leading edge to the first pixel, pixels
   uint16_t v_porch;         // the same vertically, lines
   K2V_VIDEO_RECT_T active;  // active window
@@ -33,16 +33,16 @@ typedef struct {
 
 int K2V_RHAL_VFE_VBY1RX_Initialize(void);
 
-// Ends everything: the connection, the opened receiver and the initialised one.
+// Ends everything: removes the connection, closes and uninitialises the receiver.
 int K2V_RHAL_VFE_VBY1RX_Uninitialize(void);
 
 int K2V_RHAL_VFE_VBY1RX_Open(void);
 
-// Selects the input and passes its picture on; input 0 is selected before. Another input takes the
-// place of the one that was connected.
+// Selects the input and passes its picture on; initially input 0 is selected. Another input
+// replaces the connected one.
 int K2V_RHAL_VFE_VBY1RX_Connect(uint8_t port);
 
-// Tells the timing of the selected input, from initialise on. `source` is
+// Returns the timing of the selected input, from initialisation on. `source` is
 // K2V_VFE_TIMING_SOURCE_VBY1RX.
 int K2V_RHAL_VFE_VBY1RX_GetTimingInfo(K2V_VBY1RX_TIMING_T* timing, uint32_t source);
 

@@ -1,6 +1,6 @@
 // Picture quality (VPQ, and its extension VPQEX): picture controls, colour, motion compensation,
-// LED backlight, HDR, panel tables. Every function returns 0 or a failure code; numbers behind a
-// function are the values that its arguments can have. Text goes into a buffer of
+// LED backlight, HDR, panel tables. Every function returns 0 or a failure code; numbers after a
+// function are the valid values of its arguments. Text is written to a buffer of
 // K2V_VPQ_TEXT_BYTES.
 #pragma once
 
@@ -16,7 +16,7 @@ enum {
   K2V_VPQ_COLOR_REGIONS = 9,
 };
 
-// Gains of one colour region; 128 leaves the colour as it is.
+// Gains of one colour region; 128 leaves the colour unchanged.
 typedef struct {
   uint16_t nMasterGain;
   uint8_t nHueGain;
@@ -29,7 +29,7 @@ typedef struct {
   CHIP_COLOR_CONTROL_ENTRY_T stRegion[K2V_VPQ_COLOR_REGIONS];
 } CHIP_COLOR_CONTROL_T;
 
-// Start and end. Initialise before open, open before close.
+// Start-up and shutdown. Initialise before open, open before close.
 int K2V_RHAL_VPQEX_Init(void);
 int K2V_RHAL_VPQEX_Uninit(void);
 int K2V_RHAL_VPQEX_Open(void);
@@ -159,7 +159,7 @@ int K2V_RHAL_VPQ_SetIREInnerPattern(int32_t bOnOff, int32_t nRed, int32_t nGreen
                                     int32_t nBlue);  // 0 to 1, 0 to 1023, 0 to 1023, 0 to 1023
 int K2V_RHAL_VPQEX_GetDataAccess(K2V_VPQ_DATA_ACCESS_T* record);
 
-// What the source shows.
+// Content of the source.
 int K2V_RHAL_VPQ_GetHistogram(K2V_VPQ_HISTOGRAM_T* record);
 int K2V_RHAL_VPQEX_GetCurSource(int32_t* value);
 int K2V_RHAL_VPQEX_SetCurSource(int32_t value);  // 0 to 4

@@ -11,7 +11,7 @@ typedef struct {
   uint8_t nTint;
 } K2V_VPQ_PICTURE_CTRL_T;
 
-// Colour temperature as the user sees it: steps around the factory's adjustment.
+// Colour temperature in the user interface: steps around the factory's adjustment.
 typedef struct {
   int8_t nRedGain;
   int8_t nGreenGain;
@@ -21,7 +21,7 @@ typedef struct {
   int8_t nBlueOffset;
 } K2V_VPQ_COLOR_TEMP_T;
 
-// Colour temperature as the chip takes it; 512 is neutral.
+// Colour temperature in the chip; 512 is neutral.
 typedef struct {
   uint32_t nRedGain;
   uint32_t nGreenGain;
@@ -39,7 +39,7 @@ typedef struct {
   uint16_t nBlueGain;
 } K2V_VPQ_COLOR_TEMPERATURE_T;
 
-// A factory colour temperature, asked for by its index.
+// A factory colour temperature, requested by its index.
 typedef struct {
   uint32_t nIndex;
   uint32_t nRedGain;
@@ -60,7 +60,7 @@ typedef struct {
   uint32_t bEnable;
 } K2V_VPQ_DEMO_T;
 
-// How a control's 0 to 100 of the user maps to the chip: eleven support points.
+// How the user's range of 0 to 100 of a control maps to the chip: eleven support points.
 typedef struct {
   uint32_t eItem;  // brightness, contrast, saturation, hue, sharpness
   uint16_t nPoint[11];
@@ -83,7 +83,7 @@ typedef struct {
   uint32_t nValue;
 } K2V_VPQ_ENG_TWO_LAYER_ID_T;
 
-// Gamma: a curve a colour, and a curve for all.
+// Gamma: one curve per colour, and one curve for all.
 typedef struct {
   uint16_t nRed[256];
   uint16_t nGreen[256];
@@ -91,7 +91,7 @@ typedef struct {
 } K2V_VPQ_GAMMA_LUT_T;
 
 typedef struct {
-  uint32_t nTableSize;  // points that count
+  uint32_t nTableSize;  // number of valid points
   uint16_t nCurve[1024];
 } K2V_VPQ_GAMMA_CURVE_T;
 
@@ -105,7 +105,7 @@ typedef struct {
   uint16_t nLut[256];
 } K2V_VPQ_HDR_CURVE_T;
 
-// HDR: gamut matrix in units of 1/4096, and a cube of 9 points a side.
+// HDR: gamut matrix in units of 1/4096, and a cube of 9 points per side.
 typedef struct {
   int16_t nMatrix[9];
 } K2V_VPQ_HDR_GAMUT_MATRIX_T;
@@ -135,7 +135,7 @@ typedef struct {
   uint16_t nMaximum;
 } K2V_VPQ_HDR_PIC_INFO_T;
 
-// What the source shows; luma of 10 bits.
+// Content of the source; luma of 10 bits.
 typedef struct {
   uint16_t nAverage;
   uint16_t nMinimum;
@@ -290,7 +290,7 @@ typedef struct {
   uint16_t w;
   uint16_t h;
   uint8_t bEnable;
-  uint8_t nDarken;  // of what is outside
+  uint8_t nDarken;  // of the area outside
 } K2V_VPQ_HIGHLIGHT_WINDOW_T;
 
 typedef struct {

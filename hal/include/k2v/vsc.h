@@ -18,7 +18,7 @@ enum {
   K2V_VSC_INPUTSRC_JPEG = 4,
 };
 
-// Where the scaler sends its picture.
+// Destination of the scaler's picture.
 typedef uint32_t K2V_VSC_OUTPUT_MODE;
 enum {
   K2V_VSC_OUTPUT_DISPLAY_MODE = 0,
@@ -35,7 +35,7 @@ enum {
   K2V_VIDEO_DDI_WIN_COLOR_GRAY = 2,
 };
 
-// Where a frame is captured.
+// Point at which a frame is captured.
 typedef uint32_t K2V_VIDEO_DDI_CAPTURE_PLACE_T;
 enum {
   K2V_VIDEO_DDI_SCALER_OUTPUT = 0,
@@ -77,7 +77,7 @@ enum {
   K2V_CAPTURE_BYTES = K2V_CAPTURE_WIDTH * K2V_CAPTURE_HEIGHT * 3,
 };
 
-// Capture request: the caller gives the buffer, the HAL fills it and the sizes.
+// Capture request: the caller provides the buffer, the HAL fills it and sets the sizes.
 typedef struct {
   uint8_t* pData;     // buffer of the caller
   uint32_t dataSize;  // in: bytes available, at least K2V_CAPTURE_BYTES; out: bytes written
@@ -90,7 +90,7 @@ int K2V_RHAL_VSC_Open(__K2V_VIDEO_WID_T wid);
 int K2V_RHAL_VSC_Connect(__K2V_VIDEO_WID_T wid, K2V_VSC_INPUT_SRC_T source);
 int K2V_RHAL_VSC_Disconnect(__K2V_VIDEO_WID_T wid, K2V_VSC_INPUT_SRC_T source);
 
-// Part of the source that is shown, in source pixels, and its place on the panel, in panel pixels.
+// The visible part of the source, in source pixels, and its place on the panel, in panel pixels.
 int K2V_RHAL_VSC_SetInputRegion(__K2V_VIDEO_WID_T wid, K2V_VIDEO_RECT_T region);
 int K2V_RHAL_VSC_SetOutputRegion(__K2V_VIDEO_WID_T wid, K2V_VIDEO_RECT_T region);
 int K2V_RHAL_VSC_GetInputRegion(__K2V_VIDEO_WID_T wid, K2V_VIDEO_RECT_T* region);
@@ -101,19 +101,19 @@ int K2V_RHAL_VSC_SetWinBlank(__K2V_VIDEO_WID_T wid, uint32_t on, K2V_VIDEO_DDI_W
 int K2V_RHAL_VSC_SetWinBlank_Sync_memc(__K2V_VIDEO_WID_T wid, uint32_t on,
                                        K2V_VIDEO_DDI_WIN_COLOR_T color);
 
-// Holds the window's picture, or the frame buffer behind it.
+// Freezes the window's picture, or the frame buffer that it comes from.
 int K2V_RHAL_VSC_SetWinFreeze(__K2V_VIDEO_WID_T wid, uint32_t on);
 int K2V_RHAL_VSC_FreezeVideoFrameBuffer(__K2V_VIDEO_WID_T wid, uint32_t on);
 
-// Reads or writes the w x h pixels of a rectangle of the window's frame buffer. `pixels` holds
-// them row after row without gaps.
+// Reads or writes the w x h pixels of a rectangle of the window's frame buffer. `pixels` contains
+// them row by row without gaps.
 int K2V_RHAL_VSC_ReadVideoFrameBuffer(__K2V_VIDEO_WID_T wid, K2V_VIDEO_RECT_T* rect,
                                       K2V_VIDEO_PIXEL_T* pixels, uint32_t* colorStandard,
                                       uint32_t* pixelColorFormat);
 int K2V_RHAL_VSC_WriteVideoFrameBuffer(__K2V_VIDEO_WID_T wid, K2V_VIDEO_RECT_T* rect,
                                        K2V_VIDEO_PIXEL_T* pixels);
 
-// Captures what the scaler or the display puts out at this moment.
+// Captures the present output of the scaler or the display.
 int K2V_RHAL_VSC_CaptureVideoFrame(K2V_VIDEO_DDI_CAPTURE_PLACE_T place,
                                    K2V_VSC_CAPTURE_INFO_T* info);
 
