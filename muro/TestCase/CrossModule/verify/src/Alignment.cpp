@@ -9,10 +9,11 @@ namespace {
 
 using Keys = std::span<const uint64_t>;
 
-/// Rows that a shortest edit may leave out and put in. More are another stretch altogether.
+/// Maximum number of rows that a shortest edit may remove and insert. Stretches with more edits
+/// count as unrelated.
 constexpr int kMostEdits = 128;
 
-/// A stretch of both sides, from the first places to before the last ones.
+/// A stretch of both sides; the end indexes are exclusive.
 struct Stretch {
   std::size_t golden, goldenEnd;
   std::size_t dump, dumpEnd;
@@ -31,7 +32,7 @@ struct PlacedKey {
   }
 };
 
-/// Tells most keys that a stretch does not have, so that they need not be sorted.
+/// Rejects most keys that a stretch does not contain, so that they need not be sorted.
 class KeyFilter {
  public:
   explicit KeyFilter(Keys keys) : bits_(std::max(std::bit_ceil(keys.size()) * 32, kFewest)) {
@@ -50,7 +51,7 @@ class KeyFilter {
   std::vector<bool> bits_;
 };
 
-/// The keys that occur once, and may occur in the other stretch, in ascending order.
+/// The keys that occur once and may occur in the other stretch, in ascending order.
 std::vector<PlacedKey> UniqueKeys(Keys keys, std::size_t from, std::size_t to,
                                   const KeyFilter& other) {
   std::vector<PlacedKey> all;
@@ -101,7 +102,7 @@ class Aligner {
  private:
   bool IsSame(std::size_t golden, std::size_t dump) const { return golden_[golden] == dump_[dump]; }
 
-  /// Aligns what both ends have in common, and what is between, by anchors or by a shortest edit.
+  /// Aligns the common rows at both ends, then the rest, by anchors or by a shortest edit.
   void AlignStretch(Stretch stretch, bool byAnchors) {
     while (!stretch.IsEmpty() && IsSame(stretch.golden, stretch.dump))
       pairs_.push_back({stretch.golden++, stretch.dump++});
@@ -144,13 +145,13 @@ class Aligner {
     AlignStretch({golden, stretch.goldenEnd, dump, stretch.dumpEnd}, false);
   }
 
-  /// Keys of the dump that golden may have too.
+  /// Number of keys of the dump that golden may contain too.
   std::size_t CountCommon(const Stretch& stretch) const {
     return CountCommonKeys(golden_.subspan(stretch.golden, stretch.GoldenSize()),
                            dump_.subspan(stretch.dump, stretch.DumpSize()));
   }
 
-  /// Looks for the fewest rows to leave out and put in.
+  /// Searches for the smallest number of rows to remove and insert.
   void AlignByEdits(const Stretch& stretch) {
     const auto goldenSize = static_cast<int>(stretch.GoldenSize());
     const auto dumpSize = static_cast<int>(stretch.DumpSize());
@@ -167,8 +168,8 @@ class Aligner {
     }
   }
 
-  /// How far in golden so many edits lead on a diagonal (golden - dump); `kNowhere` when not at
-  /// all.
+  /// How far in golden this number of edits leads on a diagonal (golden - dump); `kNowhere` if the
+  /// diagonal cannot be reached.
   int Reach(const Stretch& stretch, int edits, int diagonal) const {
     if ((diagonal + edits) % 2 != 0) return kNowhere;
     const auto goldenSize = static_cast<int>(stretch.GoldenSize());
@@ -188,7 +189,7 @@ class Aligner {
     return reached_[static_cast<std::size_t>(place)];
   }
 
-  /// True when the best way to a diagonal leaves a golden row out, false when it puts a row in.
+  /// True if the best way to a diagonal removes a golden row, false if it inserts a row.
   bool LeavesOut(int edits, int diagonal) const {
     return Reached(edits - 1, diagonal - 1) + 1 > Reached(edits - 1, diagonal + 1);
   }
@@ -198,7 +199,7 @@ class Aligner {
     return std::max(Reached(edits - 1, diagonal - 1) + 1, Reached(edits - 1, diagonal + 1));
   }
 
-  /// Follows the edits back from the end and takes the rows between them.
+  /// Follows the edits back from the end and pairs the rows between them.
   void TakeEdits(const Stretch& stretch, int edits, int diagonal) {
     const std::size_t before = pairs_.size();
     for (; edits >= 0; --edits) {
@@ -217,7 +218,7 @@ class Aligner {
   const Keys golden_;
   const Keys dump_;
   std::vector<KeyPair> pairs_;
-  std::vector<int> reached_;  // by edits, and diagonals from -edits to edits
+  std::vector<int> reached_;  // by number of edits, with diagonals from -edits to edits
 };
 
 }  // namespace

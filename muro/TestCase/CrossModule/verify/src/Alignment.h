@@ -1,4 +1,4 @@
-// Aligns two sequences of keys: which entry of one is which of the other.
+// Aligns two sequences of keys: finds the entries of one that correspond to entries of the other.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-/// Places of two entries that belong together.
+/// Indexes of two corresponding entries.
 struct KeyPair {
   std::size_t golden;
   std::size_t dump;
@@ -14,10 +14,10 @@ struct KeyPair {
   bool operator==(const KeyPair&) const = default;
 };
 
-/// Aligns the keys: the pairs have equal keys and ascend on both sides. Keys that occur once on
-/// both sides are the anchors; between them the shortest edit is looked for, up to a limit of
-/// edits beyond which a stretch stays unaligned. Time is that of sorting, memory is linear.
+/// Aligns the keys: the pairs have equal keys and ascend on both sides. Keys that occur exactly
+/// once on both sides are anchors; between them the shortest edit is searched, up to a limit of
+/// edits beyond which a stretch stays unaligned. The time is that of sorting; memory is linear.
 std::vector<KeyPair> AlignKeys(std::span<const uint64_t> golden, std::span<const uint64_t> dump);
 
-/// How many keys of the dump golden has too; a few that it does not have may be among them.
+/// Number of keys of the dump that golden contains too; may include a few that it does not contain.
 std::size_t CountCommonKeys(std::span<const uint64_t> golden, std::span<const uint64_t> dump);

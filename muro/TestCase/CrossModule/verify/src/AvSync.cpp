@@ -24,7 +24,7 @@ constexpr int64_t kTicksPerMs = 90;
 constexpr int32_t kFirstAudioPts = 300 * kTicksPerMs;
 constexpr uint32_t kBeepRange = 45000;
 constexpr std::size_t kFirstBeepRow = 100;
-constexpr int kSilence = 1000000;  // a beep is above
+constexpr int kSilence = 1000000;  // a beep is louder
 constexpr std::size_t kScalerLead = 10;
 
 constexpr const char* kVoFlashes[] = {"1e82234e", "4830d127"};
@@ -43,7 +43,7 @@ std::string Hex(int32_t value) {
   return {digits.begin(), end};
 }
 
-/// Opens the dump and steps over its title.
+/// Opens the dump and skips its title.
 bool OpenDump(RowReader& reader, const char* function, const std::string& path, std::ostream& log) {
   if (!reader.IsOpen()) {
     CmLog(function, log) << ansi::kFail << "ERROR: can not open " << path << '\n';
@@ -70,7 +70,7 @@ bool ReadAudioRow(std::string_view row, RowItems& items) {
   return true;
 }
 
-/// Hands the rows up to the first malformed one to `take`.
+/// Passes the rows up to the first malformed one to `take`.
 AV_Sync_Info Fetch(MODULE_TYPE module, const char* function, const std::string& path,
                    std::ostream& log, bool (*read)(std::string_view row, RowItems& items),
                    void (*take)(const RowItems& items, std::vector<AV_Sync_Field>& fields)) {
@@ -97,7 +97,7 @@ bool IsBeep(const AV_Sync_Field& sample) {
   return ToNumber(sample.firstText) > kSilence;
 }
 
-/// The three stages' samples and where to print.
+/// The samples of the three stages and the output stream.
 struct Analysis {
   const std::vector<AV_Sync_Field>& vo;
   const std::vector<AV_Sync_Field>& scaler;
@@ -107,25 +107,25 @@ struct Analysis {
 
 enum class Verdict { kSkipped, kPassed, kFailed };
 
-/// Where a flash's beep is.
+/// Position of a flash's beep.
 struct Beep {
-  std::size_t index = 0;  // sample 0 stands for a beep that is not there
+  std::size_t index = 0;  // sample 0 means that there is no beep
   bool isThere = false;
-  bool isExpected = false;  // the search could have found one
+  bool isExpected = false;  // false: the flash is too early for the search to find one
 };
 
-/// What is counted over all flashes.
+/// Counts over all flashes.
 struct Tally {
   int flashes = 0;
   int skipped = 0;
   int failed = 0;
   int withBeep = 0;
-  int firstWithoutBeep = 0;  // number of the flash; 0: none
+  int firstWithoutBeep = 0;  // number of the flash; 0 if there is none
   int32_t firstFrameWithoutBeep = 0;
 };
 
-/// The Scaler sample of the flash: the panel shows it up to ten frames before the frame that the
-/// output gives the flash's number. Behind the last sample when the frame was not dumped.
+/// The Scaler sample of the flash: the panel shows it up to ten frames before the frame that has
+/// the flash's number at the output. The index after the last sample if the frame was not dumped.
 std::size_t FindScalerSample(const std::vector<AV_Sync_Field>& samples, int32_t frame) {
   const auto sameFrame = std::find_if(samples.begin(), samples.end(), [frame](const auto& sample) {
     return sample.frameNumber == frame;
@@ -159,7 +159,7 @@ void PrintHead(std::ostream& out) {
       << PadRight("Result", 18) << "Posision\n";
 }
 
-/// "+3ms", " 0ms" or " -3ms", to the width of its column.
+/// "+3ms", " 0ms" or " -3ms", padded to the width of its column.
 std::string DifferenceText(int64_t diffMs) {
   std::string text = diffMs >= 1 ? "+" : " ";
   return PadRight(text.append(std::to_string(diffMs)).append("ms    "), 12);
@@ -181,7 +181,7 @@ void PrintPosition(std::ostream& out, const char* label, std::size_t position) {
   out << label << PadLeft(std::to_string(position), 7);
 }
 
-/// Looks for a beep as `AVsync_Find_Audio_Frame_By_Time` documents it.
+/// Searches for a beep as documented for `AVsync_Find_Audio_Frame_By_Time`.
 Beep FindBeep(uint32_t time, uint32_t range, const AV_Sync_Info* audio) {
   const std::vector<AV_Sync_Field>& samples = audio->fields;
   if (samples.size() <= kFirstBeepRow) return {.isExpected = true};
@@ -196,7 +196,7 @@ Beep FindBeep(uint32_t time, uint32_t range, const AV_Sync_Info* audio) {
   return {static_cast<std::size_t>(beep - samples.begin()), true, true};
 }
 
-/// Prints the event of the flash at `voIndex` as one line, and marks it.
+/// Prints the event of the flash at `voIndex` as one line, and records it as a mark.
 Verdict PrintEvent(const Analysis& analysis, int number, std::size_t voIndex, std::size_t beep,
                    std::vector<SyncMark>& marks) {
   std::ostream& out = analysis.out;

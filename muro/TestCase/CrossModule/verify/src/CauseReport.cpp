@@ -31,7 +31,7 @@ std::string Milliseconds(int64_t ticks90k) {
   return Fixed(static_cast<double>(std::abs(ticks90k)) / 90, 1) + " ms";
 }
 
-/// What one row of a stage is.
+/// The noun for one row of a stage.
 const char* RowNoun(MODULE_TYPE stage) {
   return stage == MODULE_AUDIO ? "block" : stage == MODULE_OMXIN ? "packet" : "picture";
 }
@@ -102,7 +102,7 @@ std::string WhatHappened(const FrameEvent& event) {
   return "";
 }
 
-/// "frame 300 (5.000 s)"; where the place is open, "one of the frames 300 to 340 (5.000 s)".
+/// "frame 300 (5.000 s)"; if the exact place is unknown, "one of the frames 300 to 340 (5.000 s)".
 std::string Where(const FrameEvent& event, uint32_t begin) {
   std::string text = "frame " + std::to_string(event.first);
   if (event.lastPossible != event.first)

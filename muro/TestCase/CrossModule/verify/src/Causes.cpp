@@ -10,12 +10,12 @@
 
 namespace {
 
-/// Time stamps that are nearer than this are of one picture, also at 60 pictures a second.
+/// Time stamps closer than this belong to one picture, even at 60 pictures per second.
 constexpr int64_t kSamePicture = 1000;
-/// Pictures behind a damaged packet that the decoder may damage for it.
+/// Pictures after a damaged packet that the decoder may damage because of it.
 constexpr int64_t kDecoderReach = 12000;
 
-/// Events of one stage that are looked at as the cause of one of another.
+/// Maximum number of events of one stage that are considered as the cause of another event.
 constexpr int kMostCandidates = 256;
 
 int lastEventId = 0;
@@ -29,7 +29,7 @@ constexpr unsigned Bits(std::initializer_list<EventKind> kinds) {
   return bits;
 }
 
-/// What a stage behind may show of an event.
+/// How a downstream stage may show an event.
 struct Consequence {
   EventKind kind;
   unsigned behind;
@@ -62,12 +62,12 @@ int64_t Ticks(uint32_t from, uint32_t to) {
   return static_cast<int32_t>(to - from);
 }
 
-/// Time between two stretches, 0 or less where they overlap.
+/// Time between two stretches, 0 or less if they overlap.
 int64_t Distance(const PtsRange& a, const PtsRange& b) {
   return std::max(Ticks(a.last, b.first), Ticks(b.last, a.first));
 }
 
-/// Whether damage that begins shortly behind what happened to a packet comes from there.
+/// True if damage that begins shortly after an event of a packet is caused by that event.
 bool IsDecodersDamage(const FrameEvent& cause, const FrameEvent& event) {
   constexpr unsigned kOfPackets =
       Bits({EventKind::kDropped, EventKind::kReordered, EventKind::kDamaged, EventKind::kExtra});
@@ -86,14 +86,14 @@ bool Follows(const FrameEvent& cause, const FrameEvent& event) {
   return Distance(*cause.pts, *event.pts) < kSamePicture;
 }
 
-/// How well an event fits as another one's cause, the lower the better.
+/// How poorly an event fits as the cause of another one; lower is better.
 int64_t Misfit(const FrameEvent& cause, const FrameEvent& event) {
   constexpr int64_t kOtherKind = 1 << 20;
   return (cause.kind == event.kind ? 0 : kOtherKind) +
          std::abs(Ticks(cause.pts->first, event.pts->first));
 }
 
-/// The events of a stage that others may follow from, by their time.
+/// The events of a stage that others may follow from, ordered by time.
 class StageTimeline {
  public:
   explicit StageTimeline(const std::vector<FrameEvent>& events) {
@@ -109,14 +109,14 @@ class StageTimeline {
     }
   }
 
-  /// The event that `event` follows from; null when there is none.
+  /// The event that `event` follows from; null if there is none.
   const FrameEvent* CauseOf(const FrameEvent& event) const {
     const FrameEvent* best = nullptr;
     const auto consider = [&](const FrameEvent& cause) {
       if (Follows(cause, event) && (best == nullptr || Misfit(cause, event) < Misfit(*best, event)))
         best = &cause;
     };
-    // A stream is cut off at other pictures in each stage, but always at its end.
+    // A truncated stream ends at different pictures in each stage, but always at its end.
     if (event.kind == EventKind::kCut && !entries_.empty()) consider(*entries_.back().event);
     const int64_t end = Ticks(base_, event.pts->last) + kSamePicture;
     auto it = std::ranges::upper_bound(entries_, end, {},
@@ -150,7 +150,7 @@ std::vector<StageEvents*> OnPictureWay(std::vector<StageEvents>& stages) {
   return way;
 }
 
-/// Where a stage has no counter, others that saw the same tell what became of the time.
+/// For a stage without a counter, the effect on time is copied from stages that saw the same event.
 void ShareTimeEffects(std::vector<StageEvents>& stages) {
   std::vector<FrameEvent*> byId;
   for (StageEvents& stage : stages) {

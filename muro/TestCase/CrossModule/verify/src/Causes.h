@@ -1,5 +1,5 @@
-// What happened to the frames of a run, over all stages: which event is a cause, and which follows
-// from another one.
+// What happened to the frames of a run, over all stages: which events are causes and which follow
+// from others.
 #pragma once
 
 #include <string>
@@ -14,14 +14,14 @@ struct CaseEvents {
   std::vector<StageEvents> stages;  // in the order of the stages
 };
 
-/// Analyses all stages whose files are there, and links the events: each gets an id, unique in this
-/// process, and names the cause that it follows from.
+/// Analyses all stages whose files exist, and links the events: each gets an id, unique in this
+/// process, and the id of the cause that it follows from.
 CaseEvents AnalyseCase(const std::string& testCase, const StagePath& golden, const StagePath& dump);
 
-/// Gives ids from 1 on, or goes on behind `lastId`; links events along the picture's way by their
-/// time stamps.
+/// Assigns ids starting at `lastId` + 1 and links events along the picture's path by their time
+/// stamps.
 void LinkEvents(std::vector<StageEvents>& stages, int lastId = 0);
 
-/// Ids that were given so far. A process that goes on for another one sets it.
+/// The last id assigned. A process that continues the work of another one sets it.
 int LastEventId();
 void SetLastEventId(int id);

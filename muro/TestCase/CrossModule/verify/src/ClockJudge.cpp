@@ -8,11 +8,11 @@
 
 namespace {
 
-/// Rows that have to stay on a new level for a step.
+/// Rows that have to stay on a new level to count as a step.
 constexpr std::size_t kConfirming = 5;
-/// Times that another duration has to be seen before pictures count as shown so long.
+/// How often another duration has to be seen before it counts as the pictures' duration.
 constexpr int kDurationSeen = 3;
-/// Events of one gap whose effects on time are told apart.
+/// Maximum number of events of one gap whose effects on time are distinguished.
 constexpr std::size_t kMostShifts = 6;
 
 int64_t Ticks(uint32_t from, uint32_t to) {
@@ -29,7 +29,7 @@ int64_t ClockJudge::Deviation(const ClockPoint& point) const {
   return DistanceOf(point) - std::llround(level_);
 }
 
-/// A row that is off by a quarter of a picture's duration is not on the level any more.
+/// A row that is off by more than a quarter of a picture's duration is no longer on the level.
 bool ClockJudge::IsOnLevel(const ClockPoint& point) const {
   return 4 * std::abs(Deviation(point)) <= duration_;
 }
@@ -96,8 +96,8 @@ bool ClockJudge::IsOneLevel() const {
   });
 }
 
-/// Takes the rows that are off the level for a step to one of their own. Returns false when they
-/// have none.
+/// Treats the pending rows, which are off the level, as a step to a common new level. Returns false
+/// if they have none.
 bool ClockJudge::TakeStep() {
   if (!IsOneLevel()) return false;
   const int64_t distance = MedianDistance();
@@ -107,7 +107,7 @@ bool ClockJudge::TakeStep() {
   return true;
 }
 
-/// Rows that are off the level for good are a step; else the first one was uneven.
+/// Rows that stay off the level are a step; otherwise the first one was uneven.
 void ClockJudge::JudgePending() {
   if (TakeStep()) return;
   NoteUneven(pending_.front());
@@ -125,7 +125,8 @@ void ClockJudge::Gap(std::vector<ClockShift> shifts) {
   if (shifts_.size() > kMostShifts) shifts_.resize(kMostShifts);
 }
 
-/// Finds which of the gap's events moved what follows; what none of them explains is a step.
+/// Finds the events of the gap that moved the following rows; a difference that no event explains
+/// is a step.
 void ClockJudge::JudgeGap() {
   afterGap_ = false;
   const std::vector<ClockShift> shifts = std::exchange(shifts_, {});
@@ -179,7 +180,7 @@ void ClockJudge::FlushUneven() {
 }
 
 void ClockJudge::Sample(uint32_t clock, uint32_t pts) {
-  constexpr int64_t kDiscontinuity = 20;  // a time stamp that jumps by a 20th says nothing of drift
+  constexpr int64_t kDiscontinuity = 20;  // time stamps that jump by a 20th say nothing about drift
   if (!pending_.empty() || afterGap_) return;
   const int64_t clockTicks = Ticks(sampleClock_, clock);
   const int64_t ptsTicks = Ticks(samplePts_, pts);

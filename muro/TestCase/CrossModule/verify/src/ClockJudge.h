@@ -1,5 +1,5 @@
-// Judges a stage's 90 kHz counter against golden's, row by row: steps that stay, single pictures
-// shown too long or too short, and what lost or repeated rows did to the time.
+// Compares a stage's 90 kHz counter with golden's, row by row: finds lasting steps, single pictures
+// shown too long or too short, and the effect of lost or repeated rows on the time.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 /// The counters of a pair of rows.
 struct ClockPoint {
-  int64_t place;  // golden rows before it
+  int64_t place;  // number of golden rows before it
   int64_t frame;
   std::optional<uint32_t> pts;
   uint32_t golden;
@@ -20,9 +20,9 @@ struct ClockPoint {
   bool isCompared;  // the stage's rules select the row
 };
 
-/// What the time after a gap shifts by if the event takes or adds its rows' time.
+/// Shift of the time after a gap if the event removes or adds its rows' time.
 struct ClockShift {
-  std::optional<std::size_t> event;  // index in the list; nothing: the rows are not compared
+  std::optional<std::size_t> event;  // index in the list; empty: the rows are not compared
   int64_t ticks;
 };
 
@@ -30,26 +30,26 @@ class ClockJudge {
  public:
   explicit ClockJudge(EventList& events) : events_(events) {}
 
-  /// Takes the next pair of rows.
+  /// Adds the next pair of rows.
   void Add(const ClockPoint& point);
 
-  /// As `Add` for a pair of which nothing is to be told. Returns false, and takes nothing, when
-  /// there may be.
+  /// As `Add` for a pair with nothing to report. Returns false, without adding the pair, if there
+  /// may be something.
   bool TakeOnLevel(uint32_t golden, uint32_t dump);
 
-  /// Rows are missing or too many before the next pair.
+  /// Rows are missing or extra before the next pair.
   void Gap(std::vector<ClockShift> shifts);
 
-  /// Takes a pair of dump counter and pts, now and then, for the drift.
+  /// Adds a pair of dump counter and pts, taken occasionally, for the drift.
   void Sample(uint32_t clock, uint32_t pts);
 
-  /// Nothing more comes, or nothing that follows without a gap.
+  /// Signals the end of the rows, or of those that follow without a gap.
   void End();
 
-  /// Ticks that golden's pictures are shown at present.
+  /// Present duration of golden's pictures, in ticks.
   int64_t Duration() const { return duration_; }
 
-  /// Nothing where there are less than two rows.
+  /// Empty if there are fewer than two rows.
   std::optional<Pacing> Figures() const;
 
  private:
@@ -75,17 +75,17 @@ class ClockJudge {
   int64_t uneven_ = 0;
   uint32_t lastGolden_ = 0;
   uint32_t lastDump_ = 0;
-  uint32_t base_ = 0;  // distance of the counters at the first row
-  double level_ = 0;   // distance, without the base, that rows are at
+  uint32_t base_ = 0;  // difference of the counters at the first row
+  double level_ = 0;   // current difference of the rows, without the base
   int64_t duration_ = 1500;
-  int64_t otherDuration_ = 0;  // seen lately instead, so many times
+  int64_t otherDuration_ = 0;  // duration seen lately instead, and how often
   int otherSeen_ = 0;
   std::vector<ClockPoint> pending_;  // off the level, or the first ones after a gap
   bool afterGap_ = false;
   std::vector<ClockShift> shifts_;
 
   bool hasSample_ = false;
-  bool isBroken_ = false;  // a step came since the last sample
+  bool isBroken_ = false;  // there was a step since the last sample
   uint32_t sampleClock_ = 0;
   uint32_t samplePts_ = 0;
   int64_t driftTicks_ = 0;

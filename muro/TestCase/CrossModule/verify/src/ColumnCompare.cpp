@@ -18,7 +18,7 @@ void PrintTitle(RowReader& file, int number) {
   std::printf("[Title%d] %s\n", number, Printable(title).c_str());
 }
 
-/// Whether there is an item that is neither masked nor the counter.
+/// True if there is an item that is neither masked nor the counter.
 bool HasUnmaskedItem(const RowFormat& format, std::span<const uint8_t> mask) {
   for (std::size_t i = 0; i < format.itemCount; ++i) {
     if (i != format.counterItem && mask[i] == 0) return true;
@@ -62,7 +62,7 @@ bool ColumnComparison::Run() {
   return !result_.failed;
 }
 
-/// Whether the current row is behind the tolerance, so that a difference fails.
+/// True if the current row is after the tolerance period, so that a difference fails.
 bool ColumnComparison::IsJudged() const {
   return rows_ >= debounceCount_ && comparesAnything_;
 }
@@ -87,8 +87,8 @@ void ColumnComparison::Walk() {
   }
 }
 
-/// Takes and notes the sample's row when it has golden's text. Returns false when the rows must be
-/// read: when they differ, or may say what the frame rate is.
+/// Consumes and counts the sample's row if its text equals golden's. Returns false if the rows must
+/// be parsed: when they differ, or may contain the frame rate.
 bool ColumnComparison::TakeSame(std::string_view goldenRow) {
   if (!rules_.rateFromFrameZero && !rateIsKnown_) return false;
   const SameRow same = sameItems_.Find(goldenRow, files_.sample.Ahead());
@@ -105,8 +105,8 @@ bool ColumnComparison::TakeSame(std::string_view goldenRow) {
   return true;
 }
 
-/// Compares two rows item by item. Returns false when one of them is no whole row: its first item
-/// that cannot be read fails then, and there is nothing sensible behind it.
+/// Compares two rows item by item. Returns false if one of them is incomplete: then its first
+/// unreadable item fails, and the items after it are not compared.
 bool ColumnComparison::CompareRows(std::string_view goldenRow, std::string_view sampleRow) {
   ItemPair pair(goldenRow, sampleRow, rules_.format);
   NoteRow(golden_, pair.golden, pair.goldenCount);
@@ -131,8 +131,8 @@ bool ColumnComparison::CompareRows(std::string_view goldenRow, std::string_view 
   return pair.whole;
 }
 
-/// Notes a row that only one file has. It fails wherever it is: the tolerance is for pictures that
-/// differ while the output settles, and an empty dump must not pass for one.
+/// Records a row that only one file has. It always fails: the tolerance is for pictures that differ
+/// while the output settles, and an empty dump must not pass because of it.
 void ColumnComparison::NoteMissingRow(bool goldenIsThere, std::string_view row) {
   const int32_t frame = ToNumber(row);
   golden_.lastFrame = goldenIsThere ? frame : -1;
@@ -151,7 +151,7 @@ void ColumnComparison::NoteRow(Side& side, const RowItems& items, std::size_t it
   if (repeat < itemCount && items[repeat] != 0) ++side.repeats;
 }
 
-/// Learns from golden's row how many rows the tolerances are long.
+/// Derives the lengths of the tolerances, in rows, from the golden row.
 void ColumnComparison::LearnRate(const RowItems& golden) {
   const int32_t rate = golden[rules_.rateItem];
   if (rules_.rateFromFrameZero ? golden[0] != 0 || rate == 0 : rateIsKnown_) return;

@@ -1,5 +1,5 @@
 // The comparison of dumps whose rows are numbers in columns, for the video output and the scaler:
-// row against row, item against item, with tolerance at the start and masks.
+// row by row and item by item, with tolerance at the start and masks.
 #pragma once
 
 #include <array>
@@ -36,37 +36,38 @@ struct VoFrameInfo {
   int32_t dump;
 };
 
-/// The first failure, and what the comparison saw on its way.
+/// The first failure, and statistics of the comparison.
 struct _VOUT_INFO_COMPARE_RESULT {
   bool failed = false;
   int32_t frameNumber = 0;
   std::size_t item = 0;
   int32_t golden = 0;
   int32_t dump = 0;
-  int32_t frameCount = 0;  // rows walked through
+  int32_t frameCount = 0;  // rows processed
   std::vector<VoFrameInfo> frameInfo;
 };
 
-/// Compares the two files of the setting. The first failure goes into `result`, every failing field
-/// into the stage's wrong fields. Returns true when there is none and both files could be opened.
+/// Compares the two files of the setting. The first failure is stored in `result`, every failing
+/// field in the stage's wrong fields. Returns true if there is no failure and both files could be
+/// opened.
 bool Api_vout_info_compare(const _VOUT_INFO_COMPARE_SETTING& setting,
                            _VOUT_INFO_COMPARE_RESULT& result, CM_Verify_Result& stage);
 bool Api_scaler_info_compare(const _SCALER_INFO_COMPARE_SETTING& setting,
                              _VOUT_INFO_COMPARE_RESULT& result, CM_Verify_Result& stage);
 
-/// Notes a frame event.
+/// Records a frame event.
 void Verify_VO_push_frameInfo(_VOUT_INFO_COMPARE_RESULT& result, const VoFrameInfo& info);
 
-/// Changes the setting as a settings file says: one `name = value` a line, `#` starts a comment.
-/// Names are errTolerance_sec, syncTolerance_sec and "mask" with an item's name. Prints every
-/// entry; one that is not understood is reported and left out. A file that is not there changes
-/// nothing.
+/// Changes the setting according to a settings file: one `name = value` per line, `#` starts a
+/// comment. Names are errTolerance_sec, syncTolerance_sec and "mask" with an item's name. Prints
+/// every entry; an invalid one is reported and ignored. A missing file changes nothing.
 void ReadVoutSetting(const std::string& path, _VOUT_INFO_COMPARE_SETTING& setting);
 
-/// The setting that the video output was last verified with; as without a settings file before.
+/// The setting used in the last verification of the video output; before the first one, the setting
+/// without a settings file.
 const _VOUT_INFO_COMPARE_SETTING& VoutSettingInUse();
 
-/// What tells one stage's comparison from the other's.
+/// The differences between the comparisons of the two stages.
 struct ColumnRules {
   RowFormat format;
   std::span<const StageColumn> columns;
@@ -74,9 +75,9 @@ struct ColumnRules {
   int32_t rateRounding;          // added to thousandths of a frame per second before the division
   bool comparesWholeRates;       // the rate is compared in frames per second
   bool rateFromFrameZero;        // the rate is that of frame 0, else the first valid one
-  int32_t firstDebounceCount;    // rows of tolerance while the rate is not known
-  const char* hexPrefix;         // of failing hexadecimal values
-  std::size_t repeatItem;        // counts repeats; `kNoItem` when the stage has none
+  int32_t firstDebounceCount;    // rows of tolerance while the rate is unknown
+  const char* hexPrefix;         // printed before failing hexadecimal values
+  std::size_t repeatItem;        // counts repeats; `kNoItem` if the stage has none
   std::uint32_t frameInfoItems;  // bit n: a difference in item n is a frame event
   const char* name;              // in messages: "[VOUT]", "Test case(VOUT)"
   const char* summaryTag;
@@ -86,16 +87,16 @@ inline constexpr std::size_t kNoItem = kMaxItems;
 /// One run of the comparison.
 class ColumnComparison {
  public:
-  /// `mask` has one flag an item.
+  /// `mask` has one flag per item.
   ColumnComparison(const ColumnRules& rules, const _SCALER_INFO_COMPARE_SETTING& setting,
                    std::span<const uint8_t> mask, _VOUT_INFO_COMPARE_RESULT& result,
                    CM_Verify_Result& stage);
 
-  /// Compares and prints. Returns true when nothing failed.
+  /// Compares and prints. Returns true if nothing failed.
   bool Run();
 
  private:
-  /// What is counted for each of the two files.
+  /// Counts for each of the two files.
   struct Side {
     int32_t lastFrame = -1;
     int32_t lastRead = 1;  // of the frame number: 1 read, 0 not a number, -1 end of the file
@@ -103,7 +104,7 @@ class ColumnComparison {
     int32_t repeats = 0;   // frames that were shown more than once
   };
 
-  /// The value of an item, -1 when the row or the item is not there.
+  /// The value of an item, -1 if the row or the item is missing.
   struct ItemValue {
     int32_t value;
     bool isThere = true;
@@ -130,7 +131,7 @@ class ColumnComparison {
   SameItems sameItems_;
   Side golden_;
   Side sample_;
-  const bool comparesAnything_;  // not all items are masked
+  const bool comparesAnything_;  // false: all items are masked
   int64_t debounceCount_;
   bool rateIsKnown_ = false;
   int32_t rows_ = 0;

@@ -10,7 +10,7 @@ bool ComparedRows::Take(const FrameRow& golden) {
   return begun_;
 }
 
-/// VO and Scaler settle for some seconds of frames, once the rate is known.
+/// VO and Scaler may settle for a number of seconds, converted to frames once the rate is known.
 bool ComparedRows::IsSettled(const FrameRow& golden, int32_t rate) {
   constexpr int64_t kScalerRowsBefore = 100;
   const bool isVo = shape_.Module() == MODULE_VO;

@@ -1,4 +1,5 @@
-// From which golden row on a stage is compared: what its verifier leaves out is no event.
+// Determines the golden row at which the comparison of a stage starts: rows that its verifier
+// ignores cause no events.
 #pragma once
 
 #include <cstdint>
@@ -9,10 +10,10 @@ class ComparedRows {
  public:
   explicit ComparedRows(const RowShape& shape) : shape_(shape) {}
 
-  /// True once a row was compared; none need to be shown any more.
+  /// True once a row was compared; then `Take` need not be called any more.
   bool HasBegun() const { return begun_; }
 
-  /// Shows golden's next row. Returns whether it is compared.
+  /// Processes the next golden row. Returns whether it is compared.
   bool Take(const FrameRow& golden);
 
  private:
@@ -21,6 +22,6 @@ class ComparedRows {
 
   const RowShape& shape_;
   bool begun_ = false;
-  int64_t settlingRows_ = -1;  // VO and Scaler: of tolerance; -1: the rate is not known yet
+  int64_t settlingRows_ = -1;  // VO and Scaler: length of the tolerance; -1: unknown yet
   bool firstSecondIsOver_ = false;
 };

@@ -3,6 +3,6 @@
 
 class CM_Verify_Result;
 
-/// Prints one stage's verdict with all wrong fields on the console. Where there is no wrong field
-/// and the stage has not passed all the same, a second line says why.
+/// Prints one stage's verdict with all wrong fields on the console. If there is no wrong field but
+/// the stage has not passed, a second line gives the reason.
 void Print_RWA_Verify_Result(const CM_Verify_Result* result);

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Uneven pictures with so few even ones between them are one event.
+/// Uneven pictures with at most this many even ones between them are one event.
 constexpr int64_t kUnevenDistance = 8;
 
 }  // namespace
@@ -20,7 +20,7 @@ bool EventList::Continues(const FrameEvent& event, const RowEvent& row) const {
     case EventKind::kCut:
       return row.place == event.placeEnd;
     case EventKind::kRepeated:
-      // Each row of a stretch may be there twice, or one of them many times.
+      // Each row of a stretch may be repeated once, or a single row many times.
       return dumpStep >= 1 && dumpStep <= 2 && row.place >= event.placeEnd - 1 &&
              row.place <= event.placeEnd;
     case EventKind::kExtra:
@@ -64,7 +64,7 @@ std::size_t EventList::Add(const RowEvent& row) {
     event.columns = row.difference.columns;
     event.goldenValue = row.difference.goldenValue;
     event.dumpValue = row.difference.dumpValue;
-    if (row.kind == EventKind::kBroken) event.row = row.dumpRow + 2;  // behind the title
+    if (row.kind == EventKind::kBroken) event.row = row.dumpRow + 2;  // after the title
     event.place = row.place;
     event.placeEnd = row.place + 1;
     events_.push_back(std::move(event));

@@ -1,4 +1,4 @@
-// Collects what happens to single rows as events: equal ones that follow each other are one.
+// Collects what happens to single rows as events: consecutive equal ones are merged into one.
 #pragma once
 
 #include <array>
@@ -13,11 +13,11 @@
 /// Something that happened at one row.
 struct RowEvent {
   EventKind kind;
-  int64_t place;  // golden rows before it
+  int64_t place;  // number of golden rows before it
   int64_t frame;
   std::optional<uint32_t> pts = {};
-  std::optional<uint32_t> lastPts = {};  // where the row stands for a stretch of time
-  int64_t dumpRow = 0;  // filled rows of the dump before it, where it is one of the dump's
+  std::optional<uint32_t> lastPts = {};  // if the row represents a stretch of time
+  int64_t dumpRow = 0;  // number of filled rows of the dump before it, if it is a row of the dump
   int64_t other = 0;
   int64_t ticks90k = 0;
   TimeEffect time = TimeEffect::kUnknown;
@@ -28,7 +28,7 @@ class EventList {
  public:
   explicit EventList(MODULE_TYPE stage) : stage_(stage) { last_.fill(kNone); }
 
-  /// Adds it, or lets the event before it grow. Returns the event's index.
+  /// Adds the row, or extends the previous event. Returns the event's index.
   std::size_t Add(const RowEvent& row);
 
   FrameEvent& At(std::size_t index) { return events_[index]; }
@@ -45,6 +45,6 @@ class EventList {
 
   const MODULE_TYPE stage_;
   std::vector<FrameEvent> events_;
-  std::array<std::size_t, kEventKindCount> last_;       // index of the last event of a kind
-  std::array<int64_t, kEventKindCount> lastDumpRow_{};  // of the last row of that event
+  std::array<std::size_t, kEventKindCount> last_;       // index of the last event of each kind
+  std::array<int64_t, kEventKindCount> lastDumpRow_{};  // dump row of the last row of that event
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Places in the picture, in pixels.
+// Positions in the picture, in pixels.
 constexpr double kWidth = 1200;
 constexpr double kLeft = 90;
 constexpr double kRight = 30;
@@ -23,8 +23,8 @@ constexpr std::size_t kLegendColumns = 7;
 constexpr double kLineHeight = 18;
 constexpr std::size_t kMostLines = 40;
 
-/// How marks of a kind look. The colours are told apart by colour-blind people too, and each kind
-/// has a shape of its own, drawn around 0,0.
+/// The marks of a kind. Colour-blind people can distinguish the colours too, and each kind has a
+/// different shape, drawn around 0,0.
 struct Look {
   EventKind kind;
   const char* colour;
@@ -69,7 +69,7 @@ std::string Escaped(const std::string& text) {
   return escaped;
 }
 
-/// Where the stages' tracks are, sound last.
+/// The stages in the order of their tracks, sound last.
 std::vector<const Stage*> Tracks() {
   std::vector<const Stage*> tracks = PictureWay();
   for (const Stage& stage : kStages) {
@@ -138,7 +138,7 @@ class Strip {
          << "</text>\n";
   }
 
-  /// A round distance of the axis' ticks: about ten of them.
+  /// A round distance between the ticks of the axis: about ten of them.
   double TickDistance() const {
     const double rough = std::max(seconds_, 0.1) / 10;
     const double decade = std::pow(10, std::floor(std::log10(rough)));
@@ -175,7 +175,7 @@ class Strip {
          << (isThere ? "" : " stroke-dasharray=\"2 6\"") << "/>\n";
   }
 
-  /// Lines from causes to what follows from them.
+  /// Lines from causes to the events that follow from them.
   void Joints() {
     std::map<int, const FrameEvent*> byId;
     for (const StageEvents& stage : found_.stages) {
@@ -206,7 +206,7 @@ class Strip {
            << "font-size=\"11\" font-weight=\"bold\">" << at->second << "</text>\n";
   }
 
-  /// A flash on the output's track, its beep on that of the sound, and the difference below.
+  /// A flash on the output's track, its beep on the track of the sound, and the difference below.
   void Sync(const SyncMark& mark) {
     const double x = X(Seconds(mark.flash90k));
     const double flashY = Y(MODULE_VO);

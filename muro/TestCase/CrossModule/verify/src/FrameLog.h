@@ -1,5 +1,5 @@
-// Console lines that are written for every frame: collected in a large buffer, because a line at a
-// time through the terminal's own would cost more than comparing the frame.
+// Console lines that are written for every frame: collected in a large buffer, because writing them
+// to the terminal line by line would cost more than comparing the frame.
 #pragma once
 
 #include <charconv>
@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-/// Text on its way to standard output, in order with what is printed before and after.
+/// Text for standard output, in the right order with what is printed before and after.
 class FrameLog {
  public:
   FrameLog() : buffer_(kSize) {}
@@ -33,7 +33,7 @@ class FrameLog {
     return *this;
   }
   FrameLog& operator<<(int32_t number) { return Append(number, 10); }
-  /// Appends the number as "%x" writes it, with zeros before it up to `width` digits.
+  /// Appends the number as "%x" prints it, with leading zeros up to `width` digits.
   FrameLog& Hex(int32_t number, std::size_t width = 1) {
     char* const first = Room();
     Append(static_cast<uint32_t>(number), 16);
@@ -46,12 +46,12 @@ class FrameLog {
     return *this;
   }
 
-  /// Writes what is collected.
+  /// Writes the collected text.
   void Flush();
 
  private:
   static constexpr std::size_t kSize = std::size_t{64} * 1024;
-  static constexpr std::size_t kMargin = 128;  // room that every append finds
+  static constexpr std::size_t kMargin = 128;  // space guaranteed for every append
 
   char* Room() {
     if (used_ + kMargin > kSize) Flush();

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Rows that have to go on with new numbers for a numbering of their own.
+/// Rows that have to continue with new numbers to count as a different numbering.
 constexpr std::size_t kConfirming = 5;
 
 }  // namespace
@@ -32,7 +32,7 @@ void FrameNumbers::Add(const RowEvent& golden, int32_t dumpFrame, std::optional<
   }
 }
 
-/// At the end of a file a few numbers that begin anew are not wrong.
+/// A few numbers that restart at the end of a file are not wrong.
 void FrameNumbers::End() {
   if (pending_.empty() || pending_.front().dumpFrame <= 1) return;
   for (const Pair& wrong : pending_) NoteWrong(wrong);

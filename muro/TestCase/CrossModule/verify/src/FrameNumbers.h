@@ -1,4 +1,4 @@
-// Tells a dump that numbers its frames in its own way from single frame numbers that are wrong.
+// Distinguishes a dump with a different frame numbering from single wrong frame numbers.
 #pragma once
 
 #include <cstdint>
@@ -9,24 +9,24 @@
 
 class FrameNumbers {
  public:
-  /// What is wrong goes to `events`; `column` is the frame number's.
+  /// Wrong numbers are added to `events`; `column` is that of the frame number.
   FrameNumbers(EventList& events, std::size_t column) : events_(events), column_(column) {}
 
-  /// How much higher the dump numbers its frames at present.
+  /// Present difference between the dump's frame numbers and golden's.
   int32_t Offset() const { return offset_; }
 
-  /// True when rows of equal numbers need not be shown.
+  /// True if rows with equal numbers need not be added.
   bool IsPlain() const { return offset_ == 0 && pending_.empty(); }
 
-  /// The dump numbers its frames so much higher from its first row on.
+  /// Sets the difference of the frame numbers from the first row on.
   void SetOffset(int32_t offset) { offset_ = offset; }
 
-  /// Shows the numbers of a pair of rows. `golden` says where, `before` is the number of the
-  /// dump's row before.
+  /// Adds the numbers of a pair of rows. `golden` is the place, `before` is the number of the
+  /// dump's previous row.
   void Add(const RowEvent& golden, int32_t dumpFrame, std::optional<int32_t> before,
            bool isCompared);
 
-  /// Nothing more comes.
+  /// Signals the end of the rows.
   void End();
 
  private:
@@ -43,5 +43,5 @@ class FrameNumbers {
   EventList& events_;
   const std::size_t column_;
   int32_t offset_ = 0;
-  std::vector<Pair> pending_;  // of another offset
+  std::vector<Pair> pending_;  // with a different offset
 };

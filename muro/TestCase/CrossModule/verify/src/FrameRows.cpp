@@ -28,8 +28,8 @@ std::optional<std::size_t> Named(std::span<const StageColumn> columns, std::stri
   return Find(columns, [&](const StageColumn& column) { return column.name == name; });
 }
 
-/// The lower half of a pts tells all: differences count modulo 2^32, so that a wrap of 33 bits is
-/// none.
+/// The lower half of a pts is enough: differences count modulo 2^32, so that a wrap of 33 bits
+/// makes no difference.
 std::optional<std::size_t> PtsOf(std::span<const StageColumn> columns) {
   const auto low = Named(columns, "pts.L");
   return low ? low : Named(columns, "pts");
@@ -50,7 +50,7 @@ bool IsNumber(std::string_view field, bool hexadecimal) {
   return all != 0 && !field.empty();
 }
 
-/// What ends a row behind its last value.
+/// What ends a row after its last value.
 std::string_view LineEndOf(std::string_view row) {
   return row.substr(WithoutLineEnd(row).size());
 }
@@ -86,7 +86,7 @@ RowShape::Fields RowShape::Split(std::string_view text, std::span<std::string_vi
   return fields.first(count);
 }
 
-/// Whether the fields that have to be numbers are such.
+/// True if all fields that have to be numbers are numbers.
 bool RowShape::AreNumbers(Fields fields) const {
   for (std::size_t i = 0; i < fields.size(); ++i) {
     const StageColumn& column = columns_[i];
@@ -129,7 +129,7 @@ void RowShape::Parse(std::string_view text, FrameRow& row) const {
   if (EndsWithPts()) row.others = Mix(row.others, LineEndOf(text));
 }
 
-/// True where the stage's verifier tells no difference of the two values.
+/// True if the stage's verifier finds no difference between the two values.
 bool RowShape::IsSameValue(std::size_t column, std::string_view golden,
                            std::string_view dump) const {
   if (ComparedText(column, golden) == ComparedText(column, dump)) return true;
@@ -140,7 +140,7 @@ bool RowShape::IsSameValue(std::size_t column, std::string_view golden,
          WholeRate(rates[0], kScalerRateRounding) == WholeRate(rates[1], kScalerRateRounding);
 }
 
-/// Line ends belong to the last value where values are texts.
+/// Line ends belong to the last value if values are texts.
 std::string_view RowShape::ComparedText(std::size_t column, std::string_view field) const {
   return columns_[column].notation == Notation::kText ? field : WithoutLineEnd(field);
 }
@@ -166,7 +166,7 @@ ColumnDifference RowShape::Differences(const FrameRow& golden, const FrameRow& d
   return found;
 }
 
-/// Whether a line end belongs to the value of the pts, and makes the verifier find a difference.
+/// True if a line end belongs to the value of the pts, so that the verifier finds a difference.
 bool RowShape::EndsWithPts() const {
   return pts_ && *pts_ + 1 == columns_.size() && columns_[*pts_].notation == Notation::kText;
 }

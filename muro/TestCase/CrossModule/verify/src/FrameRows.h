@@ -1,4 +1,4 @@
-// Rows of dumps as the analysis of frames sees them: what a row shows, when, and what else it says.
+// Rows of dumps for the analysis of frames: the content of a row, its time, and its further values.
 #pragma once
 
 #include <cstddef>
@@ -11,52 +11,52 @@
 #include "../../stages/src/Stage.h"
 #include "RowReader.h"
 
-/// One row, taken apart.
+/// One parsed row.
 struct FrameRow {
   std::string text;       // with its line end
-  int64_t place = 0;      // filled rows before it in its file
-  bool whole = false;     // false: malformed, and nothing below is known
+  int64_t place = 0;      // number of filled rows before it in its file
+  bool whole = false;     // false: malformed, and the members below are not set
   int32_t frame = 0;      // number
-  uint32_t pts = 0;       // 0 where the stage has none
-  uint32_t clock = 0;     // 90 kHz counter; 0 where the stage has none
-  uint64_t content = 0;   // of all checksums; of the size where there are none
-  uint64_t identity = 0;  // of the first checksum, the stage's input
-  uint64_t others = 0;    // of all further compared columns
+  uint32_t pts = 0;       // 0 if the stage has none
+  uint32_t clock = 0;     // 90 kHz counter; 0 if the stage has none
+  uint64_t content = 0;   // hash of all checksums; of the size if there are none
+  uint64_t identity = 0;  // hash of the first checksum, the stage's input
+  uint64_t others = 0;    // hash of all further compared columns
   bool markedDropped = false;
 };
 
-/// True when two whole rows show the same at the same time.
+/// True if two whole rows show the same content at the same time.
 inline bool ShowSame(const FrameRow& a, const FrameRow& b) {
   return a.whole && b.whole && a.pts == b.pts && a.content == b.content;
 }
 
-/// Stands in `ColumnDifference` for line ends that differ.
+/// In a `ColumnDifference`, represents different line ends.
 inline constexpr std::size_t kLineEndColumn = 31;
 
-/// Two rows that differ in these columns (bit n: column n), and the values of the first.
+/// The columns in which two rows differ (bit n: column n), and the values of the first one.
 struct ColumnDifference {
   uint32_t columns = 0;
   std::string goldenValue = {};
   std::string dumpValue = {};
 };
 
-/// How to read a stage's rows. All comes from the stage's columns.
+/// How to read a stage's rows, derived from the stage's columns.
 class RowShape {
  public:
   explicit RowShape(const Stage& stage);
 
-  /// Takes a row apart. `place` is left alone.
+  /// Parses a row. Does not change `place`.
   void Parse(std::string_view text, FrameRow& row) const;
 
-  /// True for the row that ends a stream and shows nothing.
+  /// True for the row that marks the end of a stream and shows nothing.
   static bool IsEndOfStream(std::string_view text) { return text.starts_with("EOS"); }
 
-  /// The compared columns, but for the frame number, in which two whole rows differ; the pts where
-  /// `comparesPts`.
+  /// The compared columns, except the frame number, in which two whole rows differ; includes the
+  /// pts if `comparesPts`.
   ColumnDifference Differences(const FrameRow& golden, const FrameRow& dump,
                                bool comparesPts) const;
 
-  /// Thousandths of a frame per second; 0 where the stage has no such column.
+  /// Thousandths of a frame per second; 0 if the stage has no such column.
   int32_t RateOf(const FrameRow& row) const;
 
   /// Reads the counter at an offset of the row.
@@ -88,12 +88,12 @@ class RowShape {
   uint32_t others_ = 0;
 };
 
-/// Finds rows of a dump that are golden's but for the counter, without taking them apart.
+/// Finds rows of a dump that equal golden's except for the counter, without parsing them.
 class SameRows {
  public:
   explicit SameRows(const Stage& stage);
 
-  /// The sample's row; length 0 when it has to be read. `counter` is where the counter begins.
+  /// The sample's row; length 0 if it has to be parsed. `counter` is the position of the counter.
   SameRow Find(std::string_view golden, std::string_view sampleAhead);
 
  private:

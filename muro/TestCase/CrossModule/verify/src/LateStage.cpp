@@ -13,7 +13,7 @@ namespace {
 constexpr int64_t kTicksPerMs = 90;
 constexpr int64_t kNoticeable = 5 * kTicksPerMs;
 
-/// What a row says of time.
+/// The time values of a row.
 struct Moment {
   int64_t frame = 0;
   uint32_t pts90k = 0;    // of sound
@@ -34,7 +34,7 @@ uint32_t Number(std::string_view field, const StageColumn& column) {
   return value;
 }
 
-/// Reads the rows of a stage's file one after the other.
+/// Reads the rows of a stage's file in sequence.
 class MomentReader {
  public:
   MomentReader(const Stage& stage, const std::string& path)
@@ -64,7 +64,7 @@ class MomentReader {
   RowReader file_;
 };
 
-/// How far the dump's clock is from golden's, in 90 kHz ticks.
+/// Difference between the dump's clock and golden's, in 90 kHz ticks.
 struct Offset {
   int64_t atStart = 0;
   int64_t now = 0;
@@ -76,7 +76,7 @@ int64_t Difference(const Moment& golden, const Moment& dump) {
   return static_cast<int32_t>(dump.clock90k - golden.clock90k);
 }
 
-/// The offset of a stage at the moment; nothing for a stage without a clock or without the row.
+/// The offset of a stage at the moment; empty for a stage without a clock or without the row.
 std::optional<Offset> OffsetOf(const Stage& stage, const LateMoment& moment) {
   MomentReader golden(stage, moment.golden(stage.module));
   MomentReader dump(stage, moment.dump(stage.module));
@@ -111,7 +111,7 @@ std::string InBrackets(const Stage& stage) {
 }  // namespace
 
 std::string NameLateStage(const LateMoment& moment) {
-  std::optional<Offset> source;  // of the first stage on the way, which all others follow
+  std::optional<Offset> source;  // of the first stage of the path, which all others follow
   const Stage* first = nullptr;
   for (const Stage* stage : PictureWay()) {
     const std::optional<Offset> offset = OffsetOf(*stage, moment);

@@ -46,8 +46,8 @@ bool LockStepWalk::ReadTitle(Side& side) {
   return isRead;
 }
 
-/// Reads the rows of the mode and looks at them. Returns what to read next: after a failed read,
-/// which leaves nothing to compare, the same once more.
+/// Reads the rows of the mode and judges them. Returns what to read next; after a failed read,
+/// which leaves nothing to compare, the same mode again.
 ReadMode LockStepWalk::Step(ReadMode mode) {
   const bool goldenIsRead =
       mode == ReadMode::kSampleOnly || ReadGolden(mode == ReadMode::kGoldenOnly);
@@ -63,7 +63,8 @@ bool LockStepWalk::Read(Side& side) {
   return true;
 }
 
-/// Counts the current row when the rules select it. Further pieces of an overlong line are no rows.
+/// Counts the current row if the rules select it. Further pieces of an overlong line do not count
+/// as rows.
 void LockStepWalk::NoteRow(Side& side) const {
   side.isSelected = side.startsLine && !IsBlank(side.row) && IsSelected(side.row, side.rowsRead);
   if (side.isSelected) ++side.selected;
@@ -107,7 +108,7 @@ bool LockStepWalk::IsBroken(const char* name, const Side& side, std::size_t fiel
   return true;
 }
 
-/// Takes the sample's row without a further look when it is the same.
+/// Consumes the sample's row without parsing it if it is the same.
 bool LockStepWalk::TakeSame() {
   const std::size_t length = FindSame();
   if (length == 0 || length > kDataLimit) return false;

@@ -1,5 +1,6 @@
-// The walk through a golden file and a dump side by side, for the stages whose rows are aligned by
-// frame number (OMX input, OMX output, DVO). A stage decides what two rows mean; the walk reads.
+// Walks through a golden file and a dump side by side, for the stages whose rows are aligned by
+// frame number (OMX input, OMX output, DVO). The walk reads the rows; a stage decides what to do
+// with a pair of rows.
 #pragma once
 
 #include <array>
@@ -24,7 +25,7 @@ struct MURO_DVO_FIELDS {
   std::array<std::string_view, std::size(kDvoColumns)> field;
 };
 
-/// Takes the fields of a row apart. Fields that the row does not have are empty.
+/// Splits a row into fields. Fields that the row does not have are empty.
 template <class Fields>
 void parseFields(Fields& fields, std::string_view line) {
   constexpr std::size_t kLongestField = 15;
@@ -49,12 +50,12 @@ void reportMissingFields(CM_Verify_Result& result, const MURO_OMX_INPUT_FIELDS& 
 void reportMissingFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
                          HiddenDifference hidden = HiddenDifference::kNone);
 
-/// Appends every column of a row that the dump shows again in place of the golden one.
+/// Appends every column of a row that the dump repeats instead of the golden one.
 void reportRepeatFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
                         const MURO_DVO_FIELDS& sample);
 
 /// Longest piece of a line that is read as a row: the board's line buffer without its last
-/// character, which ends the text.
+/// character, which terminates the text.
 inline constexpr std::size_t kDataLimit = 128 - 1;
 
 /// Prints the line of a frame that differs; nothing for an empty mask.
@@ -65,7 +66,7 @@ enum class ReadMode { kBoth, kGoldenOnly, kSampleOnly, kEnd };
 
 class LockStepWalk {
  public:
-  /// Both titles and rows are read from `files`, mismatches go to `result`.
+  /// Both titles and rows are read from `files`; mismatches are added to `result`.
   LockStepWalk(CM_Verify_Result& result, StageFiles& files);
   virtual ~LockStepWalk() = default;
   LockStepWalk(const LockStepWalk&) = delete;
@@ -86,22 +87,22 @@ class LockStepWalk {
     bool isSelected = false;  // the current row is one of them
   };
 
-  /// Length of the sample's next row when it is the same as golden's current one and there is
-  /// nothing to say about them; else 0.
+  /// Length of the sample's next row if it equals golden's current one and there is nothing to
+  /// report about them; else 0.
   virtual std::size_t FindSame() = 0;
 
-  /// Looks at the current rows and decides what to read next.
+  /// Compares the current rows and decides what to read next.
   virtual ReadMode Judge() = 0;
 
-  /// Whether the stage's rules select a row for comparison. `rowsRead` counts it.
+  /// True if the stage's rules select a row for comparison. `rowsRead` counts it.
   virtual bool IsSelected(std::string_view row, int32_t rowsRead) const = 0;
 
-  /// True when the current row of a side is malformed: it has less than `fieldCount` fields, or is
-  /// a piece of an overlong line. Says so. White space and the rest of a title are not malformed.
+  /// True if the current row of a side is malformed: it has fewer than `fieldCount` fields, or is a
+  /// piece of an overlong line. Reports it. White space and the rest of a title are not malformed.
   bool IsBroken(const char* name, const Side& side, std::size_t fieldCount);
 
-  /// Counts the current rows as compared, and found to be the same or told apart. Blank rows and
-  /// others that the rules do not select must not make up for one that was not compared.
+  /// Counts the current rows as compared, whether they are the same or reported as different. Blank
+  /// rows and others that the rules do not select must not make up for one that was not compared.
   void CountAsCompared();
 
   CM_Verify_Result& result_;

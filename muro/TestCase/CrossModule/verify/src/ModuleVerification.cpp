@@ -47,7 +47,7 @@ bool ReportExistence(const char* found, const char* missing, const std::string& 
   return false;
 }
 
-/// Verifies a known stage. Returns false when a file is missing.
+/// Verifies a known stage. Returns false if a file is missing.
 bool Verify(CM_Module& module, const CM_TestCase& testCase) {
   Log() << "=======> Verify: " << Module_Type_To_String(module.type) << '\n';
   Log() << "Verify the Test Case  : " << testCase.Get_TestCase_Name() << '\n';

@@ -1,4 +1,4 @@
-// Verifying a stage's dump against its golden data.
+// Verifies a stage's dump against its golden data.
 #pragma once
 
 #include <string>
@@ -11,19 +11,19 @@ class CM_Verify_Result;
 void CompareStage(CM_Verify_Result& result, const std::string& goldenPath,
                   const std::string& dumpPath);
 
-/// Verifies one stage's dump of the current test case and keeps the outcome in the stage's record.
-/// A missing dump or golden file is reported and leaves the previous outcome. Prints the outcome in
-/// detail at debug level 1, and when it is not one of all stages that are being verified.
+/// Verifies one stage's dump of the current test case and stores the outcome in the stage's record.
+/// A missing dump or golden file is reported and leaves the previous outcome unchanged. Prints the
+/// outcome in detail at debug level 1, and if the stage is verified on its own.
 void Verify_Module(MODULE_TYPE module);
 
-/// Verifies one stage alone. Returns whether it was verified and passed.
+/// Verifies a single stage. Returns whether it was verified and passed.
 bool VerifyOneModule(MODULE_TYPE module);
 
-/// What there is to verify.
+/// The origin of the dumps.
 enum class Dumps {
   kOfARun,
-  kOfARefusedRun,  // none: what is kept is older
+  kOfARefusedRun,  // none: the stored ones are older
 };
 
-/// Forgets every stage's outcome and verifies all stages in list order.
+/// Resets every stage's outcome and verifies all stages in list order.
 void Verify_All_Modules(Dumps dumps = Dumps::kOfARun);

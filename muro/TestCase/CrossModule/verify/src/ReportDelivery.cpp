@@ -36,7 +36,7 @@ constexpr const char* kBoardLogs[] = {
     "/tmp/var/log/dpq_vcpu1.log",   "/tmp/var/log/dpq_vcpu2.log",
 };
 
-/// Runs a command that is shown. Returns whether it succeeded.
+/// Prints a command and runs it. Returns whether it succeeded.
 bool Run(const char* function, const std::string& command) {
   CmLog(function) << command << '\n';
   return RunShell(command);
@@ -47,7 +47,7 @@ void EraseAll(std::string& line, const std::string& sequence) {
     line.erase(at, sequence.size());
 }
 
-/// Removing a sequence can join the halves of another one, so all are looked for again.
+/// Removing a sequence can join the halves of another one, so the search is repeated.
 void EraseColours(std::string& line) {
   std::size_t sizeBefore = 0;
   do {
@@ -56,7 +56,7 @@ void EraseColours(std::string& line) {
   } while (line.size() != sizeBefore);
 }
 
-/// Every line of the copy has a line end.
+/// Every line of the copy ends with a newline.
 void CopyWithoutColours(std::istream& from, std::ostream& to) {
   for (std::string line; std::getline(from, line);) {
     EraseColours(line);
@@ -73,7 +73,7 @@ std::string ReportStem(const CM_TestCase& testCase) {
   return "report_" + testCase.Get_TestCase_Name() + "_" + Get_Test_Timestamp();
 }
 
-/// The name that the last report took, beside the one that it would have without others.
+/// The name that the last report took, and the one that it would have without a number.
 struct {
   std::string firstStem;
   std::string stem;
@@ -96,7 +96,7 @@ bool SendToUsb(const std::string& path) {
   return Run(kSend, "cp " + path + " " + directory + "/");
 }
 
-/// The server that takes files; where there is none, that is logged with what is not sent.
+/// The server that files are sent to; if there is none, logs that and what is not sent.
 std::optional<std::string> TftpServer(const char* function, const std::string& what) {
   std::string server = Get_TFTP_IP();
   if (NamesTftpServer(server)) return server;

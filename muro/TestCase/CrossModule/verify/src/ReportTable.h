@@ -9,17 +9,17 @@
 
 namespace report_table {
 
-// Colours of the console beside those of Ansi.h. They are taken out of the report file.
+// Colours of the console in addition to those of Ansi.h. They are removed from the report file.
 inline constexpr char kHeadingColour[] = "\033[1;35m";
 inline constexpr char kTitleColour[] = "\033[0;35m";
 inline constexpr char kWarnColour[] = "\033[0;33m";
 
-/// Stands for a value that is not there.
+/// Represents a missing value.
 inline constexpr char kNoData[] = "(no---data)";
 
 enum class Align { kLeft, kRight };
 
-/// A column is as wide as the longest value it can hold; the last one is open to the right.
+/// A column is as wide as its longest possible value; the last one is not limited on the right.
 struct Column {
   const char* heading;
   std::size_t width;
@@ -37,7 +37,7 @@ void PrintRow(std::ostream& out, std::span<const Column> columns, std::span<cons
 /// Prints the columns' headings as one line.
 void PrintHeadings(std::ostream& out, std::span<const Column> columns);
 
-/// The summary table: the wrong fields of all stages, one line a stage.
+/// The summary table: the wrong fields of all stages, one line per stage.
 inline constexpr Column kSummaryColumns[] = {
     {"Module", 8, Align::kLeft},
     {"Result", 9, Align::kLeft},
@@ -51,7 +51,7 @@ inline constexpr Column kSummaryColumns[] = {
 /// Name of the field's column.
 std::string FieldName(const CM_Verify_Result& result, const VerifyFailField& field);
 
-/// The field's dump and golden value, "/" between them.
+/// The field's dump and golden value, separated by "/".
 std::string ValuePair(const VerifyFailField& field);
 
 }  // namespace report_table

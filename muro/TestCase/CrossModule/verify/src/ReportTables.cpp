@@ -42,7 +42,7 @@ std::string FrameCount(int32_t count) {
   return count > 0 ? std::to_string(count) : kNoData;
 }
 
-/// What the video stages say of one frame.
+/// The errors that the video stages found in one frame.
 struct FrameErrors {
   int stages = 0;  // MODULE_TYPE bits
   int64_t fieldCount = 0;
@@ -67,7 +67,7 @@ void PrintIntegrationRow(std::ostream& out, int32_t frame, const FrameErrors& er
   report_table::PrintRow(out, kIntegrationColumns, cells);
 }
 
-/// What is wrong with a stage that has not passed, in a few words.
+/// A short description of the fault of a stage that has not passed.
 std::string Symptom(const CM_Verify_Result& result) {
   const Judgement judgement = Judge(result);
   if (result.wrongFields.empty()) {
@@ -81,7 +81,7 @@ std::string Symptom(const CM_Verify_Result& result) {
          (judgement.remark.empty() ? "" : ", " + judgement.remark);
 }
 
-/// Whether a column follows from the picture's content: another picture is seen there.
+/// True if a column depends on the picture's content, so that a different picture was seen there.
 bool ShowsContent(const StageColumn& column) {
   return column.use == Use::kCompared &&
          (column.unit == Unit::kChecksum || column.unit == Unit::kBytes);
@@ -92,15 +92,15 @@ bool ShowsContent(const Stage& stage) {
                              [](const auto& column) { return ShowsContent(column); });
 }
 
-/// Whether the first thing wrong with a stage is the content of a picture.
+/// True if the first fault of a stage is the content of a picture.
 bool HasDamagedPicture(const Stage& stage, const CM_Verify_Result& result) {
   if (result.wrongFields.empty()) return false;
   const std::size_t column = result.wrongFields.front().columnIndex;
   return column < stage.columns.size() && ShowsContent(stage.columns[column]);
 }
 
-/// Whether all stages after `stage` that show the picture have it damaged too: it was so in the
-/// data, and not in one dump.
+/// True if all stages after `stage` that show the picture have it damaged too: then the data were
+/// damaged, and not just one dump.
 bool IsDamageCarriedOn(const std::vector<const Stage*>& way, const Stage* stage,
                        const StageResults& results) {
   const auto at = std::ranges::find(way, stage);
@@ -134,7 +134,7 @@ std::string NamesOf(const std::vector<const Stage*>& stages) {
 }
 
 void PrintFirstBadStages(std::ostream& out, const StageResults& results) {
-  // A run that was refused broke at no stage.
+  // A run that was refused has no bad stage.
   if (std::ranges::any_of(results, &CM_Verify_Result::runWasRefused)) return;
   const std::string picture = FirstBadStage(results);
   if (!picture.empty())
@@ -189,7 +189,7 @@ void PrintVideoIntegration(std::ostream& out, const StageResults& results) {
       errors.stages |= module;
       ++errors.fieldCount;
       if (errors.first == nullptr) errors.first = result;
-      // A frame that comes again is shown as it was the last time.
+      // A frame that occurs again is shown with its last values.
       const bool starts = previous == nullptr || previous->frameNumber != field.frameNumber;
       if (errors.first == result && starts) errors.field = &field;
       previous = &field;

@@ -9,13 +9,13 @@
 
 namespace {
 
-/// How far before a row that it shows again may be.
+/// Maximum distance between a row and its repetition.
 constexpr std::size_t kRepeatDistance = 4;
 
-/// Rows of a stretch that are looked at as moved ones.
+/// Maximum number of rows of a stretch that are considered as moved.
 constexpr int kMostMoved = 256;
 
-/// What makes two rows the same at one level.
+/// The parts in which two rows have to be equal at one level.
 enum KeyPart : unsigned { kPts = 1, kContent = 2, kIdentity = 4, kNumber = 8 };
 
 uint64_t Mixed(uint64_t hash, uint64_t value) {
@@ -38,7 +38,8 @@ class Pairer {
     if (start.firstBelongTogether) Join(0, 0, Bond::kSame);
   }
 
-  /// From the surest level to the weakest: numbers only break ties among what else is the same.
+  /// From the most reliable level to the weakest: numbers only decide between rows that are
+  /// otherwise equal.
   Pairing Pair(bool onlyLikeStretches) {
     if (onlyLikeStretches && !AreAlike()) return std::move(pairing_);
     const bool hasBoth = shape_.HasPts() && shape_.HasContent();
@@ -59,16 +60,16 @@ class Pairer {
   }
 
  private:
-  /// Places of rows without a partner between two pairs.
+  /// Rows without a partner between two pairs.
   struct Gap {
     std::vector<std::size_t> golden = {};
     std::vector<std::size_t> dump = {};
-    int32_t frameOffset;  // of the pair before
+    int32_t frameOffset;  // of the previous pair
   };
 
   /// `frameOffset` is 0 for golden's rows.
   static uint64_t KeyOf(const FrameRow& row, unsigned parts, bool isDump, int32_t frameOffset) {
-    // A malformed row is like no other.
+    // A malformed row equals no other row.
     if (!row.whole) return Mixed(isDump ? 1 : 2, static_cast<uint64_t>(row.place) + 1);
     uint64_t key = 0;
     if ((parts & kPts) != 0) key = Mixed(key, row.pts);
@@ -79,9 +80,9 @@ class Pairer {
     return key;
   }
 
-  /// Whether at least a few rows of the stretches are the same.
+  /// True if at least a few rows of the stretches are the same.
   bool AreAlike() const {
-    constexpr std::size_t kFewest = 16;  // one of so many
+    constexpr std::size_t kFewest = 16;  // divisor: at least one row in so many
     std::vector<uint64_t> goldenKeys;
     std::vector<uint64_t> dumpKeys;
     for (const FrameRow& row : golden_) goldenKeys.push_back(KeyOf(row, kPts | kContent, false, 0));
@@ -139,11 +140,11 @@ class Pairer {
     return dump_[dump].frame - frameOffset_ == golden_[golden].frame;
   }
 
-  /// Of rows that show the same, golden's is the first, and the others repeat it. Numbers that say
-  /// otherwise are believed as far as they fit before.
+  /// Of rows that show the same, the first one is golden's and the others repeat it. Frame numbers
+  /// that contradict this are trusted if they matched before.
   void PullForward() {
-    std::size_t free = 0;    // first row of the dump behind the pair before
-    bool numbersFit = true;  // of the pair before
+    std::size_t free = 0;    // first row of the dump after the previous pair
+    bool numbersFit = true;  // of the previous pair
     for (std::size_t g = 0; g < golden_.size(); ++g) {
       const Partner partner = pairing_.golden[g];
       if (!IsMonotone(partner.bond)) continue;
@@ -158,7 +159,8 @@ class Pairer {
     }
   }
 
-  /// Rows without a time stamp and of another content are the same where as many are left.
+  /// Pairs rows without a time stamp and with different content if equally many are left on both
+  /// sides.
   void PairInOrder(const Gap& gap) {
     if (gap.golden.size() != gap.dump.size()) return;
     for (std::size_t i = 0; i < gap.golden.size(); ++i)
@@ -167,7 +169,7 @@ class Pairer {
 
   using Places = std::unordered_map<uint64_t, std::size_t>;
 
-  /// The rows without a partner by their keys.
+  /// The rows without a partner, by their keys.
   Places LoneKeys(const std::deque<FrameRow>& rows, const std::vector<Partner>& partners,
                   unsigned parts, bool isDump) const {
     Places lone;
@@ -185,7 +187,7 @@ class Pairer {
            }) == 1;
   }
 
-  /// What is left on both sides with a key that no other row has was moved.
+  /// Rows left on both sides with a key that no other row has were moved.
   void PairMoved() {
     for (const unsigned parts : {kPts | kContent | kNumber, kPts | kContent}) {
       const Places golden = LoneKeys(golden_, pairing_.golden, parts, false);
@@ -200,7 +202,7 @@ class Pairer {
     }
   }
 
-  /// In a still picture only the number tells that a row is the one before once more.
+  /// In a still picture only the number shows that a row repeats the one before.
   void MarkNumberedRepeats() {
     const bool areNumbered =
         golden_.size() > 1 && golden_[0].frame != golden_[golden_.size() - 1].frame;

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Large enough to make the calls of the system cheap, small enough to stay in the cache.
+// Large enough to make system calls cheap, small enough to stay in the cache.
 constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
 
 static_assert(sizeof(off_t) == 8, "dumps of long runs pass 2 GiB");
@@ -22,7 +22,7 @@ bool IsSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// Value of every character as a digit, 16 and more for what is none.
+/// Value of every character as a digit; 16 and more if it is not a digit.
 constexpr auto kDigitValue = [] {
   std::array<uint8_t, 256> value{};
   value.fill(16);
@@ -35,13 +35,13 @@ uint8_t DigitValue(char c) {
   return kDigitValue[static_cast<uint8_t>(c)];
 }
 
-/// Value of a character as a digit, `kBase` or more for what is none.
+/// Value of a character as a digit; `kBase` or more if it is not a digit.
 template <unsigned kBase>
 unsigned DigitOf(char c) {
   return kBase == 10 ? static_cast<uint8_t>(c - '0') : DigitValue(c);
 }
 
-/// The value of digits of any number: by far too many are the largest number, as in C.
+/// The value of any number of digits: too many saturate at the largest number, as in C.
 template <unsigned kBase>
 uint64_t ValueOf(const char* p, const char* end, bool negative) {
   const uint64_t largest =
@@ -54,8 +54,8 @@ uint64_t ValueOf(const char* p, const char* end, bool negative) {
   return value;
 }
 
-/// Reads the digits at `p`. Returns their end; null, `number` untouched, when there are none. As in
-/// C, the lower 32 bits of the value stay.
+/// Reads the digits at `p`. Returns their end; null, with `number` unchanged, if there are none. As
+/// in C, the lower 32 bits of the value are kept.
 template <unsigned kBase>
 inline const char* ParseDigits(const char* p, const char* end, bool negative, int32_t& number) {
   constexpr std::ptrdiff_t kSafeDigits = 15;
@@ -68,7 +68,7 @@ inline const char* ParseDigits(const char* p, const char* end, bool negative, in
   return p;
 }
 
-/// As `ParseDigits`, with white space, a sign and "0x" for base 16 before the digits.
+/// As `ParseDigits`, but accepts white space, a sign and "0x" for base 16 before the digits.
 template <unsigned kBase>
 const char* ParseDecorated(const char* p, const char* end, int32_t& number) {
   while (p < end && IsSpace(*p)) ++p;
@@ -79,8 +79,8 @@ const char* ParseDecorated(const char* p, const char* end, int32_t& number) {
   return ParseDigits<kBase>(prefixed ? p + 2 : p, end, negative, number);
 }
 
-/// Reads the number that a text begins with. Returns where the text stands behind it; null,
-/// `number` untouched, when there is none.
+/// Reads the number at the beginning of a text. Returns the position after it; null, with `number`
+/// unchanged, if there is none.
 template <unsigned kBase>
 inline const char* ParseNumber(const char* p, const char* end, int32_t& number) {
   const bool plain = p < end && DigitOf<kBase>(*p) < kBase && (kBase == 10 || *p != '0');
@@ -91,15 +91,15 @@ unsigned BaseOf(const RowFormat& format, std::size_t item) {
   return (format.hexadecimal >> item & 1U) != 0 ? 16 : 10;
 }
 
-/// The end of the plain digits at `p`, which is `p` when there are none. Needs something behind
-/// them that is no digit.
+/// The end of the plain digits at `p`, which is `p` if there are none. Needs a non-digit after
+/// them.
 const char* SkipDigits(const char* p, unsigned base) {
   while (DigitValue(*p) < base) ++p;
   return p;
 }
 
-/// The end of the decimal digits at `p`, at most `end`. Counters have about nine of them, so eight
-/// are looked at together.
+/// The end of the decimal digits at `p`, at most `end`. Counters have about nine digits, so eight
+/// are checked at a time.
 const char* SkipDecimals(const char* p, const char* end) {
   constexpr uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0;
   for (uint64_t word = 0; end - p >= 8; p += 8) {
@@ -112,8 +112,8 @@ const char* SkipDecimals(const char* p, const char* end) {
   return p;
 }
 
-/// Passes by the items from `first` to before `last`, each plain digits and its separator. `p`
-/// stands at item `first`. Null when one is written otherwise.
+/// Skips the items from `first` to before `last`, each plain digits and its separator. `p` is at
+/// item `first`. Null if an item has any other form.
 const char* SkipItems(const char* p, const RowFormat& format, std::size_t first, std::size_t last) {
   for (std::size_t i = first; i < last; ++i) {
     const char* const item = p;
@@ -124,8 +124,8 @@ const char* SkipItems(const char* p, const RowFormat& format, std::size_t first,
   return p;
 }
 
-/// Reads item `i` at `p`. Returns where the next one starts: the character behind an item goes with
-/// it. Null when there is no number.
+/// Reads item `i` at `p`. Returns the start of the next one: the character after an item belongs to
+/// it. Null if there is no number.
 const char* ReadItem(const char* p, const char* end, const RowFormat& format, std::size_t i,
                      RowItems& items) {
   const char* const behind = BaseOf(format, i) == 16 ? ParseNumber<16>(p, end, items[i])
@@ -133,12 +133,12 @@ const char* ReadItem(const char* p, const char* end, const RowFormat& format, st
   return behind == nullptr ? nullptr : std::min(behind + 1, end);
 }
 
-/// Items of a row that ends behind the last one, else one less.
+/// Number of items of a row that ends after the last one, else one less.
 std::size_t CountToEnd(const char* p, const char* end, const RowFormat& format) {
   return format.itemCount - (std::all_of(p, end, IsSpace) ? 0 : 1);
 }
 
-/// Where the items of a row start, and behind those that were read the next one.
+/// Start of each item of a row, and after those that were read, the start of the next one.
 using ItemStarts = std::array<std::size_t, kMaxItems + 1>;
 
 std::size_t ReadItemsAndStarts(std::string_view row, const RowFormat& format, RowItems& items,
@@ -155,7 +155,7 @@ std::size_t ReadItemsAndStarts(std::string_view row, const RowFormat& format, Ro
   return CountToEnd(p, end, format);
 }
 
-/// Length of what two texts have in common at their start.
+/// Length of the common prefix of two texts.
 std::size_t CommonLength(std::string_view a, std::string_view b) {
   const std::size_t most = std::min(a.size(), b.size());
   std::size_t i = 0;
@@ -168,12 +168,12 @@ std::size_t CommonLength(std::string_view a, std::string_view b) {
   return i;
 }
 
-/// As `ReadItems` for a sample's row. Where it has golden's text, its items are golden's: rows that
-/// differ do so in few of them.
+/// As `ReadItems` for a sample's row. Where its text equals golden's, the values are copied: rows
+/// that differ do so in few items.
 std::size_t ReadItemsLike(std::string_view goldenRow, const RowItems& golden,
                           std::size_t goldenCount, const ItemStarts& starts, std::string_view row,
                           const RowFormat& format, RowItems& items) {
-  // An item that ends with the file may go on in the other row.
+  // An item at the end of the file may continue in the other row.
   const std::size_t shared = goldenRow.back() == '\n' ? goldenCount : 0;
   const char* p = row.data();
   const char* const end = p + row.size();
@@ -195,14 +195,14 @@ std::size_t ReadItemsLike(std::string_view goldenRow, const RowItems& golden,
 constexpr uint64_t kOnes = 0x0101010101010101;
 constexpr uint64_t kHighBits = kOnes * 0x80;
 
-/// The high bits of those bytes of the word that are `c`.
+/// The high bits of those bytes of the word that equal `c`.
 uint64_t BytesEqual(uint64_t word, char c) {
   const uint64_t different = word ^ kOnes * static_cast<uint8_t>(c);
   return ~(((different & ~kHighBits) + ~kHighBits) | different) & kHighBits;
 }
 
-/// Length of the sample's row when it is golden's but for digits in place of those from `field` to
-/// `fieldEnd`; 0 when it is another one. What follows golden's field is no digit.
+/// Length of the sample's row if it equals golden's except for the digits from `field` to
+/// `fieldEnd`; 0 if it does not. The character after golden's field is not a digit.
 std::size_t LengthOfSame(std::string_view golden, std::string_view sample, const char* field,
                          const char* fieldEnd, unsigned base) {
   const auto before = static_cast<std::size_t>(field - golden.data());
@@ -234,7 +234,7 @@ RowReader::~RowReader() {
   if (file_ >= 0) close(file_);
 }
 
-/// Gets more bytes behind those that are not taken yet. Returns false when there are none.
+/// Reads more bytes after those not yet consumed. Returns false if there are none.
 bool RowReader::Fill() {
   if (file_ < 0) return false;
   const auto left = static_cast<std::size_t>(end_ - next_);
@@ -327,11 +327,11 @@ std::size_t SplitRow(std::string_view row, std::array<char, 2> separators,
   return count;
 }
 
-// This is asked for every row of the largest files, so it looks at eight characters at a time.
+// This is called for every row of the largest files, so it checks eight characters at a time.
 std::size_t CountFields(std::string_view row) {
   static_assert(std::endian::native == std::endian::little, "the lowest byte comes first");
   constexpr std::size_t kWidth = sizeof(uint64_t);
-  uint64_t counts = 0;  // fields that start at each of the eight places of a word
+  uint64_t counts = 0;  // fields that start at each of the eight positions of a word
   uint64_t separatorBefore = 0x80;
   uint64_t nul = 0;
   const auto look = [&](uint64_t word) {
@@ -349,7 +349,7 @@ std::size_t CountFields(std::string_view row) {
   const char* p = row.data();
   for (; p + kWidth <= end; p += kWidth) look(load(p));
   if (const auto rest = static_cast<std::size_t>(end - p); rest != 0) {
-    // What is left, with separators where there are no characters any more.
+    // The remaining characters, padded with separators.
     uint64_t word = kOnes * ',';
     if (row.size() >= kWidth) {
       word = load(end - kWidth) >> (8 * (kWidth - rest)) | word << (8 * rest);
@@ -419,7 +419,7 @@ SameRow SameItems::Find(std::string_view golden, std::string_view sampleAhead) {
   if (golden.back() != '\n') return {};
   const char* const begin = golden.data();
   const char* const frameEnd = SkipDigits(begin, 10);
-  if (begin[0] == '0' && frameEnd - begin > 1) return {};  // the text is not the number's own
+  if (begin[0] == '0' && frameEnd - begin > 1) return {};  // not the number's canonical form
   const unsigned base = BaseOf(format_, format_.counterItem);
   const char* const counter = SkipItems(begin, format_, 0, format_.counterItem);
   const char* const counterEnd = counter == nullptr ? counter : SkipDigits(counter, base);

@@ -1,5 +1,5 @@
-// Reads dumps and golden files row by row, and takes rows apart. Every stage's verifier, the frame
-// counter and the synchronisation analysis read through this.
+// Reads dumps and golden files row by row and parses rows. Used by every stage's verifier, the
+// frame counter and the synchronisation analysis.
 #pragma once
 
 #include <array>
@@ -13,10 +13,10 @@
 /// One file, read from start to end through a block buffer. Rows are views into that buffer.
 class RowReader {
  public:
-  /// Most characters of a row, its line end included. A longer line comes in pieces.
+  /// Maximum length of a row, its line end included. A longer line is returned in pieces.
   static constexpr std::size_t kRowLimit = 1023;
 
-  /// Opens the file. One that cannot be opened, or is no regular file, has no rows.
+  /// Opens the file. If it cannot be opened or is not a regular file, it has no rows.
   explicit RowReader(const std::string& path);
   ~RowReader();
   RowReader(const RowReader&) = delete;
@@ -24,23 +24,24 @@ class RowReader {
 
   bool IsOpen() const { return file_ >= 0; }
 
-  /// Takes the next row with its line end, at most `limit` (up to `kRowLimit`) characters of it.
-  /// The row is valid until the next call. Returns false, `row` untouched, at the end of the file.
+  /// Returns the next row with its line end, at most `limit` (up to `kRowLimit`) characters of it,
+  /// in `row`. The row is valid until the next call. Returns false, with `row` unchanged, at the
+  /// end of the file.
   bool Next(std::string_view& row, std::size_t limit = kRowLimit);
 
-  /// What is read ahead of the next row, often many rows. Valid until the next call; `Skip` takes
-  /// so many characters of it.
+  /// The buffered text from the next row on, often many rows. Valid until the next call; `Skip`
+  /// consumes that many characters of it.
   std::string_view Ahead() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
   void Skip(std::size_t length) { next_ += length; }
 
-  /// As `Next`, but passes by rows of nothing but white space.
+  /// As `Next`, but skips rows that contain only white space.
   bool NextFilled(std::string_view& row);
 
-  /// Takes all lines to the end of the file. Returns how many are more than white space.
+  /// Reads all lines to the end of the file. Returns how many of them are not just white space.
   int64_t CountFilledLines();
 
-  /// Takes the next line whole, however long it is. Returns at most `kRowLimit` characters of it,
-  /// the line end among them; empty at the end of the file.
+  /// Reads the next line completely, however long it is. Returns at most `kRowLimit` characters of
+  /// it, including the line end; empty at the end of the file.
   std::string NextLine();
 
  private:
@@ -61,31 +62,32 @@ inline bool IsPiece(std::string_view row, std::size_t limit = RowReader::kRowLim
   return row.size() >= limit && row.back() != '\n';
 }
 
-/// The number that a text begins with, as `atoi` reads it: 0 when there is none.
+/// The number at the beginning of a text, as `atoi` reads it: 0 if there is none.
 int32_t ToNumber(std::string_view text);
 
-/// The number that a text begins with, in `number`. Returns false, `number` untouched, when there
-/// is none.
+/// Reads the number at the beginning of a text into `number`. Returns false, with `number`
+/// unchanged, if there is none.
 bool ReadNumber(std::string_view text, int32_t& number);
 
-/// Splits a row as `strtok` does: any of the two `separators` in a row count as one, a NUL ends the
-/// row. The last field keeps the line end. Fields that the row does not have are empty, surplus
-/// ones are left out. Returns the number of fields set.
+/// Splits a row as `strtok` does: consecutive separators of the two in `separators` count as one, a
+/// NUL ends the row. The last field keeps the line end. Missing fields are empty, extra ones are
+/// ignored. Returns the number of fields set.
 std::size_t SplitRow(std::string_view row, std::array<char, 2> separators,
                      std::span<std::string_view> fields);
 
-/// The number of fields between commas and blanks, as `SplitRow` counts them; 0 when there is a NUL
-/// in the row.
+/// The number of fields separated by commas and blanks, as `SplitRow` counts them; 0 if the row
+/// contains a NUL.
 std::size_t CountFields(std::string_view row);
 
-/// Takes numbers apart as `strtok` and `atoi` do: any commas in a row count as one, a NUL ends the
-/// row, text that is no number is 0. Returns how many there are; numbers behind them are untouched.
+/// Parses numbers as `strtok` and `atoi` do: consecutive commas count as one, a NUL ends the row,
+/// text that is not a number is 0. Returns how many there are; the numbers after them are
+/// unchanged.
 std::size_t ReadNumbers(std::string_view row, std::span<int32_t* const> numbers);
 
 /// True for a text of exactly `count` fields of plain digits, with commas and blanks before each
-/// and a newline after the last: what most rows are, told without splitting them.
+/// and a newline after the last: most rows have this form, and need not be split to detect it.
 inline bool IsPlain(std::string_view text, std::size_t count) {
-  const char* p = text.data();  // ends with a newline, so nothing after it is looked at
+  const char* p = text.data();  // ends with a newline, so nothing after it is read
   for (std::size_t i = 0; i < count; ++i) {
     while (*p == ',' || *p == ' ') ++p;
     const char* const first = p;
@@ -95,31 +97,31 @@ inline bool IsPlain(std::string_view text, std::size_t count) {
   return *p == '\n';
 }
 
-/// A row of the sample that is found to be the same as golden's.
+/// A row of the sample that was found to equal golden's.
 struct SameRow {
-  std::size_t length = 0;   // of the sample's row with its line end; 0: it is another one
+  std::size_t length = 0;   // of the sample's row with its line end; 0: it is not the same
   std::string_view text;    // a part of golden's row, see below
-  std::size_t counter = 0;  // where the 90k counter begins, in both rows
+  std::size_t counter = 0;  // position of the 90 kHz counter in both rows
 };
 
-/// Looks whether the sample goes on with the same row but for the digits of the second field, which
-/// is where stages keep the 90k counter. The text is golden's behind that field. May miss rows that
-/// are the same: then they must be read.
+/// Checks whether the sample continues with the same row except for the digits of the second field,
+/// in which stages keep the 90 kHz counter. The text is golden's after that field. May miss rows
+/// that are the same: then they must be parsed.
 SameRow SameButSecondField(std::string_view golden, std::string_view sampleAhead);
 
-/// How the items of a row of numbers are written.
+/// The number format of the items of a row.
 struct RowFormat {
   std::size_t itemCount;      // at most `kMaxItems`
   std::uint32_t hexadecimal;  // bit n: item n is hexadecimal
-  std::size_t counterItem;    // the 90k counter: differs in every run, is never compared
+  std::size_t counterItem;    // the 90 kHz counter: differs in every run, is never compared
 };
 
 inline constexpr std::size_t kMaxItems = 27;
 using RowItems = std::array<int32_t, kMaxItems>;
 
 /// Reads the items of a row as `fscanf` does with "%d%*c" or "%x%*c" each. Returns the number of
-/// items read; less than the format's when one cannot be read, when the row ends early, or (one
-/// less) when anything follows the last item. `items` behind them are untouched.
+/// items read; fewer than the format's if one cannot be read, if the row ends early, or (one less)
+/// if anything follows the last item. The remaining `items` are unchanged.
 std::size_t ReadItems(std::string_view row, const RowFormat& format, RowItems& items);
 
 /// The items of a golden row and of its sample row.
@@ -134,19 +136,19 @@ struct ItemPair {
   bool whole;            // all items are readable
 };
 
-/// Finds rows of numbers that need not be read because they are the same.
+/// Finds rows of numbers that need not be parsed because they are the same.
 class SameItems {
  public:
   explicit SameItems(const RowFormat& format);
 
-  /// Looks whether golden's row is a whole one of the format, and the sample goes on with the same
-  /// row but for the digits of the counter item. The text is that of item 0, the frame number. May
-  /// miss rows that are the same: then they must be read.
+  /// Checks whether golden's row is a complete row of the format, and the sample continues with the
+  /// same row except for the digits of the counter item. The text is that of item 0, the frame
+  /// number. May miss rows that are the same: then they must be parsed.
   SameRow Find(std::string_view golden, std::string_view sampleAhead);
 
  private:
   const RowFormat format_;
   const std::size_t checkedItems_;  // those up to the counter and the last hexadecimal one
-  std::string knownRest_;           // items behind them that were found to be whole: most pictures
-                                    // have the size and metadata of the one before
+  std::string knownRest_;  // items after them that were found to be whole: most pictures have the
+                           // size and metadata of the previous one
 };

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Places of the columns that both stages are told by.
+/// Indexes of the columns by which rows of both stages are matched.
 struct Columns {
   std::size_t count;
   std::size_t frame;
@@ -43,7 +43,7 @@ uint32_t Hexadecimal(std::string_view text) {
   return value;
 }
 
-/// Calls `act` with the place and contents of every whole row.
+/// Calls `act` with the index and contents of every whole row.
 template <class Act>
 void ForEachRow(const std::string& path, const Columns& columns, Act act) {
   RowReader file(path);
@@ -57,15 +57,15 @@ void ForEachRow(const std::string& path, const Columns& columns, Act act) {
   }
 }
 
-/// A row of the scaler whose time is looked for, and what was found.
+/// A row of the scaler whose time is searched, and the result.
 struct Wanted {
   InputRow row = {};
   int64_t distance = std::numeric_limits<int64_t>::max();
   std::optional<uint32_t> pts = {};
 };
 
-/// How far a row of the video output is from the scaler's: the same frame is nearest, then the last
-/// one that was output before it.
+/// Distance of a row of the video output from the scaler's: the same frame is nearest, then the
+/// last one that was output before it.
 int64_t DistanceOf(const InputRow& scaler, const InputRow& vo) {
   constexpr int64_t kAfter = int64_t{1} << 32;
   if (scaler.frame == vo.frame) return 0;
@@ -73,7 +73,7 @@ int64_t DistanceOf(const InputRow& scaler, const InputRow& vo) {
   return ticks >= 0 ? ticks + 1 : kAfter - ticks;
 }
 
-/// A dump that was cut off is told by the last row that is there.
+/// A truncated dump is identified by its last row.
 int64_t FirstPlaceOf(const FrameEvent& event) {
   return event.kind == EventKind::kCut ? std::max<int64_t>(event.place - 1, 0) : event.place;
 }

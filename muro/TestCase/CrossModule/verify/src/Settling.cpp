@@ -6,21 +6,21 @@
 
 namespace {
 
-/// Rows between two looks at the drift.
+/// Number of rows between two samples of the drift.
 constexpr int64_t kSampleDistance = 64;
 
 bool IsInOrder(const Partner& partner) {
   return partner.bond != Bond::kNone && partner.bond != Bond::kMoved;
 }
 
-/// A row that ends with the file in the middle of a line is no row of its own.
+/// A row that ends with the file in the middle of a line is not a complete row.
 bool IsCutOff(const FrameRow& row) {
   return row.text.empty() || row.text.back() != '\n';
 }
 
 }  // namespace
 
-/// A stretch on its way to events.
+/// A stretch that is being turned into events.
 struct Settling::Work {
   const PairedStretch& stretch;
   std::vector<bool> isCompared;    // golden rows that the stage's rules select
@@ -34,9 +34,9 @@ struct Settling::Work {
 struct Settling::Gap {
   std::vector<std::size_t> lost = {};     // of golden
   std::vector<std::size_t> fresh = {};    // of the dump
-  std::optional<std::size_t> after = {};  // golden's row of the pair behind
+  std::optional<std::size_t> after = {};  // golden row of the pair after the gap
   std::optional<std::size_t> dumpAfter = {};
-  std::size_t taken = 0;  // lost rows that others stand in place of
+  std::size_t taken = 0;  // lost rows that have been replaced by others
   bool hasExtra = false;
   std::vector<ClockShift> shifts = {};
 
@@ -76,8 +76,7 @@ void Settling::SamplePts(uint32_t pts, uint32_t clock) {
     clock_.Sample(clock, pts);
 }
 
-// This is done for every row of equal files, so a row is taken apart only where something has to be
-// known of it.
+// This is called for every row of equal files, so a row is only parsed if its values are needed.
 void Settling::TakeSame(std::string_view golden, int64_t place, std::string_view dump,
                         std::size_t counter) {
   const bool hasClock = shape_.HasClock();
@@ -159,7 +158,7 @@ void Settling::Pair(const FrameRow& golden, const FrameRow& dump, Bond bond, boo
   if (!staysFrozen) frozen_.reset();
 }
 
-/// Whether the dump shows the picture before once more in the place of golden's.
+/// True if the dump repeats the previous picture in place of golden's.
 bool Settling::IsFrozen(const FrameRow& golden, const FrameRow& dump) const {
   return shape_.HasPts() && hasLast_ && !lastIsText_ && lastGolden_.whole &&
          dump.content == lastDump_.content && golden.content != lastGolden_.content;
@@ -222,7 +221,7 @@ void Settling::Take(const PairedStretch& stretch) {
   TakeGap(work, gap);
 }
 
-/// Names the first and the last frame of the stretch that the row was moved in.
+/// Records the first and the last frame of the stretch in which the row was moved.
 void Settling::TakeMoved(Work& work, std::size_t g) {
   const std::vector<Partner>& partners = work.stretch.pairing.golden;
   const std::size_t place = partners[g].place;
@@ -244,7 +243,7 @@ void Settling::TakeMoved(Work& work, std::size_t g) {
 }
 
 void Settling::TakeGap(const Work& work, Gap& gap) {
-  // A dump that was cut off may end in the middle of a row.
+  // A truncated dump may end in the middle of a row.
   if (work.stretch.isLast && !gap.after && !gap.lost.empty() && !gap.fresh.empty() &&
       IsCutOff(work.Dump(gap.fresh.back())))
     gap.fresh.pop_back();
@@ -261,7 +260,7 @@ void Settling::TakeGap(const Work& work, Gap& gap) {
   if (!gap.shifts.empty() && shape_.HasClock()) clock_.Gap(std::move(gap.shifts));
 }
 
-/// A row that shows the one before once more, in place of a lost one where there is one.
+/// Handles a row that repeats an earlier one, in place of a lost row if there is one.
 void Settling::TakeRepeat(const Work& work, Gap& gap, std::size_t d) {
   std::size_t source = d;
   while (!ShowSame(work.Dump(--source), work.Dump(d)) ||
@@ -295,7 +294,7 @@ void Settling::TakeRepeat(const Work& work, Gap& gap, std::size_t d) {
   }
 }
 
-/// A row that is none, in place of a lost one where there is one, or that golden never had.
+/// Handles a malformed row or one that is not in golden, in place of a lost row if there is one.
 void Settling::TakeStranger(const Work& work, Gap& gap, std::size_t d) {
   const bool isWhole = work.Dump(d).whole;
   const bool takesPlace = !isWhole && gap.taken < gap.lost.size();
@@ -343,8 +342,8 @@ void Settling::TakeLost(const Work& work, Gap& gap) {
     LeaveOpen(work, gap, event);
 }
 
-/// Whether the dump's own numbers show where rows are missing or too many: they step as golden's
-/// do, and not by one a row.
+/// True if the dump's own numbers show where rows are missing or extra: they step as golden's do,
+/// and not by one per row.
 bool Settling::NumbersTell(const Work& work, const Gap& gap) const {
   if (!gap.after || !hasLast_) return true;
   const int64_t dumpStep = int64_t{work.Dump(*gap.dumpAfter).frame} - lastDump_.frame;
@@ -352,7 +351,7 @@ bool Settling::NumbersTell(const Work& work, const Gap& gap) const {
   return dumpStep == goldenStep && dumpStep != static_cast<int64_t>(gap.fresh.size()) + 1;
 }
 
-/// Where rows that show the same as golden's row `g` begin.
+/// Start of the rows that show the same as golden's row `g`.
 Settling::Run Settling::RunFrom(const Work& work, std::size_t g) const {
   std::size_t first = g;
   while (first > 0 && ShowSame(work.Golden(first - 1), work.Golden(g))) --first;
@@ -361,7 +360,7 @@ Settling::Run Settling::RunFrom(const Work& work, std::size_t g) const {
   return {row.place, row.frame, PtsOf(row)};
 }
 
-/// Lost rows may be any as far as the rows around them show the same.
+/// The lost rows can be any of those around them that show the same.
 void Settling::LeaveOpen(const Work& work, const Gap& gap, FrameEvent& event) const {
   const std::size_t first = gap.lost.front();
   const std::size_t last = gap.lost.back();
@@ -382,8 +381,8 @@ void Settling::LeaveOpen(const Work& work, const Gap& gap, FrameEvent& event) co
   if (event.pts) event.pts->last = work.Golden(last + right).pts;
 }
 
-/// Where rows are lost from a still picture and time is kept, the counter steps at the place: what
-/// seemed late there, and made up for at the end of the still picture, is the loss.
+/// If rows are lost from a still picture and the time is kept, the counter steps at that place: a
+/// row that seemed late there, and made up for at the end of the still picture, is the loss.
 void Settling::PlaceByClock(std::vector<FrameEvent>& events) const {
   for (FrameEvent& open : events) {
     if (open.kind != EventKind::kDropped || open.first == open.lastPossible ||

@@ -1,4 +1,4 @@
-// Makes events of paired and unpaired rows, stretch by stretch in golden's order.
+// Turns paired and unpaired rows into events, stretch by stretch in golden's order.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@
 #include "FrameRows.h"
 #include "RowPairing.h"
 
-/// Two stretches whose rows are paired, and how much of them is to be settled.
+/// Two stretches with paired rows, and how much of them is to be settled.
 struct PairedStretch {
   const std::deque<FrameRow>& golden;
   const std::deque<FrameRow>& dump;
@@ -24,30 +24,30 @@ struct PairedStretch {
   std::size_t goldenEnd;
   std::size_t dumpEnd;
   bool isLast;              // both files end with them
-  std::size_t context = 0;  // rows before both that are settled already
+  std::size_t context = 0;  // rows before both that are already settled
 };
 
 class Settling {
  public:
   Settling(const RowShape& shape, EventList& events);
 
-  /// How much higher the dump numbers its frames at present.
+  /// Present difference between the dump's frame numbers and golden's.
   int32_t FrameOffset() const { return numbers_.Offset(); }
   void SetFrameOffset(int32_t offset) { numbers_.SetOffset(offset); }
 
-  /// Takes two rows that are the same but for the counter, which begins at `counter` of both.
-  /// `dump` may go on behind its row.
+  /// Adds two rows that are the same except for the counter, which begins at `counter` in both.
+  /// `dump` may continue after its row.
   void TakeSame(std::string_view golden, int64_t place, std::string_view dump, std::size_t counter);
 
-  /// Takes a pair of rows.
+  /// Adds a pair of rows.
   void TakePair(const FrameRow& golden, const FrameRow& dump, Bond bond);
 
-  /// The last pair of rows; nothing at the beginning.
+  /// The last pair of rows; empty at the beginning.
   std::optional<std::pair<FrameRow, FrameRow>> LastPair();
 
   void Take(const PairedStretch& stretch);
 
-  /// Nothing more comes: hands out what was found.
+  /// Signals the end of the rows and returns the results.
   void End(StageEvents& result);
 
  private:
@@ -91,14 +91,14 @@ class Settling {
   FrameNumbers numbers_;
   int64_t pairs_ = 0;
   bool hasLast_ = false;
-  bool lastIsText_ = false;  // the last pair was the same row, of which `lastText_` is golden's
+  bool lastIsText_ = false;  // the last pair was the same row; `lastText_` is golden's text
   std::string lastText_;
-  std::size_t lastTail_ = 0;  // where it goes on behind the counter
+  std::size_t lastTail_ = 0;  // position after the counter
   uint32_t lastDumpClock_ = 0;
   FrameRow lastGolden_;
   FrameRow lastDump_;
   Run run_;
-  std::optional<int32_t> frameBefore_;  // of a row of the dump that is no pair's
-  std::optional<FrameRow> frozen_;      // golden's row of the picture that the dump shows on and on
+  std::optional<int32_t> frameBefore_;  // of a row of the dump that is not part of a pair
+  std::optional<FrameRow> frozen_;      // golden's row of the picture that the dump keeps repeating
   std::optional<PtsRange> shown_;
 };

@@ -18,15 +18,15 @@
 
 namespace {
 
-/// Rows that are looked at where the files begin to differ, and at most.
+/// Number of rows examined first when the files begin to differ, and the maximum.
 constexpr std::size_t kFirstStretch = 64;
 constexpr std::size_t kLongestStretch = 65536;
 constexpr std::size_t kStretchGrowth = 4;
 
-/// Pairs in a row behind which both files are in step again.
+/// Number of consecutive pairs after which both files are in step again.
 constexpr std::size_t kInStep = 16;
 
-/// One file with the rows that are read ahead.
+/// One file with the rows read ahead.
 class RowQueue {
  public:
   RowQueue(const RowShape& shape, const std::string& path) : shape_(shape), file_(path) {
@@ -43,7 +43,7 @@ class RowQueue {
     return true;
   }
 
-  /// Takes a row that was read from the file.
+  /// Adds a row that was read from the file.
   void Take(std::string_view text) {
     const bool startsLine = std::exchange(startsLine_, text.back() == '\n');
     if (!startsLine || RowShape::IsEndOfStream(text)) return;
@@ -54,7 +54,7 @@ class RowQueue {
     rows.push_back(std::move(row));
   }
 
-  /// From now on, and in the rows that are read ahead, time stamps are lower by so much.
+  /// From now on time stamps are lowered by this offset, including those of the rows read ahead.
   void SetPtsOffset(uint32_t offset) {
     ptsOffset_ = offset;
     for (FrameRow& row : rows) row.pts -= offset;
@@ -72,17 +72,17 @@ class RowQueue {
   RowReader file_;
   int64_t read_ = 0;
   uint32_t ptsOffset_ = 0;
-  bool startsLine_ = true;  // the next row is no rest of an overlong line
+  bool startsLine_ = true;  // the next row is not the rest of an overlong line
 };
 
-/// How many rows of both stretches are settled.
+/// Number of settled rows of both stretches.
 struct Settled {
   std::size_t golden;
   std::size_t dump;
 };
 
-/// The rows up to the end of the last stretch of both files in step. Nothing when there is none,
-/// or a moved row crosses it.
+/// The rows up to the end of the last stretch in which both files are in step. Nothing if there is
+/// none, or if a moved row crosses it.
 std::optional<Settled> FindStep(const Pairing& pairing) {
   std::optional<Settled> found;
   std::size_t run = 0;
@@ -94,7 +94,7 @@ std::optional<Settled> FindStep(const Pairing& pairing) {
     const bool isInStep = partner.bond == Bond::kSame && partner.place == previous + 1;
     previous = partner.bond == Bond::kSame ? partner.place : Partner::kNobody - 1;
     run = isInStep ? run + 1 : 1;
-    // What repeats at the end of a stretch may turn out to be another row's.
+    // A repeated row at the end of a stretch may turn out to belong to another row.
     const bool isSure =
         g + kInStep < pairing.golden.size() && partner.place + kInStep < pairing.dump.size();
     if (run >= kInStep && partner.place >= openDump && isSure)
@@ -135,8 +135,8 @@ class Analysis {
   }
 
  private:
-  /// Takes rows that are the same but for the counter. Returns false when a row has to be looked
-  /// at, or there is none.
+  /// Consumes rows that are the same except for the counter. Returns false if a row has to be
+  /// parsed, or if there are no more rows.
   bool TakeRows() {
     std::string_view row;
     if (!golden_.StartsLine() || !dump_.StartsLine() || ptsOffset_ != 0 ||
@@ -155,7 +155,7 @@ class Analysis {
     return true;
   }
 
-  /// Whether two rows are at one place by their numbers, and show the same picture.
+  /// True if two rows have the same place by their numbers and show the same picture.
   bool IsInStep(const FrameRow& golden, const FrameRow& dump) const {
     if (!golden.whole || !dump.whole || golden.pts != dump.pts) return false;
     return dump.frame - golden.frame == settling_.FrameOffset() &&
@@ -167,14 +167,14 @@ class Analysis {
            IsInStep(golden_.rows.front(), dump_.rows.front());
   }
 
-  /// Whether both files have the same malformed row, which tells nothing.
+  /// True if both files have the same malformed row, which is no difference.
   bool IsSameRubbish() const {
     return !golden_.rows.empty() && !dump_.rows.empty() && !golden_.rows.front().whole &&
            golden_.rows.front().text == dump_.rows.front().text;
   }
 
-  /// Takes the first rows as a pair when they, or they but for the pts, are in step. The latter
-  /// is only sure when the next ones are in step too.
+  /// Consumes the first rows as a pair if they are in step, with or without their pts. Without the
+  /// pts this is only reliable if the next rows are in step too.
   bool TakePair() {
     if (IsSameRubbish()) {
       Drop({1, 1});
@@ -195,7 +195,7 @@ class Analysis {
     return true;
   }
 
-  /// A dump whose time stamps and numbers begin elsewhere keeps them at that distance.
+  /// A dump whose time stamps and numbers begin at other values keeps this difference.
   void LearnOffsets() {
     isBeginning_ = false;
     if (IsInStep()) return;
@@ -233,8 +233,8 @@ class Analysis {
     return best->first;
   }
 
-  /// Looks at ever longer stretches until the files are in step again behind their difference. The
-  /// last pair before it is looked at once more: what follows may repeat it.
+  /// Examines longer and longer stretches until the files are in step again after their difference.
+  /// The last pair before it is examined again, because the next rows may repeat it.
   void Resolve() {
     const std::size_t context = AddLastPair();
     std::size_t size = isLost_ ? kLongestStretch : kFirstStretch;
@@ -277,7 +277,7 @@ class Analysis {
   Settling settling_;
   StageEvents result_;
   bool isBeginning_ = true;
-  bool isLost_ = false;  // the last stretch ended without both files in step
+  bool isLost_ = false;  // the last stretch ended before the files were in step again
   uint32_t ptsOffset_ = 0;
 };
 

@@ -28,7 +28,8 @@ void ListColumns(CM_Verify_Result& result, std::span<const StageColumn> columns)
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
                       std::string_view golden, std::string_view dump, HiddenDifference hidden) {
   auto& fields = result.wrongFields;
-  // Most dumps have no wrong field, bad ones have very many: moving them costs more than room does.
+  // Most dumps have no wrong field, bad ones have very many: moving them costs more than reserving
+  // memory.
   if (fields.size() == fields.capacity()) fields.reserve(fields.size() * 4);
   VerifyFailField& field = fields.emplace_back();
   field.frameNumber = frameNumber;

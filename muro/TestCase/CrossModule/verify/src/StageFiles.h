@@ -1,4 +1,4 @@
-// The golden file and the dump of a stage, and how their differences join the result.
+// The golden file and the dump of a stage, and functions that add their differences to the result.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +16,8 @@ struct StageFiles {
   StageFiles(const std::string& goldenPath, const std::string& samplePath)
       : golden(goldenPath), sample(samplePath) {}
 
-  /// True when both are open. Otherwise sets the status bit and prints the line (unless null) of
-  /// each one that is not.
+  /// True if both are open. Otherwise sets the status bits and prints the line (unless null) of
+  /// each file that is not.
   bool AreOpen(CM_Verify_Result& result, const char* goldenFailure,
                const char* sampleFailure) const;
 
@@ -25,7 +25,7 @@ struct StageFiles {
   RowReader sample;
 };
 
-/// How a stage's rows of numbers are written.
+/// The number format of a stage's rows.
 constexpr RowFormat FormatOf(std::span<const StageColumn> columns) {
   RowFormat format{columns.size(), 0, 0};
   for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -36,16 +36,16 @@ constexpr RowFormat FormatOf(std::span<const StageColumn> columns) {
   return format;
 }
 
-/// Names the columns that the result's wrong fields refer to.
+/// Sets the column names that the result's wrong fields refer to.
 void ListColumns(CM_Verify_Result& result, std::span<const StageColumn> columns);
 
-/// Appends a wrong field; line ends do not become part of the values. `hidden` says what differs
-/// where the values do not; line ends that differ are noticed here.
+/// Appends a wrong field; line ends do not become part of the values. `hidden` gives the difference
+/// if the values are equal; different line ends are detected here.
 void AppendWrongField(CM_Verify_Result& result, int32_t frameNumber, std::size_t column,
                       std::string_view golden, std::string_view dump,
                       HiddenDifference hidden = HiddenDifference::kNone);
 
-/// The text of a number in a wrong field: as "%d" or, behind the prefix, as "%x" writes it.
+/// The text of a number in a wrong field: as "%d" or, after the prefix, as "%x" prints it.
 class ItemText {
  public:
   ItemText(int32_t value, bool hexadecimal, std::string_view hexPrefix = {});

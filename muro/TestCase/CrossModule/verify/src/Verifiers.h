@@ -1,5 +1,5 @@
-// The verifiers, one a stage: each compares a stage's dump with its golden file, prints what it
-// finds and fills the caller's result. A file that cannot be opened sets its status bit.
+// The verifiers, one per stage: each compares a stage's dump with its golden file, prints the
+// differences and fills in the caller's result. A file that cannot be opened sets its status bit.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,8 @@ void Verify_Scaler(CM_Verify_Result& result, const std::string& goldenPath,
 void Verify_Audio(CM_Verify_Result& result, const std::string& goldenPath,
                   const std::string& samplePath);
 
-/// Lets VO be compared with the default tolerances, whatever the board's settings file says: for
-/// dumps that are looked at away from their board.
+/// Makes VO use the default tolerances, whatever the board's settings file says: for dumps that are
+/// verified away from their board.
 void IgnoreVoutSettings();
 
 /// Counts the frames of a dump or golden file: rows whose number is the largest so far, and rows of

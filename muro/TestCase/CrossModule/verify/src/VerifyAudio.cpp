@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kChecksum = ColumnOf(kAudioColumns, Unit::kChecksum);
 
-// Rows that may be skipped, and rows that must be left, for a dump to count as evidence.
+// Maximum of skipped rows and minimum of remaining rows for a dump to count as evidence.
 constexpr int32_t kEnoughSkipped = 10;
 constexpr int32_t kEnoughChecked = 1000;
 
@@ -34,7 +34,7 @@ void PrintRow(FrameLog& log, const MURO_CROSS_MODULE_CHECK_T& row) {
 struct Side {
   RowReader& file;
   MURO_CROSS_MODULE_CHECK_T row;
-  int32_t skipped = 0;   // rows passed by before they could be compared
+  int32_t skipped = 0;   // rows skipped before they could be compared
   int64_t selected = 0;  // rows after the first second that have a pts
 
   bool Read() {
@@ -62,7 +62,7 @@ void SkipFirstSecond(Side& side, const char* message) {
   side.selected = 0;
 }
 
-/// Whether the columns after the counter are as many numbers as a row has, and its pts is not 0.
+/// True if the columns after the counter are exactly the numbers of a row, and the pts is not 0.
 bool HasPlainNumbers(std::string_view behindCounter) {
   constexpr std::size_t kPts = ColumnNamed(kAudioColumns, "pts");
   constexpr std::size_t kFirst = ColumnOf(kAudioColumns, Unit::kTicks90k) + 1;
@@ -80,8 +80,8 @@ bool HasPlainNumbers(std::string_view behindCounter) {
   return hasPts && *p == '\n';
 }
 
-/// Takes the test's row when it is the same as golden's but for the 90k counter, and both can be
-/// compared as they are: numbers with a pts. Returns false when they must be read.
+/// Consumes the test's row if it equals golden's except for the 90 kHz counter, and both can be
+/// compared as they are: numbers with a pts. Returns false if they must be parsed.
 bool TakeSame(std::string_view goldenLine, RowReader& test) {
   const SameRow same = SameButSecondField(goldenLine, test.Ahead());
   if (same.length == 0 || !HasPlainNumbers(same.text)) return false;
@@ -89,8 +89,8 @@ bool TakeSame(std::string_view goldenLine, RowReader& test) {
   return true;
 }
 
-/// Reads on where the time stamps differ. A row that cannot be read ends it: the rows at hand are
-/// compared then, so that a file that ran out in the search does not pass.
+/// Skips rows while the time stamps differ. An unreadable row ends the search: then the current
+/// rows are compared, so that a file that ended during the search does not pass.
 void Resynchronise(FrameLog& log, Side& golden, Side& test) {
   while (golden.row.pts == 0 && golden.Skip()) {
   }
@@ -105,8 +105,8 @@ void Resynchronise(FrameLog& log, Side& golden, Side& test) {
   }
 }
 
-/// Appends a row that is none as a wrong checksum, so that a dump that is broken in its middle does
-/// not pass for one that ended there.
+/// Records a malformed row as a checksum error, so that a dump that is corrupted in the middle is
+/// not mistaken for one that ended there.
 void ReportBrokenRow(CM_Verify_Result& result, std::string_view golden) {
   const ItemText missing(-1, false);
   MURO_CROSS_MODULE_CHECK_T row;
@@ -116,7 +116,8 @@ void ReportBrokenRow(CM_Verify_Result& result, std::string_view golden) {
                    HiddenDifference::kMalformedRow);
 }
 
-/// Compares the files from here to the end of one of them. Returns how many rows differed.
+/// Compares the files from here to the end of one of them. Returns the number of rows that
+/// differed.
 int32_t CompareRows(CM_Verify_Result& result, Side& golden, Side& test) {
   FrameLog log;
   std::string_view goldenLine;
@@ -152,7 +153,7 @@ int32_t CompareRows(CM_Verify_Result& result, Side& golden, Side& test) {
   return errors;
 }
 
-/// Prints the verdict. Returns true when the audio passed.
+/// Prints the verdict. Returns true if the audio passed.
 bool Judge(int32_t errors, int32_t checked, int32_t goldenSkipped, int32_t testSkipped) {
   if (errors != 0) {
     std::printf("[Cross Module][Audio] Audio Test Failed, err_count %d\n", errors);

@@ -19,14 +19,14 @@ struct MURO_CROSS_MODULE_CHECK_T {
   int32_t delay = 0;  // never compared
 };
 
-/// Reads the numbers of a line into `row`. Returns 0; 1 when the line has too few, with those that
-/// it has in `row`.
+/// Reads the numbers of a line into `row`. Returns 0; 1 if the line has too few, with the existing
+/// ones in `row`.
 int convert_to_data(std::string_view line, MURO_CROSS_MODULE_CHECK_T& row);
 
-/// Reads the next row. Returns 0; not 0 at the end of the file, `row` untouched, and for a line
-/// that is no whole row.
+/// Reads the next row. Returns 0; nonzero at the end of the file, with `row` unchanged, and for an
+/// incomplete row.
 int read_next_row(MURO_CROSS_MODULE_CHECK_T& row, RowReader& file);
 
-/// Compares two rows: prints them and appends every mismatch. Returns 1 when there is one, else 0.
+/// Compares two rows: prints them and appends every mismatch. Returns 1 if there is one, else 0.
 int checking_data(const MURO_CROSS_MODULE_CHECK_T& golden, const MURO_CROSS_MODULE_CHECK_T& test,
                   CM_Verify_Result& result, FrameLog& log);

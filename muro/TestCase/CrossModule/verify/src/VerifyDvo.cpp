@@ -25,7 +25,7 @@ int32_t FrameNumber(const MURO_DVO_FIELDS& row) {
   return ToNumber(row.field[kFrameNumber]);
 }
 
-/// Frames of the first two seconds, which may be shown in any way.
+/// Frames of the first two seconds, which are not compared.
 bool IsStartUp(const MURO_DVO_FIELDS& row) {
   return FrameNumber(row) < StartUpFrames(ToNumber(row.field[kRate]));
 }
@@ -45,7 +45,7 @@ class DvoWalk : public LockStepWalk {
   using LockStepWalk::LockStepWalk;
 
  private:
-  /// A row with a minus sign may be marked as dropped, which is worth a message.
+  /// A row with a minus sign may be marked as dropped, which causes a message.
   std::size_t FindSame() override {
     const std::string_view row = golden_.row;
     if (!inStep_ || row.back() != '\n' || !sample_.file.Ahead().starts_with(row)) return 0;
@@ -81,7 +81,7 @@ class DvoWalk : public LockStepWalk {
     return Compare(golden, sample);
   }
 
-  /// What is to be read next, unless the row that would be passed over is none: that ends the walk.
+  /// What to read next, unless the row to be skipped is malformed: that ends the walk.
   ReadMode UnlessGoldenIsBroken(ReadMode next) { return Unless("golden", golden_, next); }
   ReadMode UnlessSampleIsBroken(ReadMode next) { return Unless("sample", sample_, next); }
   ReadMode Unless(const char* name, const Side& side, ReadMode next) {
@@ -90,7 +90,7 @@ class DvoWalk : public LockStepWalk {
     return ReadMode::kEnd;
   }
 
-  /// Looks for golden's first checked frame in the dump. Returns true when it is there.
+  /// Looks for golden's first checked frame in the dump. Returns true if it is the current one.
   bool FindStart(int32_t golden, int32_t sample) {
     if (!firstChecked_) {
       firstChecked_ = golden;
@@ -101,7 +101,8 @@ class DvoWalk : public LockStepWalk {
       log_ << "[muro:" << __LINE__ << "] sample first check no:" << sample << " ("
            << golden_.rowsRead << " " << sample_.rowsRead << ")\n";
     } else if (sample > *firstChecked_ && !startIsMissing_) {
-      // A dump that lost this very frame has nothing to start from, and must not pass for it.
+      // A dump that lost exactly this frame has no starting point, and must not pass because of
+      // that.
       startIsMissing_ = true;
       reportMissingFields(result_, goldenFields_);
     }
@@ -130,8 +131,7 @@ class DvoWalk : public LockStepWalk {
   ReadMode Compare(int32_t golden, int32_t sample) {
     const std::size_t fieldsBefore = result_.wrongFields.size();
     const uint32_t mask = compareFields(result_, goldenFields_, sampleFields_, log_);
-    // A difference without a wrong field ends the walk, and must not count as a frame that is
-    // right.
+    // A difference without a wrong field ends the walk, and must not count as a correct frame.
     const bool isTold = mask == 0 || result_.wrongFields.size() != fieldsBefore;
     if (isTold) CountAsCompared();
     if (mask != 0) return ReadMode::kEnd;
@@ -146,7 +146,7 @@ class DvoWalk : public LockStepWalk {
 
   MURO_DVO_FIELDS goldenFields_;
   MURO_DVO_FIELDS sampleFields_;
-  std::optional<int32_t> firstChecked_;  // golden's first frame behind the warm-up
+  std::optional<int32_t> firstChecked_;  // golden's first frame after the warm-up
   bool inStep_ = false;                  // the dump has it too
   bool startIsMissing_ = false;
   int32_t lastGolden_ = 0;  // numbers of the last rows compared
@@ -185,7 +185,7 @@ uint32_t compareFields(CM_Verify_Result& result, const MURO_DVO_FIELDS& golden,
     mask |= 0x8;
   }
   if (golden.field[kRate] != sample.field[kRate]) {
-    // Only frames of this kind carry a rate of their own.
+    // Only frames of this kind have their own rate.
     if (golden.field[kKind] == "2") AppendColumn(result, golden, kListedRate, sample.field[kRate]);
     mask |= 0x4;
   }

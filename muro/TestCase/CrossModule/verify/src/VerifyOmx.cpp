@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Places of the output's columns.
+/// Indexes of the output's columns.
 struct Output {
   static constexpr std::size_t kFrameNumber = ColumnOf(kOmxOutputColumns, Unit::kFrame);
   static constexpr std::size_t kWidth = ColumnNamed(kOmxOutputColumns, "width");
@@ -18,7 +18,7 @@ struct Output {
   static constexpr std::size_t kPts = ColumnNamed(kOmxOutputColumns, "pts.L");
 };
 
-/// Places of the input's columns.
+/// Indexes of the input's columns.
 struct Input {
   static constexpr std::size_t kFrameNumber = ColumnOf(kOmxInputColumns, Unit::kFrame);
   static constexpr std::size_t kSize = ColumnNamed(kOmxInputColumns, "input_size");
@@ -44,8 +44,8 @@ bool IsStartUp(const MURO_OMX_INPUT_FIELDS&) {
   return false;
 }
 
-/// Tells rows of the first two seconds without taking each apart: what stands between the 90k
-/// counter and the pts, the frame rate among it, seldom changes.
+/// Recognises rows of the first two seconds without parsing each one: the text between the 90 kHz
+/// counter and the pts, including the frame rate, seldom changes.
 template <class Fields>
 class StartUpRows {
  public:
@@ -54,13 +54,13 @@ class StartUpRows {
     return known_.empty() || (!IsPlainlyLarge(row) && ToNumber(row) < frames_);
   }
 
-  /// True when a row that `Contains` looked at surely has all its fields.
+  /// True if a row that `Contains` has checked definitely has all its fields.
   bool IsWhole(std::string_view behindCounter) const {
     return !known_.empty() && IsPlain(behindCounter.substr(known_.size()), 1);
   }
 
  private:
-  /// True for more digits than the number of start-up frames has: most rows need not be read.
+  /// True for more digits than the number of start-up frames has: most rows need not be parsed.
   bool IsPlainlyLarge(std::string_view row) const {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     return row.size() > digits_ && row[0] != '0' &&
@@ -77,7 +77,7 @@ class StartUpRows {
     digits_ = std::to_string(frames_).size();
   }
 
-  std::string known_;  // of the last row that was taken apart
+  std::string known_;  // of the last row that was parsed
   int32_t frames_ = 0;
   std::size_t digits_ = 1;
 };
@@ -95,7 +95,7 @@ void ReportAllFields(CM_Verify_Result& result, const Fields& golden, HiddenDiffe
   }
 }
 
-/// Appends column `i` and returns its bit when the rows differ in it.
+/// Appends column `i` and returns its bit if the rows differ in it.
 template <class Fields>
 uint32_t CompareField(CM_Verify_Result& result, const Fields& golden, const Fields& sample,
                       std::size_t i, uint32_t bit) {
@@ -104,7 +104,7 @@ uint32_t CompareField(CM_Verify_Result& result, const Fields& golden, const Fiel
   return bit;
 }
 
-/// A rate that is a little off is only worth a warning.
+/// A rate that is slightly off only causes a warning.
 uint32_t CompareRate(CM_Verify_Result& result, const OMX_MURO_FIELDS& golden,
                      const OMX_MURO_FIELDS& sample, FrameLog& log) {
   if (golden.field[Output::kRate] == sample.field[Output::kRate]) return 0;
@@ -155,7 +155,7 @@ class OmxWalk : public LockStepWalk {
     if (golden_.rowsRead <= warmUpRows_ && sample_.rowsRead <= warmUpRows_) return ReadMode::kBoth;
     Fields golden;
     parseFields(golden, golden_.row);
-    // A line without an end is no row: taken piece by piece it would be thousands of wrong fields.
+    // A line without an end is not a row: read in pieces, it would be thousands of wrong fields.
     if (IsPiece(golden_.row, kDataLimit) || IsPiece(sample_.row, kDataLimit))
       return EndIfBroken(golden);
     if (IsStartUp(golden)) return ReadMode::kGoldenOnly;
@@ -182,7 +182,7 @@ class OmxWalk : public LockStepWalk {
     return EndIfBroken(golden);
   }
 
-  /// Ends the walk when one of the rows is malformed.
+  /// Ends the walk if one of the rows is malformed.
   ReadMode EndIfBroken(const Fields& golden) {
     if (!IsBroken("golden", golden_, kFieldCount) && !IsBroken("sample", sample_, kFieldCount))
       return ReadMode::kBoth;
@@ -190,7 +190,7 @@ class OmxWalk : public LockStepWalk {
     return ReadMode::kEnd;
   }
 
-  /// The last field takes its line end along, and a further column takes that away.
+  /// The last field includes its line end; an additional column removes it from that field.
   void NoteExtraColumns() {
     if (CountFields(golden_.row) == CountFields(sample_.row)) return;
     for (VerifyFailField& field : result_.wrongFields) {

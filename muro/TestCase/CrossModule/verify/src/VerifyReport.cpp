@@ -88,7 +88,7 @@ void PrepareResults() {
   }
 }
 
-/// The tables count wrong fields as they are filled: the next printing starts with new ones.
+/// The tables count wrong fields while they are printed: the next printing starts with new ones.
 void ReleaseWrongFrames() {
   for (const CM_Module& module : ModuleTypeList()) module.result->deleteWrongFrame();
 }
@@ -100,7 +100,7 @@ void PrintTables(std::ostream& out, const std::string& name, const StageResults&
   out << '\n';
 }
 
-/// Analyses the synchronisation of content with marks for it. What it prints is the text.
+/// Analyses the synchronisation of content with marks for it. Its output is returned in the text.
 std::optional<AvSyncVerdict> AnalyseMarks(const CM_TestCase& testCase, std::string& text) {
   if (testCase.type != kAvSyncTestCase) return std::nullopt;
   std::ostringstream table;
@@ -112,8 +112,8 @@ std::optional<AvSyncVerdict> AnalyseMarks(const CM_TestCase& testCase, std::stri
   return verdict;
 }
 
-/// Reports what happened to the frames, to an unattended run every event and their picture. Returns
-/// the causes that close the report of a test that did not pass.
+/// Reports what happened to the frames; an unattended run receives every event and a picture of
+/// them. Returns the causes that close the report of a test that did not pass.
 std::string CausesOf(const CM_TestCase& testCase, const StageResults& results,
                      const std::vector<SyncMark>& marks, bool passed) {
   const bool wasRun = std::ranges::none_of(
@@ -138,7 +138,7 @@ bool IsFilled(const std::string& path) {
   return !failure && size > 0;
 }
 
-/// Says that a report is not where it should be, and where a good copy is. Nothing is sent then.
+/// Reports that a report was not stored, and where a good copy is. Nothing is sent in that case.
 void TellLostReport(const std::string& path) {
   Log() << ansi::kFail << "ERROR: the report is not in " << path << ", it is not sent";
   for (const std::string& copy : {std::string(kTemporaryReport), kTemporaryReport + ".Orig"s}) {

@@ -6,7 +6,7 @@
 
 #include "ReportTables.h"
 
-/// What a report says of its test besides the results.
+/// Data of a test in its report, in addition to the results.
 struct TestInformation {
   std::string name;
   std::string content;
@@ -16,18 +16,18 @@ struct TestInformation {
 };
 
 /// Writes the whole report: information, tables, column names and, unless empty, the analysis of
-/// the synchronisation and the causes. The results are prepared for printing.
+/// the synchronisation and the causes. Prepares the results for printing.
 void WriteReport(std::ostream& out, const TestInformation& information, const StageResults& results,
                  const std::string& synchronisation, const std::string& causes);
 
 /// Prints the outcome of all stages of the current test case on the console and into the report
-/// file, and sends the report where the settings say. Returns true when every stage passed, and the
-/// synchronisation where the content has marks for it.
+/// file, and sends the report according to the settings. Returns true if every stage passed, and
+/// the synchronisation if the content has marks for it.
 bool Print_Verify_Result();
 
-/// Prints the first wrong field of each stage, one line a stage, and the first bad stage. Returns
-/// true when every stage passed.
+/// Prints the first wrong field of each stage, one line per stage, and the first bad stage. Returns
+/// true if every stage passed.
 bool Print_Simple_Table(std::ostream& out);
 
-/// Prints the wrong frames of the video stages, one line a frame, from the prepared results.
+/// Prints the wrong frames of the video stages, one line per frame, from the prepared results.
 void Print_Video_Integration_Table(std::ostream& out);

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kCrc = ColumnOf(kVdecColumns, Unit::kChecksum);
 constexpr RowFormat kFormat = FormatOf(kVdecColumns);
 
-/// Takes the title row; says so when it ends with the word that a title ends with.
+/// Skips the title row; prints `message` if its last word is the one that titles end with.
 void SkipTitle(RowReader& file, const char* message) {
   const std::string title(WithoutLineEnd(file.NextLine()));
   const auto word = title.find_last_of(", \t") + 1;
@@ -29,8 +29,8 @@ void Fail(CM_Verify_Result& result, FrameLog& log, int32_t frame, const ItemPair
   log.Hex(sample) << " \n";
 }
 
-/// Compares two rows item by item. Returns false when one of them is no whole row: its first item
-/// that cannot be read is then the last difference, and there is nothing sensible behind it.
+/// Compares two rows item by item. Returns false if one of them is incomplete: then its first
+/// unreadable item is the last difference, and the items after it are not compared.
 bool CompareRows(CM_Verify_Result& result, FrameLog& log, std::string_view goldenRow,
                  std::string_view sampleRow) {
   const ItemPair pair(goldenRow, sampleRow, kFormat);
