@@ -20,7 +20,7 @@ namespace {
 
 constexpr char kAutoTest[] = "Auto_Test";
 
-/// How a test case did in the rounds so far.
+/// Results of a test case in the rounds so far.
 struct Tally {
   CM_TestCase* testCase;
   int passedRounds = 0;
@@ -144,7 +144,7 @@ int RunRounds(const std::vector<CM_TestCase*>& cases, int rounds, Checks checks)
   tallies.reserve(cases.size());
   for (CM_TestCase* testCase : cases) tallies.push_back({testCase});
   for (int round = 1; round <= rounds; ++round) {
-    if (round > 1) Set_Test_Timestamp();  // the reports of the round before stay
+    if (round > 1) Set_Test_Timestamp();  // keep the reports of the previous round
     RunRound(tallies, "Round " + std::to_string(round) + "/" + std::to_string(rounds), checks);
   }
   for (const Tally& tally : tallies) PrintSummaryLine(tally, rounds);

@@ -1,4 +1,4 @@
-// The menu entries that set something.
+// The menu entries for settings.
 #include <cstdlib>
 #include <string>
 
@@ -18,9 +18,9 @@ struct SwitchEntry {
   const char* function;
   int (*get)();
   int (*set)(int);
-  const char* current[2];  // the value before the question
-  const char* choice[2];   // the question, before and behind its "(default)"
-  const char* chosen[2];   // the value behind the answer
+  const char* current[2];  // the value printed before the question
+  const char* choice[2];   // the question, before and after its "(default)"
+  const char* chosen[2];   // the value printed after the answer
 };
 
 int AskSwitch(const SwitchEntry& entry) {
@@ -134,7 +134,7 @@ int CMplaybackTestCase::CMplayback_Config_Report_Send_To(char*) {
 
 int CMplaybackTestCase::CMplaybackTest_Config_TFTP_IP(char*) {
   StartMenuItem(__func__);
-  const std::string address = Get_TFTP_IP();  // may ask
+  const std::string address = Get_TFTP_IP();  // may prompt the operator
   CmLog(__func__) << "Current TFTP Server IP is " << address << '\n';
   Set_TFTP_IP_by_User();
   return 0;

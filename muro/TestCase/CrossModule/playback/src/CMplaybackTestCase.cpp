@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int kAddTestCase = 100;  // instead of a number of the list
+constexpr int kAddTestCase = 100;  // typed instead of a number of the list
 constexpr char kComboList[] = "1,2";
 
 void ListStages(const char* function) {
@@ -31,7 +31,7 @@ void ListStages(const char* function) {
 
 enum Again { kPrepareAgain = 1, kLeaveAsItIs = 2 };
 
-/// Asks whether a board that is prepared is to be prepared again, and tells what was chosen.
+/// Asks whether a prepared board is to be prepared again, and prints the choice.
 int AskAgain(const char* function) {
   CmLog(function) << "You have already done this step, do it anyway? \n";
   const int choice = AskSelection(function, "Please choose [1]Yes: do it [2]No:exit this step ");
@@ -42,8 +42,8 @@ int AskAgain(const char* function) {
   return choice;
 }
 
-/// Asks for the customized list; an empty answer keeps the one that is shown. A list of unknown
-/// numbers alone is not kept.
+/// Asks for the customized list; an empty answer keeps the list shown. A list that contains only
+/// unknown numbers is not stored.
 std::vector<CM_TestCase*> AskCustomizedTestCases(const char* function) {
   const std::string kept = Get_Customized_TestCase_List();
   ListTestCases();
@@ -58,7 +58,7 @@ std::vector<CM_TestCase*> AskCustomizedTestCases(const char* function) {
   return cases;
 }
 
-/// Asks for the number of rounds; 0 when the answer is none.
+/// Prompts for the number of rounds; returns 0 if the answer is not a number.
 int AskRounds(const char* function) {
   static constexpr char kQuestion[] = "Please enter the number of rounds: ";
   CmLog(function) << kQuestion;

@@ -1,16 +1,16 @@
-// Menu entries of the cross-module playback test. Each takes a scratch buffer that it ignores and
-// returns 0 for pass, 1 for fail.
+// Menu entries of the cross-module playback test. Each takes a scratch buffer, which it ignores,
+// and returns 0 for pass, 1 for fail.
 #pragma once
 
 class CMplaybackTestCase {
  public:
-  // The board.
+  // Board preparation.
   static int CMplaybackTest_Env_Init(char*);
   static int CMplaybackTest_Enable_Android(char*);
   static int CMplaybackTest_Mount_USB(char*);
   static int CMplaybackTest_Setup_PCB_IP(char*);
 
-  // Runs: one test case, or several one after another.
+  // Runs of one test case, or of several in sequence.
   static int CMplaybackTest_StartTestCase(char*);
   static int CMplaybackTest_AutoTest_Customized(char*);
   static int CMplaybackTest_AutoTest_AVsync(char*);
@@ -22,12 +22,12 @@ class CMplaybackTestCase {
   static int CMplaybackTest_Overwrite_Local_Golden(char*);
   static int CMplaybackTest_Restore_Local_Golden(char*);
 
-  // Verification of dumps that lie on the board.
+  // Verification of dumps that are on the board.
   static int CMplayback_Verify_One_Module(char*);
   static int CMplayback_Verify_All(char*);
   static int CMplayback_Verify_AVsync(char*);
 
-  // What becomes of the results.
+  // Handling of results.
   static int CMplaybackTest_Package_AllInOne(char*);
   static int CMplayback_Send_Dump_To_TFTP(char*);
 

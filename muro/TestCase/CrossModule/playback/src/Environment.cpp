@@ -16,12 +16,13 @@
 
 namespace {
 
-// The picture quality has a test mode and no dump. It is switched after the picture's stages.
+// The picture-quality driver has a test mode but no dump. It is switched after the stages of the
+// picture.
 constexpr const char* kPictureQualityOn[] = {"echo testmode=1 > /dev/vpqdev",
-                                             "echo testmode=2 > /dev/vpqdev"};  // by `hdr`
+                                             "echo testmode=2 > /dev/vpqdev"};  // index is `hdr`
 constexpr char kPictureQualityOff[] = "echo testmode=0 > /dev/vpqdev";
 
-/// Variables that name places of the GStreamer tree, by their tail behind the home.
+/// Variables that refer to paths of the GStreamer tree, with the part of the path after the home.
 constexpr struct {
   const char* name;
   const char* tail;
@@ -60,8 +61,8 @@ void StartTestPicture() {
   RunShell(CrossModuleHome() + "gst_root/usr/bin/dvo-scalar-setup");
 }
 
-/// Hands the stages to `take` in the order in which test modes are switched, and calls
-/// `betweenPictureAndSound` where it is due.
+/// Passes the stages to `take` in the order in which test modes are switched, and calls
+/// `betweenPictureAndSound` between those of the picture and that of the sound.
 template <class Take, class Between>
 void ForEachTestMode(Take take, Between betweenPictureAndSound) {
   std::vector<const Stage*> stages;

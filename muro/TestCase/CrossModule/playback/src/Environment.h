@@ -1,12 +1,11 @@
-// What a playback run needs of the board around it: the player's environment and the
-// drivers' test mode.
+// Prepares the board for a playback run: the player's environment and the drivers' test mode.
 #pragma once
 
-/// Lets the player find its own GStreamer tree. Enabling works once in a program; disabling only
-/// takes `LD_LIBRARY_PATH` out of the environment.
+/// Makes the player use its own GStreamer tree. Enabling works only once per program; disabling
+/// only removes `LD_LIBRARY_PATH` from the environment.
 void Setup_GST_Env_Var(bool enable);
 
 /// Switches the drivers of all stages into test mode, each with the path of its dump, or out of it.
-/// `hdr` is 1 for content of high dynamic range. One operating system leaves its drivers alone
-/// unless a marker file asks for it.
+/// `hdr` is 1 for content of high dynamic range. On one operating system the drivers are left alone
+/// unless a marker file exists.
 void EnableDebugMode(bool enable, int hdr);

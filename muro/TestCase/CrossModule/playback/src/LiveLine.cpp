@@ -27,7 +27,7 @@ LiveLine::LiveLine(std::string text) : text_(std::move(text)) {
   try {
     painter_ = std::thread([this] { Keep(); });
   } catch (const std::system_error&) {
-    // Where no thread can be had the line comes at the end only.
+    // If no thread can be created, the line is only printed at the end.
   }
 }
 
@@ -46,7 +46,7 @@ LiveLine::~LiveLine() {
 
 void LiveLine::Keep() {
   std::unique_lock lock(mutex_);
-  // What the player says at its start has a line of its own.
+  // The player's first output gets a separate line.
   while (!wake_.wait_for(lock, std::chrono::seconds(1), [this] { return done_; }))
     Draw(kLineStart, "");
 }

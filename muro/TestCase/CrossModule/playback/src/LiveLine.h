@@ -1,4 +1,4 @@
-// A line of the console that tells what takes its time.
+// A console line that shows what the program is busy with.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-/// Time that has passed since this was made, for people: "00:01:23".
+/// Time since this object was created, for people: "00:01:23".
 class Stopwatch {
  public:
   std::string Elapsed() const;
@@ -16,8 +16,8 @@ class Stopwatch {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-/// While this lives, a line shows a text and the time that has passed, anew each second. Where
-/// standard output is no terminal, one plain line is printed at the end instead.
+/// During the lifetime of this object, a line shows a text and the elapsed time, updated every
+/// second. If standard output is not a terminal, one plain line is printed at the end instead.
 class LiveLine {
  public:
   explicit LiveLine(std::string text);

@@ -35,7 +35,7 @@ CM_TestCase* TestCaseAt(int number) {
   return &TestCaseList()[static_cast<std::size_t>(number)];
 }
 
-// Entry 0 of the catalogue is "unknown" and never offered.
+// Entry 0 of the catalogue is "unknown" and is never offered.
 int TestCaseCount() {
   return static_cast<int>(TestCaseList().size()) - 1;
 }

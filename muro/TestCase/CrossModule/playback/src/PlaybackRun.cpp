@@ -32,7 +32,7 @@ void RemoveDumps() {
   for (const CM_Module& module : ModuleTypeList()) RunShell("rm -f " + *module.dumpPath);
 }
 
-/// Content within reach and a prepared board.
+/// True if the content is accessible and the board is prepared.
 bool IsReady() {
   const int source = Get_USB_HTTP_Mode();
   if (source == MODE_USB && Mount_USB() != 0) return false;
@@ -45,7 +45,7 @@ bool IsReady() {
   return false;
 }
 
-/// Makes the file that tells the media stack so, or removes it.
+/// Creates or removes a file that is a signal to the media stack.
 void Signal(bool present, const char* file) {
   RunShell(std::string(present ? "touch " : "rm -f ") + file);
 }
@@ -53,7 +53,7 @@ void Signal(bool present, const char* file) {
 void ClearPlatformLogs() {
   CmLog("Test_Start") << "clear dpq log \n";
   for (const char* log : kPlatformLogs) {
-    [[maybe_unused]] const int status = truncate(log, 0);  // one that is not there stays away
+    [[maybe_unused]] const int status = truncate(log, 0);  // a missing file is not created
   }
   RunShell("rm -f /tmp/var/log/dpq_logfile.log.gz");
 }
@@ -77,8 +77,8 @@ std::string PlayerCommand(const CM_TestCase& testCase, const BoardSystem& system
          (isFile ? system.filePlayerEnd : "");
 }
 
-/// While this lives, relative commands are found below the cross-module home, wherever the program
-/// was started: the player of network content is called by such a one.
+/// During the lifetime of this object, relative commands are resolved below the cross-module home,
+/// wherever the program was started: the player of network content is called by a relative path.
 class AtHome {
  public:
   AtHome() {

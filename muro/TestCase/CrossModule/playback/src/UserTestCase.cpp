@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Part of a file name.
+/// True for a text that can be part of a file name.
 bool IsName(std::string_view text) {
   return IsShellWord(text) && text.find('/') == text.npos;
 }

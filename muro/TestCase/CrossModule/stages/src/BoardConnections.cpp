@@ -24,7 +24,7 @@ constexpr const char* kDisks[] = {"/dev/block/sda", "/dev/block/sdb", "/dev/bloc
 constexpr const char* kMountable[] = {"/dev/block/sda1", "/dev/block/sda", "/dev/block/sdb",
                                       "/dev/block/sdc"};
 
-/// The first of the paths that exists; null when none does.
+/// The first of the paths that exists; null if there is none.
 template <std::size_t kCount>
 const char* FirstExisting(const char* const (&paths)[kCount]) {
   for (const char* path : paths) {
@@ -49,7 +49,7 @@ void TellNoDisk() {
   CmLog("Mount_USB") << "STOP test\n";
 }
 
-/// The disk whose stick this program mounted last; empty: none.
+/// The disk whose stick this program mounted last; empty if none.
 std::string mountedDisk;
 
 bool NeedsNetwork() {
@@ -71,7 +71,7 @@ bool HasAddress(const char* interface) {
   return found;
 }
 
-/// Asks for an address until there is one. Returns whether there is.
+/// Requests an address until there is one. Returns false if there is none.
 bool RequestAddress() {
   const std::string busybox = ThisBoardSystem().networkBusybox;
   for (int attempt = 0; attempt < kAddressAttempts; ++attempt) {
@@ -100,7 +100,7 @@ int Mount_USB() {
   RunShell("umount " + mountPoint);
   RunShell("mkdir " + mountPoint);
   const char* partition = FirstExisting(kMountable);
-  const std::string device = partition != nullptr ? partition : disk;  // pulled out meanwhile
+  const std::string device = partition != nullptr ? partition : disk;  // removed meanwhile
   CmLog(__func__) << "Mount USB from  \"" << device << "\" to  \"" << mountPoint << "\" \n";
   RunShell("mount " + device + " " + mountPoint);
   mountedDisk = disk;
@@ -123,7 +123,7 @@ int Setup_PCB_IP() {
     CmLog(__func__) << hint << '\n';
   }
   RunShell("mount -o rw,remount /system");
-  if (!RequestAddress()) return -1;  // not marked as done: the cable may come back
+  if (!RequestAddress()) return -1;  // not marked as done: the cable may be plugged in again
   RunShell(std::string("mkdir /tmp/cross_module/; touch ") + kAddressMarker);
   return 0;
 }

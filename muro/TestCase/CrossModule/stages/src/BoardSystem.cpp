@@ -9,7 +9,7 @@ namespace {
 constexpr char kTreePlayer[] =
     "{home}gst_root/usr/bin/gst-cvn-test-1.0 --gst-debug=0 -c IP1+IP2  -pf ";
 
-// The links made by the preparation lead there.
+// Target of the links created by the preparation.
 constexpr const char* kSorvexHome[] = {"mkdir -p /data/cross_module/"};
 constexpr const char* kSorvexPreparation[] = {
     "mount -o rw,remount /",
@@ -21,7 +21,7 @@ constexpr const char* kSorvexPreparation[] = {
     "touch /data/noAndroidMode",
     "touch /home/cross_module/muroMode",
 };
-// Keys of the input generator mark the start and the end of a run.
+// Key events of the input generator mark the start and the end of a run.
 constexpr char kStartKey[] =
     "nilo-send -f -n 1 nilo://com.kelvra.inputgenerator/pushKeyEvent "
     "'{\"keycodenum\": 114, \"eventtype\":\"keypressed\"}'";
@@ -40,7 +40,7 @@ constexpr const char* kSorvexRunEnd[] = {
 
 constexpr const char* kPelxosPreparation[] = {"cp {home}gst_root/usr/lib/* /usr/lib/"};
 
-// In the order in which markers are looked for; the first is what unknown boards count as.
+// In the order in which markers are checked; unknown boards count as the first system.
 constexpr BoardSystem kSystems[] = {
     {
         .os = OS_ANDROID_O,

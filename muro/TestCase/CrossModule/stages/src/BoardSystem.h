@@ -1,4 +1,4 @@
-// The operating systems of boards. All that differs from one to the next stands in its row.
+// The operating systems of boards. Everything that differs between them is in their rows.
 #pragma once
 
 #include <cstdint>
@@ -11,17 +11,17 @@ enum BOARD_OS_TYPE : int32_t {
   OS_PELXOS = 3,
 };
 
-/// One operating system. {home} in its texts stands for the cross-module home.
+/// One operating system. {home} in its texts represents the cross-module home.
 struct BoardSystem {
   BOARD_OS_TYPE os;
-  const char* marker;  // file that this system alone has
+  const char* marker;  // file that only this system has
   const char* home;    // of settings, golden data and reports, with its closing "/"
   const char* usbMountPoint;
-  bool remountsStick;  // it comes read-only, and reports go to it
+  bool remountsStick;  // the stick is mounted read-only, and reports go to it
 
   // Tools.
   const char* busybox;         // unpacks archives
-  const char* networkBusybox;  // asks for an address
+  const char* networkBusybox;  // requests an address
   const char* tar;             // packs archives
   const char* tftp;            // sends files
 
@@ -31,12 +31,12 @@ struct BoardSystem {
   const char* playerLogTag;
 
   // The player's environment and the drivers' test mode.
-  bool hasOwnPlayer;            // the system's own GStreamer: nothing of our tree is used
+  bool hasOwnPlayer;            // uses the system's GStreamer and nothing of our tree
   bool putsTreeInPath;          // of programs and libraries
-  const char* debugModeMarker;  // drivers are left alone unless this file is there; null: never
+  const char* debugModeMarker;  // drivers are left alone unless this file exists; null: never
 
   // Shell commands of the preparation and around a run.
-  std::span<const char* const> homeCommands;  // while the home is made
+  std::span<const char* const> homeCommands;  // run when the home is created
   const char* prepareMessage;                 // null: none
   std::span<const char* const> prepareCommands;
   std::span<const char* const> runStart;

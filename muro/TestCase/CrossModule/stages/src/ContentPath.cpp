@@ -1,4 +1,4 @@
-// Where the content is and how the player is called for it.
+// Location of the content, and the player command for it.
 #include <unistd.h>
 
 #include <cstdlib>

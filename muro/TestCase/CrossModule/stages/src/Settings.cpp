@@ -30,12 +30,12 @@ std::string tftpAddress = "NULL";  // not read yet
 std::string timeStamp = kNone;     // not read yet
 int debugLevel = 0;
 
-/// A setting that is on or off, with what differs between the three of them.
+/// A setting that is on or off; the members are what differs between the three of them.
 struct Switch {
-  const char* setter;        // name of its Set_ function, for messages
-  const char* file;          // its name below `directory`
-  bool isVolatile;           // below the dump directory, gone after a reboot; else below the home
-  const char* confirmation;  // printed before the new value; null: nothing is printed
+  const char* setter;  // name of its Set_ function, for messages
+  const char* file;    // its file name below `directory`
+  bool isVolatile;     // below the dump directory, lost after a reboot; otherwise below the home
+  const char* confirmation;  // printed before the new value; null: print nothing
   int cache = kUnread;
 };
 
@@ -58,7 +58,8 @@ void Store(const std::string& path, const Value& value) {
   OpenEmpty(path) << value << '\n';
 }
 
-/// Empties the file before it looks at the value, so a wrong one leaves the default for next time.
+/// Truncates the file before it checks the value, so an invalid value results in the default at the
+/// next start.
 int Set(Switch& setting, int value) {
   std::ofstream file = OpenEmpty(PathOf(setting));
   if (value != 0 && value != 1) {
@@ -82,7 +83,7 @@ int Get(Switch& setting) {
   return setting.cache;
 }
 
-/// What may stand in a shell command as a server: a name or an address, nothing, or "-".
+/// Texts that are allowed in a shell command as a server: a name or an address, nothing, or "-".
 bool IsServerAddress(std::string_view text) {
   if (text.empty() || text == kNone) return true;
   return text[0] != '-' && std::ranges::all_of(text, [](unsigned char c) {
@@ -90,7 +91,7 @@ bool IsServerAddress(std::string_view text) {
          });
 }
 
-/// The address that was read from the file, or none when it cannot be one.
+/// The address read from the file, or none if it is invalid.
 std::string KeptServerAddress(const std::string& stored) {
   if (IsServerAddress(stored)) return stored;
   CmLog("Get_TFTP_IP") << "Not a server's name or address, ignored: " << stored << '\n';
@@ -109,7 +110,7 @@ std::string AskServerAddress() {
   }
 }
 
-/// The text behind `key` and one more character, when the line begins with the key.
+/// The text after `key` and one more character, if the line begins with the key.
 std::optional<std::string> ValueOf(std::string_view line, std::string_view key) {
   if (!line.starts_with(key)) return std::nullopt;
   return std::string(line.substr(std::min(key.size() + 1, line.size())));
@@ -212,7 +213,7 @@ int Set_Auto_Send_DumpData(int on) {
 }
 
 int Get_Auto_Send_DumpData() {
-  // Unlike the other two, the first look at it writes the file.
+  // Unlike for the other two settings, the first read writes the file.
   if (autoSendDump.cache == kUnread) Set_Auto_Send_DumpData(StoredValue(autoSendDump));
   return autoSendDump.cache;
 }
@@ -243,7 +244,7 @@ std::string Set_TFTP_IP_by_User() {
   Store(HomeFile("config/tftp_ip.cfg"), address);
   tftpAddress = address;
   CmLog("Set_TFTP_IP_by_User") << "Current TFTP Server IP is " << address << '\n';
-  // Without a server reports can go to the USB stick only.
+  // Without a server, reports can only go to the USB stick.
   if (address == kNone) Set_Report_Send_To(SEND_REPORT_USB);
   return address;
 }
@@ -266,7 +267,7 @@ void Set_Test_Timestamp() {
 std::string Get_Test_Timestamp() {
   if (timeStamp == kNone) {
     const std::string stored = FirstLine(HomeFile("config/timeStamp.config")).value_or(kNone);
-    // It becomes a part of file names in shell commands.
+    // It becomes part of file names in shell commands.
     timeStamp = stored.empty() || IsShellWord(stored) ? stored : kNone;
   }
   return timeStamp;

@@ -1,5 +1,5 @@
-// The stages of the media pipeline whose drivers write dumps. All that is known of a stage stands
-// in its row of `kStages`; what compares its dump is handed in from above (verify/src/Verifiers.h).
+// The stages of the media pipeline whose drivers write dumps. All data of a stage is in its row of
+// `kStages`; the function that compares its dump is passed in from above (verify/src/Verifiers.h).
 #pragma once
 
 #include <cstddef>
@@ -22,12 +22,12 @@ enum MODULE_TYPE : int32_t {
 /// How the values of a column are written in the dump.
 enum class Notation : uint8_t { kText, kDecimal, kHexadecimal };
 
-/// What the values of a column count.
+/// The unit of a column's values.
 enum class Unit : uint8_t {
   kNone,
   kFrame,
-  kTicks90k,              // 90000 are a second
-  kMilliFramesPerSecond,  // 60000 are 60 frames per second
+  kTicks90k,              // 90000 per second
+  kMilliFramesPerSecond,  // 60000 is 60 frames per second
   kPixels,
   kBytes,
   kHertz,
@@ -37,8 +37,8 @@ enum class Unit : uint8_t {
 /// What a verifier does with a column.
 enum class Use : uint8_t {
   kCompared,
-  kIgnored,   // has a name in results, never differs there
-  kUnlisted,  // part of the row, has no name in results
+  kIgnored,   // has a name in results, but differences are ignored
+  kUnlisted,  // part of the row, without a name in results
 };
 
 /// One column of a dump.
@@ -47,15 +47,15 @@ struct StageColumn {
   Notation notation = Notation::kDecimal;
   Unit unit = Unit::kNone;
   Use use = Use::kCompared;
-  const char* nameInMessages = nullptr;  // where the stage's messages call it otherwise
+  const char* nameInMessages = nullptr;  // if the stage's messages use another name
 };
 
-/// What the stage's messages call the column.
+/// The column's name in the stage's messages.
 constexpr const char* NameInMessages(const StageColumn& column) {
   return column.nameInMessages == nullptr ? column.name : column.nameInMessages;
 }
 
-/// Place of the first column that `matches`. Does not compile when there is none.
+/// Index of the first column that `matches`. Does not compile if there is none.
 template <class Predicate>
 consteval std::size_t FirstColumn(std::span<const StageColumn> columns, Predicate matches) {
   std::size_t i = 0;
@@ -63,12 +63,12 @@ consteval std::size_t FirstColumn(std::span<const StageColumn> columns, Predicat
   return i;
 }
 
-/// Place of the column of this name.
+/// Index of the column of this name.
 consteval std::size_t ColumnNamed(std::span<const StageColumn> columns, std::string_view name) {
   return FirstColumn(columns, [&](const StageColumn& column) { return column.name == name; });
 }
 
-/// Place of the first column of this unit.
+/// Index of the first column of this unit.
 consteval std::size_t ColumnOf(std::span<const StageColumn> columns, Unit unit) {
   return FirstColumn(columns, [&](const StageColumn& column) { return column.unit == unit; });
 }
@@ -84,7 +84,7 @@ inline constexpr StageColumn kOmxInputColumns[] = {
 inline constexpr StageColumn kOmxOutputColumns[] = {
     {"frame_no", Notation::kText, Unit::kFrame},
     {"90k_counter", Notation::kText, Unit::kTicks90k, Use::kIgnored},
-    {"width", Notation::kText, Unit::kPixels, Use::kIgnored},  // another one is worth a warning
+    {"width", Notation::kText, Unit::kPixels, Use::kIgnored},  // a difference causes a warning
     {"height", Notation::kText, Unit::kPixels, Use::kIgnored},
     {"hdrInfo", Notation::kText},
     {"frame_rate", Notation::kText, Unit::kMilliFramesPerSecond},
@@ -191,7 +191,7 @@ inline constexpr StageColumn kAudioColumns[] = {
     {"delay", Notation::kDecimal, Unit::kTicks90k, Use::kUnlisted},
 };
 
-/// Where the OMX layer, which has no node, reads the paths of its two dumps.
+/// File from which the OMX layer, which has no device node, reads the paths of its two dumps.
 inline constexpr char kOmxConfiguration[] = "/tmp/OMX_MURO_CONFIG";
 
 /// One stage. Menus and reports list the stages in the table's order.
@@ -200,14 +200,14 @@ struct Stage {
   const char* alignedName;  // in tables
   const char* simpleName;   // in file names
   const char* dumpFile;     // below the dump directory
-  int pictureStep;          // place on the way of the picture, from 1; 0: sound
-  int testModeStep;         // place in the order in which test modes are switched on
-  const char* testModeOn;   // command that does it; {dump} stands for the dump's path
-  const char* testModeOff;  // null: the OMX layer's, which ends with its configuration
+  int pictureStep;          // position in the path of the picture, starting at 1; 0: sound
+  int testModeStep;         // position in the order in which test modes are switched on
+  const char* testModeOn;   // command that switches it on; {dump} represents the dump's path
+  const char* testModeOff;  // null: the OMX layer, which is switched off with its configuration
   std::span<const StageColumn> columns;
 };
 
-// "[OMXIN]" is one character short of the others.
+// "[OMXIN]" is one character shorter than the others.
 inline constexpr Stage kStages[] = {
     {MODULE_OMXIN, "[OMXIN]", "OMXIN", "dump_omx_input.txt", 1, 2,
      "echo testresult={dump} >> /tmp/OMX_MURO_CONFIG", nullptr, kOmxInputColumns},
@@ -229,10 +229,10 @@ inline constexpr Stage kStages[] = {
      kAudioColumns},
 };
 
-/// The stage's row; null for a number that is no stage's.
+/// The stage's row; null for an unknown stage number.
 const Stage* FindStage(MODULE_TYPE module);
 
-/// The stages that a picture passes, in its order. Sound is not among them.
+/// The stages that a picture passes, in that order. The sound is not included.
 std::vector<const Stage*> PictureWay();
 
 /// The stage's name in brackets for aligned tables, such as "[VDEC]  "; "[other] " for anything

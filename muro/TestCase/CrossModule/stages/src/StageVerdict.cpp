@@ -4,10 +4,10 @@
 
 namespace {
 
-/// Rows of sound that count as much.
+/// Number of sound rows that counts as much.
 constexpr int64_t kMuchSound = 1000;
 
-/// Why there is nothing to judge; empty when there is something.
+/// Why there is nothing to judge; empty if there is something.
 std::string WhatIsMissing(const CM_Verify_Result& result) {
   if (result.columnNames.empty()) return result.runWasRefused ? "not run" : "not verified";
   if (result.framesAreCounted && result.goldenFrameCount <= 0) return "no golden frames";

@@ -1,5 +1,5 @@
-// Whether a verified stage passed. Tables, menus, reports, results of unattended runs and exit
-// statuses all ask here.
+// Decides whether a verified stage passed. Tables, menus, reports, results of unattended runs and
+// exit statuses all use this.
 #pragma once
 
 #include <string>
@@ -9,22 +9,22 @@ class CM_Verify_Result;
 enum class StageVerdict {
   kPass,
   kFail,
-  kFrameDrop,  // nothing differs but the number of frames
+  kFrameDrop,  // only the number of frames differs
 };
 
 struct Judgement {
   StageVerdict verdict;
-  std::string remark;  // why, where fields and counts do not say so; else empty
+  std::string remark;  // the reason, if fields and counts do not show it; else empty
 };
 
-/// Judges a stage. It passes only when every row that its rules select was compared, and none
-/// differs. Numbers of frames count once they are known.
+/// Judges a stage. It passes only if every row that its rules select was compared and none differs.
+/// Frame counts are considered once they are known.
 Judgement Judge(const CM_Verify_Result& result);
 
-/// True for the verdict `kPass` alone.
+/// True only for the verdict `kPass`.
 bool Passed(const CM_Verify_Result& result);
 
-/// Why a stage has not passed, also when the remark leaves that to fields and counts.
+/// Why a stage has not passed, also if the remark is empty because fields and counts show it.
 std::string WhyNotPassed(const CM_Verify_Result& result);
 
 /// "compared 200 of 899".

@@ -24,7 +24,8 @@ constexpr char kCurrentCaseFile[] = "/tmp/cross_module/file_format.cfg";
 constexpr char kUserCaseFile[] = "config/user_add_testcase.cfg";
 constexpr char kOverwriteFile[] = "golden_overwrite.config";
 
-// The names of 601 to 604 tell other conversions than their files; golden data go by the names.
+// The names of 601 to 604 describe other conversions than their files contain; golden data are
+// named after the names.
 constexpr struct {
   TEST_CASE_TYPE type;
   const char* name;
@@ -48,7 +49,7 @@ constexpr struct {
 
 TEST_CASE_TYPE currentTestCase = kUnknownTestCase;
 
-/// Line k of the file is the flag of list entry k; surplus lines belong to nobody.
+/// Line k of the file is the flag of list entry k; extra lines are ignored.
 void ReadOverwriteFlags(std::vector<CM_TestCase>& cases) {
   const auto lines = FileLines(CrossModuleHome() + kOverwriteFile);
   for (std::size_t k = 1; lines && k < cases.size() && k <= lines->size(); ++k) {
@@ -62,8 +63,8 @@ void ReadOverwriteFlags(std::vector<CM_TestCase>& cases) {
   }
 }
 
-/// Whether a text of the user's file can be a part of shell commands and harm nothing: words, none
-/// of which but the first is a path or an option.
+/// True if a text of the user's file can be part of shell commands without doing harm: words of
+/// which only the first may be a path or an option.
 bool IsHarmless(const std::string& text) {
   std::istringstream words(text);
   std::string word;
@@ -75,7 +76,7 @@ bool IsHarmless(const std::string& text) {
   return true;
 }
 
-/// Says so when what was written to the file below the home did not get there.
+/// Reports data that could not be written to the file below the home.
 void TellUnwritten(const char* function, std::ofstream& file, const char* name) {
   if (file.flush()) return;
   CmLog(function) << ansi::kFail << "ERROR: can not write " << CrossModuleHome() << name
@@ -179,7 +180,7 @@ int Set_User_Add_TestCase(const std::string& name, int hdr, const std::string& f
 
 void Init_Module_List() {
   if (!ModuleTypeList().empty()) return;
-  // Results and paths live as long as the program; the records point at them.
+  // Results and paths live as long as the program, because the records point to them.
   static std::deque<CM_Verify_Result> results;
   static std::deque<std::string> dumpPaths;
   for (const Stage& stage : kStages) {

@@ -10,7 +10,7 @@
 
 class CM_Verify_Result;
 
-/// Number of a test case. The hundreds digit is the feature; 0 is "unknown", 900 the user's own.
+/// Number of a test case. The hundreds digit is the feature; 0 is "unknown", 900 is the user's own.
 using TEST_CASE_TYPE = int32_t;
 
 inline constexpr TEST_CASE_TYPE kUnknownTestCase = 0;
@@ -29,21 +29,20 @@ class CM_TestCase {
   std::string Get_TestCase_Name() const;
   /// "dump-101-h264-FrtChg-VDEC.txt"
   std::string Get_Dump_Backup_Name(MODULE_TYPE module) const;
-  /// Where the stage's dump of this case is kept.
+  /// Path at which the stage's dump of this case is stored.
   std::string Get_Dump_Backup_Path(MODULE_TYPE module) const;
-  /// True for the demo clip, whose sound is early and whose outcome is checked in a line of its
-  /// own.
+  /// True for the demo clip, whose sound is early and whose outcome is checked in a separate line.
   bool IsDemo() const { return contentFile == "goodDemo.cfg"; }
-  /// Golden file of the stage; free-run mode has a set of its own.
+  /// Golden file of the stage; free-run mode has a separate set.
   std::string Get_Golden_Path(MODULE_TYPE module) const;
 
   TEST_CASE_TYPE type;
   std::string name;
   std::string contentFile;  // relative to the content home
-  std::string displayName;  // in all printed and file names
+  std::string displayName;  // used in all printed texts and file names
   int32_t hdrFile;          // 1: high dynamic range
   int32_t reserved = 0;
-  int32_t goldenOverwritten = 0;  // 1: the user replaced the golden data
+  int32_t goldenOverwritten = 0;  // 1: the user has replaced the golden data
 };
 
 /// Writes number, display name and the content's path, with colours.
@@ -72,28 +71,28 @@ void Init_Module_List();
 std::vector<CM_TestCase>& TestCaseList();
 std::vector<CM_Module>& ModuleTypeList();
 
-/// Appends the user's own test case when there is one.
+/// Appends the user's own test case if there is one.
 void Get_User_Add_TestCase();
-/// Keeps a test case of the user, which joins the catalogue at the next start. Returns 0.
+/// Stores a test case of the user, which is added to the catalogue at the next start. Returns 0.
 int Set_User_Add_TestCase(const std::string& name, int hdr, const std::string& file);
 
-/// The stage's record; null, after a message, for an unknown one.
+/// The stage's record; null, after a message, for an unknown stage.
 CM_Module* Get_Module_by_ID(MODULE_TYPE id);
 
-/// The stages of a mask by name, each in a column of its own; "-" stands for a stage not in it.
+/// The names of the stages in a mask, each in a separate column; "-" for a stage that is not in it.
 std::string Module_Type_Inte_To_String(int mask);
 
-/// The test case of a number; behind the last one when there is none (see `IsKnown`).
+/// The test case with a number; the position after the last one if there is none (see `IsKnown`).
 CM_TestCase* FindTestCase(TEST_CASE_TYPE type);
-/// Makes a test case the current one, for the drivers too. Returns 0.
+/// Makes a test case the current one, also for the drivers. Returns 0.
 int Set_Current_TestCase(TEST_CASE_TYPE type);
-/// The current test case; behind the last one when its number is unknown (see `IsKnown`).
+/// The current test case; the position after the last one if its number is unknown (see `IsKnown`).
 CM_TestCase* Get_Current_TestCase();
-/// False for the position behind the last test case, which must not be looked into.
+/// False for the position after the last test case, which must not be dereferenced.
 bool IsKnown(const CM_TestCase* testCase);
-/// The current test case of a built catalogue; null, after a message of `function`, when its number
+/// The current test case of a built catalogue; null, after a message of `function`, if its number
 /// is unknown.
 CM_TestCase* KnownTestCase(const char* function);
 
-/// Keeps for the next start which test cases have golden data of the user's.
+/// Stores which test cases have the user's golden data, for the next start.
 void Keep_Golden_Overwrite();

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Removes every `mark` with the character behind it.
+/// Removes every `mark` together with the character after it.
 void EraseLineEnds(std::string& text, char mark) {
   for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at))
     text.erase(at, 2);
