@@ -10,7 +10,7 @@ using Image = std::array<uint8_t, K2V_HDMI_EDID_BYTES>;
 constexpr std::size_t kBlockBytes = 128;
 constexpr std::size_t kPhysicalAddressAt = 166;
 
-// Bytes behind the last line are padding. Both checksum bytes are computed.
+// Bytes after the last line are padding. Both checksum bytes are computed.
 // clang-format off
 constexpr Image kCommon = {
     // header
@@ -75,7 +75,7 @@ constexpr void CloseBlock(Image& image, std::size_t start) {
   image[start + kBlockBytes - 1] = static_cast<uint8_t>(0u - sum);
 }
 
-/// `firstTwoDigits`: the first two digits of the physical address, one a nibble.
+/// `firstTwoDigits`: the first two digits of the physical address, one per nibble.
 constexpr Image MakeImage(uint8_t firstTwoDigits) {
   Image image = kCommon;
   image[kPhysicalAddressAt] = firstTwoDigits;

@@ -13,9 +13,9 @@ namespace {
 
 constexpr int kStepsOfRange = 100;
 constexpr int kWholeRamp = 100;  // percent
-constexpr int kMaxChoices = 15;  // a field of no more values starts at its smallest one
+constexpr int kMaxChoices = 15;  // a field with at most this many values starts at its smallest one
 
-// A letter stands below its digit on the keyboard, but for 'q', which leaves.
+// A letter is below its digit on the keyboard, except 'q', which leaves the test.
 constexpr std::string_view kUpKeys = "0123456789";
 constexpr std::string_view kDownKeys = "pawertyuio";
 constexpr std::string_view kAllKeys = "><?.,/";
@@ -49,8 +49,8 @@ int MiddleOf(int min, int max) {
   return static_cast<int>((int64_t{min} + max + 1) / 2);
 }
 
-/// Steps up or down to the next value that is whole steps away from the middle, so that the keys
-/// reach the middle from everywhere.
+/// Steps up or down to the next value that is a whole number of steps away from the middle, so that
+/// the keys reach the middle from any value.
 void Step(Adjustable& number, bool up) {
   const int step =
       number.step != 0 ? number.step : std::max(1, (number.max - number.min) / kStepsOfRange);
@@ -60,7 +60,7 @@ void Step(Adjustable& number, bool up) {
   Set(number, up ? number.value + step - beyond : number.value - down);
 }
 
-/// Place of `key` among the first `count` keys, or `count`.
+/// Index of `key` among the first `count` keys, or `count`.
 std::size_t PlaceOf(char key, std::string_view keys, std::size_t count) {
   return std::min(keys.find(key), count);
 }
@@ -70,7 +70,7 @@ int RandomOf(const Adjustable& number) {
   return number.min + static_cast<int>(static_cast<unsigned>(std::rand()) % values);
 }
 
-/// Sets all numbers at once, where the key does that.
+/// Sets all numbers together, if the key does that.
 bool SetAll(char key, std::span<Adjustable> numbers) {
   if (kAllKeys.find(key) == std::string_view::npos) return false;
   for (Adjustable& number : numbers) {
@@ -86,7 +86,7 @@ bool SetAll(char key, std::span<Adjustable> numbers) {
   return true;
 }
 
-/// Reads keys until one changes something (true, with its place) or leaves.
+/// Reads keys until one changes something (true, with its index) or leaves.
 bool ReadChange(std::span<Adjustable> numbers, std::size_t& changed) {
   const std::span<Adjustable> stepped = WithKeys(numbers);
   for (;;) {
@@ -103,7 +103,7 @@ bool ReadChange(std::span<Adjustable> numbers, std::size_t& changed) {
   }
 }
 
-/// Whether a field is one number that makes a ramp.
+/// True if a field is represented by one number that defines a ramp.
 bool IsRamp(const k2v::RecordField& field) {
   return field.count > 1 && !field.isMatrix;
 }

@@ -1,4 +1,4 @@
-// Tests in which the operator changes several numbers of one HAL call with single keys.
+// Tests in which the operator changes several numbers of one HAL call by single keys.
 #pragma once
 
 #include <array>
@@ -20,16 +20,16 @@ struct Adjustable {
   int max;
   int value;
   int step = 0;           // 0: a hundredth of the range, at least 1
-  bool isChoice = false;  // says what the others belong to: not changed together with them
+  bool isChoice = false;  // selects what the others belong to: not changed together with them
 };
 
-/// Sets the numbers with `apply`, which gets the place of the changed one (0 at first) and returns
-/// the HAL's answer, until the operator leaves or the answer is not 0. The first ten numbers have
-/// keys. Returns 0.
+/// Sets the numbers through `apply`, which receives the index of the changed one (0 initially) and
+/// returns the HAL's result, until the operator leaves or the result is not 0. The first ten
+/// numbers have keys. Returns 0.
 int Adjust(std::span<Adjustable> numbers, const std::function<int(std::size_t changed)>& apply);
 
 /// The fields of a record as numbers, at their neutral values. A 3 by 3 matrix is nine numbers that
-/// make the identity. Any other array is one number: how far its elements rise, in percent of a
+/// form the identity. Any other array is one number: the slope of its elements, in percent of a
 /// straight line from the smallest to the largest value.
 std::vector<Adjustable> NumbersOf(std::span<const k2v::RecordField> fields);
 
@@ -37,11 +37,11 @@ std::vector<Adjustable> NumbersOf(std::span<const k2v::RecordField> fields);
 void Store(std::span<const Adjustable> numbers, std::span<const k2v::RecordField> fields,
            void* record);
 
-/// Lets the operator adjust all fields of a record; `labels` are shown instead of the first fields'
-/// names. Returns 0.
+/// Lets the operator adjust all fields of a record; `labels` replace the names of the first fields.
+/// Returns 0.
 template <typename Record>
 int AdjustRecord(int (*set)(Record* record), std::initializer_list<const char*> labels = {}) {
-  const auto record = std::make_unique<Record>();  // tables of some are large
+  const auto record = std::make_unique<Record>();  // some have large tables
   const auto fields = k2v::FieldsOf(record.get());
   std::vector<Adjustable> numbers = NumbersOf(fields);
   std::size_t i = 0;

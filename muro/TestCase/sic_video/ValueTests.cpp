@@ -15,7 +15,7 @@ namespace {
 
 constexpr useconds_t kReadingTimeUs = 4'000'000;
 
-/// Prints what the numbers from `number` on mean.
+/// Prints the meanings of the numbers starting at `number`.
 void PrintLevels(const Levels& levels, int number) {
   const char* separator = "";
   for (const char* name : levels.names) {
@@ -31,7 +31,7 @@ int Read(NumberGetter get) {
   return value;
 }
 
-/// What is set first: the value that the HAL has.
+/// The initial value: the HAL's, or `otherwise` if the HAL cannot report it.
 int StartValue(int otherwise, NumberGetter get) {
   int32_t value = otherwise;
   if (get != nullptr) get(&value);
@@ -45,13 +45,13 @@ void PrintRangeKeys(const Range& range) {
   std::puts("Use '>' to test Max Value, '<' to test Min Value, '?' to test Random Value");
 }
 
-/// Reads keys until one changes the value (true) or leaves. Unshifted keys do the same as those
-/// that they share with the shifted ones.
+/// Reads keys until one changes the value (true) or leaves. Unshifted keys have the same effect as
+/// the shifted ones on the same key.
 bool ReadRangeKey(const Range& range, int& value) {
   for (;;) {
     switch (console::ReadKey()) {
       case '0':
-        // The value is the HAL's at first, and can be any number.
+        // The value initially comes from the HAL and can be any number.
         value = value < range.max ? value + 1 : range.max;
         std::printf("Set %s = %d\n", range.label, value);
         return true;

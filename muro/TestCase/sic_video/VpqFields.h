@@ -1,4 +1,4 @@
-// The fields of the picture quality's parameter records as tables, for code that fills, prints or
+// The fields of the picture-quality parameter records as tables, for code that fills, prints or
 // checks any record field by field. Names, widths and signs are those of the HAL's headers, ranges
 // those of VpqRanges.def.
 #pragma once
@@ -29,7 +29,7 @@ struct RecordField {
 constexpr int kMatrixOne = 4096;
 constexpr std::size_t kMatrixSide = 3;
 
-/// `Record::table` of a record type holds its fields in the order of the record.
+/// `Record::table` of a record type contains its fields in the order of the record.
 template <typename T>
 struct RecordFields;
 
@@ -109,7 +109,7 @@ inline int64_t GetField(const void* record, const RecordField& field, std::size_
   });
 }
 
-/// Writes element `i` of a field, cut to the field's width.
+/// Writes element `i` of a field, truncated to the field's width.
 inline void SetField(void* record, const RecordField& field, int64_t value, std::size_t i = 0) {
   auto* const at = static_cast<char*>(record) + field.offset + i * field.stride;
   WithTypeOf(field, [at, value](auto number) {

@@ -1,12 +1,12 @@
-// Tests of the device's state. Each takes a scratch buffer that it ignores.
+// Tests of the device's state. Each takes a scratch buffer, which it ignores.
 #pragma once
 
-/// 0 when the device tells nothing that keeps it from being ready or healthy, else 1. What the HAL
-/// call returns is not looked at.
+/// 0 if the device reports no reason for not being ready or healthy, else 1. The return value of
+/// the HAL call is ignored.
 int Wrapper_TestFunc_Device_Ready(char*);
 int Wrapper_TestFunc_Device_Healthy(char*);
 
-/// Prints the media and the broadcast clock. Returns 0.
+/// Prints the media clock and the broadcast clock. Returns 0.
 int Wrapper_TestFunc_Device_Get_Clock_Value(char*);
 
 /// Prints every second whether the slave is ready, until the program is interrupted.

@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint32_t kBufferBytes = 4096;
 constexpr uint32_t kBytes = 1024;
-// No divisor of the buffer's size, so that some rounds go over its end.
+// Does not divide the buffer's size, so that some rounds wrap around at its end.
 constexpr uint32_t kRoundBytes = 1500;
 
 using Bytes = std::vector<unsigned char>;
@@ -27,10 +27,10 @@ struct SharedBuffer {
   int DataSize() const { return link.rlink.QueryBufferDataSize(link.session, record); }
 };
 
-/// A step of a buffer test; returns whether it went well.
+/// A step of a buffer test; returns whether it succeeded.
 using BufferStep = bool (*)(const SharedBuffer& buffer, int round);
 
-/// How a buffer is called when it comes and goes.
+/// Name of a buffer in the messages of its allocation and release.
 struct BufferName {
   const char* handle;
   const char* suffix;
@@ -46,7 +46,7 @@ bool Release(const SharedBuffer& buffer, const BufferName& name) {
   return ok;
 }
 
-/// Calls `inside` with a new buffer and releases it. Returns whether all went well.
+/// Calls `inside` with a new buffer and releases it. Returns whether everything succeeded.
 bool WithBuffer(const Link& link, RLNK_BUFFER_DIR dir, const BufferName& name,
                 const std::function<bool(const SharedBuffer&)>& inside) {
   RLNK_BUFFER* const record = link.rlink.AllocateBuffer(link.session, kBufferBytes, dir);
@@ -93,7 +93,8 @@ int TellDataSize(const SharedBuffer& buffer) {
   return size;
 }
 
-/// Puts ones, in rounds the round's number more, into the buffer. Returns their checksum.
+/// Puts bytes of value one, plus the round's number in rounds, into the buffer. Returns their
+/// checksum.
 std::optional<uint32_t> PutBytes(const SharedBuffer& buffer, int round) {
   const int value = round == kNoRound ? 1 : 1 + round;
   const Bytes bytes(BytesOf(round), static_cast<unsigned char>(value));
@@ -129,7 +130,7 @@ bool SendData(const SharedBuffer& buffer, int round) {
   return TellChecksum(received == *checksum, received, round);
 }
 
-/// Makes the slave put data into the buffer. Returns their checksum once they are there.
+/// Makes the slave put data into the buffer. Returns their checksum when they have arrived.
 std::optional<uint32_t> LetSlavePutData(const SharedBuffer& buffer, int round) {
   const uint32_t first = round == kNoRound ? 1 : static_cast<uint32_t>(1 + round);
   RLNK_CMD_PARAMS params{
@@ -145,7 +146,7 @@ std::optional<uint32_t> LetSlavePutData(const SharedBuffer& buffer, int round) {
   return std::nullopt;
 }
 
-/// Reads the data where they are and gives their room back.
+/// Reads the data in place and releases their space.
 bool ReadInPlace(const SharedBuffer& buffer, Bytes* bytes) {
   const Link& link = buffer.link;
   RLNK_BUFFER_RANGE range{};
@@ -169,7 +170,7 @@ bool ReadInPlace(const SharedBuffer& buffer, Bytes* bytes) {
   return false;
 }
 
-/// Lets the library copy the data.
+/// Reads the data through a copy made by the library.
 bool ReadCopied(const SharedBuffer& buffer, Bytes* bytes) {
   const Link& link = buffer.link;
   const auto size = static_cast<uint32_t>(bytes->size());
@@ -204,7 +205,7 @@ bool CheckFreeAfterFlush(const SharedBuffer& buffer, int round) {
   return false;
 }
 
-/// What was flushed does not reach the slave; what is put in afterwards does.
+/// Flushed data do not reach the slave; data put in afterwards do.
 bool FlushSent(const SharedBuffer& buffer, int round) {
   return PutBytes(buffer, round) && Flush(buffer) && CheckFreeAfterFlush(buffer, round) &&
          SendData(buffer, round);

@@ -1,4 +1,4 @@
-// What the link tests and the slave have agreed on: classes, commands and data.
+// The protocol between the link tests and the slave: classes, commands and data.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@ enum LinkCommand : uint32_t {
   kCommandMemory = 0x1002,        // the slave fills memory with the numbers that follow
   kCommandInvokeValues = 0x1003,  // the slave invokes Command_Test_1
   kCommandInvokeMemory = 0x1004,  // the slave invokes Command_Test_2
-  kCommandTakeData = 0x1005,      // the slave takes data out of a buffer and tells their checksum
-  kCommandPutData = 0x1006,       // the slave puts data into a buffer and tells their checksum
+  kCommandTakeData = 0x1005,      // the slave takes data out of a buffer and reports their checksum
+  kCommandPutData = 0x1006,       // the slave puts data into a buffer and reports their checksum
   kCommandAnswer = 0x1007,        // the host's answer to Command_Test_2, checked by the slave
   kCommandNotice = 0x1010,        // the slave invokes Command_Test
 };
@@ -25,6 +25,6 @@ constexpr uint32_t Letters(char letter) {
          uint32_t{'T'} << 24;
 }
 
-// Numbers in memory: those of the sender, and those that the other side answers with.
+// Numbers in memory: those of the sender, and those in the other side's answer.
 inline constexpr uint32_t kFirstNumber = 0x1004;
 inline constexpr uint32_t kFirstAnswer = 0x1035;

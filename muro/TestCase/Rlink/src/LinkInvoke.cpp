@@ -41,7 +41,7 @@ constexpr uint32_t kMemorySizes[] = {8, 8, 16, 24};
 constexpr uint32_t kWordBytes = sizeof(uint32_t);
 constexpr uint32_t kFilledBytes = 24;
 
-/// Where parameter `i` has to lie: the slave's memory is one piece.
+/// Expected address of parameter `i`: the slave's memory is contiguous.
 uint32_t ExpectedAddress(const RLNK_CMD_PARAMS& params, unsigned i) {
   uint32_t address = params.param[0].a;
   for (unsigned before = 0; before < i; ++before) address += kMemorySizes[before];
@@ -73,7 +73,8 @@ bool CheckMemoryParams(const RLNK_CMD_PARAMS& params) {
   return ok;
 }
 
-/// Prints the memory and checks the numbers in what comes in. Numbers that only go out count too.
+/// Prints the memory and checks the numbers of the input parameters. Output parameters are counted
+/// too.
 bool CheckNumbers(const RLNK_CMD_PARAMS& params) {
   bool ok = true;
   uint32_t expected = kFirstNumber;
@@ -88,7 +89,7 @@ bool CheckNumbers(const RLNK_CMD_PARAMS& params) {
   return ok;
 }
 
-/// Writes the host's numbers to what goes out.
+/// Writes the host's numbers to the output parameters.
 void WriteAnswer(const RLNK_CMD_PARAMS& params) {
   uint32_t next = kFirstAnswer;
   for (const RLNK_CMD_PARAM* param : {&params.param[2], &params.param[3]}) {

@@ -1,13 +1,13 @@
-// How a test and the handler that the slave calls meanwhile come together.
+// Connects a test with the handler that the slave calls meanwhile.
 #pragma once
 
 #include <cstdint>
 
 #include "rlink.h"
 
-/// Says that the slave is going to invoke a command; its handler answers through `rlink`.
+/// Announces that the slave is going to invoke a command; its handler answers through `rlink`.
 void ExpectInvocation(RLink& rlink);
 
-/// Whether the handler was called since then and found all as it should be. A close of the session
-/// waits for a handler that still runs.
+/// True if the handler was called since then and found everything correct. Closing the session
+/// waits for a handler that is still running.
 bool InvocationSucceeded(uint32_t sessionId);

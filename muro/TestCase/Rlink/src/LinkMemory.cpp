@@ -10,7 +10,7 @@ uint32_t Address(const void* p) {
   return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(p));
 }
 
-/// One page at `wanted`, or nothing when it is taken or above what an address can tell.
+/// One page at `wanted`, or null if the address is taken or too high for a parameter.
 void* MapAt(uintptr_t wanted) {
   void* const got = mmap(reinterpret_cast<void*>(wanted), kBytes, PROT_READ | PROT_WRITE,
                          MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

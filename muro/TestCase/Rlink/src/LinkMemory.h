@@ -1,4 +1,4 @@
-// Memory that the slave can reach.
+// Memory that the slave can access.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,8 @@
 
 #include "rlink.h"
 
-/// One page of zeros below 4 GiB, freed with the object: the slave must have no use for it then.
+/// One zero-filled page below 4 GiB, freed with the object: by then the slave must not use it any
+/// more.
 class LinkMemory {
  public:
   LinkMemory();
@@ -14,10 +15,10 @@ class LinkMemory {
   LinkMemory(const LinkMemory&) = delete;
   LinkMemory& operator=(const LinkMemory&) = delete;
 
-  /// False where there is no such memory to be had.
+  /// False if no such memory is available.
   bool IsUsable() const { return words_ != nullptr; }
   uint32_t& operator[](size_t index) { return words_[index]; }
-  /// The parameter that refers to `bytes` bytes from byte `offset` on.
+  /// The parameter that refers to `bytes` bytes starting at byte `offset`.
   RLNK_CMD_PARAM Param(uint32_t offset, uint32_t bytes) const;
 
  private:

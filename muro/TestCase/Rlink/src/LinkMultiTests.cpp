@@ -1,4 +1,4 @@
-// Tests of several sessions at once: in one thread, in two threads, in two processes.
+// Tests of several concurrent sessions: in one thread, in two threads, in two processes.
 #include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr unsigned kHoldS = 2;  // for which a session stays open beside another one
+constexpr unsigned kHoldS = 2;  // for which a session stays open next to another one
 
 bool DoNothing(const Link&) {
   return true;
@@ -34,7 +34,7 @@ bool SendNoticeTold(const Link& link) {
   return true;
 }
 
-/// Does `body` in one session after the other while both are open.
+/// Executes `body` in one session after the other while both are open.
 bool RunTwoSessions(LinkHost& first, LinkHost& second, LinkBody body) {
   return WithSession(first, kTestClass, [&](const Link& outer) {
     return WithSession(second, kSecondClass,
@@ -42,7 +42,7 @@ bool RunTwoSessions(LinkHost& first, LinkHost& second, LinkBody body) {
   });
 }
 
-/// Does `body` in a session of a link of its own.
+/// Executes `body` in a session of a separate link.
 bool RunOwnLink(uint32_t classId, LinkBody body) {
   LinkHost host;
   return WithSession(host, classId, body);
@@ -79,8 +79,8 @@ struct Thread {
   void* (*function)(void*);
 };
 
-/// Starts the first thread, then does the same for those behind it, and joins it at the end. None
-/// is started behind one that could not be. Returns whether all started and succeeded.
+/// Starts the first thread, does the same for the remaining ones, and then joins it. After a thread
+/// that cannot be started, no further one is started. Returns whether all started and succeeded.
 bool RunThreads(const Thread* threads, int count) {
   if (count == 0) return true;
   int result = 0;
@@ -127,7 +127,7 @@ bool ChildSucceeded(pid_t child) {
   return status == 0;
 }
 
-/// What was printed so far is written before the fork, so that it does not come out twice.
+/// Output printed so far is flushed before the fork, so that it does not appear twice.
 int RunTwoProcesses(const char* childName, const char* parentName, LinkBody body) {
   std::fflush(stdout);
   const pid_t child = fork();

@@ -23,7 +23,7 @@ bool SendAsyncNotice(const Link& link) {
   return true;
 }
 
-constexpr uint32_t kSentNumbers = 2;  // the slave leaves them as they are
+constexpr uint32_t kSentNumbers = 2;  // the slave does not change them
 constexpr uint32_t kAnsweredNumbers = 14;
 
 void PrintNumbers(LinkMemory& memory) {

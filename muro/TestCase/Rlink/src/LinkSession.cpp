@@ -46,7 +46,7 @@ void TellRound(const char* text, int round) {
   }
 }
 
-// One call, so that what two threads tell does not mix.
+// A single call, so that the output of two threads is not mixed.
 void CheckResult(int ok, const char* name) {
   static constexpr char kStars[] = "**********************************************";
   std::printf("\n%s\n%s %s.\n%s\n\n", kStars, name, ok != 0 ? "Passed" : "Failed", kStars);

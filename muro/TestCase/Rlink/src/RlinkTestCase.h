@@ -1,5 +1,5 @@
-// The link tests. Each TestFunc returns 1 for success and 0 for failure; its wrapper turns that
-// round for the menu.
+// The link tests. Each TestFunc returns 1 for success and 0 for failure; its wrapper inverts that
+// for the menu.
 #pragma once
 
 #include "rlink.h"
@@ -11,8 +11,8 @@
 
 // Handlers of commands that the slave invokes on the host. They run on a thread of the library.
 
-/// Prints the session and all parameters, and fills the first 24 bytes of memory that goes both
-/// ways with "A".
+/// Prints the session and all parameters, and fills the first 24 bytes of memory that is sent in
+/// both directions with "A".
 void Command_Test(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params);
 /// Checks the slave's four-letter values and answers with the ones that follow.
 void Command_Test_1(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params);

@@ -13,7 +13,8 @@
 
 namespace {
 
-// The speed register: an 11-bit step in two's complement below bits that switch the trimming on.
+// The speed register: an 11-bit step in two's complement in the low bits, and bits that enable the
+// trimming above it.
 constexpr long kLowestStep = -1024;
 constexpr long kHighestStep = 1023;
 constexpr unsigned long kStepMask = 0x7FF;
@@ -23,7 +24,7 @@ constexpr useconds_t kSamplePeriodUs = 10000;
 constexpr int64_t kSampledUs = 9'000'000;
 constexpr int64_t kTicksPerSecond = 90000;
 
-long speedStep = 0;  // as the register has it since this program trimmed it last
+long speedStep = 0;  // the register's value after the last trimming by this program
 
 void WriteSpeed(unsigned long value) {
   char command[80];
@@ -34,7 +35,7 @@ void WriteSpeed(unsigned long value) {
   RunShell("echo \"0xB8000480 0x58200017\" > //sys//crt//register");
 }
 
-/// Writes the step and returns the value that the register got.
+/// Writes the step and returns the resulting value of the register.
 unsigned long SetSpeedStep(long step) {
   speedStep = std::clamp(step, kLowestStep, kHighestStep);
   const unsigned long value = kTrimmingOn | (static_cast<unsigned long>(speedStep) & kStepMask);
@@ -47,7 +48,7 @@ void TellSpeed(const char* title) {
   std::puts(title);
 }
 
-/// Reads the register that `select` asks for; nothing, with a message, when that fails.
+/// Reads the register selected by `select`; empty, after a message, on failure.
 std::optional<uint32_t> ReadRegister(const char* select) {
   RunShell(select);
   unsigned long address = 0;
@@ -73,7 +74,7 @@ struct Sample {
   int64_t atUs;
 };
 
-/// The first register keeps the count for the second one.
+/// Reading the first register latches the count for the second one.
 std::optional<Sample> TakeSample() {
   if (!ReadRegister("echo \"0xb8014f38\" > //sys//crt//register")) return std::nullopt;
   const int64_t nowUs = NowUs();
@@ -82,7 +83,8 @@ std::optional<Sample> TakeSample() {
   return Sample{*count, nowUs};
 }
 
-/// Prints the difference of two samples as ticks a second. The counter may wrap between them.
+/// Prints the difference between two samples in ticks per second. The counter may wrap between
+/// them.
 void PrintDifference(const Sample& before, const Sample& after) {
   const int64_t ticks = uint32_t{after.count - before.count};
   const int64_t clockTicks = (after.atUs - before.atUs) * kTicksPerSecond / 1'000'000;

@@ -1,5 +1,5 @@
-// Unit tests of the graphics layer. Each takes a scratch buffer that it ignores and passes once it
-// has run, whatever the HAL says.
+// Unit tests of the graphics layer. Each takes a scratch buffer, which it ignores, and passes once
+// it has run, whatever the HAL returns.
 #pragma once
 
 class UTGalTestCase {

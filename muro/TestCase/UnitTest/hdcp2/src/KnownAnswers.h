@@ -1,4 +1,4 @@
-// Published known answers of the primitives that HDCP 2 builds on, and RSA answers of an
+// Published known answers of the primitives that HDCP 2 is based on, and RSA answers of an
 // independent implementation.
 #pragma once
 
@@ -11,7 +11,8 @@ namespace known_answers {
 
 using Bytes = std::span<const uint8_t>;
 
-/// SHA-256 of ASCII messages: FIPS 180-4, examples of one block, of two, and of no message.
+/// SHA-256 of ASCII messages: FIPS 180-4, examples with one block, with two, and with an empty
+/// message.
 struct DigestAnswer {
   std::string_view message;
   std::string_view digest;  // hexadecimal

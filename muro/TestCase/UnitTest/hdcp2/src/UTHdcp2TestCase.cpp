@@ -21,7 +21,7 @@ using Block = std::array<uint8_t, K2V_HDCP2_RSA_BYTES>;
 
 constexpr uint8_t kPort = 0;
 
-/// Prints what was checked and how it went. Returns `passed`.
+/// Prints what was checked, and its result. Returns `passed`.
 bool Check(const char* what, bool passed) {
   std::printf("%s : %s\n", what, passed ? "OK" : "NG");
   return passed;
@@ -70,7 +70,7 @@ bool MacIsRight(const known_answers::MacAnswer& answer) {
          Hex(mac) == answer.mac;
 }
 
-/// Counter mode turns `in` into `expected`.
+/// True if counter mode turns `in` into `expected`.
 bool CtrGives(const known_answers::CtrAnswer& answer, known_answers::Bytes in,
               known_answers::Bytes expected) {
   std::vector<uint8_t> out(in.size());
@@ -97,7 +97,7 @@ int VerifyRsa(const known_answers::RsaAnswer& answer, known_answers::Bytes messa
                                   static_cast<uint32_t>(message.size()), signature);
 }
 
-/// Whether the last authentication on the port failed for `reason`.
+/// True if the last authentication on the port failed for `reason`.
 bool FailedFor(uint32_t reason) {
   K2V_HDCP2_STATUS_T status{};
   return K2V_RHAL_HDCP2_GetStatus(kPort, &status) == 0 && status.eState == K2V_HDCP2_STATE_FAILED &&

@@ -1,5 +1,5 @@
-// HDCP 2 unit tests: known answers of the primitives, misuse, and the receiver's own refusals. Each
-// takes a scratch buffer that it ignores and returns 0 for pass, 1 for fail.
+// HDCP 2 unit tests: known answers of the primitives, misuse, and refusals by the receiver. Each
+// takes a scratch buffer, which it ignores, and returns 0 for pass, 1 for fail.
 #pragma once
 
 class UTHdcp2TestCase {

@@ -13,10 +13,10 @@
 
 namespace {
 
-constexpr int kNotifications = 3;  // end a session
+constexpr int kNotifications = 3;  // number that ends a session
 constexpr unsigned kPollS = 3;
 
-// The notifier's thread counts, the session looks from time to time.
+// The notifier's thread counts, the session polls.
 std::atomic<int> notified{0};
 
 void my_thermal_cb(int degree) {
@@ -43,7 +43,7 @@ pid_t WaitFor(pid_t child, int* status) {
   return ended;
 }
 
-/// Ends a session that nobody is going to wait for.
+/// Ends a session that nobody will wait for.
 void End(pid_t child) {
   kill(child, SIGKILL);
   int status = 0;

@@ -30,7 +30,7 @@ bool StoreAndRaise(uint8_t port) {
 
 constexpr char kGetConnectionState[] = "K2V_RHAL_VFE_HDMI_GetConnectionState";
 
-/// The port's connection state, read without a step's line. Empty, after the result line, when the
+/// The port's connection state, read without printing a step. Empty, after the result line, if the
 /// call fails.
 std::optional<bool> ReadConnectionState(uint8_t port) {
   uint8_t connected = 0;

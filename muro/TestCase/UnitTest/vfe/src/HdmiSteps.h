@@ -1,4 +1,4 @@
-// The frame of the HDMI receiver unit tests and the steps that they have in common.
+// The frame of the HDMI receiver unit tests and their common steps.
 #pragma once
 
 #include <cstdint>
@@ -15,10 +15,10 @@ void PrintTitle(const char* underTest);
 /// Prints the result line of a test that ends early. Returns false.
 bool Fail(const char* reason);
 
-/// Tells whether a HAL call succeeded; if not, prints the result line that names it.
+/// Returns whether a HAL call succeeded; if not, prints the result line with the call's name.
 bool Succeeded(const char* call, int result);
 
-/// Runs a test: its title, its steps (true when all went well) and then `passed` and uninitialise.
+/// Runs a test: its title, its steps (true if all succeeded) and then `passed` and uninitialise.
 /// Returns 0 or 1.
 template <typename Steps>
 int Run(const char* underTest, Steps steps, const char* passed = "Result : Passed") {
@@ -29,8 +29,8 @@ int Run(const char* underTest, Steps steps, const char* passed = "Result : Passe
   return 0;
 }
 
-/// One numbered step: prints "N. CALL" and makes the call. False, with the result line, when that
-/// fails.
+/// One numbered step: prints "N. CALL" and makes the call. False, after the result line, on
+/// failure.
 template <typename Make>
 bool Step(int number, const char* call, Make make) {
   std::printf("%d. %s\n", number, call);
@@ -52,19 +52,19 @@ bool Connect(int number, uint8_t port);
 /// Step `number`: reads and prints the connection state.
 bool PrintConnectionState(int number, uint8_t port);
 
-/// Reads the connection state until it is `wanted`, for half a minute at most. False when it never
-/// was; empty, after the result line, when the state could not be read.
+/// Reads the connection state until it is `wanted`, for half a minute at most. False if it never
+/// was; empty, after the result line, if the state could not be read.
 std::optional<bool> AwaitConnectionState(uint8_t port, bool wanted);
 
 /// Steps 3 to 5 of the tests that need a signal: our EDID and HDCP data, the connected port, its
-/// clock status. Asks the operator for a cable where there is none, and continues without one after
-/// half a minute.
+/// clock status. Asks the operator to plug in a cable if there is none, and continues without one
+/// after half a minute.
 bool BringUp(uint8_t port);
 
-/// The HDCP data that the tests write, K2V_HDMI_HDCP_BYTES: no real keys.
+/// The HDCP data that the tests write, K2V_HDMI_HDCP_BYTES: not real keys.
 const uint8_t* HdcpTestData();
 
-/// Asks for a port until the answer is 0 to 3.
+/// Prompts for a port until the answer is 0 to 3.
 uint8_t get_port();
 
 }  // namespace hdmi_steps

@@ -1,4 +1,4 @@
-// The records of the HDMI receiver as text: every field, one a line, with its unit.
+// The records of the HDMI receiver as text: every field on one line, with its unit.
 #pragma once
 
 #include "k2v/vfe_hdmi.h"
@@ -10,8 +10,8 @@ void PrintSpdInfo(const K2V_HAL_VFE_HDMI_SPD_INFO_T& info);
 void PrintVsiInfo(const K2V_HAL_VFE_HDMI_VSI_INFO_T& info);
 void PrintPacketInfo(const K2V_HAL_VFE_HDMI_PACKET_INFO_T& info);
 
-/// The vendor-specific info-frames that count, data included; `info` is never empty.
+/// The valid vendor-specific info-frames, data included; `info` must not be null.
 void _dump_multi_vsif(const K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T* info);
 
-/// Dynamic range and mastering; `info` is never empty.
+/// Dynamic range and mastering; `info` must not be null.
 void _dump_drm_info(const K2V_HAL_VFE_HDMI_DRM_INFO_T* info);

@@ -1,4 +1,4 @@
-// The HDMI receiver unit tests, step by step a port.
+// The HDMI receiver unit tests, step by step on one port.
 #pragma once
 
 #include "Module.h"

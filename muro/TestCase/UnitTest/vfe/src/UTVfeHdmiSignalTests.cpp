@@ -1,4 +1,4 @@
-// The HDMI receiver unit tests of what a port receives and of its content protection.
+// The HDMI receiver unit tests for the signal of a port and its content protection.
 #include <cstdio>
 #include <optional>
 
@@ -11,17 +11,17 @@ namespace {
 
 using namespace hdmi_steps;
 
-constexpr uint8_t kPort = 0;  // of the tests that do not ask for one
+constexpr uint8_t kPort = 0;  // of the tests that do not prompt for one
 
-/// Brings up the port that the operator names. It is asked for where it is needed first, so that a
-/// receiver that does not even open keeps nobody waiting.
+/// Brings up the port that the operator names. The prompt appears when the port is first needed, so
+/// that no operator has to wait for a receiver that cannot even be opened.
 std::optional<uint8_t> BringUpAskedPort() {
   if (!InitializeAndOpen()) return {};
   const uint8_t port = get_port();
   return BringUp(port) ? std::optional(port) : std::nullopt;
 }
 
-/// Prints what `get` tells of the port that the operator names.
+/// Prints the record that `get` returns for the port that the operator names.
 template <typename Record, typename Print>
 int RunRecord(const char* call, int (*get)(uint8_t, Record*), Print print) {
   return Run(call, [=] {

@@ -15,13 +15,13 @@ namespace {
 
 using namespace hdmi_steps;
 
-constexpr uint8_t kPort = 0;  // of the tests that do not ask for one
+constexpr uint8_t kPort = 0;  // of the tests that do not prompt for one
 constexpr unsigned kObservePinS = 5;
 
 using Edid = std::array<uint8_t, K2V_HDMI_EDID_BYTES>;
 using HdcpData = std::array<uint8_t, K2V_HDMI_HDCP_BYTES>;
 
-/// A test of one query of the chip: the value is printed, it is no result.
+/// A test of one query of the chip: the value is printed, but not judged.
 int RunQuery(const char* title, const char* call, int (*query)(), const char* format) {
   return Run(title, [=] {
     if (!Initialize()) return false;
@@ -61,7 +61,7 @@ bool RefusesNullHdcp() {
   return Fail("K2V_RHAL_VFE_HDMI_WriteHDCP should not return API_OK, with NULL buffer");
 }
 
-/// Asks the operator for the cable and waits until the port sees it, or sees that it is gone.
+/// Asks the operator to change the cable and waits until the port detects or loses it.
 bool FollowsCable(const char* request, bool connected, const char* timeout) {
   std::puts(request);
   const std::optional<bool> followed = AwaitConnectionState(kPort, connected);
@@ -106,7 +106,7 @@ int UTVfeHdmiTestCase::UTVfeHdmiTest_Connect(char*) {
 int UTVfeHdmiTestCase::UTVfeHdmiTest_Disconnect(char*) {
   constexpr char kDisconnect[] = "K2V_RHAL_VFE_HDMI_Disconnect";
   return Run(kDisconnect, [=] {
-    // The first step goes by the name of the call under test, whatever it does.
+    // The first step is named after the call under test, whatever it does.
     std::printf("1. %s\n", kDisconnect);
     return Succeeded("K2V_RHAL_VFE_HDMI_Initialize", K2V_RHAL_VFE_HDMI_Initialize()) &&
            Step(2, "K2V_RHAL_VFE_HDMI_Open", K2V_RHAL_VFE_HDMI_Open) && Connect(3, kPort) &&
@@ -116,7 +116,7 @@ int UTVfeHdmiTestCase::UTVfeHdmiTest_Disconnect(char*) {
 
 int UTVfeHdmiTestCase::UTVfeHdmiTest_Close(char*) {
   PrintTitle("K2V_RHAL_VFE_HDMI_Close");
-  // Initialising is what this test builds on; its numbers begin behind it.
+  // Initialising is a precondition of this test; the numbering starts after it.
   const bool passed = Succeeded("K2V_RHAL_VFE_HDMI_Initialize", K2V_RHAL_VFE_HDMI_Initialize()) &&
                       Step(2, "K2V_RHAL_VFE_HDMI_Open", K2V_RHAL_VFE_HDMI_Open) &&
                       Step(3, "K2V_RHAL_VFE_HDMI_Close", K2V_RHAL_VFE_HDMI_Close) &&

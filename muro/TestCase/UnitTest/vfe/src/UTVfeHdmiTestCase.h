@@ -1,11 +1,11 @@
 // HDMI receiver unit tests. Each brings the receiver up step by step, prints every step before its
-// call and ends at the first failure, where it leaves the receiver as it is. It takes a scratch
-// buffer that it ignores and returns 0 for pass, 1 for fail.
+// call and ends at the first failure, leaving the receiver as it is. It takes a scratch buffer,
+// which it ignores, and returns 0 for pass, 1 for fail.
 #pragma once
 
 class UTVfeHdmiTestCase {
  public:
-  // Bring-up and back.
+  // Bring-up and shutdown.
   static int UTVfeHdmiTest_Initialize(char*);
   static int UTVfeHdmiTest_GetRxPortCount(char*);
   static int UTVfeHdmiTest_GetARCChannel(char*);
@@ -17,13 +17,13 @@ class UTVfeHdmiTestCase {
   static int UTVfeHdmiTest_GetConnectionState(char*);
   static int UTVfeHdmiTest_EnableHPD(char*);
 
-  // What a port stores.
+  // Data stored in a port.
   static int UTVfeHdmiTest_ReadEDID(char*);
   static int UTVfeHdmiTest_WriteEDID(char*);
   static int UTVfeHdmiTest_ReadHDCP(char*);
   static int UTVfeHdmiTest_WriteHDCP(char*);
 
-  // What a port receives; in UTVfeHdmiSignalTests.cpp.
+  // The signal of a port; in UTVfeHdmiSignalTests.cpp.
   static int UTVfeHdmiTest_GetClockStatus(char*);
   static int UTVfeHdmiTest_GetPortTimingInfo(char*);
   static int UTVfeHdmiTest_GetColorDepth(char*);

@@ -27,7 +27,8 @@ int NumberFor(const k2v::RecordField& field, Filling filling) {
   return std::rand();
 }
 
-/// Calls with a number of the range. These tests judge no result: an error is remarked.
+/// Calls with a number within the range. These tests do not judge results: an error is added as a
+/// remark.
 void CallWithGoodNumber(const char* kind, const char* name, int32_t value, NumberSetter call) {
   const int result = CallWithNumber(kind, name, value, call);
   if (result == 0) return;

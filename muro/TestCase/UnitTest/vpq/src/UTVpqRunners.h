@@ -1,5 +1,5 @@
-// The kinds of unit tests of the picture quality: each calls its HAL function with prepared
-// arguments. Results are not looked at: such a test fails only by what it does to the HAL.
+// The kinds of picture-quality unit tests: each calls its HAL function with prepared arguments.
+// Results are ignored: such a test only fails through its effect on the HAL, such as a crash.
 #pragma once
 
 #include <array>
@@ -17,14 +17,14 @@ namespace utvpq {
 
 using NumberSetter = int (*)(int32_t);
 
-/// Calls a function without arguments, and calls it again.
+/// Calls a function without arguments twice.
 void CallTwice(int (*call)());
 
 /// Calls with `value`, printed after the kind of test and the parameter's name. Returns the HAL's
-/// answer.
+/// result.
 int CallWithNumber(const char* kind, const char* name, int32_t value, NumberSetter call);
 
-/// Which random number a range is tried with.
+/// The random number used for a range.
 enum class Random {
   kNone,
   kAny,   // of any size
@@ -32,7 +32,7 @@ enum class Random {
 };
 
 /// Calls with the smallest and the largest number, with a random one, and with each number beyond
-/// the limits. An error that answers a number of the range is remarked.
+/// the limits. An error for a number within the range is added as a remark.
 void CallWithLimits(const char* name, int32_t min, int32_t max, NumberSetter call, Random random,
                     std::initializer_list<int32_t> boundaries);
 
@@ -61,14 +61,14 @@ void CallWithNull(const char* name, int (*call)(T*)) {
   call(nullptr);
 }
 
-/// What a record's fields are filled with. The minimum is zero, also where a field's range begins
+/// What a record's fields are filled with. The minimum is zero, even if a field's range begins
 /// below it.
 enum class Filling { kMinimum, kMaximum, kRandom };
 
-/// Fills every element of every field; random numbers are cut to the field's width.
+/// Fills every element of every field; random numbers are truncated to the field's width.
 void Fill(void* record, std::span<const k2v::RecordField> fields, Filling filling);
 
-/// Calls with a record of zeros, of the largest numbers, of random ones, and with a null pointer.
+/// Calls with records of zeros, of the largest numbers and of random ones, and with a null pointer.
 template <typename Record>
 void CallWithRecord(const char* name, int (*call)(Record*)) {
   static constexpr struct {
@@ -78,7 +78,7 @@ void CallWithRecord(const char* name, int (*call)(Record*)) {
                 {"max value test", Filling::kMaximum},
                 {"random value test", Filling::kRandom}};
   std::srand(static_cast<unsigned>(std::time(nullptr)));
-  const auto record = std::make_unique<Record>();  // tables of some are large
+  const auto record = std::make_unique<Record>();  // some have large tables
   for (const auto& step : kSteps) {
     std::puts(step.line);
     Fill(record.get(), k2v::FieldsOf(record.get()), step.filling);
@@ -87,10 +87,10 @@ void CallWithRecord(const char* name, int (*call)(Record*)) {
   CallWithNull(name, call);
 }
 
-/// A random number, printed behind the parameter's name.
+/// A random number, printed after the parameter's name.
 int32_t AnnounceRandom(const char* name);
 
-/// Calls with random numbers, one a name.
+/// Calls with random numbers, one per name.
 template <typename... Numbers, std::size_t count>
 void CallWithRandom(const char* const (&names)[count], int (*call)(Numbers...)) {
   static_assert(sizeof...(Numbers) == count);
@@ -100,7 +100,7 @@ void CallWithRandom(const char* const (&names)[count], int (*call)(Numbers...)) 
   std::apply(call, numbers);
 }
 
-/// Calls with tables that change nothing.
+/// Calls with tables that have no effect.
 void CallWithIdentityGamma(int (*call)(K2V_VPQ_GAMMA_CURVE_T*));
 void CallWithIdentityLut(int (*call)(K2V_VPQ_HDR_3D_LUT_T*));
 

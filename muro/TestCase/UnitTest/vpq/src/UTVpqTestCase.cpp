@@ -4,7 +4,7 @@
 
 namespace {
 
-// Inside the list it would be the list's own name.
+// Within the included list, __FILE__ would be the list's name.
 constexpr const char* kSource = __FILE__;
 
 void PrintTraceLine(const char* function, int line) {

@@ -6,11 +6,11 @@
 namespace hdcp2 {
 namespace {
 
-// By K2V_HDCP2_STATE_*.
+// Index: K2V_HDCP2_STATE_*.
 constexpr const char* kStates[] = {"idle",          "keys exchanged",  "locality checked",
                                    "authenticated", "streams settled", "failed"};
 
-// By K2V_HDCP2_REASON_*.
+// Index: K2V_HDCP2_REASON_*.
 constexpr const char* kReasons[] = {
     "none",
     "no keys loaded",
@@ -53,7 +53,7 @@ const char* ReasonName(uint32_t reason) {
 }
 
 bool Restart() {
-  K2V_RHAL_HDCP2_Release();  // fails where nothing is initialised, and that is well
+  K2V_RHAL_HDCP2_Release();  // fails if the receiver is not initialised; that is fine
   return Succeeded("K2V_RHAL_HDCP2_Initialize", K2V_RHAL_HDCP2_Initialize());
 }
 

@@ -1,5 +1,5 @@
-// What the HDCP 2 driver tests and unit tests have in common: steps that name the failing call, and
-// the text of what may be told of a receiver.
+// Shared by the HDCP 2 driver tests and unit tests: steps that print the failing call, and the text
+// of the public data of a receiver.
 #pragma once
 
 #include <cstdint>
@@ -15,18 +15,18 @@ bool Succeeded(const char* call, int result);
 const char* StateName(uint32_t state);
 const char* ReasonName(uint32_t reason);
 
-/// Initialises the receiver anew, whatever state it was in. False, with its line, when that fails.
+/// Reinitialises the receiver, whatever state it was in. False, after the call's line, on failure.
 bool Restart();
 
-/// Initialises the receiver where it is not, and loads its keys where there are none. False, with
-/// its line, when that fails.
+/// Initialises the receiver if necessary, and loads its keys if there are none. False, after the
+/// call's line, on failure.
 bool Prepare();
 
-/// Reads the status of a port and prints it, one field a line. False, with its line, when it cannot
-/// be read.
+/// Reads the status of a port and prints it, one field per line. False, after the call's line, if
+/// it cannot be read.
 bool PrintStatus(uint8_t port);
 
-/// Lets the source at `port` authenticate up to `state`. A failure prints the line of the call and
+/// Makes the source at `port` authenticate up to `state`. A failure prints the line of the call and
 /// the reason; returns whether `state` was reached.
 bool Authenticate(uint8_t port, uint32_t state);
 

@@ -12,7 +12,7 @@ namespace {
 
 using namespace hdcp2;
 
-/// Asks for a port. Empty, after a line, for a number that the HAL cannot even be given.
+/// Prompts for a port. Empty, after a message, for a number outside the HAL's parameter type.
 std::optional<uint8_t> AskPort() {
   const int port = console::AskNumber("Input port: 0(HDMI1); 1(HDMI2); 2(HDMI3); 3(HDMI4);\n");
   if (port >= 0 && port <= UINT8_MAX) return static_cast<uint8_t>(port);
@@ -24,7 +24,7 @@ int Verdict(bool passed) {
   return passed ? 0 : 1;
 }
 
-/// Prints what may be told of the loaded keys.
+/// Prints the public data of the loaded keys.
 bool PrintKeyInfo() {
   K2V_HDCP2_KEY_INFO_T info{};
   if (!Succeeded("K2V_RHAL_HDCP2_GetKeyInfo", K2V_RHAL_HDCP2_GetKeyInfo(&info))) return false;
@@ -95,7 +95,7 @@ int Hdcp2TestCase::Hdcp2Test_StreamManage(char*) {
 int Hdcp2TestCase::Hdcp2Test_Authenticate(char*) {
   PrintTraceLine(__func__);
   const auto port = AskPort();
-  // From the very start: nothing that an earlier test did helps.
+  // From the very beginning: independent of the state that an earlier test left.
   return Verdict(port && Restart() && Prepare() &&
                  Succeeded("K2V_RHAL_HDCP2_VerifyKeys", K2V_RHAL_HDCP2_VerifyKeys()) &&
                  Authenticate(*port, K2V_HDCP2_STATE_STREAM) && PrintStatus(*port));

@@ -1,5 +1,5 @@
-// HDCP 2 driver tests, in the order of a bring-up. Each takes a scratch buffer that it ignores and
-// returns 0 for pass, 1 for fail.
+// HDCP 2 driver tests, in the order of a bring-up. Each takes a scratch buffer, which it ignores,
+// and returns 0 for pass, 1 for fail.
 #pragma once
 
 class Hdcp2TestCase {
@@ -8,7 +8,7 @@ class Hdcp2TestCase {
   static int Hdcp2Test_LoadKeys(char*);
   static int Hdcp2Test_VerifyKeys(char*);
 
-  // These ask for a port.
+  // These prompt for a port.
   static int Hdcp2Test_AKE(char*);
   static int Hdcp2Test_LocalityCheck(char*);
   static int Hdcp2Test_SessionKeyExchange(char*);

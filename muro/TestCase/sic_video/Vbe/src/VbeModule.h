@@ -1,4 +1,4 @@
-// The display back end tests.
+// The display back-end tests.
 #pragma once
 
 #include "Module.h"

@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t kAttributeFrameRateHz = 60;
 
-// Both keep what was typed from run to run.
+// Both keep the typed values from run to run.
 K2V_VBE_PANEL_INFO_T panel{};
 K2V_VBE_PANEL_ATTRIBUTE_T attribute{};
 
@@ -36,7 +36,7 @@ int AskAndEcho(const char* prompt, const char* field) {
   return value;
 }
 
-/// One field of a record that the operator fills.
+/// One field of a record that the operator fills in.
 template <typename Record>
 struct FieldPrompt {
   const char* prompt;
@@ -44,7 +44,7 @@ struct FieldPrompt {
   void (*store)(Record& record, int value);
 };
 
-/// Stores a value cut to the width of `field`.
+/// Stores a value truncated to the width of `field`.
 template <auto field, typename Record>
 void Store(Record& record, int value) {
   record.*field = static_cast<std::remove_reference_t<decltype(record.*field)>>(value);
@@ -59,8 +59,8 @@ void AskRecord(const Prompts& prompts, Record& record) {
 
 using Panel = K2V_VBE_PANEL_INFO_T;
 
-// The height of the on-screen display is asked for as a second width, and the LVDS type goes where
-// the bit mode was.
+// The prompt for the height of the on-screen display says width again, and the LVDS type is in the
+// place of the bit mode.
 constexpr FieldPrompt<Panel> kPanelPrompts[] = {
     {"Panel Size", "panel_inch", Store<&Panel::panel_inch>},
     {"bl type", "panel_bl_type", Store<&Panel::panel_bl_type>},
@@ -120,7 +120,7 @@ int StartPanel() {
   return Verdict(K2V_RHAL_VBE_DISP_TCON_Initialize(), "VBE_Tcon ");
 }
 
-/// Prints the result of every call, and that of a failed one once more.
+/// Prints the result of every call, and the result of a failed one again.
 int VerdictPrintedAlways(int result) {
   std::printf("result : %d\n", result);
   return Verdict(result);
@@ -134,7 +134,7 @@ void PrintDone(const char* function) {
   std::printf("[VBE] Test Case: %s Done!!\n", function);
 }
 
-/// Verdict of a test that began with `PrintStart`.
+/// Verdict of a test that started with `PrintStart`.
 int VerdictOf(const char* function, int result) {
   if (result == 0) {
     PrintDone(function);
@@ -266,7 +266,7 @@ int VbeTestCase::VBE_DISP_SetPanelBackgroundColor(char*) {
 
 int VbeTestCase::VBE_DISP_SetScreenShift(char*) {
   Verdict(K2V_RHAL_VBE_DISP_ScreenShift(AskUint32("Set Screen Shift mode 1(On); 0(Off):")));
-  return 0;  // passes whatever the HAL says
+  return 0;  // passes whatever the HAL returns
 }
 
 int VbeTestCase::VBE_DISP_OLED_SETORBIT(char*) {

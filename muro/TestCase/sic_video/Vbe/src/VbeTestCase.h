@@ -1,5 +1,5 @@
-// Display back end tests. Each takes a scratch buffer that it ignores and returns 0 for pass, 1 for
-// fail.
+// Display back-end tests. Each takes a scratch buffer, which it ignores, and returns 0 for pass, 1
+// for fail.
 #pragma once
 
 class VbeTestCase {

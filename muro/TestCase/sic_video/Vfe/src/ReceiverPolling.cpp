@@ -70,7 +70,7 @@ void PrintSeparator() {
   std::printf("\033[31m==================\n\033[m");
 }
 
-// The helpers look at the HDMI port that they brought up last, whatever this test shows.
+// The helpers use the HDMI port that they brought up last, whatever this test shows.
 void PlacePicture() {
   Api_vsc_Misc_CheckTimingInfo(K2V_VSC_INPUTSRC_HDMI);
   PrintSeparator();
@@ -94,7 +94,7 @@ uint8_t ShowPicture(const Receiver& receiver, const K2V_HDMI_TIMING_T& timing,
   return kShowing;
 }
 
-/// One step of the detection: what this poll's timing means for the window.
+/// One step of the detection: the effect of this poll's timing on the window.
 void Detect(const Receiver& receiver, const K2V_HDMI_TIMING_T& timing, const char* function) {
   DetectionState& detection = receiver.detection;
   const bool signal = HasSignal(timing);
@@ -137,7 +137,8 @@ Next AskWhatNext(const Receiver& receiver, const PollingTest& test, const K2V_HD
   return Next::kPoll;
 }
 
-/// Polls until the operator leaves (kLeave) or closes (kClose). `port` follows the operator's wish.
+/// Polls until the operator leaves (kLeave) or closes (kClose). `port` is changed as the operator
+/// requests.
 Next Poll(const Receiver& receiver, const PollingTest& test, const char* function, uint8_t& port) {
   uint8_t polls = 0;
   bool shown = false;
@@ -157,8 +158,8 @@ Next Poll(const Receiver& receiver, const PollingTest& test, const char* functio
   }
 }
 
-/// Takes the detection as far as this timing allows: up to the picture with a signal, one step back
-/// without one.
+/// Advances the detection as far as this timing allows: up to the picture if there is a signal, one
+/// step back if there is none.
 void DetectOnce(const Receiver& receiver, uint8_t port, const char* function) {
   const K2V_HDMI_TIMING_T timing = ReadTiming(receiver, port);
   const uint8_t& state = receiver.detection.state;

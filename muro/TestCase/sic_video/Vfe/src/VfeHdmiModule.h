@@ -1,4 +1,4 @@
-// The HDMI receiver tests by hand.
+// The manual HDMI receiver tests.
 #pragma once
 
 #include "Module.h"

@@ -1,4 +1,4 @@
-// The HDMI receiver tests that make one HAL query and print its answer.
+// The HDMI receiver tests that make one HAL query and print its result.
 #include <cstdio>
 #include <iterator>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A port as the operator typed it, and as the HAL takes it.
+/// A port as the operator typed it, and as it is passed to the HAL.
 struct TypedPort {
   int number = AskPort(kHdmiPortList);
   uint8_t byte = static_cast<uint8_t>(number);

@@ -102,7 +102,7 @@ void PrintPackets(uint8_t port) {
               static_cast<int>(info.stAVI.ePixelEncoding));
 }
 
-/// Prints the info-frames that the operator asks for, until there are enough.
+/// Prints the info-frames that the operator asks for, until the operator ends it.
 void ShowInfoFrames(uint8_t port) {
   static constexpr void (*kPrinters[])(uint8_t) = {PrintPackets, PrintAvi, PrintSpd, PrintVsi,
                                                    PrintDrm};

@@ -1,10 +1,10 @@
-// HDMI receiver tests by hand. Each takes a scratch buffer that it ignores and returns 0 for pass,
-// 1 for fail.
+// Manual HDMI receiver tests. Each takes a scratch buffer, which it ignores, and returns 0 for
+// pass, 1 for fail.
 #pragma once
 
 class VfeHdmiMUROTestCase {
  public:
-  // Show what a port receives while cables, ports and timings change.
+  // Show the signal of a port while cables, ports and timings change.
   static int VfeHdmiMUROTestCase1(char*);
   static int VfeHdmiMUROTestCase2(char*);
   static int VfeHdmiMUROTestCase3(char*);
@@ -26,5 +26,5 @@ class VfeHdmiMUROTestCase {
   static int VfeHdmiMUROTest_getHDCPKSV(char*);
 };
 
-/// The line that asks for an HDMI port.
+/// The prompt for an HDMI port.
 inline constexpr char kHdmiPortList[] = "Input port: 0(HDMI1); 1(HDMI2); 2(HDMI3); 3(HDMI4);";

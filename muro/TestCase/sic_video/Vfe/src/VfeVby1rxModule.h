@@ -1,4 +1,4 @@
-// The V-by-One receiver tests by hand.
+// The manual V-by-One receiver tests.
 #pragma once
 
 #include "Module.h"

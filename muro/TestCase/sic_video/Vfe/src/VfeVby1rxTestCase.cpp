@@ -31,12 +31,12 @@ int GetTiming(uint8_t, K2V_HDMI_TIMING_T& timing) {
   return result;
 }
 
-// Connecting an input takes the place of the one before.
+// Connecting an input replaces the previous one.
 void ChangePort(uint8_t, uint8_t to) {
   K2V_RHAL_VFE_VBY1RX_Connect(to);
 }
 
-// Ends the connection and the opened receiver too.
+// Also ends the connection and closes the receiver.
 void Uninitialize(uint8_t) {
   K2V_RHAL_VFE_VBY1RX_Uninitialize();
 }

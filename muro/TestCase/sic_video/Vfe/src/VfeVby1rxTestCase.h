@@ -1,4 +1,4 @@
-// V-by-One receiver tests by hand. Each takes a scratch buffer that it ignores and returns 0 for
+// Manual V-by-One receiver tests. Each takes a scratch buffer, which it ignores, and returns 0 for
 // pass, 1 for fail.
 #pragma once
 

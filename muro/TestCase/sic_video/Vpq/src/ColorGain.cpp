@@ -9,7 +9,7 @@ constexpr int kMasterGainPerUnit = 80;
 constexpr uint8_t kNeutralGain = 128;
 constexpr int kHueStepsPerAdvancedUnit = 6;
 
-// Table entries that the advanced menu's choices move.
+// Table entries that the choices of the advanced menu change.
 constexpr unsigned kAdvancedEntries[] = {6, 2, 1};
 
 struct ExpertOffsets {

@@ -21,7 +21,7 @@ int Call(int (*call)()) {
   return 0;
 }
 
-/// Sets tables of neutral colour below a master gain.
+/// Sets tables of neutral colour with a master gain.
 int AdjustColorGain(int (*set)(CHIP_COLOR_CONTROL_T* table)) {
   Adjustable gain[] = {{"gain", 0, 255, kDefaultGain}};
   return Adjust(gain, [&](std::size_t) {
@@ -35,7 +35,7 @@ Adjustable Offset(const char* name, int kept) {
   return {name, -kMaxOffset, kMaxOffset, kept};
 }
 
-/// The offsets start from where they were left.
+/// The offsets start at their last settings.
 int AdjustAdvancedColor() {
   Adjustable offsets[] = {Offset("first", KeptAdvancedOffset(0)),
                           Offset("second", KeptAdvancedOffset(1)),
@@ -54,7 +54,7 @@ int AdjustAdvancedColor() {
 /// Saturation, hue and brightness.
 using Offsets = std::span<Adjustable, 3>;
 
-/// Shows the offsets that a region was left with.
+/// Shows the last offsets of a region.
 void ShowRegion(uint8_t region, Offsets offsets) {
   const ICM_CM_PARAM_T kept = KeptExpertOffsets(region);
   const std::array<int, Offsets::extent> values = {kept.saturation, kept.hue, kept.brightness};
@@ -66,8 +66,8 @@ void ShowRegion(uint8_t region, Offsets offsets) {
   std::printf("\n");
 }
 
-/// The offsets are those of the chosen region and start from where they were left; the other
-/// regions keep theirs.
+/// The offsets are those of the chosen region and start at their last settings; the other regions
+/// are unchanged.
 int AdjustExpertColor() {
   Adjustable numbers[] = {{"region", 0, kExpertRegionCount - 1, 0, 0, true},
                           Offset("saturation", 0),

@@ -1,4 +1,4 @@
-// Picture-quality tests by hand. Each takes a scratch buffer that it ignores and returns 0.
+// Manual picture-quality tests. Each takes a scratch buffer, which it ignores, and returns 0.
 #pragma once
 
 class VpqTestCase {

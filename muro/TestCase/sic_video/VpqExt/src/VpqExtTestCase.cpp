@@ -17,7 +17,7 @@ constexpr K2V_VPQ_DEMO_T kFirstModuleDemo = {0, 0, 1};
 constexpr K2V_VPQ_DOLBY_CONFIG_T kDolbyConfig = {0, 50, 1000};
 constexpr K2V_VPQ_ENG_ID_T kFirstItem = {0, 0};
 
-/// Calls once; what the HAL does is seen on the panel and in its log.
+/// Calls once; the effect is visible on the panel and in the HAL's log.
 template <typename... Arguments>
 int Call(int (*call)(Arguments...), std::type_identity_t<Arguments>... arguments) {
   call(arguments...);
@@ -41,7 +41,7 @@ int SendRamp(int (*set)(Record* record)) {
   return 0;
 }
 
-/// Sets a straight gamma curve of all its points.
+/// Sets a straight gamma curve that uses all its points.
 int SendGammaRamp(int (*set)(K2V_VPQ_GAMMA_CURVE_T* curve)) {
   K2V_VPQ_GAMMA_CURVE_T curve = Ramp<K2V_VPQ_GAMMA_CURVE_T>();
   curve.nTableSize = std::size(curve.nCurve);

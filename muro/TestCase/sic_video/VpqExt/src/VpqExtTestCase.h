@@ -1,4 +1,4 @@
-// Interactive tests of picture-quality settings. Each takes a scratch buffer that it ignores and
+// Interactive tests of picture-quality settings. Each takes a scratch buffer, which it ignores, and
 // returns 0.
 #pragma once
 

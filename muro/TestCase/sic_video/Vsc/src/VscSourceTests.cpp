@@ -1,4 +1,4 @@
-// The scaler tests that bring sources up, watch them and change between them.
+// The scaler tests that bring sources up, watch them and switch between them.
 #include <unistd.h>
 
 #include <cstdio>
@@ -37,7 +37,7 @@ K2V_VSC_INPUT_TYPE onlyMainSource = kNoSource;
 K2V_VSC_INPUT_TYPE demoSource = kNoSource;
 __K2V_VIDEO_WID_T selectedWindow = K2V_VIDEO_WID_0;
 
-/// After how many polls the operator is asked whether to go on.
+/// Number of polls after which the operator is asked whether to continue.
 struct PollPeriods {
   uint8_t detecting;
   uint8_t watching;
@@ -53,7 +53,7 @@ Selection AskUserSelection() {
   return value == 2 ? Selection::kChangeSource : Selection::kContinue;
 }
 
-/// Asks the operator at every `period`-th call and then counts anew.
+/// Asks the operator at every `period`-th call and then restarts the count.
 Selection AskNowAndThen(uint8_t& polls, uint8_t period) {
   if (++polls < period) return Selection::kContinue;
   polls = 0;
@@ -65,7 +65,7 @@ K2V_VSC_INPUT_TYPE AskSourceType() {
   return static_cast<K2V_VSC_INPUT_TYPE>(console::ReadNumber());
 }
 
-/// Watches a picture until its timing changes or is lost (kContinue) or the operator has enough.
+/// Watches a picture until its timing changes or is lost (kContinue), or the operator ends it.
 Selection WatchPicture(K2V_VSC_INPUT_TYPE source, uint8_t period, bool& regionDone) {
   uint8_t polls = 0;
   while (Api_vsc_Misc_GetTimingInfo(source, 1) == 0) {
@@ -83,8 +83,8 @@ Selection WatchPicture(K2V_VSC_INPUT_TYPE source, uint8_t period, bool& regionDo
   return Selection::kContinue;
 }
 
-/// Brings the source's picture up and watches it, again and again, until the operator exits or
-/// wants another source.
+/// Brings the source's picture up and watches it, repeatedly, until the operator exits or wants
+/// another source.
 Selection ShowSource(K2V_VSC_INPUT_TYPE source, PollPeriods periods) {
   bool connectPending = true;
   bool regionDone = false;
@@ -119,7 +119,7 @@ K2V_VSC_INPUT_TYPE& SourceIn(WindowSources& sources, __K2V_VIDEO_WID_T window) {
   return window == K2V_VIDEO_WID_1 ? sources.sub : sources.main;
 }
 
-/// Takes the source out of a window that the operator names. Returns whether that has worked.
+/// Removes the source from a window that the operator names. Returns whether that succeeded.
 bool TakeSourceOut(WindowSources& sources) {
   selectedWindow = static_cast<__K2V_VIDEO_WID_T>(
       console::AskNumberInBlue("change src: VSC Window 0(Win0), 1(Win1)\n"));
@@ -135,13 +135,13 @@ bool TakeSourceOut(WindowSources& sources) {
   return r == 0;
 }
 
-/// The source of two windows of which one has none.
+/// The source of two windows if the other one has none.
 K2V_VSC_INPUT_TYPE OnlySource(const WindowSources& sources) {
   return sources.main != kNoSource ? sources.main : sources.sub;
 }
 
-/// Takes the only source out, however often that has to be tried. One that the helpers cannot end
-/// is given up.
+/// Removes the only source, with as many attempts as necessary. A source that the helpers cannot
+/// end is dropped.
 void TakeOnlySourceOut(WindowSources& sources) {
   while (!TakeSourceOut(sources)) {
     if (OnlySource(sources) == K2V_VSC_INPUTSRC_HDMI) continue;
@@ -156,8 +156,8 @@ void SetUpSource(K2V_VSC_INPUT_TYPE source) {
   }
 }
 
-/// The main window has its source. True when the sub window got one too, false when the main source
-/// has to go first.
+/// The main window has its source. True if the sub window got one too, false if the main source has
+/// to be removed first.
 bool ChooseSubSource(WindowSources& sources) {
   if (console::AskNumber("VSC Window 0(Win0), 1(Win1)\n") != 1) {
     std::printf("main source:%d,so need to change src\n", static_cast<int>(sources.main));
@@ -177,8 +177,8 @@ bool ChooseSubSource(WindowSources& sources) {
   return true;
 }
 
-/// Gives the next free window a source. False when no window is free or the operator wants the main
-/// source changed.
+/// Gives the next free window a source. False if no window is free or if the operator wants to
+/// change the main source.
 bool ChooseSource(WindowSources& sources) {
   if (sources.main != kNoSource && sources.sub != kNoSource) {
     std::printf("VSC_INPUT_TYPE_Src_main : %d,VSC_INPUT_TYPE_Src_sub:%d Switch\n",
@@ -193,7 +193,7 @@ bool ChooseSource(WindowSources& sources) {
   return true;
 }
 
-/// Polls the main window's source; kContinue when it has a timing.
+/// Polls the main window's source; kContinue if it has a timing.
 Selection DetectForMainWindow(K2V_VSC_INPUT_TYPE source) {
   uint8_t polls = 0;
   for (;;) {
@@ -239,8 +239,8 @@ void PrintSwitch(K2V_VSC_INPUT_TYPE source) {
   std::printf("VSC_INPUT_TYPE_Src : %d, Switch\n", static_cast<int>(source));
 }
 
-/// Asks for each source whether it runs beside the shown one, brings those up and tells what they
-/// receive.
+/// Asks for each source whether it is to run in addition to the shown one, brings those up and
+/// prints what they receive.
 void ConnectOfflineSources(const bool (&offline)[kSourceCount]) {
   for (K2V_VSC_INPUT_TYPE type = 0; type < kSourceCount; ++type) {
     if (!offline[type]) continue;
@@ -255,7 +255,7 @@ void ConnectOfflineSources(const bool (&offline)[kSourceCount]) {
   }
 }
 
-/// Brings up the source that the operator chooses, and others beside it. Returns the chosen one.
+/// Brings up the source that the operator chooses, and additional ones. Returns the chosen one.
 K2V_VSC_INPUT_TYPE RunAllSources() {
   std::puts("Input Src");
   const K2V_VSC_INPUT_TYPE source = AskSourceType();
@@ -275,7 +275,7 @@ K2V_VSC_INPUT_TYPE RunAllSources() {
   return source;
 }
 
-/// The demo's last source gives its window up.
+/// The demo's last source releases its window.
 void LeaveDemoSource() {
   if (demoSource != K2V_VSC_INPUTSRC_JPEG && demoSource != K2V_VSC_INPUTSRC_VDEC &&
       demoSource != K2V_VSC_INPUTSRC_HDMI) {

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr uint16_t kFrameBufferWidth = 720;   // pixels that a frame-buffer test takes at most
+constexpr uint16_t kFrameBufferWidth = 720;   // maximum width of a frame-buffer test, in pixels
 constexpr uint16_t kFrameBufferHeight = 576;  // lines
 constexpr std::size_t kFrameBufferPixels = std::size_t{kFrameBufferWidth} * kFrameBufferHeight;
 
@@ -71,8 +71,8 @@ struct FileTexts {
   const char* failed;
 };
 
-/// Asks for a path and writes `bytes` bytes there. Returns the bytes written, -1 when the file
-/// could not be opened.
+/// Prompts for a path and writes `bytes` bytes to that file. Returns the number of bytes written,
+/// -1 if the file could not be opened.
 int SaveAs(const FileTexts& texts, const void* data, std::size_t bytes) {
   console::Prompt("\nPress file path name:\n");
   const std::string path = console::ReadAnswer();
@@ -90,7 +90,7 @@ int SaveAs(const FileTexts& texts, const void* data, std::size_t bytes) {
   return static_cast<int>(written);
 }
 
-/// Asks for one overscan percentage. False, after a message, for more than 100.
+/// Prompts for one overscan percentage. False, after a message, for more than 100.
 bool AskOverScan(const char* axis, int16_t* percent) {
   console::Prompt("Set %s OverscanValue\n", axis);
   const int value = console::ReadNumber();
@@ -232,7 +232,7 @@ int VscTestCase::Vsc_self_diagnosis_InoutVideo_Read(char*) {
   std::printf("color_standard:%d\n", static_cast<int>(colorStandard));
   std::printf("PixelColorFormat:%d\n", static_cast<int>(pixelColorFormat));
 
-  // The HAL has had the region in its hands: the buffer's size is what counts.
+  // The HAL may have changed the region: the buffer's size is the limit.
   pixels.resize(std::min(pixels.size(), std::size_t{region.w} * region.h));
   std::vector<uint16_t> luma;
   luma.reserve(pixels.size());

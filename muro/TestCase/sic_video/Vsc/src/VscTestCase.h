@@ -1,11 +1,11 @@
-// Scaler tests. Each takes a scratch buffer that it ignores and returns 0 for pass, 1 for fail.
+// Scaler tests. Each takes a scratch buffer, which it ignores, and returns 0 for pass, 1 for fail.
 #pragma once
 
 #include <cstdint>
 
 #include "k2v/types.h"
 
-/// The part of `region` that is left when `horizontal` and `vertical` percent of it are kept,
+/// The part of `region` that is left if `horizontal` and `vertical` percent of it are kept,
 /// centred. Negative percentages are computed like any other.
 K2V_VIDEO_RECT_T OverScanRegion(K2V_VIDEO_RECT_T region, int16_t horizontal, int16_t vertical);
 
@@ -31,7 +31,7 @@ class VscTestCase {
   static int Vsc_Capture_DataVerify(char*);
   static int Vsc_V2G_DataVerify(char*);
 
-  // Sources, from bring-up to change; in VscSourceTests.cpp.
+  // Sources, from bring-up to switching; in VscSourceTests.cpp.
   static int Vsc_functionality(char*);
   static int Vsc_SwitchSource_AllSourceRun(char*);
   static int Vsc_FastSwitchSource_ForDemo(char*);

@@ -15,11 +15,11 @@ const std::string kPlayUrlCommand = "gst-cvn-test-1.0 --gst-debug=1 -c IP1+IP2 -
 
 namespace {
 
-// States of a window. Connecting does not change them and nothing lowers them.
+// States of a window. Connecting does not change them, and they never decrease.
 constexpr int32_t kNone = 0;
 constexpr int32_t kInitialised = 1;
 constexpr int32_t kOpened = 2;
-constexpr int32_t kThird = 3;  // looked for, never reached by these helpers
+constexpr int32_t kThird = 3;  // checked for, but never reached by these helpers
 
 constexpr K2V_VSC_INPUT_TYPE kFirstUnknownType = 5;
 constexpr int kTimingTolerance = 10;  // pixels or lines
@@ -51,7 +51,7 @@ K2V_VSC_INPUT_SRC_T& SourceOf(__K2V_VIDEO_WID_T wid) {
   return IsSub(wid) ? subSource : mainSource;
 }
 
-/// Prints the line of a failed HAL call and passes its code on.
+/// Prints the line of a failed HAL call and returns its code.
 int32_t Checked(const char* call, int32_t result) {
   if (result != 0) std::printf("%s NG : %d\n", call, result);
   return result;
@@ -68,7 +68,8 @@ void MarkState(__K2V_VIDEO_WID_T wid, int32_t state) {
   std::printf("Api_vsc_Set_State state : %d, vsc_state : %d\n", state, state);
 }
 
-/// `initialised`: the scaler is initialised through the other window, this one has just to know.
+/// `initialised`: the scaler has been initialised through the other window, and only this window's
+/// state has to be updated.
 int32_t InitialiseStep(__K2V_VIDEO_WID_T wid, bool initialised, Announce announce) {
   if (Api_vsc_Check_State(1, wid) != 0) {
     std::puts("VSC Not Init Again");
@@ -99,7 +100,7 @@ int32_t Connect(__K2V_VIDEO_WID_T wid) {
   return Checked("VSC Connect", K2V_RHAL_VSC_Connect(IsSub(wid), SourceOf(wid)));
 }
 
-/// Unknown types are no success, whatever the HAL says.
+/// Unknown types count as failures, whatever the HAL returns.
 int32_t ConnectKnownType(__K2V_VIDEO_WID_T wid) {
   if (const int32_t r = Connect(wid); r != 0) return r;
   return SourceOf(wid).type < kFirstUnknownType ? 0 : -1;
