@@ -8,7 +8,7 @@
 namespace callmarks {
 namespace {
 
-// The recorder was loaded before this program, or never will be.
+// The recorder is either loaded before this program or not at all.
 template <typename Function>
 Function Find(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_DEFAULT, name));

@@ -1,12 +1,12 @@
-// Marks in a recording of HAL calls, so that the calls of one test can be found there. Without a
-// recorder in front of the HAL nothing happens.
+// Marks in a recording of HAL calls that separate the calls of one test from the others. Without a
+// recorder these functions do nothing.
 #pragma once
 
 #include <string_view>
 
 namespace callmarks {
 
-/// A test begins, or has ended with `verdict`.
+/// Marks the beginning of a test, or its end with `verdict`.
 void TestBegins(int number, const char* name, const char* description);
 void TestEnds(int number, const char* name, const char* description, const char* verdict);
 

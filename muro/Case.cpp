@@ -66,7 +66,7 @@ Case* ModuleCase::enterMenu() {
   const auto choice = console::ReadToken(kLongestChoice, console::Overlong::kKeep);
   if (!choice || strcasecmp(choice->c_str(), "Q") == 0) return nullptr;
   if (strcasecmp(choice->c_str(), "P") == 0) return getParaent();
-  // A choice that is no number reads as 0.
+  // A choice that is not a number reads as 0.
   const long index = std::strtol(choice->c_str(), nullptr, 10);
   if (index < 0 || index >= getChildCount()) return this;
   return getChild(static_cast<unsigned short>(index));

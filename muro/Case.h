@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <vector>
 
-/// What is to be known of a test before it runs unattended.
+/// What a run has to know about a test before it runs the test unattended.
 enum TestTraits : uint8_t {
   kNoTraits = 0,
-  kAsks = 1,        // it may read the console before the verdict, or needs somebody to pull a cable
-  kDisruptive = 2,  // it changes the board for good: reboots it, replaces golden data
+  kAsks = 1,        // may read the console before the verdict, or needs somebody to pull a cable
+  kDisruptive = 2,  // changes the board permanently: reboots it, replaces golden data
 };
 
 constexpr TestTraits operator|(TestTraits a, TestTraits b) {
@@ -17,11 +17,11 @@ constexpr TestTraits operator|(TestTraits a, TestTraits b) {
 
 /// One declared test. Tables of these records live for the whole run and are never copied.
 struct ST_THAL_TEST_CASE_T {
-  int32_t id;              // shown in menus' reports, never used as an index
+  int32_t id;              // shown in the menus' reports, never used as an index
   char name[128];          // menu label
   char description[256];   // second menu column
-  int (*function)(char*);  // 0 pass, 1 fail, anything else neither; may be empty
-  bool autoJudge;          // a 0 counts as pass at once; otherwise the operator is asked
+  int (*function)(char*);  // 0 pass, 1 fail, anything else neither; may be null
+  bool autoJudge;          // a 0 counts as pass immediately; otherwise the operator is asked
   TestTraits traits = kNoTraits;
 };
 
@@ -40,13 +40,13 @@ class Case {
   virtual const char* getName() { return name_; }
   virtual void add(Case*) {}
   virtual void remove(Case*) {}
-  /// The i-th child, empty when there is none.
+  /// The i-th child, null if there is none.
   virtual Case* getChild(unsigned short) { return nullptr; }
-  /// The menu that holds this node, empty for the root.
+  /// The menu that contains this node, null for the root.
   virtual Case* getParaent() { return parent_; }
   virtual void setParaent(Case* parent) { parent_ = parent; }
   virtual unsigned short getChildCount() { return 0; }
-  /// Does what choosing this node means and returns the node to show next, empty to quit.
+  /// Acts on the selection of this node and returns the node to show next, null to quit.
   virtual Case* enterMenu() = 0;
   virtual void printMenu() = 0;
 
@@ -58,17 +58,17 @@ class Case {
   Case* parent_ = nullptr;
 };
 
-/// A menu. Owns copies of its name and description; its children belong to nobody.
+/// A menu. Owns copies of its name and description but not its children.
 class ModuleCase : public Case {
  public:
-  /// An empty pointer stands for an empty text.
+  /// A null pointer counts as an empty text.
   ModuleCase(const char* name, const char* desc);
   ~ModuleCase() override;
 
   int Run() override;
-  /// Appends a child and becomes its parent. A child may sit in several menus.
+  /// Appends a child and becomes its parent. A child may be in several menus.
   void add(Case* child) override;
-  /// Drops the last child, whatever the argument is.
+  /// Removes the last child, whatever the argument is.
   void remove(Case*) override;
   Case* getChild(unsigned short index) override;
   unsigned short getChildCount() override;
@@ -89,28 +89,28 @@ class TestCase : public Case {
 
   /// Runs the test function, judges, counts and reports. Without a function nothing is counted.
   int Run() override;
-  /// Runs the test function and has the operator judge where that is due. Counts and reports
-  /// nothing. Returns the result; 1 without a function.
+  /// Runs the test function and asks the operator for a verdict if one is required. Does not count
+  /// or report anything. Returns the result; 1 without a function.
   int Execute();
   /// Counts a run that ended with `result` and writes its line into the report. Returns false when
   /// the report could not be written.
   bool Finish(int result);
-  /// Runs the test and returns the menu that holds it.
+  /// Runs the test and returns the menu that contains it.
   Case* enterMenu() override;
   void printMenu() override;
-  /// Writes the test's line into the report. Returns false when that failed.
+  /// Writes the test's line into the report. Returns false on failure.
   bool EndTest();
 
   int32_t getId() const { return id_; }
   bool isAutoJudged() const { return autoJudge_; }
   bool hasFunction() const { return function_ != nullptr; }
-  /// True when it may need its operator before the verdict.
+  /// True if the test may need its operator before the verdict.
   bool asks() const { return (traits_ & kAsks) != 0; }
-  /// True when it changes the board for good.
+  /// True if the test changes the board permanently.
   bool isDisruptive() const { return (traits_ & kDisruptive) != 0; }
-  /// The test that runs now, empty in menus.
+  /// The running test, null in menus.
   static const TestCase* Running();
-  /// Sets who hears that a test begins, before it prints anything; a null pointer sets nobody.
+  /// Sets the function that is called when a test begins, before it prints anything; null for none.
   static void SetBeginObserver(void (*observer)(const TestCase& test));
   /// The last line that the operator reads before giving the verdict.
   static constexpr char kVerdictQuestion[] = "Please check the result PASS or FAIL by 'Y' or 'N' ";

@@ -21,7 +21,7 @@ namespace {
 
 using console::Input;
 
-constexpr std::size_t kLongestAnswer = 4095;  // what a terminal's line can hold
+constexpr std::size_t kLongestAnswer = 4095;  // limit of a terminal line
 constexpr useconds_t kClosedInputPauseUs = 100'000;
 
 void (*endOfInputHandler)() = nullptr;
@@ -66,7 +66,8 @@ void TellTaken(Input kind, std::string_view text) {
   if (observer != nullptr && observer->taken != nullptr) observer->taken(kind, text);
 }
 
-/// True when a signal, and not the end of input, ended the last read: then it is to be read again.
+/// True if the last read was ended by a signal and not by the end of input, so that it has to be
+/// repeated.
 bool WasInterrupted() {
   if (std::ferror(stdin) == 0 || errno != EINTR) return false;
   std::clearerr(stdin);
@@ -106,13 +107,13 @@ std::optional<int> ParseNumber(const std::string& token) {
   return value;
 }
 
-/// First token of one line typed after the call, at most 19 characters. Nothing when the line was
-/// empty, too long or never came.
+/// First token of one line typed after the call, at most 19 characters. Empty if the line was
+/// empty, too long or missing.
 std::optional<std::string> ReadLineToken() {
   char line[20] = {};
   if (fgets_ex(line, sizeof line) != 0) {
     if (std::feof(stdin) != 0 || std::ferror(stdin) != 0) {
-      // A terminal can go on after Ctrl-D; a closed pipe must not keep a core busy.
+      // A terminal can continue after Ctrl-D; a closed pipe must not keep a core busy.
       std::clearerr(stdin);
       usleep(kClosedInputPauseUs);
     }
@@ -306,7 +307,7 @@ int _get_number_with_range(int* out, int min, int max, unsigned base) {
     std::printf("\nUnknown Input > %s", token->c_str());
     return -1;
   }
-  // Where a long has 32 bits, one that is too large reads as the largest.
+  // Where a long has 32 bits, a number that is too large reads as the largest one.
   if (errno == ERANGE || value < min || value > max) {
     std::printf("\n invalid inout > %s", token->c_str());
     return -1;

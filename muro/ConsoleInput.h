@@ -1,5 +1,5 @@
 // Everything that reads the console: menu choices, prompts, lines and keys. Standard input is
-// unbuffered (main sees to it), so that nothing is read ahead of what a routine asks for.
+// unbuffered (main makes it so), so that nothing is read ahead.
 #pragma once
 
 #include <cstddef>
@@ -9,10 +9,10 @@
 
 namespace console {
 
-/// What happens to the characters of a token behind the limit.
+/// What happens to the characters of a token after the limit.
 enum class Overlong {
-  kKeep,  // they are the next token
-  kDrop,  // they are read and forgotten
+  kKeep,  // they become the next token
+  kDrop,  // they are read and discarded
 };
 
 /// Prints a prompt as std::printf does. A recording of HAL calls has it with its answer.
@@ -25,8 +25,8 @@ void NotePrompt(std::string_view text);
 /// and the newline directly behind them. Returns nothing when the input ends before a token begins.
 std::optional<std::string> ReadToken(std::size_t limit, Overlong overlong);
 
-/// Reads the answer to a prompt, one token of any kind. When the input has ended, the handler of
-/// `SetEndOfInputHandler` is called and the program ends with status 1.
+/// Reads the answer to a prompt, one token of any kind. At the end of input the handler of
+/// `SetEndOfInputHandler` is called and the program exits with status 1.
 std::string ReadAnswer();
 
 /// Reads one whole line, without its newline; it may be empty. End of input as in `ReadAnswer`.
@@ -35,11 +35,11 @@ std::string ReadLine();
 /// Reads one key without echo and without waiting for Enter. End of input as in `ReadAnswer`.
 char ReadKey();
 
-/// Reads the answer to a prompt for a number: a decimal 32-bit integer. Anything else is dropped
-/// with a message and the read repeated. End of input as in `ReadAnswer`.
+/// Reads the answer to a prompt for a number: a decimal 32-bit integer. Anything else is discarded
+/// with a message and the read is repeated. End of input as in `ReadAnswer`.
 int ReadNumber();
 
-/// Prints `text` as it stands and reads a number (`ReadNumber`).
+/// Prints `text` unchanged and reads a number (`ReadNumber`).
 int AskNumber(const char* text);
 
 /// Prints `text` in blue and reads a number (`ReadNumber`).
@@ -49,39 +49,39 @@ int AskNumberInBlue(const char* text);
 enum class Input {
   kLine,  // for a token or a line
   kKey,   // for one key
-  kPoll,  // not at all: it looks whether a key was typed
+  kPoll,  // does not wait: checks whether a key was typed
 };
 
-/// Who wants to know when the console needs the operator. An empty function hears nothing.
+/// Callbacks for when the console needs the operator. A null function is not called.
 struct InputObserver {
-  /// Nothing was typed yet, and the console waits now. All output so far is on the terminal.
+  /// The console starts to wait and nothing was typed yet. All output so far is on the terminal.
   void (*waiting)(Input kind);
-  /// The console took `text`: a token, a line without its newline, or a key.
+  /// The console read `text`: a token, a line without its newline, or a key.
   void (*taken)(Input kind, std::string_view text);
 };
 
-/// Sets the one observer; a null pointer takes it away.
+/// Sets the only observer; null removes it.
 void SetInputObserver(const InputObserver* observer);
 
-/// Sets what is done when the input ends in a prompt, before the program ends: the frame counts and
-/// reports the running test there. A null pointer sets nothing.
+/// Sets the handler that is called at the end of input in a prompt, before the program exits: there
+/// the frame counts and reports the running test. Null removes it.
 void SetEndOfInputHandler(void (*handler)());
 
-/// Does what the handler does: for the program's other ends in the middle of a test.
+/// Calls that handler, for other exits of the program in the middle of a test.
 void GiveUpTest();
 
 }  // namespace console
 
-/// Number of bytes that wait on standard input, 0 when that cannot be told.
+/// Number of bytes waiting on standard input, 0 if it cannot be determined.
 int _kbhit();
 
 /// Reads one line into `dst` of `len` bytes, newline included. Whole lines typed before the call
-/// are thrown away. Returns 0; -1 at end of input, or with a message for a line longer than `len`
-/// - 2.
+/// are discarded. Returns 0; -1 at end of input, or with a message for a line longer than `len` -
+/// 2.
 int fgets_ex(char* dst, unsigned len);
 
 /// Parses all of `s` as an integer of base 8, 10, 16 or 32 (any other base: by C prefix). Returns 0
-/// and sets `*out`; -1, `*out` untouched, when a character is left over.
+/// and sets `*out`; -1, with `*out` unchanged, if a character is left over.
 int _str_to_long(const char* s, long* out, unsigned base);
 
 /// Waits for "y" (returns 1) or "n" (returns 0); asks again for anything else, end of input
@@ -92,14 +92,14 @@ int _get_yes_no();
 int _get_yes_no_with_text(const char* text);
 
 /// Reads one number of `base` (low byte, as in `_str_to_long`) from `min` to `max` into `*out`.
-/// Returns 0; -1 with a message for a wrong answer. Waits on while there is no answer.
+/// Returns 0; -1 with a message for an invalid answer. Waits until there is an answer.
 int _get_number_with_range(int* out, int min, int max, unsigned base);
 
-/// Prints `len` bytes as hexadecimal numbers and characters, 16 a row. `p` must be readable up to
+/// Prints `len` bytes as hexadecimal numbers and characters, 16 per row. `p` must be readable up to
 /// the next multiple of 16. Returns the result of the last `puts`.
 int dump_mem(const unsigned char* p, unsigned len);
 
-/// 1 when a key waits on standard input, else 0. Does not wait and does not take the key.
+/// 1 if a key waits on standard input, else 0. Does not wait and does not consume the key.
 int kbhit();
 
 /// Reads one key without echo and without waiting for Enter. Returns EOF at end of input.

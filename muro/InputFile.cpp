@@ -20,7 +20,7 @@ std::string Problem(const std::string& path) {
 }  // namespace
 
 int OpenInputFile(const std::string& path) {
-  // Without waiting, a pipe opens at once and can be looked at.
+  // Without waiting, a pipe opens immediately and can be examined.
   const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   struct stat status = {};
   if (fd < 0 || (fstat(fd, &status) == 0 && S_ISREG(status.st_mode))) return fd;

@@ -27,7 +27,7 @@ enum EN_MURO_MODULE : int32_t {
   EN_MURO_CM_AUTOTEST = 90,
   EN_MURO_RLINK = 95,
   EN_MURO_K2V_HAL_DEVICE = 96,
-  EN_MURO_MODULE_COUNT = 97,  // also: not registered
+  EN_MURO_MODULE_COUNT = 97,  // also means: not registered
 };
 
 class Module {
@@ -37,13 +37,13 @@ class Module {
   Module(const Module&) = delete;
   Module& operator=(const Module&) = delete;
 
-  /// Registers the module with the frame. Returns 1, or 0 when its id has no slot.
+  /// Registers the module with the frame. Returns 1, or 0 if its id has no slot.
   int DoInit();
 
   /// All tests of the module, in the order of its tables.
   std::span<const std::unique_ptr<TestCase>> Tests() const { return tests_; }
 
-  // The index-th test of a list, empty behind the last one. No bound check.
+  // The index-th test of a list, null after the last one. No bounds check.
   Case* GetSICHALDriverTestList(unsigned long index) const { return lists_[kHalDriver][index]; }
   Case* GetSICMediaPlayTestList(unsigned long index) const { return lists_[kMediaPlay][index]; }
   Case* GetSICSystemDriverTestList(unsigned long index) const {
@@ -59,8 +59,8 @@ class Module {
   }
   Case* GetRlinkModuleTestList(unsigned long index) const { return lists_[kRlink][index]; }
 
-  // Menu name and description a category, empty for a category that the module does not fill. The
-  // cross-module categories go by the names of the unit category.
+  // Menu name and description per category, null for a category without tests of the module. The
+  // cross-module categories use the names of the unit category.
   const char* getModuleHALDriverName() const { return labels_[kHalDriver].name; }
   const char* getModuleHALDriverDesc() const { return labels_[kHalDriver].description; }
   const char* getModuleMediaPlayName() const { return labels_[kMediaPlay].name; }
@@ -88,14 +88,14 @@ class Module {
     kTestListCount,
   };
 
-  /// What a concrete module's constructor does: sets the names of the category that `list` belongs
-  /// to, takes the id and makes one test of each record, in table order. `name`, `description` and
-  /// the records must live as long as the module.
+  /// Called by the constructors of concrete modules: sets the names of the category of `list`,
+  /// stores the id and creates one test per record, in table order. `name`, `description` and the
+  /// records must live as long as the module.
   void Declare(EN_MURO_MODULE id, TestList list, const char* name, const char* description,
                std::span<const ST_THAL_TEST_CASE_T> records);
 
-  /// Appends one test a record to a list. Records that no longer fit are left out: the last entry
-  /// stays empty, it ends the list.
+  /// Appends one test per record to a list. Records that do not fit are left out: the last entry
+  /// stays null because it ends the list.
   void AddTests(TestList list, std::span<const ST_THAL_TEST_CASE_T> records);
 
  private:

@@ -1,4 +1,4 @@
-// Tables of tests whose records are numbered through.
+// Tables of tests whose records are numbered consecutively.
 #pragma once
 
 #include <algorithm>

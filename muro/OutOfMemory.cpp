@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int kStatus = 99;
-// For the report's line, which is written when all other memory is taken.
+// Reserve for writing the report's line when all other memory is in use.
 constexpr std::size_t kReserveBytes = std::size_t{256} << 10;
 
 char* reserve = nullptr;

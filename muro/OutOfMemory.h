@@ -1,6 +1,6 @@
 // What happens when memory runs out.
 #pragma once
 
-/// From now on an allocation that fails ends the program: one line on standard error, the running
-/// test is reported as failed, and the exit status is that of a failed harness.
+/// From now on a failing allocation ends the program: it prints one line on standard error, reports
+/// the running test as failed and exits with the status of a failed harness.
 void EndWhenOutOfMemory();

@@ -13,9 +13,9 @@ namespace {
 
 unsigned shellFailures = 0;
 
-/// Whether there was a shell, by what `system` returned. Sets errno when there was none.
+/// True if a shell was started, judged by the return value of `system`. Sets errno if not.
 bool WasStarted(int status) {
-  // Where children are not waited for, the command's status is lost and nothing else.
+  // Where children are not waited for, only the command's status is lost.
   if (status == -1) return errno == ECHILD;
   const bool nothingWasFound = WIFEXITED(status) && WEXITSTATUS(status) == 127;
   return !nothingWasFound || access(_PATH_BSHELL, X_OK) == 0;

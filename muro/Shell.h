@@ -1,13 +1,13 @@
-// Commands that the harness gives to the board's shell.
+// Commands that the harness runs in the board's shell.
 #pragma once
 
 #include <string>
 
-/// Runs `command` in a shell, with everything printed so far on the console before it. A shell that
-/// cannot be started is reported in one line and counted. Returns whether the command ended with
-/// exit status 0; most callers do not ask.
+/// Runs `command` in a shell after flushing everything printed so far to the console. A shell that
+/// cannot be started is reported in one line and counted. Returns whether the command exited with
+/// status 0; most callers ignore it.
 bool RunShell(const char* command);
 bool RunShell(const std::string& command);
 
-/// How often a shell could not be started so far. What a test does then was not all done.
+/// How often a shell could not be started so far. The tests concerned were not fully executed.
 unsigned ShellFailures();

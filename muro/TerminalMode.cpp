@@ -10,7 +10,7 @@
 
 namespace {
 
-// Read in signal handlers, on whatever thread the signal comes to.
+// Read in signal handlers, on whatever thread receives the signal.
 std::atomic<const TerminalMode*> current{nullptr};
 static_assert(std::atomic<const TerminalMode*>::is_always_lock_free);
 
@@ -20,7 +20,7 @@ constexpr int kEndingOrStopping[] = {SIGINT,  SIGQUIT, SIGTERM, SIGHUP, SIGTSTP,
 void Handle(int signal, void (*handler)(int)) {
   struct sigaction before = {};
   sigaction(signal, nullptr, &before);
-  // What somebody else ignores or handles is theirs.
+  // Leave signals alone that somebody else ignores or handles.
   if ((before.sa_flags & SA_SIGINFO) != 0 || before.sa_handler != SIG_DFL) return;
   struct sigaction action = {};
   action.sa_handler = handler;
@@ -58,8 +58,8 @@ void TerminalMode::GiveBack() {
   if (const TerminalMode* mode = current.exchange(nullptr)) mode->SetBack();
 }
 
-/// Sets back, and lets the signal do what it does to programs: this returns when it only stopped
-/// the program and that goes on.
+/// Restores the terminal and lets the signal take its default action: returns if the signal only
+/// stopped the program and the program was continued.
 void TerminalMode::LetSignalAct(int signal) {
   const int error = errno;
   const TerminalMode* mode = current;
@@ -80,7 +80,7 @@ void TerminalMode::LetSignalAct(int signal) {
   errno = error;
 }
 
-/// The shell has used the terminal meanwhile.
+/// Meanwhile the shell has used the terminal.
 void TerminalMode::GoOn(int) {
   const int error = errno;
   if (const TerminalMode* mode = current) mode->Change();

@@ -1,11 +1,12 @@
-// Terminal modes that do not outlive the program or the moment for which they are set.
+// Terminal modes that are restored at the end of their scope or of the program.
 #pragma once
 
 #include <termios.h>
 
-/// Changes standard input for the life of this object: clears local modes of the terminal, where it
-/// is one, and adds flags of its open file. A signal that ends or stops the program meanwhile finds
-/// all set back; when the program goes on, the change is made again. One object at a time.
+/// Changes standard input for the lifetime of this object: clears local modes of the terminal, if
+/// it is one, and adds flags of its open file. Before a signal ends or stops the program,
+/// everything is restored; when the program continues, the change is made again. One object at a
+/// time.
 class TerminalMode {
  public:
   explicit TerminalMode(tcflag_t clearedModes, int addedFlags = 0);

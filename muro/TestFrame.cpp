@@ -93,7 +93,7 @@ int TestFrame::RegistTestModule(Module* module, EN_MURO_MODULE id) {
   unsigned long playbackCount = 0;
   for (int i = 0; i < kCategoryCount; ++i) {
     const auto category = static_cast<Category>(i);
-    // The auto-test list is read on from where the playback list ended.
+    // The auto-test list continues where the playback list ended.
     const unsigned long first = category == kAutoTest ? playbackCount : 0;
     const unsigned long end = RegisterList(*module, id, category, first);
     if (category == kPlayback) playbackCount = end;
@@ -101,7 +101,7 @@ int TestFrame::RegistTestModule(Module* module, EN_MURO_MODULE id) {
   return 1;
 }
 
-/// Returns the index at which the list ended, 0 for a list that the module does not fill.
+/// Returns the index at which the list ended, 0 for a list without tests of the module.
 unsigned long TestFrame::RegisterList(const Module& module, EN_MURO_MODULE id, Category category,
                                       unsigned long first) {
   const CategoryRow& row = kCategories[category];
@@ -135,7 +135,7 @@ void TestFrame::AttachModules() {
   }
 }
 
-/// A unit node sits in three menus; the last one it is added to is its parent.
+/// A unit node is in three menus; the menu that it is added to last is its parent.
 void TestFrame::AttachUnitNode(ModuleCase* node) {
   if (node == nullptr) return;
   auto* wrapper = new ModuleCase(kAutoRunByModule, node->getName());

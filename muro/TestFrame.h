@@ -1,4 +1,5 @@
-// The frame: registry of the test modules, the menu tree made from it, and the menu loop's steps.
+// The frame: registry of the test modules, the menu tree built from it, and the steps of the menu
+// loop.
 #pragma once
 
 #include <cstddef>
@@ -8,23 +9,23 @@
 
 class TestFrame {
  public:
-  /// The one instance, created on first use and never destroyed.
+  /// The single instance, created on first use and never destroyed.
   static TestFrame* GetInstance();
 
   /// Initialises every module of the module list and builds the menu tree. Called once.
   void DoInit();
 
-  /// Makes one menu node for each test list that the module fills. Returns 1, or 0 when `id` has no
+  /// Creates one menu node per non-empty test list of the module. Returns 1, or 0 if `id` has no
   /// slot.
   int RegistTestModule(Module* module, EN_MURO_MODULE id);
 
-  /// Prints the current menu with its head, its foot and the prompt.
+  /// Prints the current menu with its header, its footer and the prompt.
   void PrintMenu();
 
-  /// Reads and follows one choice. Returns 1 to go on, 0 to quit.
+  /// Reads one choice and follows it. Returns 1 to continue, 0 to quit.
   int EnterMenu();
 
-  /// The menu that is shown, empty before `DoInit` and after the operator quit.
+  /// The current menu, null before `DoInit` and after the operator has quit.
   Case* getCurrentMenu() const { return current_; }
 
  private:

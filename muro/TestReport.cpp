@@ -21,7 +21,7 @@ constexpr char kUndefinedResultText[] = "----";
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-/// Opens without a buffer: what cannot be written is not tried again later.
+/// Opens the file unbuffered, so that a failed write is not repeated later.
 File Open(const char* path, const char* mode) {
   File file(path == nullptr ? nullptr : std::fopen(path, mode), &std::fclose);
   if (file) std::setvbuf(file.get(), nullptr, _IONBF, 0);
@@ -32,13 +32,13 @@ const char* ResultText(int result) {
   return result == 0 || result == 1 ? kResultText[result] : kUndefinedResultText;
 }
 
-/// Writes everything to the disk's buffers; false when any byte did not get there.
+/// Flushes everything to the operating system; false if any byte was not written.
 bool Write(std::FILE* file, const std::string& text) {
   return std::fwrite(text.data(), 1, text.size(), file) == text.size();
 }
 
-/// Puts a footer where the last one was when the disk had no room for more: the lines so far stay
-/// as they are, and the next one has its place.
+/// Restores the footer after the disk was full: the existing lines stay as they are, and there is
+/// room for the next one.
 void PutFooterBack(std::FILE* file, long begin) {
   std::clearerr(file);
   if (std::fseek(file, begin, SEEK_SET) == 0 &&
@@ -49,7 +49,7 @@ void PutFooterBack(std::FILE* file, long begin) {
   std::puts("The footer of the report is lost");
 }
 
-/// The report that belongs to this process alone, as it was left last.
+/// The report that only this process may write, as this process last left it.
 struct OwnReport {
   dev_t device;
   ino_t file;
@@ -67,14 +67,14 @@ std::string LastFooter(std::FILE* file) {
   return footer;
 }
 
-/// Takes the file as it is now for what this process left.
+/// Records the present state of the file as the one that this process left.
 void NoteOwn(std::FILE* file) {
   struct stat status = {};
   fstat(fileno(file), &status);
   ownReport = {status.st_dev, status.st_ino, status.st_size, LastFooter(file)};
 }
 
-/// True also where the report is not kept for this process alone.
+/// True as well if the report is not reserved for this process.
 bool IsAsLeft(std::FILE* file) {
   struct stat status = {};
   if (!ownReport) return true;
@@ -83,7 +83,7 @@ bool IsAsLeft(std::FILE* file) {
          LastFooter(file) == ownReport->footer;
 }
 
-/// True when the file has `text` at `begin` and nothing behind it.
+/// True if the file has `text` at `begin` and nothing after it.
 bool IsThere(std::FILE* file, long begin, const std::string& text) {
   std::string found(text.size() + 1, '\0');
   if (std::fseek(file, begin, SEEK_SET) != 0) return false;
@@ -142,8 +142,8 @@ bool AppendTestLine(const TestLine& line) {
   }
   std::string text = FormatTestLine(line) + '\n';
   const bool positioned = std::fseek(file.get(), -kFooterBytes, SEEK_END) == 0;
-  // A file shorter than a footer was cut by somebody else: it gets a whole footer again, so that
-  // the next line has its place.
+  // A file shorter than a footer was truncated by somebody else: it gets a complete footer again,
+  // which the next line overwrites.
   if (!positioned) text.clear();
   const long begin = std::ftell(file.get());
   text += FormatFooter(testCounters, '#');

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-/// Test runs of this process so far. Never reset.
+/// Counts of the tests that this process has run so far. Never reset.
 struct TestCounters {
   int32_t total = 0;
   int32_t pass = 0;
@@ -17,12 +17,12 @@ inline TestCounters testCounters;
 namespace report {
 
 inline constexpr std::size_t kLineWidth = 136;
-/// Six lines with their newlines: what the next test line overwrites.
+/// Six lines with their newlines, which the next test line overwrites.
 inline constexpr long kFooterBytes = 6 * (kLineWidth + 1);
 
-/// One test run, as its line shows it.
+/// One test run as shown in its line.
 struct TestLine {
-  const char* menu;  // name of the menu that holds the test
+  const char* menu;  // name of the menu that contains the test
   int32_t id;
   const char* name;
   const char* description;
@@ -41,18 +41,19 @@ std::string FormatTotals(const TestCounters& counters);
 /// The six footer lines with their newlines; `separator` fills the first one.
 std::string FormatFooter(const TestCounters& counters, char separator);
 
-/// Writes the test's line over the footer of the report file and a new footer behind it. A file
-/// that cannot be opened or written is reported on the console; the result is false then, and also
-/// where a report of `StartOwn` is not as this process left it.
+/// Overwrites the footer of the report file with the test's line and appends a new footer. A file
+/// that cannot be opened or written is reported on the console. Returns false in that case, and
+/// also if a report of `StartOwn` is not as this process left it.
 bool AppendTestLine(const TestLine& line);
 
-/// As `printReport`, with a file that no other run has or gets: one of this second when there is
-/// none yet, otherwise of the next second that is free. From then on nothing is written into it
-/// when anybody else did. The result is false when there is no such file.
+/// As `printReport`, with a file that no other run uses: the file of the current second if it does
+/// not exist yet, otherwise that of the next free second. From then on the file is not written if
+/// anybody else has written to it. Returns false if no such file can be created.
 bool StartOwn();
 
 }  // namespace report
 
 /// Creates the report file with its header and a footer of zero totals. Called once, before the
-/// first menu. A file that cannot be written is reported on the console; the result is false then.
+/// first menu. A file that cannot be written is reported on the console; returns false in that
+/// case.
 bool printReport();

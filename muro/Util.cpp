@@ -10,7 +10,7 @@ namespace {
 char reportPath[320] = "";
 std::time_t reportTime = 0;
 
-/// Names the report after `time`. False when the local time cannot be had.
+/// Names the report after `time`. False if the local time is not available.
 bool NameReport(std::time_t time) {
   const std::tm* local = std::localtime(&time);
   if (local == nullptr) return false;

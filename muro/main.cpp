@@ -19,7 +19,7 @@ int OpenConsole() {
   return 0;
 }
 
-// Before the HAL library opens anything, which it does while it is loaded.
+// Runs before the HAL library is initialised, because that already opens files.
 __attribute__((section(".preinit_array"),
                used)) void (*const openStandardStreams)() = runner::OpenStandardStreams;
 
@@ -27,7 +27,7 @@ __attribute__((section(".preinit_array"),
 
 int main(int argc, char** argv) {
   EndWhenOutOfMemory();
-  // Nothing may be read ahead of what a prompt asks for: tests look at the terminal themselves.
+  // Nothing may be read ahead of a prompt: some tests read the terminal directly.
   std::setvbuf(stdin, nullptr, _IONBF, 0);
   return runner::Main({argv + std::min(argc, 1), argv + argc}, OpenConsole);
 }

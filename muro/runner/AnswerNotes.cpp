@@ -20,7 +20,7 @@ AnswerNotes::AnswerNotes(const std::string& key, Listener listener)
                      Taken(kind, testId, text);
                    },
                    {},
-                   // The menu's question is no part of what the test asks.
+                   // The menu's question is not part of the test's output.
                    [this] { Forget(); }}) {}
 
 void AnswerNotes::Printed(std::string_view text) {

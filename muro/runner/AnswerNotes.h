@@ -1,4 +1,4 @@
-// What an operator answers, written down.
+// Writes the operator's answers down.
 #pragma once
 
 #include <functional>
@@ -9,22 +9,22 @@
 
 namespace runner {
 
-/// Reads the marked output of a console (`MarkSession`) and makes a line of a file of answers from
-/// every answer given in a test.
+/// Reads the marked output of a console (`MarkSession`) and turns every answer given in a test into
+/// one line of an answer file.
 class AnswerNotes {
  public:
   struct Listener {
     /// What the console printed, without the marks.
     std::function<void(std::string_view text)> printed;
-    /// A line of a file of answers, with its newline.
+    /// A line of an answer file, with its newline.
     std::function<void(const std::string& line)> noted;
   };
 
   AnswerNotes(const std::string& key, Listener listener);
 
-  /// Takes the next bytes of output.
+  /// Processes the next bytes of output.
   void Read(std::string_view output) { marks_.Read(output); }
-  /// Nothing more comes.
+  /// Signals the end of the output.
   void End() { marks_.End(); }
 
  private:

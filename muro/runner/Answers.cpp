@@ -11,12 +11,12 @@ namespace {
 constexpr std::string_view kKeys = "keys ";
 constexpr char kAllowed[] =
     "; expected TEST-GLOB, PROMPT-GLOB and ANSWER (or keys KEYS), separated by tabs";
-// What a test printed since the last answer can be long; a prompt stands at its end.
+// The output since the last answer can be long; the prompt is at its end.
 constexpr std::size_t kLongestPrompt = 4096;
 constexpr std::size_t kShownText = 80;
 constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 
-/// Adds one line's rule. Returns what is wrong, empty when all is well.
+/// Adds the rule of one line. Returns an error, empty on success.
 std::string AddRule(const std::string& line, int number, std::vector<AnswerRule>& rules) {
   const std::vector<std::string> fields = Split(line, '\t');
   if (fields.size() != 3 || fields[0].empty() || fields[1].empty()) {
@@ -40,8 +40,8 @@ std::string AddRule(const std::string& line, int number, std::vector<AnswerRule>
   return "";
 }
 
-/// True when the glob matches `prompt` or a part of it from a line's beginning to the end, with or
-/// without the blanks that the line begins with.
+/// True if the glob matches `prompt` or a suffix of it that starts at the beginning of a line, with
+/// or without the leading blanks of that line.
 bool MatchesPrompt(const std::string& glob, std::string_view prompt) {
   for (;;) {
     if (MatchesGlob(glob, std::string(prompt)) || MatchesGlob(glob, std::string(Trimmed(prompt))))
@@ -85,7 +85,7 @@ std::string CheckAnswers(const std::string& path, const std::vector<AnswerRule>&
 std::string FormatAnswer(const std::string& testId, const std::string& prompt,
                          const Answer& answer) {
   const std::string promptGlob = prompt.empty() ? "*" : GlobOf(prompt);
-  // A line that begins like keys keeps its meaning with its first letter escaped.
+  // Escaping the first letter keeps a line that begins with "keys " from being read as keys.
   std::string text = Escaped(answer.text);
   if (!answer.keys && text.starts_with(kKeys)) text.replace(0, 1, "\\x6b");
   if (answer.keys) text.insert(0, kKeys);

@@ -1,10 +1,10 @@
 // The operator as data: which answer is typed at which prompt of which test.
 //
-// A file has one rule a line: test, prompt and answer, with tabs between. Test and prompt are
-// globs; the prompt's glob is held against everything printed since the last answer, and against
-// its last lines. An answer is a line to type, or "keys " and the keys. Rules of the same two globs
-// are a sequence, whose last answer repeats; otherwise the rule that comes first in the file holds.
-// Empty lines and lines that begin with # do not count. Backslashes as in `Escaped`.
+// A file has one rule per line: test, prompt and answer, separated by tabs. Test and prompt are
+// globs; the prompt's glob is matched against everything printed since the last answer, and against
+// its last lines. An answer is a line to type, or "keys " and the keys. Rules with the same two
+// globs form a sequence, whose last answer repeats; otherwise the first match in the file wins.
+// Empty lines and lines that begin with # are ignored. Backslashes as in `Escaped`.
 #pragma once
 
 #include <map>
@@ -26,21 +26,21 @@ struct Answer {
 struct AnswerRule {
   std::string testGlob;
   std::string promptGlob;
-  std::vector<Answer> answers;  // in sequence, at least one
-  int line = 0;                 // of the file, where it stands first
+  std::vector<Answer> answers;  // in order, at least one
+  int line = 0;                 // of its first line in the file
 };
 
-/// Reads a file of answers into `rules`. Returns an error in one line, empty when all is well.
+/// Reads a file of answers into `rules`. Returns a one-line error, empty on success.
 std::string LoadAnswers(const std::string& path, std::vector<AnswerRule>& rules);
 
-/// Holds rules against the tests. Returns an error in one line, with the rule's line in `path`, for
-/// a rule whose glob matches no test at all; puts such a line into `warnings` for each rule that
-/// matches none of `selected`.
+/// Checks the rules against the tests. Returns a one-line error, with the rule's line in `path`,
+/// for a rule whose glob matches no test at all; appends such a line to `warnings` for each rule
+/// that matches none of `selected`.
 std::string CheckAnswers(const std::string& path, const std::vector<AnswerRule>& rules,
                          const std::vector<TestEntry>& all, const std::vector<TestEntry>& selected,
                          std::vector<std::string>& warnings);
 
-/// One line of such a file, with its newline, that gives this answer at this prompt.
+/// The line of an answer file, with its newline, that gives this answer at this prompt.
 std::string FormatAnswer(const std::string& testId, const std::string& prompt,
                          const Answer& answer);
 
@@ -49,8 +49,8 @@ class AnswerScript {
  public:
   AnswerScript(const std::vector<AnswerRule>& rules, const TestEntry& entry);
 
-  /// The bytes to type when the console waits, with `printed` since the last answer; nothing when
-  /// no rule fits. Only keys are typed where a key is waited for.
+  /// The bytes to type when the console waits, with `printed` since the last answer; nothing if no
+  /// rule matches. Where the console waits for a key, only keys are typed.
   std::optional<std::string> Next(std::string_view printed, console::Input kind);
 
  private:

@@ -21,7 +21,7 @@ std::size_t RoundedUp(std::size_t size, std::size_t alignment) {
   return (size + alignment - 1) / alignment * alignment;
 }
 
-/// The first bytes of the build id in a segment of notes, in hexadecimal; empty without one.
+/// The first bytes of the build id in a note segment, in hexadecimal; empty if there is none.
 std::string IdIn(std::string_view notes, std::size_t alignment) {
   ElfW(Nhdr) head = {};
   while (notes.size() >= sizeof head) {

@@ -30,7 +30,7 @@ std::vector<char*> Pointers(const std::vector<std::string>& words) {
   return pointers;
 }
 
-/// This program's environment with `settings` in it.
+/// This program's environment with `settings` added.
 std::vector<std::string> EnvironmentWith(const std::vector<std::string>& settings) {
   std::vector<std::string> all = settings;
   for (char** entry = environ; *entry != nullptr; ++entry) {
@@ -44,7 +44,7 @@ std::vector<std::string> EnvironmentWith(const std::vector<std::string>& setting
   return all;
 }
 
-/// Starts the command with its output into a pipe. Returns an error number.
+/// Starts the command with its output connected to a pipe. Returns an error number.
 int Start(const std::vector<std::string>& words, const std::vector<std::string>& environment,
           int output, pid_t& pid) {
   posix_spawn_file_actions_t actions;
@@ -66,7 +66,7 @@ int Start(const std::vector<std::string>& words, const std::vector<std::string>&
   return error;
 }
 
-/// Adds what is there to read. False at the end of the output.
+/// Appends the available output. False at the end of the output.
 bool ReadSome(int from, int waitMs, std::string& output) {
   pollfd poller = {from, POLLIN, 0};
   if (poll(&poller, 1, waitMs) <= 0) return true;
@@ -76,7 +76,7 @@ bool ReadSome(int from, int waitMs, std::string& output) {
   return got > 0 || (got < 0 && errno == EINTR);
 }
 
-/// Reads until the command has ended, whoever else still holds its output.
+/// Reads until the command has ended, even if other processes still hold its output open.
 CommandEnd Await(pid_t pid, int from, double limitS, bool (*interrupted)()) {
   CommandEnd end;
   const auto start = Clock::now();
@@ -100,7 +100,7 @@ CommandEnd Await(pid_t pid, int from, double limitS, bool (*interrupted)()) {
     before = end.output.size();
     open = ReadSome(from, 0, end.output);
   }
-  kill(-pid, SIGKILL);  // what it left behind would hold our descriptors
+  kill(-pid, SIGKILL);  // its leftover processes would hold our descriptors
   end.kind = WIFEXITED(status) ? CommandEnd::kExited : CommandEnd::kSignalled;
   end.value = WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
   return end;

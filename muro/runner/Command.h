@@ -1,4 +1,4 @@
-// Other programs that the runner asks something, with a limit.
+// External programs that the runner consults, with a time limit.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace runner {
 
-/// How a command ended, and what it wrote to its standard output.
+/// How a command ended and what it wrote to its standard output.
 struct CommandEnd {
   enum Kind { kExited, kSignalled, kTimedOut, kInterrupted, kNotStarted };
   Kind kind = kNotStarted;
@@ -14,14 +14,15 @@ struct CommandEnd {
   std::string output;
 
   bool Succeeded() const { return kind == kExited && value == 0; }
-  /// How it ended, for people, such as "exit status 1"; `limitS` is the limit that it had.
+  /// How it ended, for people, such as "exit status 1"; `limitS` is the limit that it was given, in
+  /// seconds.
   std::string Text(double limitS) const;
 };
 
-/// Runs `words`, found through PATH, in a process group of its own and without input, with the
-/// settings `environment` ("NAME=value") beside those of this program. Waits at most `limitS`
-/// seconds (0: as long as it takes), and only while `interrupted` gives false; what is left of the
-/// group at the end is killed.
+/// Runs `words`, found through PATH, in a separate process group and without input, with the
+/// settings `environment` ("NAME=value") added to the environment of this program. Waits at most
+/// `limitS` seconds (0: no limit), and only while `interrupted` returns false; processes left in
+/// the group at the end are killed.
 CommandEnd RunCommand(const std::vector<std::string>& words,
                       const std::vector<std::string>& environment, double limitS,
                       bool (*interrupted)() = nullptr);

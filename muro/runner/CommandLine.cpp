@@ -49,8 +49,8 @@ int Print(const std::string& text) {
   return WriteAll(STDOUT_FILENO, text) ? kAllPassed : kHarnessFailed;
 }
 
-/// Where an output is standard output, that is for it alone: everything else goes to standard
-/// error. Returns the descriptor behind "-".
+/// An output that goes to standard output must be alone there: everything else is redirected to
+/// standard error. Returns the descriptor for "-".
 int SeparateOutput(const Options& options) {
   const bool isTaken = std::ranges::find(options.outputs, "-") != options.outputs.end() ||
                        options.events == "-" || options.strip == "-";
@@ -67,7 +67,7 @@ std::vector<TestEntry> TestsOfFrame() {
   return AllTests();
 }
 
-/// Leaves only the suspect tests of an earlier run.
+/// Keeps only the suspect tests of an earlier run.
 std::string KeepSuspects(const std::string& directory, std::vector<TestEntry>& tests) {
   RunHead head;
   std::vector<JournalEntry> entries;
@@ -80,7 +80,7 @@ std::string KeepSuspects(const std::string& directory, std::vector<TestEntry>& t
   return problem;
 }
 
-/// Selects of `all` as the options say. Returns an error, empty when all is well.
+/// Selects from `all` according to the options. Returns an error, empty on success.
 std::string SelectTests(const Options& options, const std::vector<TestEntry>& all,
                         std::vector<TestEntry>& tests) {
   std::string unmatched;
@@ -95,13 +95,13 @@ std::string SelectTests(const Options& options, const std::vector<TestEntry>& al
   return problem;
 }
 
-/// What a run works with.
+/// Everything that a run needs.
 struct Prepared {
   std::vector<TestEntry> tests;
   std::vector<AnswerRule> rules;
 };
 
-/// Returns an error, empty when all is well.
+/// Returns an error, empty on success.
 std::string Prepare(const Options& options, const std::vector<TestEntry>& all, Prepared& run) {
   std::string problem = SelectTests(options, all, run.tests);
   if (problem.empty()) problem = CheckFiles(options);
@@ -132,7 +132,7 @@ bool StartReport() {
   return started;
 }
 
-/// What the operator says of the run, and which part of one it is.
+/// The operator's labels of the run, its shard, and the run that it retries.
 std::vector<Label> LabelsOf(const Options& options) {
   std::vector<Label> labels = options.labels;
   if (options.shard.of > 1) labels.push_back({"shard", options.shard.Text()});
@@ -140,7 +140,7 @@ std::vector<Label> LabelsOf(const Options& options) {
   return labels;
 }
 
-/// Runs what is selected; `earlier` is what the journal of a resumed run tells.
+/// Runs the selected tests; `earlier` is the content of the journal of a resumed run.
 int Execute(const Options& options, Prepared run, ResultDirectory& directory,
             const std::vector<JournalEntry>& earlier, bool resumed) {
   const int standardOutput = SeparateOutput(options);
@@ -186,7 +186,7 @@ int Run(const Options& options, const std::vector<std::string>& words) {
   return Execute(options, std::move(run), directory, {}, false);
 }
 
-/// The journal's own command line says what is run and where results go.
+/// The command line in the journal defines what is run and where the results go.
 int Resume(const Options& asked) {
   const std::vector<TestEntry> all = TestsOfFrame();
   NoteForeignDescriptors();
@@ -237,7 +237,7 @@ int Main(const std::vector<std::string>& words, const std::function<int()>& cons
     case Mode::kResume:
       return Resume(options);
     case Mode::kVerify:
-      std::signal(SIGPIPE, SIG_IGN);  // results are written to their end, whoever reads the report
+      std::signal(SIGPIPE, SIG_IGN);  // results are completed even if nobody reads the report
       return VerifyDumps(options, SeparateOutput(options));
     case Mode::kInteractive:
       break;

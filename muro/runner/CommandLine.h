@@ -1,4 +1,4 @@
-// What the program does with arguments.
+// What the program does with its arguments.
 #pragma once
 
 #include <functional>
@@ -7,7 +7,7 @@
 
 namespace runner {
 
-/// Does what the arguments say and returns the exit status; `console` is the interactive program.
+/// Acts on the arguments and returns the exit status; `console` is the interactive program.
 int Main(const std::vector<std::string>& words, const std::function<int()>& console);
 
 }  // namespace runner

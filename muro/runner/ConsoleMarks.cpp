@@ -20,7 +20,7 @@ constexpr char kRemark = '#';
 constexpr char kFinding = '*';
 constexpr char kAttachment = '+';
 constexpr std::size_t kLongestMark = 16384;
-constexpr std::size_t kAttachedPart = 3072;  // a byte becomes at most four
+constexpr std::size_t kAttachedPart = 3072;  // escaping makes a byte at most four
 
 std::string markBegin;
 
@@ -31,7 +31,7 @@ std::string BeginOf(const std::string& key) {
 void Write(const std::string& body) {
   const std::string mark = markBegin + body + std::string(kEnd);
   std::fflush(stdout);
-  // While keys are looked for the terminal does not block, and half a mark is none.
+  // While a test polls for keys the terminal is non-blocking, and a partial mark is useless.
   WriteAll(STDOUT_FILENO, mark);
 }
 
@@ -59,7 +59,7 @@ void WriteFinding(const std::string& json) {
   Write(kFinding + Escaped(json));
 }
 
-/// A long file goes in parts.
+/// A long file is sent in parts.
 void WriteAttachment(const std::string& name, const std::string& content) {
   std::string_view rest = content;
   do {
@@ -80,7 +80,7 @@ void WriteBegin(const TestCase&) {
 constexpr console::InputObserver kWaitingObserver = {WriteWaiting, nullptr};
 constexpr console::InputObserver kFullObserver = {WriteWaiting, WriteTaken};
 
-/// Length of the longest end of `text` that is a beginning of `word`.
+/// Length of the longest suffix of `text` that is a prefix of `word`.
 std::size_t BegunLength(std::string_view text, std::string_view word) {
   std::size_t length = std::min(text.size(), word.size() - 1);
   while (!text.ends_with(word.substr(0, length))) --length;

@@ -1,5 +1,5 @@
-// Marks in a test's console output that tell the runner when it needs the operator, and what it
-// remarks. They travel with the output, so it is exact what was printed before.
+// Marks in a test's console output that report to the runner when the test needs the operator, and
+// its remarks. They travel in the output itself, so their position in it is exact.
 #pragma once
 
 #include <functional>
@@ -10,18 +10,18 @@
 
 namespace runner {
 
-/// A text that no test prints by chance, new at every call.
+/// A text that no test prints by chance, different in every call.
 std::string MakeMarkKey();
 
-/// From now on this process marks its standard output where it waits for input, and puts remarks,
-/// findings and files of tests into it.
+/// From now on this process marks the places in its standard output where it waits for input, and
+/// writes the remarks, findings and files of tests into it.
 void MarkWaiting(const std::string& key);
 
-/// As `MarkWaiting`, and marks where a test begins, and what was typed, with the id of the test
-/// that took it.
+/// As `MarkWaiting`, and also marks the beginning of tests and the typed input, with the id of the
+/// test that read it.
 void MarkSession(const std::string& key);
 
-/// Takes marked output apart.
+/// Separates marks from output.
 class MarkReader {
  public:
   struct Listener {
@@ -38,9 +38,9 @@ class MarkReader {
 
   MarkReader(const std::string& key, Listener listener);
 
-  /// Takes the next bytes of output. An unfinished mark is kept for the next ones.
+  /// Processes the next bytes of output. An incomplete mark is kept until more bytes arrive.
   void Read(std::string_view bytes);
-  /// Nothing more comes: hands out what was kept.
+  /// Signals the end of the output: passes on what was kept.
   void End();
 
  private:

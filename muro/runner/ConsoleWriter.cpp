@@ -41,7 +41,8 @@ void ConsoleWriter::RunStarted(std::size_t tests) {
   start_ = std::chrono::steady_clock::now();
 }
 
-/// Done, failed, left and the time that is left, on a line that is written over again and again.
+/// Numbers of done, failed and remaining tests and the remaining time, on a line that is
+/// overwritten.
 void ConsoleWriter::TestStarted(const PlannedTest& test) {
   if (!isTerminal_ || verbose_) return;
   const std::size_t done = test.number - 1;
@@ -78,7 +79,7 @@ void ConsoleWriter::RunEnded(const Totals& totals) {
   Print(totals.Text() + ", " + SecondsText(totals.seconds) + " s\n");
 }
 
-/// Past the buffer of the file, which loses text where a write would have to wait.
+/// Bypasses the buffer of the file, which loses text if a write would have to wait.
 void ConsoleWriter::Print(const std::string& text) const {
   WriteAll(fd_, text);
 }

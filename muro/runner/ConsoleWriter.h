@@ -1,4 +1,4 @@
-// The runner's own words for a person: a line a test, a progress line on terminals, the totals.
+// The runner's own output for people: one line per test, a progress line on terminals, the totals.
 #pragma once
 
 #include <chrono>
@@ -20,7 +20,7 @@ class ConsoleWriter : public RunListener {
   void TestPrinted(const std::string& text) override;
   void TestEnded(const TestResult& result) override;
   void RunEnded(const Totals& totals) override;
-  /// A console that is gone spoils no results.
+  /// A lost console does not invalidate the results.
   bool Good() const override { return true; }
 
  private:
@@ -33,7 +33,7 @@ class ConsoleWriter : public RunListener {
   bool inColor_;
   bool verbose_;
   bool progressShown_ = false;
-  bool midLine_ = false;  // a test's output did not end its line
+  bool midLine_ = false;  // the last output of a test did not end with a newline
   std::size_t planned_ = 0;
   Totals totals_;
   std::size_t timed_ = 0;  // tests that ran in this process

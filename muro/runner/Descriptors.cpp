@@ -20,7 +20,7 @@ bool IsOpen(int fd) {
   return fcntl(fd, F_GETFD) != -1;
 }
 
-/// All open descriptors behind the standard streams.
+/// All open descriptors except the standard streams.
 std::vector<int> OpenDescriptors() {
   std::vector<int> open;
   if (DIR* directory = opendir("/proc/self/fd")) {
@@ -41,7 +41,7 @@ std::vector<int> OpenDescriptors() {
 
 void OpenStandardStreams() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-    // The lowest free number is taken, which is this one.
+    // `open` returns the lowest free number, which is this one.
     if (!IsOpen(fd)) open("/dev/null", O_RDWR);
   }
 }

@@ -1,21 +1,21 @@
-// Which open files belong to whom: those of the runner are no business of a test.
+// Ownership of open files: tests must not inherit those of the runner.
 #pragma once
 
 #include <initializer_list>
 
 namespace runner {
 
-/// Puts /dev/null in the place of standard streams that are closed, so that no file opened later
-/// gets what is meant for the console. To be called before libraries are initialised, so it uses
-/// nothing of them but system calls.
+/// Opens /dev/null for standard streams that are closed, so that no file opened later receives
+/// output meant for the console. To be called before libraries are initialised, so it uses system
+/// calls only.
 void OpenStandardStreams();
 
-/// What is open now was opened by the HAL and its libraries, and tests inherit it. What is opened
-/// later is the runner's.
+/// Notes the descriptors that are open now: the HAL and its libraries opened them, and tests
+/// inherit them. Those opened later belong to the runner.
 void NoteForeignDescriptors();
 
-/// In a process for a test: closes what the runner opened, but for `kept` and the standard streams.
-/// Closes nothing where `NoteForeignDescriptors` was not called.
+/// In a process for a test: closes the runner's files except `kept` and the standard streams.
+/// Closes nothing if `NoteForeignDescriptors` was not called.
 void CloseDescriptorsOfRunner(std::initializer_list<int> kept);
 
 }  // namespace runner

@@ -48,7 +48,7 @@ bool Unpack(const std::string& archive, const std::string& directory) {
   return RunCommand({"tar", "-xzf", archive, "-C", directory}, {}, 0).Succeeded();
 }
 
-/// The test case by number, name or both; nothing when there is none.
+/// The test case by number, name or both; nothing if not found.
 std::optional<CM_TestCase> FindBuiltIn(const std::string& name) {
   for (const CM_TestCase& testCase : BuiltInTestCases()) {
     if (testCase.type == kUnknownTestCase) continue;
@@ -59,8 +59,8 @@ std::optional<CM_TestCase> FindBuiltIn(const std::string& name) {
   return std::nullopt;
 }
 
-/// Dumps and golden data of one test case, and what comparing them found. Nothing but the two
-/// directories is read.
+/// Dumps and golden data of one test case, and the result of their comparison. Reads nothing but
+/// the two directories.
 class Verification {
  public:
   Verification(CM_TestCase testCase, std::string goldenDirectory, std::string dumpDirectory)
@@ -80,13 +80,13 @@ class Verification {
 
   const CaseEvents& Found() const { return found_; }
 
-  /// The flashes and beeps, where the content has them.
+  /// The flashes and beeps, if the content has them.
   std::vector<SyncMark> Marks() const { return sync_ ? sync_->marks : std::vector<SyncMark>(); }
 
-  /// The picture of what was found.
+  /// The picture of the findings.
   std::string Strip() const { return EventStrip(found_, Marks()); }
 
-  /// The report's text, without colours.
+  /// The text of the report, without colours.
   std::string Report() const {
     StageResults results;
     for (const CM_Verify_Result& result : results_) results.push_back(&result);
@@ -103,7 +103,7 @@ class Verification {
     return WithoutColours(report.str());
   }
 
-  /// One result a stage, and one of the synchronisation where the content has marks for it.
+  /// One result per stage, and one for the synchronisation if the content has marks for it.
   std::vector<TestResult> Results() const {
     std::vector<TestResult> results;
     for (const CM_Verify_Result& result : results_) results.push_back(ResultOf(result));
@@ -202,8 +202,7 @@ class Verification {
   CaseEvents found_;
 };
 
-/// Writes the events alone, and their picture, where they are asked for. Returns whether they are
-/// there.
+/// Writes only the events and their picture, if requested. Returns false on failure.
 bool WriteEvents(const Verification& verification, const Options& options, int standardOutput) {
   bool good = true;
   if (!options.events.empty()) {
@@ -228,7 +227,7 @@ int Write(const Verification& verification, const Options& options, int standard
   auto listeners = MakeWriters(options.outputs, standardOutput);
   listeners.push_back(std::make_unique<ConsoleWriter>(stdout, options.color, false));
   std::fputs(verification.Report().c_str(), stdout);
-  std::fflush(stdout);  // the writers have the descriptor
+  std::fflush(stdout);  // the writers use the descriptor
   Totals totals;
   totals.listed = results.size();
   for (const auto& listener : listeners) listener->RunStarted(results.size());

@@ -5,8 +5,8 @@
 
 namespace runner {
 
-/// Verifies the dumps that the options name, prints the report and writes the results, a test a
-/// stage. `standardOutput` is the descriptor behind the output "-". Returns the exit status.
+/// Verifies the dumps that the options name, prints the report and writes the results, one test per
+/// stage. `standardOutput` is the descriptor for the output "-". Returns the exit status.
 int VerifyDumps(const Options& options, int standardOutput);
 
 }  // namespace runner

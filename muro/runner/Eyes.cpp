@@ -26,7 +26,7 @@ Sight Look(const EyesSettings& eyes, const std::string& testId, const std::strin
       {"/bin/sh", "-c", eyes.command},
       {"CVN_TEST=" + testId, "CVN_QUESTION=" + question, "CVN_EVIDENCE=" + eyes.evidence},
       eyes.limitS, interrupted);
-  std::filesystem::remove(eyes.evidence, error);  // unless there is something in it
+  std::filesystem::remove(eyes.evidence, error);  // only if it is empty
   Sight sight;
   if (end.kind == CommandEnd::kExited && end.value < 2)
     sight.kind = end.value == 0 ? Sight::kYes : Sight::kNo;

@@ -1,4 +1,4 @@
-// Somebody else's eyes in place of the operator's: a command that looks at the panel and judges.
+// Eyes in place of the operator: a command that looks at the panel and judges.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace runner {
 
-/// What was seen, and why.
+/// The command's verdict and its reason.
 struct Sight {
   enum Kind { kYes, kNo, kCannotTell };
   Kind kind = kCannotTell;
@@ -17,10 +17,10 @@ struct Sight {
   std::string Text() const;
 };
 
-/// Asks the command of `eyes` about a test: in its environment are CVN_TEST (the test's id),
-/// CVN_QUESTION and CVN_EVIDENCE (a directory for pictures, made here). Its exit status 0 means
-/// yes and 1 no; anything else, its limit and an interruption mean that it cannot tell. The last
-/// line that it prints is the reason.
+/// Runs the command of `eyes` for a test: its environment contains CVN_TEST (the test's id),
+/// CVN_QUESTION and CVN_EVIDENCE (a directory for pictures, created here). Exit status 0 means yes
+/// and 1 no; any other status, a timeout or an interruption means undecided. The last line that it
+/// prints is the reason.
 Sight Look(const EyesSettings& eyes, const std::string& testId, const std::string& question,
            bool (*interrupted)());
 

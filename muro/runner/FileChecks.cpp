@@ -28,7 +28,7 @@ std::vector<Use> OutputsOf(const Options& options) {
   return all;
 }
 
-/// The path with links followed as far as there is anything.
+/// The path with links resolved as far as it exists.
 fs::path Followed(const std::string& path) {
   std::error_code error;
   const fs::path followed = fs::weakly_canonical(fs::absolute(path, error), error);
@@ -39,7 +39,8 @@ bool IsThere(const std::string& path, struct stat& status) {
   return path == "-" ? fstat(STDOUT_FILENO, &status) == 0 : stat(path.c_str(), &status) == 0;
 }
 
-/// True when what goes into both is mixed. Where everything is thrown away nothing is.
+/// True if the output for both would be mixed in one file. /dev/null does not count: it discards
+/// everything.
 bool IsSameFile(const std::string& a, const std::string& b) {
   struct stat first = {};
   struct stat second = {};

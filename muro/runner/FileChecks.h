@@ -1,4 +1,4 @@
-// Files of a run that would get into each other's way.
+// Detects conflicts between the files of a run.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace runner {
 
-/// Looks whether a result would be written into a file that has another use: another result's, the
-/// answers', the trace's, or one of the result directory's own. Returns what is wrong in one line,
-/// empty when all is well.
+/// Checks whether a result would be written into a file that has another use: another result, the
+/// answers, the trace, or a file of the result directory. Returns a one-line error, empty on
+/// success.
 std::string CheckFiles(const Options& options);
 
 }  // namespace runner

@@ -1,4 +1,4 @@
-// What the writers of result files share.
+// Base of the writers of result files.
 #pragma once
 
 #include <string>

@@ -19,29 +19,29 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kPoliteTime(1000);  // from SIGTERM to SIGKILL
-constexpr int kLastRounds = 1000;                       // of a millisecond each
+constexpr int kLastRounds = 1000;                       // of one millisecond each
 
 void Nothing(int) {}
 
 void Signal(pid_t test, int signal) {
-  // The group is there as soon as the test has its session.
+  // The group exists as soon as the test has its session.
   if (kill(-test, signal) != 0) kill(test, signal);
 }
 
-/// Signals every child that the kernel names.
+/// Signals every child that the kernel lists.
 void SignalChildren(int signal) {
   std::ifstream children("/proc/thread-self/children");
   for (pid_t child = 0; children >> child;) kill(child, signal);
 }
 
-/// True for a process that would have lived on: it was killed here, or its terminal was hung up
-/// when the test, the leader of its session, ended.
+/// True for a process that would have continued to run: it was killed here, or its terminal was
+/// hung up when the test, its session leader, ended.
 bool WasEnded(int status) {
   return WIFSIGNALED(status) && (WTERMSIG(status) == SIGKILL || WTERMSIG(status) == SIGHUP);
 }
 
 /// Waits until the test has ended; ends it when `command` is closed. Returns its wait status.
-/// SIGCHLD is blocked except in here.
+/// SIGCHLD is blocked except in this function.
 int AwaitTest(pid_t test, int command, const sigset_t& waitingMask) {
   int status = 0;
   Clock::time_point killAt = Clock::time_point::max();

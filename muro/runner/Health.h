@@ -1,4 +1,4 @@
-// Whether the board is well, by a command of the operator's.
+// Checks whether the board is healthy, through a command that the operator names.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace runner {
 
-/// Runs the command with the last test's id (empty before the first one) as CVN_TEST in its
-/// environment. Returns why the board is not well: the last line that the command printed, or how
-/// it ended; empty when it is well, or when there is no command.
+/// Runs the command with CVN_TEST in its environment set to the last test's id (empty before the
+/// first one). Returns why the board is unhealthy: the last line that the command printed, or how
+/// it ended; empty if it is healthy or if there is no command.
 std::string BoardProblem(const HealthSettings& health, const std::string& lastTest,
                          bool (*interrupted)());
 

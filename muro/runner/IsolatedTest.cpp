@@ -21,9 +21,9 @@
 namespace runner {
 namespace {
 
-constexpr int kLookAgainMs = 100;   // how late a killed guard is noticed at most
-constexpr int kLastOutputMs = 200;  // output can be on its way when the test is gone
-constexpr int kLastBlocks = 64;     // who still prints then is no test
+constexpr int kLookAgainMs = 100;   // after which a killed guard is noticed at the latest
+constexpr int kLastOutputMs = 200;  // for output in transit when the test has ended
+constexpr int kLastBlocks = 64;     // output after this limit does not come from the test
 
 ResultCell* childResult = nullptr;
 
@@ -37,7 +37,7 @@ bool IsReadable(int fd, int timeoutMs) {
   return poll(&poller, 1, timeoutMs) > 0;
 }
 
-/// What is typed is not echoed, and lines end as the test wrote them.
+/// Input is not echoed, and line ends are passed on as the test wrote them.
 void MakePlain(int terminal) {
   termios attributes{};
   if (tcgetattr(terminal, &attributes) != 0) return;
@@ -46,7 +46,7 @@ void MakePlain(int terminal) {
   tcsetattr(terminal, TCSANOW, &attributes);
 }
 
-/// The test's own process: a new session at the terminal, then the test.
+/// The test process: creates a new session on the terminal, then runs the test.
 [[noreturn]] void BeTest(int slave, ResultCell* result, const std::function<int()>& body) {
   setsid();
   ioctl(slave, TIOCSCTTY, 0);
@@ -54,7 +54,7 @@ void MakePlain(int terminal) {
   close(slave);
   for (const int signal : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) std::signal(signal, SIG_DFL);
   std::setvbuf(stdin, nullptr, _IONBF, 0);
-  // A crash loses no whole line. The buffer is a new one: the old one keeps its ways.
+  // A crash loses no complete line. The buffer is a new one because the old one keeps its mode.
   static char buffer[BUFSIZ];
   std::setvbuf(stdout, buffer, _IOLBF, sizeof buffer);
   childResult = result;
@@ -126,7 +126,7 @@ bool IsolatedTest::Wait(int timeoutMs, std::string& output) {
   const int ready = poll(pollers, 2, std::min(timeoutMs, kLookAgainMs));
   if (ready == 0) NoticeLostGuard();
   if (ready > 0 && pollers[0].revents != 0 && !ReadTerminal(output)) {
-    // The test closed its terminal; only its end is left to be told.
+    // The test closed its terminal; only its end remains to be reported.
     if (pollers[1].revents == 0 && !IsReadable(report_, kLookAgainMs)) NoticeLostGuard();
     pollers[1].revents = POLLIN;
   }
@@ -138,7 +138,7 @@ bool IsolatedTest::Wait(int timeoutMs, std::string& output) {
   return false;
 }
 
-/// False when no more output can come.
+/// False if no more output can follow.
 bool IsolatedTest::ReadTerminal(std::string& output) {
   char block[16384];
   const ssize_t got = read(terminal_, block, sizeof block);
@@ -153,7 +153,7 @@ void IsolatedTest::ReadReport() {
     NoticeLostGuard();
     return;
   }
-  // A test that was killed after it had told its result did not end well.
+  // A test that was killed after it had reported its result did not end normally.
   const int status = message.value;
   if (message.kind == Report::kNotStarted) {
     end_ = {ChildEnd::kNotStarted, message.value, 0};
@@ -170,14 +170,14 @@ void IsolatedTest::ReadReport() {
   guard_ = -1;
 }
 
-/// A guard that is gone without a word was killed by its test.
+/// A guard that ended without a report was killed by its test.
 void IsolatedTest::NoticeLostGuard() {
   int status = 0;
   if (guard_ < 0 || waitpid(guard_, &status, WNOHANG) != guard_) return;
   guard_ = -1;
   ended_ = true;
   end_ = {ChildEnd::kGuardLost, WIFSIGNALED(status) ? WTERMSIG(status) : 0, 0};
-  // What the guard would have ended was adopted by this process.
+  // This process adopted the processes that the guard would have ended.
   EndChildren();
 }
 

@@ -1,9 +1,10 @@
-// One test in a child process at a terminal of its own. Whatever it does to itself, its children
-// and its relatives ends with it.
+// One test in a child process on a separate terminal. Whatever the test does to itself, its
+// children and other related processes ends with it.
 //
-// Between the runner and the test stands a guard process: it starts the test as the leader of a new
-// session, adopts what the test leaves behind, ends the test when asked to or when the runner is
-// gone, and tells how the test ended. So nothing that a test signals is the runner.
+// A guard process runs between the runner and the test: it starts the test as the leader of a new
+// session, adopts the processes that the test leaves behind, ends the test when asked to or when
+// the runner is gone, and reports how the test ended. So no signal that a test sends reaches the
+// runner.
 #pragma once
 
 #include <sys/types.h>
@@ -19,11 +20,11 @@ struct ChildEnd {
   enum Kind { kReturned, kExited, kSignalled, kGuardLost, kNotStarted };
   Kind kind;
   int value;         // the test's result, exit status, signal or error
-  int leftChildren;  // processes that the test left behind and that had to be ended
+  int leftChildren;  // processes left by the test that had to be ended
 };
 
-/// A test's result, in memory that its process shares with the runner: unlike a pipe it is out of
-/// reach of a test that writes to descriptors it knows nothing of.
+/// A test's result, in memory shared by its process and the runner: unlike a pipe it is out of
+/// reach of a test that writes to descriptors that are not its own.
 struct ResultCell {
   int told;  // not 0 when the test has returned
   int value;
@@ -36,21 +37,21 @@ class IsolatedTest {
   IsolatedTest(const IsolatedTest&) = delete;
   IsolatedTest& operator=(const IsolatedTest&) = delete;
 
-  /// Starts `body` in the child; what it returns is the test's result. Returns an error in one
-  /// line, empty when all is well.
+  /// Starts `body` in the child; its return value is the test's result. Returns a one-line error,
+  /// empty on success.
   std::string Start(const std::function<int()>& body);
 
   /// Waits up to `timeoutMs` for output or the end. Appends new output to `output`. Returns false
-  /// when the test has ended and all its output was read.
+  /// after the test has ended and all its output was read.
   bool Wait(int timeoutMs, std::string& output);
 
   /// Types on the test's terminal.
   void Type(std::string_view bytes) const;
 
-  /// Asks the guard to end the test: politely, and a second later for good.
+  /// Asks the guard to end the test: first by SIGTERM, and a second later by SIGKILL.
   void Stop();
 
-  /// How the test ended; valid when `Wait` returned false.
+  /// How the test ended; valid after `Wait` has returned false.
   const ChildEnd& End() const { return end_; }
 
  private:
@@ -59,7 +60,7 @@ class IsolatedTest {
   void NoticeLostGuard();
 
   int terminal_ = -1;
-  int report_ = -1;   // how the guard says that the test has ended
+  int report_ = -1;   // on which the guard reports the end of the test
   int command_ = -1;  // closing it ends the test
   pid_t guard_ = -1;
   bool ended_ = false;
@@ -67,12 +68,12 @@ class IsolatedTest {
   ChildEnd end_ = {ChildEnd::kGuardLost, 0, 0};
 };
 
-/// Ends the calling test child with `result`, past everything that would run at an exit. For use in
-/// the child only.
+/// Ends the calling test child with `result` and skips all exit handlers. For use in the child
+/// only.
 [[noreturn]] void LeaveChild(int result);
 
-/// Makes a terminal; `slave` and `master` are closed on exec. False, with errno set, when none is
-/// to be had.
+/// Opens a pseudo-terminal; `slave` and `master` are closed on exec. False, with errno set, on
+/// failure.
 bool OpenTerminal(int& master, int& slave);
 
 }  // namespace runner

@@ -10,9 +10,9 @@
 namespace runner {
 namespace {
 
-/// JUnit XML: a suite a module, in the order of their first tests. A blocked test is an error of
-/// the type BLOCKED. The whole document is written at the end: a suite's totals stand before its
-/// cases, which wait in files until then.
+/// JUnit XML: one suite per module, in the order of their first tests. A blocked test is an error
+/// of the type BLOCKED. The whole document is written at the end: a suite's totals precede its
+/// cases, which are kept in files until then.
 class JUnitWriter : public FileWriter {
  public:
   JUnitWriter(const std::string& path, int standardOutput)

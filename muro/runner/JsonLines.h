@@ -1,4 +1,4 @@
-// The JSON lines of results, each an object.
+// The JSON lines of results, one object each.
 #pragma once
 
 #include <string>
@@ -7,10 +7,11 @@
 
 namespace runner {
 
-/// What a test is, as members of an object: number, round, id, module, name and description.
+/// The description of a test as members of an object: number, round, id, module, name and
+/// description.
 std::string TestMembers(const PlannedTest& test);
 
-/// The line of a result. `own` are members that only this line has, each begun with ", ".
+/// The line of a result. `own` contains members of this line only, each preceded by ", ".
 std::string TestEndLine(const TestResult& result, const std::string& own);
 
 /// The line of a run's totals.

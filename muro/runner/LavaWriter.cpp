@@ -10,8 +10,8 @@ namespace {
 
 constexpr double kCommandLimitS = 5;
 
-/// LAVA: a signal a test, each in one write. Where the overlay's lava-test-case is on the path it
-/// writes the signal itself.
+/// LAVA: one signal per test, each in one write. If the overlay's lava-test-case is in the PATH,
+/// that command writes the signal.
 class LavaWriter : public FileWriter {
  public:
   using FileWriter::FileWriter;
@@ -46,13 +46,14 @@ class LavaWriter : public FileWriter {
     return id;
   }
 
-  /// What lava-test-case says, or the signal itself where it failed before it had said that.
+  /// The output of lava-test-case, or the signal itself if the command failed before it printed
+  /// one.
   std::string FromCommand(const std::string& id, const std::string& word,
                           const std::string& signal) {
     const CommandEnd end = RunCommand({"lava-test-case", id, "--result", word}, {}, kCommandLimitS);
     hasCommand_ = end.kind == CommandEnd::kExited || end.kind == CommandEnd::kSignalled;
     if (end.Succeeded()) return end.output;
-    // A signal that is there already is not given twice.
+    // A signal that was already printed is not repeated.
     return end.output.find("<LAVA_SIGNAL_TESTCASE ") == std::string::npos ? signal : end.output;
   }
 

@@ -24,11 +24,11 @@ constexpr unsigned kRunAndVerify = Bit(Mode::kRun) | Bit(Mode::kVerify);
 enum class Takes { kNothing, kOne, kMaybe, kSome, kAny };
 
 struct Row {
-  const char* section;  // title above this row and the next ones; null: as before
+  const char* section;  // title above this row and the next ones; null: same as before
   const char* name;
   Takes takes;
   const char* argument;  // as shown; with "|" between the allowed words
-  unsigned modes;        // where it may stand; 0: it sets the mode itself
+  unsigned modes;        // in which it is allowed; 0: it sets the mode itself
   Setter set;
   const char* help;
 };
@@ -148,8 +148,8 @@ std::string SetModeAndText(Options& options, const std::string& value) {
   return wrong.empty() ? SetText<member>(options, value) : wrong;
 }
 
-/// The words of --list and --run come one by one; the first call sets the mode. --list without any
-/// comes with an empty one.
+/// The words of --list and --run arrive one by one; the first call sets the mode. --list without
+/// words arrives with an empty one.
 template <Mode mode>
 std::string SetModeAndPattern(Options& options, const std::string& value) {
   if (options.mode != mode || value.empty()) {
@@ -286,7 +286,7 @@ std::string Shown(const Row& row) {
   return std::string(row.name) + " [" + row.argument + "...]";
 }
 
-/// The words that an argument such as "man|bash" allows; none when it is free.
+/// The words that an argument such as "man|bash" allows; empty if any text is allowed.
 std::vector<std::string> AllowedWords(const Row& row) {
   std::vector<std::string> words = Split(row.argument, '|');
   if (words.size() == 1) words.clear();
@@ -317,7 +317,7 @@ std::string Set(const Row& row, const std::string& value, Options& options) {
   return wrong.empty() ? "" : std::string(row.name) + ": " + wrong;
 }
 
-/// Takes the option at `words[0]` with its values from the front of `words`.
+/// Consumes the option at `words[0]` and its values from the front of `words`.
 std::string TakeOption(std::span<const std::string>& words, Options& options,
                        std::vector<const Row*>& used) {
   const std::size_t equals = words[0].find('=');
@@ -347,7 +347,7 @@ std::string TakeOption(std::span<const std::string>& words, Options& options,
   return "";
 }
 
-/// The options that say what to do and that `row` goes with.
+/// The mode options that `row` can be used with.
 std::vector<std::string> ModesOf(const Row& row) {
   std::vector<std::string> names;
   for (const Row& mode : kRows) {
@@ -402,7 +402,7 @@ std::string ManPage() {
   return page + ".SH EXIT STATUS\n" + RoffText(kExitStatus) + "\n";
 }
 
-/// What the completion does behind an option: words, files, directories or tests.
+/// What the completion offers after an option: words, files, directories or tests.
 std::string CompletionOf(const Row& row) {
   const std::string argument = row.argument;
   const std::string words = Joined(AllowedWords(row), " ");
@@ -458,7 +458,7 @@ std::string HelpOf(const Row& row) {
   constexpr std::size_t kColumn = 28, kWidth = 80;
   std::string text, line = "  " + Shown(row);
   line.resize(std::max(line.size() + 2, kColumn), ' ');
-  std::size_t used = 0;  // words of the description in this line
+  std::size_t used = 0;  // words of the description printed in this line
   for (const std::string& word : Split(row.help, ' ')) {
     if (line.size() + (used > 0) + word.size() > kWidth) {
       text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";

@@ -1,4 +1,4 @@
-// The command line: one table from which the parser, --help, the man page and the completion come.
+// The command line: one table that defines the parser, --help, the man page and the completion.
 #pragma once
 
 #include <cstdint>
@@ -46,7 +46,7 @@ struct Options {
   std::string answers;
   std::string record;
   Outputs outputs;
-  std::string results;  // result directory, of --resume too
+  std::string results;  // result directory, also of --resume
   std::string trace;
   std::vector<Label> labels;  // facts for the result directory
   std::string color = "auto";
@@ -54,7 +54,7 @@ struct Options {
   std::string verifyCase;
   std::string dump;
   std::string golden;
-  std::string events;  // where what happened to the frames goes, beside the results
+  std::string events;  // output for what happened to the frames, in addition to the results
   std::string strip;
 };
 

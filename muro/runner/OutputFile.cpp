@@ -12,7 +12,8 @@
 namespace runner {
 namespace {
 
-/// An open file of which only this process knows; -1 when none can be made beside `path`.
+/// An open file without a name, which only this process can access; -1 if none can be created in
+/// the directory of `path`.
 int OpenNameless(const std::string& path) {
   std::string name = path + ".XXXXXX";
   const int fd = mkostemp(name.data(), O_CLOEXEC);
@@ -27,7 +28,7 @@ bool WriteAll(int fd, std::string_view bytes) {
     const ssize_t written = write(fd, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
     if (written < 0 && errno == EAGAIN) {
-      // Somebody made it non-blocking; it takes more when its reader has read.
+      // Somebody made it non-blocking; it accepts more after its reader has read.
       pollfd reader = {fd, POLLOUT, 0};
       poll(&reader, 1, -1);
       continue;

@@ -1,4 +1,4 @@
-// A file that results are written to.
+// Files that results are written to.
 #pragma once
 
 #include <string>
@@ -6,18 +6,19 @@
 
 namespace runner {
 
-/// Writes all bytes, and waits where the file takes them later. False when that failed.
+/// Writes all bytes, and waits while the file cannot accept more. False on failure.
 bool WriteAll(int fd, std::string_view bytes);
 
 class OutputFile {
  public:
-  /// Makes the file anew; "-" stands for `standardOutput`. `Good` tells whether that went well.
+  /// Creates or truncates the file; "-" means `standardOutput`. `Good` returns whether that
+  /// succeeded.
   OutputFile(const std::string& path, int standardOutput);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  /// Writes a whole text, with one write where the system takes it in one.
+  /// Writes a whole text, in a single write if the system accepts it.
   void Write(std::string_view text);
   bool Good() const { return good_; }
   int Descriptor() const { return fd_; }
@@ -28,19 +29,19 @@ class OutputFile {
   bool good_;
 };
 
-/// Text that waits for the end of a run: in a file without a name, since it may become longer than
-/// a board has memory.
+/// Text kept until the end of a run: in a file without a name, since it may exceed the memory of a
+/// board.
 class Spool {
  public:
-  /// The file is made in the directory of `path`, where its text will go; in /tmp when that is no
-  /// place for it.
+  /// Creates the file in the directory of `path`, where its text will go; in /tmp if that is not
+  /// possible.
   explicit Spool(const std::string& path);
   ~Spool();
   Spool(const Spool&) = delete;
   Spool& operator=(const Spool&) = delete;
 
   void Add(std::string_view text);
-  /// Writes all that was added to `file`.
+  /// Writes everything that was added to `file`.
   void CopyTo(OutputFile& file);
   bool Good() const { return good_; }
 

@@ -23,7 +23,7 @@ namespace {
 
 volatile std::sig_atomic_t resized = 0;
 
-/// The operator's terminal hands every key on; what keys mean is up to the inner one.
+/// The operator's terminal passes every key on; the inner one interprets the keys.
 class RawTerminal {
  public:
   explicit RawTerminal(const termios& before) : before_(before) {
@@ -53,7 +53,7 @@ void CopyWindowSize(int to) {
   std::exit(console());
 }
 
-/// Copies what comes from `from`; false at its end.
+/// Copies the available bytes of `from`; false at its end.
 bool Take(int from, std::string& bytes) {
   char block[4096];
   const ssize_t got = read(from, block, sizeof block);

@@ -30,7 +30,7 @@ std::string SystemError(const std::string& what) {
   return what + ": " + std::strerror(errno);
 }
 
-/// New names in a directory are on the disk only when the directory is.
+/// New names in a directory are on the disk only after the directory has been synced.
 void SyncDirectory(const std::string& path) {
   const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
@@ -38,8 +38,8 @@ void SyncDirectory(const std::string& path) {
   close(fd);
 }
 
-/// Keeps other runs out of a journal until its last descriptor is closed. A run that was killed a
-/// moment ago may have one left in a process that is about to end.
+/// Locks a journal against other runs until its last descriptor is closed. A run killed a moment
+/// ago may have a descriptor left in a process that is about to end.
 bool Lock(int journal) {
   constexpr int kTries = 50;
   for (int i = 0; i < kTries; ++i) {
@@ -78,7 +78,7 @@ bool ReadEnd(const std::vector<std::string>& fields, JournalEntry& entry) {
   return Parse(fields[3], entry.result) && Parse(fields[4], entry.seconds);
 }
 
-/// Takes one line of a journal. False when it is none.
+/// Parses one journal line. Returns false if the line is malformed.
 bool ReadLine(const std::string& line, RunHead& head, std::vector<JournalEntry>& entries,
               bool& headIsWhole) {
   std::vector<std::string> fields;
@@ -104,7 +104,7 @@ bool ReadLine(const std::string& line, RunHead& head, std::vector<JournalEntry>&
   return true;
 }
 
-/// Reads a journal's lines that are whole; `size` are their bytes.
+/// Reads the complete lines of a journal; `size` is set to their length in bytes.
 std::string ReadWholeLines(const std::string& journal, RunHead& head,
                            std::vector<JournalEntry>& entries, std::size_t& size) {
   std::string text;
@@ -190,7 +190,7 @@ std::string ResultDirectory::Create(const std::string& path, const RunHead& head
 
 std::string ResultDirectory::Open(const std::string& path, RunHead& head,
                                   std::vector<JournalEntry>& entries) {
-  // The run goes on in its own working directory.
+  // The run resumes in its original working directory.
   std::error_code error;
   path_ = fs::absolute(path, error);
   const std::string journal = path_ + "/journal";
@@ -209,7 +209,7 @@ bool ResultDirectory::NoteStart(const PlannedTest& test) const {
 }
 
 bool ResultDirectory::NoteEnd(const TestResult& result, int reportResult) const {
-  // The test's log is there when its end is.
+  // The test's log is on the disk before its end is noted.
   SyncDirectory(path_ + "/logs");
   std::string text =
       Line({"end", result.test.id, std::string(VerdictName(result.verdict)),
@@ -259,7 +259,7 @@ bool ResultDirectory::KeepAttachments(
 
 std::string ReadCleanTail(const std::string& path) {
   std::string text;
-  ReadInputFile(path, kLongestLog + kTail, text);  // a log that is gone has no tail
+  ReadInputFile(path, kLongestLog + kTail, text);  // a missing log has no tail
   return CleanText(std::string_view(text).substr(text.size() - std::min(text.size(), kTail)));
 }
 

@@ -1,11 +1,11 @@
-// The directory of one run: a log a test, and the journal by which a run that was cut off goes on.
+// The directory of one run: one log per test, and the journal used to resume an interrupted run.
 //
 //   journal            what was run, and a line when a test starts and ends, synced to the disk
-//   results.jsonl      what else is known of the run and of its tests (RunRecord)
+//   results.jsonl      further data of the run and of its tests (RunRecord)
 //   logs/0001-ID.log   what the first test printed and what was typed
 //   logs/0001-ID.trace the HAL calls of that test, where the run has a trace
 //   logs/0001-ID.evidence/
-//                      what eyes left of that test, and files that it gave itself
+//                      evidence of the eyes for that test, and files that the test attached
 #pragma once
 
 #include <map>
@@ -17,7 +17,7 @@
 
 namespace runner {
 
-/// What the journal begins with.
+/// The head of the journal.
 struct RunHead {
   std::string directory;           // working directory of the run
   std::vector<std::string> words;  // its command line
@@ -27,20 +27,20 @@ struct RunHead {
 /// A test of the journal.
 struct JournalEntry {
   std::string id;      // unique in the run
-  bool ended = false;  // false: the run was cut off in this test
+  bool ended = false;  // false: the run was interrupted during this test
   Verdict verdict = Verdict::kError;
   int result = 1;  // as for the report's line
   double seconds = 0;
   std::string message;
-  bool suspect = false;  // the board was not well after it
+  bool suspect = false;  // the board was unhealthy after it
 };
 
-/// Reads the journal of the run whose results are in `directory`, which may still go on. A line
-/// that was cut off is left out. Returns an error in one line, empty when all is well.
+/// Reads the journal of the run whose results are in `directory`, which may still be running. A
+/// truncated line is left out. Returns a one-line error, empty on success.
 std::string ReadJournal(const std::string& directory, RunHead& head,
                         std::vector<JournalEntry>& entries);
 
-/// The log of one test. Of very long output the beginning is kept, and the end for the results.
+/// The log of one test. Of very long output it keeps the beginning, and the end for the results.
 class TestLog {
  public:
   TestLog() = default;
@@ -48,12 +48,12 @@ class TestLog {
   TestLog(const TestLog&) = delete;
   TestLog& operator=(const TestLog&) = delete;
 
-  /// Opens the file; without a path only the end is kept. False when it cannot be made.
+  /// Opens the file; without a path only the end is kept. False if the file cannot be created.
   bool Open(const std::string& path);
   void Add(std::string_view text);
-  /// Syncs and closes the file. False when anything could not be written.
+  /// Syncs and closes the file. False if anything could not be written.
   bool Close();
-  /// The end of what was added, clean.
+  /// The end of the added text, cleaned (`CleanText`).
   std::string CleanTail() const;
 
  private:
@@ -70,26 +70,26 @@ class ResultDirectory {
   ResultDirectory(const ResultDirectory&) = delete;
   ResultDirectory& operator=(const ResultDirectory&) = delete;
 
-  /// Makes the directory, which must be new or empty, and begins the journal. Returns an error in
-  /// one line, empty when all is well.
+  /// Creates the directory, which must be new or empty, and begins the journal. Returns a one-line
+  /// error, empty on success.
   std::string Create(const std::string& path, const RunHead& head);
 
-  /// Opens the directory of an earlier run, which must not go on any more, and reads its journal. A
-  /// line that was cut off is dropped. Returns an error in one line, empty when all is well.
+  /// Opens the directory of an earlier run, which must have ended, and reads its journal. A
+  /// truncated line is dropped. Returns a one-line error, empty on success.
   std::string Open(const std::string& path, RunHead& head, std::vector<JournalEntry>& entries);
 
   bool IsOpen() const { return journal_ >= 0; }
-  /// Notes a start or an end and syncs it to the disk. False when that failed.
+  /// Adds a start or an end to the journal and syncs it to the disk. False on failure.
   bool NoteStart(const PlannedTest& test) const;
   bool NoteEnd(const TestResult& result, int reportResult) const;
 
-  /// Path of a test's file, with the extension "log" or "trace", or its directory "evidence";
+  /// Path of a test's file, with the extension "log" or "trace", or of its directory "evidence";
   /// `LogName` is relative to the directory.
   std::string LogName(const PlannedTest& test, const std::string& extension) const;
   std::string LogPath(const PlannedTest& test, const std::string& extension) const;
-  /// The files that are there as a test's evidence, sorted, relative to the directory.
+  /// The existing evidence files of a test, sorted, relative to the directory.
   std::vector<std::string> EvidenceOf(const PlannedTest& test) const;
-  /// Stores the files that a test gave as its evidence. False when that failed.
+  /// Stores the files that a test gave as its evidence. False on failure.
   bool KeepAttachments(const PlannedTest& test,
                        const std::map<std::string, std::string>& contentByName) const;
   /// The file of all results as JSON lines (`RunRecord`).
@@ -102,7 +102,7 @@ class ResultDirectory {
   int journal_ = -1;
 };
 
-/// The last part of a log file, clean; empty when it cannot be read.
+/// The last part of a log file, cleaned; empty if it cannot be read.
 std::string ReadCleanTail(const std::string& path);
 
 }  // namespace runner

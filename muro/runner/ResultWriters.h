@@ -10,13 +10,13 @@
 
 namespace runner {
 
-// A writer for each format: it makes the file `path` anew; "-" stands for the descriptor
-// `standardOutput`. `Good` tells whether that went well.
+// A writer for each format: it creates or truncates the file `path`; "-" means the descriptor
+// `standardOutput`. `Good` returns whether that succeeded.
 #define RESULT_FORMAT(name, option, help) \
   std::unique_ptr<RunListener> Make##name##Writer(const std::string& path, int standardOutput);
 #include "ResultFormats.def"
 
-/// One writer for each output that is asked for. `standardOutput` is the descriptor behind "-".
+/// One writer for each requested output. `standardOutput` is the descriptor for "-".
 std::vector<std::unique_ptr<RunListener>> MakeWriters(const Outputs& outputs, int standardOutput);
 
 }  // namespace runner

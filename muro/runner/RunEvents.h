@@ -1,4 +1,5 @@
-// What happens in a run, told to everything that writes results. All texts are clean.
+// The events of a run, reported to everything that writes results. All texts are clean
+// (`CleanText`).
 #pragma once
 
 #include <array>
@@ -13,7 +14,7 @@ namespace runner {
 
 /// One execution of one test in a run.
 struct PlannedTest {
-  std::size_t number = 0;  // from 1 on
+  std::size_t number = 0;  // starts at 1
   int round = 1;
   std::string id;           // unique in the run: "VscModule/31", in later rounds "VscModule/31@2"
   std::string moduleClass;  // "VscModule"
@@ -24,16 +25,16 @@ struct PlannedTest {
   std::string Title() const;
 };
 
-/// The id in the list of a test of any round: "VscModule/31" of "VscModule/31@2".
+/// The id, as in the test list, of a test of any round: "VscModule/31" of "VscModule/31@2".
 std::string BaseId(const std::string& id);
 
-/// A number that a test found beside its verdict.
+/// A number that a test found, in addition to its verdict.
 struct Figure {
   std::string name;  // "compared"
   int64_t value = 0;
 };
 
-/// Where an answer is in a test's log, in bytes.
+/// Position of an answer in a test's log, in bytes.
 struct Typed {
   std::size_t at;
   std::size_t length;
@@ -46,10 +47,10 @@ struct TestResult {
   double seconds = 0;
   std::string output;        // the end of what the test printed
   std::string log;           // its log file's name in the result directory, may be empty
-  int prompts = 0;           // how often it asked before the verdict
-  bool earlier = false;      // taken from the journal of the run that is resumed here
+  int prompts = 0;           // how often it prompted before the verdict
+  bool earlier = false;      // taken from the journal of the run being resumed
   bool provisional = false;  // a resumed run will run this test again
-  bool suspect = false;      // the board was not well after it
+  bool suspect = false;      // the board was unhealthy after it
   std::vector<Figure> figures = {};
   std::vector<std::string> evidence = {};  // files in the result directory
   std::vector<Typed> typed = {};
@@ -63,11 +64,11 @@ struct Totals {
   int skippedRounds = 0;  // rounds of --repeat that did not begin
 
   std::size_t Of(Verdict verdict) const { return of[static_cast<std::size_t>(verdict)]; }
-  /// Tests that ran to an end of their own or to their limit.
+  /// Tests that ended by themselves or reached their limit.
   std::size_t Run() const { return Of(Verdict::kPass) + Of(Verdict::kFail) + Of(Verdict::kError); }
   bool AddUp() const { return listed == Run() + Of(Verdict::kSkipped) + Of(Verdict::kBlocked); }
-  /// "12 listed = 9 run + 2 skipped + 1 blocked; 7 passed, 1 failed, 1 errors", with "; 3 rounds
-  /// skipped" behind it where there are any.
+  /// "12 listed = 9 run + 2 skipped + 1 blocked; 7 passed, 1 failed, 1 errors", followed by "; 3
+  /// rounds skipped" if there are any.
   std::string Text() const;
 };
 
@@ -78,17 +79,17 @@ class RunListener {
   RunListener(const RunListener&) = delete;
   RunListener& operator=(const RunListener&) = delete;
 
-  /// `tests` is how many will be told, 0 when nobody knows.
+  /// `tests` is the number of tests that will be reported, 0 if unknown.
   virtual void RunStarted(std::size_t tests) = 0;
   virtual void TestStarted(const PlannedTest&) {}
   virtual void TestPrinted(const std::string&) {}
-  /// A finding of the test that runs: a JSON object in one line.
+  /// A finding of the running test: a one-line JSON object.
   virtual void TestFound(const std::string&) {}
   virtual void TestEnded(const TestResult& result) = 0;
   virtual void RunEnded(const Totals& totals) = 0;
-  /// The last that is heard of a run: the exit status of the program.
+  /// The last event of a run: the exit status of the program.
   virtual void RunExits(int) {}
-  /// False when anything told could not be written.
+  /// False if any event could not be written.
   virtual bool Good() const = 0;
 };
 

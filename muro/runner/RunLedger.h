@@ -1,4 +1,4 @@
-// The closing check of a run: who was to be run, and who has a result.
+// The closing check of a run: which tests were to be run, and which have a result.
 #pragma once
 
 #include <set>
@@ -9,20 +9,20 @@
 
 namespace runner {
 
-/// Tests are listed when a round's list is made, and stored when their result is; neither count is
-/// taken from the other.
+/// Tests are listed when a round is planned, and stored when their result is; neither count is
+/// derived from the other.
 class RunLedger {
  public:
-  /// A test is due.
+  /// Adds a test that is to be run.
   void List(const PlannedTest& test);
-  /// Its result is stored.
+  /// Adds a test whose result is stored.
   void Store(const TestResult& result);
-  /// `rounds` more rounds will not begin.
+  /// Adds `rounds` rounds that will not begin.
   void SkipRounds(int rounds) { totals_.skippedRounds = rounds; }
 
   const Totals& Sums() const { return totals_; }
-  /// What does not add up, in one line with the tests' ids; empty when every test that was listed
-  /// has one result.
+  /// The discrepancies, in one line with the tests' ids; empty if every listed test has exactly one
+  /// result.
   std::string Difference() const;
 
  private:

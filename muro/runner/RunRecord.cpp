@@ -49,7 +49,7 @@ std::string TypedJson(const std::vector<Typed>& typed) {
   return "[" + json + "]";
 }
 
-/// A power cut may have left half a line at the end of the file.
+/// A power cut may have left an incomplete line at the end of the file.
 bool EndsInALine(int fd) {
   const off_t size = lseek(fd, 0, SEEK_END);
   char last = '\n';

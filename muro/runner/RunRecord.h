@@ -1,6 +1,6 @@
-// What a result directory says beside its journal: the board, the build, names of the tests, times,
-// what was typed, findings and totals. For programs that show runs to people; a run is resumed
-// from the journal alone.
+// Contents of a result directory in addition to its journal: the board, the build, names of the
+// tests, times, typed answers, findings and totals. For programs that show runs to people; resuming
+// a run needs only the journal.
 #pragma once
 
 #include <string>
@@ -12,11 +12,10 @@
 
 namespace runner {
 
-/// Writes JSON lines, behind what is in the file already. A result is on the disk before the next
-/// test starts.
+/// Appends JSON lines to the file. A result is on the disk before the next test starts.
 class RunRecord : public RunListener {
  public:
-  /// `tests` is the selection. `resumed`: the file was begun by an earlier part of the run.
+  /// `tests` is the selection. `resumed`: an earlier part of the run created the file.
   RunRecord(const std::string& path, std::vector<TestEntry> tests, std::vector<Label> labels,
             bool resumed);
   ~RunRecord() override;
@@ -24,7 +23,7 @@ class RunRecord : public RunListener {
   void RunStarted(std::size_t tests) override;
   void TestStarted(const PlannedTest& test) override;
   void TestFound(const std::string& json) override;
-  /// Results of the earlier part are there already.
+  /// Results of the earlier part are already in the file.
   void TestEnded(const TestResult& result) override;
   void RunEnded(const Totals& totals) override;
   void RunExits(int status) override;

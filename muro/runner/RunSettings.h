@@ -1,4 +1,4 @@
-// What a run is given, as plain data: limits of its tests and places for its results.
+// The settings of a run, as plain data: limits of its tests and destinations of its results.
 #pragma once
 
 #include <array>
@@ -7,25 +7,25 @@
 
 namespace runner {
 
-/// Limits of one test, in seconds; 0 is none.
+/// Limits of one test, in seconds; 0 means no limit.
 struct Limits {
   double timeoutS = 600;  // in all
   double idleS = 60;      // without output
 };
 
-/// Eyes in place of the operator's; without a command there are none.
+/// Eyes in place of the operator; not used if there is no command.
 struct EyesSettings {
   std::string command;   // for the shell
-  bool always = false;   // at the end of tests that judge themselves, too
-  bool before = false;   // before every test, to compare with afterwards
-  double limitS = 30;    // of one look; 0 is none
-  std::string evidence;  // directory for what the command leaves
+  bool always = false;   // also at the end of tests that judge themselves
+  bool before = false;   // before every test, for a later comparison
+  double limitS = 30;    // of one look; 0 means no limit
+  std::string evidence;  // directory for the command's files
 };
 
-/// How a run looks whether the board is well; without a command it does not.
+/// How a run checks whether the board is healthy; it does not if there is no command.
 struct HealthSettings {
   std::string command;  // for the shell
-  double limitS = 60;   // 0 is none
+  double limitS = 60;   // 0 means no limit
 };
 
 /// One part of a selection, for one of several boards.
@@ -33,13 +33,13 @@ struct Shard {
   std::size_t number = 1;  // from 1 to `of`
   std::size_t of = 1;
 
-  /// "2/3"; empty where the selection is not cut.
+  /// "2/3"; empty if the selection is not split.
   std::string Text() const {
     return of == 1 ? "" : std::to_string(number) + "/" + std::to_string(of);
   }
 };
 
-/// A fact about a run that its operator knows, such as board=lab-7.
+/// A fact about a run that its operator states, such as board=lab-7.
 struct Label {
   std::string name;
   std::string value;
@@ -52,7 +52,7 @@ enum ResultFormat : std::size_t {
   kResultFormatCount,
 };
 
-/// Where results go, by format; "-" is standard output, empty nowhere.
+/// Destinations of results, by format; "-" is standard output, empty means none.
 using Outputs = std::array<std::string, kResultFormatCount>;
 
 }  // namespace runner

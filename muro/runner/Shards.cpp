@@ -15,15 +15,15 @@ namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 constexpr double kLongestS = 1e9;
-constexpr int64_t kUnknownMs = 1000;  // where no test has a duration
+constexpr int64_t kUnknownMs = 1000;  // if no test has a duration
 
-/// Tests that stay together, as places in the selection.
+/// Tests that stay together, as indexes into the selection.
 struct Group {
   std::vector<std::size_t> tests;
   int64_t ms = 0;
 };
 
-/// A shard while it is filled.
+/// A shard while it is being filled.
 struct Load {
   int64_t ms = 0;
   std::size_t tests = 0;
@@ -38,7 +38,7 @@ int64_t Milliseconds(double seconds) {
   return static_cast<int64_t>(seconds * 1000);
 }
 
-/// What a test without a duration is taken for.
+/// The duration assumed for a test without one.
 int64_t UsualMs(const Durations& durations) {
   int64_t sum = 0;
   for (const auto& [id, seconds] : durations) sum += Milliseconds(seconds);
@@ -61,7 +61,7 @@ std::vector<Group> GroupsOf(const std::vector<TestEntry>& selection, const Durat
   return groups;
 }
 
-/// The value of an XML attribute in a tag; empty when it is not there.
+/// The value of an XML attribute in a tag; empty if it is missing.
 std::string AttributeOf(std::string_view tag, const std::string& name) {
   const std::string begin = " " + name + "=\"";
   const std::size_t at = tag.find(begin);
@@ -110,7 +110,7 @@ std::string ReadDurations(const std::string& path, Durations& durations) {
                                                       : ReadJUnitDurations(path, durations);
 }
 
-/// The longest group goes first, each to the shard that has least to do.
+/// The longest group goes first, each to the shard with the smallest load so far.
 std::vector<TestEntry> TestsOf(const Shard& shard, const std::vector<TestEntry>& selection,
                                const Durations& durations) {
   std::vector<Group> groups = GroupsOf(selection, durations);

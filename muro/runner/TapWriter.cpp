@@ -5,7 +5,7 @@
 namespace runner {
 namespace {
 
-/// TAP 14: one test point per test, followed by a block where there is more to say.
+/// TAP 14: one test point per test, followed by a block if there are details.
 class TapWriter : public FileWriter {
  public:
   using FileWriter::FileWriter;

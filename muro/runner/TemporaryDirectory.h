@@ -1,11 +1,11 @@
-// A directory for files that nobody keeps.
+// A directory for temporary files.
 #pragma once
 
 #include <string>
 
 namespace runner {
 
-/// A new directory of this program's own, gone with everything in it at the end of the scope.
+/// A new private directory, removed with all its contents at the end of the scope.
 class TemporaryDirectory {
  public:
   TemporaryDirectory();
@@ -13,7 +13,7 @@ class TemporaryDirectory {
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
-  /// Empty when there is none.
+  /// Empty if it could not be created.
   const std::string& Path() const { return path_; }
 
  private:

@@ -111,7 +111,7 @@ std::string FormatText(const std::vector<TestEntry>& tests) {
   return out.str();
 }
 
-/// What may stand for this one test.
+/// The names by which a pattern can select this test alone.
 std::array<std::string, 4> NamesOf(const TestEntry& entry) {
   return {entry.moduleClass + "/" + std::to_string(entry.test->getId()), entry.id,
           entry.test->getName(), entry.test->getDescription()};
@@ -142,7 +142,7 @@ std::vector<TestEntry> AllTests() {
 
 bool Matches(const TestEntry& entry, const std::string& pattern) {
   const auto names = NamesOf(entry);
-  // A name may hold characters that mean something else in a glob.
+  // A name may contain characters that are special in a glob.
   return MatchesGlob(pattern, entry.moduleClass) || IsNamed(entry, {pattern}) ||
          std::ranges::any_of(names, [&](const auto& name) { return MatchesGlob(pattern, name); });
 }

@@ -14,9 +14,9 @@ struct TestEntry {
   std::string id;               // stable and without blanks: "VscModule/31", "VscModule/31.2"
   std::string menuPath;         // "Vido Manual Test > Vsc Function Test"
   std::string position;         // what is typed from the main menu on: "3 2 31"
-  bool buildsOnOthers = false;  // needs the tests of its module before it
+  bool buildsOnOthers = false;  // depends on the preceding tests of its module
 
-  /// True when a person is needed: to answer or, without eyes, to judge.
+  /// True if a person is needed: to answer or, without eyes, to judge.
   bool NeedsOperator(bool hasEyes = false) const {
     return test->asks() || !(hasEyes || test->isAutoJudged());
   }
@@ -24,18 +24,18 @@ struct TestEntry {
   std::string DottedId() const;
 };
 
-/// All tests in module order. The menu tree has to be there (`TestFrame::DoInit`).
+/// All tests in module order. Requires the menu tree (`TestFrame::DoInit`).
 std::vector<TestEntry> AllTests();
 
-/// True when a glob, case-sensitive, matches the module class, "class/number", the id, the name or
+/// True if a glob, case-sensitive, matches the module class, "class/number", the id, the name or
 /// the description.
 bool Matches(const TestEntry& entry, const std::string& pattern);
 
-/// True when a pattern is the test's "class/number", id, name or description, letter by letter.
+/// True if a pattern is exactly the test's "class/number", id, name or description.
 bool IsNamed(const TestEntry& entry, const std::vector<std::string>& patterns);
 
-/// The tests that a pattern matches and no pattern of `excluded` does, in list order; all when
-/// there is no pattern. A pattern that matches no test at all is put into `unmatched`.
+/// The tests that match a pattern and no pattern of `excluded`, in list order; all tests if there
+/// is no pattern. A pattern that matches no test at all is added to `unmatched`.
 std::vector<TestEntry> Select(const std::vector<TestEntry>& tests,
                               const std::vector<std::string>& patterns,
                               const std::vector<std::string>& excluded, std::string& unmatched);

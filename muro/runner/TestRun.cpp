@@ -38,7 +38,7 @@ bool Counts(Verdict verdict) {
   return verdict == Verdict::kFail || verdict == Verdict::kError || verdict == Verdict::kBlocked;
 }
 
-/// The report's line is due for every test that was run.
+/// Every test that was run gets a line in the report.
 bool WriteReportLine(TestCase& test, int result) {
   const MutedOutput muted;
   return test.Finish(result);
@@ -52,7 +52,7 @@ void CatchInterrupts() {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction before = {};
     sigaction(signal, nullptr, &before);
-    // nohup and the like mean what they say.
+    // Signals that are ignored, as with nohup, stay ignored.
     if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
   }
   std::signal(SIGPIPE, SIG_IGN);
@@ -78,7 +78,7 @@ Plan::Plan(std::size_t tests, const Options& options)
       lastRound_(options.untilFail && !options.repeatGiven ? 0 : options.repeat),
       open_(options.untilFail || (options.stopOnFail && options.repeat > 1)) {}
 
-/// An order that is the same on every machine for the same seed and round.
+/// The order is the same on every machine for the same seed and round.
 std::optional<std::vector<std::size_t>> Plan::NextRound() {
   if (tests_ == 0 || (lastRound_ != 0 && round_ == lastRound_)) return std::nullopt;
   ++round_;
@@ -138,7 +138,8 @@ void TestRun::DoRound(const std::vector<std::size_t>& round,
   }
 }
 
-/// A run ends where it was stopped, and where going on until a failure would never end.
+/// A run ends when it was stopped, and when repeating until a failure would never end because no
+/// test runs.
 bool TestRun::IsLastRound(std::size_t ranBefore) const {
   const Totals& totals = ledger_.Sums();
   const bool noneRan = totals.listed - totals.Of(Verdict::kSkipped) == ranBefore;
@@ -159,7 +160,7 @@ std::vector<PlannedTest> TestRun::List(const std::vector<std::size_t>& round) {
   return tests;
 }
 
-/// A test of the journal counts and is reported as if it had been run here.
+/// Counts and reports a test of the journal as if it had been run here.
 void TestRun::TakeOver(const PlannedTest& test, const TestEntry& entry,
                        const JournalEntry& earlier) {
   TestResult result{test,
@@ -251,14 +252,14 @@ void TestRun::Execute(const PlannedTest& test, const TestEntry& entry) {
   result.output = log.CleanTail();
   if (kept) result.log = directory_.LogName(test, "log");
   if (kept) result.evidence = directory_.EvidenceOf(test);
-  // What an interruption did to a test is no result of it: a resumed run says that it was cut off.
+  // An interrupted test has no verdict; a resumed run reports it as interrupted.
   result.provisional = kept && outcome.interrupted;
   if (kept && !result.provisional && !(noted && directory_.NoteEnd(result, outcome.result)))
     Lose(result, "cannot write the journal");
   Tell(result);
 }
 
-/// Each test runs in a copy of this process, which counts on from here.
+/// Each test runs in a copy of this process, which keeps the count.
 void TestRun::TellFindings(const std::vector<std::string>& findings) {
   SetLastEventId(LastEventId() + static_cast<int>(findings.size()));
   for (const std::string& finding : findings) {
@@ -266,8 +267,8 @@ void TestRun::TellFindings(const std::vector<std::string>& findings) {
   }
 }
 
-/// After a test that went wrong: on a board that is not well any more, further tests would only say
-/// so once more.
+/// Checks the board after a failed test: on an unhealthy board further tests would only fail as
+/// well.
 void TestRun::CheckBoard(TestResult& result) {
   if (harnessFailed_ || Interrupted()) return;
   const std::string problem = BoardProblem(options_.health, result.test.id, Interrupted);
@@ -276,7 +277,7 @@ void TestRun::CheckBoard(TestResult& result) {
   result.suspect = true;
 }
 
-/// A result that is not stored is none, and the run cannot go on.
+/// A result that cannot be stored does not count, and the run cannot continue.
 void TestRun::Lose(TestResult& result, const std::string& problem) {
   Fail(problem);
   result.verdict = Verdict::kError;

@@ -1,4 +1,4 @@
-// A run of selected tests without an operator, from its plan to its results.
+// An unattended run of selected tests, from its plan to its results.
 #pragma once
 
 #include <cstdint>
@@ -18,36 +18,38 @@
 
 namespace runner {
 
-/// Which tests come next: rounds of the selection, each in an order of its own when shuffled.
+/// Which tests come next: rounds of the selection, each in a different order when shuffled.
 class Plan {
  public:
   Plan(std::size_t tests, const Options& options);
 
-  /// Indexes into the selection for the next round, in its order; nothing after the last round.
+  /// Indexes into the selection for the next round, in execution order; nothing after the last
+  /// round.
   std::optional<std::vector<std::size_t>> NextRound();
-  /// Number of the round that `NextRound` gave last, from 1 on.
+  /// Number of the round that `NextRound` returned last, starting at 1.
   int Round() const { return round_; }
-  /// Rounds that have not begun; 0 when nobody knows how many there are.
+  /// Rounds that have not begun; 0 if their number is unknown.
   int RoundsLeft() const { return lastRound_ == 0 ? 0 : lastRound_ - round_; }
   bool HasTests() const { return tests_ > 0; }
-  /// Tests in all; 0 when the end is open.
+  /// Total number of tests; 0 if it is not known in advance.
   std::size_t Size() const;
 
  private:
   std::size_t tests_;
   std::optional<uint32_t> seed_;
-  int lastRound_;  // 0: none
+  int lastRound_;  // 0: unlimited
   bool open_;      // a result may end the run before its last round
   int round_ = 0;
 };
 
-/// Runs the tests of a plan one by one and tells listeners and the journal.
+/// Runs the tests of a plan one by one and reports to the listeners and the journal.
 class TestRun {
  public:
   TestRun(const Options& options, std::vector<TestEntry> tests, std::vector<AnswerRule> rules,
           ResultDirectory& directory, std::vector<std::unique_ptr<RunListener>> listeners);
 
-  /// Does the whole run, with the journal's `earlier` tests told first. Returns the exit status.
+  /// Executes the whole run and reports the journal's `earlier` tests first. Returns the exit
+  /// status.
   int Do(const std::vector<JournalEntry>& earlier);
 
  private:
@@ -74,15 +76,15 @@ class TestRun {
   Plan plan_;
   RunLedger ledger_;
   std::size_t listed_ = 0;
-  std::string stop_;  // why no further test is run; empty: nothing stops the run
+  std::string stop_;  // why no further test is run; empty: the run continues
   bool harnessFailed_ = false;
 };
 
-/// From now on SIGINT, SIGTERM and SIGHUP end the run in good order.
+/// From now on SIGINT, SIGTERM and SIGHUP end the run in an orderly way.
 void CatchInterrupts();
 
-/// Sends standard output to /dev/null for its life: the frame tells an operator more than a run
-/// wants to show.
+/// Redirects standard output to /dev/null while it exists; the interactive output is too verbose
+/// for unattended runs.
 class MutedOutput {
  public:
   MutedOutput();

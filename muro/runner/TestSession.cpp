@@ -13,7 +13,7 @@ namespace runner {
 namespace {
 
 constexpr int kLookMs = 50;
-constexpr double kLooksAgainS = 5;  // tests look for keys more often
+constexpr double kLooksAgainS = 5;  // tests poll for keys more often than this
 
 constexpr char kInterrupted[] = "the run was interrupted";
 constexpr std::size_t kKeptPrompt = 8192;
@@ -29,12 +29,12 @@ std::string Limit(double seconds) {
   return text;
 }
 
-/// Adds to what a line says.
+/// Appends `text` to a line.
 void AddTo(std::string& line, const std::string& text) {
   line += (line.empty() ? "" : "; ") + text;
 }
 
-/// In the child: the test, whose end of input is a failure as it is for an operator.
+/// In the child: runs the test; the end of input is a failure, as it is for an operator.
 int RunTest(TestCase& test, const std::string& key) {
   MarkWaiting(key);
   console::SetEndOfInputHandler([] { LeaveChild(1); });
@@ -100,7 +100,7 @@ void TestSession::Tell(std::string_view text) {
   listener_(text);
 }
 
-/// What is too long to be kept is left out.
+/// Content beyond the limit is left out.
 void TestSession::Attached(const std::string& name, const std::string& part) {
   const bool isFileName = !name.empty() && name[0] != '.' && name.find('/') == std::string::npos;
   lastOutput_ = Clock::now();
@@ -136,7 +136,7 @@ void TestSession::Answer(const std::string& keys) {
   printed_.clear();
 }
 
-/// Looks at the panel; the time that it takes is not the test's.
+/// Looks at the panel; the time that it takes does not count as the test's.
 Sight TestSession::LookAt(std::string_view question) {
   const auto before = Clock::now();
   Sight sight = Look(eyes_, entry_.id, std::string(question), interrupted_);
@@ -146,7 +146,7 @@ Sight TestSession::LookAt(std::string_view question) {
   return sight;
 }
 
-/// What the command sees before the test is for its own use; its status decides nothing.
+/// The look before the test is for the command's own use; its status has no effect.
 void TestSession::LookBefore() {
   LookAt("before the test");
   looked_ = false;
@@ -155,7 +155,7 @@ void TestSession::LookBefore() {
 
 void TestSession::AskEyes() {
   const Sight sight = LookAt(Trimmed(TestCase::kVerdictQuestion));
-  if (interrupted_()) return;  // what that means is decided in one place
+  if (interrupted_()) return;  // its effect is decided in one place
   if (sight.kind == Sight::kCannotTell) {
     Break(Verdict::kBlocked, sight.Text());
     return;
@@ -164,7 +164,7 @@ void TestSession::AskEyes() {
   Answer(sight.kind == Sight::kYes ? "y\n" : "n\n");
 }
 
-/// Nothing passes that eyes have not seen to be right.
+/// A test does not pass unless eyes have confirmed it.
 void TestSession::LookAtTheEnd() {
   const Sight sight = LookAt("at the end of the test");
   if (interrupted_()) {
@@ -197,7 +197,7 @@ void TestSession::WatchLimits() {
   }
 }
 
-/// A test that only looks for a key goes on: it waits as long as it looks again and again.
+/// A test that only polls for a key counts as waiting as long as it keeps polling.
 bool TestSession::IsWaiting(double limitS) const {
   const bool looksNoMore = waitsFor_ == console::Input::kPoll &&
                            SecondsSince(waitingSince_) > std::min(kLooksAgainS, limitS / 2);

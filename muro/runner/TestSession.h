@@ -1,4 +1,4 @@
-// One test run without its operator: answers typed, limits kept, the end judged.
+// One unattended test run: answers typed, limits kept, the end judged.
 #pragma once
 
 #include <chrono>
@@ -19,30 +19,30 @@
 
 namespace runner {
 
-/// What became of a test.
+/// The result of a test.
 struct Outcome {
   Verdict verdict = Verdict::kError;
-  std::string message;  // one clean line; empty when there is nothing to tell
+  std::string message;  // one clean line; empty if there is nothing to report
   double seconds = 0;
-  int result = 1;            // what the report's line says: 0 pass, 1 fail, anything else undefined
+  int result = 1;            // for the report's line: 0 pass, 1 fail, anything else undefined
   int prompts = 0;           // how often it waited for input before the question for the verdict
   bool interrupted = false;  // ended because the run was interrupted
   bool harness = false;      // the harness could not run the test at all
-  std::vector<std::string> findings;  // JSON objects, a line each
-  std::vector<Typed> typed;           // where the answers are in what the listener heard
+  std::vector<std::string> findings;  // JSON objects, one line each
+  std::vector<Typed> typed;           // positions of the answers in the listener's text
   std::map<std::string, std::string> attachments;  // files of the test: content by name
 };
 
 class TestSession {
  public:
-  /// Hears what the test prints and what is typed, as it would stand on a terminal.
+  /// Receives what the test prints and what is typed, as a terminal would show it.
   using Listener = std::function<void(std::string_view text)>;
 
-  /// With `eyes`, they answer the question for the verdict, and no rule does.
+  /// With `eyes`, the command answers the question for the verdict, and rules for it are not used.
   TestSession(const TestEntry& entry, const std::vector<AnswerRule>& rules, const Limits& limits,
               Listener listener, EyesSettings eyes = {});
 
-  /// Runs the test to its end. Becomes an error as soon as `interrupted` gives true.
+  /// Runs the test to its end. The result is an error as soon as `interrupted` returns true.
   Outcome Run(bool (*interrupted)());
 
  private:
@@ -75,12 +75,12 @@ class TestSession {
   Clock::time_point start_ = Clock::now();
   Clock::time_point lastOutput_ = start_;
   std::string printed_;       // since the last answer
-  std::size_t told_ = 0;      // bytes that the listener heard
+  std::size_t told_ = 0;      // bytes passed to the listener
   std::size_t attached_ = 0;  // bytes
   console::Input waitsFor_ = console::Input::kLine;
   Clock::time_point waitingSince_;
   bool waiting_ = false;  // for an answer that no rule gives
-  bool broken_ = false;   // the verdict is there before the test's end
+  bool broken_ = false;   // the verdict is known before the test's end
   std::string remarks_;
   Outcome outcome_;
 };

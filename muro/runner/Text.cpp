@@ -84,7 +84,8 @@ std::string EscapedCharacter(char c) {
   return static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? HexEscape(c) : std::string(1, c);
 }
 
-/// Takes one escape behind its backslash from the beginning of `text`. Nothing for an unknown one.
+/// Decodes the escape after a backslash at the beginning of `text` and removes it. Nothing for an
+/// unknown one.
 std::optional<char> TakeEscape(std::string_view& text) {
   if (text.empty()) return std::nullopt;
   for (const ShortEscape& escape : kShortEscapes) {

@@ -22,8 +22,8 @@ TraceCopy::TraceCopy(const std::string& path)
 bool TraceCopy::Keep(const std::string& copyPath) const {
   if (path_.empty()) return true;
   const int from = OpenInputFile(path_);
-  if (from < 0) return true;  // the HAL was not called yet
-  // A file that became shorter was begun anew.
+  if (from < 0) return true;  // the HAL has not been called yet
+  // A file that became shorter was restarted.
   lseek(from, SizeOf(path_) < begin_ ? 0 : begin_, SEEK_SET);
   OutputFile copy(copyPath, -1);
   char block[65536];

@@ -9,11 +9,11 @@ namespace runner {
 
 class TraceCopy {
  public:
-  /// Notes where the file ends now; an empty path is no trace.
+  /// Notes the present end of the file; an empty path means that there is no trace.
   explicit TraceCopy(const std::string& path);
 
-  /// Copies what was appended since then. True also when there is no trace; false when the copy
-  /// could not be written.
+  /// Copies what was appended since then. True also if there is no trace; false if the copy could
+  /// not be written.
   bool Keep(const std::string& copyPath) const;
 
  private:

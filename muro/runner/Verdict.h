@@ -1,4 +1,4 @@
-// What can become of a test in an unattended run.
+// The possible results of a test in an unattended run.
 #pragma once
 
 #include <array>
@@ -9,9 +9,9 @@ namespace runner {
 enum class Verdict {
   kPass,     // it ran, it was judged, and its line is in the report
   kFail,     // it ran and failed
-  kError,    // it crashed, hung, exited, or its result says nothing
+  kError,    // it crashed, hung, exited, or its result is undefined
   kBlocked,  // it waited for an answer that nobody gave
-  kSkipped,  // it was left out
+  kSkipped,  // it was not run
 };
 
 inline constexpr std::array<std::string_view, 5> kVerdictNames = {"PASS", "FAIL", "ERROR",
