@@ -58,8 +58,8 @@ struct Options {
   std::string strip;
 };
 
-/// Reads a command line (without the program's name). Returns an error in one line, empty when all
-/// is well.
+/// Reads a command line (without the program's name). Returns a one-line error, empty on
+/// success.
 std::string ParseOptions(const std::vector<std::string>& words, Options& options);
 
 /// The help text.

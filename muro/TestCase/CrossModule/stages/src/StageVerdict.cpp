@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Number of sound rows that counts as much.
+/// With fewer compared rows, the sound counts as too little to compare.
 constexpr int64_t kMuchSound = 1000;
 
 /// Why there is nothing to judge; empty if there is something.

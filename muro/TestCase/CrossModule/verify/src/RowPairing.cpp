@@ -82,7 +82,7 @@ class Pairer {
 
   /// True if at least a few rows of the stretches are the same.
   bool AreAlike() const {
-    constexpr std::size_t kFewest = 16;  // divisor: at least one row in so many
+    constexpr std::size_t kFewest = 16;  // divisor: at least one row in this many
     std::vector<uint64_t> goldenKeys;
     std::vector<uint64_t> dumpKeys;
     for (const FrameRow& row : golden_) goldenKeys.push_back(KeyOf(row, kPts | kContent, false, 0));

@@ -4,6 +4,6 @@
 class UTSvpTestCase {
  public:
   static int UTSvpTestCase1(char*);
-  /// Returns 1: it is there for the operator's own player, and its outcome is fixed.
+  /// A placeholder for the operator's own player: always returns 1.
   static int UTSvpTestCase2(char*);
 };
