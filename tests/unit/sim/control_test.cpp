@@ -75,7 +75,7 @@ TEST(Signal, StandardTimingsHaveStandardClocks) {
       }
     }
   }
-  EXPECT_GT(standard, 30);
+  EXPECT_EQ(standard, 40);
 }
 
 TEST(State, ShowsWhatIsProgrammed) {
@@ -85,7 +85,13 @@ TEST(State, ShowsWhatIsProgrammed) {
                                  "calls, for 2 calls\n"),
             std::string::npos)
       << simhal::State();
-  EXPECT_EQ(simhal::State().find("2 times\n  none"), std::string::npos);
+  EXPECT_EQ(simhal::State().find("2 calls\n  none"), std::string::npos);
+  EXPECT_EQ(simhal::Apply("misbehave K2V_RHAL_VSC_Open hang --at 2"), "");
+  EXPECT_NE(simhal::State().find("programmed misbehaviour: K2V_RHAL_VSC_Open hang, after 1 call\n"),
+            std::string::npos)
+      << simhal::State();
+  EXPECT_NE(simhal::Apply("misbehave K2V_RHAL_VSC_Open hang --in 2").find("invalid option '--in'"),
+            std::string::npos);
 }
 
 TEST(Signal, NeedsCableSourceAndHotPlug) {
