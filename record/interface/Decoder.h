@@ -21,7 +21,7 @@ class Arena {
   /// Zeroed and aligned for everything.
   void* Allocate(size_t bytes);
   /// In the lowest 4 GiB, where the link's slave reaches it, at `wanted` where that is free; null
-  /// when there is none.
+  /// if there is none.
   void* AllocateLow(size_t bytes, uint32_t wanted);
 
  private:

@@ -11,7 +11,7 @@ namespace record {
 using Sha256Digest = std::array<uint8_t, 32>;
 using Salt = std::array<uint8_t, 16>;
 
-/// Enough to tell two secrets of one recording apart.
+/// Enough to distinguish two secrets of one recording.
 struct ShortDigest {
   uint8_t bytes[8];
 };

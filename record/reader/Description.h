@@ -22,7 +22,7 @@ struct Type {
   const Record* returned = nullptr;
   uint32_t count = 0;          // of an array; 0: no array
   bool isBuffer = false;       // its number of elements precedes it
-  bool isAlwaysThere = false;  // behind a pointer, even a null one
+  bool isAlwaysThere = false;  // present even if the pointer is null
 
   bool IsNumber() const { return record == nullptr && returned == nullptr; }
 };
@@ -30,7 +30,7 @@ struct Type {
 struct Field {
   std::string name;
   Type type;
-  bool isOfProcess = false;  // tells nothing from run to run
+  bool isOfProcess = false;  // differs from run to run
 };
 
 struct Record {

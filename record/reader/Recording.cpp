@@ -55,7 +55,7 @@ bool StreamReader::End(const std::string& problem) {
   return false;
 }
 
-// The file is opened anew for each packet, so that thousands of threads need no descriptors.
+// The file is opened again for each packet, so that thousands of threads need no descriptors.
 bool StreamReader::ReadPacket() {
   std::ifstream file(path_, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(offset_));

@@ -43,7 +43,7 @@ class StreamReader {
 
   /// The next event; false at the end. What keeps it from reading on is in `Problem()`.
   bool Next(Event& event);
-  /// The time of the first event, for the order of streams; false when there is none.
+  /// The time of the first event, for the order of streams; false if there is none.
   bool PeekBegin(uint64_t& ns);
 
   uint32_t Pid() const { return header_.pid; }
@@ -69,7 +69,7 @@ class StreamReader {
 
 class Recording {
  public:
-  /// Opens the recording in `directory`; null with `error` when it is none.
+  /// Opens the recording in `directory`; null with `error` if it is not a recording.
   static std::unique_ptr<Recording> Open(const std::filesystem::path& directory,
                                          std::string& error);
 

@@ -70,7 +70,7 @@ std::string AllFields(const Value& value) {
   return text + '}';
 }
 
-// What stands behind the colon of ${field:format}.
+// The text after the colon of ${field:format}.
 std::string Formatted(const Value& value, std::string_view format) {
   if (format.empty()) return ValueText(value);
   if (format == "s") return Characters(value.bytes);

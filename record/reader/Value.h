@@ -43,7 +43,7 @@ struct Value {
   std::vector<Value> items;  // fields of a record, or records of an array
 
   int64_t Signed() const { return static_cast<int64_t>(number); }
-  /// A field by its name, "a.b" one of a record in it; null when there is none.
+  /// A field by its name, "a.b" one of a record in it; null if there is none.
   const Value* Find(std::string_view name) const;
 };
 

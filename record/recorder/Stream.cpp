@@ -30,7 +30,7 @@ uint64_t MonotonicNs() {
   return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(now.tv_nsec);
 }
 
-// A file that ends behind its last event is shorter, and says the same.
+// A file that ends after its last event is shorter and equivalent.
 Stream::~Stream() {
   if (packet_ == nullptr) return;
   const off_t end = fileBytes_ - static_cast<off_t>(size_) + static_cast<off_t>(used_);

@@ -27,7 +27,7 @@ typename Call::Function Next() {
   return next;
 }
 
-// Handlers get no argument that tells them apart, so that each one gets a function of its own.
+// Handlers have no argument that identifies them, so each one gets its own function.
 template <typename Call>
 class Trampolines {
  public:

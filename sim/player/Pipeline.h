@@ -44,7 +44,7 @@ class Pipeline : public MediaListener {
   const DisplayMode display_;
   const StageDumps dumps_;
   const RunClock clock_;
-  std::optional<FrameValues> held_;  // until the next picture tells how long it is shown
+  std::optional<FrameValues> held_;  // until the next picture determines its duration
   int64_t frameRateMilliHz_ = 0;
   int64_t duration90k_ = 0;
   int previousLuma_ = 255;

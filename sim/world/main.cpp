@@ -1,5 +1,5 @@
 // cvnworld: services around a running board. Its network cable leads to a TFTP server and has
-// the state that the marks in the simulator's directory tell; events that are due happen though
+// the state given by the marks in the simulator's directory; events that are due happen though
 // nobody calls the HAL.
 #include <fcntl.h>
 #include <poll.h>

@@ -38,10 +38,10 @@ std::string FromHex(std::string_view text) {
 std::string Text(const record::Call& call) {
   bool isEntryGood = false, isBackGood = false;
   const auto entry = ReadCall(*call.function, false, call.entry, isEntryGood);
-  fuzz::Require(isEntryGood, "an entry was taken that is none");
+  fuzz::Require(isEntryGood, "a malformed entry was accepted");
   if (call.endNs == 0) return CallText(*call.function, entry, nullptr);
   const auto back = ReadCall(*call.function, true, call.back, isBackGood);
-  fuzz::Require(isBackGood, "a return was taken that is none");
+  fuzz::Require(isBackGood, "a malformed return was accepted");
   return CallText(*call.function, entry, &back);
 }
 

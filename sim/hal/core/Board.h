@@ -292,7 +292,7 @@ constexpr uint32_t kNominalPeriodMs = 2000;
 struct Thermal {
   int32_t degreesOverNominal;
   uint32_t settings;  // counts the temperatures that were set
-  uint32_t periodMs;  // 0: kNominalPeriodMs; kForEver: tells changes only
+  uint32_t periodMs;  // 0: kNominalPeriodMs; kForEver: reports changes only
 };
 
 struct Device {

@@ -25,7 +25,7 @@ struct Kind {
   uint32_t depth;                                // K2V_HDMI_DEPTH_*
   int hdcpVersion;                               // K2V_HDMI_HDCP_*
   uint8_t keySelection[K2V_HDMI_HDCP_ID_BYTES];  // 20 of 40 bits are 1; zeros without HDCP 1.x
-  uint32_t eotf;                                 // K2V_HDMI_EOTF_*; SDR is not told
+  uint32_t eotf;                                 // K2V_HDMI_EOTF_*; SDR is not signalled
   bool isRgb;
 };
 
@@ -192,7 +192,7 @@ uint8_t PictureAspect(const K2V_HDMI_TIMING_T& timing, Room room) {
 // The formats of HDMI 1.4b that came before CEA-861 had codes for them: these go by HDMI_VIC.
 uint8_t HdmiVic(const HdmiPort& port) {
   static constexpr uint32_t kVicOf[] = {0, 95, 94, 93, 98};
-  if (Announces3d(port)) return 0;  // the info-frame tells that instead
+  if (Announces3d(port)) return 0;  // the info-frame signals that instead
   const auto* found = std::find(std::begin(kVicOf), std::end(kVicOf), port.timing.format);
   return found == std::end(kVicOf) ? 0 : static_cast<uint8_t>(found - std::begin(kVicOf));
 }

@@ -1,4 +1,4 @@
-// A HAL with all functions and nothing behind them: they answer 0 and write nothing. The call whose
+// A stub HAL with all functions: they return 0 and write nothing. The call whose
 // number STUB_FAIL names answers -1, the first one takes STUB_MS. K2V_RHAL_VSC_DM_Open calls the
 // thermal handler on a thread of its own.
 #include <atomic>

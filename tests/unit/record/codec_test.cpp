@@ -22,7 +22,7 @@ namespace {
 
 enum class Pattern { kLowest, kHighest, kCounting, kNull };
 
-/// Gives a call arguments: numbers at the limits of their types, and something behind each pointer.
+/// Gives a call arguments: numbers at the limits of their types, and valid memory for each pointer.
 template <bool isReturn>
 class Filler : public Codec<Filler<isReturn>, isReturn> {
  public:

@@ -1,4 +1,4 @@
-// The recorder, the tool and the replay as programs, in front of a HAL with nothing behind it.
+// The recorder, the tool and the replay as programs, in front of a stub HAL.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
