@@ -25,8 +25,21 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
       file(MAKE_DIRECTORY "${root}/share/man/man1")
       execute_process(COMMAND "${root}/bin/${program}" --document
         OUTPUT_FILE "${root}/share/man/man1/${program}.1" COMMAND_ERROR_IS_FATAL ANY)
+      set(PROGRAM ${program})
+      set(HELP --help)
+      configure_file("${CPACK_CVN_SOURCE}/packaging/completion.in"
+        "${root}/share/bash-completion/completions/${program}" @ONLY)
     endif()
   endforeach()
+  # What cvnboard starts; only the name differs.
+  if(EXISTS "${root}/bin/cvnboard")
+    execute_process(
+      COMMAND help2man --no-info --version-string=${CPACK_PACKAGE_VERSION}
+        "--name=switch on a simulated board and run a program there"
+        "${root}/lib/cvntester-sim/sim/board/board-run"
+      COMMAND sed -e "s/board-run/cvnboard/g; s/BOARD-RUN/CVNBOARD/g; s/board\\\\-run/cvnboard/g"
+      OUTPUT_FILE "${root}/share/man/man1/cvnboard.1" COMMAND_ERROR_IS_FATAL ANY)
+  endif()
   file(GLOB pages "${root}/share/man/man*/*")
   execute_process(COMMAND gzip -9n ${pages} "${documents}/changelog" "${documents}/changelog.Debian"
     COMMAND_ERROR_IS_FATAL ANY)
