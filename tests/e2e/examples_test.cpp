@@ -82,7 +82,7 @@ std::vector<Example> ExamplesIn(const fs::path& document) {
 
 /// A line without colours, times, dates and blanks at its end.
 std::string Comparable(std::string line) {
-  line = std::regex_replace(line, std::regex("\x1b\\[[0-9;]*m|\r|[ \t]+$"), "");
+  line = std::regex_replace(line, std::regex("\x1b\\[[0-9;]*[A-Za-z]|\r|[ \t]+$"), "");
   line = std::regex_replace(line, std::regex("\\d+\\.\\d{3} s"), "SECONDS");
   line = std::regex_replace(line, std::regex("\\d\\d_\\d\\d_\\d\\d_\\d\\d_\\d\\d|\\d{4}_\\d{6}"),
                             "DATE");
@@ -185,7 +185,7 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
       const std::string& all = pty_->Transcript();
       const std::string end =
           std::regex_replace(all.substr(std::max(from, all.size() < 80 ? 0 : all.size() - 80)),
-                             std::regex("\x1b\\[[0-9;]*m"), "");
+                             std::regex("\x1b\\[[0-9;]*[A-Za-z]"), "");
       if (std::ranges::any_of(kPrompts, [&](const char* prompt) { return end.ends_with(prompt); }))
         return true;
       std::this_thread::sleep_for(std::chrono::milliseconds(5));

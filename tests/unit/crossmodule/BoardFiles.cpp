@@ -26,8 +26,9 @@ namespace crossmodule {
 
 namespace {
 
-// The drivers' directory has a fixed path.
-[[maybe_unused]] const bool kAlone = test::HaveAlone("/tmp/cross_module");
+// The drivers' directory and that of the logs have fixed paths.
+[[maybe_unused]] const bool kAlone =
+    test::HaveAlone("/tmp/cross_module") && test::HaveAlone("/tmp/var/log");
 
 std::string Dump(const player::Clip& clip, int64_t clock, player::Stage stage,
                  const std::vector<player::Defect>& defects) {

@@ -67,7 +67,7 @@ foreach(our their IN ZIP_LISTS ours theirs)
 endforeach()
 file(REMOVE_RECURSE "${copy}" "${BUILD}/sdk.new")
 
-run("${CMAKE_COMMAND}" -S "${SOURCE}/contrib/cmake" -B "${BUILD}/build" -G "${GENERATOR}"
+run("${CMAKE_COMMAND}" --fresh -S "${SOURCE}/contrib/cmake" -B "${BUILD}/build" -G "${GENERATOR}"
   -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}
   -D CMAKE_CXX_FLAGS=-O0 -D SDK_HAL_LIBRARY=${HAL_LIBRARY} -D SDK_INCLUDE_DIR=${BUILD}/sdk)
 set(ENV{CMAKE_BUILD_PARALLEL_LEVEL} 2)
