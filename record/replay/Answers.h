@@ -70,10 +70,10 @@ class ReturnDecoder : public Codec<ReturnDecoder, true> {
 
   void OutText(char* text, uint64_t room, bool) {
     const auto content = bytes_.TakeBytes(bytes_.TakeCount());
-    if (text == nullptr || room == 0) return;
-    const size_t kept = std::min<size_t>(content.size(), static_cast<size_t>(room) - 1);
+    if (text == nullptr) return;
+    const size_t kept = std::min<size_t>(content.size(), static_cast<size_t>(room));
     std::copy_n(content.begin(), kept, text);
-    text[kept] = '\0';
+    if (kept < room) text[kept] = '\0';  // a text that fills the buffer has none
   }
 
   void OutSecret(void* secret, uint64_t room, bool) {

@@ -92,8 +92,12 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
   template <typename T>
   void OutBuffer(T*, uint64_t, bool) {}
   void OutSecret(const void*, uint64_t, bool) {}
-  void OutText(char* text, uint64_t, bool) {
-    if (text != nullptr) std::strcpy(text, "text");
+  // The longest one fills its buffer and has no zero byte.
+  void OutText(char* text, uint64_t room, bool) {
+    EXPECT_EQ(room, uint64_t{K2V_VPQ_TEXT_BYTES});
+    if (text == nullptr) return;
+    std::memset(text, 'x', kRoom);
+    if (pattern_ != Pattern::kHighest) std::strcpy(text, "text");
   }
   void InText(const char*& text) { text = pattern_ == Pattern::kNull ? nullptr : "name"; }
   template <typename Function>
