@@ -1,9 +1,12 @@
 // Calls every function of the simulated board's HAL, so that the board's own trace can be held
-// against a recording. Arguments come from the C++ types alone: what the recorder is told of
-// directions and sizes has no part in them.
+// against a recording, and what a replay writes against what the board wrote. Arguments come from
+// the C++ types alone: what the recorder is told of directions and sizes has no part in them.
+#include <sys/mman.h>
+
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -16,17 +19,28 @@ constexpr size_t kRoom = 1 << 17;  // behind every pointer; the last byte stays 
 
 enum class Pattern { kNull, kZero, kOne, kCounting };
 
+/// Prints a hash of the memory that a call or a handler was given.
+void PrintMemory(std::string_view name, const void* memory, size_t bytes) {
+  const std::string_view content(static_cast<const char*>(memory), bytes);
+  std::printf("%.*s %zu bytes, %zx\n", static_cast<int>(name.size()), name.data(), bytes,
+              std::hash<std::string_view>()(content));
+}
+
 class Caller {
  public:
   Caller(Pattern pattern, bool ends, RLink* link) : pattern_(pattern), ends_(ends), link_(link) {}
 
   template <typename Result, typename... Arguments>
   void Call(std::string_view name, Result (*function)(Arguments...)) {
-    if (IsCalled(name)) function(Argument<Arguments>()...);
+    if (!IsCalled(name)) return;
+    function(Argument<Arguments>()...);
+    PrintBlocks(name);
   }
   template <typename Result, typename... Arguments>
   void Call(std::string_view name, Result (RLink::*method)(Arguments...)) {
-    if (IsCalled(name)) (link_->*method)(Argument<Arguments>()...);
+    if (!IsCalled(name)) return;
+    (link_->*method)(Argument<Arguments>()...);
+    PrintBlocks(name);
   }
 
  private:
@@ -70,19 +84,30 @@ class Caller {
     return 0;
   }
 
+  // Nothing can be read after its end, so that a size that is too large always ends there.
   void* Memory() {
-    std::vector<uint8_t>& block = blocks_.emplace_back(kRoom);
+    constexpr size_t kGuard = 1 << 16;
+    void* const map =
+        mmap(nullptr, kRoom + kGuard, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    auto* const block = static_cast<uint8_t*>(map);
+    if (map == MAP_FAILED || mprotect(block + kRoom, kGuard, PROT_NONE) != 0) std::exit(1);
+    blocks_.push_back(block);
     for (size_t i = 0; i + 1 < kRoom && pattern_ != Pattern::kZero; ++i) {
       block[i] = pattern_ == Pattern::kOne ? i % 4 == 0 : static_cast<uint8_t>(i + blocks_.size());
     }
-    return block.data();
+    return block;
+  }
+
+  void PrintBlocks(std::string_view name) {
+    for (; printed_ < blocks_.size(); ++printed_) PrintMemory(name, blocks_[printed_], kRoom);
   }
 
   Pattern pattern_;
   bool ends_;
   RLink* link_;
   unsigned last_ = 0;
-  std::deque<std::vector<uint8_t>> blocks_;
+  std::vector<uint8_t*> blocks_;  // until the process ends
+  size_t printed_ = 0;            // of the blocks
 };
 
 void CallAll(Pattern pattern, bool ends, RLink* link) {
@@ -113,11 +138,26 @@ void UseScaler() {
   std::vector<uint8_t> capture(K2V_CAPTURE_BYTES + 100);
   K2V_VSC_CAPTURE_INFO_T info = {capture.data(), K2V_CAPTURE_BYTES + 100, 0, 0};
   K2V_RHAL_VSC_CaptureVideoFrame(0, &info);
+  K2V_VPQ_PIXEL_INFO_T pixel = {30, 40, 1, 2, 3};
+  K2V_RHAL_VPQEX_GetPixelinfo(&pixel);
+  PrintMemory("K2V_RHAL_VPQEX_GetPixelinfo", &pixel, sizeof pixel);
+}
+
+RLNK_HOST_SESSION heardSession = {};
+RLNK_CMD_PARAMS heardParams = {};
+
+// Answers the second and the third parameter, the slave's output parameters.
+void HandleCommand(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) {
+  heardSession = *session;
+  heardParams = *params;
+  params->param[1] = {21, 22};
+  params->param[2] = {23, 24};
 }
 
 // With data in a buffer of the link, in one piece and around its end.
 void UseLink(RLink* link) {
   RLNK_HOST_SESSION session = {};
+  link->RegisterInvokeCommand(0x54455354, HandleCommand);
   link->OpenSession(0x54455354, &session);
   RLNK_BUFFER* const buffer = link->AllocateBuffer(&session, 100, RLNK_BUFFER_RECEIVE);
   for (const uint32_t taken : {60U, 79U}) {
@@ -125,11 +165,18 @@ void UseLink(RLink* link) {
     link->Send(&session, &params);
     RLNK_BUFFER_RANGE range = {};
     link->GetBufferDataRange(&session, buffer, &range);
+    PrintMemory("start_1", range.start_1, range.size_1);
+    PrintMemory("start_2", range.start_2, range.size_2);
     uint8_t data[79];
     link->GetBuffer(&session, buffer, data, taken);
   }
   link->ReleaseBuffer(&session, buffer);
+  RLNK_CMD_PARAMS invoke = {0x1003, 0, {}};
+  link->Send(&session, &invoke);
   link->CloseSession(&session);
+  PrintMemory("RLink::CloseSession", &session, sizeof session);
+  PrintMemory("session of the handler", &heardSession, sizeof heardSession);
+  PrintMemory("parameters of the handler", &heardParams, sizeof heardParams);
 }
 
 constexpr struct {
