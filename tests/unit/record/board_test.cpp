@@ -77,7 +77,9 @@ std::string Differences(const std::string& arguments) {
   Record(arguments);
   const std::vector<std::string> traced = CallsIn(Name(arguments) + ".trace");
   std::vector<std::string> recorded = Tool("print " + Name(arguments));
-  std::string text = "== " + arguments + ": " + Sizes(Name(arguments)) + '\n';
+  // With numbers that count up a call may look at two bytes more or less in another run.
+  std::string text = "== " + arguments;
+  text += (arguments == "counting" ? "" : ": " + Sizes(Name(arguments))) + '\n';
   for (const std::string& line : recorded) text += IsHandler(line) ? line + '\n' : "";
   std::erase_if(recorded, IsHandler);
   EXPECT_EQ(recorded.size(), traced.size());
