@@ -1,7 +1,7 @@
 #include "ColorGain.h"
 
 #include <algorithm>
-#include <iterator>
+#include <array>
 
 namespace {
 
@@ -10,7 +10,7 @@ constexpr uint8_t kNeutralGain = 128;
 constexpr int kHueStepsPerAdvancedUnit = 6;
 
 // Table entries that the choices of the advanced menu change.
-constexpr unsigned kAdvancedEntries[] = {6, 2, 1};
+constexpr std::array kAdvancedEntries = {6U, 2U, 1U};
 
 struct ExpertOffsets {
   int8_t saturation;
@@ -18,8 +18,9 @@ struct ExpertOffsets {
   int8_t brightness;
 };
 
-int8_t advancedOffsets[std::size(kAdvancedEntries)];
-ExpertOffsets expertOffsets[kExpertRegionCount];
+// Reached by at(), which ends the program at an index out of range in every build.
+std::array<int8_t, kAdvancedEntries.size()> advancedOffsets;
+std::array<ExpertOffsets, kExpertRegionCount> expertOffsets;
 
 uint8_t Moved(uint8_t gain, int offset) {
   return static_cast<uint8_t>(std::clamp(gain + offset, 0, 255));
@@ -27,17 +28,17 @@ uint8_t Moved(uint8_t gain, int offset) {
 
 void Keep(const ICM_PC_PARAM_T& param) {
   if (param.index < 0 || param.index >= std::ssize(advancedOffsets)) return;
-  advancedOffsets[param.index] = static_cast<int8_t>(param.value);
+  advancedOffsets.at(static_cast<uint8_t>(param.index)) = static_cast<int8_t>(param.value);
 }
 
 }  // namespace
 
 int8_t KeptAdvancedOffset(int8_t index) {
-  return advancedOffsets[index];
+  return advancedOffsets.at(static_cast<uint8_t>(index));
 }
 
 ICM_CM_PARAM_T KeptExpertOffsets(uint8_t region) {
-  const ExpertOffsets& kept = expertOffsets[region];
+  const ExpertOffsets& kept = expertOffsets.at(region);
   return {region, kept.saturation, kept.hue, kept.brightness};
 }
 
@@ -53,9 +54,9 @@ void utility_calc_test_cm_ui_match_gain_adv(ICM_PC_PARAM_T* param, CHIP_COLOR_CO
   if (in == nullptr || out == nullptr) return;
   if (param != nullptr) Keep(*param);
   *out = *in;
-  for (std::size_t i = 0; i < std::size(kAdvancedEntries); ++i) {
-    uint8_t& hue = out->stRegion[kAdvancedEntries[i]].nHueGain;
-    hue = Moved(hue, kHueStepsPerAdvancedUnit * advancedOffsets[i]);
+  for (std::size_t i = 0; i < advancedOffsets.size(); ++i) {
+    uint8_t& hue = out->stRegion[kAdvancedEntries.at(i)].nHueGain;
+    hue = Moved(hue, kHueStepsPerAdvancedUnit * advancedOffsets.at(i));
   }
 }
 
@@ -64,12 +65,12 @@ void utility_calc_test_cm_ui_match_gain_exp(ICM_CM_PARAM_T* param, CHIP_COLOR_CO
   if (in == nullptr || out == nullptr) return;
   *out = *in;
   if (param != nullptr) {
-    if (param->region >= std::size(expertOffsets)) return;
-    expertOffsets[param->region] = {param->saturation, param->hue, param->brightness};
+    if (param->region >= expertOffsets.size()) return;
+    expertOffsets.at(param->region) = {param->saturation, param->hue, param->brightness};
   }
-  for (std::size_t region = 0; region < std::size(expertOffsets); ++region) {
+  for (std::size_t region = 0; region < expertOffsets.size(); ++region) {
     CHIP_COLOR_CONTROL_ENTRY_T& entry = out->stRegion[region];
-    const ExpertOffsets& offsets = expertOffsets[region];
+    const ExpertOffsets& offsets = expertOffsets.at(region);
     entry.nHueGain = Moved(entry.nHueGain, offsets.hue);
     entry.nSaturationGain = Moved(entry.nSaturationGain, offsets.saturation);
     entry.nBrightnessGain = Moved(entry.nBrightnessGain, offsets.brightness);
