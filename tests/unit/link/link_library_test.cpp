@@ -40,6 +40,16 @@ class LinkLibrary : public testing::Test {
     return params.param[2].a;
   }
 
+  /// Waits until both threads of the link have worked. While a thread starts, the sanitizer's
+  /// runtime holds locks that a child forked meanwhile could never take.
+  void WaitForThreads() {
+    RLNK_CMD_PARAMS invoke{0x1003, 0, {}};
+    EXPECT_EQ(link_->Send(&session_, &invoke), 0);
+    RLNK_HOST_SESSION other{};
+    EXPECT_EQ(link_->OpenSession(kClass + 1, &other), 0);
+    EXPECT_EQ(link_->CloseSession(&other), 0);
+  }
+
   std::unique_ptr<RLink> link_{RLink::Create()};
   RLNK_HOST_SESSION session_{};
 };
@@ -99,6 +109,7 @@ bool Succeeded(pid_t child) {
 }
 
 TEST_F(LinkLibrary, ProcessesExchangeDataThroughARing) {
+  WaitForThreads();
   RLNK_BUFFER* const toHost = Allocate(1000, RLNK_BUFFER_RECEIVE);
   RLNK_BUFFER* const toSlave = Allocate(1000, RLNK_BUFFER_SEND);
   ASSERT_EQ(Put(toSlave, 300), 0);
