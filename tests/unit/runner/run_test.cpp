@@ -182,6 +182,16 @@ TEST_F(RunTest, StopsOnAnUnhealthyBoardAndContinuesLater) {
             "provisional");
 }
 
+TEST_F(RunTest, ChecksNoBoardAfterAFailureOfTheHarness) {
+  options_.health.command = "test -z \"$CVN_TEST\"";
+  std::filesystem::remove_all(std::filesystem::path(report_).parent_path());
+  EXPECT_EQ(Run({3, 1}), 99);
+  EXPECT_EQ(lines_, (Lines{"2", "1 A/3 ERROR cannot write the report",
+                           "2 A/1 SKIPPED cannot write the report provisional",
+                           "2 listed = 1 run + 1 skipped + 0 blocked; 0 passed, 0 failed, 1 "
+                           "errors"}));
+}
+
 TEST_F(RunTest, AnInterruptedTestIsASuspectError) {
   EXPECT_EQ(Run({1, 2}), 1);
   std::string journal = TextOf(results_ + "/journal");

@@ -55,6 +55,13 @@ TEST(TextTest, AProblemIsOneLineThatNoTerminalObeys) {
             "cvntester: answers:1: unknown backslash in '\\ x'\n");
 }
 
+TEST(MarksTest, EachKeyIsAnotherRandomNumber) {
+  const std::string key = runner::MakeMarkKey();
+  EXPECT_EQ(key.size(), 16U);
+  EXPECT_EQ(key.find_first_not_of("0123456789abcdef"), std::string::npos) << key;
+  EXPECT_NE(key, runner::MakeMarkKey());
+}
+
 TEST(MarksTest, MarksAreFoundHoweverTheOutputIsCut) {
   const std::string key = "0123";
   const std::string marked =
