@@ -4,9 +4,13 @@
 //   <!-- example -->              the lines after "$ " are run by the shell, in order
 //   <!-- example, typed: 3 2 Q --> the first command is started at a terminal, where these words
 //   are
-//                                 typed; a block without a command goes on in the session before it
+//                                 typed; a block without a command goes on in the session before
+//                                 it. The word "$" runs the next command of the second terminal, a
+//                                 line of the block that begins with blanks and "$ ", as soon as
+//                                 the line before it was printed.
 //   <!-- file: NAME -->           the block is written to a file
 //   <!-- run: COMMAND -->         runs COMMAND without showing it
+//   <!-- typed: 3 2 Q -->         types words without showing the output
 // In the expected output "…" stands for any text, and a line of "…" for any lines. Times and dates
 // are not compared. A session shows what it printed since the words were typed, from its first line
 // on.
@@ -33,7 +37,8 @@ using Lines = std::vector<std::string>;
 constexpr int kLimitMs = 120'000;  // playing a file takes its time
 // How the prompts of sessions end.
 constexpr const char* kPrompts[] = {
-    " choice : ", "'N' ", ")=", "[100]: ", "setting):", "keep): ", "rounds: "};
+    " choice : ", "'N' ",      ")=",          "[100]: ",  "setting):", "keep): ", "rounds: ",
+    "(HDMI4);\n", "(wid_1)\n", "(960*540)\n", "(Win1)\n", "(DRM);\n",  "1(No)\n", "(Close)\n"};
 
 struct Example {
   int line = 0;        // of the document
@@ -42,6 +47,13 @@ struct Example {
   bool isTyped = false;
   Lines keys;
   Lines block;
+
+  /// A command of the second terminal, and the line of output that it follows.
+  struct Aside {
+    std::string after;
+    std::string command;
+  };
+  std::vector<Aside> asides;
 };
 
 Lines LinesOf(const std::string& text) {
@@ -58,8 +70,25 @@ Lines Words(const std::string& text) {
   return words;
 }
 
+/// Moves the commands of the second terminal from the block to `asides`.
+void SeparateAsides(Example& example) {
+  const std::regex aside(" {8,}\\$ (.*)");
+  std::string last;
+  Lines block;
+  for (const std::string& line : example.block) {
+    std::smatch match;
+    if (std::regex_match(line, match, aside)) {
+      example.asides.push_back({last, match[1]});
+    } else {
+      block.push_back(line);
+      if (line != "…") last = line;
+    }
+  }
+  example.block = block;
+}
+
 std::vector<Example> ExamplesIn(const fs::path& document) {
-  const std::regex marker("<!-- (example|file|run)(?:, typed)?(?:: (.*))? -->");
+  const std::regex marker("<!-- (example|file|run|typed)(?:, typed)?(?:: (.*))? -->");
   const Lines lines = LinesOf(test::FileText(document));
   std::vector<Example> examples;
   for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -69,11 +98,15 @@ std::vector<Example> ExamplesIn(const fs::path& document) {
     example.line = static_cast<int>(i) + 1;
     if (match[1] == "run") {
       example.hidden = match[2];
+    } else if (match[1] == "typed") {
+      example.isTyped = true;
+      example.keys = Words(match[2]);
     } else {
       if (match[1] == "file") example.file = match[2];
       example.isTyped = match[1] == "example" && match[2].matched;
       example.keys = Words(match[2]);
       for (i += 2; i < lines.size() && lines[i] != "```"; ++i) example.block.push_back(lines[i]);
+      if (example.isTyped) SeparateAsides(example);
     }
     examples.push_back(example);
   }
@@ -84,6 +117,8 @@ std::vector<Example> ExamplesIn(const fs::path& document) {
 std::string Comparable(std::string line) {
   line = std::regex_replace(line, std::regex("\x1b\\[[0-9;]*[A-Za-z]|\r|[ \t]+$"), "");
   line = std::regex_replace(line, std::regex("\\d+\\.\\d{3} s"), "SECONDS");
+  line = std::regex_replace(line, std::regex("^ *\\d+\\.\\d{6} +(\\d+\\.\\d us )?\\d+/\\d+"),
+                            "TIME PROCESS");
   line = std::regex_replace(line, std::regex("\\d\\d_\\d\\d_\\d\\d_\\d\\d_\\d\\d|\\d{4}_\\d{6}"),
                             "DATE");
   return std::regex_replace(line, std::regex("[ \t]+$"), "");
@@ -130,12 +165,16 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
       GTEST_SKIP() << "this is not the build that run.sh starts";
     BoardFixture::SetUp();
     if (IsSkipped()) return;
+    const std::string document = GetParam();
+    if (Sandbox() != "bwrap" && (document == "docs/RECORDING.md" || document == "docs/FARM.md"))
+      GTEST_SKIP() << "needs the board in namespaces";
     // Builds what is out of date, which would be announced in the first example.
     ASSERT_EQ(test::RunShell(CVN_SOURCE_DIRECTORY "/run.sh -- --version").status, 0);
     // A checkout as the document sees it, with a board of its own.
     directory_ = Board().parent_path() / "checkout";
     fs::create_directory(directory_);
-    fs::create_directory_symlink(CVN_SOURCE_DIRECTORY "/build", directory_ / "build");
+    for (const std::string name : {"build", "sim", "tools"})
+      fs::create_directory_symlink(fs::path(CVN_SOURCE_DIRECTORY) / name, directory_ / name);
     std::ofstream(directory_ / "run.sh")
         << "#!/bin/sh\nexec " CVN_SOURCE_DIRECTORY "/run.sh --board ./board \"$@\"\n";
     fs::permissions(directory_ / "run.sh", fs::perms::owner_all);
@@ -195,9 +234,19 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
     return false;
   }
 
+  /// Waits until `line` is in the session's output after the first `from` bytes.
+  bool IsPrinted(const std::string& line, std::size_t from) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLimitMs);
+    while (pty_->Transcript().find(line, from) == std::string::npos) {
+      if (std::chrono::steady_clock::now() > limit) return false;
+      (void)pty_->WaitReading(20);
+    }
+    return true;
+  }
+
   void PlaySession(const Example& example) {
     std::size_t at = 0;
-    if (IsCommand(example.block[0])) {
+    if (!example.block.empty() && IsCommand(example.block[0])) {
       const std::string command = TakeCommand(example.block, at);
       pty_.reset();
       pty_ = std::make_unique<test::Pty>(
@@ -206,11 +255,21 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
       begin_ = 0;
     }
     ASSERT_NE(pty_, nullptr) << "no session to type in";
-    for (const std::string& key : example.keys) {
+    auto aside = example.asides.begin();
+    std::size_t typedAt = 0;
+    for (std::size_t i = 0; i < example.keys.size(); ++i) {
+      if (example.keys[i] == "$") {
+        ASSERT_NE(aside, example.asides.end()) << "no command for the second terminal";
+        ASSERT_TRUE(IsPrinted(aside->after, typedAt)) << pty_->Transcript();
+        EXPECT_EQ(Shell(aside->command).status, 0) << aside->command;
+        ++aside;
+        continue;
+      }
       ASSERT_TRUE(IsAsking(0)) << pty_->Transcript();
-      const std::size_t from = pty_->Transcript().size();
-      pty_->SendLine(key);
-      ASSERT_TRUE(IsAsking(from) || pty_->ExpectEnd(kLimitMs)) << pty_->Transcript();
+      typedAt = pty_->Transcript().size();
+      pty_->SendLine(example.keys[i]);
+      if (i + 1 < example.keys.size() && example.keys[i + 1] == "$") continue;
+      ASSERT_TRUE(IsAsking(typedAt) || pty_->ExpectEnd(kLimitMs)) << pty_->Transcript();
     }
     const Lines expected(example.block.begin() + static_cast<std::ptrdiff_t>(at),
                          example.block.end());
@@ -234,7 +293,8 @@ TEST_P(Examples, DoWhatTheDocumentShows) {
 
 INSTANTIATE_TEST_SUITE_P(Documents, Examples,
                          testing::Values("README.md", "docs/UNATTENDED.md", "docs/PLAYBACK.md",
-                                         "sim/README.md"),
+                                         "docs/RECORDING.md", "docs/RECEIVERS.md", "docs/PANEL.md",
+                                         "docs/REPORT.md", "docs/FARM.md", "sim/README.md"),
                          [](const auto& document) {
                            std::string name = document.param;
                            std::erase_if(name, [](char c) { return !std::isalnum(c); });
