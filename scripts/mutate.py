@@ -400,14 +400,14 @@ class Order:
     def runners_of(self, path, line):
         """Names of the tests that may see a fault in a line, of those that run lines near it, and of those that
         run itself. What is no code, such as the rows of a table, belongs to all that run anything of its file,
-        and what others include to all tests."""
+        and what others include to all tests. A file of which nothing is run is seen by none."""
         lines = self.lines.get(path, {})
         exactly = lines.get(line, set())
         around = set().union(*(lines.get(line + i, set()) for i in range(-LINES_BEFORE, LINES_BEHIND + 1)))
         if exactly:
             return around, around, exactly
         everybody = {test['name'] for test in self.tests}
-        return set().union(*lines.values()) if path.endswith('.cpp') and lines else everybody, around, exactly
+        return set().union(*lines.values()) if path.endswith('.cpp') else everybody, around, exactly
 
     def of(self, path, line):
         near = words_of(path)

@@ -148,6 +148,10 @@ TEST_F(RunTest, EndsWhereRequested) {
                            "3 listed = 2 run + 1 skipped + 0 blocked; 1 passed, 1 failed, 0 "
                            "errors; 2 rounds skipped"}));
   std::filesystem::remove_all(results_);
+  options_.repeat = 1;
+  EXPECT_EQ(Run({2, 1}), 1);
+  EXPECT_EQ(lines_[0], "2") << "of one round the number of tests is known";
+  std::filesystem::remove_all(results_);
   options_.stopOnFail = false;
   options_.repeat = 2;
   EXPECT_EQ(Run({1}), 0);
