@@ -15,8 +15,8 @@ import subprocess
 import sys
 import xml.etree.ElementTree as ElementTree
 
-FIRST_EVENT_ID = 16  # ids below are marks
-# Their sizes are the architecture's. Whether a char has a sign is, too, but it is text.
+FIRST_EVENT_ID = 16  # lower ids are marks
+# Their sizes depend on the architecture. So does the signedness of char, but char is text.
 INTEGERS = {
     'char': 'char', 'bool': 'u', 'signed char': 'i', 'unsigned char': 'u',
     'short int': 'i', 'short unsigned int': 'u', 'int': 'i', 'unsigned int': 'u',
@@ -75,7 +75,7 @@ class Headers:
         done = subprocess.run([castxml, '--castxml-output=1', '--castxml-cc-gnu', '(', *compiler, ')',
                                '-std=c++17', '-I', directory, '-o', output, source],
                               stderr=subprocess.PIPE, text=True, check=False)
-        if done.returncode != 0:  # otherwise there is only a remark on how ARM passes numbers
+        if done.returncode != 0:  # on success, stderr has only a note on how ARM passes numbers
             sys.exit(done.stderr)
         root = ElementTree.parse(output).getroot()
         self.nodes = {node.get('id'): node for node in root}
@@ -86,14 +86,14 @@ class Headers:
                          for node in self.declared if node.tag == 'Typedef'}
 
     def strip(self, type_id):
-        """The node of a type without its typedefs, const and the like."""
+        """The node of a type without typedefs, const and elaborated names."""
         node = self.nodes[type_id]
         while node.tag in ('Typedef', 'CvQualifiedType', 'ElaboratedType'):
             node = self.nodes[node.get('type')]
         return node
 
     def spelling(self, type_id):
-        """A type as C++ writes it."""
+        """A type as spelled in C++."""
         node = self.nodes[type_id]
         if node.tag == 'CvQualifiedType':
             return 'const ' + self.spelling(node.get('type'))
@@ -104,7 +104,7 @@ class Headers:
         return node.get('name') or self.typedefs.get(node.get('id'))
 
     def functions(self):
-        """(name, class or None, node) of everything that can be called."""
+        """(name, class or None, node) of all callable functions."""
         found = [(node.get('name'), None, node) for node in self.declared
                  if node.tag == 'Function' and node.get('name').startswith('K2V_')]
         for node in self.declared:
@@ -119,7 +119,7 @@ class Headers:
         return next(own for own in self.names if name.endswith('/' + own))
 
     def callback(self, type_id):
-        """The function type that a callback type points to, or nothing."""
+        """The function type that a callback type points to, or None."""
         node = self.strip(type_id)
         if node.tag != 'PointerType':
             return None
@@ -134,7 +134,7 @@ class Generator:
         self.used = set()
         self.records = {}  # name: code
         self.with_buffers = set(self.layouts)
-        self.described = []  # lines for readers
+        self.described = []  # lines for the readers
         self.tsdl = []
         self.calls = []
 
@@ -150,7 +150,7 @@ class Generator:
         raise Problem(f'{where}: nothing is known of its type {self.headers.spelling(type_id)}')
 
     def element(self, type_id, where, fallback=None):
-        """Describes a type: a scalar, or a record, which gets its Visit function."""
+        """Describes a type: a scalar, or a record, for which it adds a Visit function."""
         node = self.headers.strip(type_id)
         if node.tag not in ('Struct', 'Class'):
             return self.scalar(type_id, where)
@@ -182,7 +182,7 @@ class Generator:
         self.write_record(name, alias, phases, code)
 
     def field(self, record, field, kind):
-        """Returns how a field is described, its C++, and an alias for a type without a name."""
+        """Returns the description of a field, its C++, and an alias for an unnamed type."""
         name, where = field.get('name'), f'record {record}, field {field.get("name")}'
         node = self.headers.strip(field.get('type'))
         if node.tag == 'PointerType':
@@ -218,7 +218,7 @@ class Generator:
             code[phase] += line
 
     def add_rooms(self, kinds, code):
-        """Memory of the caller has the size that other fields of the record give it."""
+        """Memory of the caller has the size that other fields of the record specify."""
         for field, kind in kinds.items():
             if kind.startswith('out['):
                 code['entry'] += f'v.FieldRoom(r.{field}, {self.count(kind, "r.", set())}); '
@@ -268,7 +268,7 @@ class Generator:
 
     @staticmethod
     def count(kind, prefix, pointers):
-        """The number of elements in C++, in 64 bits, 0 where a pointer that it needs is null."""
+        """The number of elements in C++, in 64 bits; 0 if a pointer that it needs is null."""
         text = re.search(r'\[(.*?)\]', kind)[1]
         needed = [name for name in pointers if re.search(rf'\*{name}\b|\b{name}->', text)]
         wide = re.sub(r'(?<![\w>])(\*?)([A-Za-z_]\w*)(->\w+)?',
@@ -327,7 +327,7 @@ class Generator:
                 '' if kind == 'in' else f'v.Out({name}, ok); ')
 
     def result(self, function, type_id):
-        """Returns (description, C++) of what is returned."""
+        """Returns (description, C++) of the result."""
         node = self.headers.strip(type_id)
         if node.tag == 'FundamentalType' and node.get('name') == 'void':
             return 'none u8', ''
@@ -373,7 +373,7 @@ class Generator:
         self.describe_call(name, 'callback' if is_callback else 'call', described, result)
 
     def add_link_end(self):
-        """The end of a link, which waits for what its slave still does."""
+        """The deletion of a link, which waits until its slave has finished."""
         self.calls.append({
             'name': 'RLink::Delete', 'cpp': 'RLink_Delete', 'arguments': [], 'return': '',
             'entry': 'v.Object(link); ', 'result': 'void', 'method': True, 'callback': False,
@@ -381,7 +381,7 @@ class Generator:
         self.describe_call('RLink::Delete', 'call', ['this u32 link'], 'none u8')
 
     def callback_names(self, name, index):
-        """castxml keeps no names of a callback's parameters; the header's text has them."""
+        """castxml drops the names of a callback's parameters; the header's text has them."""
         for header in self.headers.names:
             with open(os.path.join(self.directory, header), encoding='utf-8') as file:
                 found = re.search(r'\(\*' + name + r'\)\(([^)]*)\)', file.read())
@@ -409,8 +409,8 @@ class Generator:
                              f'fields := struct {{ {body}}}; }};')
 
     def optional(self, name, flag, element, phase):
-        """What a pointer to one points to. A record with buffers is always there: readers of the
-        format find the length of a buffer only where no other sequence is around it."""
+        """What a pointer to one element points to. A record with buffers is always present: readers
+        of the format find the length of a buffer only where no other sequence is around it."""
         known = {line.split('|')[0][7:] for line in self.described if line.startswith('record ')}
         length = '' if element in self.with_buffers else f'[{name}_{flag}]'
         return f'u8 {name}_{flag}; {self.tsdl_type(element, phase, known)} {name}{length}; '
@@ -507,7 +507,7 @@ class Generator:
                 f'  void Make([[maybe_unused]] Function next) {{ {assign}{make}; }}\n}};\n')
 
     def uses(self):
-        """One macro a kind of call: CALL for functions, METHOD for those of links, CALLBACK."""
+        """One macro per kind of call: FUNCTION, METHOD and LINK_FUNCTION (of links), CALLBACK."""
         lines = []
         for call in self.calls:
             if call['name'] == 'RLink::Delete':

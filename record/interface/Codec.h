@@ -1,9 +1,9 @@
-// How calls become bytes and back. HalInterface.h, which is generated, visits the arguments and
-// results of every call and the fields of every record with what is here; Description reads the
-// same bytes without knowing the call.
+// Encodes and decodes calls. HalInterface.h, which is generated, visits the arguments and results
+// of every call and the fields of every record with these classes; Description reads the same bytes
+// without knowing the call.
 //
-// All numbers are little-endian without padding. Behind a pointer: one byte, whether it was given,
-// and what it points to; a number of elements precedes those of a buffer.
+// All numbers are little-endian without padding. A pointer is encoded as one byte, 0 if it is null,
+// and what it points to; the elements of a buffer follow their number.
 #pragma once
 
 #include <algorithm>
@@ -26,7 +26,7 @@ concept IsA = std::same_as<std::remove_const_t<T>, Record>;
 template <typename T>
 concept IsScalar = std::is_arithmetic_v<T> || std::is_enum_v<T>;
 
-// What a failed call should have written is not looked at.
+// The outputs of a failed call are ignored.
 template <std::integral T>
 bool Succeeded(T result) {
   return result == 0;
@@ -36,26 +36,26 @@ bool Succeeded(const T* result) {
   return result != nullptr;
 }
 
-// Records with buffers in them: a place of their own is kept for those that are not there.
+// Records that contain buffers are encoded even if the pointer to them is null.
 template <typename Record>
 inline constexpr bool kHasBuffers = false;
 
 enum : uint32_t {
-  kMaxBufferBytes = 16 << 20,  // of one buffer; what follows is not recorded
+  kMaxBufferBytes = 16 << 20,  // of one buffer; the rest is not recorded
   kMaxTextBytes = 4096,
-  kMaxSecretBytes = 4096,  // that count for the digest
+  kMaxSecretBytes = 4096,  // of a secret that the digest covers
 };
 
-/// Stand-ins for secrets of which a recording has the digest alone.
+/// Substitutes for secrets, of which a recording contains only the digests.
 class SecretMemory {
  public:
   virtual ~SecretMemory() = default;
-  /// Hears of a secret that a call was given; returns its digest, that of the recording for a
-  /// stand-in.
+  /// Registers a secret that was passed to a call. Returns its digest; for a stand-in, the digest
+  /// in the recording.
   virtual ShortDigest Given(const ShortDigest& digest, const void* secret, size_t size) = 0;
 };
 
-/// What the bytes of a call depend on beside its arguments.
+/// What the encoding of a call depends on besides its arguments.
 struct CodecContext {
   Salt salt{};
   Identities objects{};    // links and buffers
@@ -63,13 +63,13 @@ struct CodecContext {
   SecretMemory* secrets = nullptr;
 };
 
-/// Copies at most `size` bytes of the caller's memory, which may be shorter than its caller says.
-/// Returns how many there were.
+/// Copies at most `size` bytes of the caller's memory, which may be shorter than the caller claims.
+/// Returns the number of bytes copied.
 size_t CopyReadable(uint8_t* to, const void* from, size_t size);
-/// The same where the kernel cannot read another process's memory, or an emulator stands for it.
+/// The same, for kernels and emulators on which process_vm_readv() does not work.
 size_t CopyThroughPipe(uint8_t* to, const void* from, size_t size);
 
-/// What both directions share: arrays and records are visited element by element.
+/// What encoder and decoders share: arrays and records are visited element by element.
 template <typename Self, bool isReturn>
 class Codec {
  public:
@@ -93,10 +93,10 @@ class Codec {
   Self& self() { return static_cast<Self&>(*this); }
 };
 
-// The parameters of a command of the link: values that go the way of this event, and the content of
+// The parameters of a command of the link: the values of this event's direction, and the content of
 // memory instead of its address.
 struct LinkParameter {
-  static constexpr uint32_t kMemory = 4;  // of the type; the two bits below are its directions
+  static constexpr uint32_t kMemory = 4;  // bit of the type; the two bits below are its directions
   static bool IsMemory(uint32_t type) { return (type & kMemory) != 0; }
   static bool Goes(uint32_t type, bool isReturn) { return (type & (isReturn ? 2U : 1U)) != 0; }
   static uint32_t Type(const RLNK_CMD_PARAMS& params, unsigned index) {
@@ -120,18 +120,18 @@ void Visit(V& v, R& params) {
   }
 }
 
-/// Writes to memory of `room` bytes. What does not fit is counted, not written: then it is to be
-/// encoded again with `Size()` bytes of room.
+/// Writes to memory of `room` bytes. What does not fit is counted but not written; the caller then
+/// encodes again with `Size()` bytes of room.
 template <bool isReturn>
 class Encoder : public Codec<Encoder<isReturn>, isReturn> {
  public:
   Encoder(CodecContext& context, uint8_t* memory, size_t room)
       : context_(context), memory_(memory), room_(room) {}
 
-  /// Whether addresses of the link's memory are kept: those that the HAL gives mean something.
+  /// Whether addresses of the link's memory are kept: those given by the HAL are meaningful.
   bool keepsAddresses = false;
 
-  /// The number that a handler gets; 0: the next one.
+  /// The number assigned to a handler; 0: the next one.
   uint32_t handlerNumber = 0;
 
   size_t Size() const { return size_; }
@@ -251,7 +251,7 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
     return IsScalar<T>;
   }
 
-  // The HAL has just written it all.
+  // The HAL has just written all of it.
   template <typename T>
   void Memory(const T* elements, uint64_t count) {
     const size_t kept = static_cast<size_t>(std::min<uint64_t>(count, kMaxBufferBytes / sizeof(T)));
@@ -265,7 +265,7 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
     }
   }
 
-  // The HAL may refuse a call before it looks at a buffer that is shorter than its size says.
+  // The HAL may reject a call before it reads a buffer that is shorter than its stated size.
   template <typename T>
   void CallersMemory(const T* elements, uint64_t count) {
     const size_t most = static_cast<size_t>(std::min<uint64_t>(count, kMaxBufferBytes / sizeof(T)));
@@ -278,7 +278,7 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
     size_ += kept * sizeof(T);
   }
 
-  // As every buffer of the caller a secret may be shorter than its size says.
+  // Like any buffer of the caller, a secret may be shorter than its stated size.
   void Secret(const void* secret, uint64_t bytes) {
     uint8_t copy[kMaxSecretBytes];
     const size_t most = static_cast<size_t>(std::min<uint64_t>(bytes, sizeof copy));

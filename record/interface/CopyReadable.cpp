@@ -9,7 +9,7 @@
 namespace record {
 namespace {
 
-constexpr size_t kPageBytes = 4096;  // the smallest: memory ends nowhere else
+constexpr size_t kPageBytes = 4096;  // smallest page size: memory ends only at such boundaries
 
 }  // namespace
 

@@ -1,5 +1,5 @@
-// Calls out of their bytes: what a handler is called with or a call is made with again, and what a
-// recorded call gives back.
+// Decodes the arguments with which handlers are called and calls are repeated, and provides what
+// the decoder of results (replay/Answers.h) shares.
 #pragma once
 
 #include <memory>
@@ -10,7 +10,7 @@
 
 namespace record {
 
-/// Memory that what is decoded points to.
+/// Memory for the data that decoded pointers refer to.
 class Arena {
  public:
   Arena() = default;
@@ -18,10 +18,10 @@ class Arena {
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
 
-  /// Zeroed and aligned for everything.
+  /// Zeroed, and aligned for any type.
   void* Allocate(size_t bytes);
-  /// In the lowest 4 GiB, where the link's slave reaches it, at `wanted` where that is free; null
-  /// if there is none.
+  /// Memory in the lowest 4 GiB, which the link's slave can address; at `wanted` if that is free.
+  /// Null if there is none.
   void* AllocateLow(size_t bytes, uint32_t wanted);
 
  private:
@@ -35,7 +35,7 @@ class Arena {
   std::vector<Mapping> mappings_;
 };
 
-/// What both decoders share: the bytes. Behind their end everything is zero.
+/// What both decoders share: the bytes. Past their end, everything is zero.
 class DecoderBytes {
  public:
   explicit DecoderBytes(std::span<const uint8_t> bytes) : bytes_(bytes) {}
@@ -73,7 +73,7 @@ class EntryDecoder : public Codec<EntryDecoder, false> {
   EntryDecoder(CodecContext& context, std::span<const uint8_t> bytes, Arena& arena)
       : context_(context), bytes_(bytes), arena_(arena) {}
 
-  /// True when the call had secrets, which a recording does not have.
+  /// True if the call had secrets, which a recording does not contain.
   bool HadSecrets() const { return hadSecrets_; }
 
   template <typename T>
@@ -129,7 +129,7 @@ class EntryDecoder : public Codec<EntryDecoder, false> {
     elements = isGiven ? static_cast<T*>(arena_.Allocate(static_cast<size_t>(bytes))) : nullptr;
   }
 
-  /// Of a field that was `Given` before its size was known.
+  /// For a field that was `Given` before its size was known.
   template <typename T>
   void FieldRoom(T*& memory, uint64_t count) {
     const uint64_t bytes = std::min<uint64_t>(SizeOf<T>(count), kMaxBufferBytes);
@@ -139,7 +139,7 @@ class EntryDecoder : public Codec<EntryDecoder, false> {
   template <typename... Arguments>
   void Callback(void (*&function)(Arguments...)) {
     const uint32_t number = bytes_.TakeCount();
-    if (number != 0) function = [](Arguments...) {};  // a stand-in, for calls that are made again
+    if (number != 0) function = [](Arguments...) {};  // a placeholder, for repeated calls
   }
 
   template <typename T>
@@ -174,7 +174,7 @@ class EntryDecoder : public Codec<EntryDecoder, false> {
     }
   }
 
-  // Ended by a zero element, so that texts end.
+  // Followed by a zero element, so that texts are terminated.
   template <typename T>
   T* TakeElements() {
     const uint32_t count = std::min<uint32_t>(bytes_.TakeCount(), kMaxBufferBytes / sizeof(T));

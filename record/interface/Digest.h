@@ -1,4 +1,4 @@
-// Digests of what must not be recorded itself.
+// Digests of data that must not be recorded.
 #pragma once
 
 #include <array>
@@ -16,11 +16,11 @@ struct ShortDigest {
   uint8_t bytes[8];
 };
 
-/// SHA-256 of `parts` one after the other. Written here because the recorder must not bring a
-/// library along into the program that it watches.
+/// SHA-256 of the concatenated `parts`. Implemented here because the recorder must not load another
+/// library into the program that it records.
 Sha256Digest Sha256(std::span<const std::span<const uint8_t>> parts);
 
-/// The first bytes of the SHA-256 of `salt` and `size` bytes.
+/// The first bytes of the SHA-256 of `salt` followed by `size` bytes of `data`.
 ShortDigest SaltedDigest(const Salt& salt, const void* data, size_t size);
 
 }  // namespace record

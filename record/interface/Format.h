@@ -1,5 +1,5 @@
-// Layout of a recording's files, which is that of the Common Trace Format 1.8: a text file
-// `metadata` and a file for every thread, which consists of packets of events.
+// Layout of a recording's files, in the Common Trace Format 1.8: a text file `metadata` and one
+// file per thread, which consists of packets of events.
 #pragma once
 
 #include <cstdint>
@@ -8,17 +8,17 @@ namespace record {
 
 inline constexpr char kMetadataName[] = "metadata";
 inline constexpr uint32_t kPacketMagic = 0xC1FC1FC1;
-inline constexpr uint16_t kFirstCallEvent = 16;  // the numbers below are marks
+inline constexpr uint16_t kFirstCallEvent = 16;  // lower numbers are marks
 
-/// The beginning of a packet. `contentBits` grows with every event, so that the packet of a process
-/// that was killed is good up to its last whole event.
+/// The beginning of a packet. `contentBits` grows with every event, so that the packet of a killed
+/// process is valid up to its last complete event.
 struct PacketHeader {
   uint32_t magic;
   uint32_t pid;
   uint32_t tid;
   uint32_t parentPid;
   uint64_t beginNs;
-  uint64_t contentBits;  // header included
+  uint64_t contentBits;  // including the header
   uint64_t packetBits;   // from here to the next packet
 };
 static_assert(sizeof(PacketHeader) == 40, "no padding");

@@ -1,4 +1,4 @@
-// Small numbers for what has an address: links, their buffers, handlers.
+// Small numbers for objects that have an address: links, their buffers, handlers.
 #pragma once
 
 #include <cstdint>
@@ -7,21 +7,21 @@
 
 namespace record {
 
-/// Numbers from 1 on; 0 is what has none. Safe from several threads.
+/// Numbers start at 1; 0 means that there is none. Thread-safe.
 class Identities {
  public:
   /// The number of `address`, or 0.
   uint32_t Of(const void* address);
-  /// The number of `address`, which gets one when it has none.
+  /// The number of `address`; assigns one if it has none.
   uint32_t OfOrNew(const void* address);
-  /// A new number for `address`, which stands for something new. Nothing for null.
+  /// Assigns a new number to `address`, which now belongs to a new object. Does nothing for null.
   void Enter(const void* address);
-  /// Gives `address` this number, as a recording has it.
+  /// Assigns `number`, as found in a recording, to `address`.
   void Bind(const void* address, uint32_t number);
-  /// What has this number, or null.
+  /// The address with this number, or null.
   void* Find(uint32_t number);
 
-  /// Held over a fork, so that the child finds everything in order.
+  /// Locked during a fork, so that the child finds consistent data.
   std::mutex& Mutex() { return mutex_; }
 
  private:

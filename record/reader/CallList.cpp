@@ -15,7 +15,7 @@ struct Open {
 
 struct StreamState {
   std::vector<Open> open;
-  std::vector<std::vector<uint8_t>> spare;  // memory of calls that are done
+  std::vector<std::vector<uint8_t>> spare;  // memory of finished calls
   uint64_t calls = 0;
 };
 
@@ -57,7 +57,7 @@ class Reading {
     state.open.push_back({event.Call(), state.calls++, event.ns, std::move(memory), test_});
   }
 
-  // A return without its entry can come only from a file that somebody changed.
+  // A return without its entry occurs only in a file that was modified.
   void TakeReturn(size_t stream, const Event& event) {
     StreamState& state = streams_[stream];
     if (state.open.empty() || state.open.back().index != event.Call()) return;

@@ -124,7 +124,7 @@ bool Description::ParseText(std::string_view line) {
   const size_t space = line.find(' ');
   if (space == std::string_view::npos) return false;
   Record* const record = FindRecord(line.substr(0, space));
-  if (record == nullptr) return true;  // of a record that no function of these headers has
+  if (record == nullptr) return true;  // a record that no function of these headers uses
   line.remove_prefix(space + 1);
   if (TakePrefix(line, "unless ")) {
     const size_t end = line.find(' '), bar = line.find(" | ");
@@ -194,7 +194,7 @@ void Description::SpellRecord(const Record* record, std::string& text) const {
   }
 }
 
-// A function is another one when a record of it is.
+// A function is different if one of its records is different.
 std::string Description::Spelled(const Function& function) const {
   std::string text = function.line;
   for (const Argument& argument : function.arguments) {

@@ -55,7 +55,7 @@ bool StreamReader::End(const std::string& problem) {
   return false;
 }
 
-// The file is opened again for each packet, so that thousands of threads need no descriptors.
+// The file is reopened for each packet, so that thousands of threads do not run out of descriptors.
 bool StreamReader::ReadPacket() {
   std::ifstream file(path_, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(offset_));
@@ -65,7 +65,7 @@ bool StreamReader::ReadPacket() {
   const std::string at = " at byte " + std::to_string(offset_);
   if (got == 0) return End("");
   if (got < sizeof header) return End("cut" + at);
-  if (header.magic == 0) return End("");  // reserved, and the process ended
+  if (header.magic == 0) return End("");  // reserved by a process that has ended
   const uint64_t content = header.contentBits / 8, whole = header.packetBits / 8;
   const bool isRight = header.magic == kPacketMagic && content >= sizeof header &&
                        whole >= content && whole <= kMostPacketBytes;
@@ -83,7 +83,7 @@ bool StreamReader::ReadPacket() {
 bool StreamReader::PeekBegin(uint64_t& ns) {
   if (!ReadPacket()) return false;
   ns = header_.beginNs;
-  offset_ = 0;  // it is read again when its turn comes
+  offset_ = 0;  // read again when the stream's turn comes
   isCut_ = false;
   packet_ = {};
   return true;
@@ -167,7 +167,7 @@ void Recording::ForEach(const std::function<void(size_t stream, const Event& eve
   const auto put = [&](size_t stream) {
     if (streams_[stream]->Next(events[stream])) queue.push({events[stream].ns, stream});
   };
-  // A stream is opened when the others got to its beginning: not all are in memory at once.
+  // A stream is opened when the others have reached its beginning: not all are in memory at once.
   size_t opened = 0;
   for (;;) {
     while (opened < streams_.size() && (queue.empty() || begins_[opened] <= queue.top().ns)) {

@@ -1,4 +1,4 @@
-// A recording: its description, and the events of all its threads in the order of their times.
+// A recording: its description, and the events of all its threads in order of time.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@
 
 namespace record {
 
-/// An event where it lies; its payload lasts until the next one of its stream is read.
+/// An event in place; its payload is valid until the next event of its stream is read.
 struct Event {
   uint64_t ns = 0;
   uint16_t number = 0;
@@ -27,10 +27,10 @@ struct Event {
   unsigned Call() const { return (number - kFirstCallEvent) / 2U; }
 };
 
-/// What marks hold; `text` is a test, a prompt or an answer.
+/// The content of a mark; `text` is a test, a prompt or an answer.
 struct MarkText {
   uint32_t number = 0;
-  std::string kind;  // of input that a prompt wants
+  std::string kind;  // of input that the prompt expects
   std::string text;
   std::string verdict;
 };
@@ -41,7 +41,7 @@ class StreamReader {
  public:
   StreamReader(std::filesystem::path path, const Description& description);
 
-  /// The next event; false at the end. What keeps it from reading on is in `Problem()`.
+  /// The next event; false at the end. If it could not read on, `Problem()` has the reason.
   bool Next(Event& event);
   /// The time of the first event, for the order of streams; false if there is none.
   bool PeekBegin(uint64_t& ns);
@@ -77,15 +77,15 @@ class Recording {
   const Salt& TheSalt() const { return salt_; }
   const std::vector<std::unique_ptr<StreamReader>>& Streams() const { return streams_; }
 
-  /// Calls `each(stream, event)` for all events in the order of their times. Once only.
+  /// Calls `each(stream, event)` for all events in order of time. Can be called only once.
   void ForEach(const std::function<void(size_t stream, const Event& event)>& each);
-  /// What could not be read, a line each.
+  /// What could not be read, one line each.
   std::vector<std::string> Problems() const;
 
  private:
   std::unique_ptr<Description> description_;
   Salt salt_{};
-  std::vector<std::unique_ptr<StreamReader>> streams_;  // in the order of their beginnings
+  std::vector<std::unique_ptr<StreamReader>> streams_;  // in the order in which they begin
   std::vector<uint64_t> begins_;
 };
 

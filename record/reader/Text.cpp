@@ -110,7 +110,7 @@ std::string PointedText(const Value& value) {
                                 : ValueText(value);
 }
 
-// What was given is not all in what came back, where the two directions have other fields.
+// If the two directions have different fields, the result does not show all that was passed in.
 std::string InOutText(const Value& entered, const Value& back) {
   const bool isAll = back.record == entered.record || !back.record->text.empty();
   return isAll ? PointedText(back) : ValueText(entered).append(" -> ").append(ValueText(back));

@@ -7,21 +7,21 @@
 
 namespace record {
 
-/// A value: a number, {field=value, …} or what the record's template says. Long buffers are shown
-/// by their number of bytes and CRC-32.
+/// A value: a number, {field=value, …} or the text of the record's template. Long buffers are shown
+/// as their number of bytes and CRC-32.
 std::string ValueText(const Value& value);
 
-/// A value with all its fields, for comparisons of two recordings: without what is another one in
-/// every run, and of secrets their length.
+/// A value with all its fields, for comparing two recordings: without fields that differ in every
+/// run, and with only the length of secrets.
 std::string ComparedText(const Value& value);
 
-/// An argument, as it came back where the call wrote it. `back`: null when it did not return.
+/// An argument, with its returned value if the call wrote it. `back`: null if it did not return.
 std::string ArgumentText(const Argument& argument, const ArgumentValue& entered,
                          const ArgumentValue* back, bool succeeded);
 
 std::string ResultText(const Function& function, const ArgumentValue& result);
 
-/// True when what the call had to write counts.
+/// True if the outputs of the call are valid.
 bool HasSucceeded(const Function& function, const ArgumentValue& result);
 
 /// NAME(arguments) = result; without `back` NAME(arguments).

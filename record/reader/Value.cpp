@@ -52,7 +52,7 @@ uint64_t SignExtended(uint64_t number, const Type& type) {
   return static_cast<uint64_t>(static_cast<int64_t>(number << shift) >> shift);
 }
 
-// Makes values, or, where only the size is asked for, nothing.
+// Whether values are built, or only the size is determined.
 struct Keep {
   static constexpr bool kKeeps = true;
 };

@@ -1,4 +1,4 @@
-// The bytes of an event as values, by the description of its function.
+// Decodes the bytes of an event into values, using the description of its function.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace record {
 
 using Bytes = std::span<const uint8_t>;
 
-/// Takes numbers and bytes from the front of an event. Behind its end everything is zero.
+/// Takes numbers and bytes from the front of an event. Past its end, everything is zero.
 class ByteReader {
  public:
   explicit ByteReader(Bytes bytes) : bytes_(bytes) {}
@@ -43,13 +43,13 @@ struct Value {
   std::vector<Value> items;  // fields of a record, or records of an array
 
   int64_t Signed() const { return static_cast<int64_t>(number); }
-  /// A field by its name, "a.b" one of a record in it; null if there is none.
+  /// A field by its name; "a.b" is field b of record a. Null if there is none.
   const Value* Find(std::string_view name) const;
 };
 
-/// An argument as it was given or came back.
+/// An argument as it was passed or as it came back.
 struct ArgumentValue {
-  bool isGiven = true;  // not a null pointer; of what comes back: written
+  bool isGiven = true;  // not a null pointer; in results: written
   uint64_t room = 0;    // elements of an output buffer
   std::optional<Value> value;
 };
@@ -59,10 +59,10 @@ struct CallValues {
   ArgumentValue result;
 };
 
-/// The values of an entry or a return. `good` says whether the bytes were all that, and no more.
+/// The values of an entry or a return. `good`: whether the payload had exactly the bytes for them.
 CallValues ReadCall(const Function& function, bool isReturn, Bytes payload, bool& good);
 
-/// How many bytes an event has that begins here; nothing when it is not all there.
+/// The size in bytes of the event that begins here; nothing if it is incomplete.
 std::optional<size_t> SizeOfCall(const Function& function, bool isReturn, Bytes bytes);
 
 }  // namespace record

@@ -1,5 +1,5 @@
-// Marks that the harness leaves, so that the calls of one test can be found. It looks them up by
-// name.
+// Marks that the harness sets, so that the calls of one test can be found. The harness looks up
+// these functions by name.
 #include <cstdint>
 #include <cstring>
 

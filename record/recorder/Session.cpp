@@ -26,7 +26,7 @@ constinit thread_local ThreadState threadState;
 namespace {
 
 constexpr char kVariable[] = "CVN_RECORD";
-// Which recording the programs that this one starts may add to.
+// The recording to which programs started by this one may add.
 constexpr char kJoinVariable[] = "CVN_RECORD_JOIN";
 constexpr int kRefused = 2;  // exit status
 
@@ -36,11 +36,11 @@ std::string& Directory() {
   return directory;
 }
 
-// Shared with forked children: one line is enough for all of them.
+// Shared with forked children: one message is enough for all of them.
 std::atomic<bool>* isStopped = nullptr;
 bool isOn = false;
 
-/// The stream of a thread goes with it.
+/// Deletes the stream of a thread when the thread ends.
 struct OwnedStream {
   Stream* stream = nullptr;
   ~OwnedStream() {
@@ -50,7 +50,7 @@ struct OwnedStream {
 };
 thread_local OwnedStream ownedStream;
 
-// Not by printf: this runs in the middle of the harness's own output, or before main.
+// Not printf: this runs in the midst of the harness's own output, or before main.
 void Say(const std::string& text) {
   const std::string line = "cvnrecord: " + text + '\n';
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
@@ -124,7 +124,7 @@ void WriteMetadata(const std::string& text) {
   close(fd);
 }
 
-// A relative path would be another one after a change of the directory.
+// The path is made absolute: the program may change its working directory.
 void Begin() {
   if (mkdir(Directory().c_str(), 0755) != 0 && errno != EEXIST) Refuse(std::strerror(errno));
   char* const whole = realpath(Directory().c_str(), nullptr);
@@ -160,7 +160,7 @@ void StartInChild() {
   if (threadState.stream != nullptr) threadState.stream->Abandon();
 }
 
-// Commands that the harness starts inherit the recorder; they have no HAL.
+// Commands started by the harness inherit the recorder, but they have no HAL.
 bool HasHal() {
   return dlsym(RTLD_NEXT, "_ZN5RLink6CreateEv") != nullptr;
 }

@@ -6,8 +6,8 @@
 
 namespace record {
 
-/// What depends on the thread. A call that the HAL makes of its own, while it serves one, is not
-/// recorded; a call of a handler is.
+/// Per-thread state. Calls that the HAL itself makes while it serves a call are not recorded; calls
+/// made by a handler are.
 struct ThreadState {
   Stream* stream = nullptr;
   bool isInHal = false;
@@ -15,10 +15,10 @@ struct ThreadState {
 
 extern constinit thread_local ThreadState threadState __attribute__((tls_model("initial-exec")));
 
-/// True while this process records. It stops for good when there is no room.
+/// True while this process records. An error, such as a full disk, ends the recording for good.
 bool IsRecording();
 
-/// What the numbers and digests of this recording come from.
+/// The source of the numbers and digests in this recording.
 CodecContext& Context();
 
 /// This thread's stream.
@@ -27,7 +27,7 @@ Stream& ThreadStream();
 /// Ends the recording with one line on standard error.
 void StopRecording(int error);
 
-/// Writes one event of this thread, while the recording goes on.
+/// Writes one event of this thread unless the recording has ended.
 template <typename Encode>
 void WriteEvent(uint16_t event, Encode encode) {
   if (!IsRecording()) return;
@@ -35,7 +35,7 @@ void WriteEvent(uint16_t event, Encode encode) {
   if (const int error = stream.Write(event, MonotonicNs(), encode)) StopRecording(error);
 }
 
-/// Records a call: its arguments, `make()`, and what came back. `isCallback`: of the HAL to us.
+/// Records a call: its arguments, `make()`, and its results. `isCallback`: the HAL calls a handler.
 template <typename Call, typename Make>
 void RecordCall(Call& call, bool isCallback, Make make) {
   if (!IsRecording() || (threadState.isInHal && !isCallback)) {

@@ -13,10 +13,10 @@
 namespace record {
 namespace {
 
-// The first packet is small: most processes that a run forks call little.
+// The first packet is small: most processes forked by a run make few calls.
 constexpr size_t kFirstPacketBytes = 64 << 10;
 constexpr size_t kPacketBytes = 256 << 10;
-constexpr size_t kPageBytes = 64 << 10;  // the largest of our architectures
+constexpr size_t kPageBytes = 64 << 10;  // largest page size of our architectures
 
 size_t WholePages(size_t bytes) {
   return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;
@@ -30,7 +30,7 @@ uint64_t MonotonicNs() {
   return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(now.tv_nsec);
 }
 
-// A file that ends after its last event is shorter and equivalent.
+// Truncated after its last event, the file is shorter and equivalent.
 Stream::~Stream() {
   if (packet_ == nullptr) return;
   const off_t end = fileBytes_ - static_cast<off_t>(size_) + static_cast<off_t>(used_);
@@ -57,7 +57,7 @@ void Stream::Commit(uint16_t event, uint64_t ns, size_t size) {
   std::memcpy(at, &event, sizeof event);
   std::memcpy(at + sizeof event, &ns, sizeof ns);
   used_ += kEventHeaderBytes + size;
-  // The event counts from here on, for who looks at the file of a killed process, too.
+  // From here on the event is valid, also for readers of a killed process's file.
   std::atomic_ref(Header().contentBits).store(used_ * 8, std::memory_order_release);
 }
 
@@ -71,7 +71,7 @@ int Stream::Open() {
   }
 }
 
-// The space is reserved first: a write to a mapping for which the disk has none ends the process.
+// The space is reserved first: a write to a mapping without disk space kills the process.
 int Stream::NextPacket(uint64_t ns, size_t needed) {
   ClosePacket();
   if (fd_ < 0) {
@@ -83,7 +83,7 @@ int Stream::NextPacket(uint64_t ns, size_t needed) {
     [[maybe_unused]] const int kept = ftruncate(fd_, fileBytes_);
     return error;
   }
-  // A large packet is for a buffer of which there may be less than its caller said.
+  // A large packet is for a buffer that may be shorter than its caller claims.
   const int populate = size <= kPacketBytes ? MAP_POPULATE : 0;
   void* const memory =
       mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | populate, fd_, fileBytes_);

@@ -1,5 +1,5 @@
-// What one thread records: a file of packets, written through a shared mapping, so that everything
-// is in the file the moment it was written, whatever happens to the process.
+// The events of one thread: a file of packets, written through a shared mapping, so that every
+// event is in the file as soon as it is written, whatever happens to the process.
 #pragma once
 
 #include <sys/types.h>
@@ -17,14 +17,14 @@ uint64_t MonotonicNs();
 
 class Stream {
  public:
-  /// Nothing is opened before the first event. `directory` must stay.
+  /// Nothing is opened before the first event. `directory` must outlive the stream.
   explicit Stream(const std::string& directory) : directory_(directory) {}
   ~Stream();
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
 
   /// Writes one event: `encode(memory, room)` returns how many bytes it needs, and is called again
-  /// when there was not so much room. Returns 0 or the error that ended the stream.
+  /// if there was not enough room. Returns 0, or the error that ended the stream.
   template <typename Encode>
   int Write(uint16_t event, uint64_t ns, Encode encode) {
     for (;;) {

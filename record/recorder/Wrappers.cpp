@@ -1,5 +1,5 @@
-// The HAL's functions in front of the HAL's own. All of them are generated, one line each; what is
-// here is what they have in common.
+// Wrappers around the HAL's functions. All of them are generated, one line each; this file has what
+// they share.
 #include <dlfcn.h>
 
 #include <array>
@@ -13,7 +13,7 @@
 namespace record {
 namespace {
 
-// A board's library without a function that the harness does not call is fine.
+// A board's library may lack functions that the harness does not call.
 void* NextSymbol(const char* name) {
   void* const found = dlsym(RTLD_NEXT, name);
   if (found != nullptr) return found;
@@ -33,7 +33,7 @@ class Trampolines {
  public:
   using Function = typename Call::Function;
 
-  /// What the HAL calls in place of `function`; `function` itself when all are taken.
+  /// The function passed to the HAL in place of `function`; `function` itself if all are in use.
   static Function For(Function function) {
     if (function == nullptr || !IsRecording()) return function;
     for (size_t i = 0; i < kCount; ++i) {
@@ -68,7 +68,7 @@ class Trampolines {
       Maker<Function>::All(std::make_index_sequence<kCount>());
 };
 
-// What a call passes on: handlers are replaced, everything else stays.
+// What a call passes on: handlers are replaced, everything else is unchanged.
 template <typename T>
 T Passed(T argument) {
   return argument;
@@ -116,7 +116,7 @@ ForwardMethod<Call, Method> Through(RLink* shown, RLink* link, Method method) {
   return {shown, link, method};
 }
 
-/// A link in front of the HAL's own.
+/// A link that wraps the HAL's own.
 class RecordingLink : public RLink {
  public:
   explicit RecordingLink(RLink* link) : link_(link) {}
@@ -139,7 +139,7 @@ class RecordingLink : public RLink {
   RLink* link_;
 };
 
-// The HAL's own waits in it for what the slave still does.
+// The destructor of the HAL's link waits until the slave has finished.
 RecordingLink::~RecordingLink() {
   Call_RLink_Delete call{this};
   RecordCall(call, false, [this] { delete link_; });

@@ -21,7 +21,7 @@ void SecretStandIns::Fill(const ShortDigest& digest, void* secret, size_t size) 
   auto* const bytes = static_cast<uint8_t*>(secret);
   std::fill_n(bytes, size, uint8_t{0});
   const Key key = KeyOf(digest);
-  if (KeyOf(SaltedDigest(salt_, secret, size)) == key) return;  // nothing was stored there
+  if (KeyOf(SaltedDigest(salt_, secret, size)) == key) return;  // zero: nothing was stored
   const auto found = known_.find(key);
   for (size_t i = 0; i < size; ++i) {
     const bool isKnown = found != known_.end() && i < found->second.size();

@@ -1,4 +1,4 @@
-// What a recorded call gives back, written where the caller wants it.
+// Decodes the results of a recorded call into the caller's memory.
 #pragma once
 
 #include <map>
@@ -8,8 +8,8 @@
 
 namespace record {
 
-/// Stands in for secrets: what the harness gave is known by its digest; what only the HAL knew is
-/// replaced by other bytes, which count as the secret when they are given to a call again.
+/// Stand-ins for secrets: secrets passed by the harness are identified by their digests; those
+/// known only to the HAL are replaced by other bytes, which count as the secret in later calls.
 class SecretStandIns : public SecretMemory {
  public:
   explicit SecretStandIns(const Salt& salt) : salt_(salt) {}
@@ -25,7 +25,7 @@ class SecretStandIns : public SecretMemory {
   const Salt& salt_;
   std::mutex mutex_;
   std::map<Key, std::string> known_;
-  std::map<Key, ShortDigest> standsFor_;  // digest of a stand-in: the secret's
+  std::map<Key, ShortDigest> standsFor_;  // digest of a stand-in -> digest of the secret
 };
 
 /// A new link that answers from the recording.
@@ -73,7 +73,7 @@ class ReturnDecoder : public Codec<ReturnDecoder, true> {
     if (text == nullptr) return;
     const size_t kept = std::min<size_t>(content.size(), static_cast<size_t>(room));
     std::copy_n(content.begin(), kept, text);
-    if (kept < room) text[kept] = '\0';  // a text that fills the buffer has none
+    if (kept < room) text[kept] = '\0';  // a text that fills the buffer is not terminated
   }
 
   void OutSecret(void* secret, uint64_t room, bool) {

@@ -45,7 +45,7 @@ std::atomic<uint8_t>* SharedFlags(size_t count) {
   return static_cast<std::atomic<uint8_t>*>(memory);
 }
 
-/// How many threads of this process were made before this one, without those in `others`.
+/// The number of threads of this process created before this one, not counting those in `others`.
 size_t RankOfThread(const std::set<pid_t>& others) {
   size_t rank = 0;
   std::error_code error;
@@ -79,7 +79,7 @@ bool ParseTimes() {
 
 }  // namespace
 
-// Never destroyed: threads of it live as long as the process.
+// Never destroyed: its threads live as long as the process.
 ReplaySession& ReplaySession::Get() {
   static ReplaySession& session = *[] {
     const char* const directory = std::getenv("CVN_REPLAY");
@@ -134,7 +134,7 @@ void ReplaySession::StartInChild() {
   UnlockAfterFork();
 }
 
-/// The next event of a stream that is no prompt or answer; null at its end.
+/// The next event of a stream that is not a prompt or an answer; null at its end.
 const StoredEvent* ReplaySession::Peek(size_t stream) const {
   const std::vector<StoredEvent>& events = Stream(stream).events;
   size_t at = positions_[stream];
@@ -163,8 +163,8 @@ bool ReplaySession::BeginsWith(size_t stream, uint16_t call, Bytes entry) const 
   return event->number == EntryEvent(call) && std::ranges::equal(event->payload, entry);
 }
 
-// Several begin with the same call: threads and processes are numbered in the order in which they
-// were made, when they were recorded and now.
+// If several begin with the same call, threads and processes are matched in the order in which they
+// were created, then and now.
 size_t ReplaySession::Choose(std::vector<size_t>& candidates) const {
   std::ranges::sort(candidates, {}, [this](size_t i) {
     return std::pair{Stream(i).pid, Stream(i).tid};
@@ -182,8 +182,8 @@ size_t ReplaySession::RankOfProcess() const {
   return forkNumber_ > taken.size() ? forkNumber_ - taken.size() : 0;
 }
 
-// A new thread is a recorded one that begins with the same call. Of a new process those of children
-// of the process that forked it come first.
+// Matches a new thread with a recorded one that begins with the same call. For a new process,
+// children of the recorded process that forked it are tried first.
 bool ReplaySession::Bind(uint16_t call, Bytes entry) {
   if (thread.stream != kNoStream) return true;
   for (const bool isSame : {true, false}) {
@@ -224,8 +224,8 @@ void ReplaySession::StartHandlerThreads() {
   }
 }
 
-// Calls what the HAL called on a thread of its own, each at its place among the calls of the
-// others.
+// Calls the handlers that the HAL called on a thread of its own, each at its place among the calls
+// of the other threads.
 void ReplaySession::ServeHandlers(size_t stream) {
   thread.stream = stream;
   Lock lock(mutex_);
@@ -241,7 +241,7 @@ bool ReplaySession::IsBefore(size_t stream, uint64_t ns) const {
   return next != nullptr && next->ns < ns;
 }
 
-/// Waits until the other threads of this process have done what they did before `ns`.
+/// Waits until the other threads of this process have replayed everything recorded before `ns`.
 void ReplaySession::WaitForOthers(Lock& lock, uint64_t ns, size_t own, bool handlersOnly) {
   const auto isDone = [&] {
     for (size_t i = 0; i < store_->Streams().size(); ++i) {
@@ -251,13 +251,13 @@ void ReplaySession::WaitForOthers(Lock& lock, uint64_t ns, size_t own, bool hand
     }
     return true;
   };
-  // The HAL of a session that took another course might never get there.
+  // If the session takes a different course, the HAL's threads may never get there.
   while (!changed_.wait_for(lock, kLongestWait, isDone)) {
     if (handlersOnly) return;
   }
 }
 
-/// Calls handlers of this thread's stream up to the return of `until`; false at another event.
+/// Calls handlers of this thread's stream up to the return of `until`; false at any other event.
 bool ReplaySession::CallHandlers(Lock& lock, size_t stream, uint16_t until) {
   for (;;) {
     const StoredEvent* const event = Peek(stream);
@@ -341,7 +341,7 @@ const StoredEvent* ReplaySession::Finish(Lock& lock, size_t stream, uint16_t cal
   return back;
 }
 
-// A function that is called until something changes may be called more often or less often.
+// A polled function may be called more or fewer times than in the recording.
 void ReplaySession::SkipPolls(size_t stream) {
   for (;;) {
     const StoredEvent* next = Peek(stream);
@@ -426,7 +426,7 @@ void ReplaySession::BeginTest(uint32_t number, const std::string& name) {
   takenTests_[best] = 1;
   const size_t stream = tests[best].stream;
   const uint64_t ns = Stream(stream).events[tests[best].event].ns;
-  // The other threads of that process are where they were then.
+  // Move the other threads of that process to the same time.
   for (size_t i = 0; i < store_->Streams().size(); ++i) {
     if (Stream(i).pid != Stream(stream).pid) continue;
     const auto& events = Stream(i).events;
@@ -438,8 +438,7 @@ void ReplaySession::BeginTest(uint32_t number, const std::string& name) {
   changed_.notify_all();
 }
 
-/// The first call of this test that did not succeed when it was recorded, with its number; may be
-/// empty.
+/// The first call of this test that failed when it was recorded, with its number; may be empty.
 std::string ReplaySession::FailedCall(size_t stream) const {
   const std::vector<StoredEvent>& events = Stream(stream).events;
   std::string text;

@@ -1,5 +1,5 @@
-// A process that is answered from a recording: which recorded thread each of its threads is, and
-// how far they are.
+// A process whose calls are answered from a recording: which recorded thread each of its threads
+// corresponds to, and how far each has got.
 #pragma once
 
 #include <atomic>
@@ -17,36 +17,36 @@
 
 namespace record {
 
-/// What every call returns that the recording has no answer for.
+/// Result of every call for which the recording has no answer.
 inline constexpr int kDiverged = -200;
 
 class ReplaySession {
  public:
-  /// The session of this process, from the environment. Ends the process with status 2 and one line
-  /// when there is no recording to replay.
+  /// The session of this process, from the environment. Prints one line and ends the process with
+  /// status 2 if there is no recording to replay.
   static ReplaySession& Get();
 
   CodecContext& Context() { return context_; }
   SecretStandIns& Secrets() { return secrets_; }
   Arena& HalMemory() { return halMemory_; }
 
-  /// The number that the recording has for the handler that the next call registers.
+  /// The number in the recording of the handler that the next call registers.
   uint32_t NextHandler(uint16_t call);
 
-  /// Takes the next call of this thread, which has to be this one, and calls the handlers that were
-  /// called meanwhile. Returns the bytes that came back; nothing when the recording has another
-  /// call, which is said in one line.
+  /// Takes the next call of this thread, which must be this one, and calls the handlers that were
+  /// called meanwhile. Returns the event with the results; null if the recording has a different
+  /// call, which is reported in one line.
   const StoredEvent* Answer(uint16_t call, Bytes entry);
 
-  /// Compares what a handler left with what it left when it was recorded.
+  /// Compares the results of a handler with the recorded ones.
   void CheckHandler(uint16_t call, Bytes left);
 
-  /// The harness's marks: goes to this test; says what a test did not call, or that its verdict is
-  /// another one.
+  /// The harness's marks: moves to this test; reports calls that the test did not make, or a
+  /// different verdict.
   void BeginTest(uint32_t number, const std::string& name);
   void EndTest(const std::string& verdict);
 
-  /// At the end of the program: says what this thread did not call.
+  /// At the end of the program: reports calls that this thread did not make.
   void End();
 
  private:
@@ -94,8 +94,8 @@ class ReplaySession {
   std::vector<bool> isBound_;      // to a thread of this process
   std::map<std::pair<uint16_t, std::string>, const StoredEvent*> lastAnswers_;
   uint32_t pid_ = 0;                    // recorded process that this one is; 0: not yet known
-  uint32_t parentPid_ = 0;              // recorded process that this one was forked by
-  size_t forks_ = 0;                    // of this process so far
+  uint32_t parentPid_ = 0;              // recorded process that forked this one
+  size_t forks_ = 0;                    // by this process so far
   size_t forkNumber_ = 0;               // among the forks of the process that forked this one
   std::set<pid_t> threadsWithoutRank_;  // bound to a stream, or of the replay itself
   std::atomic<uint8_t>* takenStreams_ = nullptr;  // shared with forked processes

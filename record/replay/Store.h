@@ -1,4 +1,4 @@
-// A recording in memory, by threads.
+// A recording in memory, by thread.
 #pragma once
 
 #include <deque>
@@ -14,7 +14,7 @@ struct StoredEvent {
   uint64_t ns;
   uint16_t number;
   Bytes payload;
-  uint32_t ordinal;  // of the call that it begins, in its stream
+  uint32_t ordinal;  // of the call that it begins, within its stream
 
   bool IsMark() const { return number < kFirstCallEvent; }
   bool IsTestMark() const { return number == kTestBegins || number == kTestEnds; }
@@ -31,7 +31,7 @@ struct StoredStream {
   bool isOfHandlers = false;  // a thread of the HAL, on which it calls handlers
 };
 
-/// A test by its first mark.
+/// A test, from its first mark.
 struct StoredTest {
   size_t stream;
   size_t event;
@@ -41,7 +41,8 @@ struct StoredTest {
 
 class Store {
  public:
-  /// Null with `error` when there is no such recording, or one of other headers.
+  /// Returns null and sets `error` if there is no such recording, or if it was made with other
+  /// headers.
   static std::unique_ptr<Store> Load(const std::string& directory, std::string_view description,
                                      std::string& error);
 

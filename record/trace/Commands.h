@@ -11,17 +11,17 @@
 
 namespace record {
 
-/// What is asked for beside the recordings.
+/// The options, in addition to the recordings.
 struct TraceOptions {
   std::string test{};                    // number, or part of the name
-  std::string function{};                // pattern as of the shell
-  std::optional<double> fromS{}, toS{};  // since the recording's begin
-  double factor = 2;                     // slower by this counts
+  std::string function{};                // shell pattern
+  std::optional<double> fromS{}, toS{};  // since the beginning of the recording
+  double factor = 2;                     // functions slower by this are reported
   bool times = false;
   std::string library = "libcvn_k2vhal.so";
 };
 
-/// Whether a call is one of those that were asked for.
+/// Selects the calls that the options ask for.
 class CallFilter {
  public:
   explicit CallFilter(const TraceOptions& options) : options_(options) {}
@@ -36,11 +36,11 @@ class CallFilter {
 /// Exit statuses.
 enum : int { kSame = 0, kProblem = 1, kUsage = 2 };
 
-/// Opens a recording, or says why not.
+/// Opens a recording; prints the reason and returns null if it cannot.
 std::unique_ptr<Recording> OpenOrSay(const std::string& directory);
-/// Says what could not be read; returns the exit status.
+/// Prints what could not be read; returns the exit status.
 int SayProblems(const Recording& recording);
-/// A call's text, with what is known of one whose bytes are not those of its function.
+/// A call's text; if its bytes are malformed, with what could be decoded of them.
 std::string TextOf(const Call& call);
 
 /// The commands; each returns an exit status.

@@ -7,7 +7,7 @@
 namespace record {
 namespace {
 
-// Below this nobody notices, and a busy machine alone makes such differences.
+// Smaller differences go unnoticed, and occur whenever the machine is busy.
 constexpr uint64_t kNoticedNs = 20'000;
 
 std::string KeyOf(const ArgumentValue& argument) {
@@ -25,7 +25,7 @@ CallValues BackOf(const KeptCall& call) {
   return ReadCall(*call.function, true, call.back, good);
 }
 
-// The printed text where that shows the difference, else all of it.
+// Shows the printed texts if they differ, otherwise the complete ones.
 std::string Differing(const std::string& name, const std::string& one, const std::string& two,
                       const std::string& allOfOne, const std::string& allOfTwo) {
   const bool isShown = one != two;
@@ -68,7 +68,7 @@ std::string AnswerDifference(const KeptCall& one, const KeptCall& two) {
   if (!one.hasReturned) return {};
   const CallValues was = BackOf(one), is = BackOf(two);
   const Function& function = *one.function;
-  // A new object is another number; whether there is one counts.
+  // A new object gets a different number; only whether there is one is compared.
   const bool isObject = function.resultKind == ResultKind::kObject;
   const std::string before = isObject ? ResultText(function, was.result) : KeyOf(was.result);
   const std::string now = isObject ? ResultText(function, is.result) : KeyOf(is.result);

@@ -1,4 +1,4 @@
-// What two calls of a function have in common, and how differences are said.
+// Compares two calls of a function and words their differences.
 #pragma once
 
 #include <map>
@@ -22,22 +22,22 @@ struct KeptCall {
 
 /// The text of a call, as `print` shows it.
 std::string TextOf(const KeptCall& call);
-/// What is equal in two calls with the same arguments.
+/// A text that is equal for calls with the same arguments.
 std::string ArgumentsKey(const KeptCall& call);
 /// The first argument in which two calls of one function differ: "argument wid: 0, now 1".
 std::string ArgumentDifference(const KeptCall& one, const KeptCall& two);
-/// What two calls were answered differently: "result 0, now -3"; empty when nothing.
+/// The difference between the results of two calls: "result 0, now -3"; empty if there is none.
 std::string AnswerDifference(const KeptCall& one, const KeptCall& two);
 
-/// Prints differences, and which functions got slower.
+/// Prints differences, and functions that became slower.
 class DifferenceReport {
  public:
   explicit DifferenceReport(double factor) : factor_(factor) {}
 
   void Say(const std::string& where, const std::string& what);
-  /// Two calls that belong together.
+  /// Adds the durations of two corresponding calls.
   void Time(const std::string& function, uint64_t beforeNs, uint64_t nowNs);
-  /// Prints what got slower and the number of differences; true when there was any.
+  /// Prints the functions that became slower and the number of differences; true if there are any.
   bool End();
 
  private:

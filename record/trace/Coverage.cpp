@@ -1,4 +1,4 @@
-// cvntrace coverage: which functions were never called, and with which values the others.
+// cvntrace coverage: functions that were never called, and the argument values of the others.
 #include <cstdio>
 #include <map>
 #include <set>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr size_t kMostValues = 8;
 
-/// The values of one number: few are listed, of many the lowest and the highest.
+/// The values of one number: all if there are few, otherwise the lowest and the highest.
 struct Seen {
   std::set<int64_t> values;
   bool isMany = false;

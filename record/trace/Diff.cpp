@@ -1,4 +1,4 @@
-// cvntrace diff: what a second recording does differently.
+// cvntrace diff: how a second recording differs.
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -10,7 +10,7 @@
 namespace record {
 namespace {
 
-// More than that is another session, not the same one with differences.
+// With more differences it is a different session.
 constexpr int kMostEdits = 1000;
 
 using Calls = std::vector<KeptCall>;
@@ -23,7 +23,7 @@ std::string Where(const Call& call) {
   return text + "thread " + std::to_string(call.stream) + ", call " + std::to_string(call.ordinal);
 }
 
-/// All calls by threads, in the order in which they began.
+/// All calls of each thread, in the order in which they began.
 std::vector<Calls> Load(Recording& recording, const TraceOptions& options) {
   std::vector<std::map<uint64_t, KeptCall>> byOrdinal(recording.Streams().size());
   CallFilter filter(options);
@@ -50,7 +50,7 @@ struct Pair {
   size_t one, two;
 };
 
-/// The longest common subsequence by the shortest edit (Myers); empty when that is too long.
+/// The longest common subsequence, by the shortest edit (Myers); empty if that is too long.
 std::vector<Pair> CommonCalls(const std::vector<std::string>& one,
                               const std::vector<std::string>& two, bool& isTooFar) {
   const auto n = static_cast<int>(one.size()), m = static_cast<int>(two.size());
@@ -129,8 +129,7 @@ class ThreadDiff {
     }
   }
 
-  // Calls of one function in the same place are the same call with other arguments, unless it was
-  // called with these elsewhere.
+  // Calls of one function in the same gap count as the same call with other arguments.
   void Gap(const Pair& from, const Pair& to) {
     std::vector<size_t> rest;
     for (size_t i = from.two; i < to.two; ++i) rest.push_back(i);

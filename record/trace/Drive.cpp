@@ -1,4 +1,4 @@
-// cvntrace drive: makes the recorded calls against the HAL that is there.
+// cvntrace drive: repeats the recorded calls on the HAL that is loaded.
 #include <dlfcn.h>
 
 #include <chrono>
@@ -15,13 +15,13 @@
 namespace record {
 namespace {
 
-/// A call that is being made: its return is compared when the recorded one came back.
+/// A call that is being repeated: its result is compared when the recorded one returns.
 class Driven {
  public:
   virtual ~Driven() = default;
-  /// Makes it; false when it cannot be made again.
+  /// Makes the call; false if it cannot be repeated.
   virtual bool Make(CodecContext& context, void* library, Bytes entry) = 0;
-  /// What came back, as a recording has it.
+  /// The results, encoded as in a recording.
   virtual std::vector<uint8_t> Back(CodecContext& context, Bytes recorded) = 0;
 };
 

@@ -1,4 +1,4 @@
-// Times of very many calls in little memory.
+// Durations of a large number of calls, in little memory.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 
 namespace record {
 
-/// Counts times in steps of at most 1/64; the sum and the longest are exact.
+/// Counts durations in steps of at most 1/64; the sum and the maximum are exact.
 class Histogram {
  public:
   void Add(uint64_t ns) {
@@ -24,7 +24,7 @@ class Histogram {
   uint64_t SumNs() const { return sumNs_; }
   uint64_t WorstNs() const { return worstNs_; }
 
-  /// The time that `share` (0 to 1) of the calls do not exceed.
+  /// The duration that `share` (0 to 1) of the calls do not exceed.
   uint64_t Quantile(double share) const {
     uint64_t below = 0;
     const auto wanted = static_cast<double>(count_) * share;

@@ -1,4 +1,4 @@
-// cvntrace json: trace events as viewers of traces open them.
+// cvntrace json: trace events for trace viewers.
 #include <cstdio>
 
 #include "trace/Commands.h"

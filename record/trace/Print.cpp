@@ -41,7 +41,7 @@ class Printer {
   }
 
  private:
-  // Times since the first event, how long it took, process and thread.
+  // Time since the first event, duration, process and thread.
   void PutTime(size_t stream, uint64_t ns, uint64_t endNs) {
     if (!options_.times) return;
     if (beginNs_ == 0) beginNs_ = ns;

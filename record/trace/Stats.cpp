@@ -1,4 +1,4 @@
-// cvntrace stats: how often and how long, for each function and each test.
+// cvntrace stats: number and durations of calls, by function and by test.
 #include <algorithm>
 #include <cstdio>
 #include <map>

@@ -61,7 +61,7 @@ bool ParseSeconds(const char* text, double& seconds) {
   return end != text && *end == '\0' && seconds >= 0;
 }
 
-/// Takes the option at `at` with its value; returns what is wrong, or nothing.
+/// Parses the option at `at` and its value; returns an error message, or nothing.
 std::string TakeOption(int argc, char** argv, int& at, TraceOptions& options) {
   const std::string name = argv[at];
   if (name == "--times") {
