@@ -34,7 +34,7 @@ int Checked(const std::string& what, int answer) {
   throw UseError(what + ": " + text);
 }
 
-/// Something that ffmpeg's libraries read, picture by picture.
+/// A source of pictures that ffmpeg's libraries can read.
 class Reader {
  public:
   Reader(const std::string& address, const char* format) {
@@ -53,7 +53,7 @@ class Reader {
     Checked(address, avcodec_open2(codec_.get(), decoder, nullptr));
   }
 
-  /// The next picture; nullptr at the end. Throws UseError where it is damaged.
+  /// The next picture; nullptr at the end. Throws UseError if it is damaged.
   picture::Picture Next() {
     picture::Picture frame(av_frame_alloc());
     for (;;) {
@@ -70,7 +70,7 @@ class Reader {
   }
 
  private:
-  /// Gives the decoder something of the stream, or its end.
+  /// Feeds the decoder the next packet of the stream, or the end of the stream.
   void Send() {
     const Packet packet(av_packet_alloc());
     int read = 0;
@@ -103,7 +103,7 @@ Captures Read(Reader& reader, const std::string& from, const RulesFile& rules) {
   return captures;
 }
 
-/// A shell command's standard output; it ends with this.
+/// The standard output of a shell command, which is waited for on destruction.
 class Output {
  public:
   explicit Output(const std::string& command) : pipe_(popen(command.c_str(), "re")) {
@@ -115,7 +115,7 @@ class Output {
 
   std::string Address() const { return "pipe:" + std::to_string(fileno(pipe_)); }
 
-  /// Its exit status, 128 and more after a signal.
+  /// Waits for the command; returns its exit status, or 128 + N if signal N ended it.
   int Close() {
     if (pipe_ == nullptr) return 0;
     const int status = pclose(pipe_);
@@ -139,10 +139,10 @@ Captures ReadCommand(const std::string& command, const RulesFile& rules) {
   }
 }
 
-/// What the panel gets, as the HAL has it. The library is the board's own, found when it is wanted.
+/// What the panel shows, captured by the HAL. The library is the board's own, loaded when needed.
 Captures ReadHal(const RulesFile& rules) {
   constexpr auto kBetween = std::chrono::milliseconds(100);
-  void* const library = dlopen("libcvn_k2vhal.so", RTLD_NOW);  // stays: it may have threads
+  void* const library = dlopen("libcvn_k2vhal.so", RTLD_NOW);  // never closed: it may have threads
   if (library == nullptr) throw UseError(std::string("no HAL here: ") + dlerror());
   using CaptureCall = decltype(&K2V_RHAL_VSC_CaptureVideoFrame);
   const auto call = reinterpret_cast<CaptureCall>(dlsym(library, "K2V_RHAL_VSC_CaptureVideoFrame"));
@@ -174,7 +174,7 @@ Captures ReadHal(const RulesFile& rules) {
   return captures;
 }
 
-/// The library's device that a source names in front of a colon; nullptr where it names none.
+/// The libavdevice format that a source names before a colon; nullptr if it names none.
 const char* DeviceOf(const std::string& from) {
   for (const char* device : {"v4l2", "lavfi"}) {
     if (from.starts_with(std::string(device) + ":")) return device;

@@ -24,14 +24,14 @@ namespace fs = std::filesystem;
 constexpr char kBeforeQuestion[] = "before the test";
 
 struct Options {
-  std::vector<std::string> names;  // what is no option
+  std::vector<std::string> names;  // arguments that are not options
   std::string from, test, question, evidence, state;
   bool yes = false;
 };
 
 struct OptionName {
   const char* name;
-  const char* variable;  // of the environment that stands in; nullptr: none
+  const char* variable;  // default from the environment; nullptr: none
   std::string Options::*member;
   const char* help;
 };
@@ -69,7 +69,7 @@ Options ParseOptions(const std::vector<std::string>& words) {
   return options;
 }
 
-/// A PNG file that is there whole or not at all.
+/// Writes a PNG file that exists completely or not at all.
 void WritePicture(const std::string& path, const AVFrame& frame) {
   const picture::Bytes bytes = picture::ToPng(frame);
   const std::string next = path + ".part";
@@ -142,8 +142,8 @@ Answer JudgeOnce(const Options& options, std::ostream& out) {
   return verdict.answer;
 }
 
-/// The operator's terminal. A run starts its commands in the background, where nobody may read from
-/// it, so this comes to the front as long as it lives.
+/// The operator's terminal. A run starts its commands in the background, where they cannot read
+/// from it, so this process moves to the foreground while the object exists.
 class Terminal {
  public:
   Terminal() : descriptor_(open("/dev/tty", O_RDWR | O_CLOEXEC)) {
@@ -159,7 +159,7 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  /// The first character of the line that is typed; a blank where none is.
+  /// The first character of the line that is typed; a blank if there is none.
   char Ask(const std::string& question) {
     if (write(descriptor_, question.data(), question.size()) < 0) return ' ';
     std::string line;
@@ -173,7 +173,7 @@ class Terminal {
   pid_t before_ = -1;
 };
 
-/// The operator's verdict, in lower case.
+/// The operator's answer, in lower case.
 char AskOperator(const Options& options) {
   if (options.yes) return 'y';
   const char answer = Terminal().Ask(
@@ -211,7 +211,7 @@ void WriteNote(const std::string& path, const Options& options, const RulesFile&
   if (!note) throw UseError("cannot write " + path);
 }
 
-/// Stores the picture as reference of the test and adds a rule if none uses it.
+/// Stores the picture as the test's reference and adds a rule if none uses it.
 Answer Learn(const Options& options, std::ostream& out) {
   const RulesFile rules = RulesOf(options, 1, "learn RULES");
   if (options.question == kBeforeQuestion) return KeepBefore(options, rules, out);
@@ -254,8 +254,8 @@ Answer CalibrateRig(const Options& options, std::ostream& out) {
   return Answer::kYes;
 }
 
-/// References from recipes: a line each, NAME and filters with a tab between; {NAME} stands for the
-/// filters of an earlier line.
+/// Makes references from recipes: one per line, a name and filters separated by a tab; {NAME} is
+/// replaced by the filters of an earlier line.
 Answer MakeReferences(const Options& options, std::ostream& out) {
   if (options.names.size() != 2) throw UseError("usage: cvneyes make RECIPES DIR");
   std::ifstream in(options.names[0]);

@@ -1,4 +1,4 @@
-// What cvneyes does: judge, learn, calibrate, make references.
+// The commands of cvneyes: judge, learn, calibrate, make references.
 #pragma once
 
 #include <ostream>
@@ -9,11 +9,11 @@
 
 namespace eyes {
 
-/// Does the command of a command line (without the program's name). The last line of `out` is the
-/// reason. Throws UseError for what cannot be judged.
+/// Runs the command of a command line (without the program's name). The last line of `out` is the
+/// reason. Throws UseError if it cannot judge.
 Answer RunCommandLine(const std::vector<std::string>& words, std::ostream& out);
 
-/// Text of --help.
+/// The text of --help.
 std::string HelpText();
 
 }  // namespace eyes

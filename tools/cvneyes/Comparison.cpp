@@ -6,17 +6,17 @@
 namespace eyes {
 namespace {
 
-constexpr int kPatch = 8;    // pixels of an even part in both directions
-constexpr int kBorder = 6;   // around it that have to be even, too
-constexpr int kEven = 40;    // levels from the darkest to the brightest pixel of an even part
-constexpr int kMargin = 10;  // of the picture that is not judged, since captures are moved
-constexpr int kRun = 16;     // pixels of a line of edges
+constexpr int kPatch = 8;    // width and height of a flat area in pixels
+constexpr int kBorder = 6;   // pixels around it that must be flat, too
+constexpr int kEven = 40;    // levels from the darkest to the brightest pixel of a flat area
+constexpr int kMargin = 10;  // of the picture that is not judged, since captures are shifted
+constexpr int kRun = 16;     // length in pixels of a run along an edge
 
-// Of the levels around an edge, what blur and compression make of it; and what noise does anywhere.
+// Share of the levels around an edge that blur and compression may change, and noise anywhere.
 constexpr int kBlurPercent = 16;
 constexpr int kNoise = 2;
 
-/// The smallest or largest sample within `radius` of each, along lines and columns.
+/// The smallest or largest sample within `radius` of each, along rows and columns.
 template <typename Choose>
 Plane Spread(const Plane& plane, int width, int height, int radius, Choose choose) {
   Plane lines = plane;
@@ -64,8 +64,8 @@ Plane JudgedPixels(const Pixels& reference, const Judged& judged) {
   return pixels;
 }
 
-/// Levels from the darkest to the brightest sample of a part, the largest of the three channels;
-/// more than kEven as soon as it is not even.
+/// Levels from the darkest to the brightest sample of an area, the largest of the three channels;
+/// some value above kEven if it is not flat.
 int RangeOf(const Pixels& pixels, const Region& part) {
   int range = 0;
   for (const Plane& plane : pixels.planes) {
@@ -93,10 +93,10 @@ bool IsJudged(const Plane& pixels, const Pixels& reference, const Region& part) 
 
 struct Patches {
   std::vector<Patch> patches;
-  std::vector<double> allowances;  // for what is not quite even in each
+  std::vector<double> allowances;  // tolerance for the unevenness of each
 };
 
-/// The even parts of the reference with what the capture has there, moved by whole pixels.
+/// The flat areas of the reference and their counterparts in the capture, shifted by whole pixels.
 Patches EvenParts(const Pixels& reference, const Pixels& capture, const Plane& judged, int right,
                   int down) {
   Patches found;
@@ -133,8 +133,8 @@ double WorstColor(const Patches& parts, const Rig& rig) {
   return worst;
 }
 
-/// By how much each judged pixel of the capture is outside of what is around it in the picture that
-/// is expected.
+/// By how many levels each judged pixel of the capture lies outside the range of its neighbourhood
+/// in the expected picture.
 Plane Unexplained(const Plane& expected, const Pixels& capture, const Plane& judged, int right,
                   int down) {
   const int width = capture.width, height = capture.height;
@@ -156,7 +156,7 @@ Plane Unexplained(const Plane& expected, const Pixels& capture, const Plane& jud
   return outside;
 }
 
-/// The largest mean of kRun pixels in a row or a column.
+/// The largest mean of kRun consecutive pixels in a row or a column.
 double WorstRun(const Plane& outside, int width, int height) {
   int worst = 0;
   std::vector<int> below(static_cast<size_t>(width), 0);
@@ -197,8 +197,8 @@ Likeness Compare(const Pixels& reference, const Pixels& capture, const Judged& j
   likeness.rig = FitShift(expected, capture, pixels, likeness.rig);
   likeness.shift = std::max({0.0, std::abs(likeness.rig.right - rig.right) - bounds.shift,
                              std::abs(likeness.rig.down - rig.down) - bounds.shift});
-  // A window in the wrong place moves the measured shift, too: within its bounds it counts for
-  // nothing but a rig that nobody has measured.
+  // A window in the wrong place also changes the measured shift. So a measured shift within its
+  // bounds is used only if the rig is not calibrated.
   const bool isMeasured = bounds.shift < 1;
   const int right = Whole(isMeasured ? rig.right : likeness.rig.right);
   const int down = Whole(isMeasured ? rig.down : likeness.rig.down);

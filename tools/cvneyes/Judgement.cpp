@@ -14,7 +14,7 @@ namespace {
 
 using picture::Printed;
 
-// Levels of luma, or their ratio; a figure between two limits is neither.
+// Levels of luma, or their ratio; a value between two limits is neither.
 constexpr double kMostFrozen = 5, kLeastMoving = 12;
 constexpr double kLeastBrighter = 4;
 constexpr double kLeastSharper = 1.06;
@@ -31,7 +31,7 @@ Finding YesIf(bool is, const std::string& text) {
   return {is ? Answer::kYes : Answer::kNo, text, {}};
 }
 
-/// What a condition is judged with.
+/// Everything that a condition is judged by.
 struct Situation {
   const RulesFile& rules;
   const Captures& captures;
@@ -43,7 +43,7 @@ struct Situation {
   }
 };
 
-/// The picture of a file that is named in the rules, in the judged size. One of another size, or of
+/// The picture in a file named in the rules, in the judged size. A picture of another size, or from
 /// a capture of another size, was not made for this rig.
 Pixels FileOf(const Situation& situation, const std::string& name) {
   const std::string path = situation.rules.PathOf(name);
@@ -123,7 +123,7 @@ Finding InWindow(const Situation& situation, const Condition& condition) {
   return YesIf(fit.edge <= kMostEdge && fit.outside <= kMostOutside, text);
 }
 
-/// Figures of the picture before the test and of the one now.
+/// Compares measurements of the picture before the test with those of the current one.
 Finding ThanBefore(const Situation& situation, const Condition& condition) {
   if (!situation.captures.before) return NoPictureBefore();
   const Pixels &before = *situation.captures.before, &now = situation.Now();
@@ -171,14 +171,14 @@ Finding Find(const Situation& situation, const Condition& condition) {
   }
 }
 
-/// Why the rig has failed rather than the product; empty where it has not.
+/// The reason if the rig has failed rather than the product; otherwise empty.
 std::string WhyUnusable(const RulesFile& rules, const Captures& captures) {
   const auto& pictures = captures.pictures;
   if (pictures.empty()) return "no picture";
   for (size_t i = 0; i + 3 <= pictures.size(); ++i) {
     if (IsTorn(std::span(pictures).subspan(i).first<3>())) return "torn picture";
   }
-  // A capture that saw something before the test sees: then black is the panel's.
+  // If the capture saw something before the test, it works: then black comes from the panel.
   const bool sees = captures.before && BrightestPart(*captures.before) > kBlackPart;
   const double brightest = BrightestPart(pictures.back());
   if (brightest <= kBlackPart && !rules.trustsBlack && !sees) {
@@ -203,7 +203,7 @@ Verdict Judge(const Rule& rule, const RulesFile& rules, const Captures& captures
         .append(rule.conditions[i].text)
         .append(": ")
         .append(finding.text);
-    // A condition that is not met decides, also where another one cannot be judged.
+    // A condition that is not met decides, even if another one cannot be judged.
     const bool decides = finding.answer == Answer::kNo ||
                          (finding.answer == Answer::kCannotTell && verdict.answer == Answer::kYes);
     if (finding.reference && (!verdict.reference || (decides && verdict.answer == Answer::kYes)))

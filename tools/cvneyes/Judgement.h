@@ -1,4 +1,4 @@
-// Conditions held against captures.
+// Judges captures by conditions.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 namespace eyes {
 
-/// Pictures that were taken one after the other, in the judged size; the last one is judged.
+/// Successive pictures in the judged size; the last one is judged.
 struct Captures {
   std::vector<Pixels> pictures;
   std::optional<Pixels> before;  // the test
@@ -18,30 +18,30 @@ struct Captures {
   int height = 0;
 };
 
-/// The rig as far as it is known.
+/// What is known of the rig.
 struct KnownRig {
   Rig rig;
   RigBounds bounds = kUnknownRig;
 };
 
-/// The numbers are exit statuses as the harness understands them.
+/// The numbers are the exit statuses that the harness expects.
 enum class Answer { kYes = 0, kNo = 1, kCannotTell = 2 };
 
 struct Verdict {
   Answer answer = Answer::kCannotTell;
-  std::string reason;               // one line with every measured figure
-  std::optional<Pixels> reference;  // that of the first condition that has one and is not met, or
-                                    // of the first one that has
+  std::string reason;               // one line with every measured value
+  std::optional<Pixels> reference;  // of the first condition with one that is not met, otherwise
+                                    // of the first condition with one
 };
 
-/// Judges captures by a rule. Throws UseError where a reference or a mask cannot be used.
+/// Judges captures by a rule. Throws UseError if a reference or a mask cannot be used.
 Verdict Judge(const Rule& rule, const RulesFile& rules, const Captures& captures,
               const KnownRig& rig);
 
-/// What differs, brighter than it is.
+/// The difference of two pictures, amplified.
 Pixels DifferenceOf(const Pixels& reference, const Pixels& capture);
 
-/// Reads and writes a measured rig. Throw UseError.
+/// Read and write a measured rig. Throw UseError.
 KnownRig ReadCalibration(const std::string& path);
 void WriteCalibration(const std::string& path, const Rig& rig);
 

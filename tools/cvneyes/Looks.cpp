@@ -9,7 +9,7 @@
 namespace eyes {
 namespace {
 
-constexpr int kPart = 8;  // pixels of a small part in both directions
+constexpr int kPart = 8;  // width and height of a small area in pixels
 constexpr int kBars = 8;
 
 Region Within(const Pixels& pixels, const Region& region) {
@@ -18,7 +18,7 @@ Region Within(const Pixels& pixels, const Region& region) {
           std::clamp(region.y + region.h, y, pixels.height) - y};
 }
 
-/// Calls `look` for every small part that is wholly in the region.
+/// Calls `look` for every small area that lies entirely within the region.
 template <typename Look>
 void ForParts(const Pixels& pixels, const Region& region, Look look) {
   const Region within = Within(pixels, region);
@@ -43,7 +43,7 @@ double Difference(const Rgb& a, const Rgb& b) {
   return largest;
 }
 
-/// The parts of the picture above, below, left and right of a window, at a distance from it.
+/// The areas of the picture above, below, left and right of a window, at a distance from it.
 std::array<Region, 4> Around(const Pixels& pixels, const Region& window, int distance) {
   const int right = window.x + window.w + distance, bottom = window.y + window.h + distance;
   return {Region{0, 0, pixels.width, window.y - distance},
@@ -52,7 +52,7 @@ std::array<Region, 4> Around(const Pixels& pixels, const Region& window, int dis
           Region{right, window.y, pixels.width - right, window.h}};
 }
 
-/// The commonest colour around a window, as the middle of its parts'.
+/// The prevailing colour around a window: the median of the small areas there.
 Rgb GroundOf(const Pixels& pixels, const Region& window) {
   std::array<std::vector<double>, 3> means;
   for (const Region& side : Around(pixels, window, kPart)) {
@@ -71,16 +71,16 @@ Rgb GroundOf(const Pixels& pixels, const Region& window) {
   return ground;
 }
 
-/// One edge of a window, looked at across it.
+/// One edge of a window, examined in the direction across it.
 struct Edge {
   const char* name;
-  int at;       // first line or column that is in the window, seen from outside
-  int inwards;  // 1 or -1
-  int length;   // of the picture across the edge
+  int at;                            // first line or column inside the window, coming from outside
+  int inwards;                       // 1 or -1
+  int length;                        // of the picture across the edge
   std::function<Region(int)> strip;  // one line or column along the edge
 };
 
-/// Where the picture begins across an edge, in pixels inwards of where it should; nothing where
+/// Where the picture begins across an edge, in pixels inwards of the expected place; nothing if
 /// there is no picture inside.
 std::optional<double> MissOf(const Pixels& pixels, const Edge& edge, const Rgb& ground) {
   constexpr int kReach = 12;
@@ -186,7 +186,7 @@ WindowFit FitWindow(const Pixels& pixels, const Region& window, const Rig& rig) 
       {"lower", window.y + window.h - 1, -1, pixels.height, line},
   };
   for (const Edge& edge : edges) {
-    // At the picture's own edge nothing of it can be missing.
+    // At the edge of the whole picture nothing can be missing.
     if (edge.at == 0 || edge.at == edge.length - 1) continue;
     const auto miss = MissOf(pixels, edge, ground);
     if (!miss) {
@@ -200,7 +200,7 @@ WindowFit FitWindow(const Pixels& pixels, const Region& window, const Rig& rig) 
 }
 
 bool IsTorn(std::span<const Pixels, 3> pictures) {
-  constexpr double kSame = 3, kOther = 12;  // mean levels of the part of a line that differs
+  constexpr double kSame = 3, kOther = 12;  // mean levels of the differing part of a line
   const auto& [first, second, last] = std::tie(pictures[0], pictures[1], pictures[2]);
   const int width = second.width;
   const auto difference = [width](const Pixels& a, const Pixels& b, int y) {
@@ -214,7 +214,7 @@ bool IsTorn(std::span<const Pixels, 3> pictures) {
   for (int y = 0; y < second.height; ++y) {
     const double toFirst = difference(first, second, y);
     if (difference(first, last, y) < kOther) {
-      if (toFirst >= kOther) return false;  // it has something of its own
+      if (toFirst >= kOther) return false;  // it has content of its own
       continue;
     }
     const double toLast = difference(second, last, y);

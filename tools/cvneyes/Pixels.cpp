@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kPlaneOfFrame[] = {2, 0, 1};  // red, green and blue in planar GBR
 
-/// Weights of BT.709 in 65536ths.
+/// Luma with the weights of BT.709, in units of 1/65536.
 uint8_t LumaOf(unsigned red, unsigned green, unsigned blue) {
   return static_cast<uint8_t>((13933 * red + 46871 * green + 4732 * blue + 32768) >> 16);
 }

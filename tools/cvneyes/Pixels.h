@@ -13,7 +13,7 @@ namespace eyes {
 using Plane = std::vector<uint8_t>;
 using Rgb = std::array<double, 3>;
 
-/// Planes of red, green and blue, and luma by BT.709, all of full range and without padding.
+/// Planes of red, green and blue, and luma by BT.709, all full range and without padding.
 struct Pixels {
   int width = 0;
   int height = 0;
@@ -32,20 +32,20 @@ struct Region {
   bool Has(int px, int py) const { return px >= x && py >= y && px < x + w && py < y + h; }
 };
 
-/// A picture of any format, in a size of `width` x `height`. YCbCr counts as what the frame says of
-/// itself, else as BT.601 in limited range. Throws std::runtime_error.
+/// Converts a picture of any format to `width` x `height`. YCbCr is interpreted as the frame
+/// specifies, by default as BT.601 in limited range. Throws std::runtime_error.
 Pixels ToPixels(const AVFrame& frame, int width, int height);
 
-/// The same in its own size.
+/// The same in its original size.
 Pixels ToPixels(const AVFrame& frame);
 
 /// Planar RGB for the libraries. Throws std::runtime_error.
 picture::Picture ToFrame(const Pixels& pixels);
 
-/// Fills the luma from the planes.
+/// Computes the luma from the planes.
 void FillLuma(Pixels& pixels);
 
-/// Mean colour of a part that lies in the picture.
+/// Mean colour of an area within the picture.
 Rgb MeanOf(const Pixels& pixels, const Region& part);
 
 }  // namespace eyes

@@ -7,21 +7,21 @@
 namespace eyes {
 namespace {
 
-constexpr size_t kColors = 4;  // numbers of a rig that are about colour
+constexpr size_t kColors = 4;  // parameters of a rig that describe colour
 using Numbers = std::array<double, kColors>;
 using Matrix = std::array<Numbers, kColors>;
 
-// Steps by which the numbers are tried out, and their members.
+// Step widths for the parameters, and their members.
 constexpr Numbers kSteps = {0.005, 0.005, 0.005, 0.25};
 constexpr double Rig::*kMembers[] = {&Rig::gain, &Rig::gamma, &Rig::vignette, &Rig::hue};
 constexpr double RigBounds::*kBounds[] = {&RigBounds::gain, &RigBounds::gamma, &RigBounds::vignette,
                                           &RigBounds::hue};
 
-constexpr size_t kMostPatches = 700;  // more say the same
+constexpr size_t kMostPatches = 700;  // more add nothing
 constexpr int kRounds = 8;
-constexpr int kHalves = 4;          // of a step that leads away
-constexpr double kEnough = 0.9999;  // a step that improves less ends the search
-constexpr double kOutlier = 12;  // levels; beyond that a patch is wrong rather than seen otherwise
+constexpr int kHalves = 4;          // of a step in the wrong direction
+constexpr double kEnough = 0.9999;  // the search ends when a step improves less
+constexpr double kOutlier = 12;     // levels; beyond that a patch is an outlier
 
 void KeepWithin(Rig& rig, const Rig& center, const RigBounds& bounds) {
   for (size_t i = 0; i < kColors; ++i) {
@@ -37,7 +37,7 @@ Rig Between(const Rig& a, const Rig& b) {
   return middle;
 }
 
-/// Solves a * x = b for a symmetric matrix with a strong diagonal.
+/// Solves a * x = b for a symmetric matrix with a dominant diagonal.
 Numbers Solve(Matrix a, Numbers b) {
   for (size_t i = 0; i < kColors; ++i) {
     for (size_t row = i + 1; row < kColors; ++row) {
@@ -53,7 +53,7 @@ Numbers Solve(Matrix a, Numbers b) {
   return b;
 }
 
-/// How badly the patches agree with a rig.
+/// How badly the patches fit a rig.
 double MissOf(std::span<const Patch> patches, size_t stride, const Rig& rig) {
   const RigColors colors(rig);
   double sum = 0;
@@ -67,7 +67,7 @@ double MissOf(std::span<const Patch> patches, size_t stride, const Rig& rig) {
   return sum;
 }
 
-/// One step towards the rig with which the patches agree best (Gauss and Newton).
+/// One Gauss-Newton step towards the rig that fits the patches best.
 Rig Step(std::span<const Patch> patches, size_t stride, const Rig& rig) {
   const RigColors colors(rig);
   std::vector<RigColors> tried;
@@ -101,7 +101,8 @@ Rig Step(std::span<const Patch> patches, size_t stride, const Rig& rig) {
   return next;
 }
 
-/// A slope that is an edge, not the picture's own or the vignette's.
+/// The slope if it belongs to an edge, not to a gradient of the picture or the vignette; otherwise
+/// 0.
 int Edge(int slope) {
   constexpr int kLeast = 30;
   return slope > kLeast || slope < -kLeast ? slope : 0;
@@ -111,8 +112,8 @@ struct Moved {
   double right, down;
 };
 
-/// The shift that explains the differences by the slopes of the picture (Lucas and Kanade), beside
-/// whole pixels that are known; `without` edges, in the direction that has none.
+/// The shift that explains the differences by the slopes of the picture (Lucas-Kanade), in addition
+/// to the known whole pixels; `without` in a direction that has no edges.
 Moved Remainder(const Plane& expected, const Pixels& capture, const Plane& judged, int right,
                 int down, const Moved& without) {
   constexpr int kMargin = 8;
@@ -178,7 +179,7 @@ Rig FitColors(std::span<const Patch> patches, const Rig& rig, const RigBounds& b
   for (int round = 0; round < kRounds && !patches.empty(); ++round) {
     Rig next = Step(patches, stride, fitted);
     KeepWithin(next, rig, bounds);
-    // Where levels are clipped a whole step can lead away.
+    // Where levels are clipped, a whole step can worsen the fit.
     double nextMiss = MissOf(patches, stride, next);
     for (int half = 0; half < kHalves && nextMiss > miss; ++half) {
       next = Between(fitted, next);

@@ -1,4 +1,4 @@
-// What a camera or a capture card makes of the panel's picture.
+// What a camera or a capture card does to the panel's picture.
 #pragma once
 
 #include <span>
@@ -8,33 +8,33 @@
 
 namespace eyes {
 
-/// The rig between panel and judgement: how captures differ from what is shown.
+/// The rig between panel and verdict: how captures differ from what is shown.
 struct Rig {
   double gain = 1;
   double gamma = 1;     // exponent
-  double vignette = 0;  // what the corners lack, of 1
+  double vignette = 0;  // loss of light in the corners, 0 to 1
   double hue = 0;       // degrees
-  double right = 0;     // pixels of the judged picture by which captures are moved
+  double right = 0;     // shift of captures in pixels of the judged picture
   double down = 0;
 };
 
-/// How far the rig of a capture may differ from the assumed one.
+/// How far the rig of a capture may differ from the assumed rig.
 struct RigBounds {
   double gain, gamma, vignette, hue, shift;
 };
 
-/// For a rig that nobody has measured, for one that was, and for measuring it.
+/// For an unmeasured rig, for a calibrated one, and for measuring.
 constexpr RigBounds kUnknownRig = {0.065, 0.065, 0.12, 2.6, 1.3};
 constexpr RigBounds kCalibratedRig = {0.02, 0.02, 0.025, 0.7, 0.5};
 constexpr RigBounds kAnyRig = {0.4, 0.6, 0.5, 15, 6};
 
-/// A rig's way to show colours, prepared for many of them.
+/// The colour mapping of a rig, prepared for many colours.
 class RigColors {
  public:
   explicit RigColors(const Rig& rig);
 
-  /// What a colour of 0 to 255 becomes at a place whose squared distance from the centre is
-  /// `distance` of the corners'.
+  /// The result for a colour of 0 to 255 at a place whose squared distance from the centre is
+  /// `distance` times that of the corners.
   Rgb Seen(const Rgb& shown, double distance) const;
 
  private:
@@ -42,22 +42,22 @@ class RigColors {
   double cosine_, sine_;  // of the hue
 };
 
-/// An even part of the picture: what should be there and what is.
+/// A flat area of the picture: the expected and the actual colour.
 struct Patch {
   Rgb shown;
   Rgb seen;
   double distance;  // as above
 };
 
-/// Colours of the rig, within `bounds` of `rig`, with which the patches agree best.
+/// The colour parameters, within `bounds` of `rig`, that fit the patches best.
 Rig FitColors(std::span<const Patch> patches, const Rig& rig, const RigBounds& bounds);
 
-/// Luma of the reference as the rig shows it, without its shift.
+/// Luma of the reference as seen through the rig, without its shift.
 Plane SeenLuma(const Pixels& reference, const Rig& rig);
 
-/// Measures by how much the capture is moved against the luma that is expected, from `rig` on, by
-/// the pixels that are `judged` (1, others 0). Where these have no edges in a direction, the shift
-/// of `rig` stays.
+/// Measures the shift of the capture against the expected luma, starting from `rig`, using the
+/// pixels that are `judged` (1, others 0). If these have no edges in a direction, the shift of
+/// `rig` is kept.
 Rig FitShift(const Plane& expected, const Pixels& capture, const Plane& judged, const Rig& rig);
 
 /// "gain 0.98, gamma 1.02, vignette 0.05, hue 1.2, right 0.50, down -0.25".

@@ -55,7 +55,7 @@ Region ParseRegion(const std::string& text, int width, int height) {
     at = comma + 1;
   }
   const Region region = {numbers[0], numbers[1], numbers[2], numbers[3]};
-  constexpr int kLeast = 32;  // pixels, so that there is something to judge
+  constexpr int kLeast = 32;  // pixels, so that there is enough to judge
   const bool fits = region.x >= 0 && region.y >= 0 && region.w >= kLeast && region.h >= kLeast &&
                     region.w <= width - region.x && region.h <= height - region.y;
   if (found == 4 && at > text.size() && fits) return region;
@@ -63,7 +63,7 @@ Region ParseRegion(const std::string& text, int width, int height) {
                  "x" + std::to_string(height) + " with at least 32 pixels in both directions");
 }
 
-/// A window has ground around it.
+/// A window must leave some ground around it.
 Region ParseWindow(const std::string& text, int width, int height) {
   constexpr int kLeast = 32;
   const Region window = ParseRegion(text, width, height);
@@ -83,7 +83,7 @@ Rgb ParseColor(const std::string& text) {
           static_cast<double>(number & 255)};
 }
 
-/// Takes words from the front.
+/// Reads words one after the other.
 class Reader {
  public:
   explicit Reader(Words words) : words_(std::move(words)) {}
@@ -92,7 +92,7 @@ class Reader {
     if (IsAtEnd()) throw UseError(what + " is missing at the end of the rule");
     return words_[at_++];
   }
-  /// What was taken since a place, with blanks between.
+  /// The words read since a place, separated by blanks.
   size_t Place() const { return at_; }
   std::string Since(size_t place) const {
     std::string text = words_[place];
@@ -144,7 +144,7 @@ Condition ParseCondition(Reader& words, int width, int height) {
   return condition;
 }
 
-/// Settings of the file, a line each, that begin with their name.
+/// Settings of the file, one per line, each preceded by its name.
 struct Setting {
   const char* name;
   void (*set)(RulesFile& file, const std::string& value);

@@ -1,4 +1,4 @@
-// cvneyes: looks at the panel and judges, for `cvntester --eyes`.
+// cvneyes: looks at the panel and gives a verdict, for `cvntester --eyes`.
 #include <exception>
 #include <iostream>
 
@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   try {
     return static_cast<int>(eyes::RunCommandLine({argv + 1, argv + argc}, std::cout));
   } catch (const std::exception& error) {
-    // The harness takes the reason from standard output.
+    // The harness reads the reason from standard output.
     std::cout << error.what() << '\n';
     return static_cast<int>(eyes::Answer::kCannotTell);
   }

@@ -15,11 +15,11 @@ extern "C" {
 namespace picture {
 namespace {
 
-constexpr int kTicksScale = 1000;  // rates have up to three digits behind the point
+constexpr int kTicksScale = 1000;  // rates have up to three decimal places
 
 using Ends = std::unique_ptr<AVFilterInOut, Deleter<AVFilterInOut, avfilter_inout_free>>;
 
-/// One end of the graph's text, in front of those that are there.
+/// Prepends one end of the graph to the existing ones.
 Ends WithEnd(Ends others, const std::string& name, AVFilterContext* filter) {
   Ends end(avfilter_inout_alloc());
   end->name = av_strdup(name.c_str());

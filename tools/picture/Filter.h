@@ -1,4 +1,4 @@
-// Filter graphs of libavfilter that make pictures or turn pictures into one.
+// Filter graphs of libavfilter that generate pictures or combine pictures into one.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ extern "C" {
 
 namespace picture {
 
-/// A pointer that is freed by one of the library's functions, which take its address.
+/// Frees a pointer with a function of the library that takes the pointer's address.
 template <typename T, void (*Free)(T**)>
 struct Deleter {
   void operator()(T* pointer) const { Free(&pointer); }
@@ -25,27 +25,27 @@ using Picture = std::unique_ptr<AVFrame, Deleter<AVFrame, av_frame_free>>;
 /// Throws std::runtime_error with `what` and the library's text of `error`.
 [[noreturn]] void Fail(const std::string& what, int error);
 
-/// Fails where the library answered an error.
+/// Calls Fail if the library returned an error.
 inline int Check(const std::string& what, int answer) {
   if (answer < 0) Fail(what, answer);
   return answer;
 }
 
-/// Text as printf makes it.
+/// Text formatted as by printf.
 [[gnu::format(printf, 1, 2)]] std::string Printed(const char* format, ...);
 
-/// A graph whose inputs are called [in0], [in1] and so on, and whose output is planar RGB. It runs
-/// on one thread.
+/// A graph whose inputs are called [in0], [in1] and so on, and whose output is planar RGB. It is
+/// single-threaded.
 class Graph {
  public:
-  /// `like` are pictures of the sizes and formats that will come. `ticksPerSecond` is the unit of
-  /// the pictures' time. Throws std::runtime_error on a wrong text.
+  /// `like` has pictures of the sizes and formats of the later inputs. `ticksPerSecond` is the unit
+  /// of the pictures' time. Throws std::runtime_error if the text is invalid.
   Graph(const std::string& text, std::span<const AVFrame* const> like, double ticksPerSecond = 60);
 
-  /// The graph's picture of the given ones, all of time `pts`. Throws std::runtime_error.
+  /// The output for the given inputs, all at time `pts`. Throws std::runtime_error.
   Picture Run(std::span<const AVFrame* const> inputs, int64_t pts);
 
-  /// Tells whether pictures have the sizes and formats that the graph was made for.
+  /// Whether pictures have the sizes and formats for which the graph was made.
   bool Fits(std::span<const AVFrame* const> inputs) const;
 
  private:
@@ -64,7 +64,7 @@ class Graph {
   AVFilterContext* sink_ = nullptr;
 };
 
-/// One picture of a graph without inputs, such as "color=red:s=8x8".
+/// The picture of a graph without inputs, such as "color=red:s=8x8".
 Picture Generate(const std::string& text);
 
 /// Turns one picture into another.

@@ -15,21 +15,21 @@ namespace picture {
 
 using Bytes = std::vector<uint8_t>;
 
-/// Another pixel format of the same size; YCbCr is that of BT.601 in limited range, which readers
-/// take for granted where nothing is said. Throws std::runtime_error.
+/// Converts to another pixel format in the same size; YCbCr is BT.601 in limited range, which
+/// readers assume by default. Throws std::runtime_error.
 Picture Converted(const AVFrame& picture, AVPixelFormat format);
 
-/// A PNG file. Throws std::runtime_error.
+/// Encodes as PNG. Throws std::runtime_error.
 Bytes ToPng(const AVFrame& picture);
 
 /// The picture of a PNG or JPEG file. Throws std::runtime_error.
 Picture FromFile(const std::string& path);
 
-/// The title of a stream of uncompressed pictures (YUV4MPEG2), and one of its pictures.
+/// The header of a stream of uncompressed pictures (YUV4MPEG2), and one of its pictures.
 std::string Y4mTitle(const AVFrame& picture, int picturesPerSecond);
 Bytes ToY4m(const AVFrame& picture);
 
-/// The whole of a file. Throws std::runtime_error.
+/// The entire content of a file. Throws std::runtime_error.
 Bytes FileBytes(const std::string& path);
 
 }  // namespace picture

@@ -1,1 +1,1 @@
-"""What an ELF file says of itself and of its interface, and whether two such files fit."""
+"""What an ELF file reveals about itself and its interface, and whether two such files fit."""

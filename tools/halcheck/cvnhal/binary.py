@@ -11,7 +11,7 @@ ARM_FLOAT_ABIS = {EF_ARM_ABI_FLOAT_HARD: 'hard', EF_ARM_ABI_FLOAT_SOFT: 'soft'}
 
 
 class Unreadable(Exception):
-    """A file that is no ELF file, or a damaged one. Its text is for the user."""
+    """Not an ELF file, or a damaged one. The message is for the user."""
 
 
 @dataclass
@@ -21,7 +21,7 @@ class Binary:
     bits: int
     order: str
     machine: str
-    float_abi: str  # of 32-bit ARM; empty on other machines, or where nothing says so
+    float_abi: str  # of 32-bit ARM; empty on other machines, or if not specified
     interpreter: str = ''
     soname: str = ''
     needed: list = field(default_factory=list)
@@ -33,7 +33,7 @@ class Binary:
 def open_elf(path):
     """An ELFFile, which keeps the file open."""
     try:
-        return ELFFile(open(path, 'rb'))  # noqa: SIM115  # read as long as the ELFFile lives
+        return ELFFile(open(path, 'rb'))  # noqa: SIM115  # read as long as the ELFFile exists
     except OSError as error:
         raise Unreadable(f'{path}: {error.strerror}') from error
     except (ELFError, UnicodeDecodeError, ValueError) as error:
@@ -41,7 +41,7 @@ def open_elf(path):
 
 
 def read_binary(path):
-    """What the loader sees of the file at `path`."""
+    """What the loader sees in the file at `path`."""
     elf = open_elf(path)
     try:
         return _read(path, elf)
@@ -67,7 +67,7 @@ def _float_abi(elf):
 
 
 def _float_attribute(elf):
-    """The float ABI by the build attributes, for files that are linked without the flag."""
+    """The float ABI from the build attributes, for files linked without the flag."""
     section = elf.get_section_by_name('.ARM.attributes')
     if section is None:
         return ''
@@ -85,7 +85,7 @@ def _read_dynamic(elf, segment, binary):
             binary.soname = tag.soname
         else:
             entries[tag.entry.d_tag] = tag.entry.d_val
-    # The section is exact; a hash table counts no undefined symbols where none are defined.
+    # The section is exact; a hash table does not count undefined symbols if none are defined.
     for symbol in (elf.get_section_by_name('.dynsym') or segment).iter_symbols():
         if not symbol.name or symbol['st_info']['bind'] == 'STB_LOCAL':
             continue
@@ -99,7 +99,7 @@ def _read_dynamic(elf, segment, binary):
 
 
 def _version_needs(elf, segment, address, count):
-    strings = segment._get_stringtable()  # elftools has no other way without section headers
+    strings = segment._get_stringtable()  # elftools offers no other way without section headers
     order = '<' if elf.little_endian else '>'
     at = next(iter(elf.address_offsets(address)))
 

@@ -23,14 +23,14 @@ LIBRARY_DIRECTORIES = ('lib', 'usr/lib', 'lib64', 'usr/lib64', 'lib/*-linux-*', 
 
 @dataclass
 class Finding:
-    """What came out of one check: `what` is the subject, such as a function, `lines` say why it is no plain yes."""
+    """Outcome of one check: `what` is the subject, such as a function; `lines` give the reasons for the verdict."""
     what: str
     verdict: str
     lines: list = field(default_factory=list)
 
 
 def demangled(names):
-    """A dictionary from symbols to how they are written in C++; without c++filt they stay as they are."""
+    """Maps symbols to their C++ spelling; without c++filt they are unchanged."""
     names = list(names)
     try:
         done = subprocess.run(['c++filt'], input='\n'.join(names), capture_output=True, text=True, check=True)
@@ -56,8 +56,8 @@ def check_format(library, program):
 
 
 def check_versions(binaries, root, complete):
-    """Whether the libraries below `root` have the versions that are needed. `complete` says that all libraries that are
-    needed have to be there, not only those of C and C++."""
+    """Whether the libraries below `root` have the versions that are needed. `complete`: all libraries that are
+    needed must be there, not only those of C and C++."""
     findings = []
     provided = {os.path.basename(binary.path) for binary in binaries} | {binary.soname for binary in binaries}
     for binary in binaries:
@@ -76,7 +76,7 @@ def check_versions(binaries, root, complete):
 
 
 def _find(name, root, beside, binary):
-    """The library of that name and of the right machine; None when there is none."""
+    """The library with that name, for the right machine; None if there is none."""
     directories = [beside, *(path for part in LIBRARY_DIRECTORIES for path in sorted(glob.glob(os.path.join(root, part))))]
     for directory in directories:
         path = os.path.join(directory, name)
@@ -104,7 +104,7 @@ def needed_versions(binaries):
 
 
 def check_functions(library, program, theirs, ours):
-    """A finding for each function that the program needs. `theirs` and `ours` are interfaces or a `NotDescribed`."""
+    """One finding per function that the program needs. `theirs` and `ours` are interfaces or a `NotDescribed`."""
     needed = sorted(name for name in program.undefined if HAL_SYMBOL.match(name))
     names = demangled(needed)
     comparison = Comparison()
@@ -122,7 +122,7 @@ def check_functions(library, program, theirs, ours):
 
 
 def check_enumerators(theirs, ours):
-    """Numbers that have no type of their own belong to no function."""
+    """Compared separately, because values without a named type belong to no function."""
     lines = enumerators(theirs.enumerators, ours.enumerators)
     return [Finding('enumerators', DIFFERS, lines)] if lines else []
 
@@ -135,13 +135,13 @@ def _compare(comparison, theirs, ours):
 
 
 def _written(lines):
-    """Lines in which symbols stand in braces, with what they are in C++ instead."""
+    """The lines with symbols in braces replaced by their C++ spelling."""
     names = demangled({symbol for line in lines for symbol in SYMBOL_IN_LINE.findall(line)})
     return [SYMBOL_IN_LINE.sub(lambda match: names[match[1]], line) for line in lines]
 
 
 def describe(reader, *arguments):
-    """An interface, or the reason why there is none."""
+    """An interface, or the exception that says why there is none."""
     try:
         return reader(*arguments)
     except (NotDescribed, Unreadable) as error:

@@ -4,13 +4,13 @@ from .model import Array, Base, Enumeration, Function, Pointer, Record, Void, al
 
 
 class Comparison:
-    """Compares types; keeps what it found of a record, which many functions use."""
+    """Compares types; caches the findings for records, since many functions use the same record."""
 
     def __init__(self):
         self.known = {}
 
     def functions(self, theirs, ours):
-        """The differences between two functions, a line each."""
+        """The differences between two functions, one line each."""
         found = self._types(theirs.result, ours.result, 'result')
         if len(theirs.arguments) != len(ours.arguments):
             found.append(f'{_count(len(theirs.arguments), "argument")}, the harness passes {len(ours.arguments)}')
@@ -19,7 +19,7 @@ class Comparison:
         return list(dict.fromkeys(found))
 
     def _types(self, theirs, ours, where):
-        """`where` says what has the type."""
+        """`where` names the place of the type."""
         if isinstance(theirs, Record) and isinstance(ours, Record):
             return self._records(theirs, ours)
         if isinstance(theirs, Pointer) and isinstance(ours, Pointer):
@@ -43,7 +43,7 @@ class Comparison:
     def _records(self, theirs, ours):
         pair = (id(theirs), id(ours))
         if pair not in self.known:
-            self.known[pair] = []  # while it is compared: records may point to each other
+            self.known[pair] = []  # for the time of the comparison: records may point to each other
             name = text(ours)
             self.known[pair] = [line if line.startswith('record ') else f'{name}: {line}'
                                 for line in self._layout(theirs, ours)]
@@ -67,7 +67,8 @@ class Comparison:
         for our in ours:
             their = by_name.get(our.name) if our.name else None
             at_its_place = by_offset.get(our.offset)
-            # Another name at the same place is a new name; unnamed unions and bases are known by their place.
+            # A different name at the same offset is a rename; unnamed unions and bases are
+            # identified by their offset.
             if their is None and at_its_place and (at_its_place.name not in our_names or not our.name):
                 their = at_its_place
             matched.add(id(their))
@@ -97,7 +98,7 @@ class Comparison:
 
 
 def enumerators(theirs, ours):
-    """Differences between values of the same name. A compiler leaves out enumerations that a library does not use."""
+    """Differences between values with the same name. Compilers omit enumerations that a library does not use."""
     return [f'enumerator {name} is {theirs[name]}, the harness has {value}'
             for name, value in ours.items() if theirs.get(name, value) != value]
 

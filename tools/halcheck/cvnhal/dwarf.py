@@ -18,17 +18,17 @@ TRANSPARENT = ('DW_TAG_typedef', 'DW_TAG_const_type', 'DW_TAG_volatile_type', 'D
 POINTERS = ('DW_TAG_pointer_type', 'DW_TAG_reference_type', 'DW_TAG_rvalue_reference_type')
 POINTER_VARIABLES = 'cvn_'  # before the names of functions in the program's description
 
-# elftools reads files of others, and says in many ways that one is damaged or too new for it.
+# elftools reads files of any origin and reports in many ways that one is damaged or too new.
 UNREADABLE = (DWARFError, ELFError, NotImplementedError, KeyError, IndexError, AttributeError, TypeError, ValueError,
               AssertionError, RecursionError, OSError, EOFError)
 
 
 class NotDescribed(Exception):
-    """There is no debugging information, or none that can be used. Its text says why."""
+    """There is no usable debugging information. The message says why."""
 
 
 def described_by_program(path):
-    """The interface that the program at `path` was built with."""
+    """The interface for which the program at `path` was built."""
     section = open_elf(path).get_section_by_name(SECTION)
     if section is None:
         raise NotDescribed(f'{path} has no description of its HAL interface (section {SECTION})')
@@ -36,7 +36,7 @@ def described_by_program(path):
 
 
 def described_by_library(path, debug_file=None):
-    """The interface of the library at `path`, from itself or from the file with its debugging information."""
+    """The interface of the library at `path`, from the library or from the file with its debugging information."""
     elf = open_elf(path)
     for candidate in [debug_file] if debug_file else [path, *_debug_files(elf, path)]:
         if os.path.exists(candidate):
@@ -47,7 +47,7 @@ def described_by_library(path, debug_file=None):
 
 
 def _debug_files(elf, path):
-    """Where debuggers look for the debugging information of a stripped file."""
+    """The places where debuggers look for the debugging information of a stripped file."""
     note = elf.get_section_by_name('.note.gnu.build-id')
     for entry in note.iter_notes() if note else []:
         if entry['n_type'] == 'NT_GNU_BUILD_ID':
@@ -77,7 +77,7 @@ def _number(die, attribute, default=0):
 
 
 class _Reader:
-    """`types` keeps each description of a type once, under its place."""
+    """`types` stores each type description once, by its offset."""
 
     def __init__(self, dwarf):
         self.dwarf = dwarf
@@ -88,7 +88,7 @@ class _Reader:
         for unit in self.dwarf.iter_CUs():
             top = unit.get_top_DIE()
             if not any(child.tag.endswith('_type') for child in top.iter_children()):
-                continue  # line tables alone (-g1), or the description is in another file (split)
+                continue  # line tables only (-g1), or the description is in another file (split)
             for die in top.iter_children():
                 self._take(die)
         self._complete()
@@ -112,7 +112,7 @@ class _Reader:
                 self.found.functions.setdefault(symbol, method)
 
     def _complete(self):
-        """Records that one unit only declares are those that another defines."""
+        """Completes records that one unit only declares from the unit that defines them."""
         for type_ in self.types.values():
             known = self.found.records.get(type_.name) if isinstance(type_, Record) and type_.size is None else None
             if known:
@@ -127,7 +127,7 @@ class _Reader:
         return Function(self._target(die), arguments)
 
     def _type(self, die, alias=''):
-        """`alias` is the name that a typedef gives."""
+        """`alias` is the name given by a typedef."""
         if die.tag in TRANSPARENT:
             if 'DW_AT_type' not in die.attributes:
                 return Void()
@@ -140,7 +140,7 @@ class _Reader:
         size = _number(die, 'DW_AT_byte_size')
         name = _text(die, 'DW_AT_name') or alias
         if die.tag in RECORDS:
-            # Noted first: its fields may point to it.
+            # Stored first: its fields may point to it.
             self.types[die.offset] = Record(name, None if 'DW_AT_declaration' in die.attributes else size,
                                             alignment_asked=_number(die, 'DW_AT_alignment'))
             self._fill(die, self.types[die.offset])
@@ -193,7 +193,7 @@ class _Reader:
     def _method(self, die, record):
         name = _text(die, 'DW_AT_name')
         if name.startswith('~'):
-            return  # compilers disagree on what they say of destructors; those behind one show whether it is there
+            return  # compilers describe destructors differently; a missing one shows in the methods after it
         name = _text(die, 'DW_AT_linkage_name') or _text(die, 'DW_AT_MIPS_linkage_name') or name
         record.methods[name] = self._function(die)
         if 'DW_AT_vtable_elem_location' in die.attributes:
@@ -201,7 +201,7 @@ class _Reader:
 
 
 def _constant(attribute):
-    """A number that is written as an expression: DW_OP_constu or DW_OP_plus_uconst, and its operand."""
+    """A number that is given as an expression: DW_OP_constu or DW_OP_plus_uconst, and its operand."""
     if attribute is None:
         return 0
     if isinstance(attribute.value, int):

@@ -20,7 +20,7 @@ STATUSES = {check.FITS: 0, check.DIFFERS: 1, check.MISSING: 1, check.UNCHECKED: 
 
 
 def parser():
-    """All options, from which help and man page come."""
+    """All options; help and man page are generated from them."""
     options = Parser(prog='cvnhalcheck', summary='whether a build of cvntester fits a HAL library', epilog=EPILOG,
                      description='Checks whether this build of cvntester can run on that HAL library: file formats, '
                                  'functions, versions of the C and C++ libraries, and from debugging information the '
@@ -80,7 +80,7 @@ def _report(arguments, library, program):
 def _show(arguments, findings):
     shown = [finding for finding in findings if arguments.verbose or finding.verdict in (check.DIFFERS, check.MISSING)]
     unchecked = [finding for finding in findings if finding.verdict == check.UNCHECKED]
-    # A list of everything says no more than that nothing was checked.
+    # A list of everything would only say that nothing was checked.
     shown += [finding for finding in unchecked if finding.lines and finding not in shown]
     for finding in shown:
         print(f'{finding.verdict}: {finding.what}')

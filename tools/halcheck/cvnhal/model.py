@@ -4,12 +4,12 @@ from dataclasses import dataclass, field
 
 @dataclass(eq=False)
 class Void:
-    """Nothing, and what a pointer to anything points to."""
+    """void, also as the target of a pointer."""
 
 
 @dataclass(eq=False)
 class Base:
-    kind: str  # signed, unsigned, boolean, float or such
+    kind: str  # signed, unsigned, boolean, float etc.
     size: int
 
 
@@ -48,15 +48,15 @@ class Field:
 
 @dataclass(eq=False)
 class Record:
-    """`size` is None where the record is only declared. `methods` has linkage names, or plain names where there is
-    none; `slots` maps places of the table of virtual functions to such names."""
+    """`size` is None if the record is only declared. `methods` has linkage names, or plain names where there is
+    none; `slots` maps slots of the virtual function table to such names."""
     name: str
     size: int | None
     fields: list = field(default_factory=list)
     bases: list = field(default_factory=list)
     methods: dict = field(default_factory=dict)
     slots: dict = field(default_factory=dict)
-    alignment_asked: int = 0  # alignas and such
+    alignment_asked: int = 0  # by alignas or similar
 
 
 @dataclass
@@ -67,7 +67,7 @@ class Interface:
 
 
 def alignment(type_):
-    """In bytes: what the machines in question give a type, which is its largest part."""
+    """In bytes: on the supported machines, the alignment of the largest part."""
     match type_:
         case Base() | Pointer() | Enumeration():
             return type_.size
@@ -80,7 +80,7 @@ def alignment(type_):
 
 
 def text(type_):
-    """A type in few words."""
+    """A short name for a type."""
     match type_:
         case Base():
             return f'{type_.kind} of {type_.size} bytes' if type_.size != 1 else f'{type_.kind} of 1 byte'

@@ -1,1 +1,1 @@
-"""What the programs for the PC that are written in Python share."""
+"""Shared by the PC programs written in Python."""

@@ -1,4 +1,4 @@
-"""A command line whose man page comes from the same options as --help."""
+"""A command line whose man page is generated from the same options as --help."""
 import argparse
 import sys
 
@@ -6,7 +6,7 @@ USAGE = 2
 
 
 class Parser(argparse.ArgumentParser):
-    """`summary` is the line of the man page's NAME. Has --document and --version; wrong usage ends with status 2."""
+    """`summary` is for NAME in the man page. Adds --document and --version; invalid usage exits with status 2."""
 
     def __init__(self, prog, summary, version, **arguments):
         super().__init__(prog=prog, allow_abbrev=False, **arguments)
@@ -29,7 +29,7 @@ class Parser(argparse.ArgumentParser):
         page = [f'.TH {self.prog.upper()} 1 "" "{self.prog} {self.release}"', '.SH NAME',
                 roff(f'{self.prog} - {self.summary}'), '.SH SYNOPSIS', f'.B {self.prog}',
                 f'[\\fIOPTION\\fR]... {" ".join(words)}', '.SH DESCRIPTION', roff(self.description), '.SH OPTIONS']
-        for action in self._actions:  # argparse has no other list of them
+        for action in self._actions:  # argparse offers no public list of them
             shown = ', '.join(action.option_strings) or action.metavar
             metavar = f' {action.metavar}' if action.option_strings and action.metavar else ''
             page += ['.TP', '.B ' + roff(shown + metavar), roff(action.help)]
@@ -37,7 +37,7 @@ class Parser(argparse.ArgumentParser):
 
 
 class _Manual(argparse.Action):
-    """Prints the man page and ends."""
+    """Prints the man page and exits."""
 
     def __call__(self, options, namespace, values, option_string=None):
         print(options.manual())

@@ -5,9 +5,9 @@ from .runs import BAD, RAN
 
 FAILED = ('FAIL', 'ERROR')
 SLOWER_FACTOR = 1.5
-SLOWER_LEAST_S = 0.1  # less is noise of the machine
+SLOWER_LEAST_S = 0.1  # smaller differences are noise
 
-# What becomes of a test from one run to the next, in the order in which people read it.
+# Changes of a test from one run to the next, in the order in which people read them.
 CLASSES = {
     'newly failing': 'failed or went wrong, and did not in the run before',
     'still failing': 'failed or went wrong in both runs',
@@ -21,8 +21,8 @@ CLASSES = {
 
 
 def class_of(before, after):
-    """The class of a test with these results (None: not in the run's list); None when nothing of
-    note happened. A test that was skipped or not run is never a regression."""
+    """The class of a test with these results (None: not in the run's list); None if nothing notable
+    happened. A test that was skipped or not run is never a regression."""
     if before is None or after is None:
         return 'new' if before is None else 'disappeared'
     if after.verdict in FAILED:
@@ -40,7 +40,7 @@ def class_of(before, after):
 
 @dataclasses.dataclass
 class Change:
-    """What became of one test."""
+    """The change of one test."""
     id: str
     before: object  # Result or None
     after: object
@@ -51,7 +51,7 @@ class Change:
 
 
 def compare(older, newer):
-    """Lists of changes by class, all classes in their order. None where the runs have no test in
+    """Lists of changes by class, all classes in their order. None if the runs have no test in
     common, so that there is nothing to compare."""
     if not older.results.keys() & newer.results.keys():
         return None
@@ -65,7 +65,7 @@ def compare(older, newer):
 
 
 def differing_lists(older, newer):
-    """One line where the runs have different tests; empty where they do not."""
+    """One line if the runs have different tests; otherwise empty."""
     gone, come = older.results.keys() - newer.results.keys(), newer.results.keys() - older.results.keys()
     if not gone and not come:
         return ''
@@ -88,8 +88,8 @@ def unstable(runs):
 
 
 def since(test, runs):
-    """The first run of the unbroken row of failures that ends in the newest run `runs[0]`; None
-    when the test does not fail there. Runs that did not run the test break no row."""
+    """The first run of the unbroken series of failures that ends in the newest run `runs[0]`; None
+    if the test does not fail there. Runs without the test do not break the series."""
     first = None
     for run in runs:
         result = run.results.get(test)
@@ -102,8 +102,8 @@ def since(test, runs):
 
 
 def board_or_build(test, runs):
-    """One sentence on where else a test passed that fails in the newest run, and what differs there;
-    empty where no run says anything."""
+    """One sentence on which other run passed a test that fails in the newest run, and what differs there;
+    empty if no run shows it."""
     newest, *others = runs
     board, build = newest.fact('board'), newest.fact('build')
     if not board or not build or newest.results[test].verdict not in BAD:

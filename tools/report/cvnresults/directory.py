@@ -1,4 +1,4 @@
-"""Reads one result directory: the journal, the record beside it, and the files of each test.
+"""Reads one result directory: the journal, the record next to it, and the files of each test.
 
 The journal decides what was run and what came out of it. The record (results.jsonl) adds names,
 times, board, build, answers and findings; directories without one are read as well.
@@ -35,12 +35,12 @@ class Problem(Exception):
 class Attempt:
     """One execution of one test."""
     part: 'Part'
-    number: int  # place in the run, from 1
+    number: int  # position in the run, from 1
     id: str  # with the round: 'VscModule/31@2'
     verdict: str
     message: str
     seconds: float
-    ended: bool = False  # no: the run was cut off in it
+    ended: bool = False  # False: the run was interrupted during it
     prompts: int = 0
     at: str = ''  # when it began
     typed: list = dataclasses.field(default_factory=list)  # (position, length) of answers in the log
@@ -53,7 +53,7 @@ class Attempt:
 
 @dataclasses.dataclass
 class Name:
-    """What a test is called."""
+    """Module, name and description of a test."""
     module: str
     name: str = ''
     description: str = ''
@@ -61,7 +61,7 @@ class Name:
 
 @dataclasses.dataclass
 class Part:
-    """What one result directory holds."""
+    """The content of one result directory."""
     path: str
     words: list = dataclasses.field(default_factory=list)  # command line
     tests: list = dataclasses.field(default_factory=list)  # ids of the selection
@@ -76,22 +76,22 @@ class Part:
     status: int | None = None  # exit status of the harness
     planned: int | None = None  # tests in all rounds
     running: bool = False
-    resumed: int = 0  # how often
+    resumed: int = 0  # number of times
     modified: float = 0  # of the journal, seconds since the epoch
     why_not_run: dict = dataclasses.field(default_factory=dict)  # reasons by id
     notes: list = dataclasses.field(default_factory=list)
 
     @property
     def name(self):
-        """For people."""
+        """For display."""
         return clean_line(os.path.basename(self.real))
 
     def fact(self, name):
-        """'board', 'build' or 'version': what the operator says, else what the harness knows."""
+        """'board', 'build' or 'version': the operator's label, otherwise the value found by the harness."""
         return self.labels.get(name) or getattr(self, name)
 
     def base(self, test_id):
-        """The test whose round `test_id` may be."""
+        """The test of which `test_id` may be a round."""
         found = _ROUND.fullmatch(test_id)
         return found[1] if found and test_id not in self.selected else test_id
 
@@ -101,12 +101,12 @@ class Part:
 
     @functools.cached_property
     def real(self):
-        """The path without links."""
+        """The path with links resolved."""
         return os.path.realpath(self.path)
 
 
 def read(path):
-    """Reads the result directory `path`. Raises Problem when it is none."""
+    """Reads the result directory `path`. Raises Problem if it is not one."""
     part = Part(path)
     journal = os.path.join(path, 'journal')
     if not os.path.isdir(path):
@@ -120,7 +120,7 @@ def read(path):
     part.running = _is_locked(journal)
     _read_journal(part, journal, data)
     if part.running and part.attempts and not part.attempts[-1].ended:
-        part.attempts.pop()  # runs now
+        part.attempts.pop()  # still running
     record = os.path.join(path, 'results.jsonl')
     if os.path.lexists(record):
         _read_record(part, record)
@@ -137,7 +137,7 @@ def read_file(path, limit=None):
 
 
 def open_regular(path):
-    """Opens a file to be read; a pipe or a device in its place keeps nobody waiting. Raises OSError."""
+    """Opens a file for reading; does not block on a pipe or a device. Raises OSError."""
     file = open(os.open(path, os.O_RDONLY | os.O_NONBLOCK | os.O_CLOEXEC), 'rb')
     if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
         file.close()
@@ -146,7 +146,7 @@ def open_regular(path):
 
 
 def _hint(path):
-    """For a directory that holds result directories."""
+    """A hint if the directory contains result directories."""
     try:
         inside = next((entry.path for entry in sorted(os.scandir(path), key=lambda entry: entry.name)
                        if os.path.isfile(os.path.join(entry.path, 'journal'))), None)
@@ -156,7 +156,7 @@ def _hint(path):
 
 
 def _is_locked(path):
-    """Whether a run holds the journal: it has not ended."""
+    """Whether a run has the journal locked, which means that it has not ended."""
     with open_regular(path) as file:
         try:
             fcntl.flock(file, fcntl.LOCK_SH | fcntl.LOCK_NB)
@@ -168,7 +168,7 @@ def _is_locked(path):
 
 
 def _unescaped(field):
-    """Text of a journal's field; None when a backslash has no meaning."""
+    """Text of a journal's field; None if it has an unknown escape sequence."""
     if b'\\' in field:
         if not _STRAY_BACKSLASH.fullmatch(field):
             return None
@@ -177,7 +177,7 @@ def _unescaped(field):
 
 
 def _read_journal(part, journal, data):
-    lines = data[:data.rfind(b'\n') + 1].split(b'\n')[:-1]  # the last line may be cut off
+    lines = data[:data.rfind(b'\n') + 1].split(b'\n')[:-1]  # the last line may be truncated
     title = _TITLE.fullmatch(lines[0]) if lines else None
     if not lines and b'cvntester journal 1\n'.startswith(data):
         raise Problem(f'{journal}: truncated before the first test')
@@ -238,7 +238,7 @@ def _seconds(value):
 
 
 class _Record:
-    """Takes the lines of a record one by one."""
+    """Processes the lines of a record one by one."""
 
     def __init__(self, part):
         self.part = part
@@ -286,7 +286,7 @@ class _Record:
 
     def test_end(self, event):
         attempt = self.attempt_of(event)
-        if not attempt:  # what an interrupted run left out
+        if not attempt:  # left out by an interrupted run
             self.part.why_not_run[text_of(event, 'test')] = text_of(event, 'message')
             return
         attempt.prompts = _count(event.get('prompts')) or 0
@@ -329,17 +329,17 @@ def _read_record(part, path):
 
 
 def text_of(event, name):
-    """A member of a JSON object as clean text on one line; empty when it is none."""
+    """A member of a JSON object as clean text on one line; empty if it is not a string."""
     value = event.get(name)
     return clean_line(value) if isinstance(value, str) else ''
 
 
 def number_of(event, name):
-    """A member of a JSON object as a finite number; None when it is none."""
+    """A member of a JSON object as a finite number; None if it is not one."""
     value = event.get(name)
     if isinstance(value, bool) or not isinstance(value, (int, float)):
         return None
-    return value if abs(value) < 1e15 else None  # not for infinity either
+    return value if abs(value) < 1e15 else None  # excludes infinity, too
 
 
 def _count(value):
@@ -355,7 +355,7 @@ def _is_place(value):
 
 
 def inside(part, name):
-    """Path of the file `name` of a result directory; None when it leads out of it."""
+    """Path of the file `name` in a result directory; None if it points outside."""
     try:
         path = os.path.realpath(os.path.join(part.real, name))
     except (OSError, ValueError):

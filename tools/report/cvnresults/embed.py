@@ -1,4 +1,4 @@
-"""Files of tests that are put into the page: texts cut to size, pictures made small."""
+"""Files of tests that are embedded in the page: texts truncated to size, pictures scaled down."""
 import base64
 import dataclasses
 import io
@@ -14,9 +14,9 @@ PICTURE_WIDTH = 640
 LARGEST_PICTURE = 40_000_000  # pixels
 LARGEST_DRAWING = 400_000  # bytes of an SVG
 LEAST_TEXT = 400
-TEXT_LIMITS = [0, *(LEAST_TEXT << shift for shift in range(8))]  # to 50 KB; 0: only a link
+TEXT_LIMITS = [0, *(LEAST_TEXT << shift for shift in range(8))]  # up to 50 KB; 0: only a link
 TEXT_FRAME = 150  # bytes that the page needs around a text
-# Pictures of eyes are shown side by side in this order, followed by other pictures.
+# The pictures of the eyes are shown side by side in this order, followed by other pictures.
 PICTURE_ORDER = ('reference', 'capture', 'difference')
 TOO_LARGE = 'is not in the page, which would become too large'
 PICTURES = ('.png', '.jpg', '.jpeg', '.webp', '.bmp', '.ppm')
@@ -24,15 +24,15 @@ PICTURES = ('.png', '.jpg', '.jpeg', '.webp', '.bmp', '.ppm')
 
 @dataclasses.dataclass
 class Text:
-    """A text as it is shown."""
+    """A text for display."""
     link: str
     size: int
-    parts: list  # (kind, text), also of the kind 'gap'
+    parts: list  # (kind, text), including the kind 'gap'
 
 
 @dataclasses.dataclass
 class Picture:
-    """A picture as it is shown; without `source` only its link is."""
+    """A picture for display; without `source`, only as a link."""
     link: str
     name: str
     source: str = ''
@@ -42,12 +42,12 @@ class Picture:
 
 
 def link(path, directory):
-    """Address of a file for a page in `directory`."""
+    """URL of a file for a page in `directory`."""
     return './' + urllib.parse.quote(os.fsencode(os.path.relpath(path, directory)))
 
 
 class TextBudget:
-    """Shares the room for texts: those of tests that did not pass get most of it."""
+    """Distributes the space for texts: those of tests that did not pass get most of it."""
 
     def __init__(self, room):
         self.room = room
@@ -55,11 +55,11 @@ class TextBudget:
         self.limits = {}
 
     def plan(self, size, matters):
-        """A text of `size` bytes will be shown."""
+        """Registers a text of `size` bytes."""
         self.sizes[matters].append(size)
 
     def decide(self):
-        """All texts are planned."""
+        """Sets the limits; called when all texts are planned."""
         left = self.room
         for matters in (True, False):
             fitting = [limit for limit in TEXT_LIMITS if self._sum(matters, limit) <= left * (0.7 if matters else 1)]
@@ -71,7 +71,7 @@ class TextBudget:
 
 
 def size_of(part, name):
-    """Size of a file of a result directory; None when there is none."""
+    """Size of a file in a result directory; None if there is none."""
     path = inside(part, name)
     try:
         return os.stat(path).st_size if path and os.path.isfile(path) else None
@@ -80,7 +80,7 @@ def size_of(part, name):
 
 
 def load_text(part, name, typed, limit, directory):
-    """A text file, cut in the middle to about `limit` bytes. None when there is none."""
+    """A text file, shortened in the middle to about `limit` bytes. None if there is none."""
     path = inside(part, name)
     try:
         with open_regular(path) as file:
@@ -106,14 +106,14 @@ def load_text(part, name, typed, limit, directory):
 
 
 class Pictures:
-    """Makes pictures small and stops when the room for them is used up."""
+    """Scales pictures down and stops when the space for them is used up."""
 
     def __init__(self, room, directory):
         self.room = room
         self.directory = directory
 
     def of(self, attempt):
-        """All pictures that an attempt left, in the order in which they are looked at."""
+        """All pictures of an attempt, in display order."""
         names = [name for name in evidence(attempt) if name.lower().endswith((*PICTURES, '.svg'))]
         pictures = (self._load(attempt.part, name) for name in sorted(names, key=_place))
         return [picture for picture in pictures if picture]
@@ -159,7 +159,7 @@ def _drawing(path):
 
 
 def _small(path, picture):
-    """The picture as WebP of at most `PICTURE_WIDTH`; notes its true size."""
+    """The picture as WebP, at most `PICTURE_WIDTH` wide; stores its original size."""
     with open_regular(path) as file, Image.open(file) as image:
         picture.width, picture.height = image.size
         if image.width * image.height > LARGEST_PICTURE:
@@ -168,11 +168,11 @@ def _small(path, picture):
         small = image.convert('RGB')
         small.thumbnail((PICTURE_WIDTH, PICTURE_WIDTH), Image.Resampling.BILINEAR, reducing_gap=2.0)
     out = io.BytesIO()
-    small.save(out, 'WEBP', quality=80, method=0)  # other methods take twice the time for the same size
+    small.save(out, 'WEBP', quality=80, method=0)  # other methods take twice as long for the same size
     return out.getvalue()
 
 
 def texts_of(attempt):
-    """Names of text files that an attempt left as evidence."""
+    """Names of the text files in an attempt's evidence."""
     return [name for name in evidence(attempt) if name.lower().endswith('.txt')]
 

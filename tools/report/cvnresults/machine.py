@@ -7,7 +7,7 @@ from .texts import clean
 
 
 def junit(run):
-    """The run as JUnit XML (bytes): one case for each test, a suite for each module."""
+    """The run as JUnit XML (bytes): one case per test, one suite per module."""
     suites = {}
     for result in run.results.values():
         suites.setdefault(result.name.module, []).append(result)
@@ -20,7 +20,8 @@ def junit(run):
     return ElementTree.tostring(root, encoding='utf-8', xml_declaration=True) + b'\n'
 
 
-# How verdicts stand in JUnit. What did not run is skipped, and the exit status says that it is missing.
+# Verdicts in JUnit. Tests that did not run are skipped, and the exit status says that they are
+# missing.
 _ELEMENTS = {'FAIL': 'failure', 'FLAKY': 'failure', 'ERROR': 'error', 'BLOCKED': 'error',
              'SKIPPED': 'skipped', 'NOT RUN': 'skipped'}
 

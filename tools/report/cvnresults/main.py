@@ -22,7 +22,7 @@ incomplete or the harness failed. Files are written completely or not at all.'''
 
 
 def parser():
-    """All options, from which help and man page come."""
+    """All options; help and man page are generated from them."""
     options = Parser(prog='cvnreport', summary='one page from one or many runs', version=VERSION, epilog=EPILOG,
                      description='Reports the results of one or many runs of cvntester: as one HTML page for '
                                  'people, as JUnit XML or JSON for programs.')
@@ -54,13 +54,13 @@ def _refuse(status, problem):
 
 
 class Files:
-    """Files that appear together, whole: written beside their places first."""
+    """Files that appear complete and together: they are first written next to their destinations."""
 
     def __init__(self):
-        self.waiting = []  # (temporary name, place)
+        self.waiting = []  # (temporary name, destination)
 
     def add(self, path, data):
-        """Raises Problem when the file cannot be written."""
+        """Writes a temporary file. Raises Problem if it cannot be written."""
         directory = os.path.dirname(os.path.abspath(path))
         try:
             if path == '-':
@@ -79,7 +79,7 @@ class Files:
             raise Problem(f'cannot write {path}: {error.strerror}') from error
 
     def appear(self):
-        """Puts all files in their places. Raises Problem."""
+        """Moves all files to their destinations. Raises Problem."""
         while self.waiting:
             name, path = self.waiting[-1]
             try:
@@ -89,7 +89,7 @@ class Files:
             self.waiting.pop()
 
     def forget(self):
-        """Removes what has not appeared."""
+        """Removes the files that have not been moved."""
         for name, _ in self.waiting:
             os.unlink(name)
 
@@ -119,7 +119,7 @@ def _write(arguments, runs):
 
 
 def main(words=None):
-    """Does what the command line `words` says and returns the exit status."""
+    """Executes the command line `words` and returns the exit status."""
     arguments = parser().parse_args(words)
     outputs = [path for path in (arguments.output, arguments.junit, arguments.json) if path]
     if not outputs and not arguments.exit_status:

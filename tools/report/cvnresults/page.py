@@ -1,4 +1,4 @@
-"""The page: one HTML file that needs nothing from elsewhere."""
+"""The page: one self-contained HTML file."""
 import dataclasses
 import functools
 import os
@@ -18,7 +18,7 @@ MEGABYTE = 1_000_000
 EMBEDDED = 3.0  # megabytes of texts and pictures
 TEXT_SHARE = 0.6  # of that; the rest is for pictures
 MOST_LISTED = 200  # tests that did not pass, at the top
-MOST_ATTEMPTS = 3  # of one test that are shown whole
+MOST_ATTEMPTS = 3  # of one test that are shown in full
 STATUS_WORDS = {
     0: 'All that ran passed.',
     1: 'Something failed, went wrong, was blocked or passed only when it was tried again.',
@@ -27,14 +27,14 @@ STATUS_WORDS = {
 }
 _LETTERS = {'PASS': 'P', 'FAIL': 'F', 'ERROR': 'E', 'BLOCKED': 'B', 'FLAKY': 'L', 'SKIPPED': 'S', 'NOT RUN': 'N'}
 _LONGEST_TITLE = 100
-REASON_BYTES = 16000  # of a log in which the reason is looked for
+REASON_BYTES = 16000  # of a log that are searched for the reason
 LONGEST_REASON = 200
 _REASON = re.compile(r'\bNG\b|\bFAIL|\bERROR|\bResult *: *-?[1-9]', re.IGNORECASE)
 
 
 @dataclasses.dataclass
 class Shown:
-    """An attempt with all that the page shows of it."""
+    """An attempt with everything that the page shows of it."""
     number: int
     verdict: str
     log: object = None
@@ -46,7 +46,7 @@ class Shown:
 
 @dataclasses.dataclass
 class Details:
-    """What the page shows of one test beside its result."""
+    """What the page shows of one test in addition to its result."""
     open: bool
     attempts: list
     since: str
@@ -54,17 +54,17 @@ class Details:
 
 
 def css(verdict):
-    """Class of a verdict in the style sheet."""
+    """Style-sheet class of a verdict."""
     return verdict.lower().replace(' ', '-')
 
 
 def when(time):
-    """A time such as 2026-11-22T02:40:00Z for people."""
+    """A time such as 2026-11-22T02:40:00Z in readable form."""
     return time.replace('T', ' ').replace('Z', ' UTC') if time else 'unknown'
 
 
 def own(text):
-    """Text of a test: its direction of writing ends where it does."""
+    """Text of a test, isolated so that its writing direction does not affect the rest."""
     return Markup('<bdi>{}</bdi>').format(text) if text else ''
 
 
@@ -76,7 +76,7 @@ def counts(results):
 
 
 def modules_of(run):
-    """Results by module, modules in the order of their first tests."""
+    """Results by module; modules are in the order of their first tests."""
     modules = {}
     for result in run.results.values():
         modules.setdefault(result.name.module, []).append(result)
@@ -97,7 +97,7 @@ class _Page:
                 for name in self._texts(attempt):
                     self.budget.plan(size_of(attempt.part, name) or 0, result.verdict in (*BAD, 'FLAKY'))
         self.budget.decide()
-        # The pictures of what did not pass come first, as long as there is room.
+        # Pictures of tests that did not pass come first, as long as there is space.
         self.pictures_of = {}
         for result in sorted(self.run.results.values(), key=lambda result: VERDICTS.index(result.verdict)):
             for attempt in self.shown[result.id]:
@@ -105,7 +105,7 @@ class _Page:
 
     @staticmethod
     def _attempts(result):
-        """Those that tell most: the last ones that did not pass, and the last."""
+        """The most informative attempts: the last ones that did not pass, and the last one."""
         ran = [attempt for attempt in result.attempts if attempt.verdict != 'SKIPPED']
         chosen = [attempt for attempt in ran if attempt.verdict != 'PASS'][-MOST_ATTEMPTS + 1:]
         if ran and ran[-1] not in chosen:
@@ -131,7 +131,7 @@ class _Page:
                      self.pictures_of[id(attempt)], playback(attempt.findings))
 
     def since(self, test):
-        """Since when a test fails, where there are several runs."""
+        """Since when a test has failed, if there are several runs."""
         first = since(test, self.runs) if len(self.runs) > 1 else None
         if not first:
             return ''
@@ -140,11 +140,11 @@ class _Page:
         return f'Fails since {first.name} ({when(first.started)}).'
 
     def hint(self, test):
-        """Whether it is the board or the build, where the runs say it."""
+        """Whether the board or the build is the likely cause, if the runs show it."""
         return board_or_build(test, self.runs) if test in self.run.results else ''
 
     def history(self, test):
-        """A mark for each run, newest first."""
+        """One mark per run, newest first."""
         return Markup(' ').join(self._mark(run, run.results.get(test)) for run in self.runs)
 
     @staticmethod
@@ -159,7 +159,7 @@ class _Page:
 
     @functools.cache
     def printed(self, test):
-        """For a test that failed without a message: the last thing it printed about that."""
+        """For a test that failed without a message: the last line it printed about the failure."""
         result = self.run.results.get(test)
         if not result or result.message or result.verdict not in BAD:
             return ''
@@ -174,7 +174,7 @@ class _Page:
         return sorted(found, key=lambda result: VERDICTS.index(result.verdict))
 
     def not_run(self):
-        """[((verdict, reason), results)] of what did not run."""
+        """Tests that did not run, as [((verdict, reason), results)]."""
         groups = {}
         for result in self.run.results.values():
             if result.verdict in ('SKIPPED', 'NOT RUN'):
@@ -202,8 +202,8 @@ def _environment():
 
 
 def render(runs, directory, embedded=EMBEDDED):
-    """The page of `runs` (newest first) as text, for a file in `directory`. At most about `embedded`
-    megabytes of it are texts and pictures of tests."""
+    """The page of `runs` (newest first) as text, for a file in `directory`. At most about
+    `embedded` megabytes of it are texts and pictures of tests."""
     page = _Page(runs, directory, embedded)
     several = len(runs) > 1
     return _environment().get_template('page.html').render(

@@ -1,4 +1,4 @@
-"""What a playback test found about frames, pacing and synchronisation, ready to be shown."""
+"""Findings of a playback test about frames, pacing and synchronisation, prepared for display."""
 import dataclasses
 import math
 
@@ -12,7 +12,7 @@ MARGIN_S = 0.5
 
 @dataclasses.dataclass
 class Cause:
-    """An event that follows from no other one."""
+    """An event that is not a consequence of another one."""
     stage: str
     kind: str
     frame: str
@@ -33,7 +33,7 @@ class Mark:
 
 @dataclasses.dataclass
 class Chart:
-    """Differences of sound and picture over the time, in pixels of the picture."""
+    """Differences between sound and picture over time, in pixels of the chart."""
     marks: list
     least: float
     most: float
@@ -45,14 +45,14 @@ class Chart:
 
 @dataclasses.dataclass
 class Playback:
-    """All of it. Lists may be longer than what is shown."""
+    """All findings of a playback. The lists may be longer than what is shown."""
     causes: list
     pacing: list
     chart: Chart | None
 
 
 def playback(findings):
-    """What the findings of one test say; None when they say nothing of a playback."""
+    """The playback findings of one test; None if there are none."""
     of_kind = {kind: [each for each in findings if each['event'] == kind]
                for kind in ('frame-event', 'stage-pacing', 'sync-mark')}
     if not any(of_kind.values()):
@@ -100,7 +100,7 @@ def _chart(events):
     if not found:
         return None
     first = found[0][0]
-    # Time stamps are the lower 32 bits of ticks of 90 kHz.
+    # Time stamps are the lower 32 bits of a 90 kHz counter.
     marks = [Mark(((pts - first + (1 << 31)) % (1 << 32) - (1 << 31)) / 90000, ms, passed) for pts, ms, passed in found]
     least, most = number_of(events[0], 'least_ms') or 0, number_of(events[0], 'most_ms') or 0
     low = min(least, *(mark.ms for mark in marks)) - 10

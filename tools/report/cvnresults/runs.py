@@ -1,4 +1,4 @@
-"""Runs as they are judged: parts of one run merged, one result for each test."""
+"""Runs and their results: the parts of a run are merged, with one result per test."""
 import collections
 import dataclasses
 import datetime
@@ -10,7 +10,7 @@ from .texts import plural
 
 ALL_PASSED, SOME_FAILED, NOTHING_RAN, HARNESS_FAILED = 0, 1, 77, 99
 
-# All verdicts of a test, the worst first. FLAKY: it did not pass, then it passed.
+# All verdicts of a test, worst first. FLAKY: it first did not pass, then it did.
 VERDICTS = ('FAIL', 'ERROR', 'BLOCKED', 'FLAKY', 'NOT RUN', 'SKIPPED', 'PASS')
 BAD = ('FAIL', 'ERROR', 'BLOCKED')
 RAN = ('FAIL', 'ERROR', 'BLOCKED', 'FLAKY', 'PASS')
@@ -20,7 +20,7 @@ _SHARD = re.compile(r'([1-9]\d{0,4})/([1-9]\d{0,4})')
 
 @dataclasses.dataclass
 class Result:
-    """The one result of a test in a run."""
+    """The result of a test in a run."""
     id: str
     name: Name
     verdict: str
@@ -29,12 +29,12 @@ class Result:
 
     @property
     def seconds(self):
-        """Of the last execution."""
+        """Duration of the last execution."""
         return self.attempts[-1].seconds if self.attempts else 0.0
 
     @property
     def shown(self):
-        """The attempt that the verdict is about: the last one with the worst verdict."""
+        """The attempt that determines the verdict: the last one with the worst verdict."""
         matching = [attempt for attempt in self.attempts if attempt.verdict == self.verdict]
         return (matching or self.attempts or [None])[-1]
 
@@ -48,7 +48,7 @@ class Run:
     notes: list
 
     def fact(self, name):
-        """'board', 'build' or 'version': what the parts say, several with commas between."""
+        """'board', 'build' or 'version' as given by the parts; several values are separated by commas."""
         return ', '.join(dict.fromkeys(filter(None, (part.fact(name) for part in self.parts))))
 
     @property
@@ -61,7 +61,7 @@ class Run:
 
     @property
     def seconds(self):
-        """Time in tests."""
+        """Time spent in tests."""
         return sum(attempt.seconds for result in self.results.values() for attempt in result.attempts)
 
     @property
@@ -76,7 +76,7 @@ class Run:
 
     @property
     def exit_status(self):
-        """As cvntester's own: 99 where a result is missing or the harness failed."""
+        """Same as cvntester's: 99 if a result is missing or the harness failed."""
         totals = self.totals
         if (totals['NOT RUN'] or missing_shards(self.parts) or
                 any(part.running or _has_failed(part, self.parts) for part in self.parts)):
@@ -87,12 +87,12 @@ class Run:
 
     @property
     def order(self):
-        """By time; without a clock's word the journal's file tells."""
+        """Sort key: the start time, or the modification time of the journal if that is unknown."""
         modified = min(part.modified for part in self.parts)
         return self.started or datetime.datetime.fromtimestamp(modified, datetime.UTC).strftime('%Y-%m-%dT%H:%M:%SZ')
 
     def verdict_in_words(self):
-        """One sentence: what came of the run."""
+        """The result of the run in one sentence."""
         totals = self.totals
         wrong = [f'{totals[verdict]} {word}' for verdict, word in
                  (('FAIL', 'failed'), ('ERROR', 'went wrong'), ('BLOCKED', 'blocked'), ('FLAKY', 'flaky'))
@@ -122,7 +122,7 @@ def _has_failed(part, parts):
 
 
 def missing_shards(parts):
-    """Shards of the run that no part is: ['3/3']. Empty where the parts say nothing of shards."""
+    """Missing shards of the run, such as ['3/3']. Empty if the parts have no shard labels."""
     found = [_SHARD.fullmatch(part.labels.get('shard', '')) for part in parts]
     pairs = {(int(match[1]), int(match[2])) for match in found if match}
     if not pairs:
@@ -134,7 +134,7 @@ def missing_shards(parts):
 
 def load(paths, merge=False):
     """The runs in result directories, newest first. Directories with the same label "run" and build
-    are parts of one run, with `merge` all are. Raises Problem."""
+    are parts of one run; with `merge`, all are. Raises Problem."""
     parts_of = collections.defaultdict(list)
     seen = {}
     for path in paths:
@@ -155,7 +155,7 @@ def _key(part, path, merge):
 
 
 def merged(parts):
-    """One run of its parts."""
+    """Merges parts into one run."""
     parts = sorted(parts, key=lambda part: part.started or '')
     attempts = collections.defaultdict(list)
     names, why, results = {}, {}, {}
@@ -163,7 +163,7 @@ def merged(parts):
         names.update(part.names)
         why.update(part.why_not_run)
         for test in part.tests:
-            attempts[test]  # listed, whether it was run or not
+            attempts[test]  # adds the test even if it was not run
         for attempt in part.attempts:
             attempts[part.base(attempt.id)].append(attempt)
     for test, tried in attempts.items():

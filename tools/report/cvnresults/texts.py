@@ -1,30 +1,30 @@
-"""Texts from tests on their way into a page: whatever they hold, they stay text."""
+"""Sanitises texts of tests for the page: whatever they contain, they remain text."""
 import re
 
-# Escape sequences of terminals: CSI, the strings up to BEL or ST, anything else of two bytes.
+# Terminal escape sequences: CSI, strings up to BEL or ST, and all others of two bytes.
 _ESCAPES = re.compile('\x1b(?:\\[[0-?]*[ -/]*[@-~]|[\\]P_^X][^\x07\x1b]*(?:\x07|\x1b\\\\)?|.?)', re.DOTALL)
 _NEWLINES = re.compile('\r+\n')
-# Controls, marks that turn the direction of text round, line separators, halves of surrogate pairs
-# and what is no character at all: shown by their number, so that none acts or hides.
+# Control characters, bidirectional marks, line separators, surrogates and noncharacters: shown as
+# their numbers, so that they have no effect and are visible.
 _UNSHOWN = re.compile('[\x00-\x08\x0b-\x1f\x7f-\x9f\u061c\u200b-\u200f\u2028-\u202e\u2060-\u206f\ufeff\ufff9-\ufffb'
                       '\ud800-\udfff\ufffe\uffff\U000e0000-\U000e007f]')
 
 
 def clean(text):
-    """`text` without escape sequences; characters that are not for people are shown as ⟨U+202E⟩."""
+    """`text` without escape sequences; characters that must not be displayed become ⟨U+202E⟩."""
     if text.isascii() and text.isprintable():
-        return text  # most are
+        return text  # true of most texts
     text = _NEWLINES.sub('\n', _ESCAPES.sub('', text))
     return _UNSHOWN.sub(lambda found: f'⟨U+{ord(found[0]):04X}⟩', text)
 
 
 def clean_line(text):
-    """As `clean`, on one line."""
+    """Like `clean`, on one line."""
     return ' '.join(clean(text).split())
 
 
 def decoded(data):
-    """Bytes of a test as text; what is no UTF-8 becomes U+FFFD."""
+    """Output of a test as text; bytes that are not UTF-8 become U+FFFD."""
     return data.decode('utf-8', 'replace')
 
 
@@ -34,7 +34,7 @@ def plural(count, noun):
 
 
 def duration(seconds):
-    """Seconds for people: '0.250 s', '3 min 20 s', '2 h 05 min'."""
+    """A readable duration: '0.250 s', '3 min 20 s', '2 h 05 min'."""
     if seconds < 60:
         return f'{seconds:.3f} s'
     minutes, rest = divmod(round(seconds), 60)
@@ -68,7 +68,7 @@ def _add_output(parts, data, before_answer):
 
 
 def cut_in_the_middle(size, limit):
-    """How many bytes of a text of `size` are shown from its beginning and from its end."""
+    """How many bytes of a text of `size` bytes are shown from its beginning and from its end."""
     if size <= limit:
         return size, 0
     return limit - limit // 2, limit // 2

@@ -45,7 +45,7 @@
   const compareCells = (a, b, column) => column === 0 ?
     order.indexOf(a.textContent) - order.indexOf(b.textContent) : words(a.textContent, b.textContent);
 
-  // One step further of: sorted upwards, downwards, in the order of the modules.
+  // Cycles through ascending, descending and the order of the modules.
   function sort(header) {
     const column = header.cellIndex;
     const direction = {ascending: 'descending', descending: ''}[header.getAttribute('aria-sort') ?? ''] ?? 'ascending';
