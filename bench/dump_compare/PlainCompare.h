@@ -1,5 +1,5 @@
-// What the plain programs of this benchmark share: they differ in how they read a row, and do the
-// same job otherwise, with the verifiers' own messages where those come in every row.
+// Shared by the simple programs of this benchmark: they differ in how they read a row, and
+// otherwise do the same work, printing the verifiers' own messages where these occur in every row.
 #pragma once
 
 #include <cstdio>
@@ -31,8 +31,8 @@ inline int CompareRows(const BenchStage& stage, const int* golden, const int* sa
   return differences;
 }
 
-/// Compares the files of the command line, each row read by `readRow`. Returns the exit status:
-/// 0 no differences, 1 differences, 2 wrong call.
+/// Compares the files of the command line; `readRow` reads each row. Returns the exit status: 0 no
+/// differences, 1 differences, 2 invalid usage.
 template <class ReadRow>
 int CompareFiles(int argc, char** argv, ReadRow readRow) {
   const BenchStage* const stage = argc == 4 ? FindStage(argv[1]) : nullptr;

@@ -23,7 +23,7 @@ inline constexpr BenchStage kBenchStages[] = {
     {"Audio", 7, 0, 1U << 1, ","},
 };
 
-/// The stage of that name, or null.
+/// The stage with this name, or null.
 inline const BenchStage* FindStage(std::string_view name) {
   for (const BenchStage& stage : kBenchStages) {
     if (stage.name == name) return &stage;

@@ -1,5 +1,5 @@
 // analyse_dump STAGE GOLDEN SAMPLE: the analysis of frames of one stage as a program of its own.
-// Exit status 0: no event, 1: events, 2: wrong call.
+// Exit status 0: no events, 1: events, 2: invalid usage.
 #include <cstdio>
 #include <string_view>
 

@@ -1,7 +1,7 @@
-// dump_compare [ROWS [ROUNDS [WORD]]]: the verifiers as whole programs and other ways to compare
-// dumps, in one run. Both programs of a line run in turn, round by round, with their output to a
-// file; the ratio is the median of the rounds' ratios. With WORD only the lines of that stage, kind
-// or program.
+// dump_compare [ROWS [ROUNDS [WORD]]]: compares the verifiers, as complete programs, with other
+// ways of comparing dumps. The two programs of a line run alternately, round by round, with their
+// output to a file; the ratio is the median of the rounds' ratios. With WORD, only the lines of
+// that stage, kind or program.
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -19,13 +19,13 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// What one program took.
+/// The resources that one program used.
 struct Figures {
   std::vector<double> ms;
   long peakKib = 0;
 };
 
-/// Pairs of dumps in a directory of their own, made when they are first asked for.
+/// Pairs of dumps in a temporary directory, made on first use.
 class Dumps {
  public:
   Dumps() : path_((std::filesystem::temp_directory_path() / "dump_compare_XXXXXX").string()) {
@@ -45,7 +45,7 @@ class Dumps {
 };
 
 /// Runs a program with its output to a file in memory, so that no disk is measured. Returns false
-/// when it cannot be run.
+/// if it cannot be run.
 bool Run(const Words& words, Figures& figures) {
   std::vector<char*> arguments;
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
@@ -108,7 +108,7 @@ class Comparison {
         std::printf("%-44s cannot be run beside %s\n", what.c_str(), otherName);
         return;
       }
-      // The first round only brings files and programs into memory.
+      // The first round only loads files and programs into memory.
       if (round < 0) first.ms.clear(), second.ms.clear();
       if (round >= 0) ratios.push_back(Ratio(first.ms.back(), second.ms.back(), kind));
     }
@@ -133,11 +133,12 @@ Words operator+(Words words, const Words& more) {
   return words;
 }
 
-/// One line of the table: a verifier on one pair, another program on the same or another one.
+/// One line of the table: a verifier on one pair, another program on the same pair or a different
+/// one.
 struct Line {
   const char* stage;
   const char* kind;
-  const char* other;  // "fscanf", "strtok", "verifier" or the command of a well-known tool
+  const char* other;  // "fscanf", "strtok", "verifier" or the command of a common tool
   const char* otherKind;
   Bar bar;
   double limit;

@@ -1,5 +1,5 @@
-// make_dumps STAGE ROWS KIND GOLDEN SAMPLE: a pair of dumps for the benchmark. Exit status 2: wrong
-// call.
+// make_dumps STAGE ROWS KIND GOLDEN SAMPLE: a pair of dumps for the benchmark. Exit status 2:
+// invalid usage.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -18,9 +18,9 @@ struct Kind {
   std::string_view name;
   int64_t clock90k;          // the board's clock at the start of the sample's run
   int64_t changeEvery;       // one field differs in every n-th row; 0: in none
-  int64_t spoilEvery = 0;    // something happens to every n-th row; 0: to none
-  bool isUnrelated = false;  // another clip at another rate
-  bool isOneRow = false;     // both files have their first row again and again
+  int64_t spoilEvery = 0;    // every n-th row is disturbed; 0: none
+  bool isUnrelated = false;  // a different clip with a different frame rate
+  bool isOneRow = false;     // both files repeat their first row
 };
 constexpr Kind kKinds[] = {
     {"equal", 0, 0},
@@ -32,7 +32,7 @@ constexpr Kind kKinds[] = {
     {"one_row", 12345678, 0, 0, false, true},
 };
 
-/// Another column in every row, but for the frame number and the clock.
+/// Changes a different column in every row, but not the frame number or the clock.
 void Change(const player::DumpFormat& format, int64_t row, FrameValues& values) {
   const auto count = static_cast<int64_t>(format.columns.size());
   for (int64_t i = row;; ++i) {
@@ -45,7 +45,7 @@ void Change(const player::DumpFormat& format, int64_t row, FrameValues& values) 
   }
 }
 
-/// A row with what happened to it: lost, there twice, damaged or with another value.
+/// A row after a disturbance: lost, duplicated, damaged or with a different value.
 std::string Spoiled(const player::DumpFormat& format, int64_t row, const Kind& kind,
                     FrameValues values) {
   const int64_t turn = row % kind.spoilEvery == kind.spoilEvery / 2 ? row / kind.spoilEvery % 4 : 4;

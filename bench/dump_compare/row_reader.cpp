@@ -1,5 +1,5 @@
-// What reading and comparing one row costs, without files: the parts of the figures that
-// compare.py measures on whole programs.
+// Cost of reading and comparing one row, without files: part of the figures that dump_compare
+// measures on complete programs.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 using player::Stage;
 
-constexpr int64_t kRows = 5000;  // what stays in the cache
+constexpr int64_t kRows = 5000;  // fits into the cache
 constexpr RowFormat kVdecFormat{24, 1U << 3, 6};
 
 /// Rows of a stage's dump from the middle of a long run.

@@ -1,5 +1,5 @@
 // verify_dump STAGE GOLDEN SAMPLE: one verifier of the harness as a program of its own. Exit status
-// 0: nothing found, 1: differences, 2: wrong call.
+// 0: no differences, 1: differences, 2: invalid usage.
 #include <cstdio>
 #include <string_view>
 

@@ -1,5 +1,5 @@
-# Compares the lines of a dump with those of the file S, whole lines first. Prints every column that
-# differs and a line for every frame.
+# Compares the lines of a dump with those of the file S, whole lines first. Prints every differing
+# column and one line per frame.
 FNR == 1 { getline other < S; next }
 {
   if ((getline other < S) <= 0) exit

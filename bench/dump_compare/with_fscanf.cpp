@@ -1,4 +1,4 @@
-// with_fscanf STAGE GOLDEN SAMPLE: the plain way, item by item, to measure the verifiers against.
+// with_fscanf STAGE GOLDEN SAMPLE: the simple way, item by item, as a reference for the verifiers.
 #include "PlainCompare.h"
 
 namespace {

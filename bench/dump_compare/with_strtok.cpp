@@ -1,5 +1,5 @@
-// with_strtok STAGE GOLDEN SAMPLE: line by line with fgets, strtok and atoi, to measure the
-// verifiers against.
+// with_strtok STAGE GOLDEN SAMPLE: line by line with fgets, strtok and atoi, as a reference for the
+// verifiers.
 #include <cstdlib>
 #include <cstring>
 

@@ -13,9 +13,9 @@ namespace {
 using runner::TestEntry;
 
 constexpr char kAllModules[] = "All Module Auto Run";
-constexpr char kPrompting[] = "UTVfeHdmiModule/12";  // asks as all do that run in one go
+constexpr char kPrompting[] = "UTVfeHdmiModule/12";  // prompts like all others that run in one go
 
-/// The menu that runs all modules: what is typed to get there, and its tests in order.
+/// The menu item that runs all modules: the keys that lead to it, and its tests in order.
 struct AllModules {
   std::string position;
   std::vector<TestCase*> tests{};
@@ -47,7 +47,7 @@ StageResult RunFromMenus(const Night& night) {
   const std::vector<TestEntry> single = RoundOf(night);
   AllModules all;
   FindAllModules(*TestFrame::GetInstance()->getCurrentMenu(), "", all);
-  // Where a round is short it would be most of it.
+  // In a short round it would take most of the time.
   const bool runsAll = night.count >= kTenths * all.tests.size();
   StageResult result;
   test::Pty& pty = night.board.StartHarness();

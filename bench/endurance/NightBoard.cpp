@@ -14,7 +14,8 @@ constexpr double kTimeScale = 100;
 constexpr int kEndLimitMs = 60000;
 constexpr char kReports[] = "/tmp/var/log";
 
-/// Ends what was left to this program and has ended; `own` is waited for elsewhere.
+/// Reaps processes that this program has adopted and that have ended; `own` is waited for
+/// elsewhere.
 void ReapAdopted(pid_t own) {
   siginfo_t ended{};
   while (waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid > 0 &&
@@ -24,7 +25,7 @@ void ReapAdopted(pid_t own) {
   }
 }
 
-/// Processes that were left to this program have ended, too, a moment after their board.
+/// The number of adopted processes that remain; they may end a moment after their board.
 std::size_t LeftBehind() {
   constexpr int kLooks = 200;
   constexpr useconds_t kPauseUs = 10'000;
@@ -52,7 +53,7 @@ test::Pty& NightBoard::StartHarness(const std::vector<std::string>& arguments) {
   std::error_code none;
   for (const auto& report : fs::directory_iterator(OnBoard(kReports), none))
     fs::remove(report.path());
-  // At an exit the leak check looks for /proc entries that the board does not have.
+  // At exit, the leak check reads /proc entries that the board does not have.
   pty_ = &Start({.launcher = {"--setenv", "ASAN_OPTIONS=detect_leaks=0"},
                  .arguments = arguments,
                  .timeScale = kTimeScale});

@@ -1,4 +1,4 @@
-// The simulated board of an endurance run: outside of any test, for programs that run for hours.
+// The simulated board of an endurance run: independent of tests, for programs that run for hours.
 #pragma once
 
 #include <filesystem>
@@ -13,21 +13,21 @@ namespace endurance {
 
 class NightBoard : public test::BoardFixture {
  public:
-  /// Chooses the sandbox. False, with a message, where none can be had.
+  /// Chooses the sandbox. Prints a message and returns false if none is available.
   bool Prepare();
 
-  /// Switches the board on and starts the harness there, with waits that pass a hundred times
-  /// faster. No report of an earlier run is left.
+  /// Switches the board on and starts the harness there; waiting times pass a hundred times faster.
+  /// Reports of earlier runs are deleted.
   test::Pty& StartHarness(const std::vector<std::string>& arguments = {});
 
-  /// Looks at the harness that was started last. It has to have printed something.
+  /// Samples the harness that was started last. It must have printed something.
   Sample LookAtHarness();
 
-  /// Paths of all files in the board's /tmp but reports.
+  /// Paths of all files in the board's /tmp except reports.
   std::set<std::string> TemporaryFiles() const;
 
-  /// Waits for the end of all that the board ran. Returns what is wrong: a status that is not
-  /// `status`, or processes that live on. Empty when nothing is.
+  /// Waits until everything on the board has ended. Returns the problem: a status other than
+  /// `status`, or processes that are still running. Empty if there is none.
   std::string End(test::Pty& pty, int status) const;
 
   using BoardFixture::Board;

@@ -16,7 +16,7 @@ constexpr char kPullCable[] = "3.1 Please Disconnect";
 constexpr std::chrono::seconds kLimit(300);
 constexpr int kMostAnswers = 200;
 constexpr int kStepMs = 20;
-constexpr int kSilenceMs = 200;  // what was typed is taken by then, also where nothing is printed
+constexpr int kSilenceMs = 200;  // by then input has been read, even if nothing is printed
 
 bool IsMenu(const std::string& text) {
   constexpr std::size_t kEnd = 200;
@@ -51,8 +51,8 @@ void Operator::Quit() {
   pty_.SendLine("q");
 }
 
-/// Goes back to the main menu where the way leads through another module, and leaves the last
-/// choice of the way to be answered for.
+/// Goes back to the main menu if the path leads to another module, and types the last choice of the
+/// path without waiting for the output.
 void Operator::Walk(const std::string& position) {
   std::vector<std::string> way = runner::Split(position, ' ');
   const std::string last = way.back();
@@ -85,13 +85,13 @@ void Operator::AnswerPrompts(const runner::TestEntry& test) {
   }
 }
 
-/// The cable of port 0, out and in again.
+/// Unplugs the cable of port 0 and plugs it in again.
 void Operator::PullCable() const {
   board_.Cvnsim("unplug 0");
   board_.Cvnsim("after 5 s plug 0 3840x2160p60 hdr");
 }
 
-/// What the harness prints until it waits for its operator.
+/// What the harness prints until it waits for the operator.
 std::string Operator::Listen() {
   const auto giveUp = Clock::now() + kLimit;
   std::string text = pty_.TakeOutput(kSilenceMs);

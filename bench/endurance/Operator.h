@@ -1,5 +1,4 @@
-// An operator who never tires: walks the menus of one harness, runs tests and answers what they
-// ask.
+// A tireless operator: navigates the menus of one harness, runs tests and answers their prompts.
 #pragma once
 
 #include <string>
@@ -12,24 +11,24 @@ namespace endurance {
 
 class Operator {
  public:
-  /// Works at a harness that was just started on `board`. `rules` are the answers.
+  /// Operates a harness that was just started on `board`. `rules` has the answers.
   Operator(NightBoard& board, test::Pty& pty, const std::vector<runner::AnswerRule>& rules);
 
-  /// Walks to the test's menu, runs it and answers its prompts, to the next menu. Throws
+  /// Goes to the test's menu, runs it and answers its prompts until the next menu. Throws
   /// std::runtime_error if the harness does not continue.
   void Run(const runner::TestEntry& test);
 
-  /// As `Run`, for the menu at `position` that runs all tests below it: the prompts are answered as
-  /// those of `prompting`.
+  /// Like `Run`, for the menu item at `position` that runs all tests below it: the prompts are
+  /// answered like those of `prompting`.
   void RunAll(const std::string& position, const runner::TestEntry& prompting);
 
-  /// Walks to the test's menu and starts it, no more.
+  /// Goes to the test's menu and only starts the test.
   void Enter(const runner::TestEntry& test) { Walk(test.position); }
 
-  /// Quits in a menu.
+  /// Quits from a menu.
   void Quit();
 
-  /// How many report lines the console announced.
+  /// The number of report lines that the console announced.
   std::size_t ToldReported() const { return toldReported_; }
 
  private:
@@ -42,7 +41,7 @@ class Operator {
   NightBoard& board_;
   test::Pty& pty_;
   const std::vector<runner::AnswerRule>& rules_;
-  std::vector<std::string> menu_;  // choices that lead to the menu that is shown
+  std::vector<std::string> menu_;  // choices that lead to the current menu
   std::size_t toldReported_ = 0;
 };
 

@@ -24,7 +24,7 @@ constexpr std::size_t kStages = 7;
 constexpr char kPlayback[] = "CMplaybackModule/";
 constexpr std::size_t kEnoughForAllAtOnce = 500;
 
-/// The first preparation of a board ends with its reboot.
+/// The first preparation of a board ends with a reboot.
 void PrepareForPlayback(const Night& night) {
   test::Pty& pty = night.board.StartHarness();
   Operator op(night.board, pty, night.rules);
@@ -34,8 +34,8 @@ void PrepareForPlayback(const Night& night) {
   std::ofstream(night.board.OnBoard(std::string(kHome) + "/config/tftp_ip.cfg")) << "-\n";
 }
 
-/// A verification's report without the time of its run: `report_101-h264-FrtChg_1121_070619.txt`
-/// is one of the case "report_101-h264-FrtChg".
+/// A verification report without the time of its run: `report_101-h264-FrtChg_1121_070619.txt`
+/// belongs to the case "report_101-h264-FrtChg".
 struct Verification {
   std::string testCase;
   std::string text;
@@ -65,7 +65,7 @@ std::size_t StagesPassed(const std::string& report) {
   return passed;
 }
 
-/// The first line in which two reports of a case differ; empty when they are alike.
+/// The first line in which two reports of a case differ; empty if they are equal.
 std::string Difference(const std::string& name, const std::string& text, const std::string& other) {
   if (text == other) return "";
   const std::vector<std::string> lines = runner::Split(text, '\n');
@@ -75,7 +75,7 @@ std::string Difference(const std::string& name, const std::string& text, const s
          "' where another round has '" + (there == otherLines.end() ? "its end" : *there) + "'";
 }
 
-/// Every report must have seven stages that passed and be, byte for byte, that of the case's
+/// Every report must contain seven stages that passed, and be identical to those of the case's
 /// other rounds.
 void CheckVerifications(const fs::path& directory, std::size_t count, Problems& problems) {
   std::map<std::string, std::string> firstOfCase;
@@ -91,14 +91,14 @@ void CheckVerifications(const fs::path& directory, std::size_t count, Problems& 
   problems.ExpectCount("reports of verifications", reports, count);
 }
 
-/// One choice of the menu: the test, the cases it plays, and the number typed for the case.
+/// One menu choice: the test, the number of cases it plays, and the number typed for the case.
 struct Playing {
   const TestEntry* test;
   std::size_t cases;
   std::string number;
 };
 
-/// Whole catalogues where many are due, else case by case.
+/// Entire catalogues if many cases are due, otherwise single cases.
 std::vector<Playing> PlanPlayback(const Night& night) {
   constexpr std::size_t kCatalogue = 12;
   const bool atOnce = night.count >= kEnoughForAllAtOnce;

@@ -1,4 +1,4 @@
-// What is wrong with a run, a line each.
+// The problems of a run, one line each.
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@ class Problems {
   void Add(const std::vector<std::string>& problems) {
     lines_.insert(lines_.end(), problems.begin(), problems.end());
   }
-  /// There have to be `expected` of `what`.
+  /// Adds a problem if `count` is not `expected`.
   void ExpectCount(const std::string& what, std::size_t count, std::size_t expected) {
     if (count != expected)
       Add(what + ": " + std::to_string(count) + " instead of " + std::to_string(expected));

@@ -26,7 +26,7 @@ void Progress::Done(std::size_t count) {
   if (!isFirst && done_ - lookedAt_ < total_ / kLooks) return;
   lookedAt_ = done_;
   const Sample sample = board_.LookAtHarness();
-  // Behind its last test a runner may be gone already.
+  // After its last test, a runner may have ended already.
   if (isFirst || sample[kResident] > 0) tenth.samples.push_back(sample);
 }
 

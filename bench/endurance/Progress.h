@@ -1,4 +1,4 @@
-// Where a stage is in its run, and what is seen of the harness on the way.
+// The progress of a stage, and what is observed of the harness meanwhile.
 #pragma once
 
 #include <chrono>
@@ -13,14 +13,14 @@ namespace endurance {
 
 class Progress {
  public:
-  /// `total` tests are due; what is seen goes to `tenths`.
+  /// `total` tests are due; samples are stored in `tenths`.
   Progress(NightBoard& board, std::size_t total, Tenths& tenths);
 
-  /// `count` more are done. Looks at the harness some forty times a tenth.
+  /// `count` more are done. Samples the harness about forty times per tenth.
   void Done(std::size_t count);
   std::size_t DoneSoFar() const { return done_; }
 
-  /// Files that the board's /tmp has now and did not have when the first tenth was over, a line
+  /// Files that are now in the board's /tmp and were not at the end of the first tenth, one line
   /// each.
   std::vector<std::string> LeftFiles() const;
 

@@ -22,7 +22,7 @@ bool IsHead(const std::vector<std::string>& lines) {
   });
 }
 
-/// The verdict with which `line` is exactly the test's line, or empty.
+/// The verdict for which `line` is exactly the test's line, or empty.
 std::string VerdictOf(const std::string& line, TestCase& test) {
   for (int result = 0; result < static_cast<int>(kVerdictTexts.size()); ++result) {
     const std::string expected =

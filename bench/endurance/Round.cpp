@@ -8,8 +8,8 @@ namespace {
 
 using runner::TestEntry;
 
-// A stage of their own, never end, want a cable pulled that an unattended run cannot, or leave the
-// receiver open, so that every later receiver test fails.
+// They have a stage of their own, never end, need a cable to be pulled, which an unattended run
+// cannot do, or leave the receiver open, so that every later receiver test fails.
 const std::vector<std::string> kLeftOut = {"CMplaybackModule",     "CMAutoTest",
                                            "K2vHalDeviceModule/3", "UTVfeHdmiModule/10",
                                            "VscModule/29",         "VscModule/30"};

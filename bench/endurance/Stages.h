@@ -1,4 +1,4 @@
-// The parts of an endurance run.
+// The stages of an endurance run.
 #pragma once
 
 #include <string>
@@ -12,32 +12,32 @@
 
 namespace endurance {
 
-/// What a stage works with.
+/// The input of a stage.
 struct Night {
   NightBoard& board;
   const std::vector<runner::TestEntry>& tests;
   const std::vector<runner::AnswerRule>& rules;
   std::string answers;  // file of the rules
-  std::size_t count;    // how many tests or verifications are due
+  std::size_t count;    // number of tests or verifications that are due
 };
 
-/// What came of a stage.
+/// The result of a stage.
 struct StageResult {
   std::size_t done = 0;   // tests or verifications
   TestCounters report{};  // of the lines in the report
   Tenths tenths{};
-  Problems problems{};  // besides what grew
+  Problems problems{};  // in addition to growth
 };
 
-/// Runs the tests with `cvntester --run`, with everything that a night on a farm asks for: result
-/// directory, JUnit and JSON.
+/// Runs the tests with `cvntester --run` and everything that an overnight run on a farm uses:
+/// result directory, JUnit and JSON.
 StageResult RunUnattended(const Night& night);
 
-/// Runs the tests from the menus of one harness: all modules' unit tests in one go, and all tests
-/// one by one.
+/// Runs the tests from the menus of one harness: the unit tests of all modules in one go, and all
+/// tests one by one.
 StageResult RunFromMenus(const Night& night);
 
-/// Plays and verifies all cases of the catalogue again and again in one harness.
+/// Plays and verifies all cases of the catalogue repeatedly in one harness.
 StageResult RunPlayback(const Night& night);
 
 }  // namespace endurance

@@ -39,7 +39,7 @@ struct Told {
   std::string id;
 };
 
-/// Reads what the runner prints, to its end.
+/// Reads the runner's output to its end.
 class RunnerConsole {
  public:
   RunnerConsole(test::Pty& pty, Progress& progress) : pty_(pty), progress_(progress) {}
@@ -62,7 +62,7 @@ class RunnerConsole {
   static constexpr int kWaitMs = 100;
 
   void TakeLine(const std::string& line) {
-    // The progress that stood there was taken away before.
+    // The progress that was displayed there has been erased.
     summary_ = runner::CleanLine(line.substr(line.rfind('\r') + 1));
     std::istringstream words(summary_);
     Told told;

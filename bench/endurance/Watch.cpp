@@ -13,10 +13,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The allocator's own unevenness: a heap of some MiB breathes by pages, not by hundreds of them.
+// Normal fluctuation: a heap of a few MiB varies by some pages, not by hundreds.
 constexpr long kBreathKib = 256;
 constexpr long kBreathDivisor = 100;
-// Processor time differs by what else the machine does; work that grows with the run shows as more.
+// Processor time varies with the load of the machine; work that grows with the run exceeds this.
 constexpr double kSlower = 1.5;
 constexpr double kSlowerMs = 1000;
 
@@ -45,13 +45,14 @@ long NumberIn(const fs::path& path, const std::string& name) {
 std::vector<std::string> StatFields(pid_t process) {
   std::ifstream file(ProcessDirectory(process) / "stat");
   std::string text;
-  std::getline(file, text);  // a process that goes meanwhile leaves it empty
+  std::getline(file, text);  // empty if the process ends meanwhile
   std::istringstream fields(text.substr(text.rfind(')') + 1));
   return {std::istream_iterator<std::string>(fields), {}};
 }
 
 long CpuMs(pid_t process) {
-  constexpr std::size_t kFirst = 11;  // utime, stime and both of the children, in clock ticks
+  constexpr std::size_t kFirst =
+      11;  // utime, stime and those of waited-for children, in clock ticks
   const std::vector<std::string> fields = StatFields(process);
   long ticks = 0;
   for (std::size_t i = kFirst; i < kFirst + 4 && i < fields.size(); ++i)
@@ -69,7 +70,7 @@ long CountEntries(const fs::path& directory) {
   return count;
 }
 
-/// Reports do not count: they grow by a line a test, which is looked at elsewhere.
+/// Reports are excluded: they grow by one line per test, which is checked elsewhere.
 bool Counts(const fs::directory_entry& entry) {
   std::error_code ignored;
   return entry.is_regular_file(ignored) && !entry.is_symlink(ignored) &&
@@ -99,7 +100,7 @@ std::vector<pid_t> Children(pid_t process) {
   return children;
 }
 
-/// All below `ancestor`, nearer ones first.
+/// All descendants of `ancestor`, nearer ones first.
 std::vector<pid_t> Descendants(pid_t ancestor) {
   std::vector<pid_t> found = Children(ancestor);
   for (std::size_t i = 0; i < found.size(); ++i) {
@@ -131,8 +132,7 @@ long TenthCpuMs(const Tenths& tenths, std::size_t index) {
   return tenths[index].Last(kCpuMs) - (index == 0 ? 0 : tenths[index - 1].Last(kCpuMs));
 }
 
-/// Samples differ by what is open for the test that runs just then; what was left lifts all of
-/// them.
+/// Samples vary with what the current test has open; leftovers raise all of them.
 bool HasMore(const Tenth& late, const Tenth& early, Figure figure) {
   return late.Least(figure) > early.Least(figure) && late.Median(figure) > early.Median(figure) &&
          late.Most(figure) > early.Most(figure);

@@ -12,18 +12,18 @@ namespace endurance {
 
 enum Figure {
   kResident,     // KiB in memory, shared pages included
-  kPeak,         // KiB, the most so far
+  kPeak,         // KiB, the maximum so far
   kPrivate,      // KiB that the process has written: its heap, stacks and data
   kDescriptors,  // open ones
   kThreads,
-  kProcesses,  // all that run on the board, the harness and the board's own included
-  kZombies,    // ended and not waited for, anywhere below this program
+  kProcesses,  // all on the board, including the harness and the board's own
+  kZombies,    // ended but not waited for, anywhere below this program
   kBoardTmp,   // KiB of files in the board's /tmp, without reports
-  kCpuMs,      // processor time of the harness and of what it waited for
+  kCpuMs,      // processor time of the harness and of the children it waited for
   kFigureCount,
 };
 
-/// What was seen at one moment.
+/// The figures at one moment.
 using Sample = std::array<long, kFigureCount>;
 
 constexpr std::size_t kTenths = 10;
@@ -34,28 +34,27 @@ struct Tenth {
   double seconds = 0;
   std::vector<Sample> samples{};
 
-  /// The figure in the middle of the tenth's samples, the smallest and the largest one.
+  /// The median, the smallest and the largest value in the tenth's samples.
   long Median(Figure figure) const;
   long Least(Figure figure) const;
   long Most(Figure figure) const;
-  /// The last sample's figure.
+  /// The value in the last sample.
   long Last(Figure figure) const { return samples.back()[figure]; }
 };
 
 using Tenths = std::array<Tenth, kTenths>;
 
-/// The first program named `name`, `ancestor` or below it; or 0.
+/// The first process named `name` among `ancestor` and its descendants, or 0.
 pid_t FindProgram(pid_t ancestor, const std::string& name);
 
-/// How many processes `ancestor` has below it.
+/// The number of descendants of `ancestor`.
 std::size_t CountDescendants(pid_t ancestor);
 
-/// Looks at the harness `harness`, at all that descends from this program, and at the directory
-/// `boardTmp`.
+/// Samples the harness `harness`, all descendants of this program, and the directory `boardTmp`.
 Sample Look(pid_t harness, const std::filesystem::path& boardTmp);
 
-/// What grew from the second tenth to the last, one line each. The first tenth is not looked at: in
-/// it everything is done for the first time.
+/// What grew from the second tenth to the last, one line each. The first tenth is ignored, because
+/// everything happens for the first time there.
 std::vector<std::string> Growth(const Tenths& tenths);
 
 }  // namespace endurance

@@ -1,5 +1,5 @@
-// A night in fast motion on the simulated board: thousands of tests and of playback verifications,
-// each in one process, which must neither grow nor slow down nor leave anything behind, and whose
+// Accelerated soak test on the simulated board: thousands of tests and of playback verifications,
+// each kind in one process, which must not grow, slow down or leave anything behind, and whose
 // reports must be exact.
 #include <sys/prctl.h>
 
@@ -90,7 +90,7 @@ bool Tell(const Stage& stage, const Night& night) {
     std::printf("  FAILED: %s\n", error.what());
     return false;
   }
-  // A harness that ended early was not seen in every tenth.
+  // If the harness ended early, some tenths have no samples.
   if (std::ranges::none_of(result.tenths, [](const Tenth& t) { return t.samples.empty(); })) {
     PrintTenths(result.tenths);
     result.problems.Add(Growth(result.tenths));
@@ -121,7 +121,7 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, stderr);
     return kUsageError;
   }
-  // What loses its parent on the board is seen here.
+  // This program adopts and observes processes on the board that lose their parent.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
   NightBoard board;
   if (!board.Prepare()) return kNoSandbox;

@@ -1,5 +1,4 @@
-// How often the eyes take a wrong picture for a right one, and the other way round; and how long a
-// judgement takes.
+// How often the eyes accept a wrong picture or reject a right one, and how long a verdict takes.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -34,7 +33,7 @@ struct Row {
   double leastStructure = 1e9, mostStructure = 0;
 };
 
-/// Pictures of a scene are made once.
+/// The picture of a scene, which is made only once.
 const eyes::Pixels& Kept(const std::string& filters) {
   static std::map<std::string, eyes::Pixels> kept;
   const auto [entry, isNew] = kept.try_emplace(filters);
@@ -74,7 +73,7 @@ struct Bench {
   }
 };
 
-/// Two captures of a picture that should move, and stands.
+/// Two captures of a picture that should move but is frozen.
 void JudgeFrozen(Bench& bench, const captures::Scene& scene, const BadCapture& capture) {
   const eyes::Pixels& shown = Kept(scene.filters);
   const eyes::Rule rule = {"*", "*", "moving",
@@ -89,7 +88,7 @@ void JudgeFrozen(Bench& bench, const captures::Scene& scene, const BadCapture& c
   row.alike += verdict.answer == eyes::Answer::kYes;
 }
 
-/// The rig of a capture, measured as before a run.
+/// The rig of a capture, calibrated as before a run.
 Rig Measured(const BadCapture& capture, Bench& bench) {
   const eyes::Pixels& shown = Kept(captures::Scenes().front().filters);
   const auto rig = Calibrate(shown, Captured(shown, capture));

@@ -22,7 +22,7 @@ KILLED = ['UTVpqModule', 'CRlinkModule', 'UTVfeHdmiModule']
 
 
 class Board:
-    """One simulated board with a power switch."""
+    """A simulated board with a power switch."""
 
     def __init__(self, directory, build):
         self.directory, self.build = directory, build
@@ -32,7 +32,7 @@ class Board:
         subprocess.run([os.path.join(SOURCE, 'sim/board/board-power'), self.directory, what, *options], check=True)
 
     def run(self, *words):
-        """Runs cvntester; returns its exit status, which a power cut makes something else."""
+        """Runs cvntester; returns its exit status, which is different after a power cut."""
         return subprocess.run([os.path.join(SOURCE, 'sim/board/board-login'), self.directory, '--', 'cvntester',
                                *words, '--color', 'never'], stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL, check=False).returncode
@@ -79,7 +79,7 @@ def verdicts_of(path):
 
 
 def run_to_the_end(board, name, words, cut):
-    """Runs with a power cut after `cut` seconds, if any, and goes on after it."""
+    """Starts a run, with a power cut after `cut` seconds if given, and resumes it afterwards."""
     if cut is None:
         board.run(*words)
         return 0
@@ -95,7 +95,7 @@ def run_to_the_end(board, name, words, cut):
 
 
 def retry(board, name, other):
-    """Tries the tests in which a board went down once more on another one. Returns their results."""
+    """Repeats, on another board, the tests in which a board went down. Returns their results."""
     subprocess.run(['cp', '-r', board.path(name), other.path(f'{name}-suspects')], check=True)
     other.run('--retry-from', f'/data/{name}-suspects', '--no-operator', '--json', f'/data/{name}-retry.json')
     results = verdicts_of(other.path(f'{name}-retry.json'))

@@ -1,5 +1,5 @@
-// What a process and a terminal of its own cost a test: a test that does nothing, run as unattended
-// runs do it, compared with a plain fork and the call itself.
+// The cost of a process and a terminal per test: an empty test, executed as in unattended runs,
+// compared with a plain fork and with a direct call.
 #include <sys/wait.h>
 #include <unistd.h>
 

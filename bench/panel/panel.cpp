@@ -1,4 +1,4 @@
-// How long a picture of the panel takes, and how many of them one core makes in a second.
+// How long one picture of the panel takes, and how many of them one core renders per second.
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/resource.h>
@@ -42,7 +42,7 @@ void StayOnOneCore() {
   sched_setaffinity(0, sizeof(cores), &cores);
 }
 
-/// Runs cvnsim with its output thrown away; on one core where that is asked for.
+/// Runs cvnsim and discards its output; on a single core if requested.
 Cost Run(std::vector<std::string> words, bool onOneCore) {
   words.insert(words.begin(), CVNSIM);
   std::vector<char*> arguments;

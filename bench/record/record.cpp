@@ -1,6 +1,6 @@
-// Cost of recording per call, compared with the same call without a recorder, and what reading ten
-// million calls costs. Times are those of the processor, so that other work on the machine counts
-// less.
+// Cost of recording per call, compared with the same call without the recorder, and cost of reading
+// ten million calls. Processor time is measured, so that other work on the machine has less
+// influence.
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -56,7 +56,7 @@ double ProcessorNs() {
   return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
 }
 
-/// In the child: calls and prints the time of one call and the memory of the process.
+/// In the child: makes the calls and prints the time per call and the memory of the process.
 int Measure(const char* row, const char* calls) {
   const auto& what = kRows[std::atoi(row)];
   const int count = std::atoi(calls);

@@ -1,5 +1,5 @@
 // Time from start to the first prompt and peak memory of the harness, compared with an empty C++
-// program. Rounds alternate, so that both see the same machine; medians are printed.
+// program. The programs alternate, so that both run under the same conditions; medians are printed.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -29,7 +29,7 @@ struct Program {
   long peakKib = 0;
 };
 
-/// Reads from `fd` until the prompt came or the program ended. False without a prompt.
+/// Reads from `fd` until the prompt appears or the program ends. False if there was no prompt.
 bool ReadToPrompt(int fd) {
   std::string seen;
   char block[65536];
