@@ -1,5 +1,5 @@
 #!/bin/bash
-# Opens the harness's console on the simulated board; installs and builds first what is missing.
+# Opens the harness's console on the simulated board; first installs and builds what is missing.
 set -euo pipefail
 usage='usage: run.sh [--os android|sorvex|pelxos] [--board DIR] [--scenario FILE] [--fresh] [--keep-on] [--panel] [--report] [--record DIR] [--help] [-- ARGUMENT...]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -26,7 +26,7 @@ $usage
 TEXT
 }
 
-# LastRun BOARD: the result directory on the board whose journal is the newest.
+# LastRun BOARD: the result directory on the board with the newest journal.
 LastRun() {
   find "$1/root" -xdev -name journal -type f -printf '%T@ %h\n' 2>/dev/null | sort -rn |
     while read -r _ directory; do
@@ -37,7 +37,7 @@ LastRun() {
     done
 }
 
-# ShowReport BOARD: the page of the last run.
+# ShowReport BOARD: makes and opens the page of the last run.
 ShowReport() {
   local page=$1/report.html run
   NeedPackages "${report_packages[@]}"
@@ -100,7 +100,7 @@ NeedPackages "${run_packages[@]}"
 ((!eyes)) || NeedPackages "${eyes_packages[@]}"
 [[ -z $record ]] || NeedPackages "${record_packages[@]}"
 IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
-# A build from before the libraries were there has neither.
+# A tree configured before the libraries were installed has neither.
 ((!panel)) || [[ -x $here/build/release/bin/cvnpanel ]] || Configure release
 ((!eyes)) || [[ -x $here/build/release/bin/cvneyes ]] || Configure release
 Build release simulated_board
@@ -115,22 +115,22 @@ board_options=(--board "$board" --os "$os")
 [[ -z $scenario ]] || board_options+=(--scenario "$scenario")
 [[ -z $record ]] || board_options+=(--record "$record")
 
-# What only prints something about the program needs no board.
+# Options that only print information about the program need no board.
 for argument; do
   case $argument in
     --help | --version | --document) exec "$here/build/release/bin/cvntester" "$@" ;;
   esac
 done
 
-# The page lives as long as this process, which becomes the board's launcher. It has a session of its
-# own: Ctrl-C is for the harness.
+# The page lives as long as this process, which becomes the board's launcher. It has its own
+# session, because Ctrl-C is meant for the harness.
 panel_line=
 ((!panel)) || read -r panel_line < <(
   setsid "$here/build/release/bin/cvnsim" --board "$board" panel --with $$ 2>&1 </dev/null
 ) || true
 ((!panel)) || [[ $panel_line == Panel:* ]] || Die 1 "no panel: ${panel_line:-it did not start}"
 
-# With arguments standard output is for what they ask for.
+# With arguments, standard output is reserved for the harness.
 (($#)) && banner=2 || banner=1
 cat >&"$banner" <<TEXT
 Board files: $board

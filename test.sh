@@ -1,5 +1,5 @@
 #!/bin/bash
-# Builds and runs all tests; installs first what is missing.
+# Builds and runs all tests; first installs what is missing.
 set -euo pipefail
 usage='usage: test.sh [--quick|--arch NAME|--fuzz [SECONDS]|--analyse|--approve|--farm|--packages|--kills N|--mutate [N [SEED]]|--help] [-R REGEX]'
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -35,7 +35,7 @@ passed=0
 failed=0
 skipped=0
 
-# Add JUNIT_FILE: takes the file's totals into ours.
+# Add JUNIT_FILE: adds the file's totals to the overall totals.
 Add() {
   local name value tests=0 failures=0 skips=0
   while IFS='="' read -r name _ value _; do
@@ -50,19 +50,19 @@ Add() {
   skipped=$((skipped + skips))
 }
 
-# BuildTests PRESET: the preset's whole tree, tests included.
+# BuildTests PRESET: builds the entire tree of the preset, including tests.
 BuildTests() {
   Configure "$1" -DCVN_BUILD_TESTS=ON
   Build "$1"
 }
 
-# TellSkipped JUNIT_FILE: which tests were skipped, and why.
+# TellSkipped JUNIT_FILE: prints which tests were skipped and why.
 TellSkipped() {
   awk -F'"' '/<testcase / { name = $2 }
     /: Skipped$/ { getline; print "Skipped " name ": " $0 }' "$1"
 }
 
-# RunTests PRESET: under CTest, two at a time. A run that gives no totals counts as a failure.
+# RunTests PRESET: runs CTest, two tests at a time. A run without totals counts as a failure.
 RunTests() {
   local results=$here/build/$1/results.xml
   echo "== $1"
@@ -90,7 +90,7 @@ Check() {
   fi
 }
 
-# Total: its status is 0 if everything passed.
+# Total: prints the totals; exit status 0 if everything passed.
 Total() {
   echo "Total: $passed passed, $failed failed, $skipped skipped"
   ((!failed && !ctest_failed))
@@ -120,7 +120,7 @@ CppcheckIsClean() {
     --enable=warning,performance,portability --suppressions-list=.cppcheck --error-exitcode=1
 }
 
-# TestAll: the builds asked for, their tests, and the form of what is in the tree.
+# TestAll: the requested builds, their tests, and the checks of formatting and scripts.
 TestAll() {
   local preset
   for preset in "${presets[@]}"; do BuildTests "$preset"; done
@@ -131,8 +131,8 @@ TestAll() {
   Total
 }
 
-# TestForArm: a board's unit tests on the emulator. Tests that the emulator cannot run are reported as
-# skipped.
+# TestForArm: runs a board's unit tests on the emulator. Tests that the emulator cannot run are
+# reported as skipped.
 TestForArm() {
   local preset
   Configure release -DCVN_BUILD_TESTS=ON
@@ -146,7 +146,7 @@ TestForArm() {
   Total
 }
 
-# Analyse: what takes too long for every run.
+# Analyse: checks that take too long for every run.
 Analyse() {
   NeedPackages "${analysis_packages[@]}"
   BuildTests debug
@@ -159,20 +159,20 @@ Analyse() {
   Total
 }
 
-# Approve: tests write the expected texts instead of comparing.
+# Approve: tests write the expected texts instead of comparing them.
 Approve() {
   BuildTests release
   CVN_APPROVE=1 ctest --preset release -j2 --no-tests=error -L 'e2e|unit' -LE long "${selection[@]}" </dev/null
   echo 'Review the changes: git diff tests/expected'
 }
 
-# FindsPlanted FUZZER NAME: whether the fuzzer finds, from its corpus and in 10 s each, the faults
-# that are planted where only text that was read gets to.
+# FindsPlanted FUZZER NAME: exits unless the fuzzer finds, from its corpus and in 10 s each, the
+# faults that are planted where only parsed text leads.
 FindsPlanted() {
   local fault scratch=build/fuzz/scratch
   while IFS= read -r fault; do
     rm -rf "$scratch"
-    mkdir -p "$scratch"  # the first directory is written to
+    mkdir -p "$scratch"  # the fuzzer writes to the first directory
     if CVN_PLANT=$fault "$1" -max_total_time=10 -max_len=$fuzz_length \
       -artifact_prefix=build/fuzz/planted- "$scratch" "tests/fuzz/corpus/$2" \
       >build/fuzz/planted.txt 2>&1 ||
@@ -182,7 +182,7 @@ FindsPlanted() {
   done < <(sed -n 's/.*fuzz::Plant("\([^"]*\)".*/\1/p' "tests/fuzz/fuzz_$2.cpp")
 }
 
-# Fuzz: what a fuzzer finds stays in build/fuzz/findings; a finding ends the run.
+# Fuzz: findings are kept in build/fuzz/findings; a finding ends the run.
 Fuzz() {
   local fuzzer name
   Configure fuzz
@@ -202,13 +202,13 @@ Fuzz() {
   echo 'Nothing found'
 }
 
-# KillRuns: with as many kills CTest's limit would end it.
+# KillRuns: not under CTest, whose time limit would end a run with many kills.
 KillRuns() {
   BuildTests release
   CVN_KILLS=$kills build/release/bin/e2e_test --gtest_filter='KillsTest.*' </dev/null
 }
 
-# Farm: the labs and their tests. LAVA and labgrid are Debian's, and so is their interpreter.
+# Farm: the labs and their tests. LAVA and labgrid are Debian's, and so is their Python interpreter.
 Farm() {
   local lab
   if ! unshare --mount --net --pid --fork true 2>/dev/null; then
@@ -219,14 +219,14 @@ Farm() {
   IsConfigured release || Configure release -DCVN_BUILD_TESTS=OFF
   Build release simulated_board
   lab=$(mktemp -d)
-  chmod 755 "$lab" # PostgreSQL is another user
+  chmod 755 "$lab" # PostgreSQL runs as another user
   Check 'labgrid' contrib/labgrid/lab.sh "$lab/labgrid" /usr/bin/python3 tests/farm/labgrid_test.py
   Check 'LAVA' contrib/lava/lab.sh "$lab/lava" /usr/bin/python3 tests/farm/lava_test.py
   ((failed)) || rm -rf "$lab"
   Total
 }
 
-# Packages: made, looked at, started, made again elsewhere and compared.
+# Packages: makes packages, inspects and starts them, makes them again elsewhere and compares.
 Packages() {
   local scratch
   NeedPackages lintian qemu-user
@@ -237,12 +237,12 @@ Packages() {
   Total
 }
 
-# Mutate: how much of what could go wrong the unit tests see.
+# Mutate: measures which faults the unit tests find.
 Mutate() {
   scripts/mutate.py "$faults" --seed "$seed"
 }
 
-# Choose TASK: in place of the usual one.
+# Choose TASK: selects a task in place of the default one.
 Choose() {
   [[ $task == TestAll || $task == "$1" ]] || Die 2 "one task at a time; $usage"
   task=$1
@@ -311,7 +311,7 @@ while (($#)); do
 done
 
 NeedPackages "${run_packages[@]}" "${test_packages[@]}"
-# Not every machine can have a browser. The tests that want one then say so.
+# Not every machine can have a browser. The tests that need one are then skipped.
 (NeedPackages "${browser_packages[@]}") || echo 'No browser: skipping the tests of the pages' >&2
 cd "$here"
 "$task"

@@ -1,6 +1,6 @@
-# Man pages and completions of the programs around the harness: pages of section 1 from their --help, those
-# of file formats (section 5) from the guides. The harness makes its own (muro/CMakeLists.txt). Needs help2man and
-# lowdown; a build without them has no such pages.
+# Man pages and completions of all programs except the harness, which makes its own
+# (muro/CMakeLists.txt): pages of section 1 from --help, those of file formats (section 5) from the
+# guides. Needs help2man and lowdown; builds without them have no such pages.
 find_program(CVN_HELP2MAN help2man)
 find_program(CVN_LOWDOWN lowdown)
 set(documents "${CMAKE_BINARY_DIR}/share")
@@ -25,7 +25,8 @@ function(man_page package program help summary)
   set(pages ${pages} "${page}" PARENT_SCOPE)
 endfunction()
 
-# format_page(PACKAGE NAME GUIDE SECTION SUMMARY): a section of a guide, up to the next one of its level.
+# format_page(PACKAGE NAME GUIDE SECTION SUMMARY): a section of a guide, up to the next section of
+# the same level.
 function(format_page package name guide section summary)
   set(page "${documents}/${package}/man/man5/${name}.5")
   string(JOIN " | " extract "sed -n '/^## ${section}$/,/^## /p' '${PROJECT_SOURCE_DIR}/${guide}'"

@@ -1,10 +1,10 @@
-# What goes into packages, and how CPack makes them; scripts/package.sh builds and calls it. Without
-# --component, `cmake --install` installs the program and none of this.
+# The contents of the packages, and how CPack makes them; scripts/package.sh builds and runs it.
+# Without --component, `cmake --install` installs the program and none of this.
 set(board lib/cvntester-sim)
 set(tools lib/cvntester-tools)
 set(interpreted "${CMAKE_BINARY_DIR}/share/packages")
 
-# take(COMPONENT DIRECTORY TARGET...): programs and libraries, those that this build has.
+# take(COMPONENT DIRECTORY TARGET...): adds those programs and libraries that exist in this build.
 function(take component directory)
   foreach(target IN LISTS ARGN)
     if(TARGET ${target})
@@ -15,7 +15,7 @@ function(take component directory)
   endforeach()
 endfunction()
 
-# link(COMPONENT TARGET PATH): a symbolic link.
+# link(COMPONENT TARGET PATH): adds a symbolic link.
 function(link component target path)
   get_filename_component(directory "${path}" DIRECTORY)
   install(CODE "
@@ -25,8 +25,9 @@ function(link component target path)
     COMPONENT ${component} EXCLUDE_FROM_ALL)
 endfunction()
 
-# The simulated board, laid out as in a checkout and its build tree. The sandbox is made of the
-# machine's own programs, so only builds for this machine have it; others have what the harness loads.
+# The simulated board, laid out like a checkout with its build tree. The sandbox consists of the
+# machine's own programs, so only builds for this machine include it; others have only what the
+# harness loads.
 if(CVN_BUILD_SIM)
   take(cvntester-sim ${board} cvntester cvn_k2vhal cvnsim cvndumpgen gst-cvn-test)
   link(cvntester-sim ../${board}/bin/cvnsim bin/cvnsim)
@@ -49,7 +50,7 @@ if(CVN_BUILD_SIM)
   endif()
 endif()
 
-# The programs for the PC. Recorder and replay are loaded by name from their directory.
+# The PC programs. Recorder and replay are loaded by name from their directory.
 take(cvntester-tools ${tools} cvneyes cvntrace cvnrecord)
 foreach(program IN ITEMS cvneyes cvntrace)
   if(TARGET ${program})
@@ -107,8 +108,8 @@ set(CPACK_COMPONENT_CVNTESTER-TOOLS_DESCRIPTION "programs for the PC beside cvnt
 Reports of runs (cvnreport), looks at the panel (cvneyes), recordings of HAL
 calls (cvntrace) and a check whether a HAL library fits (cvnhalcheck).")
 
-# Libraries are found by dpkg-shlibdeps, which knows packages of this machine only. Other architectures
-# have the same versions of the same libraries.
+# dpkg-shlibdeps finds the required libraries, but only among packages of this machine's
+# architecture. Other architectures have the same versions of the same libraries.
 set(CPACK_DEBIAN_CVNTESTER-TOOLS_PACKAGE_DEPENDS
   "python3, python3-jinja2, python3-pil, python3-pyelftools, binutils")
 if(CMAKE_CROSSCOMPILING)

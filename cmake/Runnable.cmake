@@ -1,5 +1,5 @@
-# runnable(RESULT TARGET): the path by which tests and recipes start a program of ours. A program for
-# another architecture is started by a small script through the emulator.
+# runnable(RESULT TARGET): the path with which tests and recipes start one of our programs. A
+# program for another architecture is started through the emulator by a small script.
 function(runnable result target)
   if(NOT CMAKE_CROSSCOMPILING)
     set(${result} "$<TARGET_FILE:${target}>" PARENT_SCOPE)

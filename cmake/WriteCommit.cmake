@@ -1,5 +1,5 @@
-# Writes the commit that is built. An unpacked archive of the sources has no repository: it has
-# commit.txt, which git fills when it makes the archive.
+# Writes the commit of the build. An unpacked source archive has no repository, but a commit.txt,
+# which git fills in when it makes the archive.
 #
 #   cmake -D SOURCE=… -D GIT=… -D OUTPUT=FILE.cpp -P WriteCommit.cmake
 cmake_minimum_required(VERSION 3.25)

@@ -1,7 +1,8 @@
-# What Debian wants beside the files of a package: copyright, change logs and compressed man pages. CPack
-# includes this between installing and packing; SOURCE_DATE_EPOCH is the time of the packages.
+# The documents that Debian requires in a package: copyright, change logs and compressed man pages.
+# CPack includes this file between installing and packing; SOURCE_DATE_EPOCH is the time of the
+# packages.
 
-# Sources may be writable for a group: packages do not depend on that.
+# Group write permission of the sources must not get into packages.
 execute_process(COMMAND chmod -R go-w "${CPACK_TEMPORARY_INSTALL_DIRECTORY}" COMMAND_ERROR_IS_FATAL ANY)
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
   return()
@@ -31,7 +32,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
         "${root}/share/bash-completion/completions/${program}" @ONLY)
     endif()
   endforeach()
-  # What cvnboard starts; only the name differs.
+  # The program that cvnboard starts; only the name differs.
   if(EXISTS "${root}/bin/cvnboard")
     execute_process(
       COMMAND help2man --no-info --version-string=${CPACK_PACKAGE_VERSION}

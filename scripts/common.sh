@@ -1,12 +1,12 @@
-# shellcheck shell=bash disable=SC2034  # variables are for what sources this
-# What run.sh, test.sh and the board's launcher share: messages, Debian packages, builds.
+# shellcheck shell=bash disable=SC2034  # variables are used by the sourcing scripts
+# Shared by run.sh, test.sh and the board's launcher: messages, Debian packages, builds.
 # Sourced. `source_dir` is the checkout.
 source_dir=$(cd "${BASH_SOURCE[0]%/*}/.." && pwd)
 
-# Debian packages: what building and running the simulated board needs, what its panel and the eyes need
-# beside that, what records HAL calls, what shows runs (cvnreport) and what compares HAL libraries with the
-# harness (cvnhalcheck) need, the tests, those of them that work a page in a browser, and what reads the
-# sources.
+# Debian packages required to build and run the simulated board, and in addition by its panel, by
+# the eyes, to record HAL calls, by reports of runs (cvnreport), by the comparison of HAL libraries
+# (cvnhalcheck), by the man pages, by the tests, by the tests in a browser, and by the analysis of
+# the sources.
 run_packages=(g++ cmake ninja-build pkgconf zlib1g-dev libssl-dev bubblewrap busybox-static
   ffmpeg libavformat-dev libavcodec-dev libswresample-dev)
 panel_packages=(libavfilter-dev libswscale-dev libmicrohttpd-dev fonts-dejavu-core)
@@ -21,7 +21,7 @@ test_packages=("${document_packages[@]}" "${eyes_packages[@]}" "${record_package
 browser_packages=(chromium python3-websocket)
 analysis_packages=(clang-tidy cppcheck)
 
-# What a LAVA lab and labgrid need (contrib). LAVA itself is unpacked, not installed.
+# Packages for a LAVA lab and for labgrid (contrib). LAVA itself is unpacked, not installed.
 labgrid_packages=(labgrid procps openssh-server openssh-client)
 lava_packages=(postgresql curl python3-aiohttp python3-celery python3-defusedxml python3-django
   python3-django-allauth python3-django-auth-ldap python3-django-environ python3-django-filters
@@ -31,21 +31,22 @@ lava_packages=(postgresql curl python3-aiohttp python3-celery python3-defusedxml
   python3-voluptuous python3-whitenoise python3-yaml python3-zmq gunicorn python3-configobj
   python3-magic python3-netifaces python3-pexpect python3-pyudev python3-setproctitle)
 
-# Die STATUS MESSAGE: one line on standard error, then the end.
+# Die STATUS MESSAGE: prints one line on standard error and exits.
 Die() {
   printf '%s: %s\n' "${0##*/}" "$2" >&2
   exit "$1"
 }
 
-# A descriptor that the caller closed would be given to the next file opened; /dev/null stands in.
+# A descriptor that the caller closed would be reused for the next opened file; opens /dev/null
+# instead.
 OpenClosedDescriptors() {
   [[ -e /dev/fd/0 ]] || exec </dev/null
   [[ -e /dev/fd/1 ]] || exec >/dev/null
   [[ -e /dev/fd/2 ]] || exec 2>/dev/null
 }
 
-# ShowSteps WHAT LOG: shows on the terminal what the last line of LOG says, until it is killed: ninja's
-# "[12/104] …" as "step 12 of 104".
+# ShowSteps WHAT LOG: displays the last line of LOG on the terminal until it is killed; ninja's
+# "[12/104] …" becomes "step 12 of 104".
 ShowSteps() {
   local line
   while sleep 0.2; do
@@ -55,7 +56,8 @@ ShowSteps() {
   done
 }
 
-# RunQuietly WHAT COMMAND...: the command's output is shown only when it fails; a terminal shows its progress.
+# RunQuietly WHAT COMMAND...: prints the command's output only if it fails; on a terminal, shows
+# progress.
 RunQuietly() {
   local what=$1 log steps='' failed=''
   shift
@@ -78,7 +80,7 @@ RunQuietly() {
   rm -f "$log"
 }
 
-# NeedPackages NAME...: installs those Debian packages that are missing.
+# NeedPackages NAME...: installs the missing ones of these Debian packages.
 NeedPackages() {
   local installed name as_root=()
   local missing=()
@@ -98,19 +100,19 @@ NeedPackages() {
   echo "Installing ${missing[*]}" >&2
   local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q
     -o DPkg::Lock::Timeout=300)
-  # A failing update of one source is not fatal: the installation reports missing packages.
+  # A failed update of one source is not fatal: the installation reports missing packages.
   "${apt[@]}" update >/dev/null 2>&1 </dev/null || true
   RunQuietly 'apt-get install' "${apt[@]}" install --no-install-recommends "${missing[@]}"
 }
 
-# IsConfigured PRESET: there is a build/PRESET, and it did not come with a copied checkout.
+# IsConfigured PRESET: whether build/PRESET exists and was not copied from another checkout.
 IsConfigured() {
   local tree=$source_dir/build/$1
   [[ -f $tree/build.ninja ]] &&
     grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$source_dir" "$tree/CMakeCache.txt"
 }
 
-# Configure PRESET OPTION...: makes build/PRESET.
+# Configure PRESET OPTION...: configures build/PRESET.
 Configure() {
   local preset=$1
   shift
@@ -118,7 +120,7 @@ Configure() {
   RunQuietly "configuring build/$preset" cmake -S "$source_dir" --preset "$preset" "$@"
 }
 
-# Ninja ARGUMENT...: says on descriptor 3 when there is something to do.
+# Ninja ARGUMENT...: announces on descriptor 3 that there is something to build.
 Ninja() {
   local line said=
   ninja "$@" 2>&1 | while IFS= read -r line; do
@@ -130,7 +132,7 @@ Ninja() {
   done
 }
 
-# Build PRESET TARGET...: silent when there is nothing to do.
+# Build PRESET TARGET...: prints nothing if everything is up to date.
 Build() {
   local preset=$1
   shift

@@ -1,7 +1,8 @@
-/* Which places of a program a test runs: what code built with -fsanitize-coverage=trace-pc calls.
+/* Records which places of a program a test runs; called by code built with
+ * -fsanitize-coverage=trace-pc.
  *
- * CVN_COVER names a file; each place is written to it once a process, as "MODULE+OFFSET" in a line.
- * The file is opened for each line: tests close descriptors, fork, and end in every way. */
+ * CVN_COVER names a file; each place is written to it once per process, as a line "MODULE+OFFSET".
+ * The file is opened for each line, because tests close descriptors, fork, and end in many ways. */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
@@ -22,7 +23,7 @@ struct Module {
 
 static struct Module modules[MODULES];
 static int moduleCount;
-static uintptr_t places[PLACES]; /* by their hash */
+static uintptr_t places[PLACES]; /* a hash table */
 static const char* path;
 
 static int Note(struct dl_phdr_info* info, size_t size, void* data) {
@@ -69,10 +70,10 @@ static void Write(uintptr_t place) {
   }
 }
 
-/* Each program and library has its own. */
+/* Every program and library has its own copy. */
 __attribute__((visibility("hidden"))) void __sanitizer_cov_trace_pc(void) {
   if (path == NULL) return;
-  /* The call itself, not the instruction after it: that may be another line's. */
+  /* The call itself: the instruction after it may belong to another line. */
   const uintptr_t place = (uintptr_t)__builtin_return_address(0) - 1;
   uint32_t slot = (uint32_t)(place * 0x9e3779b97f4a7c15ULL >> 44);
   for (int tries = 0; tries < 64; ++tries, slot = (slot + 1) & (PLACES - 1)) {

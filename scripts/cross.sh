@@ -1,16 +1,16 @@
 # shellcheck shell=bash disable=SC2154  # source_dir is common.sh's
 # Additional functions for ARM builds. Sourced after common.sh.
 
-# Which of Debian's architectures a preset builds for, and the packages with its compiler.
+# The Debian architecture that each preset builds for, and the package with its compiler.
 declare -A debian_architecture=([aarch64]=arm64 [armhf]=armhf)
 declare -A cross_packages=([aarch64]=g++-aarch64-linux-gnu [armhf]=g++-arm-linux-gnueabihf)
 
-# What simulation and tests link. Installed beside this machine's own, another architecture's
-# packages want the very same versions, or those go; so they are unpacked into a directory.
+# Packages that simulation and tests link. They are unpacked into a directory: if installed, another
+# architecture's packages would need the very same versions as this machine's, or replace them.
 target_packages=(zlib1g-dev libssl-dev libavformat-dev libavcodec-dev libswresample-dev libgtest-dev)
 
-# TargetApt ARCHITECTURE STATE ARGUMENT...: apt-get for another architecture, with its lists in the
-# directory STATE and nothing installed.
+# TargetApt ARCHITECTURE STATE ARGUMENT...: apt-get for another architecture, with its package lists
+# in the directory STATE, installing nothing.
 TargetApt() {
   local architecture=$1 state=$2
   shift 2
@@ -19,8 +19,8 @@ TargetApt() {
     -o Dir::State::status="$state/status" -o Dir::Cache="$state" "$@"
 }
 
-# Unpack ARCHIVE DIRECTORY: libraries and headers of a package, but for the C library's headers,
-# which are the cross compiler's.
+# Unpack ARCHIVE DIRECTORY: unpacks libraries and headers of a package, except the C library's
+# headers, which come with the cross compiler.
 Unpack() {
   case ${1##*/} in libc6-dev_* | linux-libc-dev_*) return ;; esac
   dpkg-deb --fsys-tarfile "$1" | tar -x --keep-directory-symlink -C "$2" \
@@ -44,7 +44,7 @@ FillTargetRoot() {
   rm -r "$root/apt" && echo "${target_packages[*]}" >"$root/packages"
 }
 
-# NeedTarget PRESET: compiler, emulator and, in build/root/PRESET, the libraries to link.
+# NeedTarget PRESET: provides compiler, emulator and, in build/root/PRESET, the libraries to link.
 NeedTarget() {
   local preset=$1 root=$source_dir/build/root/$1
   NeedPackages qemu-user "${cross_packages[$preset]}"

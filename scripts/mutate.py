@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Puts single faults into a copy of the sources, one at a time, and looks whether the unit tests see them.
 
-Each test is first run once to see which lines it runs; a fault is tried with the tests that run near it.
+Each test is first run once to find out which lines it runs; a fault is tried with the tests that run near it.
 
 A fault is one changed operator or constant, a dropped statement, two swapped arguments or a field that two
 rows of a table exchange. The checkout itself is only read: the copy and its build are in build/mutate. The
-tests of a faulty program run in a sandbox, where they can end and overwrite nothing else.
+tests of a faulty program run in a sandbox, where they cannot kill or overwrite anything else.
 
 usage: mutate.py [--source DIR] [--seed NUMBER] [--jobs NUMBER] [--folder FOLDER]... COUNT
 """
@@ -31,7 +31,7 @@ SUFFIXES = ('.cpp', '.h', '.def')
 MEMORY_LIMIT = 4 << 30
 LEAST_LIMIT_S = 10
 KEPT_OUTPUT = 1 << 16
-# A statement of several lines is noted with one of them: how near a line has to be that a test runs.
+# Coverage names one line of a multi-line statement: how near to the fault a test must run a line.
 LINES_BEFORE, LINES_BEHIND = 6, 3
 
 # One change: text[start:end] becomes `new`.
@@ -41,7 +41,7 @@ Fault = collections.namedtuple('Fault', 'kind path start end new')
 # ---- Faults in a text ------------------------------------------------------------------------------------
 
 def code_of(text):
-    """The text with blanks in place of comments, literals' contents and preprocessor lines."""
+    """The text with comments, the contents of literals and preprocessor lines blanked out."""
     token = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'|'
                        r'^[ \t]*#(?:[^\n\\]|\\.)*', re.S | re.M)
 
@@ -51,7 +51,7 @@ def code_of(text):
         blanks = re.sub(r'[^\n]', '_' if inside else ' ', found)
         return found[0] + blanks[1:-1] + found[-1] if inside else blanks
 
-    # A digit separator begins no character literal.
+    # A digit separator does not begin a character literal.
     return token.sub(blank, re.sub(r"(?<=\d)'(?=\d)", '_', text))
 
 
@@ -83,12 +83,12 @@ def constants(code):
         else:
             new = str(int(old.replace('_', ''), 8 if re.fullmatch('0[0-7]+', old) else 10) + 1)
         if re.search(r'\bchar \w+\[$', code[:match.start()][-80:]):
-            continue  # a larger buffer says the same
+            continue  # a larger buffer is equivalent
         yield match.start(1), match.end(1), new
 
 
 def ends_switch(code, match):
-    """Whether a `break` is the last statement of a switch, by its indentation: leaving it out says the same."""
+    """Whether a `break` is the last statement of a switch, judged by its indentation: dropping it is equivalent."""
     closing = re.match(r'\n( *)}', code[match.end():])
     return match.group(2) == 'break' and closing and len(closing.group(1)) == match.start(2) - 5 - code.rfind(
         '\n', 0, match.start(2))
@@ -97,7 +97,7 @@ def ends_switch(code, match):
 def statements(code):
     for match in STATEMENT.finditer(code):
         if match.group(2).startswith('return') and not match.group(1):
-            continue  # what is left is no function, or says the same
+            continue  # the rest is not a function, or is equivalent
         if not ends_switch(code, match):
             yield match.start(2), match.end(2), ''
 
@@ -110,7 +110,7 @@ def arguments(code, text):
 
 
 def groups(code, opening, closing):
-    """Places (start, end, parent) of all balanced groups; the parent is the start of the group around it."""
+    """Positions (start, end, parent) of all balanced groups; the parent is the start of the enclosing group."""
     open_groups = []
     for match in re.finditer('[' + re.escape(opening + closing) + ']', code):
         if match.group() == opening:
@@ -121,7 +121,7 @@ def groups(code, opening, closing):
 
 
 def fields(code, start, end):
-    """Places of the fields of a group, between its commas."""
+    """Positions of the fields of a group, which are separated by commas."""
     depth, begin, places = 0, start + 1, []
     for at in range(start + 1, end):
         letter = code[at]
@@ -133,7 +133,7 @@ def fields(code, start, end):
 
 
 def table_rows(code, path):
-    """Rows that follow one another: brace groups of one initialiser, or macros at the start of a line."""
+    """Adjacent rows: brace groups of one initialiser, or macros at the start of a line."""
     if path.endswith('.def'):
         rows = [(start, end) for start, end, parent in groups(code, '(', ')')
                 if parent is None and re.search(r'^\w+$', code[code.rfind('\n', 0, start) + 1:start])]
@@ -167,7 +167,7 @@ def faults_of(path, text):
 
 
 def draw(faults, seed):
-    """All faults in a random order in which every kind has its turn equally often."""
+    """All faults in random order, with every kind equally often."""
     chance = random.Random(seed)
     by_kind = collections.defaultdict(list)
     for fault in faults:
@@ -197,7 +197,7 @@ def bytes_of(path):
 
 
 def copy_tree(source, copy):
-    """Makes `copy` the checkout's files as they are now. Files that are equal keep their time."""
+    """Updates `copy` to the checkout's current files. Unchanged files keep their time stamps."""
     listed = subprocess.run(['git', '-C', source, 'ls-files', '-coz', '--exclude-standard'], check=True,
                             capture_output=True, text=True).stdout.split('\0')
     wanted = {name for name in listed if name and os.path.isfile(os.path.join(source, name))}
@@ -270,7 +270,7 @@ class Copy:
         return os.path.join(self.cover, re.sub(r'[^\w.]', '_', test['name']))
 
     def lines_run(self, tests):
-        """Which tests run each line of the sources: {path: {line: {test, ...}}}."""
+        """The tests that run each line of the sources: {path: {line: {test, ...}}}."""
         places = {}  # {module: {offset: {test, ...}}}
         for test in tests:
             try:
@@ -283,14 +283,14 @@ class Copy:
                 places.setdefault(module, {}).setdefault(offset, set()).add(test['name'])
         found = {}
         for module, offsets in places.items():
-            if not module.startswith(self.build_tree):  # installed by a test, and gone
+            if not module.startswith(self.build_tree):  # installed by a test, and deleted since
                 module = os.path.join(self.build_tree, 'bin', os.path.basename(module))
             if not os.path.exists(module):
                 continue
             listed = self.must(['addr2line', '-e', module], input='\n'.join(offsets) + '\n').splitlines()
             for place, names in zip(listed, offsets.values()):
                 path, line = place.split(' ')[0].rsplit(':', 1)
-                # Paths shortened by -ffile-prefix-map seem to be in the build tree.
+                # Paths shortened by -ffile-prefix-map appear to be in the build tree.
                 path = re.sub(f'^({re.escape(self.tree)}|{re.escape(self.build_tree)})/', '', path)
                 if not path.startswith('/') and line.isdigit():
                     lines = found.setdefault(path, {})
@@ -311,7 +311,7 @@ class Copy:
         return result['seconds'], result['failed'], result['printed']
 
     def with_fault(self, fault, text, task):
-        """Calls `task` while the fault is in the copy."""
+        """Calls `task` while the copy contains the fault."""
         path = os.path.join(self.tree, fault.path)
         try:
             with open(path, 'w', encoding='utf-8') as file:
@@ -325,7 +325,7 @@ class Copy:
 # ---- Tests inside the sandbox ----------------------------------------------------------------------------
 
 def run_one(test):
-    """Runs one test in a session of its own. Returns (seconds, passed, the end of what it printed)."""
+    """Runs one test in a session of its own. Returns (seconds, passed, the end of its output)."""
     begin = time.monotonic()
     environment = dict(os.environ, **dict(entry.split('=', 1) for entry in test['environment']))
     if test.get('cover'):
@@ -371,7 +371,7 @@ def run_inside():
                 break
         json.dump({'seconds': seconds, 'failed': failed, 'printed': printed}, sys.stdout)
         sys.stdout.flush()
-        os._exit(0)  # what still runs ends with the sandbox
+        os._exit(0)  # processes that are still running end with the sandbox
 
 
 # ---- The campaign ----------------------------------------------------------------------------------------
@@ -382,8 +382,8 @@ def words_of(name):
 
 
 class Order:
-    """The tests in the order in which a fault is found soonest: those that found faults near it, then those
-    whose names have words of its path, then fast ones."""
+    """Sorts tests so that a fault is found as soon as possible: first those that found faults near it, then those
+    whose names share words with its path, then fast ones."""
 
     def __init__(self, tests, seconds, lines):
         self.tests = [dict(test, limit=max(LEAST_LIMIT_S, 5 * seconds[test['name']])) for test in tests]
@@ -398,9 +398,9 @@ class Order:
             self.found[test, folder] += 1
 
     def runners_of(self, path, line):
-        """Names of the tests that may see a fault in a line, of those that run lines near it, and of those that
-        run itself. What is no code, such as the rows of a table, belongs to all that run anything of its file,
-        and what others include to all tests. A file of which nothing is run is seen by none."""
+        """Names of the tests that may find a fault in a line, of those that run lines near it, and of those that
+        run the line itself. Lines without code, such as rows of a table, count as run by all tests that run any
+        line of the file, and those of included files as run by all tests. No test finds a fault in a file that none runs."""
         lines = self.lines.get(path, {})
         exactly = lines.get(line, set())
         around = set().union(*(lines.get(line + i, set()) for i in range(-LINES_BEFORE, LINES_BEHIND + 1)))
@@ -421,8 +421,8 @@ class Order:
 
 
 def baseline(copy):
-    """How long each test takes without a fault, and which lines it runs. All of them have to pass. What an
-    earlier campaign found of the same sources is taken again."""
+    """How long each test takes without a fault, and which lines it runs. All tests must pass. The results of an
+    earlier campaign with the same sources are reused."""
     digest, kept = copy.digest(), os.path.join(copy.home, 'baseline')
     try:
         with open(kept, 'rb') as file:
@@ -468,7 +468,7 @@ def print_rates(results):
 
 
 def try_faults(copy, texts, faults, count):
-    """Tries faults until `count` compiled. Yields each with the test that saw it, None, or 'build'."""
+    """Tries faults until `count` have compiled. Yields each with the test that found it, None, or 'build'."""
     order = Order(copy.tests, *baseline(copy))
     tried, begin = 0, time.monotonic()
     for fault in faults:
@@ -488,7 +488,7 @@ def try_faults(copy, texts, faults, count):
 
 
 def campaign(copy, folders, count, seed):
-    """Tries faults and prints what came out; of a campaign that is interrupted, what came out so far."""
+    """Tries faults and prints the results; if interrupted, the results so far."""
     texts = texts_of(copy.tree, folders)
     faults = draw([fault for path, text in texts.items() for fault in faults_of(path, text)], seed)
     results, unbuilt = [], 0

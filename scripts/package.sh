@@ -1,13 +1,13 @@
 #!/bin/bash
-# Makes packages: Debian packages of the program, the simulated board and the PC's programs, and an archive of the
-# program for boards without a package system. Installs first what is missing.
+# Makes packages: Debian packages of the program, the simulated board and the PC programs, and an
+# archive of the program for boards without a package system. First installs missing packages.
 set -euo pipefail
 usage='usage: package.sh [--arch amd64|arm64|armhf]... [--output DIR] [--prefix DIR] [--help]'
 here=$(cd "${BASH_SOURCE[0]%/*}" && pwd)
 . "$here/common.sh"
 . "$here/cross.sh"
 
-# The preset that builds for a Debian architecture.
+# The preset that builds for each Debian architecture.
 declare -A presets=([amd64]=release [arm64]=aarch64 [armhf]=armhf)
 
 Help() {
@@ -20,17 +20,18 @@ The time in the packages is SOURCE_DATE_EPOCH, or that of the newest commit.
 TEXT
 }
 
-# PackageTime: seconds, the same for the same sources.
+# PackageTime: the time of the packages in seconds, equal for equal sources.
 PackageTime() {
   git -C "$source_dir" log -1 --format=%ct 2>/dev/null || stat -c %Y "$source_dir/CHANGELOG.md"
 }
 
-# Version: of the sources.
+# Version: the version of the sources.
 Version() {
   sed -n 's/^project(cvntester VERSION \([0-9.]*\).*/\1/p' "$source_dir/CMakeLists.txt"
 }
 
-# ConfigurePackages PRESET OPTION...: a tree of its own, which names no directory of this machine.
+# ConfigurePackages PRESET OPTION...: configures a separate build tree that contains no path of this
+# machine.
 ConfigurePackages() {
   local preset=$1 tree=$source_dir/build/package/$1
   shift
@@ -39,7 +40,7 @@ ConfigurePackages() {
     -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$source_dir/= -ffile-prefix-map=$tree/=build/" "$@"
 }
 
-# PackTree PRESET GENERATOR OPTION...: CPack's files go to `output`.
+# PackTree PRESET GENERATOR OPTION...: CPack writes its files to `output`.
 PackTree() {
   local tree=$source_dir/build/package/$1 generator=$2
   shift 2
@@ -48,7 +49,7 @@ PackTree() {
   rm -rf "$output/_CPack_Packages"
 }
 
-# Make ARCHITECTURE: everything for it. The archive's program has the C++ runtime inside.
+# Make ARCHITECTURE: makes all its packages. The archive's program contains the C++ runtime.
 Make() {
   local preset=${presets[$1]} targets=(cvntester cvntester_documents cvn_k2vhal cvnsim cvndumpgen gst-cvn-test)
   if [[ $preset == release ]]; then

@@ -3,8 +3,8 @@
 
     bench/farm/farm.py [--boards N] [--seeds N] [--build DIR]
 
-Prints the time of one board and of N for a selection that mostly waits, then runs a selection with as many
-seeds, each with one or two boards killed at random moments and gone on with, and compares all verdicts.
+Prints the time of one board and of N for a selection that mostly waits. Then runs a selection with the given
+number of seeds, each with one or two boards killed at random moments and resumed, and compares all verdicts.
 """
 import argparse
 import json

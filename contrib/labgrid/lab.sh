@@ -1,10 +1,11 @@
 #!/bin/bash
-# lab.sh DIR COMMAND...: two simulated boards with SSH servers on the loopback interface, each with a power
-# switch, for labgrid. Runs COMMAND with the boards there, and ends them with it. Needs root.
+# lab.sh DIR COMMAND...: two simulated boards with SSH servers on the loopback interface, each with
+# a power switch, for labgrid. Runs COMMAND while the boards exist, and ends them afterwards. Needs
+# root.
 #
-# COMMAND finds DIR/board-1.yaml and DIR/board-2.yaml, environments for --lg-env, and the board's
-# number of each in CVN_BOARDS. All files are below DIR; processes and network are those of
-# namespaces that end with this script.
+# COMMAND finds DIR/board-1.yaml and DIR/board-2.yaml, environments for --lg-env, and the number of
+# boards in CVN_BOARDS. All files are below DIR; processes and network are in namespaces that end
+# with this script.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 source=$(cd "$here/../.." && pwd)
@@ -22,7 +23,7 @@ mkdir -p "$1"
 lab=$(cd "$1" && pwd)
 shift
 
-# StartServer NUMBER: an SSH server whose logins are on that board.
+# StartServer NUMBER: starts an SSH server whose logins end up on that board.
 StartServer() {
   local number=$1 name=board-$1 port=$((2200 + $1))
   cat >"$lab/$name.sshd" <<TEXT
@@ -67,4 +68,4 @@ for ((number = 1; number <= boards; number++)); do StartServer "$number"; done
 export CVN_BOARDS=$boards CVN_LAB=$lab
 status=0
 "$@" || status=$?
-exit "$status" # the end of this process, the first of its namespace, ends all others
+exit "$status" # the first process of its namespace: its end ends all others

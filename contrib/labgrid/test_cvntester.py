@@ -2,13 +2,12 @@
 
     CVN_SELECTION='UTVpqModule VscModule/3*' pytest --lg-env environment.yaml test_cvntester.py
 
-CVN_SELECTION   patterns, with blanks between
+CVN_SELECTION   patterns, separated by blanks
 CVN_OPTIONS     further options of --run, such as "--no-operator --shard 1/2"
-CVN_POWER=cycle switches the board off and on first
-CVN_TIMEOUT     limit of the whole run in seconds
+CVN_POWER=cycle first switches the board off and on
+CVN_TIMEOUT     time limit for the entire run in seconds
 
-Every test of the board that did not pass is named; the JUnit file of the board lands in the working
-directory.
+Every test that did not pass is listed; the JUnit file of the board is stored in the working directory.
 """
 
 import json
@@ -27,7 +26,7 @@ def ssh(target):
     if os.environ.get("CVN_POWER") == "cycle":
         target.get_driver("PowerProtocol").cycle()
     driver = target.get_driver("SSHDriver")
-    for wait in (0.5, 1, 2, 4, 8, 16, 0):  # until the board's first login
+    for wait in (0.5, 1, 2, 4, 8, 16, 0):  # until the board accepts the first login
         if driver.run("mkdir -p /tmp/var/log")[2] == 0:
             return driver
         time.sleep(wait)
@@ -35,7 +34,7 @@ def ssh(target):
 
 
 def run_selection(ssh, patterns, options):
-    """Runs the patterns. Returns the exit status and the end of what was printed."""
+    """Runs the patterns. Returns the exit status and the end of the output."""
     quoted = " ".join(shlex.quote(word) for word in patterns + options)
     ssh.run_check(f"rm -rf {REMOTE} && mkdir {REMOTE}")
     printed, errors, status = ssh.run(

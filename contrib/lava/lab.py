@@ -3,7 +3,7 @@
 
     lab.py [--shards N] [--options OPTIONS] [--junit FILE] PATTERN...
 
-LAVA_URL and LAVA_TOKEN name the server. Exit status: 0 all jobs are complete and all tests passed, 1 not.
+LAVA_URL and LAVA_TOKEN select the server. Exit status: 0 all jobs are complete and all tests passed, 1 not.
 """
 import argparse
 import io
@@ -20,7 +20,7 @@ import xml.etree.ElementTree as ET
 HERE = os.path.dirname(os.path.abspath(__file__))
 LIMIT_S = 600
 LOOK_S = 0.3
-RUN = 'run'  # the test case that says whether a run came to its end
+RUN = 'run'  # the test case that reports whether a run was completed
 
 
 class Lab:
@@ -52,7 +52,7 @@ class Lab:
         self.call(f'jobs/{number}/cancel/')
 
     def wait(self, number, states=('Finished',)):
-        """The job, once it is in one of the states."""
+        """The job, once it has reached one of the states."""
         end = time.monotonic() + LIMIT_S
         while time.monotonic() < end:
             job = self.job(number)
@@ -62,7 +62,7 @@ class Lab:
         return sys.exit(f'lab.py: job {number} is {job["state"]} after {LIMIT_S} s')
 
     def error(self, number):
-        """Why a job is not complete, such as "Infrastructure: Connection closed"; empty where it is."""
+        """Why a job is incomplete, such as "Infrastructure: Connection closed"; empty if it is complete."""
         for test in self.results(number):
             found = re.search(r'error_msg: (.*)\n(?:.*\n)*?error_type: (\w+)', test['metadata'] or '')
             if test['name'] == 'job' and found:
@@ -70,7 +70,7 @@ class Lab:
         return ''
 
     def tests(self, number):
-        """The test cases of a job, but for LAVA's own steps, as (name, result) in their order."""
+        """The test cases of a job without LAVA's own steps, as (name, result) in order."""
         own = {suite['id'] for suite in self.call(f'jobs/{number}/suites/')['results'] if suite['name'] == 'lava'}
         return [(test['name'], test['result']) for test in self.results(number) if test['suite'] not in own]
 
@@ -104,7 +104,7 @@ def job_line(job, error=''):
 
 
 def junit(jobs, tests):
-    """One JUnit document of all jobs: a suite a job."""
+    """One JUnit document for all jobs, with one suite per job."""
     root = ET.Element('testsuites', name='cvntester')
     for job in jobs:
         cases = [(name, result) for name, result in tests[job['id']] if name != RUN]

@@ -1,10 +1,10 @@
 #!/bin/bash
 # lab.sh DIR COMMAND...: a LAVA lab on this machine: PostgreSQL, server, worker and three simulated
-# boards. Runs COMMAND and shuts down the lab when it ends. Needs root, and no systemd.
+# boards. Runs COMMAND and shuts the lab down when it ends. Needs root, but not systemd.
 #
-# COMMAND finds LAVA_URL and LAVA_TOKEN, and CVN_LAB, which is DIR. All files are below DIR;
-# processes, mounts and network (nothing but a loopback) are those of namespaces that end with this
-# script. LAVA itself is Debian's, unpacked once in build/lava and not installed.
+# COMMAND is given LAVA_URL, LAVA_TOKEN and CVN_LAB, which is DIR. All files are below DIR;
+# processes, mounts and network (loopback only) are in namespaces that end with this script. LAVA
+# itself is Debian's, unpacked once in build/lava and not installed.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 source=$(cd "$here/../.." && pwd)
@@ -18,7 +18,7 @@ user=postgres
   exit 2
 }
 
-# Unpack: what Debian's packages hold. libguestfs is for images of disks only, and large.
+# Unpack: unpacks Debian's packages. libguestfs is large and needed only for disk images.
 Unpack() {
   local downloads package
   [[ ! -e $lava/usr/bin/lava-run ]] || return 0
@@ -33,7 +33,7 @@ Unpack() {
 
 if [[ ${CVN_LAB_INSIDE-} != yes ]]; then
   Unpack
-  mkdir -p /etc/lava-server /var/lib/lava/dispatcher # LAVA knows no other places; DIR is mounted there
+  mkdir -p /etc/lava-server /var/lib/lava/dispatcher # fixed paths in LAVA; DIR is mounted there
   export CVN_LAB_INSIDE=yes
   exec unshare --mount --net --pid --fork --kill-child --mount-proc --propagation private -- "$0" "$@"
 fi
@@ -47,14 +47,14 @@ AsUser() {
   setpriv --reuid "$user" --regid "$user" --clear-groups -- "$@"
 }
 
-# Keep NAME COMMAND...: runs for as long as the lab.
+# Keep NAME COMMAND...: runs COMMAND in the background for as long as the lab exists.
 Keep() {
   local name=$1
   shift
   "$@" >"$lab/log/$name.out" 2>&1 </dev/null &
 }
 
-# WaitFor COMMAND...: waits, for half a minute at most, until it succeeds.
+# WaitFor COMMAND...: retries COMMAND until it succeeds, for at most half a minute.
 WaitFor() {
   local _
   for _ in {1..300}; do
@@ -66,8 +66,8 @@ WaitFor() {
   exit 1
 }
 
-# The boards fetch what LAVA prepares for a job from their web server, whose directory is the build
-# tree's with one more.
+# The boards fetch LAVA's files for a job from their web server, whose directory is that of the
+# build tree with one directory added.
 MakeBoards() {
   local number part
   mkdir -p "$lab/dispatcher/tmp" "$lab"/build/{bin,lib}
@@ -177,4 +177,4 @@ FillDatabase
 StartServer
 status=0
 "$@" || status=$?
-exit "$status" # the end of this process, the first of its namespace, ends all others
+exit "$status" # the first process of its namespace: its end ends all others

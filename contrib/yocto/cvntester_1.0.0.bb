@@ -1,8 +1,8 @@
-# A recipe for the Yocto project. Not tried here: there is no Yocto build on the developers' machines.
+# A recipe for the Yocto Project. Not tested: there is no Yocto build on the developers' machines.
 #
-# Put it into a layer of the board, with `files/run-ptest` beside it, and name three things: where the
-# sources are (SRC_URI), the recipe with the board's HAL library and headers (CVN_HAL_RECIPE), and the
-# directory of its headers in the sysroot (CVN_HAL_INCLUDE_DIR).
+# Put it into a layer of the board, together with `files/run-ptest`, and set three things: the
+# location of the sources (SRC_URI), the recipe with the board's HAL library and headers
+# (CVN_HAL_RECIPE), and the directory of its headers in the sysroot (CVN_HAL_INCLUDE_DIR).
 SUMMARY = "Test harness for the HAL of a television system-on-chip"
 LICENSE = "CLOSED"
 
@@ -22,5 +22,5 @@ EXTRA_OECMAKE = "-DCVN_BUILD_SIM=OFF -DCVN_BUILD_TESTS=OFF \
                  -DCVN_HAL_LIBRARY=${STAGING_LIBDIR}/libcvn_k2vhal.so \
                  -DCVN_HAL_INCLUDE_DIR=${CVN_HAL_INCLUDE_DIR}"
 
-# Weak symbols of the HAL are not seen as a need for its package.
+# Weak symbols of the HAL are not detected as a dependency on its package.
 RDEPENDS:${PN} += "${CVN_HAL_RECIPE}"

@@ -4,8 +4,8 @@
 #
 ################################################################################
 
-# Not tried here: there is no Buildroot on the developers' machines. Copy this directory to package/ of a
-# Buildroot tree or of an external one, name the sources and the package with the board's HAL.
+# Not tested: there is no Buildroot on the developers' machines. Copy this directory to package/ of
+# a Buildroot tree or of an external tree, and set the sources and the package with the board's HAL.
 CVNTESTER_VERSION = 1.0.0
 CVNTESTER_SITE = /path/to/cvntester
 CVNTESTER_SITE_METHOD = local
