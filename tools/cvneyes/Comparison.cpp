@@ -12,7 +12,7 @@ constexpr int kEven = 40;    // levels from the darkest to the brightest pixel o
 constexpr int kMargin = 10;  // of the picture that is not judged, since captures are shifted
 constexpr int kRun = 16;     // length in pixels of a run along an edge
 
-// Share of the levels around an edge that blur and compression may change, and noise anywhere.
+// Tolerance for blur and compression, in percent of the range around an edge; for noise, in levels.
 constexpr int kBlurPercent = 16;
 constexpr int kNoise = 2;
 
