@@ -1,4 +1,4 @@
-// The overview of a verification report: one row a stage.
+// The overview of a verification report: one row per stage.
 #pragma once
 
 #include <map>
@@ -7,11 +7,11 @@
 
 namespace test {
 
-/// Words of the overview's rows by stage, such as {"[VDEC]", {"PASS", "599/599", …}}.
+/// Words of the overview's rows, by stage, such as {"[VDEC]", {"PASS", "599/599", …}}.
 std::map<std::string, std::vector<std::string>> Overview(const std::string& report);
 
-/// The stages whose verdict is not PASS, in the order of their names; fails the test when the
-/// overview does not have all seven.
+/// The stages whose verdict is not PASS, sorted by name; fails the test if the overview does not
+/// contain all seven stages.
 std::vector<std::string> StagesNotPassed(const std::string& report);
 
 }  // namespace test

@@ -20,11 +20,11 @@ inline bool Contains(const std::string& text, const std::string& part) {
 
 class UnattendedTest : public BoardFixture {
  protected:
-  /// Runs cvntester with the arguments to its end and returns its exit status.
+  /// Runs cvntester with the arguments until it ends and returns its exit status.
   int Run(std::vector<std::string> arguments, const std::string& scenario = "") {
     if (arguments[0] == "--run" || arguments[0] == "--resume")
       arguments.insert(arguments.end(), {"--color", "never"});
-    // At an exit the leak check looks for /proc entries that the board does not have.
+    // At exit the leak check looks for /proc entries that the board does not have.
     Pty& pty = Start({.launcher = {"--setenv", "ASAN_OPTIONS=detect_leaks=0"},
                       .arguments = arguments,
                       .scenario = scenario});
@@ -34,13 +34,13 @@ class UnattendedTest : public BoardFixture {
   }
   const std::string& Screen() const { return screen_; }
 
-  /// What a program outside of the harness makes of a file of the board.
+  /// Output of an external program for a file of the board.
   std::string Judge(const std::string& command, const std::string& file) const {
     const auto judged = RunShell(command + " " + Quoted(OnBoard(file)));
     EXPECT_EQ(judged.status, 0) << command << " " << file << ": " << judged.output;
     return judged.output;
   }
-  /// What a jq expression makes of JSON lines, read as one array.
+  /// Output of a jq expression for a file of JSON lines, read as one array.
   std::string Query(const std::string& expression, const std::string& file) const {
     std::string said = Judge("jq -rs " + Quoted(expression), file);
     while (said.ends_with('\n')) said.pop_back();

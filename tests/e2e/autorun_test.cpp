@@ -1,4 +1,4 @@
-// All unit tests of all modules in one go, with the operator where one is asked for.
+// All unit tests of all modules in one run, with the operator where a test prompts.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -14,7 +14,7 @@ constexpr char kChoice[] = "Please enter a choice : ";
 
 class AutoRunTest : public test::BoardFixture {
  protected:
-  /// Names port 0 and pulls its cable where that is wanted, until all is done.
+  /// Enters port 0 and unplugs its cable when asked, until all tests are done.
   void PlayOperator(Pty& pty) const {
     const std::string prompts =
         "which port to test \\(0~3\\) \\? |3.1 Please Disconnect|Please enter a choice : ";
@@ -33,7 +33,7 @@ class AutoRunTest : public test::BoardFixture {
   }
 };
 
-TEST_F(AutoRunTest, AllModulesEndInARowWithALineATest) {
+TEST_F(AutoRunTest, AllModulesRunInARowWithOneReportLinePerTest) {
   Pty& pty = Start({.timeScale = 20});
   ASSERT_TRUE(Type(pty, {{kChoice, "4"}, {kChoice, "1"}, {kChoice, "6"}}));
   PlayOperator(pty);

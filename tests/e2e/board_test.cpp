@@ -1,5 +1,5 @@
-// The board's sandbox and its launcher. The programs are small shell scripts, so that nothing here
-// depends on the harness.
+// The board's sandbox and its launcher. The programs are small shell scripts, so that these tests
+// do not depend on the harness.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -27,7 +27,7 @@ std::string Joined(const std::vector<std::string>& words) {
 
 class BoardTest : public BoardFixture {
  protected:
-  /// Runs a script on the board to its end and returns its exit status.
+  /// Runs a script on the board until it ends and returns its exit status.
   int RunScript(const std::string& script, const BoardOptions& options = {}) {
     pty_ = &StartProgram(Shell(script), options);
     return pty_->Wait();
@@ -38,7 +38,7 @@ class BoardTest : public BoardFixture {
   Pty* pty_ = nullptr;
 };
 
-TEST_F(BoardTest, ExitStatusIsThePrograms) {
+TEST_F(BoardTest, ReturnsTheExitStatusOfTheProgram) {
   EXPECT_EQ(0, RunScript("exit 0")) << Screen();
   EXPECT_EQ(7, RunScript("exit 7")) << Screen();
   EXPECT_EQ(128 + SIGTERM, RunScript("kill -TERM $$; sleep 60")) << Screen();
@@ -62,20 +62,20 @@ TEST_F(BoardTest, WritesStayOnTheBoard) {
   EXPECT_EQ("4\n", FileText(OnBoard("/sys/crt/register")));
 }
 
-TEST_F(BoardTest, ProgramIsRootOfTheBoardOnly) {
+TEST_F(BoardTest, ProgramIsRootOnTheBoardOnly) {
   ASSERT_EQ(0, RunScript("id -u; [ $$ -ne 1 ]")) << Screen();
   EXPECT_EQ("0\n", Screen());
   EXPECT_NE(0, RunScript("/bin/mount -t tmpfs none /media")) << Screen();
 }
 
-TEST_F(BoardTest, FilesSurviveAndFreshClears) {
+TEST_F(BoardTest, FilesPersistUntilFreshClearsThem) {
   ASSERT_EQ(0, RunScript("echo kept >/data/kept; echo old >/sim/state; echo old >/sim/trace"));
   EXPECT_EQ(0, RunScript("cat /data/kept; [ ! -e /sim/state ] && [ ! -e /sim/trace ]")) << Screen();
   EXPECT_EQ("kept\n", Screen());
   EXPECT_EQ(0, RunScript("[ ! -e /data/kept ]", {.launcher = {"--fresh"}})) << Screen();
 }
 
-TEST_F(BoardTest, ABoardThatIsKeptOnHasItsStateUntilItIsSwitchedOff) {
+TEST_F(BoardTest, BoardKeptOnKeepsItsStateUntilPowerOff) {
   const BoardOptions keepOn{.launcher = {"--keep-on"}};
   const auto cvnsim = [&](const std::string& command) {
     return RunShell(CVN_BUILD_DIRECTORY "/bin/cvnsim --board " + Quoted(Board()) + " " + command);
@@ -91,14 +91,14 @@ TEST_F(BoardTest, ABoardThatIsKeptOnHasItsStateUntilItIsSwitchedOff) {
   const ShellResult refused = cvnsim("fail K2V_RHAL_VPQ_SetNR -9");
   EXPECT_EQ(1, refused.status);
   EXPECT_NE(std::string::npos, refused.output.find(" is off; start it with")) << refused.output;
-  // Switched on again it is as it was at first.
+  // After the next power-on it is in its initial state.
   EXPECT_EQ(0, RunScript("cvntester --run UTVpqModule/19 && [ ! -s /dev/cvnvdec ] && "
                          "! grep 'SetNR.* = -9$' /sim/trace",
                          keepOn))
       << Screen();
 }
 
-TEST_F(BoardTest, OptionsReachTheBoard) {
+TEST_F(BoardTest, OptionsArePassedToTheBoard) {
   ASSERT_EQ(0, RunScript("cat /sim/os; cat $CVNSIM_SCENARIO; echo \"$EXTRA\"",
                          {.launcher = {"--os", "pelxos", "--setenv", "EXTRA=a=b c"},
                           .scenario = "first line\n"}))
@@ -107,7 +107,7 @@ TEST_F(BoardTest, OptionsReachTheBoard) {
   EXPECT_EQ(0, RunScript("[ -z \"$CVNSIM_SCENARIO\" ] && [ ! -e /sim/scenario ]")) << Screen();
 }
 
-TEST_F(BoardTest, AWrongScenarioLineNamesTheFileThatWasGiven) {
+TEST_F(BoardTest, InvalidScenarioLineIsReportedWithTheGivenFile) {
   const test::BoardOptions options{.scenario = "\nplug 9 1920x1080p60\n"};
   const std::string message = "scenario:2: invalid port '9': expected 0 to 3\n";
   const fs::path directory = Board().parent_path();
@@ -119,7 +119,7 @@ TEST_F(BoardTest, AWrongScenarioLineNamesTheFileThatWasGiven) {
   EXPECT_EQ(relative.output, "simulated board: " + message);
 }
 
-TEST_F(BoardTest, WhatIsNoBoardIsNotTouched) {
+TEST_F(BoardTest, DirectoriesOtherThanBoardsAreNotChanged) {
   const fs::path precious = Board().parent_path() / "photos";
   fs::create_directory(precious);
   std::ofstream(precious / "one") << "1";
@@ -136,7 +136,7 @@ TEST_F(BoardTest, WhatIsNoBoardIsNotTouched) {
   EXPECT_EQ(1, std::distance(fs::directory_iterator(precious), {}));
 }
 
-TEST_F(BoardTest, OneBoardRunsOnce) {
+TEST_F(BoardTest, RunningBoardCannotBeStartedAgain) {
   Pty& first = StartProgram(Shell("echo up; read line"));
   ASSERT_TRUE(first.Expect("up\n"));
   const ShellResult second = RunShell(Joined(CommandLine(Shell("true"))));
@@ -146,7 +146,7 @@ TEST_F(BoardTest, OneBoardRunsOnce) {
   EXPECT_EQ(0, first.Wait()) << first.Transcript();
 }
 
-TEST_F(BoardTest, TerminalIsTheOperators) {
+TEST_F(BoardTest, ProgramUsesTheOperatorsTerminal) {
   BoardOptions options;
   options.terminal.rows = 33;
   options.terminal.columns = 101;
@@ -162,7 +162,7 @@ TEST_F(BoardTest, TerminalIsTheOperators) {
   EXPECT_EQ(0, pty.Wait()) << pty.Transcript();
 }
 
-TEST_F(BoardTest, CtrlCReachesTheProgramAlone) {
+TEST_F(BoardTest, CtrlCReachesOnlyTheProgram) {
   Pty& handled =
       StartProgram(Shell("trap 'echo caught' INT; (echo up; exec sleep 60); echo after; read x"));
   ASSERT_TRUE(handled.Expect("up\n"));
@@ -179,7 +179,7 @@ TEST_F(BoardTest, CtrlCReachesTheProgramAlone) {
 }
 
 TEST_F(BoardTest, CtrlZStopsAndForegroundContinues) {
-  // An interactive shell in the operator's place has the job control.
+  // An interactive shell takes the operator's place and provides the job control.
   Pty pty({"bash", "--norc", "--noprofile", "--noediting", "-i"}, {.environment = {"PS1=shell> "}});
   const std::string script = "echo up; until [ -e /data/go ]; do sleep 0.02; done; echo went on";
   ASSERT_TRUE(pty.Answer("shell> ", Joined(CommandLine(Shell(script)))));
@@ -205,7 +205,7 @@ TEST_F(BoardTest, ClosedOrEmptyInputIsEndOfInput) {
   }
 }
 
-TEST_F(BoardTest, StandInsNoteTheirCalls) {
+TEST_F(BoardTest, StandInsLogTheirCalls) {
   ASSERT_EQ(0, RunScript("setenforce 0; ifconfig eth0 up; route; sync; udhcpc -i eth0 -s 'a b'"))
       << Screen();
   EXPECT_EQ((std::vector<std::string>{"setenforce 0", "ifconfig eth0 up", "route", "sync",
@@ -213,7 +213,7 @@ TEST_F(BoardTest, StandInsNoteTheirCalls) {
             LogCommands());
 }
 
-TEST_F(BoardTest, UsbStickIsMountedAndGetsItsChanges) {
+TEST_F(BoardTest, UsbStickIsMountedAndKeepsChanges) {
   ASSERT_EQ(0, RunScript("true"));
   std::ofstream(Board() / "usb/stick/content") << "content";
   std::ofstream(Board() / "usb/stick/deleted") << "deleted";
@@ -234,7 +234,7 @@ TEST_F(BoardTest, UsbStickIsMountedAndGetsItsChanges) {
   EXPECT_FALSE(fs::exists(Board() / "usb/stick/deleted"));
 }
 
-TEST_F(BoardTest, PowerCutUnmountsTheStickAndSwitchesTheDriversOff) {
+TEST_F(BoardTest, PowerCutUnmountsTheStickAndResetsTheDrivers) {
   ASSERT_EQ(128 + SIGKILL,
             RunScript("mkdir /tmp/usb; echo below >/tmp/usb/kept; mount /dev/block/sda /tmp/usb; "
                       "echo new >/tmp/usb/new; echo testmode=1 >/dev/cvnvdec; "
@@ -248,7 +248,7 @@ TEST_F(BoardTest, PowerCutUnmountsTheStickAndSwitchesTheDriversOff) {
   EXPECT_EQ("below\n", Screen());
 }
 
-TEST_F(BoardTest, AResetClearsWhatTheBoardKeepsInMemory) {
+TEST_F(BoardTest, ResetClearsTheStateInMemory) {
   EXPECT_EQ(0, RunScript("cvntester --version >/dev/null; mkdir /tmp/cross_module /data/kept; "
                          "echo 101 >/tmp/cross_module/file_format.cfg; : >/tmp/GST_DVO_FREERUN; "
                          "echo testmode=1 >/dev/cvndvo; cvnsim reset; cat /dev/cvndvo; "
@@ -258,7 +258,7 @@ TEST_F(BoardTest, AResetClearsWhatTheBoardKeepsInMemory) {
   EXPECT_EQ("", Screen());
 }
 
-TEST_F(BoardTest, APulledStickTakesNoFilesUntilItIsMountedAgain) {
+TEST_F(BoardTest, RemovedStickStoresNoFilesUntilRemounted) {
   EXPECT_EQ(0, RunScript("cvntester --version >/dev/null; mkdir /tmp/usb; "
                          "mount /dev/block/sda1 /tmp/usb && echo 1 >/tmp/usb/first; "
                          "cvnsim stick out; ls /dev/block; echo 2 >/tmp/usb/second; "
@@ -272,8 +272,8 @@ TEST_F(BoardTest, APulledStickTakesNoFilesUntilItIsMountedAgain) {
     EXPECT_FALSE(fs::exists(Board() / "usb/stick" / name)) << name << Screen();
 }
 
-TEST_F(BoardTest, NetworkCarriesFilesUntilItIsCut) {
-  if (Sandbox() != "bwrap") GTEST_SKIP() << "a network of its own needs namespaces";
+TEST_F(BoardTest, NetworkTransfersFilesUntilItIsDisconnected) {
+  if (Sandbox() != "bwrap") GTEST_SKIP() << "a separate network needs namespaces";
   ASSERT_EQ(0, RunScript("cd /data; : >empty; head -c 512 /dev/urandom >block; "
                          "head -c 300000 /dev/urandom >large; for f in empty block large; do "
                          "tftp -p -l $f 192.0.2.1 || exit 1; done; "
@@ -301,14 +301,14 @@ TEST_F(BoardTest, RebootEndsTheSession) {
 }
 
 TEST_F(BoardTest, WaitsAreScaled) {
-  if (Sandbox() != "bwrap") GTEST_SKIP() << "the tools here are linked statically";
+  if (Sandbox() != "bwrap") GTEST_SKIP() << "the tools of this machine are linked statically";
   const std::string run = Joined(CommandLine(Shell("sleep 30; echo slept"), {.timeScale = 1000}));
   const ShellResult result = RunShell("timeout 10 " + run);
   EXPECT_EQ("slept\n", result.output);
   EXPECT_EQ(0, result.status);
 }
 
-TEST_F(BoardTest, ChrootServesWithoutNamespaces) {
+TEST_F(BoardTest, RunsInAChrootWithoutNamespaces) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can have a chroot";
   const BoardOptions chroot{.terminal = {.environment = {"CVN_SANDBOX=chroot"}}};
   EXPECT_EQ(7,
@@ -317,7 +317,7 @@ TEST_F(BoardTest, ChrootServesWithoutNamespaces) {
       << Screen();
   EXPECT_TRUE(fs::exists(OnBoard("/tmp/here")));
   EXPECT_EQ(std::string::npos, Screen().find("root\n"))
-      << "the machine's own / shows: " << Screen();
+      << "the machine's root directory is visible: " << Screen();
   EXPECT_EQ(std::vector<std::string>{"sync"}, LogCommands());
   EXPECT_EQ(128 + SIGKILL, RunScript("reboot; echo never", chroot)) << Screen();
 }
@@ -338,7 +338,7 @@ TEST_F(BoardTest, OrdinaryUserHasTheSameBoard) {
   EXPECT_EQ("x\n", FileText(OnBoard("/data/mine")));
 }
 
-TEST(RunScriptTest, BuildsWhatSessionsUse) {
+TEST(RunScriptTest, BuildsEverythingThatSessionsUse) {
   const ShellResult inputs =
       RunShell("ninja -C " CVN_BUILD_DIRECTORY " -t commands simulated_board");
   EXPECT_EQ(0, inputs.status) << inputs.output;
@@ -348,7 +348,7 @@ TEST(RunScriptTest, BuildsWhatSessionsUse) {
   }
 }
 
-TEST(RunScriptTest, RefusesWrongOptionsImmediately) {
+TEST(RunScriptTest, RejectsInvalidOptionsImmediately) {
   struct WrongCall {
     const char* arguments;
     const char* message;

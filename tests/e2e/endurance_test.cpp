@@ -1,4 +1,4 @@
-// A short night, so that a leak is seen on every day; bench/endurance runs whole ones.
+// A short endurance run, to detect leaks every day; bench/endurance runs whole nights.
 #include <gtest/gtest.h>
 
 #include "BoardFixture.h"
@@ -7,7 +7,7 @@ namespace {
 
 constexpr int kNoSandbox = 77;
 
-TEST(EnduranceTest, AShortNightGrowsNothingAndReportsEveryTest) {
+TEST(EnduranceTest, ShortRunLeaksNothingAndReportsEveryTest) {
   const auto night =
       test::RunShell(test::Quoted(CVN_ENDURANCE) + " --tests 300 --verifications 20");
   if (night.status == kNoSandbox) GTEST_SKIP() << night.output;

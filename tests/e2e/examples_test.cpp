@@ -1,19 +1,17 @@
-// The examples in the documents: commands are run and sessions typed, and the output is compared.
+// The examples in the documents: commands are run, sessions are typed, and the output is compared.
 //
-// A comment before a block of code makes it an example:
-//   <!-- example -->              the lines after "$ " are run by the shell, in order
-//   <!-- example, typed: 3 2 Q --> the first command is started at a terminal, where these words
-//   are
-//                                 typed; a block without a command goes on in the session before
-//                                 it. The word "$" runs the next command of the second terminal, a
-//                                 line of the block that begins with blanks and "$ ", as soon as
-//                                 the line before it was printed.
-//   <!-- file: NAME -->           the block is written to a file
-//   <!-- run: COMMAND -->         runs COMMAND without showing it
-//   <!-- typed: 3 2 Q -->         types words without showing the output
-// In the expected output "…" stands for any text, and a line of "…" for any lines. Times and dates
-// are not compared. A session shows what it printed since the words were typed, from its first line
-// on.
+// A comment before a code block makes it an example:
+//   <!-- example -->            runs the lines after "$ " with the shell, in order
+//   <!-- example, typed: 3 Q -->
+//                               starts the first command on a terminal and types these words; a
+//                               block without a command continues the previous session. The word
+//                               "$" runs the next command of the second terminal, an indented line
+//                               that begins with "$ ", once the line before it was printed
+//   <!-- file: NAME -->         writes the block to a file
+//   <!-- run: COMMAND -->       runs COMMAND without showing it
+//   <!-- typed: 3 2 Q -->       types words without showing the output
+// In the expected output "…" matches any text, and a line of "…" any lines. Times and dates are not
+// compared. The output of a session starts at the first line printed since the words were typed.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -34,8 +32,8 @@ namespace {
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
-constexpr int kLimitMs = 120'000;  // playing a file takes its time
-// How the prompts of sessions end.
+constexpr int kLimitMs = 120'000;  // playing a file takes a while
+// Ends of the prompts of sessions.
 constexpr const char* kPrompts[] = {
     " choice : ", "'N' ",      ")=",          "[100]: ",  "setting):", "keep): ", "rounds: ",
     "(HDMI4);\n", "(wid_1)\n", "(960*540)\n", "(Win1)\n", "(DRM);\n",  "1(No)\n", "(Close)\n"};
@@ -43,7 +41,7 @@ constexpr const char* kPrompts[] = {
 struct Example {
   int line = 0;        // of the document
   std::string hidden;  // command that the document does not show
-  std::string file;    // that the block is written to
+  std::string file;    // to which the block is written
   bool isTyped = false;
   Lines keys;
   Lines block;
@@ -113,7 +111,7 @@ std::vector<Example> ExamplesIn(const fs::path& document) {
   return examples;
 }
 
-/// A line without colours, times, dates and blanks at its end.
+/// A line without colours, times, dates and trailing blanks.
 std::string Comparable(std::string line) {
   line = std::regex_replace(line, std::regex("\x1b\\[[0-9;]*[A-Za-z]|\r|[ \t]+$"), "");
   line = std::regex_replace(line, std::regex("\\d+\\.\\d{3} s"), "SECONDS");
@@ -131,7 +129,7 @@ std::regex PatternOf(const std::string& expected) {
   return std::regex(std::regex_replace(escaped, std::regex("…"), ".*"));
 }
 
-/// Whether `lines` are as `expected`; with `isOpen` more of them may follow.
+/// Whether `lines` match `expected`; if `isOpen`, more lines may follow.
 testing::AssertionResult AreAsShown(const Lines& expected, Lines lines, bool isOpen) {
   for (std::string& line : lines) line = Comparable(line);
   // Where in `lines` a match of the expected lines so far may end.
@@ -168,9 +166,9 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
     const std::string document = GetParam();
     if (Sandbox() != "bwrap" && (document == "docs/RECORDING.md" || document == "docs/FARM.md"))
       GTEST_SKIP() << "needs the board in namespaces";
-    // Builds what is out of date, which would be announced in the first example.
+    // Builds outdated targets first; their output would appear in the first example.
     ASSERT_EQ(test::RunShell(CVN_SOURCE_DIRECTORY "/run.sh -- --version").status, 0);
-    // A checkout as the document sees it, with a board of its own.
+    // A checkout as shown in the document, with a separate board.
     directory_ = Board().parent_path() / "checkout";
     fs::create_directory(directory_);
     for (const std::string name : {"build", "sim", "tools"})
@@ -206,7 +204,7 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
 
   static bool IsCommand(const std::string& line) { return line.starts_with("$ "); }
 
-  /// The command at `lines[at]`, which a backslash continues; `at` is after it then.
+  /// The command at `lines[at]`, including lines continued by a backslash; advances `at` past it.
   static std::string TakeCommand(const Lines& lines, std::size_t& at) {
     std::string command = lines[at++].substr(2);
     while (command.ends_with("\\") && at < lines.size()) command += "\n" + lines[at++];
@@ -218,8 +216,9 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
                           "\n} </dev/null");
   }
 
-  /// Waits until the session asks for something after the first `from` bytes of its output. False
-  /// when it ends. Programs that it starts may read the terminal, too, so a prompt has to be there.
+  /// Waits until the session shows a prompt after the first `from` bytes of its output. Returns
+  /// false if the session ends. Programs started by the session may read the terminal too, so
+  /// waiting for a read is not enough.
   bool IsAsking(std::size_t from) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLimitMs);
     while (std::chrono::steady_clock::now() < limit && pty_->WaitReading(kLimitMs)) {
@@ -254,7 +253,7 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
           test::PtyOptions{.directory = directory_.string(), .echo = true});
       begin_ = 0;
     }
-    ASSERT_NE(pty_, nullptr) << "no session to type in";
+    ASSERT_NE(pty_, nullptr) << "no session to type into";
     auto aside = example.asides.begin();
     std::size_t typedAt = 0;
     for (std::size_t i = 0; i < example.keys.size(); ++i) {
@@ -279,10 +278,10 @@ class Examples : public test::BoardFixture, public testing::WithParamInterface<c
 
   fs::path directory_;
   std::unique_ptr<test::Pty> pty_;
-  std::size_t begin_ = 0;  // of what the session has not shown yet
+  std::size_t begin_ = 0;  // of the output that has not been compared yet
 };
 
-TEST_P(Examples, DoWhatTheDocumentShows) {
+TEST_P(Examples, MatchTheDocument) {
   const std::vector<Example> examples = ExamplesIn(fs::path(CVN_SOURCE_DIRECTORY) / GetParam());
   EXPECT_FALSE(examples.empty());
   for (const Example& example : examples) {

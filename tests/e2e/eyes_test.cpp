@@ -1,4 +1,4 @@
-// The ready set: the simulated board's tests judged by picture, without anybody in front of it.
+// The ready-made rules: tests on the simulated board judged by picture, without an operator.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ constexpr char kSources[] =
 
 class EyesOnTheBoard : public UnattendedTest {
  protected:
-  /// Runs tests with the eyes and returns what `jq` makes of their ends, a line each.
+  /// Runs tests with the eyes and returns the `jq` result of each test's end, separated by blanks.
   std::string Judged(const std::vector<std::string>& tests, const std::string& answers,
                      const std::string& scenario, const std::string& expression) {
     std::vector<std::string> arguments = {"--run"};
@@ -41,7 +41,7 @@ class EyesOnTheBoard : public UnattendedTest {
                  "/tmp/o.json");
   }
 
-  /// Tests of the rules with a rule of their own, of the modules whose name begins so.
+  /// Tests that have their own rule in the rules file, of modules whose names begin with `prefix`.
   static std::vector<std::string> TestsWithRules(const std::string& prefix) {
     std::ifstream rules(CVN_SOURCE_DIRECTORY "/sim/eyes/rules");
     std::vector<std::string> tests;
@@ -63,7 +63,8 @@ TEST_F(EyesOnTheBoard, JudgeAllScalerTests) {
                    "select(.message | contains(\"eyes: yes\"))"
                    " | .verdict | if . == \"PASS\" then \"p\""
                    " else \"f\" end"),
-            // The tests 16 to 23 fail whatever is seen: leaving them is no success.
+            // Tests 16 to 23 fail regardless of the picture: leaving them does not count as
+            // success.
             "p p p p p p p p p p p p p p p p f f f f f f f f p p p p p p p p p p p p p p p p")
       << log_;
   EXPECT_EQ(Query(".[] | select(.test == \"VscModule/36\" and .event == \"test-end\") | .evidence"
@@ -72,9 +73,9 @@ TEST_F(EyesOnTheBoard, JudgeAllScalerTests) {
             "before.png capture.png difference.png reference.png");
 }
 
-TEST_F(EyesOnTheBoard, FailExactlyTheScalerTestsThatShowDefects) {
-  if (CVN_SANITIZED != 0) GTEST_SKIP() << "takes a minute, and looks at nothing else";
-  // Freezing and writing are accepted and not done; blanked windows have another colour.
+TEST_F(EyesOnTheBoard, FailOnlyScalerTestsWithVisibleDefects) {
+  if (CVN_SANITIZED != 0) GTEST_SKIP() << "takes a minute and covers no other code";
+  // Freezing and writing are accepted but not executed; blanked windows have another colour.
   EXPECT_EQ(Judged({"VscModule"}, "scaler.answers",
                    "fail K2V_RHAL_VSC_SetWinFreeze 0\n"
                    "fail K2V_RHAL_VSC_WriteVideoFrameBuffer 0\n"
@@ -84,14 +85,14 @@ TEST_F(EyesOnTheBoard, FailExactlyTheScalerTestsThatShowDefects) {
       << log_;
 }
 
-TEST_F(EyesOnTheBoard, JudgeSettingsOfThePictureQuality) {
-  if (CVN_SANITIZED != 0) GTEST_SKIP() << "takes a minute, and looks at nothing else";
+TEST_F(EyesOnTheBoard, JudgePictureQualitySettings) {
+  if (CVN_SANITIZED != 0) GTEST_SKIP() << "takes a minute and covers no other code";
   const std::vector<std::string> tests = TestsWithRules("Vpq");
   EXPECT_GE(tests.size(), 60U);
   EXPECT_EQ(Judged(tests, "quality.answers", "", kSeenOtherThanRight), "") << log_;
 }
 
-TEST_F(EyesOnTheBoard, LearnWhatAnOperatorCallsRight) {
+TEST_F(EyesOnTheBoard, LearnReferencesAcceptedByTheOperator) {
   Put("/tmp/set/rules", "from command:cvnsim camera --y4m --pictures 1\ntrust black\n");
   const auto run = [](const char* task) {
     return std::vector<std::string>{
@@ -126,7 +127,7 @@ TEST_F(EyesOnTheBoard, LearnWhatAnOperatorCallsRight) {
   }
 }
 
-TEST_F(EyesOnTheBoard, SeeSettingsThatThePanelIgnores) {
+TEST_F(EyesOnTheBoard, DetectSettingsIgnoredByThePanel) {
   EXPECT_EQ(Judged({"VpqModule/33", "VpqExtModule/2", "VpqExtModule/8", "VpqExtModule/10",
                     "VpqExtModule/12", "VpqExtModule/27", "VpqExtModule/32", "VpqExtModule/100",
                     "VpqExtModule/102"},

@@ -1,4 +1,4 @@
-// The harness when something around it fails: its libraries, its memory, its terminal, its disk.
+// The harness when its environment fails: libraries, memory, terminal, disk.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -34,7 +34,7 @@ class Directory {
   fs::path path_ = testing::TempDir() + "faults";
 };
 
-TEST(Faults, AHalWithoutAFunctionIsReportedAtTheStart) {
+TEST(Faults, MissingHalFunctionIsReportedAtStartUp) {
   const Directory directory;
   std::string library = test::FileText(CVN_HAL);
   const std::string name("\0K2V_RHAL_GAL_OSDSPLIT\0", 23);
@@ -51,9 +51,9 @@ TEST(Faults, AHalWithoutAFunctionIsReportedAtTheStart) {
   EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 1) << run.output;
 }
 
-// The sanitizers want more memory than any limit leaves.
+// The sanitizers need more memory than any limit allows.
 #if !CVN_SANITIZED
-TEST(Faults, MemoryThatRunsOutIsOneLineAndAStatus) {
+TEST(Faults, OutOfMemoryIsReportedInOneLineWithAStatus) {
   const Directory directory;
   const std::string name = "dump-101-h264-FrtChg-VDEC.txt";
   for (const char* side : {"dump", "golden"}) {
@@ -77,7 +77,7 @@ TEST(Faults, MemoryThatRunsOutIsOneLineAndAStatus) {
 
 class FaultsOnTheBoard : public test::BoardFixture {};
 
-TEST_F(FaultsOnTheBoard, ATerminalThatHangsUpEndsTheHarnessAndKeepsTheReport) {
+TEST_F(FaultsOnTheBoard, TerminalHangUpEndsTheHarnessAndKeepsTheReport) {
   for (const bool inPrompt : {false, true}) {
     Pty& pty = Start();
     ASSERT_TRUE(Type(pty, {{kChoice, "3"}, {kChoice, "2"}, {kChoice, "15"}, {kJudge, "Y"}}));
@@ -88,9 +88,9 @@ TEST_F(FaultsOnTheBoard, ATerminalThatHangsUpEndsTheHarnessAndKeepsTheReport) {
     }
     ASSERT_TRUE(pty.WaitReading());
     pty.HangUp();
-    // The launcher's end is that of the last process of the board.
+    // The launcher ends with the last process of the board.
     EXPECT_NE(pty.Wait(), -1);
-    // What hung up is the end of the prompt's input, too, where that is seen first.
+    // A hang-up may first be seen as end of input at the prompt.
     const std::string totals = Totals();
     EXPECT_TRUE(totals == "1/1/0" || (inPrompt && totals == "2/1/1")) << totals;
     fs::remove(ReportPath());
@@ -98,7 +98,7 @@ TEST_F(FaultsOnTheBoard, ATerminalThatHangsUpEndsTheHarnessAndKeepsTheReport) {
 }
 
 TEST_F(FaultsOnTheBoard, MissingDirectoriesLeaveTheMenuUsable) {
-  // The report's directory is gone, and the home of the cross-module test was never made.
+  // The report's directory is missing, and the home of the cross-module test was never created.
   Pty& pty = StartProgram({"sh", "-c", "rm -r /tmp/var/log; exec cvntester"});
   ASSERT_TRUE(pty.Expect("\nwrite fail!\n"));
   ASSERT_TRUE(Type(pty, {{kChoice, "3"}, {kChoice, "2"}, {kChoice, "15"}, {kJudge, "Y"}}));

@@ -22,12 +22,12 @@ bool Contains(const std::string& text, const std::string& part) {
 
 class HarnessTest : public test::BoardFixture {
  protected:
-  /// Walks to test number `index` of the scaler module and starts it.
+  /// Opens the scaler module's menu and starts test number `index`.
   static testing::AssertionResult StartScalerTest(Pty& pty, const char* index) {
     return Type(pty, {{kChoice, "3"}, {kChoice, "2"}, {kChoice, index}});
   }
 
-  /// Brings HDMI port 0 up in the main window up to the first question of the watch.
+  /// Shows HDMI port 0 in the main window, up to the first prompt of the watch loop.
   static testing::AssertionResult ShowPortZero(Pty& pty) {
     if (auto started = StartScalerTest(pty, "18"); !started) return started;
     return Type(pty, {{"Switch_Source Exit, 0(No) 1(YES)", "0"},
@@ -61,12 +61,12 @@ TEST_F(HarnessTest, OneTestFromTheMenuToTheReport) {
                                              ReportPath().filename().string() + "\n"));
 }
 
-TEST_F(HarnessTest, BringsAPictureUpAndWatchesIt) {
+TEST_F(HarnessTest, ShowsAPictureAndWatchesIt) {
   Pty& pty = Start({.timeScale = 100});
   ASSERT_TRUE(ShowPortZero(pty));
   ASSERT_TRUE(Type(pty, {{kUserSel, "1"}, {kChoice, "q"}}));
   EXPECT_EQ(pty.Wait(), 0);
-  // From the test's first question to its report line; nothing in between depends on the time.
+  // From the test's first prompt to its report line; this part does not depend on timing.
   const std::string& transcript = pty.Transcript();
   const std::size_t begin = transcript.find("Exit, 0(No) 1(YES)");
   const std::size_t end = transcript.find("Test Report file generated at", begin);

@@ -1,6 +1,5 @@
-// Runs that are killed at any moment and resumed: wherever results are read, every test is there
-// once, and all agree on it. CVN_KILLS is the number of kills, 6 where it is not set
-// (./test.sh --kills).
+// Runs that are killed at random moments and resumed: in every result format each test appears
+// once, with the same verdict. CVN_KILLS is the number of kills (default 6; ./test.sh --kills).
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -24,7 +23,7 @@ using test::FileText;
 using test::Pty;
 using Clock = std::chrono::steady_clock;
 
-/// Ids of tests with what each of their results says, as "pass" or "error".
+/// Ids of tests and the verdicts of their results, as "pass" or "error".
 using Results = std::multimap<std::string, std::string>;
 
 std::string Word(const std::string& said) {
@@ -32,14 +31,14 @@ std::string Word(const std::string& said) {
   return passed ? "pass" : "error";
 }
 
-/// Takes a result from every match of the expression, whose groups are, in the order of `groups`,
-/// the id and the verdict.
+/// Extracts a result from every match of the expression; `id` and `verdict` are the numbers of the
+/// groups that contain them.
 Results Find(const std::string& text, const std::string& expression, int id, int verdict) {
   Results results;
   const std::regex regex(expression);
   for (std::sregex_iterator at(text.begin(), text.end(), regex), end; at != end; ++at) {
     std::string name = (*at)[static_cast<std::size_t>(id)];
-    std::replace(name.begin(), name.end(), '.', '/');  // as LAVA has it
+    std::replace(name.begin(), name.end(), '.', '/');  // as in LAVA names
     results.emplace(name, Word((*at)[static_cast<std::size_t>(verdict)]));
   }
   return results;
@@ -47,7 +46,7 @@ Results Find(const std::string& text, const std::string& expression, int id, int
 
 class KillsTest : public test::UnattendedTest {
  protected:
-  /// The results as each of their readers finds them.
+  /// The results as found in each format.
   std::map<std::string, Results> ReadAll() const {
     const auto text = [&](const char* file) { return FileText(OnBoard(file)); };
     constexpr char kCase[] =
@@ -69,8 +68,8 @@ class KillsTest : public test::UnattendedTest {
         {"lava", Find(text("/tmp/o.lava"), "CASE_ID=(\\S+) RESULT=(\\w+)", 1, 2)}};
   }
 
-  /// Starts the run or resumes it, and kills the board with it `delay` after it has begun to write.
-  /// False when it had ended before.
+  /// Starts or resumes the run and kills it, together with the board, `delay` after its first
+  /// output. Returns false if it had ended before.
   bool KillAfter(const std::vector<std::string>& arguments, Clock::duration delay) {
     const bool resumed = arguments[0] == "--resume";
     Pty& pty = Start({.arguments = arguments});
@@ -87,7 +86,7 @@ class KillsTest : public test::UnattendedTest {
   }
 };
 
-TEST_F(KillsTest, EveryTestHasOneResultHoweverOftenARunIsKilled) {
+TEST_F(KillsTest, EveryTestHasOneResultAfterRepeatedKills) {
   const std::vector<std::string> run = {
       "--run",       "UTVpqModule/2*", "--results",    "/tmp/res", "--json",
       "/tmp/o.json", "--tap",          "/tmp/o.tap",   "--junit",  "/tmp/o.xml",
@@ -106,12 +105,12 @@ TEST_F(KillsTest, EveryTestHasOneResultHoweverOftenARunIsKilled) {
   for (int killed = 0; killed < kills;) {
     fs::remove_all(OnBoard("/tmp/res"));
     if (KillAfter(run, delay())) ++killed;
-    // A resumed run may be killed, too.
+    // A resumed run may be killed as well.
     if (killed < kills && random() % 3 == 0 && KillAfter({"--resume", "/tmp/res"}, delay()))
       ++killed;
     const int status = Run({"--resume", "/tmp/res"});
     if (status == 99) {
-      // Nothing of the run had begun.
+      // No test of the run had started.
       EXPECT_TRUE(!fs::exists(OnBoard("/tmp/res/journal")) ||
                   !test::Contains(FileText(OnBoard("/tmp/res/journal")), "start\t"))
           << Screen();

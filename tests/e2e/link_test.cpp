@@ -22,7 +22,7 @@ constexpr int kLinkTests = 26;  // and the clock tool
 
 class LinkTest : public test::BoardFixture {
  protected:
-  /// Starts the harness and opens a module's menu.
+  /// Starts the harness and opens the menu of a module.
   Pty& OpenModule(const std::vector<std::string>& choices, const test::BoardOptions& options) {
     Pty& pty = Start(options);
     for (const std::string& choice : choices) EXPECT_TRUE(pty.Answer(kChoice, choice));
@@ -49,13 +49,13 @@ std::ptrdiff_t Count(const std::string& text, const std::string& regex) {
   return std::distance(std::sregex_iterator(text.begin(), text.end(), pattern), {});
 }
 
-TEST_F(LinkTest, AllTestsOfTheLinkPassInARow) {
+TEST_F(LinkTest, AllLinkTestsPassInARow) {
   Pty& pty = OpenModule({"6", "0"}, {.timeScale = 20});
   for (int test = 0; test < kLinkTests; ++test) ASSERT_TRUE(RunTest(pty, test)) << test;
   ASSERT_TRUE(pty.Answer(kChoice, "26"));
   ASSERT_TRUE(pty.Answer("input:\n", "5"));
   Quit(pty, kLinkTests + 1, kLinkTests + 1);
-  // One block a test, two more for threads; two instead of one for processes.
+  // One block per test, two more for threads; two instead of one for processes.
   EXPECT_EQ(Count(pty.Transcript(), " Passed\\.\n"), kLinkTests + 2 * 2 + 2);
   EXPECT_EQ(Count(pty.Transcript(), " Failed\\.\n"), 0);
   for (const char* role : {"Child", "Parent"}) {
@@ -63,7 +63,7 @@ TEST_F(LinkTest, AllTestsOfTheLinkPassInARow) {
   }
 }
 
-TEST_F(LinkTest, TheClockToolChangesTheSpeedOfTheCounter) {
+TEST_F(LinkTest, ClockToolChangesTheCounterSpeed) {
   constexpr int kPresses = 400;  // of 8192 that were twice the speed
   Pty& pty = OpenModule({"6", "0", "26"}, {});
   for (int press = 0; press < kPresses; ++press) {
@@ -79,7 +79,7 @@ TEST_F(LinkTest, TheClockToolChangesTheSpeedOfTheCounter) {
   }
   ASSERT_GT(speeds.size(), 10u) << pty.Before();
   std::ranges::sort(speeds);
-  // Single differences waver with the time that the shell takes.
+  // Single differences vary with the time taken by the shell.
   EXPECT_NEAR(speeds[speeds.size() / 2], 90000.0 * (8192 + kPresses) / 8192, 1500);
   EXPECT_NE(Cvnsim("state").find("broadcast clock at speed step 400\n"), std::string::npos);
   Quit(pty, 1, 1);
@@ -94,7 +94,7 @@ TEST_F(LinkTest, DeviceTestsReportTheBoardsState) {
   Cvnsim("link silent on");
   ASSERT_TRUE(pty.Expect("K2V_RHAL_slave_ready ret = 0 \n"));
   pty.Send("\x03");
-  EXPECT_EQ(pty.Wait(), 128 + SIGINT) << "the poll is left by interrupting the program";
+  EXPECT_EQ(pty.Wait(), 128 + SIGINT) << "the polling loop ends when the program is interrupted";
 }
 
 TEST_F(LinkTest, ThermalSessionsFollowTheTemperature) {

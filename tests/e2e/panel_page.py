@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Works the panel's page in headless Chromium, as an operator would.
+"""Operates the panel page in headless Chromium, as an operator would.
 
-panel_page.py ADDRESS CVNSIM DIRECTORY: ADDRESS is what `cvnsim panel` printed, CVNSIM a command line
-that changes the same board, DIRECTORY takes the browser's files and the screenshots. On the board
-HDMI port 0 sends bars to the main window. Prints what is wrong and ends with status 1.
+panel_page.py ADDRESS CVNSIM DIRECTORY: ADDRESS is the output of `cvnsim panel`, CVNSIM a command line
+that changes the same board, DIRECTORY receives the browser's files and the screenshots. HDMI port 0 of
+the board sends bars to the main window. Prints all failures and exits with status 1 if there are any.
 """
 import os
 import subprocess
@@ -17,7 +17,7 @@ from browser import Browser, Failed, check, until  # noqa: E402
 
 
 def color(browser, x, y):
-    """A pixel of the picture on the page, such as [255, 0, 0]; empty until there is one."""
+    """A pixel of the picture on the page, such as [255, 0, 0]; empty before the first picture."""
     return browser.value(f"""(() => {{
         const image = document.getElementById('picture');
         if (!image || !image.complete || image.naturalWidth !== 960) return [];
@@ -34,7 +34,7 @@ FOCUSABLE = "a[href], button, input, select, summary, [tabindex='0']"
 
 
 def reaches_all(browser):
-    """Steps through the page with Tab and returns what cannot be reached."""
+    """Steps through the page with Tab and returns the elements that cannot be reached."""
     browser.value(f"""
         window.reached = new Set();
         document.addEventListener('focusin', (event) => window.reached.add(event.target));
@@ -52,7 +52,7 @@ def button(label):
 
 
 def answer(address, headers=None, data=None):
-    """Status of a request that no browser of ours made."""
+    """Status of a request that does not come from the test's browser."""
     request = urllib.request.Request(address, headers=headers or {}, data=data)
     try:
         return urllib.request.urlopen(request).status
@@ -122,7 +122,7 @@ def work(browser, address, cvnsim):
         "getComputedStyle(document.body).backgroundColor") == "rgb(20, 23, 29)")
     check(f"the console is silent, not {browser.errors}", not browser.errors)
 
-    # A page from elsewhere that knows the address.
+    # A page from another origin that uses the address.
     browser.call("Page.navigate", url="data:text/html,elsewhere")
     until("the other page", lambda: browser.value("document.body?.textContent") == "elsewhere")
     browser.value(f"""fetch('{address}command', {{method: 'POST', mode: 'no-cors', body: 'unplug 0'}})

@@ -1,4 +1,4 @@
-// The panel beside a running board: its page in a browser, its camera, the player's pictures.
+// The panel of a running board: its page in a browser, its camera, the player's pictures.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -24,7 +24,7 @@ class PanelTest : public BoardFixture {
 
   fs::path Directory() const { return Board().parent_path(); }
 
-  /// Starts the page's server, which lives until `EndPage` or this process ends, and returns its
+  /// Starts the page server, which runs until `EndPage` or the end of this process, and returns its
   /// address.
   std::string StartPage() {
     const std::string out = Quoted(Directory() / "page"), pid = Quoted(Directory() / "page-pid");
@@ -54,12 +54,12 @@ class PanelTest : public BoardFixture {
   }
 };
 
-TEST_F(PanelTest, PageIsWorkedInABrowser) {
+TEST_F(PanelTest, PageWorksInABrowser) {
   if (RunShell("chromium --version && /usr/bin/python3 -c 'import websocket'").status != 0)
-    GTEST_SKIP() << "chromium or python3-websocket cannot be had here";
+    GTEST_SKIP() << "chromium or python3-websocket cannot be installed here";
   Pty& harness = Start({.scenario = kWithSignal, .timeScale = 100});
   ASSERT_TRUE(harness.Expect("Please enter a choice : "));
-  // Video tests, scaler, HDR10: it connects port 0 to the whole panel and leaves it so.
+  // Video tests, scaler, HDR10: connects port 0 to the whole panel and leaves it connected.
   for (const char* choice : {"3", "2", "29"}) harness.SendLine(choice);
   ASSERT_TRUE(harness.Expect("'Y' or 'N'"));
   const std::string address = StartPage();

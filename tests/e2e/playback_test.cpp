@@ -1,5 +1,5 @@
-// Playback tests on the simulated board, from the first choice in the menu to the report that
-// arrives on the USB stick and the TFTP server.
+// Playback tests on the simulated board, from the menu to the report that arrives on the USB stick
+// and the TFTP server.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -29,7 +29,7 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-/// The causes that close a report, without the pacing of stages; or nothing.
+/// The causes at the end of a report, without the pacing of stages; empty if there are none.
 std::string Causes(const std::string& report) {
   std::string causes;
   const auto begin = report.find("\nCauses\n");
@@ -42,7 +42,7 @@ std::string Causes(const std::string& report) {
 
 class PlaybackTest : public test::BoardFixture {
  protected:
-  /// Switches the board on and goes to the playback module's menu.
+  /// Switches the board on and opens the playback module's menu.
   Pty& OpenMenu(const test::BoardOptions& options = {.timeScale = 50}) {
     Pty& pty = Start(options);
     for (const char* choice : {"5", "0", "0"}) EXPECT_TRUE(pty.Answer(kChoice, choice));
@@ -57,7 +57,7 @@ class PlaybackTest : public test::BoardFixture {
     std::ofstream(OnBoard(home + "config/tftp_ip.cfg")) << "-\n";
   }
 
-  /// Runs the test case at a position of the list and returns its report.
+  /// Runs the test case at a position in the list and returns its report.
   std::string RunCase(Pty& pty, const std::string& position) const {
     EXPECT_TRUE(pty.Answer(kChoice, "8"));
     EXPECT_TRUE(pty.Answer("or [100]: ", position));
@@ -66,7 +66,7 @@ class PlaybackTest : public test::BoardFixture {
     return test::FileText(OnBoard(pty.Groups()[1]));
   }
 
-  /// Lets the playings from here on show these defects alone.
+  /// Injects exactly these defects into the following playback runs.
   void SetDefect(const std::string& defect) const {
     EXPECT_EQ(Cvnsim("defect none"), "");
     EXPECT_EQ(Cvnsim("defect " + defect), "");
@@ -76,7 +76,7 @@ class PlaybackTest : public test::BoardFixture {
     std::ofstream(OnBoard(kHome + std::string("config/tftp_ip.cfg"))) << address << '\n';
   }
 
-  /// Reports that arrived in a directory of the board's world, by name.
+  /// Names of the reports that arrived in a directory outside the board's file system.
   Strings Arrived(const std::string& directory) const {
     Strings names;
     std::error_code ignored;
@@ -89,14 +89,15 @@ class PlaybackTest : public test::BoardFixture {
 
 constexpr char kStickReports[] = "usb/stick/cross_module_report";
 
-TEST_F(PlaybackTest, FromAnEmptyBoardToAReportThatArrives) {
+TEST_F(PlaybackTest, NewBoardPlaysAndDeliversItsReport) {
   Pty& bare = OpenMenu();
   EXPECT_TRUE(bare.Answer(kChoice, "8"));
   EXPECT_TRUE(bare.Answer("or [100]: ", "1"));
   EXPECT_TRUE(bare.Answer("clean setting)", "tftp.local"));
   EXPECT_TRUE(bare.Expect("Erro!! Playback Test Environment has not been setuped."));
   EXPECT_FALSE(fs::exists(OnBoard(kHome)));
-  EXPECT_EQ(test::FileText(OnBoard("/dev/cvnvdec")), "") << "refused before any driver is touched";
+  EXPECT_EQ(test::FileText(OnBoard("/dev/cvnvdec")), "")
+      << "rejected before any driver is accessed";
 
   Initialise();
   EXPECT_TRUE(fs::exists(OnBoard(kHome + std::string("golden_data/playback/free_run_golden/"
@@ -243,10 +244,10 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndTheDownstreamOnes) {
             "VDEC    frame 200 (3.355 s): 1 picture damaged; seen in VO, Scaler\n"
             "VO      frame 260 (4.688 s): 1 picture dropped, time kept; seen in Scaler\n");
   EXPECT_EQ(Cvnsim("defect none"), "");
-  EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << "nothing of them stays";
+  EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << "no effect of the defects remains";
 }
 
-TEST_F(PlaybackTest, AnUnattendedRunHasEveryEventAndItsPictures) {
+TEST_F(PlaybackTest, UnattendedRunReportsEveryEventWithPictures) {
   Initialise();
   std::ofstream(OnBoard("/tmp/answers")) << "CMplaybackModule/8\t*[[]100]*\t1\n";
   Pty& pty = Start({.arguments = {"--run", "CMplaybackModule/8", "--repeat", "2", "--answers",
@@ -272,7 +273,7 @@ TEST_F(PlaybackTest, AnUnattendedRunHasEveryEventAndItsPictures) {
   EXPECT_EQ(strip.output, "1\n");
 }
 
-TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
+TEST_F(PlaybackTest, SoundMayBeOutOfSyncWithinTheTolerance) {
   const struct {
     const char* defect;
     const char* verdict;
@@ -292,7 +293,7 @@ TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
   for (const auto& expected : kCases) {
     SetDefect(expected.defect);
     const std::string report = RunCase(pty, "8");
-    EXPECT_EQ(StagesNotPassed(report), Strings()) << "checksums do not tell";
+    EXPECT_EQ(StagesNotPassed(report), Strings()) << "checksums do not show it";
     const std::string name = fs::path(pty.Groups()[1]).filename();
     EXPECT_TRUE(pty.Expect(" *AV sync tolerance:"));
     const bool fails = Contains(expected.verdict, "FAIL");
@@ -300,7 +301,7 @@ TEST_F(PlaybackTest, SoundMayBeALittleOutOfStep) {
     EXPECT_EQ(Contains(pty.Before(), "FAIL"), fails) << pty.Before();
     EXPECT_EQ(Contains(pty.Before(), "PASS"), !fails) << "all flashes are alike";
     EXPECT_TRUE(Contains(pty.Before(), "| frame     237")) << pty.Before();
-    EXPECT_TRUE(Contains(report, "| frame     237")) << "the stored report has it too";
+    EXPECT_TRUE(Contains(report, "| frame     237")) << "the stored report contains it too";
     EXPECT_EQ(Contains(report, "FAIL: 7 of 7 flashes outside the tolerance\n First bad stage: " +
                                    std::string(expected.named) + "\n"),
               fails)
@@ -332,11 +333,11 @@ TEST_F(PlaybackTest, WithoutStickOrContentNothingIsPlayed) {
   pty.SendLine("8");
   EXPECT_TRUE(pty.Answer("or [100]: ", "1"));
   EXPECT_TRUE(pty.Expect("waiting for /dev/block/sda"));
-  EXPECT_TRUE(pty.Expect("Played ")) << "a stick that comes while the board waits is taken";
+  EXPECT_TRUE(pty.Expect("Played ")) << "a stick inserted while the board waits is used";
 }
 
-TEST_F(PlaybackTest, ContentComesOverTheNetworkWhileThereIsOne) {
-  if (Sandbox() != "bwrap") GTEST_SKIP() << "a network of its own needs namespaces";
+TEST_F(PlaybackTest, ContentIsDownloadedWhileTheNetworkIsUp) {
+  if (Sandbox() != "bwrap") GTEST_SKIP() << "a separate network needs namespaces";
   Initialise();
   Pty& pty = OpenMenu();
   EXPECT_TRUE(pty.Answer(kChoice, "18"));
@@ -351,7 +352,7 @@ TEST_F(PlaybackTest, ContentComesOverTheNetworkWhileThereIsOne) {
 }
 
 TEST_F(PlaybackTest, ReportReachesTheStickWhenTheServerIsDown) {
-  if (Sandbox() != "bwrap") GTEST_SKIP() << "a network of its own needs namespaces";
+  if (Sandbox() != "bwrap") GTEST_SKIP() << "a separate network needs namespaces";
   Initialise();
   SetTftpServer("tftp.local");
   Pty& pty = OpenMenu({.scenario = "tftp down\ndefect vo corrupt 200\n", .timeScale = 50});
@@ -363,14 +364,14 @@ TEST_F(PlaybackTest, ReportReachesTheStickWhenTheServerIsDown) {
   EXPECT_EQ(Arrived("tftp"), Strings());
 }
 
-TEST_F(PlaybackTest, FullDiskCutsEveryDump) {
+TEST_F(PlaybackTest, FullDiskTruncatesEveryDump) {
   Initialise();
   Pty& pty = OpenMenu({.scenario = "disk full\n", .timeScale = 50});
   EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")).size(), 7U);
   EXPECT_TRUE(Contains(pty.Transcript(), "No space left on device"));
 }
 
-TEST_F(PlaybackTest, ThePackageHoldsWhatTheBoardLogged) {
+TEST_F(PlaybackTest, PackageContainsTheLogsOfTheBoard) {
   Initialise();
   Pty& pty = OpenMenu();
   RunCase(pty, "1");
@@ -388,13 +389,13 @@ TEST_F(PlaybackTest, ThePackageHoldsWhatTheBoardLogged) {
     const auto text = test::RunShell("tar -xzOf " + test::Quoted(archive) + " ./dpq_" +
                                      std::string(log) + ".log");
     EXPECT_TRUE(Contains(text.output, line)) << log << ": " << text.output << pty.Before();
-    EXPECT_FALSE(Contains(text.output, "started")) << "the run empties them first";
+    EXPECT_FALSE(Contains(text.output, "started")) << "the run clears the logs first";
   }
 }
 
 TEST_F(PlaybackTest, CustomizedListRunsItsRounds) {
   Initialise();
-  // Only the first of the two is that long.
+  // Only the first of the two cases is that long.
   Pty& pty = OpenMenu({.scenario = "defect vdec corrupt 400\n", .timeScale = 50});
   EXPECT_TRUE(pty.Answer(kChoice, "1"));
   EXPECT_TRUE(pty.Answer("empty: keep): ", "1, 2 77"));
@@ -445,7 +446,7 @@ TEST_F(PlaybackTest, EveryOperatingSystemPlaysFromItsSources) {
     Initialise(options, board.home);
     Pty& pty = OpenMenu({.launcher = {"--os", board.os}, .timeScale = 50});
     EXPECT_TRUE(pty.WaitReading());
-    const std::ofstream request(OnBoard("/tmp/enableDebugMode"));  // one dumps on request only
+    const std::ofstream request(OnBoard("/tmp/enableDebugMode"));  // one dumps only on request
     EXPECT_EQ(StagesNotPassed(RunCase(pty, "1")), Strings()) << board.os;
     EXPECT_TRUE(pty.Answer(kChoice, "18"));
     EXPECT_TRUE(pty.Answer("(3)HTTP in HQ: ", "2"));
@@ -454,14 +455,14 @@ TEST_F(PlaybackTest, EveryOperatingSystemPlaysFromItsSources) {
   }
 }
 
-TEST_F(PlaybackTest, FreeRunHasGoldenDataOfItsOwn) {
+TEST_F(PlaybackTest, FreeRunHasSeparateGoldenData) {
   Initialise();
   Pty& pty = OpenMenu({.scenario = "counter 900000 0\n", .timeScale = 50});
   EXPECT_TRUE(pty.Answer(kChoice, "19"));
   EXPECT_TRUE(pty.Answer("[1]FreeRun: ", "1"));
   EXPECT_EQ(StagesNotPassed(RunCase(pty, "7")), Strings());
-  // The display then runs otherwise than in the golden data of the other mode, whose counter the
-  // board has for this run.
+  // The display's output then differs from the golden data of the other mode, which were made with
+  // the same initial counter value.
   EXPECT_NE(
       test::FileText(OnBoard("/tmp/cross_module/dump_vo.txt")),
       test::FileText(OnBoard(kHome + std::string("golden_data/playback/dump-401-memc-VO.txt"))));

@@ -1,5 +1,5 @@
-// What unattended runs promise: they end, they leave the board as it is, and every test has one
-// result wherever results are read.
+// Guarantees of unattended runs: they end, they leave the board unchanged, and every test has one
+// result in every format.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ using test::UnattendedTest;
 
 using PromisesTest = UnattendedTest;
 
-TEST_F(PromisesTest, TestsThatChangeTheBoardForGoodRunOnlyWhenNamed) {
+TEST_F(PromisesTest, DisruptiveTestsRunOnlyWhenNamed) {
   // Golden data that an overwrite or a restore would touch.
   const std::string golden = "/data/cross_module/golden_data/playback/x.txt";
   Put(golden, "mine\n");
@@ -39,7 +39,7 @@ TEST_F(PromisesTest, TestsThatChangeTheBoardForGoodRunOnlyWhenNamed) {
   EXPECT_FALSE(Contains(Screen(), "SKIPPED CMplaybackModule/10")) << Screen();
 }
 
-TEST_F(PromisesTest, RunsEndWhereNothingRunsAndReportSkippedRoundsOnce) {
+TEST_F(PromisesTest, EmptyRunsEndAndReportSkippedRoundsOnce) {
   EXPECT_EQ(Run({"--run", "CMplaybackModule/7", "CMplaybackModule/13", "--until-fail"}), 77);
   EXPECT_TRUE(Contains(Screen(), "2 listed = 0 run + 2 skipped")) << Screen();
 
@@ -56,7 +56,7 @@ TEST_F(PromisesTest, RunsEndWhereNothingRunsAndReportSkippedRoundsOnce) {
   EXPECT_LT(std::stoi(Query("length", "/tmp/o.json")), 500);
 }
 
-/// Every test of a LAVA file has one signal.
+/// Tests of a LAVA file that have more than one signal.
 std::string Repeated(const std::string& signals) {
   std::istringstream lines(signals);
   std::set<std::string> seen;
@@ -68,11 +68,11 @@ std::string Repeated(const std::string& signals) {
   return repeated;
 }
 
-TEST_F(PromisesTest, AnInterruptedTestIsReportedToLavaByTheRunThatEndsIt) {
+TEST_F(PromisesTest, InterruptedTestIsReportedToLavaByTheResumedRun) {
   const std::string hang = "misbehave K2V_RHAL_VPQ_SetGamut hang\n";
   for (const char* signal : {"TERM", "HUP"}) {
     fs::remove_all(OnBoard("/tmp/res"));
-    // The board's first process, which a signal from here would reach, is not the harness.
+    // The harness is not the board's first process, which a signal from here would reach.
     test::Pty& pty = StartProgram(
         {"sh", "-c",
          "cvntester --run UTVpqModule/20? --results /tmp/res --lava /tmp/o.lava --color never & "
@@ -92,8 +92,8 @@ TEST_F(PromisesTest, AnInterruptedTestIsReportedToLavaByTheRunThatEndsIt) {
   }
 }
 
-TEST_F(PromisesTest, ARunLeavesReportsOfOtherRunsAlone) {
-  // Reports of this second and the next ones are there already.
+TEST_F(PromisesTest, ReportsOfOtherRunsAreNotOverwritten) {
+  // Reports of this second and the following ones exist already.
   test::Pty& pty = StartProgram(
       {"sh", "-c",
        "now=$(date +%s); for s in 0 1 2 3 4 5; do echo mine >/tmp/var/log/$(date -d "
@@ -112,7 +112,7 @@ TEST_F(PromisesTest, ARunLeavesReportsOfOtherRunsAlone) {
             1);
 }
 
-TEST_F(PromisesTest, ClosedStandardStreamsAreNobodyElses) {
+TEST_F(PromisesTest, ClosedStandardStreamsAreNotReused) {
   test::Pty& pty = StartProgram(
       {"sh", "-c",
        "cvntester --run UTVpqModule/204 --results /tmp/res <&- >&- 2>&- & "
@@ -124,7 +124,7 @@ TEST_F(PromisesTest, ClosedStandardStreamsAreNobodyElses) {
   EXPECT_TRUE(pty.ExpectEnd(test::kRunLimitMs));
 }
 
-TEST_F(PromisesTest, ContradictionsAreRefusedBeforeAnythingIsOverwritten) {
+TEST_F(PromisesTest, ContradictoryOptionsAreRejectedBeforeOverwriting) {
   Put("/tmp/answers", "*\t*\ty\nVscModul/1\t*\t1\n");
   Put("/tmp/good", "*\t*\ty\nVscModule/1\t*\t1\n");
   const std::string run = "--run UTVpqModule/1 ";
@@ -157,8 +157,8 @@ TEST_F(PromisesTest, ContradictionsAreRefusedBeforeAnythingIsOverwritten) {
       << Screen();
 }
 
-TEST_F(PromisesTest, ManualPlayWaitsForAKeyInPlaceOfThePlayer) {
-  // Manual play mounts nothing: the operator sees to the content.
+TEST_F(PromisesTest, ManualPlayWaitsForAKeyInsteadOfThePlayer) {
+  // Manual play mounts nothing: the operator provides the content.
   Put("/tmp/usb/cross_module_content_v1/[R101]h264-FrtChg.ts", "");
   const std::vector<std::string> run = {"--run",     "CMplaybackModule/8", "--manual-play",
                                         "--verbose", "--idle-timeout",     "2",
@@ -169,9 +169,9 @@ TEST_F(PromisesTest, ManualPlayWaitsForAKeyInPlaceOfThePlayer) {
   EXPECT_TRUE(Contains(Screen(), "Enter any key if play finished\nx")) << Screen();
   EXPECT_FALSE(Contains(Screen(), "Excute command")) << Screen();
   EXPECT_FALSE(Contains(Screen(), "has not been setuped")) << Screen();
-  // The dumps are looked at as after any other run.
+  // The dumps are verified as after any other run.
   EXPECT_TRUE(Contains(Screen(), "[Test-101-h264-FrtChg-Overview]")) << Screen();
-  // Nobody is there: the run says what it waits for.
+  // No operator is there: the run reports the prompt that it waits for.
   Put("/tmp/answers", rules);
   EXPECT_EQ(Run(run), 1);
   EXPECT_TRUE(Contains(Screen(), "BLOCKED CMplaybackModule/8")) << Screen();
@@ -180,7 +180,7 @@ TEST_F(PromisesTest, ManualPlayWaitsForAKeyInPlaceOfThePlayer) {
 
 class ShuffleTest : public UnattendedTest, public testing::WithParamInterface<int> {
  protected:
-  /// The verdicts of all tests that need nobody.
+  /// The verdicts of all tests that need no operator.
   std::map<std::string, std::string> Verdicts(const std::vector<std::string>& order) {
     std::vector<std::string> arguments = {"--run", "*",      "--no-operator", "--timeout",
                                           "60",    "--json", "/tmp/o.json"};
@@ -195,7 +195,7 @@ class ShuffleTest : public UnattendedTest, public testing::WithParamInterface<in
   }
 };
 
-TEST_P(ShuffleTest, TheOrderMattersOnlyToTestsThatNeedWhatAnotherInitialised) {
+TEST_P(ShuffleTest, OrderMattersOnlyToTestsThatNeedInitialisationByOthers) {
   // The 3D converter is initialised by VbeModule/6, the display by VbeModule/27.
   const std::regex dependent("VbeModule/([7-9]|1[0-9]|28)");
   const auto inOrder = Verdicts({});

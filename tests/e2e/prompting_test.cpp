@@ -1,5 +1,5 @@
-// Which cross-module tests prompt hangs on the board's settings: they are driven on boards that
-// differ in them, and what they ask is held against their rows.
+// Which cross-module tests prompt depends on the board's settings: the tests run on boards with
+// different settings, and the prompts are compared with the module's rows.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -22,7 +22,7 @@ using Ids = std::set<std::string>;
 
 class PromptingTest : public test::BoardFixture {
  protected:
-  /// The lines that a jq expression makes of a file.
+  /// Output lines of a jq expression for a file.
   static Ids Query(const std::string& expression, const fs::path& file) {
     const auto said = test::RunShell("jq -r " + Quoted(expression) + " " + Quoted(file));
     EXPECT_EQ(said.status, 0) << said.output;
@@ -37,7 +37,7 @@ class PromptingTest : public test::BoardFixture {
     std::ofstream(OnBoard(file)) << text;
   }
 
-  /// Runs the patterns with `answer` to every question and notes who asked.
+  /// Runs the patterns with `answer` to every prompt and records which tests prompted.
   void Drive(const std::vector<std::string>& patterns, const std::string& answer = "0") {
     Put("/tmp/answers", "*\t*\t" + answer + "\n");
     std::vector<std::string> arguments = {"--run"};
@@ -58,10 +58,10 @@ class PromptingTest : public test::BoardFixture {
   Ids driven_;
 };
 
-TEST_F(PromptingTest, RowsOfCrossModuleTestsSayWhichOfThemAsk) {
-  // A new board: nothing is set, nothing is there. Setting it up would end with a reboot.
+TEST_F(PromptingTest, CrossModuleRowsMarkThePromptingTests) {
+  // A new board: nothing is configured or installed. Setting it up would end with a reboot.
   Drive({"CM*", "--exclude", "CM*/0"});
-  // One with dumps, whose reports go to a server that nobody named.
+  // A board with dumps whose report server has not been configured.
   const fs::path home = OnBoard("/data/cross_module");
   ASSERT_EQ(
       test::RunShell(CVN_DUMP_GENERATOR " --case 101 --home " + Quoted(home) + " --dump-dir " +
@@ -74,7 +74,7 @@ TEST_F(PromptingTest, RowsOfCrossModuleTestsSayWhichOfThemAsk) {
     Put("/tmp/cross_module/file_format.cfg", "101\n");
     Drive({test});
   }
-  // One that was set up already; 2 leaves it as it is.
+  // A board that was set up already; 2 leaves it unchanged.
   fs::create_directories(home / "gst_root/usr");
   Drive({"CM*/0"}, "2");
 
@@ -85,7 +85,7 @@ TEST_F(PromptingTest, RowsOfCrossModuleTestsSayWhichOfThemAsk) {
                  Board() / "list");
   };
   EXPECT_EQ(asked_, rows(".prompts"));
-  // All but the separators of the menu were driven.
+  // All items but the separators of the menu were run.
   EXPECT_EQ(driven_.size() + 2, rows("true").size());
 }
 

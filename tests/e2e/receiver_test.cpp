@@ -1,5 +1,5 @@
-// Receiver sessions on the simulated board: cables that come and go while a test polls, and the
-// unit tests in a row.
+// Receiver sessions on the simulated board: cables unplugged and plugged in while a test polls, and
+// the unit tests in a row.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,14 +24,14 @@ constexpr int kUnitTests = 29;
 
 class ReceiverTest : public test::BoardFixture {
  protected:
-  /// Answers what is asked when a picture comes up: the whole panel, the main window.
+  /// Answers the prompts shown when a picture appears: the whole panel, the main window.
   static testing::AssertionResult PlacePicture(Pty& pty) {
     return Type(pty, {{"SetInOutregion video wid:", "0"},
                       {"set display size:", "1"},
                       {"Blank Window 0(Win0), 1(Win1)", "0"}});
   }
 
-  /// Starts the first HDMI test on port 0 and brings its picture up.
+  /// Starts the first HDMI test on port 0 and shows its picture.
   static testing::AssertionResult ShowPortZero(Pty& pty) {
     if (auto started =
             Type(pty, {{kChoice, "3"}, {kChoice, "0"}, {kChoice, "0"}, {"Input port:", "0"}});
@@ -41,7 +41,7 @@ class ReceiverTest : public test::BoardFixture {
     return PlacePicture(pty);
   }
 
-  /// Waits for `text` and sends the question that comes every ten seconds away as often as needed.
+  /// Waits for `text` and dismisses the prompt that appears every ten seconds as often as needed.
   static testing::AssertionResult ExpectWhilePolling(Pty& pty, const std::string& text) {
     for (;;) {
       if (auto seen = pty.ExpectRegex(text + "|VfeHdmiMUROTestCase Exit,"); !seen) return seen;
@@ -78,7 +78,7 @@ class ReceiverTest : public test::BoardFixture {
   }
 };
 
-TEST_F(ReceiverTest, FollowsACableThatIsPulledAndPluggedIn) {
+TEST_F(ReceiverTest, FollowsUnpluggingAndPluggingTheCable) {
   Pty& pty = Start({.timeScale = 50});
   ASSERT_TRUE(ShowPortZero(pty));
   ASSERT_TRUE(pty.Expect("GetPortTimingInfo\nformat:97\n"));
@@ -99,7 +99,7 @@ TEST_F(ReceiverTest, FollowsACableThatIsPulledAndPluggedIn) {
   EXPECT_EQ(CountTraced("K2V_RHAL_VFE_HDMI_Uninitialize() = 0"), 1);
 }
 
-TEST_F(ReceiverTest, TheEdidThatIsPrintedIsTheOneThatWasWritten) {
+TEST_F(ReceiverTest, PrintsTheEdidThatWasWritten) {
   Pty& pty = Start({.timeScale = 100});
   ASSERT_TRUE(ShowPortZero(pty));
   ASSERT_TRUE(Type(pty, {{kExit, "3"}, {kChoice, "8"}, {"Input port:", "1"}}));
@@ -143,7 +143,7 @@ TEST_F(ReceiverTest, UnitTestsOnAnEmptyPortReportWhatIsMissing) {
   ASSERT_TRUE(Type(pty, {{kChoice, "4"}, {kChoice, "0"}, {kChoice, kUnitModule}}));
   ASSERT_TRUE(pty.Expect(kChoice));
   for (int i = 0; i < kUnitTests; ++i) {
-    Cvnsim("reset");  // a test that fails leaves the receiver as it is
+    Cvnsim("reset");  // a failing test does not clean up the receiver
     ASSERT_TRUE(pty.WaitReading());
     pty.SendLine(std::to_string(i));
     PlayUnitTest(pty, "unplug 0");

@@ -1,4 +1,4 @@
-// Sessions on the simulated board recorded, and replayed without it.
+// Sessions recorded on the simulated board and replayed without it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 constexpr char kChoice[] = "Please enter a choice : ";
 constexpr char kTime[] = "/opt/cvntester/lib/libcvnsim_time.so";
 
-/// What a session printed and reported, without what is another one in every run.
+/// Console output and report of a session, without the texts that differ in every run.
 struct Session {
   std::string screen;
   std::string report;
@@ -42,7 +42,7 @@ class RecordTest : public test::BoardFixture {
     if (!IsSkipped() && Sandbox() != "bwrap") GTEST_SKIP() << "needs the board in namespaces";
   }
 
-  /// Runs a session with these variables; `play` is its operator.
+  /// Runs a session with these environment variables; `play` acts as the operator.
   Session Run(std::vector<std::string> variables, const std::vector<std::string>& arguments,
               const Play& play, const std::string& scenario = "") {
     variables.insert(variables.end(), {"CVNSIM_TIME_SCALE=20", "ASAN_OPTIONS=detect_leaks=0"});
@@ -78,7 +78,7 @@ class RecordTest : public test::BoardFixture {
   }
   std::string Recording() const { return OnBoard("/recording"); }
 
-  /// The recording and the simulation's own trace say the same.
+  /// Expects the same calls in the recording and in the simulation's trace.
   void ExpectSameAsTrace() const {
     std::vector<std::string> trace = Trace();
     std::erase_if(trace, [](const std::string& line) {
@@ -95,11 +95,11 @@ class RecordTest : public test::BoardFixture {
   void ExpectSame(const Session& recorded, const Session& replayed) const {
     EXPECT_EQ(replayed.screen, recorded.screen);
     EXPECT_EQ(replayed.report, recorded.report);
-    EXPECT_FALSE(fs::exists(Board() / "run/trace")) << "the simulation was there, too";
+    EXPECT_FALSE(fs::exists(Board() / "run/trace")) << "the simulation was used too";
   }
 };
 
-TEST_F(RecordTest, AScalerSessionIsReplayedToTheLetter) {
+TEST_F(RecordTest, ScalerSessionIsReplayedExactly) {
   const Play play = [](Pty& pty) {
     ASSERT_TRUE(Type(pty, {{kChoice, "3"},
                            {kChoice, "2"},
@@ -134,7 +134,7 @@ TEST_F(RecordTest, AScalerSessionIsReplayedToTheLetter) {
   ExpectSame(recorded, Replay({}, play));
 }
 
-TEST_F(RecordTest, TheReceiversUnitTestsAreReplayedToTheLetter) {
+TEST_F(RecordTest, ReceiverUnitTestsAreReplayedExactly) {
   const std::vector<std::string> run = {"--run", "UTVfeHdmiModule", "--verbose", "--color",
                                         "never"};
   const Session recorded = Record(run, [](Pty&) {});
@@ -142,8 +142,8 @@ TEST_F(RecordTest, TheReceiversUnitTestsAreReplayedToTheLetter) {
   ExpectSame(recorded, Replay(run, [](Pty&) {}));
 }
 
-// What is described as written when it is read, or the other way round, is printed differently.
-TEST_F(RecordTest, EveryCallOfThePictureQualityIsDescribedAsTheBoardTakesIt) {
+// Fields annotated with the wrong direction (read or written) are printed differently.
+TEST_F(RecordTest, PictureQualityCallsAreRecordedAsInTheTrace) {
   Record({"--run", "UTVpqModule", "VscModule/38", "UTVfeHdmiModule/2*", "--timeout", "5", "--color",
           "never"},
          [](Pty&) {});
@@ -151,8 +151,8 @@ TEST_F(RecordTest, EveryCallOfThePictureQualityIsDescribedAsTheBoardTakesIt) {
     std::vector<std::string> kept;
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) {
-      // Regions of colour: the trace has a list for each field, a recording the records. Of a call
-      // that failed the trace does not show what it was given.
+      // Colour regions are printed differently: one list per field in the trace, records in a
+      // recording. For a failed call the trace omits the arguments.
       const bool isColor = line.find("nMasterGain") != std::string::npos;
       if (!line.starts_with('#') && !isColor && line.ends_with(" = 0")) kept.push_back(line);
     }
@@ -163,7 +163,7 @@ TEST_F(RecordTest, EveryCallOfThePictureQualityIsDescribedAsTheBoardTakesIt) {
   EXPECT_EQ(recorded, lines(test::FileText(Board() / "run/trace")));
 }
 
-TEST_F(RecordTest, ThreadsForksAndHandlersComeAtTheirPlaces) {
+TEST_F(RecordTest, ThreadsForksAndHandlersAreReplayedInPlace) {
   const std::vector<std::string> run = {"--run",     "CRlinkModule",    "UTThermalModule",
                                         "--exclude", "CRlinkModule/26", "--color",
                                         "never"};
@@ -175,7 +175,7 @@ TEST_F(RecordTest, ThreadsForksAndHandlersComeAtTheirPlaces) {
   EXPECT_EQ(replayed.screen.find("cvnreplay"), std::string::npos);
 }
 
-TEST_F(RecordTest, OneTestOfASessionCanBeReplayedAlone) {
+TEST_F(RecordTest, SingleTestOfASessionCanBeReplayed) {
   const std::vector<std::string> all = {"--run",         "UTVpqModule/1", "UTVpqModule/2",
                                         "UTVpqModule/3", "--color",       "never"};
   Record(all, [](Pty&) {});
@@ -186,7 +186,7 @@ TEST_F(RecordTest, OneTestOfASessionCanBeReplayedAlone) {
       << other.screen;
 }
 
-/// Pieces of `text` that cannot be there by chance.
+/// Pieces of `text` that cannot occur in another text by chance.
 std::set<std::string> Pieces(const std::string& text) {
   constexpr size_t kBytes = 16, kDistinct = 12;
   std::set<std::string> pieces;
@@ -197,7 +197,7 @@ std::set<std::string> Pieces(const std::string& text) {
   return pieces;
 }
 
-TEST_F(RecordTest, NoKeyOfTheHdcpTestsIsInARecording) {
+TEST_F(RecordTest, RecordingContainsNoHdcpKeys) {
   const std::vector<std::string> run = {"--run",         "UTHdcp2Module", "Hdcp2Module/1",
                                         "Hdcp2Module/2", "Hdcp2Module/3", "UTVfeHdmiModule/8",
                                         "--color",       "never"};
@@ -207,7 +207,7 @@ TEST_F(RecordTest, NoKeyOfTheHdcpTestsIsInARecording) {
   for (const auto& file : fs::directory_iterator(Recording())) {
     if (file.path().filename() != "metadata") recorded += test::FileText(file.path());
   }
-  // The known answers' keys, plaintext and key material, and all that the board keeps.
+  // Keys, plaintext and key material of the known-answer tests, and all of the board's keys.
   const std::string ctrKey = "\x2b\x7e\x15\x16\x28\xae\xd2\xa6\xab\xf7\x15\x88\x09\xcf\x4f\x3c";
   const std::string ctrPlain = "\x6b\xc1\xbe\xe2\x2e\x40\x9f\x96\xe9\x3d\x7e\x11\x73\x93\x17\x2a";
   for (const std::string& secret :
@@ -218,7 +218,7 @@ TEST_F(RecordTest, NoKeyOfTheHdcpTestsIsInARecording) {
   EXPECT_GT(kept.size(), 20U) << "the board has made its keys";
   size_t found = 0;
   for (const std::string& piece : kept) found += recorded.find(piece) != std::string::npos;
-  EXPECT_EQ(found, 0U) << "of " << kept.size();
+  EXPECT_EQ(found, 0U) << "pieces found, of " << kept.size();
 }
 
 }  // namespace

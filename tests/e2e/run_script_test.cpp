@@ -1,4 +1,4 @@
-// ./run.sh as a user calls it. It works on build/release, so that is where these tests are.
+// ./run.sh as a user calls it. It uses build/release, so these tests run only from that build.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -20,7 +20,7 @@ class RunScript : public test::BoardFixture {
     BoardFixture::SetUp();
   }
 
-  /// Standard output of run.sh with these arguments for the harness; its standard error is in
+  /// Standard output of run.sh with these arguments for the harness; its standard error goes to
   /// `Errors`.
   std::string Output(const std::string& arguments) const {
     const auto run =
@@ -36,7 +36,7 @@ class RunScript : public test::BoardFixture {
   fs::path ErrorFile() const { return Board().parent_path() / "errors"; }
 };
 
-TEST_F(RunScript, LeavesStandardOutputToWhatTheArgumentsAskFor) {
+TEST_F(RunScript, PrintsOnlyTheRequestedOutputToStandardOutput) {
   const std::string list = Output("--list UTSvpModule --format json");
   EXPECT_TRUE(list.starts_with("[")) << list;
   EXPECT_NE(Errors().find("Board files: "), std::string::npos) << "the banner";
@@ -45,7 +45,7 @@ TEST_F(RunScript, LeavesStandardOutputToWhatTheArgumentsAskFor) {
   EXPECT_TRUE(junit.ends_with("</testsuites>\n")) << junit;
 }
 
-TEST_F(RunScript, StartsNoBoardForTheProgramsOwnHelp) {
+TEST_F(RunScript, HelpOfTheProgramStartsNoBoard) {
   for (const char* argument : {"--version", "--help"}) {
     EXPECT_TRUE(Output(argument).starts_with(argument == std::string("--version") ? "cvntester "
                                                                                   : "usage: "));
@@ -54,8 +54,7 @@ TEST_F(RunScript, StartsNoBoardForTheProgramsOwnHelp) {
   EXPECT_FALSE(fs::exists(BoardDirectory()));
 }
 
-// With the page's address as the console shows it, and its status while the session lasts and
-// after.
+// The page's address as the console shows it, and its status during and after the session.
 constexpr char kPanelSession[] = R"(
   mkfifo in
   "$run" --board own --panel <in >out 2>&1 & session=$!
@@ -74,7 +73,7 @@ constexpr char kPanelSession[] = R"(
   until ! answers >/dev/null 2>&1; do sleep 0.02; done
 )";
 
-TEST_F(RunScript, PanelIsThereAsLongAsTheSession) {
+TEST_F(RunScript, PanelRunsDuringTheSession) {
   if (!fs::exists(CVN_BUILD_DIRECTORY "/bin/cvnpanel")) GTEST_SKIP() << "this build has no panel";
   const auto run = test::RunShell("cd " + test::Quoted(Board().parent_path()) +
                                   " && run=" CVN_SOURCE_DIRECTORY "/run.sh bash -c " +
@@ -83,7 +82,7 @@ TEST_F(RunScript, PanelIsThereAsLongAsTheSession) {
   EXPECT_TRUE(run.output.find(" 200 OK") != std::string::npos) << run.output;
 }
 
-// The steps of a build, as a terminal shows them and elsewhere.
+// The steps of a build, on a terminal and otherwise.
 TEST(SetUp, ShowsItsStepsOnATerminalOnly) {
   const std::string command =
       "set -euo pipefail; . " CVN_SOURCE_DIRECTORY

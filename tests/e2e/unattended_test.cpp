@@ -1,5 +1,5 @@
-// Unattended runs on the simulated board, with misbehaving drivers, and what other
-// programs read from the results.
+// Unattended runs on the simulated board, with misbehaving drivers, and other programs that read
+// the results.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
@@ -24,7 +24,7 @@ constexpr char kChoice[] = "Please enter a choice : ";
 using test::Contains;
 using test::UnattendedTest;
 
-TEST_F(UnattendedTest, ResultsHaveTheCodesThatRangeTestsDoNotJudge) {
+TEST_F(UnattendedTest, ResultsIncludeCodesIgnoredByRangeTests) {
   EXPECT_EQ(Run({"--run", "UTVpqModule", "--json", "/tmp/o.json"},
                 "fail K2V_RHAL_VPQ_SetNR -7 --times 1\n"),
             0)
@@ -36,7 +36,7 @@ TEST_F(UnattendedTest, ResultsHaveTheCodesThatRangeTestsDoNotJudge) {
   EXPECT_TRUE(Contains(Screen(), " s): min value 0 answered -7, which")) << Screen();
 }
 
-TEST_F(UnattendedTest, MisbehavingDriversFailOnlyTheirTest) {
+TEST_F(UnattendedTest, MisbehavingDriversFailOnlyTheTestThatCallsThem) {
   const int status =
       Run({"--run", "UTVpqModule", "--idle-timeout", "3", "--timeout", "5", "--junit", "/tmp/o.xml",
            "--tap", "/tmp/o.tap", "--json", "/tmp/o.json", "--lava", "/tmp/o.lava", "--results",
@@ -72,7 +72,7 @@ TEST_F(UnattendedTest, MisbehavingDriversFailOnlyTheirTest) {
                   "/testsuites/@tests, \" \", /testsuites/@errors)'",
                   "/tmp/o.xml"),
             all + " 6 " + all + " 6\n");
-  // prove knows the versions up to 13, which has all that is used here.
+  // prove accepts versions up to 13, which covers everything used here.
   const auto proved =
       test::RunShell("prove -e 'sed 1s/14/13/' " + test::Quoted(OnBoard("/tmp/o.tap")));
   EXPECT_TRUE(Contains(proved.output, "Failed 6/" + all + " subtests")) << proved.output;
@@ -82,22 +82,22 @@ TEST_F(UnattendedTest, MisbehavingDriversFailOnlyTheirTest) {
   EXPECT_TRUE(
       Contains(signals, "<LAVA_SIGNAL_TESTCASE TEST_CASE_ID=UTVpqModule.19 RESULT=fail>\n"));
 
-  // The flood is kept to a size; the trace of a test is its own.
+  // The size of the flood is limited; each test has its own trace.
   EXPECT_LT(fs::file_size(OnBoard("/tmp/res/logs/0207-UTVpqModule.206.log")), 9U << 20);
   const std::string trace = test::FileText(OnBoard("/tmp/res/logs/0002-UTVpqModule.1.trace"));
   EXPECT_FALSE(trace.empty());
   EXPECT_FALSE(Contains(trace, "SetNR"));
 }
 
-TEST_F(UnattendedTest, ProcessesThatAreLeftBehindDoNotOutliveTheirTest) {
+TEST_F(UnattendedTest, LeftoverProcessesDoNotOutliveTheirTest) {
   EXPECT_EQ(Run({"--run", "UTVpqModule/210", "--repeat", "2"},
                 "misbehave K2V_RHAL_VPQ_SetSplitDemo leave-child\n"),
             0);
-  // The board's launcher ends only when every process of the board has ended.
+  // The board's launcher ends only after every process of the board has ended.
   EXPECT_TRUE(Contains(Screen(), "PASS    UTVpqModule/210@2")) << Screen();
 }
 
-TEST_F(UnattendedTest, AnswersLetPromptingModulesEndByThemselves) {
+TEST_F(UnattendedTest, PromptingModulesRunWithAnAnswerFile) {
   Put("/tmp/answers",
       "UTVfeHdmiModule\twhich port*\t0\nCRlinkModule/26\t*input:*\t5\n*\t*PASS or FAIL*\ty\n");
   Pty& pty = Start({.arguments = {"--run", "UTVpqModule", "UTVfeHdmiModule", "CRlinkModule",
@@ -113,21 +113,21 @@ TEST_F(UnattendedTest, AnswersLetPromptingModulesEndByThemselves) {
   EXPECT_EQ(Totals(), pty.Groups()[2] + "/" + pty.Groups()[2] + "/0");
 }
 
-TEST_F(UnattendedTest, WhatNeedsAPersonIsLeftOutOrBlocked) {
+TEST_F(UnattendedTest, TestsThatNeedAnOperatorAreSkippedOrBlocked) {
   EXPECT_EQ(Run({"--run", "VscModule/31", "VpqModule/5", "--no-operator"}), 77);
   EXPECT_EQ(Run({"--run", "VpqModule/5", "UTVpqModule/1", "--idle-timeout", "2"}), 1);
   EXPECT_TRUE(Contains(Screen(), "BLOCKED VpqModule/5")) << Screen();
   EXPECT_TRUE(Contains(Screen(), "2 listed = 1 run + 0 skipped + 1 blocked; 1 passed")) << Screen();
 }
 
-TEST_F(UnattendedTest, WithoutAnOperatorNoCrossModuleTestOfANewBoardAsks) {
-  // The preparation reboots the board.
+TEST_F(UnattendedTest, NoOperatorSkipsPromptingCrossModuleTestsOnANewBoard) {
+  // Preparing the board would reboot it.
   Run({"--run", "CMplaybackModule", "CMAutoTest", "--exclude", "CM*/0", "--no-operator",
        "--idle-timeout", "5"});
   EXPECT_TRUE(Contains(Screen(), "skipped + 0 blocked")) << Screen();
 }
 
-TEST_F(UnattendedTest, AFirstFailureEndsWhatIsToEndThere) {
+TEST_F(UnattendedTest, UntilFailAndStopOnFailEndTheRunAtTheFirstFailure) {
   const std::string failure = "misbehave K2V_RHAL_VPQ_SetGammaLUT abort --at 12\n";
   EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--until-fail"}, failure), 1);
   const bool inLaterRound = Contains(Screen(), "ERROR   UTVpqModule/201@");
@@ -142,7 +142,7 @@ TEST_F(UnattendedTest, AFirstFailureEndsWhatIsToEndThere) {
       << Screen();
 }
 
-TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndContinues) {
+TEST_F(UnattendedTest, InterruptedRunIsClosedProperlyAndCanBeResumed) {
   Pty& pty = Start({.arguments = {"--run", "UTVpqModule/20?", "--results", "/tmp/res", "--tap",
                                   "/tmp/o.tap", "--lava", "/tmp/o.lava"},
                     .scenario = "misbehave K2V_RHAL_VPQ_SetGamut hang\n"});
@@ -160,7 +160,7 @@ TEST_F(UnattendedTest, AnInterruptedRunEndsInGoodOrderAndContinues) {
   EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--results", "/tmp/res"}), 99) << Screen();
 }
 
-TEST_F(UnattendedTest, AnUnhealthyBoardEndsTheRunAndItsLastTestIsTriedAgain) {
+TEST_F(UnattendedTest, UnhealthyBoardEndsTheRunAndTheSuspectIsRetried) {
   const std::string well = R"(echo looked after ${CVN_TEST:-nothing}; test "$CVN_TEST" != )";
   EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--health", well + "UTVpqModule/204", "--results",
                  "/tmp/res", "--json", "/tmp/o.json", "--junit", "/tmp/o.xml"},
@@ -184,10 +184,10 @@ TEST_F(UnattendedTest, AnUnhealthyBoardEndsTheRunAndItsLastTestIsTriedAgain) {
   EXPECT_EQ(Run({"--retry-from", "/tmp/res", "--results", "/tmp/again", "--color", "never"}), 0);
   EXPECT_TRUE(Contains(Screen(), "1 listed = 1 run")) << Screen();
   EXPECT_TRUE(Contains(Screen(), "UTVpqModule/204")) << Screen();
-  EXPECT_EQ(Run({"--retry-from", "/tmp/again", "--color", "never"}), 77) << "none was suspect";
+  EXPECT_EQ(Run({"--retry-from", "/tmp/again", "--color", "never"}), 77) << "no test was suspect";
   EXPECT_EQ(Run({"--retry-from", "/tmp", "--color", "never"}), 2) << Screen();
 
-  // The board is well again, and the run goes on where it ended.
+  // The board is healthy again, and the run continues where it ended.
   EXPECT_EQ(Run({"--resume", "/tmp/res"}), 1);
   EXPECT_TRUE(Contains(Screen(),
                        "10 listed = 10 run + 0 skipped + 0 blocked; 8 passed, 0 failed, "
@@ -198,7 +198,7 @@ TEST_F(UnattendedTest, AnUnhealthyBoardEndsTheRunAndItsLastTestIsTriedAgain) {
       << Screen();
 }
 
-TEST_F(UnattendedTest, ShardsAreListedAndRunAlikeAndContinueAsTheyWere) {
+TEST_F(UnattendedTest, ShardsAreListedRunAndResumedConsistently) {
   std::string tests;
   for (const char* shard : {"1/2", "2/2"}) {
     EXPECT_EQ(
@@ -215,10 +215,10 @@ TEST_F(UnattendedTest, ShardsAreListedAndRunAlikeAndContinueAsTheyWere) {
   EXPECT_EQ(Run({"--resume", "/tmp/res"}), 0);
   EXPECT_TRUE(Contains(test::FileText(OnBoard("/tmp/res/results.jsonl")), R"("shard": "2/2")"));
   EXPECT_EQ(Run({"--run", "UTVpqModule/20?", "--shard", "1/2", "--shard-times", "/tmp/res"}), 0);
-  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--shard", "2/2"}), 77) << "an empty part";
+  EXPECT_EQ(Run({"--run", "UTVpqModule/1", "--shard", "2/2"}), 77) << "an empty shard";
 }
 
-TEST_F(UnattendedTest, ARecordedSessionIsPlayedAgain) {
+TEST_F(UnattendedTest, RecordedAnswersReplayTheSession) {
   Pty& pty = Start({.arguments = {"--record", "/tmp/answers"}});
   ASSERT_TRUE(Type(pty, {{kChoice, "3"},
                          {kChoice, "2"},
@@ -244,7 +244,7 @@ TEST_F(UnattendedTest, ARecordedSessionIsPlayedAgain) {
   EXPECT_EQ(Trace(), recorded);
 }
 
-TEST_F(UnattendedTest, ListsAreReadByOthers) {
+TEST_F(UnattendedTest, ListsAndCompletionAreValidForOtherPrograms) {
   ASSERT_EQ(Run({"--list", "--format", "json"}), 0);
   Put("/tmp/list.json", Screen());
   EXPECT_EQ(Judge("jq -r '.[] | select(.test == \"VscModule/31\") | \"\\(.menu) \\(.position) "
@@ -256,7 +256,7 @@ TEST_F(UnattendedTest, ListsAreReadByOthers) {
   Judge("bash -n", "/tmp/completion");
 }
 
-TEST_F(UnattendedTest, WrongUseAndAMissingReportDirectoryHaveStatusesOfTheirOwn) {
+TEST_F(UnattendedTest, UsageErrorsAndMissingDirectoriesHaveDistinctStatuses) {
   EXPECT_EQ(Run({"--run", "Nix"}), 2);
   EXPECT_TRUE(Contains(Screen(), "cvntester: 'Nix' matches no test")) << Screen();
   Put("/tmp/answers", "one field\n");
@@ -268,7 +268,7 @@ TEST_F(UnattendedTest, WrongUseAndAMissingReportDirectoryHaveStatusesOfTheirOwn)
   EXPECT_TRUE(Contains(Screen(), "cannot write the report")) << Screen();
 }
 
-TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardLooseOrPacked) {
+TEST_F(UnattendedTest, DumpsAreVerifiedWithoutABoardAsFilesOrArchives) {
   const fs::path home = Board() / "home";
   const auto verify = [&](const std::string& dump) {
     return test::RunShell(

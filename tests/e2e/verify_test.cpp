@@ -1,4 +1,5 @@
-// Dumps that lie on the board against golden data, from the menu to the report on the USB stick.
+// Verification of dumps on the board against golden data, from the menu to the report on the USB
+// stick.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -32,15 +33,15 @@ class VerifyTest : public test::BoardFixture {
     if (!IsSkipped()) MakeHome(kHome);
   }
 
-  /// A home as the environment's initialisation leaves it, without a TFTP server.
+  /// A home as the initialisation of the environment leaves it, without a TFTP server.
   void MakeHome(const std::string& home) const {
     for (const char* directory : {"/config", "/report"})
       fs::create_directories(OnBoard(home + directory));
     std::ofstream(OnBoard(home + "/config/tftp_ip.cfg")) << "-\n";
   }
 
-  /// Puts dumps and golden data of a test case on the board. What lies in its memory is lost when
-  /// it is switched on.
+  /// Puts dumps and golden data of a test case on the board. The files in the board's memory are
+  /// lost when it is switched on.
   void PutDumps(const std::string& options) const {
     const auto made =
         test::RunShell(CVN_DUMP_GENERATOR " --home " + test::Quoted(OnBoard(kHome)) +
@@ -48,7 +49,7 @@ class VerifyTest : public test::BoardFixture {
     ASSERT_EQ(made.status, 0) << made.output;
   }
 
-  /// Switches the board on, does `talk` in the playback module's menu and quits.
+  /// Switches the board on, plays `talk` in the playback module's menu and quits.
   void Play(Talk talk, const test::BoardOptions& options = {}) {
     talk.insert(talk.begin(), {{kChoice, "5"}, {kChoice, "0"}, {kChoice, "0"}});
     talk.emplace_back(kChoice, "q");
@@ -59,12 +60,12 @@ class VerifyTest : public test::BoardFixture {
     ASSERT_EQ(pty.Wait(), 0);
     screen_ = pty.Transcript();
   }
-  /// As PutDumps, once `Play` has switched the board on.
+  /// Like PutDumps, but after `Play` has switched the board on.
   void PutDumpsOnceOn(const std::string& options) { dumps_ = options; }
 
   const std::string& Screen() const { return screen_; }
 
-  /// The line that a file of the board has for a frame.
+  /// The fields of a frame's row in a file of the board.
   std::vector<std::string> Row(const std::string& path, const std::string& frame) const {
     std::istringstream lines(test::FileText(OnBoard(path)));
     std::string line;
@@ -76,7 +77,7 @@ class VerifyTest : public test::BoardFixture {
     return row;
   }
 
-  /// Whether the harness's own report says so of a test.
+  /// Whether the harness's report contains this verdict for a test.
   bool Reported(const std::string& name, const std::string& verdict) const {
     std::istringstream lines(ReportText());
     for (std::string line; std::getline(lines, line);) {
@@ -90,7 +91,7 @@ class VerifyTest : public test::BoardFixture {
   std::string screen_;
 };
 
-TEST_F(VerifyTest, EqualDumpsPassAndTheReportIsKept) {
+TEST_F(VerifyTest, IdenticalDumpsPassAndTheReportIsKept) {
   PutDumpsOnceOn("--case 101");
   std::ofstream(OnBoard("/default.prop")) << "ro.bootimage.build.date=today\n"
                                              "ro.bootimage.build.fingerprint=old\n"
@@ -104,10 +105,11 @@ TEST_F(VerifyTest, EqualDumpsPassAndTheReportIsKept) {
   EXPECT_FALSE(Contains(report, "\033"));
   EXPECT_TRUE(Contains(Screen(), "DONE. report:" + (kHome + ("/report/" + name)) + "\n"));
   EXPECT_TRUE(Reported("015.Verify - All Module", " PASS "));
-  EXPECT_FALSE(fs::exists(OnBoard("/tmp/usb/cross_module_report"))) << "passed reports stay";
+  EXPECT_FALSE(fs::exists(OnBoard("/tmp/usb/cross_module_report")))
+      << "reports of passing tests are not sent";
 }
 
-TEST_F(VerifyTest, OneWrongChecksumFailsItsStageAtItsFrameAndField) {
+TEST_F(VerifyTest, WrongChecksumIsReportedWithStageFrameAndField) {
   PutDumpsOnceOn("--case 101 --defect VDEC:change:300:crc");
   Play({{kChoice, "4"}, {"[3]USB+TFTP . Please select: ", "1"}, {kChoice, "15"}});
   const std::string report =
@@ -129,7 +131,7 @@ TEST_F(VerifyTest, OneWrongChecksumFailsItsStageAtItsFrameAndField) {
   EXPECT_TRUE(Reported("015.Verify - All Module", " FAIL "));
 }
 
-TEST_F(VerifyTest, WhatTheSettingsMaskIsNoCause) {
+TEST_F(VerifyTest, MaskedFieldsAreNoCauses) {
   PutDumpsOnceOn("--case 101 --defect VDEC:change:300:crc --defect VO:change:310:width");
   fs::create_directories(OnBoard("/system/bin"));
   std::ofstream(OnBoard("/system/bin/vout_setting.conf")) << "mask width = 1\n";
@@ -138,7 +140,7 @@ TEST_F(VerifyTest, WhatTheSettingsMaskIsNoCause) {
   EXPECT_FALSE(Contains(Screen(), "VO      frame 310"));
 }
 
-TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheSynchronisationOfTheSelectedCase) {
+TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheAvSync) {
   const Talk talk = {{kChoice, "17"}, {"or [12]: ", "8"}, {kChoice, "16"}};
   PutDumpsOnceOn("--case 501 --audio-offset 20");
   Play(talk);
@@ -150,15 +152,15 @@ TEST_F(VerifyTest, SoundOutsideTheToleranceFailsTheSynchronisationOfTheSelectedC
   EXPECT_TRUE(Contains(Screen(), "FAIL(+1ms)")) << Screen();
 }
 
-TEST_F(VerifyTest, AwayFromTheBoardNothingButTheTwoDirectoriesCounts) {
-  // The board is on, and its processors have logged that they started.
+TEST_F(VerifyTest, StandaloneVerificationUsesOnlyTheTwoDirectories) {
+  // The board is on, and its processors have logged their start.
   Pty& pty = StartProgram({"sh", "-c",
                            "cvntester --version; echo up; read go; exec cvntester --verify 101 "
                            "--dump /data/cross_module/dump_tmp "
                            "--golden /data/cross_module/golden_data/playback"});
   ASSERT_TRUE(pty.Expect("up\n"));
   PutDumps("--case 101 --defect VO:change:300:width=1");
-  // Settings that would choose other golden data, another case and a day of tolerance.
+  // Settings that would select other golden data, another case and a very large tolerance.
   const struct {
     const char* path;
     const char* text;
@@ -188,7 +190,7 @@ TEST_F(VerifyTest, AwayFromTheBoardNothingButTheTwoDirectoriesCounts) {
     EXPECT_EQ(test::FileText(OnBoard(setting.path)), setting.text);
 }
 
-TEST_F(VerifyTest, EveryOperatingSystemHasItsHomeAndStick) {
+TEST_F(VerifyTest, EveryOperatingSystemHasItsOwnHomeAndStick) {
   const struct {
     const char* os;
     const char* home;

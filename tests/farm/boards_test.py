@@ -1,6 +1,6 @@
-"""Two simulated boards beside each other: shards, a board that is not well, a second try, one report.
+"""Two simulated boards in parallel: shards, an unhealthy board, a retry, one combined report.
 
-CVN_BUILD is the build tree. Where boards cannot be entered (no bubblewrap) nothing is tested.
+CVN_BUILD is the build tree. Without a sandbox for boards (no bubblewrap) the tests are skipped.
 """
 import glob
 import json
@@ -57,7 +57,7 @@ class TwoBoards(unittest.TestCase):
             self.addCleanup(self.boards[-1].power, 'off')
 
     def merged(self, *directories):
-        """What cvnreport makes of result directories: its exit status and the results by test."""
+        """Exit status of cvnreport for result directories, and the results by test."""
         junit = os.path.join(self.directory, 'all.xml')
         done = subprocess.run([os.path.join(SOURCE, 'tools/report/cvnreport'), *directories, '--junit', junit,
                                '--exit-status'], capture_output=True, text=True, check=False)
@@ -67,7 +67,7 @@ class TwoBoards(unittest.TestCase):
             found.setdefault(case.get('name').split()[0], []).append(wrong[0] if wrong else 'PASS')
         return done.returncode, found, done.stderr
 
-    def test_shards_are_one_run_and_a_board_that_is_not_well_ends_its_own_only(self):
+    def test_shards_form_one_run_and_an_unhealthy_board_ends_only_its_own_shard(self):
         one, two = self.boards
         listed = one.run('cvntester', '--list', *SELECTION, '--format', 'json')[1]
         everything = {test['test'] for test in json.loads(listed)}
@@ -81,7 +81,7 @@ class TwoBoards(unittest.TestCase):
         self.assertTrue(all(results == ['PASS'] for results in found.values()), found)
         self.assertEqual(self.merged(one.path('night'))[0], 99, 'a shard is missing')
 
-        # The second night a test crashes on its board, which is not well after it.
+        # In the second run a test crashes on its board, which is unhealthy afterwards.
         crashing = 'UTVpqModule/201'
         in_first = crashing in one.run('cvntester', '--list', *SELECTION, '--shard', '1/2', '--format', 'tsv')[1]
         sick, well = (one, two) if in_first else (two, one)
@@ -92,7 +92,7 @@ class TwoBoards(unittest.TestCase):
         statuses = dict(zip((one, two), (run.returncode for run in runs)))
         self.assertEqual((statuses[sick], statuses[well]), (99, 0), outputs)
 
-        # The suspect is tried on the other board; the sick one goes on when it is well again.
+        # The suspect is retried on the other board; the unhealthy board's run is resumed after it recovers.
         subprocess.run(['cp', '-r', sick.path('second'), well.path('suspect')], check=True)
         status, output = well.run('cvntester', '--retry-from', '/data/suspect', '--results', '/data/retry', '--label',
                                   'run=second', '--color', 'never')
@@ -107,7 +107,7 @@ class TwoBoards(unittest.TestCase):
 
 
 class Recipes(unittest.TestCase):
-    def test_what_build_servers_and_labs_read_is_yaml(self):
+    def test_recipes_for_build_servers_and_labs_are_valid_yaml(self):
         files = glob.glob(os.path.join(SOURCE, 'contrib/*/*.y*ml'))
         self.assertGreaterEqual(len(files), 5)
         for path in files:

@@ -1,4 +1,4 @@
-"""Runs beside two boards behind SSH (contrib/labgrid/lab.sh): labgrid's case that we ship, as a user runs it."""
+"""Runs on two boards behind SSH (contrib/labgrid/lab.sh): the labgrid case in contrib, as a user runs it."""
 import os
 import subprocess
 import tempfile
@@ -17,11 +17,11 @@ class Labgrid(unittest.TestCase):
         self.directory = directory.name
 
     def start(self, board, selection, **settings):
-        """Starts the case on a board; its JUnit file lands in a directory of the board's name."""
+        """Starts the case on a board; its JUnit file is written to a directory named after the board."""
         directory = os.path.join(self.directory, f'board-{board}')
         os.makedirs(directory, exist_ok=True)
         environment = dict(os.environ, CVN_SELECTION=selection, **settings)
-        # labgrid is Debian's, and so is its interpreter.
+        # labgrid comes from Debian, and so does its interpreter.
         return subprocess.Popen(['/usr/bin/python3', '-m', 'pytest', '-q', '-p', 'no:cacheprovider', '--lg-env',
                                  os.path.join(LAB, f'board-{board}.yaml'), CASE], cwd=directory, env=environment,
                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
@@ -36,10 +36,10 @@ class Labgrid(unittest.TestCase):
                                '--', *command], check=True, capture_output=True, text=True).stdout
 
     def use_hal(self, number):
-        """The simulated HAL is there once a program has used it."""
+        """The simulated HAL exists after a program has used it."""
         self.board(number, 'cvntester', '--run', 'UTVpqModule/1', '--color', 'never')
 
-    def test_two_boards_run_a_shard_each_beside_each_other(self):
+    def test_two_boards_run_one_shard_each_in_parallel(self):
         cases = [self.start(n, 'UTVpqModule', CVN_OPTIONS=f'--no-operator --shard {n}/2') for n in (1, 2)]
         for case in cases:
             output = case.communicate()[0]
@@ -51,14 +51,14 @@ class Labgrid(unittest.TestCase):
         self.assertEqual(len(names), 245)
         self.assertEqual(len(set(names)), 245)
 
-    def test_a_test_that_does_not_pass_is_named(self):
+    def test_a_failing_test_is_reported(self):
         self.use_hal(1)
         self.board(1, 'cvnsim', 'misbehave', 'K2V_RHAL_VPQ_SetNR', 'segv')
         status, output = self.run_case(1, 'UTVpqModule/1?')
         self.assertEqual(status, 1)
         self.assertIn('ERROR UTVpqModule/19 killed by signal 11 SIGSEGV', output)
 
-    def test_nothing_to_run_is_a_skip_and_an_unknown_pattern_says_so(self):
+    def test_nothing_to_run_is_skipped_and_an_unknown_pattern_fails(self):
         status, output = self.run_case(1, 'VscModule/30')
         self.assertEqual(status, 0, output)
         self.assertIn('1 skipped', output)
@@ -66,7 +66,7 @@ class Labgrid(unittest.TestCase):
         self.assertEqual(status, 1)
         self.assertIn("'NoSuchModule' matches no test", output)
 
-    def test_power_through_labgrid_resets_the_board(self):
+    def test_power_cycle_through_labgrid_resets_the_board(self):
         self.use_hal(2)
         self.board(2, 'cvnsim', 'unplug', '0')
         self.assertIn('port 0: no cable', self.board(2, 'cvnsim', 'state'))

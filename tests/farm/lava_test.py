@@ -1,6 +1,6 @@
-"""Runs in a LAVA lab (contrib/lava/lab.sh): shards beside each other, crashes, power cuts, other jobs.
+"""Runs in a LAVA lab (contrib/lava/lab.sh): parallel shards, crashes, power cuts, other jobs.
 
-Jobs are submitted as a user submits what contrib/lava holds.
+Jobs are submitted as a user submits the ones in contrib/lava.
 """
 import collections
 import json
@@ -20,7 +20,7 @@ LIMIT_S = 120
 
 
 def expected(*patterns):
-    """The results of a selection without an operator on a board that is well, by LAVA's names of the tests."""
+    """The results of an unattended run of a selection on a healthy board, by the names of the tests in LAVA."""
     text = subprocess.run([os.path.join(BUILD, 'bin', 'cvntester'), '--list', *patterns, '--format', 'json'],
                           check=True, capture_output=True, text=True).stdout
     return {test['test'].replace('/', '.'): 'skip' if test['prompts'] or test['judge'] == 'operator' else 'pass'
@@ -32,7 +32,7 @@ def power(board, *words):
 
 
 def switch_on(board, scenario):
-    """A power cycle of a board, with what happens on it."""
+    """Power-cycles a board with the given scenario lines."""
     path = os.path.join(LAB, f'scenario-{board}')
     with open(path, 'w', encoding='utf-8') as file:
         file.write(f'plug 0 3840x2160p60 hdr\n{scenario}\n')
@@ -47,13 +47,13 @@ class Jobs(unittest.TestCase):
         return self.lab.submit(lab.job_text(self.id().split('.')[-1], selection, options, board))
 
     def finished(self, number):
-        """The job at its end, and how often each test has which result."""
+        """The finished job, and how often each test has which result."""
         job = self.lab.wait(number)
         print(lab.job_line(job, self.lab.error(number)))
         return job, collections.Counter(self.lab.tests(number))
 
     def wait_for(self, board, stands):
-        """Waits until something stands in the journal of the board's run."""
+        """Waits until the text is in the journal of the board's run."""
         journal = os.path.join(LAB, board, 'root/data/cvntester-results/journal')
         end = time.monotonic() + LIMIT_S
         while time.monotonic() < end:
@@ -66,7 +66,7 @@ class Jobs(unittest.TestCase):
             time.sleep(0.02)
         self.fail(f'no {stands!r} in the journal of {board} after {LIMIT_S} s')
 
-    def test_shards_run_beside_each_other_and_are_the_whole_together(self):
+    def test_shards_run_in_parallel_and_cover_the_selection(self):
         numbers = [self.submit('UTVpqModule CRlinkModule', f'--no-operator --shard {part}/2') for part in (1, 2)]
         found, boards = collections.Counter(), set()
         for number in numbers:
@@ -78,15 +78,15 @@ class Jobs(unittest.TestCase):
         self.assertEqual(found, collections.Counter(expected('UTVpqModule', 'CRlinkModule').items()))
         self.assertEqual(len(boards), 2)
 
-    def test_a_test_that_crashes_is_the_only_one_that_fails(self):
+    def test_only_the_crashing_test_fails(self):
         switch_on('board-3', 'misbehave K2V_RHAL_VPQ_SetNR segv')
         job, results = self.finished(self.submit('UTVpqModule', board='board-3'))
         self.assertEqual(job['health'], 'Complete')
         self.assertEqual(results, collections.Counter(
             {**expected('UTVpqModule'), 'UTVpqModule.19': 'fail', lab.RUN: 'pass'}.items()))
 
-    def test_a_board_that_loses_power_goes_on_in_the_next_job(self):
-        # The power goes in the middle of a test of the second round.
+    def test_a_run_cut_by_a_power_failure_is_resumed_by_the_next_job(self):
+        # The power fails in the middle of a test of the second round.
         switch_on('board-1', 'misbehave K2V_RHAL_VPQ_SetGamut hang --at 5')
         options = '--no-operator --repeat 3'
         first = self.submit('UTVpqModule', options, 'board-1')
@@ -105,7 +105,7 @@ class Jobs(unittest.TestCase):
         self.assertEqual([result for result in results.elements() if result[1] != 'pass'],
                          [('UTVpqModule.204_2', 'fail')])
 
-    def test_a_cancelled_job_leaves_nothing_for_another_selection(self):
+    def test_a_cancelled_job_leaves_no_state_for_another_selection(self):
         number = self.submit('UTVpqModule', '--no-operator --repeat 9', 'board-2')
         self.wait_for('board-2', 'end\tUTVpqModule/100\t')
         self.lab.cancel(number)

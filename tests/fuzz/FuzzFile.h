@@ -1,4 +1,4 @@
-// What fuzzers share: files that live in memory, findings, and quiet.
+// Shared by the fuzzers: files in memory, findings, and silencing the program's output.
 #pragma once
 
 #include <string>
@@ -6,19 +6,19 @@
 
 namespace fuzz {
 
-/// Ends the program as a finding, with `what` on standard error, when it does not hold.
+/// Ends the program as a finding, with `what` on standard error, if `holds` is false.
 void Require(bool holds, const char* what);
 
-/// Several files in one text: takes the text up to the next line "--" away. The last file is the
-/// rest.
+/// Splits several files in one text: removes the text up to the next line "--" and returns it. The
+/// last file is the remaining text.
 std::string_view NextFile(std::string_view& text);
 
-/// A finding when it holds and the environment variable CVN_PLANT names this fault. So a fuzzer can
-/// show that it gets past its reader: it has to find what only parsed text can trigger
-/// about.
+/// Reports a finding if `holds` is true and the environment variable CVN_PLANT names this fault. It
+/// shows that a fuzzer gets past its parser: only input that was parsed can trigger a planted
+/// fault.
 void Plant(const char* fault, bool holds);
 
-/// A file with the given bytes; it is gone with the object.
+/// A file with the given bytes; it is removed with the object.
 class MemoryFile {
  public:
   explicit MemoryFile(std::string_view bytes);
@@ -26,7 +26,7 @@ class MemoryFile {
   MemoryFile(const MemoryFile&) = delete;
   MemoryFile& operator=(const MemoryFile&) = delete;
 
-  /// A path by which the file can be opened as often as wanted.
+  /// A path by which the file can be opened any number of times.
   const std::string& Path() const { return path_; }
 
  private:
@@ -34,13 +34,14 @@ class MemoryFile {
   std::string path_;
 };
 
-/// A new directory below /dev/shm or, where that is not there, the temporary directory; it stays.
+/// Creates a directory in /dev/shm or, if that does not exist, in the temporary directory; it is
+/// not removed.
 std::string NewDirectory();
 
 /// Writes a whole file.
 void WriteFile(const std::string& path, std::string_view bytes);
 
-/// Sends what the program prints nowhere; libFuzzer itself writes to standard error.
+/// Discards the program's output; libFuzzer itself writes to standard error.
 void BeQuiet();
 
 }  // namespace fuzz

@@ -1,5 +1,5 @@
-// The operator's answers as a file, and what a test prints as prompts. The prompt follows the
-// answers, with the line "--" between them.
+// The operator's answers as a file, and a test's output as prompts. The prompt follows the answers,
+// separated by the line "--".
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -21,7 +21,7 @@ const runner::TestEntry& AnyTest() {
   return test;
 }
 
-/// What was recorded is what is answered: a rule that is written is read as it was meant.
+/// A recorded answer is the answer given in a replay: a written rule is read back unchanged.
 void RequireRoundTrip(const std::string& prompt, const runner::Answer& answer) {
   const fuzz::MemoryFile file(runner::FormatAnswer("Test/1", prompt, answer));
   std::vector<runner::AnswerRule> rules;

@@ -1,6 +1,6 @@
-// Dumps and golden files of every stage, half-written, garbled or of another kind. The first byte
-// names the reader; the files follow, with the line "--" between them: golden file and dump of a
-// stage, or the dumps of VO, Scaler and Audio for the synchronisation.
+// Dumps and golden files of every stage: truncated, garbled or of another kind. The first byte
+// selects the reader; the files follow, separated by the line "--": golden file and dump of a
+// stage, or the dumps of VO, Scaler and Audio for the A/V synchronisation.
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -33,7 +33,7 @@ constexpr VerifiedStage kVerified[] = {
 };
 constexpr std::size_t kStageCount = sizeof kVerified / sizeof kVerified[0];
 
-/// Prints all that a report and the console say about a stage. Returns whether it passed.
+/// Prints everything that report and console contain about a stage. Returns whether it passed.
 bool Report(CM_Verify_Result& result) {
   const StageResults results = {&result};
   std::ostringstream report;
@@ -60,7 +60,7 @@ void Verify(const VerifiedStage& stage, const std::string& golden, const std::st
   fuzz::Require(result.wrongFields.empty(), "a wrong field passed");
 }
 
-/// The analysis of sound and picture, with other dumps in place of the golden data.
+/// The analysis of A/V synchronisation, with other dumps in place of the golden data.
 void Synchronise(std::string_view files) {
   const std::array<fuzz::MemoryFile, 3> dumps = {fuzz::MemoryFile(fuzz::NextFile(files)),
                                                  fuzz::MemoryFile(fuzz::NextFile(files)),

@@ -1,6 +1,5 @@
-// The analysis of frames on files of every stage, half-written, garbled or of another kind. The
-// first byte names the stage; golden data and dump follow, separated by the line "--"
-// them.
+// The analysis of frames on files of every stage: truncated, garbled or of another kind. The first
+// byte selects the stage; golden data and dump follow, separated by the line "--".
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -14,7 +13,7 @@
 
 namespace {
 
-/// What holds of every analysis.
+/// Checks the invariants of every analysis.
 void Check(const StageEvents& found) {
   int64_t lost = 0;
   int64_t place = 0;

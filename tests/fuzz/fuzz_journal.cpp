@@ -1,4 +1,4 @@
-// The journal of a run that was cut off, garbled in any way, and the command line that it holds.
+// The journal of an interrupted run, garbled in any way, and the command line that it contains.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -22,7 +22,7 @@ struct Journal {
   std::vector<runner::JournalEntry> entries;
 };
 
-/// Reads the journal; notes one more test where it can be gone on with.
+/// Reads the journal; if the run can be resumed, adds the start of another test.
 Journal ReadAndGoOn() {
   Journal journal;
   runner::ResultDirectory directory;

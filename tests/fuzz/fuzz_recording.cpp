@@ -1,4 +1,4 @@
-// A thread's file of a recording of HAL calls, garbled in any way, and descriptions of calls.
+// One thread's file of a recording of HAL calls, garbled in any way, and descriptions of calls.
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -22,7 +22,7 @@ const std::string& Directory() {
   return directory;
 }
 
-/// The bytes of a text that begins with "hex", in which what the fuzzer starts from is kept.
+/// The bytes of a text that begins with "hex", the form in which the corpus is stored.
 std::string FromHex(std::string_view text) {
   std::string bytes;
   int digits = 0, byte = 0;

@@ -1,5 +1,5 @@
-// The rules by which eyes judge: every file is read or refused with one line of text, and what was
-// read lies in the judged picture.
+// The rules by which eyes judge: every file is accepted or rejected with one line of text, and all
+// regions read lie within the judged picture.
 #include <cstddef>
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-// Scenarios of the simulated board: every line is done or refused with one line of text.
+// Scenarios of the simulated board: every line is executed or rejected with one line of text.
 #include <cstddef>
 #include <cstdint>
 #include <memory>

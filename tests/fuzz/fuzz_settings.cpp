@@ -1,5 +1,5 @@
 // Settings, the user's test case, the list of overwritten golden files and the file of comparison
-// settings, as a crash may have left them.
+// settings, as a crash may leave them.
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>

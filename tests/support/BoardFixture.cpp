@@ -58,7 +58,7 @@ void BoardFixture::SetUp() {
                                      Quoted(kBuildDirectory) + " --probe");
   sandbox_ = LastWord(probe.output);
   if (probe.status != 0 || sandbox_ == "none") GTEST_SKIP() << "no sandbox: " << probe.output;
-  // The same again for every start, without a word about it on the terminal.
+  // Use the same sandbox for every start, without repeating the notice on the terminal.
   setenv("CVN_SANDBOX", sandbox_.c_str(), 1);
 }
 

@@ -1,4 +1,4 @@
-// A test on the simulated board: a new board in a directory of its own, the harness at a terminal,
+// A test on the simulated board: a new board in a separate directory, the harness on a terminal,
 // and the files in which the board records what happened.
 #pragma once
 
@@ -13,35 +13,35 @@
 
 namespace test {
 
-/// How the board is switched on.
+/// How the board is started.
 struct BoardOptions {
   std::vector<std::string> launcher{};   // further options of board-run: "--os", "sorvex", …
-  std::vector<std::string> arguments{};  // the harness's own
-  std::string scenario{};                // text of the scenario file; empty: none
-  double timeScale = 1;                  // waits pass so many times faster
+  std::vector<std::string> arguments{};  // for the harness
+  std::string scenario{};                // text of the scenario file; empty for none
+  double timeScale = 1;                  // speed factor for waiting times
   PtyOptions terminal{};
 };
 
-/// Skips the test where no sandbox can be had.
+/// Skips the test if no sandbox is available.
 class BoardFixture : public testing::Test {
  protected:
   BoardFixture();
   ~BoardFixture() override;
   void SetUp() override;
 
-  /// Switches the board on and starts the harness there. Ends what was running.
+  /// Switches the board on and starts the harness there. Ends the previous program.
   Pty& Start(const BoardOptions& options = {});
-  /// As `Start`, for any program; `options.arguments` is not used.
+  /// Like `Start`, for any program; `options.arguments` is not used.
   Pty& StartProgram(const std::vector<std::string>& argv, const BoardOptions& options = {});
   /// The command line that starts `argv` on the board.
   std::vector<std::string> CommandLine(const std::vector<std::string>& argv,
                                        const BoardOptions& options = {}) const;
 
-  /// How the board is kept apart from this machine: "bwrap" or "chroot".
+  /// How the board is isolated from this machine: "bwrap" or "chroot".
   const std::string& Sandbox() const { return sandbox_; }
   /// The board's directory.
   const std::filesystem::path& Board() const { return board_; }
-  /// `path` on the board, such as "/tmp/x", as a path here.
+  /// The host path of `path` on the board, such as "/tmp/x".
   std::filesystem::path OnBoard(const std::string& path) const;
   /// Name of the one report; fails if there is not exactly one.
   std::filesystem::path ReportPath() const;
@@ -49,11 +49,11 @@ class BoardFixture : public testing::Test {
   std::string ReportText() const;
   /// The report's totals, such as "3/2/1" for total, pass and fail.
   std::string Totals() const;
-  /// HAL calls since the board was switched on, one a line.
+  /// HAL calls since the board was switched on, one per line.
   std::vector<std::string> Trace() const;
-  /// Calls of the board's tools since it was switched on, one a line.
+  /// Calls of the board's tools since it was switched on, one per line.
   std::vector<std::string> LogCommands() const;
-  /// Runs cvnsim on this board with `command`, words as for a shell, and returns what it printed.
+  /// Runs cvnsim on this board with `command`, quoted as for a shell, and returns its output.
   std::string Cvnsim(const std::string& command) const;
 
  private:
@@ -63,19 +63,19 @@ class BoardFixture : public testing::Test {
   std::unique_ptr<Pty> pty_;
 };
 
-/// What a command did.
+/// Result of a command.
 struct ShellResult {
   int status;          // exit status, or 128 + the signal that ended it
-  std::string output;  // errors included
+  std::string output;  // including standard error
 };
 
 /// Runs `command` with the shell.
 ShellResult RunShell(const std::string& command);
 
-/// The whole of a file; fails the test when it cannot be read.
+/// The content of a file; fails the test if it cannot be read.
 std::string FileText(const std::filesystem::path& path);
 
-/// `text` as one word for a shell.
+/// `text` quoted as one word for a shell.
 std::string Quoted(const std::string& text);
 
 }  // namespace test

@@ -1,24 +1,25 @@
-// What tests cannot see on an emulated board or under valgrind, and why. They skip with the reason.
+// What tests cannot observe on an emulated board or under valgrind, and why. They are skipped with
+// this reason.
 #pragma once
 
 #include <cstdlib>
 
 namespace test {
 
-/// Tells whether the test runs under qemu-user, as `./test.sh --arch` runs it.
+/// Returns whether the test runs under qemu-user, as started by `./test.sh --arch`.
 inline bool IsEmulated() {
   return std::getenv("CVN_EMULATED") != nullptr;
 }
 
-/// Tells whether the test runs under valgrind, as `./test.sh --analyse` runs it.
+/// Returns whether the test runs under valgrind, as started by `./test.sh --analyse`.
 inline bool IsUnderValgrind() {
   return std::getenv("CVN_VALGRIND") != nullptr;
 }
 
-/// A handler of ours sets the terminal back, and then has its signal stop the program.
+/// The harness's handler restores the terminal and then lets its signal stop the program.
 inline constexpr char kNoStopInHandlers[] = "valgrind stops no program out of a signal's handler";
 
-/// The simulated board's lock is a robust mutex, which is free again when its owner is killed.
+/// The simulated board's lock is a robust mutex, which is released when its owner is killed.
 inline constexpr char kNoRobustMutex[] =
     "the emulator has no set_robust_list: the simulated board stays locked by a killed process";
 

@@ -18,7 +18,7 @@ bool Approves() {
   return approve != nullptr && std::string_view(approve) == "1";
 }
 
-/// Tells where two texts part: whole files would bury it.
+/// Reports where two texts differ: printing whole files would hide the difference.
 testing::AssertionResult FirstDifference(const std::string& name, const std::string& expected,
                                          const std::string& text) {
   std::istringstream expectedLines(expected);

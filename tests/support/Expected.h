@@ -1,4 +1,4 @@
-// Expected texts under tests/expected: whole transcripts and reports that a person has reviewed.
+// Expected texts in tests/expected: whole transcripts and reports reviewed by a person.
 #pragma once
 
 #include <gtest/gtest.h>
