@@ -32,7 +32,7 @@ using Clock = std::chrono::steady_clock;
 class Deadline {
  public:
   explicit Deadline(int timeoutMs) : end_(Clock::now() + std::chrono::milliseconds(timeoutMs)) {}
-  /// Milliseconds left, rounded up; 0 when the time is over.
+  /// Milliseconds left, rounded up; 0 if the time is over.
   int LeftMs() const {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now()).count();
     return static_cast<int>(std::max<std::int64_t>(left, 0));
@@ -49,7 +49,7 @@ winsize WindowSize(unsigned short rows, unsigned short columns) {
   return size;
 }
 
-/// Line ends as the program writes them, and an echo only where it is wanted.
+/// Keeps line ends as the program writes them, and enables echo only if requested.
 void SetModes(int terminal, bool echo) {
   termios mode{};
   tcgetattr(terminal, &mode);
@@ -58,7 +58,8 @@ void SetModes(int terminal, bool echo) {
   tcsetattr(terminal, TCSANOW, &mode);
 }
 
-/// The child's side: the terminal is its own, signals are as a shell would leave them.
+/// In the child: makes the terminal its controlling terminal and resets the signals as a shell
+/// does.
 void BecomeOperatorsProgram(int terminal, const PtyOptions& options) {
   login_tty(terminal);
   for (const int number : {SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGHUP}) signal(number, SIG_DFL);
@@ -170,7 +171,7 @@ testing::AssertionResult Pty::WaitReading(int timeoutMs) {
     if (deadline.LeftMs() == 0 || Reap(false)) return Failure("no read from the terminal");
     ReadOutput(kPollMs);
   }
-  while (ReadOutput(0)) {  // what it printed before it began to read
+  while (ReadOutput(0)) {  // output printed before the program began to read
   }
   return testing::AssertionSuccess();
 }
@@ -236,7 +237,7 @@ bool Pty::WaitFor(int timeoutMs, const Match& match) {
   }
 }
 
-/// Takes what the program wrote, waiting at most `timeoutMs` for it. False when nothing came.
+/// Reads the program's output, waiting at most `timeoutMs` for it. Returns false if there was none.
 bool Pty::ReadOutput(int timeoutMs) {
   if (ended_) {
     std::this_thread::sleep_for(std::chrono::milliseconds(timeoutMs));
@@ -268,7 +269,7 @@ testing::AssertionResult Pty::Failure(const std::string& what) const {
   constexpr std::size_t kTail = 1500;
   const std::size_t from = transcript_.size() > kTail ? transcript_.size() - kTail : 0;
   return testing::AssertionFailure()
-         << what << " came behind byte " << consumed_ << (ended_ ? ", the output has ended" : "")
+         << what << " after byte " << consumed_ << (ended_ ? ", the output has ended" : "")
          << "; the transcript's end:\n"
          << transcript_.substr(from) << "\n--- end of transcript ---";
 }

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The one line of a file under /proc; empty when its process goes meanwhile.
+/// The single line of a file in /proc; empty if its process has ended.
 std::string ReadAll(const fs::path& path) {
   std::ifstream file(path);
   std::string line;
@@ -44,7 +44,7 @@ void CollectThreads(pid_t pid, std::vector<Thread>& threads) {
   for (const pid_t child : children) CollectThreads(child, threads);
 }
 
-/// True when the thread sleeps and its process group is the one that may read its terminal.
+/// Returns true if the thread sleeps and its process group is the one that may read its terminal.
 bool SleepsInForeground(const Thread& thread) {
   const std::string stat = ReadAll(thread.directory / "stat");
   std::istringstream fields(stat.substr(std::min(stat.rfind(')'), stat.size() - 1) + 1));
@@ -58,20 +58,20 @@ bool SleepsInForeground(const Thread& thread) {
   return fields && state == 'S' && terminal != 0 && group == foregroundGroup;
 }
 
-/// The kernel function a thread sleeps in; empty if the kernel does not say.
+/// The kernel function in which a thread sleeps; empty if the kernel does not report it.
 std::string SleepsIn(const Thread& thread) {
   const std::string name = ReadAll(thread.directory / "wchan");
   return name == "0" ? "" : name;
 }
 
-/// Launchers sleep in poll too, so only a leaf counts as polling its terminal.
+/// Launchers sleep in poll too, so polling counts as a terminal read only for a leaf.
 bool IsTerminalRead(const std::string& function, bool leaf) {
   if (function == "wait_woken" || function == "n_tty_read") return true;
   return leaf && (function.find("poll") != std::string::npos ||
                   function.find("select") != std::string::npos);
 }
 
-/// Without the kernel's word: the thread sleeps for a while and uses no processor time.
+/// If the kernel does not report the function: the thread sleeps for a while and uses no CPU time.
 bool StaysAsleep(const Thread& thread) {
   constexpr std::chrono::milliseconds kWhile(20);
   const std::string before = ReadAll(thread.directory / "schedstat");

@@ -1,4 +1,4 @@
-// How many tests there are where rows are added to often, counted by their rows.
+// Numbers of tests in modules that often get new rows, counted from the rows.
 #pragma once
 
 #include <iterator>
@@ -11,7 +11,7 @@ inline constexpr const char* kUtVpqNames[] = {
 #undef UTVPQ
 };
 
-/// Unit tests of the picture quality.
+/// Unit tests of picture quality.
 inline constexpr int kUtVpqTests = static_cast<int>(std::size(kUtVpqNames));
 
 }  // namespace test

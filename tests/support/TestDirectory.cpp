@@ -19,10 +19,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kVariable[] = "TEST_TMPDIR";  // where GoogleTest's TempDir() looks
+constexpr char kVariable[] = "TEST_TMPDIR";  // read by GoogleTest's TempDir()
 
-/// Makes a directory before each test, where it then works, and removes it after the test, with all
-/// that the test left: some tests of the harness save a picture under the name that is typed.
+/// Creates a directory before each test as its working directory and removes it with its contents
+/// afterwards: some tests of the harness save a picture under the name that was typed.
 class TestDirectories : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo&) override {
     directory_ = (base_ / "cvntest-XXXXXX").string();
@@ -30,7 +30,7 @@ class TestDirectories : public testing::EmptyTestEventListener {
       std::perror(directory_.c_str());
       std::exit(1);
     }
-    chmod(directory_.c_str(), 0755);  // some tests are other users, too
+    chmod(directory_.c_str(), 0755);  // some tests also run as other users
     setenv(kVariable, directory_.c_str(), 1);
     fs::current_path(directory_);
   }
@@ -60,7 +60,7 @@ bool NewMountNamespace() {
   return true;
 }
 
-/// Waits until no other process holds the lock; this one holds it until it ends.
+/// Waits until no other process holds the lock, then holds it until this process ends.
 bool TakesItsTurn(const std::string& lock) {
   const int file = open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   return file >= 0 && flock(file, LOCK_EX) == 0;

@@ -1,12 +1,12 @@
-// A directory of its own for every test, as GoogleTest's temporary directory. Programs that link
-// cvn_test_directory have it without a word.
+// A separate directory for every test, as GoogleTest's temporary directory. Linking with
+// cvn_test_directory is all that is needed.
 #pragma once
 
 namespace test {
 
-/// Lets this process and its children have `directory`, whose path is fixed, for themselves: an
-/// empty file system of their own. Where the system allows none, programs that call this take
-/// turns instead. To be called before there are threads. Returns false when neither can be done.
+/// Gives this process and its children exclusive use of `directory`, whose path is fixed, as a
+/// private empty file system. If the system does not permit that, programs that call this run one
+/// at a time. Must be called before threads are started. Returns false if neither works.
 bool HaveAlone(const char* directory);
 
 }  // namespace test

@@ -1,4 +1,4 @@
-"""A page of a headless Chromium, worked through its DevTools protocol."""
+"""A page of a headless Chromium, controlled through its DevTools protocol."""
 import base64
 import json
 import os
@@ -12,7 +12,7 @@ LIMIT_S = 60
 
 
 class Browser:
-    """One page of a Chromium of our own, through its DevTools protocol."""
+    """One page of a separate Chromium process, controlled through its DevTools protocol."""
 
     def __init__(self, directory):
         self.errors = []
@@ -65,7 +65,7 @@ class Browser:
             self.errors.append(parameters["entry"]["text"])
 
     def open(self, url):
-        """Goes to a page and waits until it is there."""
+        """Navigates to a page and waits until it has loaded."""
         self.call("Page.navigate", url=url)
         until(url, lambda: self.value(f"location.href === {json.dumps(url)} && document.readyState === 'complete'"))
 
@@ -100,11 +100,11 @@ class Browser:
 
 
 class Failed(Exception):
-    """Something is not as it should be."""
+    """A check failed."""
 
 
 def until(what, found):
-    """Waits until `found` is so, and returns what it found."""
+    """Waits until `found()` returns a true value, and returns it."""
     deadline = time.monotonic() + LIMIT_S
     while time.monotonic() < deadline:
         result = found()

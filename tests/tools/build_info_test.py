@@ -1,4 +1,4 @@
-"""What a build says of itself: the fingerprint of the HAL's headers and the commit."""
+"""Build information: the fingerprint of the HAL's headers, and the commit."""
 import os
 import re
 import subprocess
@@ -34,7 +34,7 @@ class BuildInfo(unittest.TestCase):
             file.write(text)
 
     def written(self, script, **definitions):
-        """The text between quotes in the last line that the script writes."""
+        """The text between quotes in the last line written by the script."""
         output = self.path('output.cpp')
         subprocess.run(['cmake', *(f'-D{name}={value}' for name, value in definitions.items()), f'-DOUTPUT={output}',
                         '-P', script], check=True)
@@ -42,7 +42,7 @@ class BuildInfo(unittest.TestCase):
             return re.findall(r'"([^"]*)"', file.read())[-1]
 
     def fingerprint(self, *headers, system='', compiler='g++'):
-        """Of headers that are included one after the other."""
+        """Fingerprint of headers that are included in this order."""
         self.write('system/stdint.h', 'typedef unsigned uint32_t;\n' + system)
         for number, header in enumerate(headers):
             self.write(f'{number}.h', header)
@@ -52,7 +52,7 @@ class BuildInfo(unittest.TestCase):
                        check=True)
         return self.written(FINGERPRINT, TEXT=text)
 
-    def test_the_fingerprint_is_that_of_the_declarations(self):
+    def test_the_fingerprint_depends_only_on_the_declarations(self):
         declared = self.fingerprint(HEADER)
         self.assertRegex(declared, '^[0-9a-f]{12}$')
         same = {

@@ -1,11 +1,11 @@
-"""Tests make files in their own directory only: other tests, and other checkouts, run at the same time."""
+"""Tests create files only in their own directory: other tests, and other checkouts, run at the same time."""
 import os
 import re
 import unittest
 
 TESTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..')
-# Calls that make or replace a file, with a fixed path in the temporary directories. A path on the simulated
-# board is wrapped in OnBoard().
+# Calls that create or replace a file with a fixed path in the temporary directories. A path on the simulated board is
+# wrapped in OnBoard().
 MAKES_FIXED = re.compile(r'\b(?:ofstream|fopen|open|creat|mkdir|mkdtemp|mkstemp|rename|symlink|remove_all|WriteFile|'
                          r'create_director(?:y|ies)|copy_file|copy)\b[^;\n]*\(?"/(?:tmp|var/tmp|dev/shm)/(?!cross_module)')
 NAMED_BY_PROCESS = re.compile(r'"[^" ]*" \+ std::to_string\(getpid\(\)\)')
@@ -19,7 +19,7 @@ def fixed_names(text):
 
 
 class FixedNames(unittest.TestCase):
-    def test_none_is_made_by_a_test(self):
+    def test_no_test_creates_a_file_with_a_fixed_name(self):
         found, files = {}, 0
         for folder, _, names in os.walk(TESTS):
             for name in names:
@@ -34,7 +34,7 @@ class FixedNames(unittest.TestCase):
         self.assertGreater(files, 60)
         self.assertEqual(found, {})
 
-    def test_those_that_were_there_are_seen(self):
+    def test_fixed_names_are_detected(self):
         for line in ('std::string path = testing::TempDir() + "answers" + std::to_string(getpid());',
                      'std::ofstream("/tmp/answers") << text;', 'fs::create_directories("/tmp/record/home");',
                      'mkdtemp(name = "/dev/shm/x-XXXXXX");'):

@@ -1,4 +1,4 @@
-"""record/generate.py on small headers: what it cannot know ends the build with a name."""
+"""record/generate.py on small headers: an error names everything that lacks an annotation."""
 import os
 import subprocess
 import sys
@@ -36,7 +36,7 @@ class Generate(unittest.TestCase):
             with open(os.path.join(directory, 'out', 'Descriptions.inc'), encoding='utf-8') as file:
                 return file.read()
 
-    def test_what_is_not_annotated_is_named(self):
+    def test_missing_and_wrong_annotations_are_reported(self):
         rows = (
             ('int K2V_Set(const int* value);', '', 'K2V_Set, parameter value: a pointer without'),
             ('struct R { char* text; }; int K2V_Get(struct R* r);', 'K2V_Get r=out\n',

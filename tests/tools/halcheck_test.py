@@ -1,4 +1,4 @@
-"""tools/halcheck on libraries that are built from the HAL's headers with one fault each."""
+"""tools/halcheck on libraries built from the HAL's headers with one fault each."""
 import os
 import re
 import shutil
@@ -17,7 +17,7 @@ FITS, DIFFERS, USAGE, UNCHECKED = 0, 1, 2, 77
 
 
 def run(*command, **options):
-    """What the command printed; the test ends when it fails."""
+    """Output of the command; an error if it fails."""
     done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, **options)
     if done.returncode != 0:
         raise AssertionError(f'{command}: {done.stdout}')
@@ -25,7 +25,7 @@ def run(*command, **options):
 
 
 def declarations(compiler):
-    """The HAL's headers as one text without includes, for that compiler's machine."""
+    """The HAL's headers preprocessed into one text, for that compiler's target."""
     text = run(compiler, '-E', '-P', '-x', 'c++', '-I', os.path.join(SOURCE, 'hal/include'),
                os.path.join(SOURCE, 'hal/interface/Text.cpp'))
     return STATIC_ASSERT.sub('', text)
@@ -41,7 +41,7 @@ class Workshop(unittest.TestCase):
         return os.path.join(self.directory, name)
 
     def library(self, text, *flags, prefix='', compiler=CXX, link=()):
-        """A HAL library in which every function is declared in `text` and does nothing."""
+        """A HAL library that defines every function declared in `text` with an empty body."""
         source, library = self.path('hal.cpp'), self.path('libcvn_k2vhal.so')
         if 'RLink::Create' not in text:
             text += '\nRLink* RLink::Create() { __builtin_trap(); }\n'
@@ -59,7 +59,7 @@ class Workshop(unittest.TestCase):
 
 
 def change(old, new):
-    """A fault: the first `old` in the headers is `new`."""
+    """A fault: replaces the first match of `old` in the headers by `new`."""
     def edit(text):
         changed = re.sub(old, new, text, count=1, flags=re.DOTALL)
         assert changed != text, f'{old} is not in the headers'
@@ -70,7 +70,7 @@ def change(old, new):
 NOTHING = 'class RLink { public: static RLink* Create(); int CloseSession(void*); };'
 SAME = change(r'\Z', '\n')
 RECT = r'uint16_t x;\s*uint16_t y;'
-# What is planted, and what has to be said of it.
+# The faults, and the lines that must be reported for them.
 FAULTS = (
     ('missing function', change(r'int K2V_RHAL_GAL_Init\(void\);', ''), ['missing: K2V_RHAL_GAL_Init']),
     ('hidden function', change(r'(int K2V_RHAL_GAL_Init)', r'__attribute__((visibility("hidden"))) \1'),
@@ -110,7 +110,7 @@ FAULTS = (
 
 
 class Planted(Workshop):
-    def test_the_fault_and_nothing_else_is_named(self):
+    def test_only_the_fault_is_reported(self):
         headers = declarations(CXX)
         for fault, edit, said in FAULTS:
             with self.subTest(fault):
@@ -120,7 +120,7 @@ class Planted(Workshop):
                     self.assertIn(line, text)
                 self.assertLess(text.count('differs: ') + text.count('missing: '), 40, text)
 
-    def test_all_missing_functions_are_named(self):
+    def test_all_missing_functions_are_reported(self):
         status, text = self.check(self.library(NOTHING))
         self.assertEqual(status, DIFFERS)
         self.assertIn('354 missing', text)
@@ -128,7 +128,7 @@ class Planted(Workshop):
 
 
 class Fitting(Workshop):
-    def test_the_same_interface_fits_however_it_is_described(self):
+    def test_the_same_interface_fits_with_any_debug_format(self):
         headers = declarations(CXX)
         for compiler, flags in (('g++', ()), ('g++', ('-gdwarf-4', '-O2')), ('g++', ('-gz=zlib',)),
                                 ('clang++', ()), ('clang++', ('-gdwarf-2',))):
@@ -142,7 +142,7 @@ class Fitting(Workshop):
 
 
 class Stripped(Workshop):
-    def test_layouts_that_are_not_described_are_no_yes(self):
+    def test_layouts_without_debug_information_are_not_accepted(self):
         headers = declarations(CXX)
         ways = (
             ('debug', (), ('strip', '--strip-debug')),
@@ -164,7 +164,7 @@ class Stripped(Workshop):
                 self.assertEqual(status, UNCHECKED, text)
                 self.assertIn('not checked', text)
 
-    def test_without_section_headers_symbols_are_still_looked_for(self):
+    def test_symbols_are_found_without_section_headers(self):
         for edit, expected in ((SAME, UNCHECKED), (FAULTS[0][1], DIFFERS)):
             library = self.library(edit(declarations(CXX)))
             with open(library, 'r+b') as file:
@@ -189,7 +189,7 @@ class Stripped(Workshop):
 
 class OtherKinds(Workshop):
     def program(self, prefix, library):
-        """A program that calls the HAL, as far as file formats go."""
+        """A program that calls the HAL; only its file format matters."""
         source, program = self.path('program.c'), self.path('program')
         with open(source, 'w', encoding='utf-8') as file:
             file.write('int K2V_RHAL_GAL_Init(void); int main(void) { return K2V_RHAL_GAL_Init(); }\n')
@@ -200,18 +200,18 @@ class OtherKinds(Workshop):
         if not shutil.which(prefix + 'g++'):
             self.skipTest(f'{prefix}g++ is not installed')
 
-    def test_another_machine(self):
+    def test_another_machine_differs(self):
         self.need(ARM64)
         status, text = self.check(self.library(declarations(ARM64 + 'g++'), prefix=ARM64))
         self.assertEqual(status, DIFFERS)
         self.assertIn('machine\n    AArch64, the harness has x64', text)
 
-    def test_another_class(self):
+    def test_another_class_differs(self):
         status, text = self.check(self.library(NOTHING, '-m32'))
         self.assertEqual(status, DIFFERS)
         self.assertIn('class\n    32 bits, the harness has 64 bits', text)
 
-    def test_another_float_abi(self):
+    def test_another_float_abi_differs(self):
         self.need(ARM)
         headers = declarations(ARM + 'g++')
         program = self.program(ARM, self.library(headers, prefix=ARM))
@@ -220,7 +220,7 @@ class OtherKinds(Workshop):
         self.assertEqual(status, DIFFERS)
         self.assertIn('float ABI\n    soft, the harness has hard', text)
 
-    def test_another_c_library(self):
+    def test_another_c_library_differs(self):
         for soname, said in (('libc.so', 'C library\n    bionic or musl, the harness has glibc'),
                              ('ld-linux-other.so.9', 'interpreter\n    ld-linux-other.so.9, the harness has ld-linux')):
             stand_in = self.path('stand_in.so')
@@ -230,7 +230,7 @@ class OtherKinds(Workshop):
             self.assertIn(said, text)
 
     def newer_libc(self):
-        """A library that needs a version of the C library that nobody has."""
+        """A library that needs a C library version that does not exist."""
         script, newer = self.path('versions'), self.path('newer.so')
         with open(script, 'w', encoding='utf-8') as file:
             file.write('GLIBC_2.99 { cvn_newer; };\n')
@@ -241,12 +241,12 @@ class OtherKinds(Workshop):
         text = declarations(CXX) + '\nextern "C" void cvn_newer(); void cvn_call() { cvn_newer(); }\n'
         return self.library(text, link=(newer,))
 
-    def test_a_newer_c_library(self):
+    def test_a_newer_c_library_differs(self):
         status, text = self.check(self.newer_libc())
         self.assertEqual(status, DIFFERS)
         self.assertRegex(text, r'differs: libc.so.6\n    \S*libcvn_k2vhal.so needs GLIBC_2.99 of /')
 
-    def test_the_boards_files_have_to_be_there(self):
+    def test_libraries_missing_from_the_boards_root_are_reported(self):
         library, root = self.library(declarations(CXX)), self.path('root')
         os.makedirs(os.path.join(root, 'lib'))
         status, text = self.check(library, '--root', root)
@@ -256,7 +256,7 @@ class OtherKinds(Workshop):
 
 
 class Misused(Workshop):
-    def test_wrong_usage_is_no_verdict(self):
+    def test_usage_errors_are_not_a_verdict(self):
         text = self.path('text')
         with open(text, 'w', encoding='utf-8') as file:
             file.write('no library')

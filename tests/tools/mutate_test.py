@@ -1,4 +1,4 @@
-"""mutate.py on single lines, and on a small project of which only a half is tested."""
+"""mutate.py on single lines, and on a small project of which only half is tested."""
 import hashlib
 import os
 import signal
@@ -43,7 +43,7 @@ def faults(text, path='a.cpp'):
 
 
 class Faults(unittest.TestCase):
-    def test_every_kind_changes_what_it_names(self):
+    def test_every_kind_of_fault_is_generated(self):
         cases = [
             ('operator', 'a.cpp', 'x = a < b;', 'x = a <= b;'),
             ('operator', 'a.cpp', 'if (!a && b) f();', 'if (!a || b) f();'),
@@ -59,10 +59,10 @@ class Faults(unittest.TestCase):
             with self.subTest(text):
                 self.assertIn(faulty.replace(' ', ''), [each.replace(' ', '') for each in faults(text, path)[kind]])
 
-    def test_comments_texts_and_directives_stay(self):
+    def test_comments_strings_and_directives_are_not_changed(self):
         self.assertEqual(faults('// a < 1\n/* f(a, b) */\n#if 1 < 2\nconst char* t = "1 < 2\\" + 3";\nchar c = \'<\';\n'), {})
 
-    def test_changes_that_say_the_same_are_none(self):
+    def test_equivalent_changes_are_not_faults(self):
         self.assertEqual(faults('char words[96];'), {})
         self.assertIn('constant', faults('int words[96];'))
         self.assertEqual(faults('  switch (a) {\n    case b:\n      break;\n  }\n'), {})
@@ -93,7 +93,7 @@ class Campaign(unittest.TestCase):
                 digests[path] = hashlib.sha256(mutate.bytes_of(path)).hexdigest(), os.stat(path).st_mtime_ns
         return digests
 
-    def test_only_what_is_not_tested_survives_and_the_tree_stays(self):
+    def test_only_untested_code_has_survivors_and_the_tree_is_unchanged(self):
         before = self.tree()
         output, _ = self.start().communicate(timeout=150)
         self.assertEqual(self.tree(), before)
@@ -103,13 +103,13 @@ class Campaign(unittest.TestCase):
         self.assertIn('- return a + 1;\n  + return a - 1;', output)
         self.assertRegex(output, r'Faults: \d+ \(seed 1\), [4-9] seen, 2 not seen')
 
-    def test_a_killed_run_leaves_the_tree_alone_and_the_next_one_starts_right(self):
+    def test_a_killed_run_leaves_the_tree_unchanged_for_the_next_one(self):
         before = self.tree()
         copied = os.path.join(self.directory.name, 'build/mutate/source/muro/seen.cpp')
         run = self.start()
         while run.poll() is None and not (os.path.exists(copied) and mutate.bytes_of(copied).decode() !=
                                           PROJECT['muro/seen.cpp']):
-            time.sleep(0.001)  # until a fault is in
+            time.sleep(0.001)  # until a fault has been applied
         os.killpg(run.pid, signal.SIGKILL)
         run.communicate()
         self.assertEqual(self.tree(), before)

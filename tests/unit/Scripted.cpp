@@ -21,7 +21,7 @@
 
 namespace {
 
-// Tests have threads that wait at once. A fork finds the mutex free.
+// Tests have threads that wait concurrently. In a forked child the mutex is free.
 std::mutex notesMutex;
 [[maybe_unused]] const int kForkHandlers = pthread_atfork(
     [] { notesMutex.lock(); }, [] { notesMutex.unlock(); }, [] { notesMutex.unlock(); });
@@ -46,7 +46,7 @@ void NoteWait(unsigned long us) {
   if (waitHook) waitHook(us);
 }
 
-/// Makes `input` the standard input. Returns the file that it is in.
+/// Makes `input` the standard input. Returns the file that contains it.
 std::FILE* TakeInputFrom(const std::string& input) {
   std::FILE* script = std::tmpfile();
   std::fwrite(input.data(), 1, input.size(), script);
@@ -71,7 +71,7 @@ int usleep(useconds_t us) {
   return 0;
 }
 
-// The C library's may not be called by this name.
+// The C library's function cannot be called, because this one has its name.
 time_t time(time_t* now) noexcept {
   timespec clock{};
   clock_gettime(CLOCK_REALTIME, &clock);
@@ -169,7 +169,7 @@ std::string RedirectReport() {
   testing::internal::CaptureStdout();
   char* path = Util::GetTestReportPath();
   testing::internal::GetCapturedStdout();
-  // The path lives in the frame's buffer, which is longer than a temporary directory's name.
+  // The path is stored in the frame's buffer, which is longer than a temporary directory's name.
   const std::string redirected = NewReportDirectory() + "/report.txt";
   std::copy_n(redirected.c_str(), redirected.size() + 1, path);
   return path;

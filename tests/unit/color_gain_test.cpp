@@ -1,4 +1,4 @@
-// Gain tables of the colour management: arithmetic and what is kept from call to call.
+// Gain tables of the colour management: arithmetic and values kept between calls.
 #include "ColorGain.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ TEST(ColorGain, AdvancedOffsetsMoveOneByteOfMappedEntriesAndAddUp) {
   EXPECT_EQ(GainsOf(out, 6), (std::vector{0, 128, 128}));
   param = {2, 30};
   utility_calc_test_cm_ui_match_gain_adv(&param, &in, &out);
-  EXPECT_EQ(GainsOf(out, 6), (std::vector{0, 128, 128})) << "kept from the call before";
+  EXPECT_EQ(GainsOf(out, 6), (std::vector{0, 128, 128})) << "kept from the previous call";
   EXPECT_EQ(GainsOf(out, 1), (std::vector{255, 128, 128}));
   for (const int8_t index : {int8_t{-1}, int8_t{3}, int8_t{127}}) {
     param = {index, 1};
@@ -47,7 +47,7 @@ TEST(ColorGain, AdvancedOffsetsMoveOneByteOfMappedEntriesAndAddUp) {
   utility_calc_test_cm_ui_match_gain_adv(&param, &in, &out);
   utility_calc_test_cm_ui_match_gain_adv(nullptr, &in, &in);
   EXPECT_EQ(GainsOf(in, 2), (std::vector{140, 128, 128}));
-  EXPECT_EQ(std::memcmp(&in, &out, sizeof in), 0) << "no parameter: offsets kept before";
+  EXPECT_EQ(std::memcmp(&in, &out, sizeof in), 0) << "no parameter: the offsets kept so far";
 }
 
 TEST(ColorGain, ExpertOffsetsMoveThreeBytesOfTheirRegionAndAddUp) {
@@ -63,7 +63,7 @@ TEST(ColorGain, ExpertOffsetsMoveThreeBytesOfTheirRegionAndAddUp) {
   EXPECT_EQ(GainsOf(out, 6), (std::vector{128, 128, 128}));
   param = {6, 1, 1, 1};
   utility_calc_test_cm_ui_match_gain_exp(&param, &in, &out);
-  EXPECT_EQ(std::memcmp(&in, &out, sizeof in), 0) << "a region that is none: a plain copy";
+  EXPECT_EQ(std::memcmp(&in, &out, sizeof in), 0) << "an invalid region: a plain copy";
   utility_calc_test_cm_ui_match_gain_exp(nullptr, &in, &out);
   EXPECT_EQ(GainsOf(out, 0), (std::vector{255, 0, 128}));
 }

@@ -1,4 +1,4 @@
-// Console input, mostly at a real terminal.
+// Console input, mostly on a real terminal.
 #include "ConsoleInput.h"
 
 #include <fcntl.h>
@@ -25,7 +25,7 @@ namespace {
 
 using test::Pty;
 
-/// A program at a terminal that runs `body` and prints its result as "result=N".
+/// A program on a terminal that runs `body` and prints its result as "result=N".
 class Console : public Pty {
  public:
   explicit Console(const std::function<int()>& body, bool echo = false)
@@ -38,7 +38,7 @@ class Console : public Pty {
             },
             {.echo = echo}) {}
 
-  /// Types a line when the program reads and has taken what was typed before.
+  /// Types a line when the program is reading and has consumed the previous input.
   testing::AssertionResult TypeWhenRead(const std::string& line) { return Type(line + "\n"); }
   /// The same for Ctrl-D.
   testing::AssertionResult EndInputWhenRead() { return Type("\x04"); }
@@ -49,8 +49,8 @@ class Console : public Pty {
 
  private:
   testing::AssertionResult Type(const std::string& keys) {
-    // A reader that still sleeps in its last read has not seen what was typed: it must have slept
-    // anew since.
+    // A reader that still sleeps in its last read has not seen the input yet: it must have gone to
+    // sleep again since.
     while (typed_ && Sleeps() == sleepsWhenTyped_) {
     }
     if (auto reading = WaitReading(); !reading) return reading;
@@ -60,7 +60,7 @@ class Console : public Pty {
     return testing::AssertionSuccess();
   }
 
-  /// How often the program went to sleep so far.
+  /// How often the program has gone to sleep so far.
   long Sleeps() const {
     std::ifstream status("/proc/" + std::to_string(Pid()) + "/status");
     for (std::string word; status >> word;) {
@@ -73,12 +73,12 @@ class Console : public Pty {
   long sleepsWhenTyped_ = 0;
 };
 
-/// Waits, without reading, until `bytes` bytes of whole lines were typed.
+/// Waits, without reading, until `bytes` bytes in complete lines were typed.
 void WaitForTypeAhead(int bytes) {
   for (int waiting = 0; waiting < bytes;) ioctl(0, FIONREAD, &waiting);
 }
 
-TEST(Prompt, TakesDecimalNumbersOf32BitsOnly) {
+TEST(Prompt, AcceptsOnlyDecimalNumbersOf32Bits) {
   Console console([] {
     while (console::ReadNumber() != -2147483648) {
     }
@@ -95,7 +95,7 @@ TEST(Prompt, TakesDecimalNumbersOf32BitsOnly) {
   EXPECT_EQ(console.Wait(), 0);
 }
 
-TEST(Prompt, SeveralAnswersMayStandInOneLine) {
+TEST(Prompt, AcceptsSeveralAnswersInOneLine) {
   Console console([] { return console::ReadNumber() * 100 + console::ReadNumber(); });
   ASSERT_TRUE(console.TypeWhenRead("12 x 34"));
   EXPECT_TRUE(console.Expect("\nUnknown Input > x\nresult=1234\n"));
@@ -112,7 +112,7 @@ TEST(Prompt, EndOfInputEndsTheProgramWithStatusOne) {
   EXPECT_EQ(console.Wait(), 1);
 }
 
-TEST(Token, LeavesNoEmptyLineForWhoReadsLinesNext) {
+TEST(Token, LeavesNoEmptyLineForTheNextReader) {
   Console console([] {
     console::ReadToken(19, console::Overlong::kKeep);
     char line[20] = {};
@@ -125,7 +125,7 @@ TEST(Token, LeavesNoEmptyLineForWhoReadsLinesNext) {
   EXPECT_TRUE(console.Expect("<a line\n>result=0\n"));
 }
 
-TEST(YesNo, AcceptsTheSmallLettersOnly) {
+TEST(YesNo, AcceptsOnlyLowerCaseLetters) {
   for (const auto& [letter, result] : {std::pair{"y", 1}, std::pair{"n", 0}}) {
     Console console([] { return _get_yes_no_with_text("Is it blue?"); });
     ASSERT_TRUE(console.Expect("\nIs it blue? <y/n> "));
@@ -148,7 +148,7 @@ TEST(YesNo, ContinuesWaitingAtEndOfInput) {
   EXPECT_TRUE(console.ExpectResult(1));
 }
 
-TEST(YesNo, SkipsWhatWasTypedBeforeTheQuestion) {
+TEST(YesNo, DiscardsInputTypedBeforeTheQuestion) {
   Console console(
       [] {
         std::puts("busy");
@@ -169,7 +169,7 @@ TEST(YesNo, SkipsWhatWasTypedBeforeTheQuestion) {
   EXPECT_EQ(console.Transcript().find("Unknown"), std::string::npos);
 }
 
-TEST(YesNo, SkipsTheBeginningOfALineTypedBeforeTheQuestion) {
+TEST(YesNo, DiscardsAPartialLineTypedBeforeTheQuestion) {
   Console console([] {
     while (_kbhit() < 2) {
     }
@@ -218,7 +218,7 @@ TEST(Range, ReadsOneNumber) {
   }
 }
 
-TEST(Line, SeventeenCharactersFitIntoTwenty) {
+TEST(Line, AcceptsSeventeenCharactersInABufferOfTwenty) {
   Console console([] {
     char line[20] = {};
     const int first = fgets_ex(line, sizeof line);
@@ -231,7 +231,7 @@ TEST(Line, SeventeenCharactersFitIntoTwenty) {
   EXPECT_TRUE(console.Expect("string length more than input buffer 20\nresult=-1\n"));
 }
 
-TEST(Keys, AreSeenAndTakenOneByOneWithoutEcho) {
+TEST(Keys, AreReadOneByOneWithoutEcho) {
   Console console(
       [] {
         termios before{};
@@ -257,7 +257,8 @@ TEST(Keys, AreSeenAndTakenOneByOneWithoutEcho) {
   EXPECT_EQ(console.Before().find('>'), std::string::npos) << "the key was echoed";
 }
 
-/// Waits for a key, as a shell's job: the group that has the terminal. Tells the key.
+/// Waits for a key, as a job of a shell: its process group is in the foreground. Exits with the key
+/// as status.
 [[noreturn]] void BeJob() {
   for (const int number : {SIGINT, SIGQUIT}) signal(number, SIG_DFL);
   setpgid(0, 0);
@@ -269,8 +270,8 @@ TEST(Keys, AreSeenAndTakenOneByOneWithoutEcho) {
   _exit(mygetch());
 }
 
-/// Takes the terminal back, as a shell does when its job has ended or stopped. Tells what became of
-/// the job, and whether a line can be typed.
+/// Takes the terminal back, as a shell does when its job has ended or stopped. Prints the signal
+/// that ended or stopped the job, and whether the terminal is in line mode.
 void TellJob(int status) {
   signal(SIGTTOU, SIG_IGN);
   tcsetpgrp(0, getpgrp());
@@ -281,7 +282,7 @@ void TellJob(int status) {
   std::fflush(stdout);
 }
 
-TEST(Keys, ASignalThatEndsTheProgramLeavesTheTerminalAsItWas) {
+TEST(Keys, SignalThatEndsTheProgramRestoresTheTerminal) {
   for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGABRT}) {
     Pty pty([] {
       for (const int ignored : {SIGINT, SIGQUIT}) signal(ignored, SIG_IGN);
@@ -303,7 +304,7 @@ TEST(Keys, ASignalThatEndsTheProgramLeavesTheTerminalAsItWas) {
   }
 }
 
-TEST(Keys, ASignalThatIsIgnoredStaysIgnored) {
+TEST(Keys, IgnoredSignalsStayIgnored) {
   Console console([] {
     signal(SIGTERM, SIG_IGN);
     return mygetch();
@@ -323,7 +324,7 @@ void TellModes() {
   std::fflush(stdout);
 }
 
-TEST(Keys, AProgramThatExitsMeanwhileLeavesTheTerminalAsItWas) {
+TEST(Keys, ExitDuringAReadRestoresTheTerminal) {
   const struct {
     int (*read)();
     const char* meanwhile;
@@ -348,7 +349,7 @@ TEST(Keys, AProgramThatExitsMeanwhileLeavesTheTerminalAsItWas) {
   }
 }
 
-TEST(Keys, AreTakenAgainWhenTheProgramWasStoppedAndContinues) {
+TEST(Keys, AreReadAgainAfterTheProgramWasStopped) {
   if (test::IsUnderValgrind()) GTEST_SKIP() << test::kNoStopInHandlers;
   Pty pty([] {
     const pid_t child = fork();
@@ -374,7 +375,7 @@ TEST(Keys, AreTakenAgainWhenTheProgramWasStoppedAndContinues) {
   EXPECT_EQ(pty.Wait(), 'k') << "without Return";
 }
 
-TEST(Prompt, IsNotEndedByASignalThatSomebodyHandles) {
+TEST(Prompt, IsNotInterruptedByAHandledSignal) {
   const std::pair<const char*, std::function<int()>> kReaders[] = {
       {"5\n", [] { return console::ReadNumber(); }},
       {"12345\n", [] { return static_cast<int>(console::ReadLine().size()); }},
@@ -399,7 +400,7 @@ TEST(Prompt, IsNotEndedByASignalThatSomebodyHandles) {
   }
 }
 
-TEST(Keys, CountsTheBytesThatWait) {
+TEST(Keys, CountsTheWaitingBytes) {
   Console console([] {
     WaitForTypeAhead(4);
     const int waiting = _kbhit();
@@ -411,7 +412,7 @@ TEST(Keys, CountsTheBytesThatWait) {
   EXPECT_TRUE(console.ExpectResult(4));
 }
 
-TEST(Parse, NeedsTheWholeText) {
+TEST(Parse, RequiresTheWholeTextToBeANumber) {
   const struct {
     const char* text;
     unsigned base;
@@ -427,7 +428,7 @@ TEST(Parse, NeedsTheWholeText) {
   }
 }
 
-TEST(Dump, ShowsRowsOfSixteenAndMarksTheEnd) {
+TEST(Dump, PrintsRowsOfSixteenBytesAndMarksTheEnd) {
   unsigned char bytes[32];
   for (unsigned i = 0; i < sizeof bytes; ++i) bytes[i] = static_cast<unsigned char>(0x60 + i);
   bytes[0] = 0x1F;

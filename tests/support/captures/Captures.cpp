@@ -20,7 +20,7 @@ using picture::Printed;
 
 constexpr int kWidth = 960, kHeight = 540;
 
-// Sources, whose names stand in braces in the filters of scenes and defects.
+// Sources; the filters of scenes and defects refer to them by name in braces.
 constexpr char kBars[] =
     "color=white:s=960x540,format=gbrp,drawbox=x=120:w=840:h=540:color=yellow:t=fill,"
     "drawbox=x=240:w=720:h=540:color=cyan:t=fill,drawbox=x=360:w=600:h=540:color=lime:t=fill,"
@@ -50,7 +50,7 @@ std::string Whole(std::string filters) {
   return filters;
 }
 
-/// A source's picture in a window on a ground.
+/// A source's picture in a window on a background.
 std::string InWindow(const char* source, const char* ground, int x, int y, int w, int h) {
   return Printed(
       "{%s},scale=%d:%d:flags=area,format=gbrp[w];%s,format=gbrp[g];[g][w]overlay=%d:%d:"
@@ -62,7 +62,7 @@ constexpr char kBlack[] = "color=black:s=960x540";
 constexpr char kBlue[] = "color=blue:s=960x540";
 constexpr char kGray[] = "color=0x808080:s=960x540";
 
-/// Brightness in tenths of the range, as luma and colour differences have it.
+/// Changes the brightness by tenths of the range, equally in all channels.
 std::string Brighter(const char* source, double tenths) {
   const int levels = static_cast<int>(std::lround(25.5 * tenths));
   return Printed(
@@ -108,7 +108,7 @@ void AddBlanks(std::vector<Defect>& defects) {
   }
 }
 
-/// A defect made by the same filters after each of several sources.
+/// Adds defects made by the same filters applied to each of several sources.
 void AddFiltered(std::vector<Defect>& defects, const char* kind,
                  const std::vector<const char*>& sources, const std::vector<std::string>& filters) {
   for (const char* source : sources) {
@@ -124,7 +124,7 @@ void AddColors(std::vector<Defect>& defects) {
                "shuffleplanes=1:2:0:3", "shuffleplanes=2:0:1:3"});
   AddFiltered(defects, "range wrong", {"bars", "smpte", "ramp", "chart", "checks"},
               {"lutrgb=r=16+val*219/255:g=16+val*219/255:b=16+val*219/255"});
-  // Levels that are at both ends already stay there.
+  // Without sources that use only the lowest and highest levels: clipping does not change those.
   AddFiltered(defects, "range wrong", {"smpte", "ramp", "chart"},
               {"lutrgb=r=clip((val-16)*255/219\\,0\\,255):g=clip((val-16)*255/219\\,0\\,255):"
                "b=clip((val-16)*255/219\\,0\\,255)"});
@@ -144,7 +144,7 @@ void AddStale(std::vector<Defect>& defects) {
 }
 
 void AddLines(std::vector<Defect>& defects) {
-  // One percent of the lines: five bands of a line, or one.
+  // One percent of the lines: five single lines far apart, or one block of five.
   const auto lines = [](int first, int step, int count, const char* change) {
     std::string filters = "split[a][b];[b]";
     filters += change;
@@ -168,7 +168,7 @@ void AddSettings(std::vector<Defect>& defects) {
           {"brightness not applied", Brighter(source, tenths), std::string("{") + source + "}"});
     }
   }
-  // Colour at twice its strength, and at none, that stayed as it was.
+  // Colour settings that were not applied: saturation, hue and contrast.
   for (const char* source : {"smpte", "chart"}) {
     const std::string plain = std::string("{") + source + "}";
     for (const char* setting :
@@ -191,7 +191,7 @@ void AddBlack(std::vector<Defect>& defects) {
   for (const Scene& scene : Scenes()) defects.push_back({"black", scene.filters, kBlack});
 }
 
-/// The tables of the JPEG standard's annex for a quality, as the encoder takes them.
+/// The quantisation tables of the JPEG standard's annex for a quality, as the encoder expects them.
 uint16_t* Quantiser(bool chroma, int quality) {
   static constexpr std::array<uint8_t, 64> kLuma = {
       16, 11, 10, 16, 24,  40,  51,  61,  12, 12, 14, 19, 26,  58,  60,  55,
@@ -215,7 +215,7 @@ using Codec =
 using Packet = std::unique_ptr<AVPacket, picture::Deleter<AVPacket, av_packet_free>>;
 
 Picture ThroughMjpeg(const AVFrame& shown, int quality) {
-  constexpr int kScale = 8;  // with which the encoder takes its tables as they are
+  constexpr int kScale = 8;  // with this scale the encoder uses its tables unchanged
   const Picture input = picture::Converted(shown, AV_PIX_FMT_YUVJ420P);
   const Codec encoder(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_MJPEG)));
   encoder->width = shown.width;

@@ -1,4 +1,4 @@
-// Pictures of a panel, what goes wrong in them, and what a bad capture makes of them.
+// Pictures of a panel, defects in them, and distortions by a bad capture.
 #pragma once
 
 #include <random>
@@ -9,7 +9,7 @@
 
 namespace captures {
 
-/// A picture that a panel should show, made by filters in 960x540.
+/// A picture that a panel should show, made by filters at 960x540.
 struct Scene {
   const char* name;
   const char* filters;
@@ -18,33 +18,33 @@ struct Scene {
 /// All scenes; the first one is the picture for calibrations.
 const std::vector<Scene>& Scenes();
 
-/// Something that is wrong: what should be seen and what is.
+/// A defect: the expected picture and the wrong one.
 struct Defect {
   std::string kind;
-  std::string shown;  // filters of the right picture
-  std::string seen;   // … and of the wrong one
+  std::string shown;  // filters for the correct picture
+  std::string seen;   // filters for the wrong picture
 };
 
-/// `count` defects, those of each kind one after the other.
+/// Returns `count` defects, grouped by kind.
 std::vector<Defect> Defects(size_t count);
 
-/// What stands between panel and judgement.
+/// Distortions between the panel and the judged picture.
 struct BadCapture {
   double gain = 1, gamma = 1;
-  double vignette = 0;  // what the corners lack
+  double vignette = 0;  // brightness lost in the corners
   double hue = 0;       // degrees
   int right = 0, down = 0;
   int noise = 0;  // levels
   bool from720p = false;
-  int mjpegQuality = 0;  // of 100; 0: not compressed
+  int mjpegQuality = 0;  // 1 to 100; 0: not compressed
 
   std::string Text() const;
 };
 
-/// A capture as bad as it may be: every number anywhere within its limits.
+/// A random bad capture: every value is anywhere within its limits.
 BadCapture Draw(std::mt19937& random);
 
-/// The picture of filters, and what a capture makes of it.
+/// The picture made by filters, and a capture of it.
 eyes::Pixels Shown(const std::string& filters);
 eyes::Pixels Captured(const eyes::Pixels& shown, const BadCapture& capture);
 

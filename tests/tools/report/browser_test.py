@@ -1,5 +1,5 @@
-"""The page in headless Chromium, as people see it: with and without scripts, in light, dark and narrow
-windows, on paper; what tests printed and are called stays text."""
+"""The page in headless Chromium, as users see it: with and without scripts, in light, dark and narrow
+windows, and printed; names and output of tests are shown as text only."""
 import base64
 import importlib.util
 import math
@@ -77,7 +77,7 @@ class Page(unittest.TestCase):
     def text_of(self, selector):
         return self.browser.value(f'document.querySelector({selector!r}).textContent')
 
-    def test_what_tests_say_stays_text(self):
+    def test_output_of_tests_is_shown_as_text(self):
         self.assertEqual(self.browser.value('typeof hacked'), 'undefined')
         self.assertEqual([self.count(tag) for tag in ('script', 'img', 'main i', 'pre script')], [1, 3, 0, 0])
         self.assertEqual(self.text_of('#r1 td.less bdi'), EVIL)
@@ -87,7 +87,7 @@ class Page(unittest.TestCase):
         self.assertEqual(self.text_of('#r6 td.reason bdi'), 'K2V NG : -3')
         self.assertEqual([url for url in self.browser.requests if not url.startswith(('file:///', 'data:image/'))], [])
 
-    def test_the_counts_are_those_of_the_journal(self):
+    def test_the_counts_match_the_journal(self):
         totals = self.browser.value("""Object.fromEntries([...document.querySelectorAll('#summary tbody tr')].map(
             (row) => [row.cells[0].textContent, Number(row.cells[1].textContent)]))""")
         self.assertEqual(totals, {'FAIL': 2, 'ERROR': 1, 'BLOCKED': 1, 'NOT RUN': 1, 'SKIPPED': 1, 'PASS': 1, 'all': 7})
@@ -124,7 +124,7 @@ class Page(unittest.TestCase):
         self.assertEqual(self.browser.value("""(document.querySelector('a[href="#t2"]').click(),
             document.getElementById('t2').parentElement.open)"""), True)
 
-    def test_without_scripts_everything_is_there(self):
+    def test_the_page_is_complete_without_scripts(self):
         self.browser.call('Emulation.setScriptExecutionDisabled', value=True)
         self.addCleanup(self.browser.call, 'Emulation.setScriptExecutionDisabled', value=False)
         self.browser.open('about:blank')
@@ -134,7 +134,7 @@ class Page(unittest.TestCase):
         self.assertFalse(self.browser.value("document.getElementById('filter').checkVisibility()"))
         self.assertTrue(self.browser.value("document.getElementById('t2').parentElement.open"), 'the link opens it')
 
-    def test_windows_of_all_kinds(self):
+    def test_the_page_fits_narrow_and_dark_windows(self):
         colours = set()
         for scheme, width in (('light', 1200), ('dark', 1200), ('light', 360), ('dark', 360)):
             self.browser.look(width, 800, scheme)
@@ -145,14 +145,14 @@ class Page(unittest.TestCase):
                 self.assertGreaterEqual(contrast, 4.5, (scheme, name))
         self.assertEqual(len(colours), 2)
 
-    def test_pictures_stand_side_by_side(self):
+    def test_pictures_are_side_by_side(self):
         tops = self.browser.value("[...document.querySelectorAll('#t1 figure')].map((one) => one.offsetTop)")
         self.assertEqual((len(tops), len(set(tops))), (3, 1))
         self.browser.look(360, 800, 'light')
         tops = self.browser.value("[...document.querySelectorAll('#t1 figure')].map((one) => one.offsetTop)")
         self.assertEqual(len(set(tops)), 3)
 
-    def test_headings_and_tables_can_be_followed(self):
+    def test_headings_tables_and_links_are_accessible(self):
         levels = self.browser.value("[...document.querySelectorAll('h1,h2,h3,h4,h5')].map((one) => Number(one.tagName[1]))")
         self.assertEqual((levels.count(1), levels[0]), (1, 1))
         self.assertTrue(all(after - before <= 1 for before, after in zip(levels, levels[1:])), levels)
@@ -167,18 +167,18 @@ class Page(unittest.TestCase):
         tidied = subprocess.run(['tidy', '-q', '-e', self.file], capture_output=True, encoding='utf-8', check=False)
         self.assertEqual((tidied.returncode, tidied.stdout + tidied.stderr), (0, ''))
 
-    def test_the_chart_has_the_marks_in_their_places(self):
+    def test_the_chart_shows_the_marks_at_their_positions(self):
         self.assertEqual([self.count('#t1 .chart ' + mark) for mark in ('.in', '.out', '.band')], [2, 1, 1])
         band, marks = self.browser.value("""(() => { const box = (one) => one.getBBox(); return [
             (({y, height}) => [y, y + height])(box(document.querySelector('#t1 .band'))),
             [...document.querySelectorAll('#t1 .in')].map((one) => [+one.getAttribute('cx'), +one.getAttribute('cy')])]})()""")
         self.assertTrue(all(band[0] - 0.1 <= y <= band[1] for _, y in marks), (band, marks))
-        self.assertLess(marks[0][0], marks[1][0], 'the time stamps go over their end')
+        self.assertLess(marks[0][0], marks[1][0], 'the time stamps wrap around')
         cause = self.browser.value("""[...document.querySelector('#t1 table').rows[1].cells].map(
             (cell) => cell.textContent)""")
         self.assertEqual(cause, [EVIL, 'dropped', '300 to 302', '1', 'time lost', 'VO'])
 
-    def test_paper_has_all_failing_tests(self):
+    def test_the_printed_page_contains_all_failing_tests(self):
         pdf = os.path.join(self.directory, 'page.pdf')
         with open(pdf, 'wb') as file:
             file.write(base64.b64decode(self.browser.call('Page.printToPDF')['data']))
@@ -189,7 +189,7 @@ class Page(unittest.TestCase):
         self.assertIn('K2V NG : -3', details)
 
 
-# The contrast of a verdict's word with its background, as accessibility guidelines compute it.
+# The contrast of a verdict's text with its background, as defined by accessibility guidelines.
 CONTRAST = """(() => {
   const probe = document.body.appendChild(document.createElement('span'));
   probe.className = 'v mark-NAME';

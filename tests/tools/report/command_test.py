@@ -1,4 +1,4 @@
-"""cvnreport as a program: its files, its exit statuses, and what others read in them."""
+"""cvnreport as a program: its files, its exit statuses, and how other programs read its files."""
 import json
 import os
 import re
@@ -28,17 +28,17 @@ class Command(unittest.TestCase):
         return subprocess.run([CVNREPORT, *words], capture_output=True, encoding='utf-8', check=False)
 
     def text(self, *words):
-        """The page of these directories."""
+        """The page for these directories."""
         done = self.run_it(*words, '-o', self.page)
         self.assertEqual((done.returncode, done.stderr), (0, ''))
         with open(self.page, encoding='utf-8') as file:
             return file.read()
 
     def assert_in(self, part, text):
-        """As assertIn, but for texts that nobody wants to see."""
+        """Like assertIn, for texts that are too long to print."""
         self.assertTrue(part in text, part)
 
-    def test_what_cannot_be_done_is_one_line_and_nothing_is_written(self):
+    def test_errors_are_one_line_and_write_no_file(self):
         good = self.make('good', 'A/1', ['A/1 FAIL'])
         other = self.make('other', 'Z/1', ['Z/1 PASS'])
         with open(self.page, 'w', encoding='utf-8') as file:
@@ -79,7 +79,7 @@ class Command(unittest.TestCase):
         self.assertGreater(len(options), 6)
         self.assertEqual([each for each in options if each.replace('-', '\\-') not in page], [])
 
-    def test_other_readers_find_the_same_results(self):
+    def test_other_programs_read_the_same_results(self):
         night = {'run': 'night'}
         parts = [self.make('one', 'A/1 A/2', ['A/1 FAIL ]]>&"', 'A/2 PASS'], labels=night, status=1),
                  self.make('two', 'B/1 B/2 B/3', ['B/1 FAIL', 'B/2 SKIPPED no operator'], labels=night, status=99),
@@ -105,7 +105,7 @@ class Command(unittest.TestCase):
         self.assertEqual([attempt['verdict'] for test in run['tests'] if test['test'] == 'B/1'
                           for attempt in test['attempts']], ['FAIL', 'PASS'])
 
-    def test_long_logs_are_cut_in_the_middle_and_the_budget_is_kept(self):
+    def test_long_logs_are_shortened_in_the_middle_to_fit_the_budget(self):
         lines = [f'line {number} <b>\n'.encode() for number in range(40000)]
         tests = [f'A/{number}' for number in range(30)]
         made = self.make('long', ' '.join(tests), [f'{test} PASS' for test in tests[:-1]] + [tests[-1] + ' FAIL'],
@@ -122,7 +122,7 @@ class Command(unittest.TestCase):
         self.assertEqual(small.returncode, 0)
         self.assertLess(os.path.getsize(self.page), 120_000)
 
-    def test_pictures_stand_in_order_and_broken_ones_say_so(self):
+    def test_pictures_are_in_order_and_broken_ones_are_marked(self):
         made = self.make('seen', 'A/1 B/1', ['A/1 PASS', 'B/1 FAIL eyes: no'])
         evidence = os.path.join(made, 'logs', '0002-B.1.evidence')
         os.mkdir(evidence)
@@ -141,7 +141,7 @@ class Command(unittest.TestCase):
         self.assert_in('x&lt;i&gt;.png</bdi></a>: cannot be shown', text)
         self.assertFalse('alert(1)' in text)
 
-    def test_a_run_that_goes_on_and_one_that_was_resumed_are_said_to_be_so(self):
+    def test_running_and_resumed_runs_are_marked(self):
         made = self.make('night', 'A/1 A/2', ['A/1 PASS', 'A/2'])
         with open(os.path.join(made, 'results.jsonl'), 'a', encoding='utf-8') as file:
             file.write('{"event": "test-e\n{"event": "run-start", "format": 1, "resumed": true, "tests": 2}\n')

@@ -1,4 +1,4 @@
-"""Parts of runs merged, runs compared: each class, exactly."""
+"""Merged parts of runs and compared runs: every combination of results."""
 import os
 import re
 import tempfile
@@ -25,7 +25,7 @@ class Runs(unittest.TestCase):
 
 
 class Merging(Runs):
-    def test_one_verdict_for_all_attempts_and_never_a_better_one_than_the_last(self):
+    def test_the_verdict_of_all_attempts_is_never_better_than_the_last(self):
         for verdicts, expected in [
                 ('', 'NOT RUN'), ('SKIPPED', 'SKIPPED'), ('PASS', 'PASS'), ('PASS PASS', 'PASS'), ('SKIPPED PASS', 'PASS'),
                 ('PASS SKIPPED', 'PASS'), ('FAIL PASS', 'FLAKY'), ('ERROR PASS PASS', 'FLAKY'), ('BLOCKED PASS', 'FLAKY'),
@@ -39,7 +39,7 @@ class Merging(Runs):
             else:
                 self.assertEqual(message, 'why ' + expected if verdicts else '', verdicts)
 
-    def test_shards_rounds_and_retries_are_one_run_with_one_result_a_test(self):
+    def test_shards_rounds_and_retries_form_one_run_with_one_result_per_test(self):
         night = {'run': 'night'}
         shards = [self.part('A/1 A/2', ['A/1 PASS', 'A/2 FAIL why', 'A/1@2 FAIL later', 'A/2@2 FAIL why'],
                             labels=night | {'shard': '1/3'}, status=1),
@@ -59,7 +59,7 @@ class Merging(Runs):
         with self.assertRaisesRegex(directory.Problem, 'same directory as'):
             self.load(retry, retry + '/.')
 
-    def test_the_exit_status_is_that_of_everything_together(self):
+    def test_the_exit_status_covers_all_parts(self):
         for results, status, retried, expected in [
                 (['A/1 PASS', 'A/2 PASS'], 0, (), 0), (['A/1 PASS', 'A/2 SKIPPED no operator'], 0, (), 0),
                 (['A/1 SKIPPED x', 'A/2 SKIPPED x'], 77, (), 77), (['A/1 PASS', 'A/2 BLOCKED'], 1, (), 1),
@@ -72,7 +72,7 @@ class Merging(Runs):
             run, = self.load(*parts, merge=True)
             self.assertEqual(run.exit_status, expected, (results, retried))
 
-    def test_what_was_not_run_says_why(self):
+    def test_tests_that_did_not_run_have_a_reason(self):
         run, = self.load(self.part('A/1 A/2 A/3', ['A/1 PASS', 'A/2'], ends={'A/2': {'message': 'the run was interrupted'}},
                                    status=99))
         self.assertEqual([(result.verdict, result.message) for result in run.results.values()],
@@ -84,7 +84,7 @@ class Merging(Runs):
 
 
 def outcome(text):
-    """'FAIL 2.5' as the result of a test; '-' is none."""
+    """'FAIL 2.5' as the result of a test; None for '-'."""
     if text == '-':
         return None
     verdict, seconds = re.fullmatch(r'(\D+?) ?([\d.]*)', text).groups()
@@ -93,7 +93,7 @@ def outcome(text):
 
 
 class Comparing(Runs):
-    def test_every_pair_of_results_is_in_its_class(self):
+    def test_every_pair_of_results_is_classified(self):
         ran = ('PASS', 'FAIL', 'ERROR', 'BLOCKED', 'FLAKY')
         expected = {}
         for before in (*ran, 'SKIPPED', 'NOT RUN'):
@@ -131,7 +131,7 @@ class Comparing(Runs):
         self.assertIsNone(compare.compare(other, newest))
         self.assertIn('no test in common', compare.differing_lists(other, newest))
 
-    def test_tests_are_unstable_on_equal_builds_only(self):
+    def test_tests_are_unstable_only_on_equal_builds(self):
         found = self.three_runs()
         self.assertEqual({test: [result.verdict for _, result in each] for test, each in compare.unstable(found).items()},
                          {'A/1': ['FAIL', 'PASS', 'PASS'], 'A/2': ['ERROR', 'FAIL']})
@@ -142,7 +142,7 @@ class Comparing(Runs):
         flaky = self.load(self.part('A/1', ['A/1 FAIL', 'A/1@2 PASS']))
         self.assertEqual(list(compare.unstable(flaky)), ['A/1'])
 
-    def test_since_when_and_whether_it_is_the_board_or_the_build(self):
+    def test_the_first_failing_run_and_the_suspected_board_or_build(self):
         found = self.three_runs()
         self.assertEqual([getattr(compare.since(test, found), 'name', None) for test in ('A/1', 'A/2', 'A/3', 'A/4')],
                          ['p3', 'p1', None, 'p3'])

@@ -1,4 +1,4 @@
-"""Result directories as they come from boards: cut off, broken, hostile."""
+"""Result directories as they come from boards: truncated, damaged, hostile."""
 import json
 import os
 import tempfile
@@ -11,7 +11,7 @@ from cvnresults import directory, runs, texts
 from cvnresults.directory import Problem
 
 
-# Hypothesis keeps tables of its own.
+# Hypothesis stores its own tables.
 TABLES = tempfile.TemporaryDirectory()
 configuration.set_hypothesis_home_dir(TABLES.name)
 
@@ -32,7 +32,7 @@ class TemporaryDirectory(unittest.TestCase):
 
 
 class Journal(TemporaryDirectory):
-    def test_cut_off_anywhere_it_gives_what_was_whole_or_is_refused_in_one_line(self):
+    def test_a_truncated_journal_gives_its_complete_results_or_a_one_line_error(self):
         result_files.make(self.path, ['A/1', 'A/2'], ['A/1 FAIL a\tmessage\n', 'A/2 PASS'])
         whole = self.get('journal')
         head = whole.index(b'start\t')
@@ -51,7 +51,7 @@ class Journal(TemporaryDirectory):
             self.assertEqual(verdicts, expected, cut)
             self.assertEqual(run.exit_status, 1 if cut == len(whole) or 'NOT RUN' not in expected else 99)
 
-    def test_what_is_no_result_directory_is_refused_with_what_is_wrong(self):
+    def test_invalid_result_directories_are_rejected_with_the_reason(self):
         whole = result_files.journal(['A/1'], [('A/1', 'PASS', '', 1)]).encode()
         cases = [
             (b'', 'truncated before the first test'),
@@ -107,14 +107,14 @@ LINES = strategies.lists(strategies.lists(FIELD, min_size=1, max_size=6).map(b'\
 
 
 class Fuzz(TemporaryDirectory):
-    """Whatever is in the files: a page or one line that says why there is none."""
+    """For any content of the files, the result is a page or a one-line error."""
 
     @settings(max_examples=int(os.environ.get('CVN_EXAMPLES', 150)), derandomize='CVN_EXAMPLES' not in os.environ,
               deadline=None, suppress_health_check=list(HealthCheck), database=None)
     @given(strategies.just(b'') | LINES, strategies.lists(EVENT, max_size=8), strategies.binary(max_size=30),
            strategies.binary(max_size=60),
            strategies.lists(strategies.tuples(strategies.integers(0, 150), strategies.binary(max_size=2)), max_size=2))
-    def test_a_directory_is_shown_or_refused_in_one_line(self, lines, events, record_end, log, changes):
+    def test_a_directory_is_shown_or_rejected_in_one_line(self, lines, events, record_end, log, changes):
         from cvnresults.machine import as_json, junit
         from cvnresults.page import render
         with tempfile.TemporaryDirectory() as name:
@@ -135,7 +135,7 @@ class Fuzz(TemporaryDirectory):
 
 
 class Texts(unittest.TestCase):
-    def test_nothing_of_a_test_acts_or_hides(self):
+    def test_control_characters_of_a_test_have_no_effect(self):
         cases = [('a\x1b[31mred\x1b[0m', 'ared'), ('\x1b]0;title\x07x', 'x'), ('a\r\nb', 'a\nb'), ('\x00', '⟨U+0000⟩'),
                  ('\u202eevil', '⟨U+202E⟩evil'), ('\ud800', '⟨U+D800⟩'), ('\x1b', ''), ('\u2066\ufeff', '⟨U+2066⟩⟨U+FEFF⟩'),
                  ('caf\u00e9 \u0645\u0631', 'caf\u00e9 \u0645\u0631'), ('\u0085', '⟨U+0085⟩')]
@@ -143,7 +143,7 @@ class Texts(unittest.TestCase):
             self.assertEqual(texts.clean(text), expected, ascii(text))
         self.assertEqual(texts.decoded(b'a\xffb'), 'a\ufffdb')
 
-    def test_prompts_and_answers_are_apart_from_the_rest(self):
+    def test_prompts_and_answers_are_separated_from_other_output(self):
         data = b'one\nwhich port?\n0\ntwo=\x1b[1m7\nend'
         self.assertEqual(texts.segments(data, [(16, 2), (26, 2), (27, 1), (99, 5)]), [
             ('out', 'one\n'), ('prompt', 'which port?\n'), ('in', '0\n'), ('prompt', 'two='), ('in', '7\n'), ('out', 'end')])

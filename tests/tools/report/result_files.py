@@ -16,7 +16,7 @@ def escaped(text):
 
 
 def journal(tests, results, words=('--run', '*')):
-    """Text of a journal; `results` are (id, verdict, message, seconds), only (id,) was cut off."""
+    """Text of a journal; `results` are (id, verdict, message, seconds); (id,) is a test that was cut off."""
     lines = ['cvntester journal 1', 'directory\t/', *('word\t' + word for word in words),
              *('test\t' + escaped(test) for test in tests), f'tests\t{len(tests)}']
     for test, *end in results:
@@ -27,15 +27,15 @@ def journal(tests, results, words=('--run', '*')):
 
 
 def result(text, default_seconds=1.0):
-    """'A/1 FAIL why' as a row of `journal`; 'A/1' was cut off."""
+    """'A/1 FAIL why' as a row of `journal`; 'A/1' is a test that was cut off."""
     test, *rest = text.split(' ', 2)
     return (test, rest[0], rest[1] if len(rest) > 1 else '', default_seconds) if rest else (test,)
 
 
 def make(path, tests, results, *, at='2026-11-01T20:00:00Z', status=0, labels=None, build='b1', board='lab',
          names=None, logs=None, ends=None, extra=()):
-    """Makes a result directory and returns its path. `ends` has more members of the test-end lines by
-    id, `extra` has findings by id; without `at` there is no record."""
+    """Creates a result directory and returns its path. `ends` contains additional members of the test-end
+lines by id, `extra` contains findings by id; without `at` there is no record."""
     rows = [result(each) if isinstance(each, str) else each for each in results]
     os.makedirs(os.path.join(path, 'logs'))
     with open(os.path.join(path, 'journal'), 'w', encoding='utf-8', errors='surrogateescape', newline='') as file:

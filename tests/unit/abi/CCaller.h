@@ -1,5 +1,5 @@
-// What the caller that was compiled as C knows of the HAL's records, and its calls. Every record
-// that it passes holds the bytes 1, 2, 3 and so on.
+// Layout of the HAL's records and HAL calls, as seen by a caller compiled as C. Every record that
+// it passes contains the bytes 1, 2, 3 and so on.
 #pragma once
 
 #include <stddef.h>
@@ -32,7 +32,7 @@ typedef struct {
 extern const RecordLayout kRecordsInC[];
 extern const FieldLayout kFieldsInC[];
 
-enum { kWindowFromC = 0x12345678 };  // passed before the record where a function takes a window
+enum { kWindowFromC = 0x12345678 };  // passed before the record to functions of a window
 enum { kCCallCount = 5 };
 extern const CCall kCallsFromC[kCCallCount];
 

@@ -1,4 +1,4 @@
-// Records that go to the HAL by value: a caller compiled as C and functions compiled as C++ have to
+// Records passed to the HAL by value: a caller compiled as C and functions compiled as C++ must
 // agree on their layout and on how they are passed.
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-/// What a HAL function was given last.
+/// Argument of the last call of a HAL function.
 struct Taken {
   std::string function;
   uint32_t window;
@@ -95,7 +95,7 @@ std::string Text(const FieldLayout& layout) {
          " bytes at " + std::to_string(layout.offset);
 }
 
-TEST(RecordsByValue, HaveTheirLayoutInBothLanguages) {
+TEST(RecordsByValue, HaveTheSameLayoutInBothLanguages) {
   const RecordLayout* recordInC = kRecordsInC;
   for (const RecordRow& row : kRecords) {
     EXPECT_EQ(Text(row.inCpp), Text(row.told));
@@ -108,7 +108,7 @@ TEST(RecordsByValue, HaveTheirLayoutInBothLanguages) {
   }
 }
 
-TEST(RecordsByValue, ArriveWholeFromAProgramInC) {
+TEST(RecordsByValue, ArePassedCompletelyFromC) {
   for (const CCall& call : kCallsFromC) {
     EXPECT_EQ(call.call(), kAnswer) << call.function;
     EXPECT_EQ(taken.function, call.function);
@@ -135,8 +135,8 @@ std::string HeadersText() {
   return std::regex_replace(text.str(), std::regex("//[^\n]*"), "");
 }
 
-/// "FUNCTION TYPE" for every record that a function of the HAL's headers takes as it is, "FUNCTION
-/// returns TYPE" for every one that it returns.
+/// "FUNCTION TYPE" for every record passed by value to a function of the HAL's headers, "FUNCTION
+/// returns TYPE" for every record returned by value.
 std::set<std::string> PassedByHeaders() {
   const std::string text = HeadersText();
   std::set<std::string> records;
@@ -154,7 +154,7 @@ std::set<std::string> PassedByHeaders() {
   return passed;
 }
 
-TEST(RecordsByValue, AreAllTried) {
+TEST(RecordsByValue, AreAllTested) {
   std::set<std::string> tried;
   for (const CCall& call : kCallsFromC) tried.insert(std::string(call.function) + ' ' + call.type);
   EXPECT_EQ(PassedByHeaders(), tried);

@@ -26,7 +26,7 @@ namespace crossmodule {
 
 namespace {
 
-// The drivers' directory and that of the logs have fixed paths.
+// The directories of drivers and logs have fixed paths.
 [[maybe_unused]] const bool kAlone =
     test::HaveAlone("/tmp/cross_module") && test::HaveAlone("/tmp/var/log");
 
@@ -56,7 +56,7 @@ bool IsOneOf(const std::vector<std::string>& paths, const std::string& path) {
 
 }  // namespace
 
-// The libc's own would look at the machine that the tests run on.
+// The libc's function would look at the machine on which the tests run.
 extern "C" int access(const char* path, int mode) {
   for (const std::string file : kBoardFiles) {
     if (file == path) return file == pretendedFile ? 0 : -1;

@@ -1,4 +1,4 @@
-// A cross-module home of the test's own, with generated golden files and kept dumps of a test case.
+// A separate cross-module home with generated golden files and kept dumps of a test case.
 #pragma once
 
 #include <string>
@@ -18,10 +18,11 @@ class Home {
 
   const std::string& Path() const { return path_; }
 
-  /// Writes a file below the home, with its directories.
+  /// Writes a file in the home and creates its directories.
   void Write(const std::string& name, const std::string& text) const;
 
-  /// Writes golden files and kept dumps of a test case, and makes the stages' dumps those kept.
+  /// Writes golden files and kept dumps of a test case, and uses the kept dumps as the stages'
+  /// dumps.
   void Play(int testCase, const std::vector<player::Defect>& defects);
 
  private:
@@ -34,20 +35,20 @@ inline constexpr char kAndroid[] = "/vendor/manifest.xml";
 inline constexpr char kSorvex[] = "/home/core.1st";
 inline constexpr char kPelxos[] = "/vendor/corvana/pelxos";
 
-/// Pretends that of the files that identify the board's operating system this one exists. Empty:
-/// none.
+/// Pretends that only this one of the files that identify the board's operating system exists.
+/// Empty for none.
 void PretendBoardFile(const std::string& path);
 
-/// Pretends that of the board's other files (the disks, the stick, markers) these alone are there.
+/// Pretends that only these of the board's other files (disks, stick, markers) exist.
 void PretendFiles(const std::vector<std::string>& paths);
 
-/// Pretends that the board's Ethernet gets its address at the n-th look from now on. 0: never.
+/// Pretends that the board's Ethernet has an address from the n-th query on. 0 for never.
 void PretendAddressAtLook(int number);
 
-/// Runs a command in a real shell, quietly. Returns its exit status.
+/// Runs a command in a real shell and discards its output. Returns its exit status.
 int RunForReal(const std::string& command);
 
-/// Whether a command only moves files of the report's directories, which tests have as on a board.
+/// Whether a command only moves files of the report directories, which tests have as on a board.
 bool MovesAReport(const std::string& command);
 
 /// Removes what a test left in the drivers' directory, "/tmp/cross_module/".

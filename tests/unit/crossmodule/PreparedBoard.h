@@ -1,4 +1,4 @@
-// A board of one operating system whose home is the test's own, and its commands as text.
+// A board of one operating system with a temporary home, and its commands as text.
 #pragma once
 
 #include <string>
@@ -39,7 +39,8 @@ class PreparedBoard : public AfterReboot {
     return lines;
   }
 
-  /// Pretends that a USB stick with the content of a test case is there, besides other files.
+  /// Pretends that a USB stick with the content of a test case is present, in addition to other
+  /// files.
   static void PlugStick(int testCase, Lines files = {}) {
     files.push_back("/dev/block/sda");
     files.push_back(UsbMountPoint() + "/cross_module_content_v1/" +

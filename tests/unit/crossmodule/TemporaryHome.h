@@ -1,4 +1,4 @@
-// A cross-module home of its own for a test, and what programs that ran earlier left in it.
+// A separate cross-module home for a test, and the files that earlier programs left in it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ inline std::string Message(const std::string& function, const std::string& text)
   return "\033[1;33m[CrossModule][" + function + "] \033[0;37m" + text;
 }
 
-/// The home as the environment's initialisation leaves it, its directory "config" empty.
+/// The home as the initialisation of the environment leaves it, with an empty directory "config".
 class TemporaryHome : public testing::Test {
  protected:
   TemporaryHome() { std::filesystem::create_directory(Home() + "config"); }
@@ -36,13 +36,13 @@ class TemporaryHome : public testing::Test {
   crossmodule::Home home_;
 };
 
-/// The same for what also keeps files that are gone after a reboot.
+/// Like TemporaryHome, for code that also keeps files that are lost at a reboot.
 class AfterReboot : public TemporaryHome {
  protected:
   AfterReboot() { RemoveFiles(); }
   ~AfterReboot() override {
     RemoveFiles();
-    rmdir(kDumpDirectory);  // unless others keep files there
+    rmdir(kDumpDirectory);  // unless it contains other files
   }
 
   static std::string Path(const std::string& file) { return kDumpDirectory + file; }
@@ -58,7 +58,7 @@ class AfterReboot : public TemporaryHome {
   }
 };
 
-/// Runs `body` in a program of its own that has ended when this returns: nothing but files remains.
+/// Runs `body` in a separate program that has ended when this returns: only files remain.
 inline void InAnEarlierProgram(const std::function<void()>& body) {
   std::fflush(nullptr);
   const pid_t child = fork();

@@ -1,4 +1,4 @@
-// One verifier on two literal files, and what it printed and found.
+// Runs one verifier on two literal files and returns its output and findings.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@
 using Lines = std::vector<std::string>;
 using Verifier = void (*)(CM_Verify_Result&, const std::string&, const std::string&);
 
-/// A file of the test's own, removed at the end.
+/// A temporary file, removed at the end.
 class TemporaryFile {
  public:
   TemporaryFile(const std::string& name, const std::string& text)

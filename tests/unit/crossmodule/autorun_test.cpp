@@ -1,4 +1,4 @@
-// Starting test cases from the menu, one or many, and adding one.
+// Starting one or more test cases from the menu, and adding a case.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -12,7 +12,7 @@ namespace {
 using scripted::Play;
 using Entry = int (*)(char*);
 
-/// Dumps of test case 101 are there and equal its golden data, whatever is played.
+/// Dumps of test case 101 exist and equal its golden data, regardless of which case is played.
 class CrossModuleAutoRun : public PreparedBoard {
  protected:
   CrossModuleAutoRun() {
@@ -27,7 +27,7 @@ scripted::Run Choose(Entry entry, const std::string& typed) {
   return Play(typed, [entry] { return entry(nullptr); });
 }
 
-/// Files that the player was called with.
+/// Files with which the player was called.
 std::vector<std::string> Played(const scripted::Run& run) {
   std::vector<std::string> files;
   for (const std::string& command : run.commands) {
@@ -41,7 +41,7 @@ bool Says(const scripted::Run& run, const std::string& text) {
   return crossmodule::WithoutColours(run.output).find(text) != std::string::npos;
 }
 
-TEST_F(CrossModuleAutoRun, PlaysTheListForAllRoundsAndSumsUp) {
+TEST_F(CrossModuleAutoRun, PlaysTheListInAllRoundsAndPrintsTotals) {
   const auto run =
       Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_Customized, "1, 3,2 13 0 x 1x -1\n2\n");
   EXPECT_EQ(run.result, 1);
@@ -59,7 +59,7 @@ TEST_F(CrossModuleAutoRun, PlaysTheListForAllRoundsAndSumsUp) {
   EXPECT_EQ(Get_Customized_TestCase_List(), "1, 3,2 13 0 x 1x -1");
 }
 
-TEST_F(CrossModuleAutoRun, OldDumpsDoNotPassWhereNoShellCanBeStarted) {
+TEST_F(CrossModuleAutoRun, OldDumpsDoNotPassWithoutAShell) {
   scripted::RefuseShells(EAGAIN);
   const auto run = Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_Customized, "1\n1\n");
   EXPECT_EQ(run.result, 1);
@@ -67,7 +67,7 @@ TEST_F(CrossModuleAutoRun, OldDumpsDoNotPassWhereNoShellCanBeStarted) {
   EXPECT_TRUE(Says(run, "FAIL  passed 0 of 1, not run 1\n"));
 }
 
-TEST_F(CrossModuleAutoRun, AsksForListAndRounds) {
+TEST_F(CrossModuleAutoRun, PromptsForListAndRounds) {
   Set_Customized_TestCase_List("1");
   const struct {
     const char* typed;
@@ -81,11 +81,11 @@ TEST_F(CrossModuleAutoRun, AsksForListAndRounds) {
     EXPECT_EQ(run.result, answer.result) << answer.typed;
     EXPECT_EQ(Played(run).size(), answer.played) << answer.typed;
     EXPECT_EQ(Says(run, "First Round test"), answer.played > 0) << answer.typed;
-    EXPECT_EQ(Get_Customized_TestCase_List(), "1") << "only a list that names a case is kept";
+    EXPECT_EQ(Get_Customized_TestCase_List(), "1") << "only a list with a valid case is stored";
   }
 }
 
-TEST_F(CrossModuleAutoRun, OtherRunsHaveTheirOwnCases) {
+TEST_F(CrossModuleAutoRun, OtherRunsUseTheirOwnCases) {
   Write("cross_module_content_v1/[R501]AVsync_dp_AAC_200_48k_25fps.mp4", "");
   const auto sync = Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_AVsync, "");
   EXPECT_EQ(Played(sync), Lines{"[R501]AVsync_dp_AAC_200_48k_25fps.mp4"});
@@ -96,7 +96,7 @@ TEST_F(CrossModuleAutoRun, OtherRunsHaveTheirOwnCases) {
   const auto combo =
       Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_RdTestCombo_Tolva3DemoBaord, "");
   EXPECT_TRUE(Says(combo, "Round 1/1: 1 of 2 passed"));
-  EXPECT_EQ(Get_Customized_TestCase_List(), "-") << "the operator's list is left alone";
+  EXPECT_EQ(Get_Customized_TestCase_List(), "-") << "the operator's list is not changed";
 
   const auto all = Choose(CMplaybackTestCase::CMplaybackTest_AutoTest_All, "");
   EXPECT_TRUE(Says(all, "Round 1/1: 1 of 12 passed"));
@@ -104,7 +104,7 @@ TEST_F(CrossModuleAutoRun, OtherRunsHaveTheirOwnCases) {
   EXPECT_TRUE(Says(all, "List the AV Sync Result:"));
 }
 
-TEST_F(CrossModuleAutoRun, ASynchronisationThatPassesHidesNoStage) {
+TEST_F(CrossModuleAutoRun, PassingAvSyncDoesNotHideAFailedStage) {
   Write("cross_module_content_v1/[R501]AVsync_dp_AAC_200_48k_25fps.mp4", "");
   PutDumps(501);
   Verdict verdict = Verdict::kNotRun;
@@ -118,7 +118,7 @@ TEST_F(CrossModuleAutoRun, ASynchronisationThatPassesHidesNoStage) {
   EXPECT_EQ(verdict, Verdict::kFail);
 }
 
-TEST_F(CrossModuleAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeStamp) {
+TEST_F(CrossModuleAutoRun, SingleCaseIsPlayedAndVerifiedWithItsTimeStamp) {
   const auto run = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, "1\n");
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(Played(run), Lines{"[R101]h264-FrtChg.ts"});
@@ -133,7 +133,7 @@ TEST_F(CrossModuleAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeStamp) {
 
   Set_USB_HTTP_Mode(MODE_USB);
   EXPECT_EQ(Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, "1\n").result, 1)
-      << "without a stick no dump counts";
+      << "without a stick no dump is verified";
   for (const char* wrong : {"0\n", "13\n", "\n", "-1\n"}) {
     const auto refused = Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase, wrong);
     EXPECT_EQ(refused.result, 1);
@@ -141,7 +141,7 @@ TEST_F(CrossModuleAutoRun, ASingleCaseIsPlayedAndVerifiedUnderItsOwnTimeStamp) {
   }
 }
 
-TEST_F(CrossModuleAutoRun, AUsersCaseIsOneWordForTheShell) {
+TEST_F(CrossModuleAutoRun, UserCaseNamesMustBeOneShellWord) {
   const std::string file = "config/user_add_testcase.cfg";
   EXPECT_EQ(Choose(CMplaybackTestCase::CMplaybackTest_StartTestCase,
                    "100\n[a]/b-c_1.ts\nuser-content\n2\n1\n")
@@ -155,7 +155,7 @@ TEST_F(CrossModuleAutoRun, AUsersCaseIsOneWordForTheShell) {
                             "100\n" + bad + "\nfilm.ts\n" + bad + "\na/b\nfilm\n0\n");
     EXPECT_EQ(Text(file), "film\n0\nfilm.ts\n") << bad;
     EXPECT_EQ(run.commands, Lines{"ls -la " + Home() + "cross_module_content_v1/"})
-        << "nothing typed is run";
+        << "no typed text is executed";
     EXPECT_TRUE(Says(run, "Not a file name of one word without special characters: " + bad + "\n"));
     Write(file, "");
   }

@@ -1,4 +1,4 @@
-// Picture against sound: which samples belong together, the difference, the verdict's edges.
+// A/V synchronisation: which samples belong together, the difference, the limits of the verdict.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -18,7 +18,7 @@ namespace {
 constexpr char kFlash[] = "1e82234e";
 constexpr uint32_t kSecond = 90000;
 
-/// Sound rows of 1920 ticks from 0 on, silent but for the beeps at the given rows.
+/// Audio rows of 1920 ticks, starting at `start`, silent except for beeps at the given rows.
 AV_Sync_Info Sound(std::size_t rows, const std::vector<std::size_t>& beeps, uint32_t start = 0) {
   AV_Sync_Info audio{MODULE_AUDIO, {}};
   for (std::size_t i = 0; i < rows; ++i)
@@ -39,12 +39,12 @@ TEST(AvSync, FindsTheFirstBeepNearATime) {
   EXPECT_EQ(first(Sound(400, {200}), at200 - 44999), 200U);
   EXPECT_EQ(first(Sound(400, {200}), at200 - 45000), 0U);
   EXPECT_EQ(first(Sound(400, {}), at200), 0U);
-  EXPECT_EQ(first(Sound(400, {99}), 100 * 1920), 0U) << "the first 100 rows are not looked at";
+  EXPECT_EQ(first(Sound(400, {99}), 100 * 1920), 0U) << "the first 100 rows are ignored";
   EXPECT_EQ(first(Sound(400, {100}), 100 * 1920), 100U);
   EXPECT_EQ(first(Sound(100, {99}), 99 * 1920), 0U);
   EXPECT_EQ(first(Sound(101, {100}, 0xffff0000U), 10), 0U);
   EXPECT_EQ(first(Sound(0, {}), 0), 0U);
-  // Times near zero: the range reaches below it.
+  // Times near zero: the search range extends below it.
   AV_Sync_Info early = Sound(101, {100});
   early.fields[100].firstValue = 30000;
   EXPECT_EQ(first(early, 100), 100U);
@@ -94,7 +94,7 @@ std::string Event(const std::string& difference, const std::string& verdict, int
          std::string(18 - verdict.size(), ' ') + positions;
 }
 
-TEST(AvSync, JudgesTheDifferenceAtItsEdges) {
+TEST(AvSync, JudgesDifferencesAtTheLimits) {
   const struct {
     int ticks;
     const char* difference;
@@ -128,7 +128,7 @@ TEST(AvSync, AddsTheOffsetOfTheContent) {
   Set_AVsync_Offset(0);
 }
 
-TEST(AvSync, TakesThePanelsFlashUpToTenFramesBefore) {
+TEST(AvSync, UsesThePanelFlashUpToTenFramesEarlier) {
   const struct {
     std::vector<std::size_t> flashes;
     int chosen;
@@ -143,7 +143,7 @@ TEST(AvSync, TakesThePanelsFlashUpToTenFramesBefore) {
   }
 }
 
-TEST(AvSync, FailsWhereThereIsNothingToJudge) {
+TEST(AvSync, FailsIfThereIsNothingToJudge) {
   const std::string skipped = "\033[0;35m   1\033[m| frame      12  skipped: no ";
   const std::string allSkipped = "no flash to judge, all were skipped";
   EXPECT_EQ(Clip(0).Analyse(false), Report("", "no flash to judge"));
@@ -164,9 +164,8 @@ TEST(AvSync, FailsWhereThereIsNothingToJudge) {
   EXPECT_NE(oneSkipped.Analyse(false).find("FAIL: 1 of 2 flashes skipped"), std::string::npos);
 }
 
-// Sample 0 stands for a beep that is not there, and its difference is that of any silent clip: 0
-// ms.
-TEST(AvSync, FailsWithoutTheBeepThatAFlashNeeds) {
+// Sample 0 stands for a missing beep; its difference is that of any silent clip: 0 ms.
+TEST(AvSync, FailsIfAFlashHasNoBeep) {
   const auto clipOf = [](const std::vector<uint32_t>& flashes, const AV_Sync_Info& sound) {
     Clip clip(0);
     const AV_Sync_Field last = clip.audio.fields.back();

@@ -1,4 +1,4 @@
-// Preparing the board, its stick, network and user interface, and golden data.
+// Setting up the board, its stick, network and user interface, and golden data.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -53,7 +53,7 @@ ln -sv /data/cross_module/gst_root/usr/share/alsa/ /usr/share)"
   }
 }
 
-TEST_F(CrossModuleSetup, PreparesAPreparedBoardWhenAskedTo) {
+TEST_F(CrossModuleSetup, PreparesAPreparedBoardAgainOnRequest) {
   Boot(kAndroid, MODE_USB);
   const auto prepare = [](const std::string& typed) {
     return Play(typed, [] { return CMplaybackTestCase::CMplaybackTest_Env_Init(nullptr); });
@@ -64,10 +64,10 @@ TEST_F(CrossModuleSetup, PreparesAPreparedBoardWhenAskedTo) {
     EXPECT_EQ(prepare(no).result, result) << no;
   }
   SetCrossModuleHome(Home() + "missing/");
-  EXPECT_FALSE(prepare("").commands.empty()) << "a new board is prepared without a question";
+  EXPECT_FALSE(prepare("").commands.empty()) << "a new board is prepared without a prompt";
 }
 
-TEST_F(CrossModuleSetup, NothingElseMakesTheHome) {
+TEST_F(CrossModuleSetup, OtherEntriesDoNotCreateTheHome) {
   Boot(kAndroid, MODE_USB);
   SetCrossModuleHome(Home() + "missing/");
   const std::string report = "/tmp/cross_module/report.verify.tmp.txt";
@@ -78,10 +78,10 @@ TEST_F(CrossModuleSetup, NothingElseMakesTheHome) {
               EXPECT_EQ(CMplaybackTestCase::CMplayback_Verify_All(nullptr), 1);
             }),
             (Lines{"mv " + report + " " + report + ".Orig", "mv " + report + ".tmp " + report}))
-      << "the report stays where it was written";
+      << "the report is not moved away";
 }
 
-TEST_F(CrossModuleSetup, PathGetsTheTreeOnce) {
+TEST_F(CrossModuleSetup, AddsTheTreeToThePathOnce) {
   Boot(kPelxos, MODE_USB);
   const std::string tree = Home() + "gst_root/usr/bin/";
   const struct {
@@ -96,12 +96,12 @@ TEST_F(CrossModuleSetup, PathGetsTheTreeOnce) {
       EXPECT_EQ(getenv("LD_LIBRARY_PATH"), Home() + "gst_root/usr/lib");
       Setup_GST_Env_Var(false);
       EXPECT_EQ(CommandsOf([] { Setup_GST_Env_Var(true); }), Lines{});
-      EXPECT_EQ(getenv("LD_LIBRARY_PATH"), nullptr) << "set once in a program";
+      EXPECT_EQ(getenv("LD_LIBRARY_PATH"), nullptr) << "set only once per program";
     });
   }
 }
 
-TEST_F(CrossModuleSetup, MountsTheFirstOfTheSticksDevices) {
+TEST_F(CrossModuleSetup, MountsTheFirstDeviceOfTheStick) {
   Boot(kPelxos, MODE_USB);
   for (const std::string device : {"/dev/block/sdc", "/dev/block/sdb", "/dev/block/sda"}) {
     PretendFiles({device, "/dev/block/sdc"});
@@ -129,7 +129,7 @@ TEST_F(CrossModuleSetup, WaitsTenSecondsForAStick) {
   EXPECT_EQ(scripted::Waits(), std::vector<unsigned long>(10, 1'000'000));
 }
 
-TEST_F(CrossModuleSetup, NetworkIsBroughtUpOnceABootWhereItIsNeeded) {
+TEST_F(CrossModuleSetup, BringsTheNetworkUpOncePerBootIfNeeded) {
   const struct {
     int source;
     std::string server;
@@ -154,7 +154,7 @@ TEST_F(CrossModuleSetup, NetworkIsBroughtUpOnceABootWhereItIsNeeded) {
   }
 }
 
-TEST_F(CrossModuleSetup, NetworkIsTriedThreeTimes) {
+TEST_F(CrossModuleSetup, TriesTheNetworkThreeTimes) {
   Boot(kAndroid, MODE_HTTP);
   const std::string attempt =
       "ifconfig eth0 up; /vendor/cvn_rootfs/bin/busybox udhcpc -s /vendor/corvana/udhcpc.script; "
@@ -166,7 +166,7 @@ TEST_F(CrossModuleSetup, NetworkIsTriedThreeTimes) {
     int result;
   } kCables[] = {{2, attempt + attempt + mark, 0},
                  {3, attempt + attempt + attempt + mark, 0},
-                 {0, attempt + attempt + attempt, -1}};  // the cable may come back: no mark
+                 {0, attempt + attempt + attempt, -1}};  // no mark: the cable may be reconnected
   for (const auto& cable : kCables) {
     PretendAddressAtLook(cable.look);
     const auto run = Play("", Setup_PCB_IP);
@@ -175,10 +175,10 @@ TEST_F(CrossModuleSetup, NetworkIsTriedThreeTimes) {
   }
   PretendAddressAtLook(0);
   const auto entry = [] { return CMplaybackTestCase::CMplaybackTest_Setup_PCB_IP(nullptr); };
-  EXPECT_EQ(Play("", entry).result, 1) << "the entry did nothing";
+  EXPECT_EQ(Play("", entry).result, 1) << "the menu entry did nothing";
 }
 
-TEST_F(CrossModuleSetup, AndroidIsSwitchedByItsMarkerAndTheBoardRebootsOnAChange) {
+TEST_F(CrossModuleSetup, SwitchesAndroidByItsMarkerAndRebootsOnAChange) {
   Boot(kAndroid, MODE_USB);
   const std::string osd = "echo osd_pattern=0 0 0xf > /proc/cvngdma/dbg\n";
   const struct {
@@ -200,7 +200,7 @@ TEST_F(CrossModuleSetup, AndroidIsSwitchedByItsMarkerAndTheBoardRebootsOnAChange
   }
 }
 
-TEST_F(CrossModuleSetup, GoldenDataAreReplacedByAllDumpsOrNone) {
+TEST_F(CrossModuleSetup, ReplacesGoldenDataByAllDumpsOrNone) {
   Boot(kAndroid, MODE_USB);
   Set_Current_TestCase(999);
   EXPECT_EQ(CommandsOf([] { EXPECT_EQ(Overwrite_Local_Golden(), -1); }), Lines{}) << "unknown";

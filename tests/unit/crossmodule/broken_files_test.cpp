@@ -1,5 +1,5 @@
-// Files that are half there, of another kind, or no files at all, in every place that reads them:
-// nothing waits or crashes, and no stage passes but where rows say all that is asked of them.
+// Files that are truncated, of another kind, or not regular files, in every place that reads them:
+// no reader hangs or crashes, and no stage passes unless its rows are complete.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned kLimitS = 60;  // a reader that waits for ever is killed
+constexpr unsigned kLimitS = 60;  // a reader that hangs is killed
 
 std::string Text(const std::string& path) {
   return scripted::ReadFile(path);
@@ -46,9 +46,9 @@ std::string WithCarriageReturns(const std::string& text) {
 
 struct Fault {
   const char* name;
-  std::function<std::string(const std::string& text)> text;  // what a file holds instead
-  std::function<int(const char* path)> make;                 // or what is there in its place
-  // Stages that pass when the dump alone is so, and when the golden file is so too.
+  std::function<std::string(const std::string& text)> text;  // the file's content instead
+  std::function<int(const char* path)> make;                 // or what replaces the file
+  // Stages that pass if only the dump is broken, and if the golden file is broken too.
   const char* passing = "";
   const char* bothPassing = "";
 };
@@ -127,7 +127,7 @@ class CrossModuleBroken : public AfterReboot {
   CrossModuleBroken() { alarm(kLimitS); }
   ~CrossModuleBroken() override { alarm(0); }
 
-  /// Verifies all stages of the case and names those that passed.
+  /// Verifies all stages of the case and returns the names of those that passed.
   static std::string Passing() {
     std::ostringstream passing;
     scripted::Play("", [&] {
@@ -144,7 +144,7 @@ class CrossModuleBroken : public AfterReboot {
   }
 };
 
-TEST_F(CrossModuleBroken, NoStagePassesOnThem) {
+TEST_F(CrossModuleBroken, NoStagePasses) {
   scripted::Play("", [] { return Init_TestCase_List(), Set_Current_TestCase(101); });
   const CM_TestCase& testCase = *Get_Current_TestCase();
   for (const Fault& fault : Faults()) {
@@ -168,7 +168,7 @@ TEST_F(CrossModuleBroken, NoStagePassesOnThem) {
   }
 }
 
-TEST_F(CrossModuleBroken, NoSynchronisationPassesOnThem) {
+TEST_F(CrossModuleBroken, NoAvSyncPasses) {
   scripted::Play("", [] { return Init_TestCase_List(), Set_Current_TestCase(501); });
   const auto passes = [] {
     return scripted::Play("", [] { return Verify_AVsync() ? 1 : 0; }).result;
@@ -186,8 +186,8 @@ TEST_F(CrossModuleBroken, NoSynchronisationPassesOnThem) {
   }
 }
 
-/// A setting, how it is read, and its value if its file is not a file, is empty or contains
-/// nothing sensible, and when "1" stands in it and carriage returns end its lines.
+/// A setting, how it is read, and its value if its file is not a regular file, if it is empty or
+/// contains no valid value, and if it contains "1" with carriage returns at line ends.
 struct Setting {
   const char* file;
   std::function<std::string()> get;
@@ -196,7 +196,7 @@ struct Setting {
   const char* one;
 };
 
-TEST_F(CrossModuleBroken, SettingsHaveTheirDefaultsOrAreZero) {
+TEST_F(CrossModuleBroken, SettingsAreDefaultsOrZero) {
   const Setting kSettings[] = {
       {"config/report_send_to_USB_TFTP.config", [] { return std::to_string(Get_Report_Send_To()); },
        "3", "0", "1"},
@@ -226,7 +226,7 @@ TEST_F(CrossModuleBroken, SettingsHaveTheirDefaultsOrAreZero) {
   }
 }
 
-TEST_F(CrossModuleBroken, WhatWouldHarmAShellCommandIsNotTakenFromThem) {
+TEST_F(CrossModuleBroken, UnsafeShellWordsAreRejected) {
   const struct {
     const char* file;
     std::string text;
@@ -253,7 +253,7 @@ TEST_F(CrossModuleBroken, WhatWouldHarmAShellCommandIsNotTakenFromThem) {
   }
 }
 
-TEST_F(CrossModuleBroken, TheOtherReadersOfSettingsComeBackFromThem) {
+TEST_F(CrossModuleBroken, OtherReadersOfSettingsReturn) {
   for (const Fault& fault : Faults()) {
     SCOPED_TRACE(fault.name);
     for (const char* file : {"config/user_add_testcase.cfg", "golden_overwrite.config", "vout"}) {

@@ -1,4 +1,4 @@
-// The catalogue: cases and stages, the names made of them, and what is kept in files.
+// The catalogue: cases and stages, the names made of them, and values kept in files.
 #include "TestCaseCatalogue.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ constexpr char kOverwriteFile[] = "golden_overwrite.config";
 
 class Catalogue : public TemporaryHome {
  protected:
-  /// Builds both lists and returns what was printed.
+  /// Builds both lists and returns the output.
   static std::string Build() {
     const auto run = Play("", [] {
       Init_Module_List();
@@ -70,7 +70,7 @@ TEST_F(Catalogue, FileNamesAreUniqueForAllCasesAndStages) {
     }
   }
   EXPECT_EQ(names.size(), 13U * 7U);
-  // Golden data go by the names that do not fit the conversions.
+  // Golden data use the names that differ from the conversions.
   for (const char* name :
        {"dump-601-hdr10-sdr-Scaler.txt", "dump-602-hlg-hdr10-Audio.txt",
         "dump-603-hlg-sdr-OMXOUT.txt", "dump-604-sdr-hlg-DVO.txt", "dump-501-avSync-VO.txt"}) {
@@ -78,7 +78,7 @@ TEST_F(Catalogue, FileNamesAreUniqueForAllCasesAndStages) {
   }
 }
 
-TEST_F(Catalogue, PrintsACaseRightAlignedOnALeftAdjustedStream) {
+TEST_F(Catalogue, PrintsRightAlignedCasesOnALeftAlignedStream) {
   setenv("CVN_HTTP_CONTENT_SERVER", "server", 1);
   Write("config/selectHttpUsb.cfg", "3\n");
   Build();
@@ -89,7 +89,7 @@ TEST_F(Catalogue, PrintsACaseRightAlignedOnALeftAdjustedStream) {
             "http://server/cross_module_content_v1/[R102]h264-ResChg.ts\033[0;37m|a   |");
 }
 
-TEST_F(Catalogue, UserCaseJoinsAtTheNextStart) {
+TEST_F(Catalogue, UserCaseIsListedAtTheNextStart) {
   InAnEarlierProgram([] {
     Build();
     EXPECT_EQ(Set_User_Add_TestCase("old", 0, "old.ts"), 0);
@@ -104,11 +104,11 @@ TEST_F(Catalogue, UserCaseJoinsAtTheNextStart) {
   EXPECT_EQ(user.contentFile, "sub/my clip.ts");
   EXPECT_EQ(user.hdrFile, 1);
   EXPECT_EQ(Build(), "");
-  EXPECT_EQ(TestCaseList().size(), 14U) << "the list is built once";
+  EXPECT_EQ(TestCaseList().size(), 14U) << "the list is built only once";
   EXPECT_EQ(ModuleTypeList().size(), 7U);
 }
 
-TEST_F(Catalogue, UserCaseFilesOfAllKindsAreRead) {
+TEST_F(Catalogue, ReadsIncompleteUserCaseFiles) {
   const struct {
     const char* text;
     const char* name;
@@ -132,13 +132,13 @@ TEST_F(Catalogue, UserCaseFilesOfAllKindsAreRead) {
   }
 }
 
-TEST_F(Catalogue, AnEmptyOverwriteFileMarksNothingAndIsNoComplaint) {
+TEST_F(Catalogue, EmptyOverwriteFileIsAcceptedWithoutWarning) {
   Write(kOverwriteFile, "");
   EXPECT_EQ(Build().find("skipped"), std::string::npos);
   for (const CM_TestCase& testCase : TestCaseList()) EXPECT_EQ(testCase.goldenOverwritten, 0);
 }
 
-TEST_F(Catalogue, OverwriteLinesBelongToTheCasesFromTheFirstOn) {
+TEST_F(Catalogue, OverwriteLinesApplyToTheCasesInOrder) {
   Write(kOverwriteFile, "0\n1\n");
   EXPECT_EQ(Build().find("skipped"), std::string::npos);
   for (const CM_TestCase& testCase : TestCaseList()) {
@@ -146,7 +146,7 @@ TEST_F(Catalogue, OverwriteLinesBelongToTheCasesFromTheFirstOn) {
   }
 }
 
-TEST_F(Catalogue, MalformedOverwriteLinesAreReportedAndSkippedExtraOnesIgnored) {
+TEST_F(Catalogue, MalformedOverwriteLinesAreReportedAndExtraOnesIgnored) {
   Write(kOverwriteFile, "1\nyes\n\n1 x\n99999999999\n1\n0\n0\n0\n0\n0\n1\nsurplus\n1\n");
   const std::string output = Build();
   std::string told;
@@ -162,7 +162,7 @@ TEST_F(Catalogue, MalformedOverwriteLinesAreReportedAndSkippedExtraOnesIgnored) 
   EXPECT_EQ(flags, "0100101000001");
 }
 
-TEST_F(Catalogue, StagesHaveAResultAndADumpEach) {
+TEST_F(Catalogue, EachStageHasAResultAndADump) {
   Build();
   std::set<const void*> results;
   for (const CM_Module& module : ModuleTypeList()) {
@@ -184,7 +184,7 @@ TEST_F(Catalogue, StagesHaveAResultAndADumpEach) {
   }
 }
 
-TEST_F(Catalogue, MasksKeepAColumnForEachStage) {
+TEST_F(Catalogue, MaskTextHasAColumnForEachStage) {
   Build();
   const struct {
     int mask;
@@ -199,16 +199,16 @@ TEST_F(Catalogue, MasksKeepAColumnForEachStage) {
   for (const auto& c : kCases) EXPECT_EQ(Module_Type_Inte_To_String(c.mask), c.text) << c.mask;
 }
 
-TEST_F(CrossModuleCatalogue, CurrentCaseIsKeptForDriversAndTheNextStart) {
+TEST_F(CrossModuleCatalogue, CurrentCaseIsStoredForDriversAndTheNextStart) {
   EXPECT_EQ(Get_Current_TestCase()->type, 101) << "after a reboot";
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "101\n");
   EXPECT_EQ(Set_Current_TestCase(604), 0);
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "604\n");
   WriteVolatile("file_format.cfg", "102\n");
-  EXPECT_EQ(Get_Current_TestCase()->type, 604) << "this program goes by its own";
+  EXPECT_EQ(Get_Current_TestCase()->type, 604) << "this program uses its own value";
 }
 
-TEST_F(CrossModuleCatalogue, AnUnknownCurrentCaseFollowsTheLast) {
+TEST_F(CrossModuleCatalogue, UnknownCurrentCaseIsKept) {
   InAnEarlierProgram([] { Set_Current_TestCase(999); });
   EXPECT_FALSE(IsKnown(Get_Current_TestCase()));
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "999\n");

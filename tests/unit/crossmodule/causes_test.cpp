@@ -1,6 +1,6 @@
-// One cause for one defect: golden data of the board's twelve cases, as its player made them, with
-// the defects that cvnsim orders. CVN_ALL_CAUSES tries all kinds on all stages of all cases and
-// prints the table, else each kind on each stage of one case.
+// One cause per defect: golden data of the board's twelve cases, as made by its player, with the
+// defects that cvnsim can inject. CVN_ALL_CAUSES tests all kinds on all stages of all cases and
+// prints the table; by default each kind is tested on each stage of one case.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -26,14 +26,14 @@ using player::FrameValues;
 
 constexpr int64_t kOtherClock = 16654321;
 
-/// How a defect has to be reported.
+/// How a defect must be reported.
 struct Ordered {
   const char* kind;
   const char* detail;  // after the frame
   EventKind told;
   int64_t count;
   TimeEffect time = TimeEffect::kUnknown;
-  bool showsPictures = false;  // only stages with checksums show it
+  bool showsPictures = false;  // visible only in stages with checksums
 };
 constexpr Ordered kOrdered[] = {
     {"drop", "", EventKind::kDropped, 1, TimeEffect::kKept},
@@ -85,7 +85,7 @@ MODULE_TYPE ModuleOf(player::Stage stage) {
 
 class Playings {
  public:
-  /// Analyses a playing of the case with these defects.
+  /// Analyses a playback run of the case with these defects.
   CaseEvents Play(const player::PlayedCase& played, const std::vector<Defect>& defects) {
     for (const player::Stage stage : player::kAllStages) {
       std::ofstream out(DumpPath(stage));
@@ -211,7 +211,7 @@ TEST(CrossModuleCauses, TwoDefectsAreTwoCauses) {
             "VO  frame 260 (4.688 s): 1 picture dropped, time kept; seen in Scaler\n");
 }
 
-TEST(CrossModuleCauses, ARowMarkedAsDroppedIsADroppedPicture) {
+TEST(CrossModuleCauses, RowMarkedAsDroppedIsADroppedPicture) {
   Playings playings;
   if (!playings.AreThere()) GTEST_SKIP() << "no golden data of the board";
   EXPECT_EQ(Told(playings.Play(player::FindCase(101),

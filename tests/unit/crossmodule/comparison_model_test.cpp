@@ -1,6 +1,6 @@
-// The rules of the comparison, written down once more as plainly as possible, against the verifiers
-// on random pairs of files: the wrong fields and the numbers of rows must agree. CVN_SEEDS is how
-// many pairs are tried for each stage.
+// A plain reimplementation of the comparison rules, checked against the verifiers on random pairs
+// of files: the wrong fields and the numbers of rows must agree. CVN_SEEDS is the number of pairs
+// per stage.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -16,9 +16,9 @@ namespace {
 using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
 
-/// What a comparison finds.
+/// Findings of a comparison.
 struct Finding {
-  Lines fields;  // as of `FieldsOf`
+  Lines fields;  // as returned by `FieldsOf`
   int64_t compared = 0;
   int64_t goldenSelected = 0;
   int64_t dumpSelected = 0;
@@ -43,10 +43,10 @@ int64_t CountIf(const Rows& rows, const std::function<bool(std::size_t index)>& 
   return count;
 }
 
-// Two rows read together, or one of them alone after the other lagged.
+// Reads a row of both files, or of one of them after the other lagged.
 enum class Next { kBoth, kGolden, kSample, kEnd };
 
-/// Two files that are read side by side, and how often one of them had no row left.
+/// Two files read in parallel, and how often one of them had no row left.
 struct BothFiles {
   const Rows& golden;
   const Rows& sample;
@@ -54,7 +54,7 @@ struct BothFiles {
   std::size_t s = 0;
   int ends = 0;
 
-  /// Reads on. Returns false when a row that is wanted is not there.
+  /// Reads the next rows. Returns false if a required row is missing.
   bool Read(Next next) {
     const bool noGolden = next != Next::kSample && g == golden.size();
     const bool noSample = next != Next::kGolden && s == sample.size();
@@ -65,7 +65,7 @@ struct BothFiles {
   }
 };
 
-/// The walk of the OMX stages. `rateColumn` is 0 where there is no rate.
+/// The comparison of the OMX stages. `rateColumn` is 0 if there is no rate.
 Finding Omx(const Rows& golden, const Rows& sample, std::size_t warmUp, std::size_t rateColumn,
             const std::function<bool(const Row&, const Row&, Finding&)>& differ) {
   const auto isStart = [&](const Row& row) {
@@ -204,8 +204,8 @@ Finding Vdec(const Rows& golden, const Rows& sample) {
   return found;
 }
 
-/// The column comparison of VO and Scaler. Differences in rows below `tolerance` only count; from
-/// row `known` on that is the rate's, before it `unknown`.
+/// The column comparison of VO and Scaler. Rows before the tolerance has passed are not compared:
+/// before row `known` it is `unknown` rows, from then on `rows`.
 struct Tolerance {
   std::size_t unknown;
   std::size_t known;
@@ -243,7 +243,7 @@ std::size_t TwoSeconds(const Row& row, std::size_t rateColumn, int rounding) {
 }
 
 Finding Vo(const Rows& golden, const Rows& sample) {
-  // Golden's frame 0 says what the rate is.
+  // Golden's frame 0 contains the rate.
   const auto first = std::ranges::find(golden, "0", [](const Row& row) { return row[0]; });
   const auto known = static_cast<std::size_t>(first - golden.begin());
   const std::size_t rows = first == golden.end() ? 1 : TwoSeconds(*first, 6, 100);
@@ -377,7 +377,8 @@ class Pair {
             model_
                 .changed[static_cast<std::size_t>(Below(static_cast<int>(model_.changed.size())))]);
         const bool isRate = columns_[column].unit == Unit::kMilliFramesPerSecond;
-        // Rates that still give the same start, some near enough to be only worth a warning.
+        // Rates that result in the same start; some differ so little that they only cause a
+        // warning.
         (*row)[column] =
             isRate ? (Below(2) == 0 ? "30400" : "36001") : std::to_string(10 + Below(90));
         break;

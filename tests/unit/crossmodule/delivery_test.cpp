@@ -1,4 +1,4 @@
-// The shell commands that clean, pack and send a report, and what they leave.
+// The shell commands that clean, pack and send a report, and their results.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -83,7 +83,7 @@ TEST_F(CrossModuleDelivery, PacksWithTheBoardsTools) {
   }
 }
 
-TEST_F(CrossModuleDelivery, SendsWhereTheSettingSays) {
+TEST_F(CrossModuleDelivery, SendsToTheConfiguredDestination) {
   const Lines usb = {"mkdir -p /tmp/usb/cross_module_report",
                      "cp /a/b/report.txt /tmp/usb/cross_module_report/"};
   const struct {
@@ -140,7 +140,7 @@ TEST_F(CrossModuleDelivery, SendsTheKeptDumps) {
   EXPECT_EQ(CommandsOf(Send_Dump_To_TFTP), expected);
 }
 
-TEST_F(CrossModuleDelivery, MountsTheStickBeforeItSendsThere) {
+TEST_F(CrossModuleDelivery, MountsTheStickBeforeSending) {
   crossmodule::PretendBoardFile(kAndroid);
   SendTo(1);
   const auto send = [] { return Send_Report_File("/a/report.txt") ? 0 : 1; };
@@ -163,10 +163,10 @@ TEST_F(CrossModuleDelivery, MountsTheStickBeforeItSendsThere) {
   EXPECT_EQ(second.commands, (Lines{"sync", copied[0], copied[1], copied[2]}))
       << "it is still mounted";
   crossmodule::PretendFiles({});
-  EXPECT_EQ(Play("", send).result, 1) << "pulled out";
+  EXPECT_EQ(Play("", send).result, 1) << "the stick was removed";
 }
 
-TEST_F(CrossModuleDelivery, FailsWhenNothingWasPackedOrSent) {
+TEST_F(CrossModuleDelivery, FailsIfNothingWasPackedOrSent) {
   crossmodule::PretendBoardFile(kSorvex);
   const auto package = [] { return CMplaybackTestCase::CMplaybackTest_Package_AllInOne(nullptr); };
   const auto sendDumps = [] { return CMplaybackTestCase::CMplayback_Send_Dump_To_TFTP(nullptr); };
@@ -178,7 +178,7 @@ TEST_F(CrossModuleDelivery, FailsWhenNothingWasPackedOrSent) {
 
   home_.Write("dump_tmp/dump-101-h264-FrtChg-VO.txt", "a dump\n");
   const struct {
-    const char* failing;  // commands that hold this
+    const char* failing;  // commands that contain this
     int package;
     int sendDumps;
   } kFaults[] = {{"nothing", 0, 0}, {"tftp -p", 1, 1}, {"tar -zcf", 1, 0}, {"-VO.txt tv", 0, 0}};
@@ -217,7 +217,7 @@ TEST_F(CrossModuleDelivery, DoesNothingForAnUnknownTestCase) {
             "case\n");
 }
 
-TEST(ReportCleaning, TakesEveryColourSequenceOutAndNothingElse) {
+TEST(ReportCleaning, RemovesOnlyColourSequences) {
   const std::string path = testing::TempDir() + "coloured_";
   const std::string coloured = path + ".Orig";
   const std::string clean = path + ".tmp";
@@ -246,7 +246,7 @@ TEST(ReportCleaning, TakesEveryColourSequenceOutAndNothingElse) {
   std::remove(clean.c_str());
 }
 
-TEST(ReportCleaning, ReportsAFileThatItCannotOpen) {
+TEST(ReportCleaning, ReportsFilesThatCannotBeOpened) {
   const auto clean = [] { return Remove_Color_Code_From_File("/nowhere/report.txt"), 0; };
   EXPECT_EQ(CommandsOf(clean), Lines{});
   EXPECT_EQ(Play("", clean).output,
@@ -254,7 +254,7 @@ TEST(ReportCleaning, ReportsAFileThatItCannotOpen) {
             "file\n");
 }
 
-/// Runs a command in a real shell and returns what it printed.
+/// Runs a command in a real shell and returns its output.
 std::string Shell(const std::string& command) {
   std::FILE* shell = popen((command + " 2>/dev/null").c_str(), "r");
   std::string output;
@@ -263,7 +263,7 @@ std::string Shell(const std::string& command) {
   return output;
 }
 
-TEST_F(CrossModuleDelivery, LeavesAnArchiveOfDumpsAndReportBesideTheReport) {
+TEST_F(CrossModuleDelivery, StoresAnArchiveNextToTheReport) {
   crossmodule::PretendBoardFile(kSorvex);
   home_.Play(101, {});
   home_.Write("report/report_101-h264-FrtChg_0315_142501.txt", "the report\n");

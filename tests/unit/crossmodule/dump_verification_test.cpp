@@ -1,4 +1,4 @@
-// Dumps verified away from a board, with all results as whole texts.
+// Verification of dumps without a board, with all results as whole texts.
 #include "runner/DumpVerification.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ std::string Text(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// What a verification writes, all of it.
+/// Everything that a verification writes.
 struct Verified {
   int status;
   std::string text;
@@ -59,7 +59,7 @@ TEST(DumpVerification, WritesEveryResultOfAFailingCase) {
   EXPECT_TRUE(test::IsAsExpected("verify.txt", verified.text));
 }
 
-TEST(DumpVerification, PassesOnlyWithAllDumpsThere) {
+TEST(DumpVerification, PassesOnlyWithAllDumps) {
   crossmodule::Home home;
   home.Play(101, {});
   const Verified whole = Verify(home, "101");

@@ -1,4 +1,4 @@
-// How events are reported: the causes in the report, the JSON lines and the strip, as whole texts.
+// Reporting of events: the causes in the report, the JSON lines and the strip, as whole texts.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr uint32_t kBegin = 4'294'960'000;  // time stamps wrap 81 ms later
+constexpr uint32_t kBegin = 4'294'960'000;  // time stamps wrap around 81 ms later
 
 FrameEvent At(MODULE_TYPE stage, EventKind kind, int64_t frame, int64_t count = 1) {
   FrameEvent event;
@@ -37,7 +37,7 @@ StageEvents StageOf(MODULE_TYPE stage, std::vector<FrameEvent> events, uint32_t 
   return found;
 }
 
-/// One event of each kind, and one that follows from another.
+/// One event of each kind, and one caused by another.
 CaseEvents EveryKind() {
   FrameEvent dropped = At(MODULE_VDEC, EventKind::kDropped, 100, 2);
   dropped.time = TimeEffect::kKept;
@@ -87,7 +87,7 @@ CaseEvents EveryKind() {
 const std::vector<SyncMark> kMarks = {{kBegin + 90000, kBegin + 90090, -1, true},
                                       {kBegin + 900000, kBegin + 901890, 21, false}};
 
-TEST(EventReport, NamesEveryKindItsPlaceAndWhatItLedTo) {
+TEST(EventReport, ReportsEveryKindWithPlaceAndEffects) {
   const CaseEvents found = EveryKind();
   CM_Verify_Result vo(MODULE_VO), audio(MODULE_AUDIO);
   audio.columnNames = {"pts"};
@@ -101,7 +101,7 @@ TEST(EventReport, NamesEveryKindItsPlaceAndWhatItLedTo) {
   EXPECT_TRUE(test::IsAsExpected("events.txt", text.str()));
 }
 
-TEST(EventReport, StripShowsEveryKindAndTheMarksOfSynchronisation) {
+TEST(EventReport, StripShowsEveryKindAndTheSyncMarks) {
   EXPECT_TRUE(test::IsAsExpected("events.svg", EventStrip(EveryKind(), kMarks)));
 }
 
@@ -130,11 +130,12 @@ TEST(EventReport, LongListsEndAfterFortyCauses) {
       EXPECT_EQ(shown.find("frame 200 ("), std::string::npos) << causes << shown;
       EXPECT_NE(shown.find("frame 195 ("), std::string::npos) << causes;
     }
-    EXPECT_EQ(strip.find(">41</text>"), std::string::npos) << "marked with a number not listed";
+    EXPECT_EQ(strip.find(">41</text>"), std::string::npos)
+        << "marked with a number that is not listed";
   }
 }
 
-/// The times at the strip's axis.
+/// The times on the strip's axis.
 std::vector<std::string> Ticks(double seconds) {
   CaseEvents found{"101", {StageOf(MODULE_VO, {})}};
   found.stages[0].shown->last = kBegin + static_cast<uint32_t>(seconds * 90000);

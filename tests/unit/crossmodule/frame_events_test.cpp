@@ -1,5 +1,5 @@
-// Events of one stage: random golden files with random defects, put in by a generator that knows
-// the truth, and literal cases at the edges. CVN_SEEDS is how many random pairs are tried.
+// Events of one stage: random golden files with random defects made by a generator, which returns
+// the expected events, and literal edge cases. CVN_SEEDS is the number of random pairs.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -13,7 +13,7 @@
 namespace {
 
 constexpr int64_t kFrame90k = 3000;
-constexpr std::size_t kFirstCompared = 130;  // every stage compares from there on
+constexpr std::size_t kFirstCompared = 130;  // all stages compare rows from here on
 
 struct Picture {
   int64_t frame = 0;
@@ -25,7 +25,7 @@ struct Picture {
 };
 using Pictures = std::vector<Picture>;
 
-/// One event as known by the generator, or as reported by the analysis.
+/// An event as expected by the generator or reported by the analysis.
 struct Truth {
   EventKind kind;
   int64_t first;
@@ -94,7 +94,8 @@ Pictures PlainPictures(std::size_t count) {
   return pictures;
 }
 
-/// Puts defects into a dump, from the last one to the first, so that places stay golden's.
+/// Inserts defects into a dump, from the last one to the first, so that places remain those in
+/// golden.
 class Spoiler {
  public:
   Spoiler(const Stage& stage, const Pictures& golden)
@@ -204,7 +205,7 @@ std::string Told(const std::vector<Truth>& truths) {
   return text;
 }
 
-/// Whether the event says the truth, or contains it where content repeats.
+/// Whether the event is the expected one or, where content repeats, includes it.
 bool Says(const FrameEvent& event, const Truth& truth, int64_t slack) {
   const bool hasTicks = truth.ticks != 0;
   return event.kind == truth.kind && event.count == truth.count && event.first <= truth.first &&
@@ -217,7 +218,7 @@ bool Says(const std::vector<FrameEvent>& events, const std::vector<Truth>& truth
                             [&](const FrameEvent& e, const Truth& t) { return Says(e, t, slack); });
 }
 
-/// A random golden file, with repeated content and numbers that start again, and its dump.
+/// A random golden file, with repeated content and restarting numbers, and its dump.
 class RandomPair {
  public:
   RandomPair(const Stage& stage, unsigned seed) : random_(seed), golden(PlainPictures(Rows())) {
@@ -268,7 +269,7 @@ class RandomPair {
     spoiler.Apply(kind, at, count, Below(2) == 0, ticks);
   }
 
-  /// Another run: another clock that drifts, sometimes other numbers and time stamps.
+  /// Another run: a different, drifting clock, and sometimes other frame numbers and time stamps.
   void PlayOtherwise() {
     const int64_t start = Below(1 << 30);
     const double drift = (Below(61) - 30) / 1e6;
@@ -294,7 +295,7 @@ class RandomPair {
   std::vector<Truth> truths;
 };
 
-/// A defect on plain pictures of VDEC, of which every row is compared, or another stage.
+/// A defect in plain pictures of VDEC, where every row is compared, or of another stage.
 struct Literal {
   EventKind kind;
   std::size_t at;
@@ -350,7 +351,7 @@ TEST(FrameEvents, AreExactAtTheEdgesAndInBursts) {
   }
 }
 
-/// Two defects, the second one at the row after the first.
+/// Two defects, the second one in the row after the first.
 struct Neighbours {
   EventKind first;
   EventKind second;
@@ -367,7 +368,7 @@ constexpr Neighbours kNeighbours[] = {
     {EventKind::kDamaged, EventKind::kRepeated, "damaged 100..100 x1\nrepeated 101..101 x1 kept\n"},
 };
 
-TEST(FrameEvents, AreDistinguishedSideBySide) {
+TEST(FrameEvents, AreDistinguishedInAdjacentRows) {
   for (const Neighbours& pair : kNeighbours) {
     const Pictures golden = PlainPictures(kLiteralRows);
     Spoiler spoiler(*FindStage(MODULE_VDEC), golden);
@@ -378,7 +379,7 @@ TEST(FrameEvents, AreDistinguishedSideBySide) {
   }
 }
 
-TEST(FrameEvents, OffsetsOfNumbersAndTimeStampsAndWrapsAreNoEvents) {
+TEST(FrameEvents, IgnoreOffsetsAndWrapArounds) {
   const Stage& stage = *FindStage(MODULE_VDEC);
   Pictures golden = PlainPictures(kLiteralRows);
   for (Picture& picture : golden) picture.pts += (int64_t{1} << 33) - 3 * kFrame90k - 90000;
@@ -392,7 +393,7 @@ TEST(FrameEvents, OffsetsOfNumbersAndTimeStampsAndWrapsAreNoEvents) {
   EXPECT_EQ(Told(Analyse(stage, golden, dump).events), "");
 }
 
-TEST(FrameEvents, AnotherLineEndIsAChangeWhereTheVerifierSeesOne) {
+TEST(FrameEvents, ReportLineEndsOnlyWhereTheVerifierComparesThem) {
   for (const MODULE_TYPE module : {MODULE_OMXIN, MODULE_VDEC}) {
     const Stage& stage = *FindStage(module);
     const std::string text = FileText(stage, PlainPictures(kLiteralRows));
@@ -407,11 +408,11 @@ TEST(FrameEvents, AnotherLineEndIsAChangeWhereTheVerifierSeesOne) {
   }
 }
 
-TEST(FrameEvents, LeaveThePlaceOpenWhereNothingIdentifiesIt) {
+TEST(FrameEvents, GiveARangeWhereThePlaceIsAmbiguous) {
   const Stage& stage = *FindStage(MODULE_SCALER);
   Pictures golden = PlainPictures(200);
   for (std::size_t i = 100; i < 140; ++i) golden[i].content = golden[100].content;
-  // One picture of the still is lost, what follows comes earlier, and numbers go on.
+  // One picture of the still is lost, the following ones come earlier, and frame numbers continue.
   Pictures dump = golden;
   dump.erase(dump.begin() + 120);
   for (std::size_t i = 120; i < dump.size(); ++i) {
@@ -438,7 +439,7 @@ TEST(FrameEvents, PacingReportsRateWorstIntervalAndDrift) {
   EXPECT_NEAR(pacing->driftPpm, 50, 2);
 }
 
-TEST(FrameEvents, SayTheTruthOfRandomDefects) {
+TEST(FrameEvents, MatchRandomDefects) {
   const char* more = std::getenv("CVN_SEEDS");
   constexpr unsigned kSeeds = CVN_SANITIZED ? 200 : 2000;  // sanitizers are slow
   const unsigned seeds = more == nullptr ? kSeeds : static_cast<unsigned>(std::atoi(more));
@@ -448,7 +449,7 @@ TEST(FrameEvents, SayTheTruthOfRandomDefects) {
     const RandomPair pair(stage, seed);
     const StageEvents found = Analyse(stage, pair.golden, pair.dump);
     const bool isTrue = Says(found.events, pair.truths, 300);
-    EXPECT_TRUE(isTrue) << stage.simpleName << " seed " << seed << "\ntrue:\n"
+    EXPECT_TRUE(isTrue) << stage.simpleName << " seed " << seed << "\nexpected:\n"
                         << Told(pair.truths) << "found:\n"
                         << Told(found.events);
     wrong += isTrue ? 0 : 1;
