@@ -1,4 +1,4 @@
-// The stored EDIDs in the eyes of another reader.
+// The stored EDIDs, checked by an independent decoder.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// What edid-decode says of a port's image; empty where that program is missing.
+/// Output of edid-decode for a port's image; empty if that program is not installed.
 std::string Decoded(unsigned port) {
   std::string path = testing::TempDir() + "edid_XXXXXX";
   const int file = mkstemp(path.data());

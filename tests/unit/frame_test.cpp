@@ -71,7 +71,7 @@ TEST_F(FrameTest, MenusAreInTheOrderOfTheModuleIds) {
             (Names{"Rlink Module Test", "K2v_Hal_Device Module Test"}));
 }
 
-TEST_F(FrameTest, EveryModulesMenuHoldsItsTestsInOrder) {
+TEST_F(FrameTest, EveryModuleMenuListsItsTestsInOrder) {
   for (const ModuleEntry& entry : ModuleList()) {
     unsigned short index = 0;
     for (const auto& test : entry.instance()->Tests()) {
@@ -82,7 +82,7 @@ TEST_F(FrameTest, EveryModulesMenuHoldsItsTestsInOrder) {
   }
 }
 
-TEST_F(FrameTest, UnitModuleBelongsToTheManualMenuHoweverItIsReached) {
+TEST_F(FrameTest, UnitModuleBelongsToTheManualMenuOnEveryPath) {
   Case* unit = Descend(frame_->getCurrentMenu(), {4});
   Case* viaWrapper = Descend(unit, {1, 3, 0});
   Case* viaAll = Descend(unit, {1, 6, 3});
@@ -91,10 +91,10 @@ TEST_F(FrameTest, UnitModuleBelongsToTheManualMenuHoweverItIsReached) {
   EXPECT_STREQ(viaWrapper->getParaent()->getName(), "Manual Unit Test");
 }
 
-TEST_F(FrameTest, WrappersRunWhenEnteredAndLeaveTheirMenuShown) {
-  simhal::Fail("K2V_RHAL_VFE_HDMI_Initialize", -1);  // no receiver, so no test asks for its port
+TEST_F(FrameTest, WrappersRunWhenEnteredAndStayInTheirMenu) {
+  simhal::Fail("K2V_RHAL_VFE_HDMI_Initialize", -1);  // no receiver, so no test prompts for its port
   simhal::Fail("K2V_RHAL_register_thermal_notifier", -1);  // … and no session waits for it
-  // Unit Test, Auto Unit Test, one module's wrapper, the run of all modules.
+  // Unit Test, Auto Unit Test, the wrapper of one module, the run of all modules.
   for (const char* choice : {"4\n", "1\n", "3\n", "6\n"}) {
     EXPECT_EQ(scripted::Play(choice, [this] { return frame_->EnterMenu(); }).result, 1);
     if (choice[0] == '4') continue;
@@ -109,7 +109,7 @@ TEST_F(FrameTest, PreviousInTheRootAndQuitAnywhereEndTheProgram) {
   EXPECT_EQ(scripted::Play("P\n", [this] { return frame_->EnterMenu(); }).result, 0);
 }
 
-TEST_F(FrameTest, PrintsTheMenuToTheLetter) {
+TEST_F(FrameTest, PrintsTheMenuExactly) {
   scripted::Play("0\n", [this] { return frame_->EnterMenu(); });
   const std::string rule(136, '*');
   const std::string expected =
@@ -123,7 +123,7 @@ TEST_F(FrameTest, PrintsTheMenuToTheLetter) {
   EXPECT_EQ(scripted::Play("", [this] { return frame_->PrintMenu(), 0; }).output, expected);
 }
 
-TEST_F(FrameTest, ATestWithoutAFunctionIsNeitherCountedNorReported) {
+TEST_F(FrameTest, TestWithoutAFunctionIsNeitherCountedNorReported) {
   const auto run = scripted::Play("", [this] {
     return Descend(frame_->getCurrentMenu(), {5, 0, 0, 7})->Run();  // a separator
   });
@@ -132,7 +132,7 @@ TEST_F(FrameTest, ATestWithoutAFunctionIsNeitherCountedNorReported) {
   EXPECT_EQ(testCounters.total, 0);
 }
 
-// A module that fills what its test gives it.
+// A module that exposes the functions that add tests.
 class ListModule : public Module {
  public:
   using Module::AddTests;
@@ -145,7 +145,7 @@ class ListModule : public Module {
 constexpr ST_THAL_TEST_CASE_T kThree[] = {
     {0, "a", "", nullptr, true}, {1, "b", "", nullptr, true}, {2, "c", "", nullptr, true}};
 
-TEST(RegistryTest, AutoTestsAreReadFromWhereThePlaybackListEnded) {
+TEST(RegistryTest, AutoTestsFollowTheEndOfThePlaybackList) {
   ListModule module;
   module.Declare(EN_MURO_CM_AUTOTEST, ListModule::kPlayback, "both", "", kThree);
   module.AddTests(ListModule::kAutoTest, kThree);
@@ -156,7 +156,7 @@ TEST(RegistryTest, AutoTestsAreReadFromWhereThePlaybackListEnded) {
   EXPECT_EQ(module.GetCrossModuleTestList_AutoTest(2)->getParaent(), nullptr);
 }
 
-TEST(RegistryTest, RefusesIdsWithoutASlot) {
+TEST(RegistryTest, RejectsIdsWithoutASlot) {
   ListModule module;
   EXPECT_EQ(TestFrame::GetInstance()->RegistTestModule(&module, EN_MURO_MODULE_COUNT), 0);
   EXPECT_EQ(TestFrame::GetInstance()->RegistTestModule(&module, static_cast<EN_MURO_MODULE>(-1)),
@@ -164,7 +164,7 @@ TEST(RegistryTest, RefusesIdsWithoutASlot) {
   EXPECT_EQ(module.DoInit(), 0);
 }
 
-TEST(RegistryTest, AListKeepsAnEmptyEntryAtItsEnd) {
+TEST(RegistryTest, ListKeepsAnEmptyLastEntry) {
   ListModule module;
   for (int i = 0; i < 100; ++i) module.AddTests(ListModule::kVideo, kThree);
   EXPECT_NE(module.GetSICVideoTestList(254), nullptr);
@@ -199,11 +199,11 @@ TEST(ModuleCaseTest, FollowsChoices) {
   Case* second = nullptr;
   scripted::Play("00000000000000000012\n",
                  [&] { return first = menu.enterMenu(), second = menu.enterMenu(), 0; });
-  EXPECT_EQ(first, &children[1]) << "19 characters are a choice";
-  EXPECT_EQ(second, &children[2]) << "and the others the next one";
+  EXPECT_EQ(first, &children[1]) << "the first 19 characters are one choice";
+  EXPECT_EQ(second, &children[2]) << "and the rest is the next one";
 }
 
-TEST(ModuleCaseTest, RemoveDropsTheLastChildWhateverItIsGiven) {
+TEST(ModuleCaseTest, RemoveAlwaysRemovesTheLastChild) {
   ModuleCase menu("menu", "");
   ModuleCase a("a", "");
   ModuleCase b("b", "");
@@ -225,7 +225,7 @@ TEST(ModuleCaseTest, OwnsCopiesOfItsTexts) {
   EXPECT_STREQ(menu.getDescription(), "");
 }
 
-TEST(ConsoleTest, LongInputIsCutToWhatATerminalsLineCanHold) {
+TEST(ConsoleTest, LongInputIsCutToTheLengthOfATerminalLine) {
   std::string line, answer, rest;
   scripted::Play(std::string(5000, 'x') + "\n" + std::string(5000, 'y') + " rest\n", [&] {
     line = console::ReadLine();
@@ -238,14 +238,14 @@ TEST(ConsoleTest, LongInputIsCutToWhatATerminalsLineCanHold) {
   EXPECT_EQ(rest, "rest");
 }
 
-TEST(ConsoleTest, ClosedInputKeepsNoCoreBusy) {
+TEST(ConsoleTest, ClosedInputDoesNotBusyWait) {
   constexpr int kWaits = 20;
   int number = 0;
   for (const std::function<int()>& ask :
        {std::function<int()>(_get_yes_no),
         std::function<int()>([&] { return _get_number_with_range(&number, 0, 9, 10); })}) {
     const auto run = scripted::PlayApart("", [&ask] {
-      alarm(60);  // where nothing waits at all
+      alarm(60);  // if nothing waits at all
       scripted::OnWait([waits = 0](unsigned long) mutable {
         if (++waits == kWaits) _exit(scripted::WaitedUs() >= kWaits / 2 * 100'000 ? 7 : 1);
       });

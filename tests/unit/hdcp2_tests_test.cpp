@@ -1,5 +1,5 @@
-// HDCP 2 tests against the simulated HAL: verdicts and lines with a receiver, a source or a HAL
-// that fails.
+// HDCP 2 tests with the simulated HAL: verdicts and output if a receiver, a source or the HAL
+// fails.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -22,7 +22,7 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-TEST(Hdcp2, ABringUpEndsWithAnAuthentication) {
+TEST(Hdcp2, BringUpEndsWithAuthentication) {
   for (const TestFunction test :
        {Hdcp2TestCase::Hdcp2Test_Init, Hdcp2TestCase::Hdcp2Test_LoadKeys,
         Hdcp2TestCase::Hdcp2Test_VerifyKeys, Hdcp2TestCase::Hdcp2Test_AKE,
@@ -40,10 +40,10 @@ TEST(Hdcp2, ABringUpEndsWithAnAuthentication) {
       << run.output;
 }
 
-TEST(Hdcp2, EachFaultFailsTheStepThatItBelongsTo) {
+TEST(Hdcp2, EachFaultFailsItsStep) {
   const struct {
     const char* command;
-    TestFunction passes;  // the step before
+    TestFunction passes;  // the previous step
     TestFunction fails;
     const char* line;
   } kCases[] = {
@@ -73,7 +73,7 @@ TEST(Hdcp2, EachFaultFailsTheStepThatItBelongsTo) {
   }
 }
 
-TEST(Hdcp2, RefusesPortsThatAreNone) {
+TEST(Hdcp2, RejectsInvalidPorts) {
   for (const TestFunction test :
        {Hdcp2TestCase::Hdcp2Test_AKE, Hdcp2TestCase::Hdcp2Test_LocalityCheck,
         Hdcp2TestCase::Hdcp2Test_SessionKeyExchange, Hdcp2TestCase::Hdcp2Test_ReceiverInfo,
@@ -89,7 +89,7 @@ TEST(Hdcp2, RefusesPortsThatAreNone) {
   }
 }
 
-TEST(Hdcp2, AReceiverThatWasUnpluggedIsNotAuthenticated) {
+TEST(Hdcp2, UnpluggedReceiverIsNotAuthenticated) {
   EXPECT_EQ(PlayTest(Hdcp2TestCase::Hdcp2Test_Authenticate).result, 0);
   EXPECT_TRUE(
       Contains(PlayTest(Hdcp2TestCase::Hdcp2Test_ReceiverInfo).output, "state = authenticated\n"));
@@ -100,7 +100,7 @@ TEST(Hdcp2, AReceiverThatWasUnpluggedIsNotAuthenticated) {
   }
 }
 
-TEST(Hdcp2, StreamTestTakesTheRepeaterFlagBackWhenItFails) {
+TEST(Hdcp2, StreamTestResetsTheRepeaterFlagOnFailure) {
   PlayTest(Hdcp2TestCase::Hdcp2Test_Init);
   simhal::Fail("K2V_RHAL_HDCP2_Authenticate", -7);
   const auto run = PlayTest(Hdcp2TestCase::Hdcp2Test_StreamManage);
@@ -111,7 +111,7 @@ TEST(Hdcp2, StreamTestTakesTheRepeaterFlagBackWhenItFails) {
 
 struct UnitTest {
   TestFunction test;
-  const char* function;  // one that the test cannot pass without
+  const char* function;  // a function that the test depends on
 };
 
 constexpr UnitTest kUnitTests[] = {
@@ -130,7 +130,7 @@ constexpr UnitTest kUnitTests[] = {
     {UTHdcp2TestCase::UTHdcp2Test_RevokedReceiver, "K2V_RHAL_HDCP2_SetRevocationList"},
 };
 
-TEST(UTHdcp2, PassesAndFailsWhenAFunctionOnlySaysThatItWorked) {
+TEST(UTHdcp2, FailsIfAFunctionOnlyReportsSuccess) {
   for (const auto& [test, function] : kUnitTests) {
     simhal::Reset();
     auto run = PlayTest(test);
@@ -143,13 +143,13 @@ TEST(UTHdcp2, PassesAndFailsWhenAFunctionOnlySaysThatItWorked) {
   }
 }
 
-TEST(UTHdcp2, ReportsTheCodeOfACallThatFails) {
+TEST(UTHdcp2, ReportsTheCodeOfAFailedCall) {
   simhal::Fail("K2V_RHAL_HDCP2_Sha256", -7);
   EXPECT_TRUE(Contains(PlayTest(UTHdcp2TestCase::UTHdcp2Test_Sha256).output,
                        "K2V_RHAL_HDCP2_Sha256 NG : -7\nSHA-256 known answer : NG\n"));
 }
 
-TEST(Hdcp2Keys, StayOutOfTheTrace) {
+TEST(Hdcp2Keys, AreNotInTheTrace) {
   for (const auto& entry : kUnitTests) PlayTest(entry.test);
   PlayTest(Hdcp2TestCase::Hdcp2Test_Authenticate);
   for (const std::string& call : simhal::Calls()) EXPECT_LT(call.size(), 120u) << call;

@@ -1,5 +1,5 @@
-// Generated dumps against the verifiers: what is the same passes, and the result names exactly the
-// defects that were put in.
+// Generated dumps and the verifiers: equal dumps pass, and the result contains exactly the injected
+// defects.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -47,7 +47,7 @@ constexpr StageVerifier kVerifiers[] = {
     {Stage::kAudio, MODULE_AUDIO, Verify_Audio},
 };
 
-/// A golden file and a dump of one stage, in the test's temporary directory.
+/// A golden file and a dump of one stage, in the temporary directory of the test.
 class Pair {
  public:
   Pair(const Clip& clip, Stage stage, const std::vector<Defect>& defects)
@@ -124,8 +124,8 @@ std::string FirstDifference(const Lines& expected, const Lines& found) {
   return "";
 }
 
-/// What a comparison of rows, first with first, must find. VDEC ends with the shorter file; of the
-/// others every row that only one has fails, and the first two seconds are not looked at.
+/// Expected findings of a comparison row by row. VDEC ends with the shorter file; in the other
+/// stages every row that only one file has fails, and the first two seconds are ignored.
 Lines ExpectByRow(const Clip& clip, Stage stage, const Rows& golden, const Rows& sample) {
   const auto columns = player::FormatOf(stage).columns;
   const auto start = stage == Stage::kVdec ? std::size_t{0}
@@ -134,7 +134,8 @@ Lines ExpectByRow(const Clip& clip, Stage stage, const Rows& golden, const Rows&
   for (std::size_t i = start; i < std::min(golden.size(), sample.size()); ++i) {
     for (std::size_t k = 0; k < columns.size(); ++k) {
       const std::string prefix = stage == Stage::kScaler && columns[k].hexadecimal ? "0x" : "";
-      // The scaler's rates are compared in whole frames: one off by a thousandth is the same.
+      // The scaler's rates are compared in whole frames: a difference of a thousandth does not
+      // count.
       const bool looseRate = stage == Stage::kScaler && columns[k].name == "frame_rate";
       if (columns[k].name != "90k_counter" && !looseRate && golden[i][k] != sample[i][k])
         lines.push_back(
@@ -149,7 +150,7 @@ Lines ExpectByRow(const Clip& clip, Stage stage, const Rows& golden, const Rows&
   return lines;
 }
 
-/// The columns that a stage aligned by frame number reports, by their place in its rows.
+/// The columns reported by a stage aligned by frame number, by their position in its rows.
 std::vector<std::size_t> ReportedColumns(Stage stage) {
   if (stage == Stage::kDvo) return {0, 2, 3};
   std::vector<std::size_t> all(player::FormatOf(stage).columns.size());
@@ -160,7 +161,7 @@ std::vector<std::size_t> ReportedColumns(Stage stage) {
 bool IsCompared(Stage stage, std::string_view column) {
   static const std::map<Stage, std::vector<std::string_view>> kCompared = {
       {Stage::kOmxIn, {"input_size", "input_flags", "pts.L"}},
-      {Stage::kOmxOut, {"hdrInfo", "pts.L"}},  // a rate that is off by one only warns
+      {Stage::kOmxOut, {"hdrInfo", "pts.L"}},  // a rate that differs by one only causes a warning
       {Stage::kDvo, {"frame_rate", "pts.L"}},
       {Stage::kAudio, {"sample_rate", "channel_no", "pcm_data_crc"}},
   };
@@ -168,7 +169,7 @@ bool IsCompared(Stage stage, std::string_view column) {
   return std::find(compared.begin(), compared.end(), column) != compared.end();
 }
 
-/// What the walk by frame number must find of defects that are in order and apart from each other.
+/// Expected findings of the comparison by frame number, for defects in order and not adjacent.
 Lines ExpectByFrame(Stage stage, const Rows& golden, const std::vector<Defect>& defects) {
   const auto columns = player::FormatOf(stage).columns;
   Lines lines;
@@ -201,7 +202,7 @@ Lines ExpectByFrame(Stage stage, const Rows& golden, const std::vector<Defect>& 
   return lines;
 }
 
-/// Sound is aligned by pts: blocks that are missing or come twice are passed by.
+/// Audio rows are aligned by pts: missing and repeated blocks are skipped.
 Lines ExpectOfAudio(const Rows& golden, const std::vector<Defect>& defects) {
   const auto hex = [](long long value) {
     std::ostringstream text;
@@ -235,7 +236,7 @@ Lines Expect(const Clip& clip, Stage stage, const Rows& golden, const Rows& samp
   }
 }
 
-/// Up to three defects after every stage's warm-up. Columns that rows are aligned by stay.
+/// Up to three defects after the warm-up of all stages. Columns used for alignment are not changed.
 std::vector<Defect> DrawDefects(Stage stage, std::mt19937& random) {
   constexpr DefectKind kKinds[] = {DefectKind::kChange, DefectKind::kChange, DefectKind::kDrop,
                                    DefectKind::kRepeat, DefectKind::kReorder};
@@ -262,20 +263,21 @@ TEST(DumpGenerator, MakesPairsThatPassInEveryStage) {
       const bool hasClock = player::FindColumn(player::FormatOf(stage), "90k_counter") != nullptr;
       const bool same =
           scripted::ReadFile(pair.GoldenPath()) == scripted::ReadFile(pair.SamplePath());
-      EXPECT_NE(same, hasClock) << "the clock is not the same in two runs";
+      EXPECT_NE(same, hasClock) << "the clock differs between runs";
     }
   }
 }
 
-TEST(DumpGenerator, TitlesSuitTheirReaders) {
+TEST(DumpGenerator, TitlesFitTheReadersBuffers) {
   for (const Stage stage : {Stage::kOmxIn, Stage::kOmxOut, Stage::kDvo})
-    EXPECT_LE(player::TitleOf(player::FormatOf(stage)).size(), 65U) << "the rest would be a row";
+    EXPECT_LE(player::TitleOf(player::FormatOf(stage)).size(), 65U)
+        << "the rest would count as a row";
   for (const Stage stage : {Stage::kVo, Stage::kScaler})
     EXPECT_EQ(player::TitleOf(player::FormatOf(stage)).find(' '), std::string::npos);
   EXPECT_TRUE(player::TitleOf(player::FormatOf(Stage::kVdec)).ends_with(" MaxFALL\n"));
 }
 
-TEST(DumpGenerator, DefectsAreExactlyWhatTheVerifiersFind) {
+TEST(DumpGenerator, VerifiersFindExactlyTheDefects) {
   constexpr unsigned kRounds = 40;
   std::mt19937 random(20240601);
   for (unsigned round = 0; round < kRounds; ++round) {
@@ -294,7 +296,7 @@ TEST(DumpGenerator, DefectsAreExactlyWhatTheVerifiersFind) {
   }
 }
 
-TEST(DumpGenerator, BrokenFilesPassNowhere) {
+TEST(DumpGenerator, BrokenFilesPassInNoStage) {
   for (const Stage stage : player::kAllStages) {
     for (const DefectKind kind : {DefectKind::kTruncate, DefectKind::kGarble}) {
       const Pair pair({}, stage, {{stage, kind, 250}});
@@ -304,7 +306,7 @@ TEST(DumpGenerator, BrokenFilesPassNowhere) {
   }
 }
 
-TEST(DumpGenerator, LateRowsMoveTheClockAlone) {
+TEST(DumpGenerator, LateRowsChangeOnlyTheClock) {
   const Clip clip = {.frameCount = 10};
   std::ostringstream inTime;
   std::ostringstream late;
@@ -326,7 +328,7 @@ TEST(DumpGenerator, LateRowsMoveTheClockAlone) {
   }
 }
 
-TEST(DumpGenerator, TakesDefectsAsTextAndRefusesWrongOnes) {
+TEST(DumpGenerator, ParsesDefectsAndRejectsInvalidOnes) {
   const Defect change = player::ParseDefect("VDEC:change:300:crc=255");
   EXPECT_EQ(change.stage, Stage::kVdec);
   EXPECT_EQ(change.frame, 300);
@@ -361,7 +363,7 @@ TEST(DumpGenerator, TakesDefectsAsTextAndRefusesWrongOnes) {
   }
 }
 
-TEST(DumpGenerator, NamesItsFilesAsTheCatalogueDoes) {
+TEST(DumpGenerator, NamesItsFilesLikeTheCatalogue) {
   SetCrossModuleHome(testing::TempDir() + "no_such_home/");
   scripted::Play("", [] { return Init_TestCase_List(); });
   std::size_t found = 0;

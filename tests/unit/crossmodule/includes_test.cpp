@@ -1,5 +1,5 @@
-// Which way the cross-module test's files may include each other: stages below verify below
-// playback, and never in a circle.
+// Permitted includes in the cross-module test: stages are below verify, verify is below playback,
+// and there are no cycles.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -41,7 +41,7 @@ int LevelOf(const std::string& unit) {
   return unit.starts_with("stages/") ? 0 : unit.starts_with("verify/") ? 1 : 2;
 }
 
-TEST(CrossModuleIncludes, NeverLookUp) {
+TEST(CrossModuleIncludes, NeverIncludeHigherLevels) {
   const auto includes = Includes();
   EXPECT_GT(includes.size(), 30U);
   for (const auto& [unit, included] : includes) {
@@ -50,13 +50,13 @@ TEST(CrossModuleIncludes, NeverLookUp) {
   }
 }
 
-TEST(CrossModuleIncludes, HaveNoCircle) {
+TEST(CrossModuleIncludes, HaveNoCycle) {
   const auto includes = Includes();
   std::set<std::string> done;
   std::set<std::string> open;
   std::function<void(const std::string&)> visit = [&](const std::string& unit) {
     if (done.contains(unit)) return;
-    EXPECT_TRUE(open.insert(unit).second) << "a circle through " << unit;
+    EXPECT_TRUE(open.insert(unit).second) << "a cycle through " << unit;
     const auto at = includes.find(unit);
     if (at != includes.end() && !testing::Test::HasFailure())
       for (const std::string& other : at->second) visit(other);

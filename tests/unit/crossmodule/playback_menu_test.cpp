@@ -1,4 +1,4 @@
-// The playback module's entries that set, select, verify and send: what the operator sees.
+// Menu entries of the playback module that set, select, verify and send: the operator's view.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -22,7 +22,7 @@ scripted::Run Choose(Entry entry, const std::string& typed) {
   return Play(typed + "\n", [entry] { return entry(nullptr); });
 }
 
-/// What an entry prints first, and then as messages of its own.
+/// The first output of an entry, followed by its messages.
 std::string Printed(const std::string& name, const std::vector<std::string>& texts) {
   std::string printed = "[CrossModule][Executing item: " + name + "] START \n";
   for (const std::string& text : texts) printed += Message(name, text);
@@ -71,7 +71,7 @@ void ChooseInTurn(const SwitchEntry& c) {
   }
 }
 
-TEST_F(CrossModuleMenu, SwitchesShowAskAndConfirm) {
+TEST_F(CrossModuleMenu, SwitchesShowTheValuePromptAndConfirm) {
   constexpr char kOff[] = "Current setting: [0] Dont Send Pass Report\n";
   constexpr char kOn[] = "Current setting: [1] Do Send Pass Report\n";
   ChooseInTurn({"CMplaybackTest_Config_Freerun",
@@ -133,7 +133,8 @@ TEST_F(CrossModuleMenu, ReportDestination) {
                                 Message(name, std::string("Your Choose:") + shown)))
         << typed;
   }
-  EXPECT_EQ(Text("config/report_send_to_USB_TFTP.config"), "1\n") << "wrong answers change nothing";
+  EXPECT_EQ(Text("config/report_send_to_USB_TFTP.config"), "1\n")
+      << "invalid answers change nothing";
 }
 
 TEST_F(CrossModuleMenu, ContentSource) {
@@ -158,7 +159,7 @@ TEST_F(CrossModuleMenu, ContentSource) {
   }
 }
 
-TEST_F(CrossModuleMenu, TftpServerIsAskedForOnAFreshBoardShownAndAskedForAgain) {
+TEST_F(CrossModuleMenu, TftpServerIsPromptedForShownAndPromptedForAgain) {
   const std::string name = "CMplaybackTest_Config_TFTP_IP";
   const std::string setter = "Set_TFTP_IP_by_User";
   const std::string question = Message(
@@ -187,10 +188,10 @@ TEST_F(CrossModuleMenu, DebugLevel) {
         << typed;
     EXPECT_EQ(Get_Debug_Level(), level);
   }
-  EXPECT_TRUE(scripted::Commands().empty()) << "it is for the verification alone";
+  EXPECT_TRUE(scripted::Commands().empty()) << "it affects only the verification";
 }
 
-TEST_F(CrossModuleMenu, GoldenDataAreSelectedByPositionInTheList) {
+TEST_F(CrossModuleMenu, GoldenDataAreSelectedByListPosition) {
   const std::string name = "CMplaybackTest_SetTestCaseGolden";
   for (const auto& [typed, now] :
        std::vector<std::pair<const char*, const char*>>{{"2", "102-h264-ResChg"},
@@ -213,7 +214,7 @@ TEST_F(CrossModuleMenu, GoldenDataAreSelectedByPositionInTheList) {
   EXPECT_EQ(scripted::ReadFile(Path("file_format.cfg")), "604\n");
 }
 
-TEST_F(CrossModuleMenu, OneStageIsVerifiedByItsPosition) {
+TEST_F(CrossModuleMenu, OneStageIsVerifiedByListPosition) {
   for (const char* typed : {"0", "8", "-1", "VDEC", ""}) {
     const auto run = Choose(CMplaybackTestCase::CMplayback_Verify_One_Module, typed);
     EXPECT_EQ(run.result, 1);
@@ -241,7 +242,7 @@ TEST_F(CrossModuleMenu, NothingIsDoneForAnUnknownCase) {
   EXPECT_TRUE(scripted::Commands().empty());
 }
 
-TEST_F(CrossModuleMenu, EndOfInputLeavesTheSettingAlone) {
+TEST_F(CrossModuleMenu, EndOfInputKeepsTheSetting) {
   EXPECT_EXIT(Play("", [] { return CMplaybackTestCase::CMplaybackTest_Config_Freerun(nullptr); }),
               testing::ExitedWithCode(1), "");
   EXPECT_FALSE(std::filesystem::exists(Path("freeRun.config")));

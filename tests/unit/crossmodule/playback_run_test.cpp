@@ -1,4 +1,4 @@
-// One playback run: the commands for the board, their order, and what stops a run.
+// One playback run: the commands for the board, their order, and the conditions that stop a run.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ std::vector<std::string> emptiedLogs;
 
 }  // namespace
 
-// Logs have fixed paths outside of a test's directory.
+// Logs have fixed paths outside the test's directory.
 extern "C" int truncate(const char* path, off_t length) noexcept {
   EXPECT_EQ(length, 0);
   emptiedLogs.emplace_back(path);
@@ -85,7 +85,7 @@ std::string PressKey(const std::string& code) {
          code + ", \"eventtype\":\"keypressed\"}'\n";
 }
 
-/// A text for every stage; "DUMP" and "STAGE" stand for its two names.
+/// Repeats a text for every stage; "DUMP" and "STAGE" are replaced by its two names.
 std::string ForStages(const std::string& text) {
   const std::pair<const char*, const char*> kStages[] = {
       {"omx_input", "OMXIN"}, {"omx_output", "OMXOUT"}, {"vdec", "VDEC"},  {"dvo", "DVO"},
@@ -100,7 +100,7 @@ std::string RemoveDumps() {
   return ForStages("rm -f /tmp/cross_module/dump_DUMP.txt\n");
 }
 
-/// Keeping the dumps of a test case, by its name.
+/// The commands that keep the dumps of a test case, by its name.
 std::string Backup(const std::string& name) {
   const std::string target = "HOME/dump_tmp/dump-" + name + "-STAGE.txt\n";
   return "mkdir -p HOME/dump_tmp/\n" +
@@ -155,7 +155,7 @@ TEST_F(CrossModuleRun, OnSorvexFromItsOwnStorage) {
   scripted::Play("", [] { return Set_FreeRun_Mode(0); });
   EXPECT_EQ(Run(101).commands, Commands(RemoveDumps() + Signals("rm -f", "touch") + display +
                                         kPermissive + kDiskUse + end + keep))
-      << "its drivers are left alone unless asked for";
+      << "its drivers are not switched unless requested";
 }
 
 TEST_F(CrossModuleRun, FromTheServer) {
@@ -171,7 +171,7 @@ TEST_F(CrossModuleRun, FromTheServer) {
         return 0;
       });
       const auto commands = Run(101).commands;
-      EXPECT_EQ(std::ranges::count(commands, kServerPlayer), 1) << "no quote is closed";
+      EXPECT_EQ(std::ranges::count(commands, kServerPlayer), 1) << "the quote is not closed";
       EXPECT_TRUE(std::filesystem::equivalent(ofPlayer, Home())) << "its path is relative";
       EXPECT_EQ(std::filesystem::current_path(), before);
       const Lines network = Commands(
@@ -183,7 +183,7 @@ TEST_F(CrossModuleRun, FromTheServer) {
   }
 }
 
-TEST_F(CrossModuleRun, StopsWhereSomethingIsMissing) {
+TEST_F(CrossModuleRun, StopsIfSomethingIsMissing) {
   Boot(kAndroid, MODE_USB);
   EXPECT_EQ(Run(999).commands, Lines{});
   EXPECT_EQ(Run(nullptr).result, -1);
@@ -209,7 +209,7 @@ TEST_F(CrossModuleRun, StopsWhereSomethingIsMissing) {
               "HINT: please run \"0 .Playback Test Environment init.\" before you test\n")));
 }
 
-TEST_F(CrossModuleRun, ByHandLeavesContentAndEnvironmentAlone) {
+TEST_F(CrossModuleRun, ManualPlayDoesNotTouchContentAndEnvironment) {
   Boot(kAndroid, MODE_USB);
   setenv("LD_LIBRARY_PATH", "/lib", 1);
   Set_Manual_Play(true);
@@ -218,7 +218,7 @@ TEST_F(CrossModuleRun, ByHandLeavesContentAndEnvironmentAlone) {
   EXPECT_EQ(CommandsOf(Test_End), Commands(kTestModeOff + Backup("101-h264-FrtChg")));
   EXPECT_STREQ(getenv("LD_LIBRARY_PATH"), "/lib");
 
-  EXPECT_EQ(CommandsOf(Test_End), Commands(kTestModeOff)) << "dumps are kept once a run";
+  EXPECT_EQ(CommandsOf(Test_End), Commands(kTestModeOff)) << "dumps are kept once per run";
   CommandsOf([] { Test_Start(0); });
   EXPECT_EQ(CommandsOf(Backup_Dump_File), Commands(Backup("101-h264-FrtChg")));
 }

@@ -1,4 +1,4 @@
-// Verifying stages and the report that comes of it: console, file and where it goes.
+// Verifying stages, and the resulting report: console, file and destination.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -25,7 +25,7 @@ using crossmodule::WithoutColours;
 using player::ParseDefect;
 using scripted::Play;
 
-// The report is written and cleaned here; the commands that move it on are only noted.
+// The report is written and cleaned here; the commands that move it are only recorded.
 constexpr char kTemporaryReport[] = "/tmp/cross_module/report.verify.tmp.txt";
 
 bool Contains(const std::string& text, const std::string& wanted) {
@@ -55,7 +55,7 @@ class CrossModuleReport : public testing::Test {
     return Play("", [] { return Print_Verify_Result() ? 0 : 1; });
   }
 
-  /// The stored report of test case 101; `number` follows the time where it is not the first.
+  /// The stored report of test case 101; `number` follows the time if it is not the first report.
   std::string StoredReport(const std::string& number = "") const {
     return scripted::ReadFile(ReportPath(number));
   }
@@ -93,7 +93,7 @@ std::string PassLine(const std::string& module, const std::string& count = "599/
          "                    0/0            -  -             (no---data)\n";
 }
 
-TEST_F(CrossModuleReport, NamesTheBadStageTheFrameAndTheField) {
+TEST_F(CrossModuleReport, ReportsTheBadStageFrameAndField) {
   home_.Play(101, {ParseDefect("VDEC:change:300:crc")});
   const auto run = VerifyAll();
   EXPECT_EQ(run.result, 1);
@@ -124,11 +124,11 @@ TEST_F(CrossModuleReport, NamesTheBadStageTheFrameAndTheField) {
                        "[CrossModule][Print_Verify_Result] DONE. report:" + path + "\n"));
 
   Play("", [] { return Print_Verify_Result() ? 0 : 1; });
-  EXPECT_EQ(StoredReport("_2"), report) << "a second printing counts the same";
-  EXPECT_EQ(StoredReport(), report) << "and replaces nothing";
+  EXPECT_EQ(StoredReport("_2"), report) << "printing again counts the same";
+  EXPECT_EQ(StoredReport(), report) << "and overwrites nothing";
 }
 
-TEST_F(CrossModuleReport, ShowsWhatEachStageLost) {
+TEST_F(CrossModuleReport, ShowsTheDefectsOfEachStage) {
   home_.Play(101,
              {ParseDefect("OMXIN:drop:400"), ParseDefect("VO:change:350:crc_vo=255"),
               ParseDefect("VO:change:350:width=1"), ParseDefect("DVO:repeat:349"),
@@ -160,7 +160,7 @@ TEST_F(CrossModuleReport, ShowsWhatEachStageLost) {
   }
 }
 
-TEST_F(CrossModuleReport, GoesWhereItIsWanted) {
+TEST_F(CrossModuleReport, IsSentAccordingToTheSettings) {
   const struct {
     const char* destination;
     bool fails;
@@ -183,7 +183,7 @@ TEST_F(CrossModuleReport, GoesWhereItIsWanted) {
   }
 }
 
-TEST_F(CrossModuleReport, ReplacesNoOtherReport) {
+TEST_F(CrossModuleReport, OverwritesNoOtherReport) {
   home_.Write("config/report_send_to_USB_TFTP.config", "2\n");
   home_.Play(101, {ParseDefect("VO:garble:300")});
   std::string sent;
@@ -200,7 +200,7 @@ TEST_F(CrossModuleReport, ReplacesNoOtherReport) {
   }
 }
 
-TEST_F(CrossModuleReport, IsNotSentWhenItWasNotStored) {
+TEST_F(CrossModuleReport, IsNotSentIfItWasNotStored) {
   home_.Write("config/report_send_to_USB_TFTP.config", "3\n");
   home_.Play(101, {ParseDefect("VO:garble:300")});
   const std::string path = ReportPath();
@@ -235,7 +235,7 @@ TEST_F(CrossModuleReport, IsNotSentWhenItWasNotStored) {
   }
 }
 
-TEST_F(CrossModuleReport, OfARefusedRunShowsNoOlderDumps) {
+TEST_F(CrossModuleReport, ShowsNoOlderDumpsOfARejectedRun) {
   home_.Play(101, {});
   for (const CM_Module& module : ModuleTypeList())
     std::filesystem::rename(*module.dumpPath, *module.dumpPath + ".old");
@@ -249,10 +249,10 @@ TEST_F(CrossModuleReport, OfARefusedRunShowsNoOlderDumps) {
                "[VDEC]    FAIL!              (no---data)/599                    0/0         "
                "   -  -             (no---data)  not run\n"))
       << run.output;
-  EXPECT_FALSE(Contains(run.output, "First bad stage")) << "it broke nowhere";
+  EXPECT_FALSE(Contains(run.output, "First bad stage")) << "no stage failed";
 }
 
-TEST_F(CrossModuleReport, HasTheSynchronisationOfItsCase) {
+TEST_F(CrossModuleReport, ContainsTheAvSyncOfItsCase) {
   Set_Current_TestCase(501);
   home_.Play(501, {ParseDefect("Audio:late:0:21")});
   const auto run = VerifyAll();
@@ -269,10 +269,10 @@ TEST_F(CrossModuleReport, HasTheSynchronisationOfItsCase) {
   home_.Play(501, {});
   EXPECT_EQ(VerifyAll().result, 0);
   home_.Play(501, {ParseDefect("Audio:change:300:pcm_data_crc=1")});
-  EXPECT_EQ(VerifyAll().result, 1) << "a synchronisation that passes hides no stage";
+  EXPECT_EQ(VerifyAll().result, 1) << "passing A/V sync does not hide a failed stage";
 }
 
-TEST_F(CrossModuleReport, ReportsThatItCannotBeWritten) {
+TEST_F(CrossModuleReport, ReportsWriteErrors) {
   home_.Play(101, {});
   std::filesystem::create_directories(kTemporaryReport);
   const std::size_t commandsBefore = scripted::Commands().size();
@@ -283,7 +283,7 @@ TEST_F(CrossModuleReport, ReportsThatItCannotBeWritten) {
   EXPECT_EQ(scripted::Commands().size(), commandsBefore);
 }
 
-TEST_F(CrossModuleReport, ChecksTheDemoClipInALineOfItsOwn) {
+TEST_F(CrossModuleReport, ReportsTheDemoClipInASeparateLine) {
   const auto demo = [&](const std::vector<player::Defect>& defects) {
     home_.Play(101, defects);
     Get_Current_TestCase()->contentFile = "goodDemo.cfg";
@@ -296,7 +296,7 @@ TEST_F(CrossModuleReport, ChecksTheDemoClipInALineOfItsOwn) {
                        title + "VO(0) PASS -> scaler(1) FAIL\n"));
 }
 
-TEST_F(CrossModuleReport, AnalysesTheSynchronisationOfTheDumps) {
+TEST_F(CrossModuleReport, AnalysesTheAvSyncOfTheDumps) {
   home_.Play(501, {});
   Set_Current_TestCase(501);
   const auto analyse = [] { return Play("", [] { return Verify_AVsync() ? 0 : 1; }); };
@@ -307,14 +307,15 @@ TEST_F(CrossModuleReport, AnalysesTheSynchronisationOfTheDumps) {
   Get_Current_TestCase()->contentFile = "goodDemo.cfg";
   EXPECT_TRUE(Contains(analyse().output, "| frame     100   -10ms "));
   Get_Current_TestCase()->contentFile = content;
-  EXPECT_TRUE(Contains(analyse().output, "| frame     100   0ms ")) << "the offset is the demo's";
+  EXPECT_TRUE(Contains(analyse().output, "| frame     100   0ms "))
+      << "the offset belongs to the demo clip";
   std::filesystem::remove(home_.Path() + "dump_tmp/dump-501-avSync-Audio.txt");
   const auto silent = analyse();
   EXPECT_EQ(silent.result, 1);
   EXPECT_TRUE(Contains(silent.output, "dump-501-avSync-Audio.txt\n")) << silent.output;
 }
 
-TEST_F(CrossModuleReport, RefusesAnUnknownTestCase) {
+TEST_F(CrossModuleReport, RejectsAnUnknownTestCase) {
   Set_Current_TestCase(999);
   EXPECT_EQ(Play("", [] { return Verify_AVsync() ? 1 : 0; }).result, 0);
   for (const auto& run : {Play("", [] { return Verify_Module(MODULE_VO), 0; }),
@@ -351,7 +352,7 @@ TEST_F(CrossModuleReport, VerifiesAStageInSteps) {
     const auto all = Play("", [] { return Verify_All_Modules(), 0; });
     EXPECT_EQ(Contains(all.output, detail), level == 1);
     Set_Debug_Level(0);
-    EXPECT_TRUE(verify().ends_with(detail)) << "verifying all is over";
+    EXPECT_TRUE(verify().ends_with(detail)) << "verifying all has ended";
   }
 
   std::filesystem::remove(golden);
@@ -359,15 +360,15 @@ TEST_F(CrossModuleReport, VerifiesAStageInSteps) {
                           "\033[0;32;31mERROR: Goldan file: " + golden + " NOT exist!\n");
   std::filesystem::remove(dump);
   EXPECT_EQ(verify(), start + tag + "\033[0;32;31mERROR: Dump file: " + dump + " NOT exist!\n");
-  EXPECT_EQ(vdec.result->wrongFields.size(), 1U) << "the outcome of before stays";
+  EXPECT_EQ(vdec.result->wrongFields.size(), 1U) << "the previous result is kept";
   Play("", [] { return Verify_All_Modules(), 0; });
-  EXPECT_TRUE(vdec.result->columnNames.empty()) << "verifying all forgets it";
+  EXPECT_TRUE(vdec.result->columnNames.empty()) << "verifying all clears it";
 
   const auto unknown = Play("", [] { return Verify_Module(static_cast<MODULE_TYPE>(64)), 0; });
   EXPECT_TRUE(unknown.output.ends_with(tag + "ERROR: unknown module: 64\n")) << unknown.output;
 }
 
-TEST(DetailedVerdict, KeepsItsLineAndSaysWhatDidNotPass) {
+TEST(DetailedVerdict, KeepsItsLineAndReportsWhyItDidNotPass) {
   const std::string tag = "\033[1;33m[CrossModule][Print_RWA_Verify_Result] \033[0;37m";
   CM_Verify_Result result(MODULE_AUDIO);
   result.columnNames = {"frame_no"};

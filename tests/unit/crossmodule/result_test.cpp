@@ -1,4 +1,4 @@
-// What becomes of the wrong fields of a stage: cleaned, counted by frame, shown in the summary.
+// Processing of a stage's wrong fields: cleaned, counted by frame, shown in the summary.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -38,7 +38,7 @@ std::string Table(const std::vector<WrongFrame>& rows) {
   return text;
 }
 
-TEST(VerifyFailField, IsWrittenInItsWidthsOnALeftAdjustedStream) {
+TEST(VerifyFailField, KeepsItsWidthsOnALeftAlignedStream) {
   std::ostringstream out;
   out << std::left << std::hex;
   out << VerifyFailField{300, 12, "1a2b3c4d", "1a2b3c4e"} << std::setw(4) << 10;
@@ -93,7 +93,7 @@ TEST(VerifyResult, IndexesItsWrongFieldsByFrame) {
   }
 }
 
-TEST(VerifyResult, CleansLineEndsOutOfValues) {
+TEST(VerifyResult, RemovesLineEndsFromValues) {
   const struct {
     const char* value;
     const char* clean;
@@ -108,7 +108,7 @@ TEST(VerifyResult, CleansLineEndsOutOfValues) {
   }
 }
 
-TEST(VerifyResult, CountsTheSameInASecondPrinting) {
+TEST(VerifyResult, CountsTheSameWhenPrintedAgain) {
   CM_Verify_Result result = Result(MODULE_VO, {{7, 1, "a", "b"}, {7, 2, "a", "b"}});
   for (int printing = 0; printing < 2; ++printing) {
     result.createWrongFrame();

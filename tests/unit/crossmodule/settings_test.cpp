@@ -1,4 +1,4 @@
-// Settings of the cross-module test: files, defaults, what is kept in the program and what is not.
+// Settings of the cross-module test: files, defaults, and which values the program keeps.
 #include "Settings.h"
 #include "BoardSystem.h"
 
@@ -29,7 +29,7 @@ constexpr char kAddressQuestion[] =
 class Settings : public TemporaryHome {};
 class CrossModuleSettings : public AfterReboot {};
 
-TEST_F(CrossModuleSettings, OfAFreshBoard) {
+TEST_F(CrossModuleSettings, AreDefaultsOnAFreshBoard) {
   std::string stamp;
   std::string list;
   Play("", [&] {
@@ -47,7 +47,7 @@ TEST_F(CrossModuleSettings, OfAFreshBoard) {
   EXPECT_EQ(Text(kSourceFile), "1\n");
   EXPECT_EQ(Text(kAutoSendFile), "0\n");
   EXPECT_EQ(std::distance(fs::directory_iterator(Home() + "config"), {}), 2)
-      << "reading makes these two files and no other";
+      << "reading creates only these two files";
   EXPECT_FALSE(fs::exists(Path("freeRun.config")));
   EXPECT_FALSE(fs::exists(Path("IsSendReportIfPass.config")));
 }
@@ -57,12 +57,12 @@ struct SwitchCase {
   int (*set)(int);
   int (*get)();
   std::string path;
-  int refusal;               // what the setter returns for a wrong value
-  std::string confirmation;  // what it prints for 1
-  std::string afterRestart;  // what a program that finds the file empty leaves in it
+  int refusal;               // return value of the setter for an invalid value
+  std::string confirmation;  // output of the setter for 1
+  std::string afterRestart;  // content after a program found the file empty
 };
 
-TEST_F(CrossModuleSettings, SwitchesTakeZeroAndOneAndEmptyTheirFileForTheRest) {
+TEST_F(CrossModuleSettings, SwitchesAcceptZeroAndOneAndClearTheirFileOtherwise) {
   const SwitchCase kSwitches[] = {
       {"Set_FreeRun_Mode", Set_FreeRun_Mode, Get_FreeRun_Mode, Path("freeRun.config"), -1,
        Message("Set_FreeRun_Mode", "set free run mode: 1\n"), ""},
@@ -91,7 +91,7 @@ TEST_F(CrossModuleSettings, SwitchesTakeZeroAndOneAndEmptyTheirFileForTheRest) {
     EXPECT_EQ(c.get(), 0) << c.setter << " after a restart";
     EXPECT_EQ(scripted::ReadFile(c.path), c.afterRestart) << c.path;
     std::ofstream(c.path) << "1\n";
-    EXPECT_EQ(c.get(), 0) << c.setter << " is read once";
+    EXPECT_EQ(c.get(), 0) << c.setter << " is read only once";
   }
 }
 
@@ -160,19 +160,19 @@ TEST_F(Settings, ContentSourceSetsPathsAndPlayer) {
   Play("", [] { return Set_USB_HTTP_Mode(MODE_EMMC); });
   EXPECT_EQ(scripted::Commands(),
             std::vector<std::string>{"mkdir -p " + emmc + "; cp " + usb + "* " + emmc})
-      << "content that is there is not copied again";
+      << "existing content is not copied again";
 }
 
 TEST_F(Settings, ContentSourceOfAnEarlierProgramIsRestored) {
   Write(kSourceFile, "3\nsurplus\n");
   EXPECT_EQ(Play("", Get_USB_HTTP_Mode).result, MODE_HTTP);
   EXPECT_EQ(ContentHome(), "http://content.local/cross_module_content_v1/");
-  EXPECT_EQ(Text(kSourceFile), "3\n") << "reading writes it anew";
+  EXPECT_EQ(Text(kSourceFile), "3\n") << "reading rewrites it";
   Write(kSourceFile, "1\n");
   EXPECT_EQ(Get_USB_HTTP_Mode(), MODE_HTTP);
 }
 
-TEST_F(Settings, WithoutAHomeHoldUntilTheProgramEnds) {
+TEST_F(Settings, AreKeptUntilTheProgramEndsWithoutAHome) {
   SetCrossModuleHome(Home() + "missing/");
   Play("10.0.0.1\n", [] {
     Set_USB_HTTP_Mode(MODE_HTTP);
@@ -185,10 +185,10 @@ TEST_F(Settings, WithoutAHomeHoldUntilTheProgramEnds) {
   EXPECT_EQ(Get_Auto_Send_DumpData(), 1);
   EXPECT_EQ(Get_TFTP_IP(), "10.0.0.1");
   EXPECT_NE(Get_Test_Timestamp(), "-");
-  EXPECT_FALSE(Exists("missing")) << "no setting makes the home";
+  EXPECT_FALSE(Exists("missing")) << "no setting creates the home";
 }
 
-TEST_F(Settings, TftpServerIsAskedForOnce) {
+TEST_F(Settings, TftpServerIsPromptedForOnce) {
   std::string address;
   const auto ask = [&address] { return address = Get_TFTP_IP(), 0; };
   EXPECT_EQ(Play("10.1.2.3\n", ask).output,
@@ -201,19 +201,19 @@ TEST_F(Settings, TftpServerIsAskedForOnce) {
   EXPECT_EQ(address, "10.1.2.3");
 }
 
-TEST_F(Settings, TftpServerOfAnEarlierProgramIsNotAskedFor) {
+TEST_F(Settings, StoredTftpServerIsUsedWithoutAPrompt) {
   Write(kTftpFile, "server.local\nsurplus\n");
   EXPECT_EQ(Get_TFTP_IP(), "server.local");
 }
 
-TEST_F(Settings, NoTftpServerMeansReportsToUsbOnly) {
+TEST_F(Settings, WithoutATftpServerReportsGoOnlyToUsb) {
   Play("-\n", [] { return Set_TFTP_IP_by_User(), 0; });
   EXPECT_EQ(Get_TFTP_IP(), "-");
   EXPECT_EQ(Text(kTftpFile), "-\n");
   EXPECT_EQ(Text(kDestinationFile), "1\n");
 }
 
-TEST_F(Settings, TftpServerIsWhatAShellTakesAsOneWord) {
+TEST_F(Settings, TftpServerMustBeOneShellWord) {
   for (const std::string good : {"fe80::1", "tftp-2.Farm.local", "", "-"}) {
     const auto run = Play(good + "\n", [] { return Set_TFTP_IP_by_User(), 0; });
     EXPECT_EQ(Text(kTftpFile), good + "\n") << run.output;
@@ -258,7 +258,7 @@ std::string Now() {
   return text;
 }
 
-TEST_F(Settings, TimeStampNamesTheRoundInLocalTime) {
+TEST_F(Settings, TimeStampIsInLocalTime) {
   setenv("TZ", "XYZ-5:30", 1);
   const std::string before = Now();
   const auto run = Play("", [] { return Set_Test_Timestamp(), 0; });
@@ -271,10 +271,10 @@ TEST_F(Settings, TimeStampNamesTheRoundInLocalTime) {
   EXPECT_EQ(Get_Test_Timestamp(), stamp);
 }
 
-TEST_F(Settings, TimeStampOfAnEarlierProgramContinues) {
+TEST_F(Settings, TimeStampOfAnEarlierProgramIsReused) {
   EXPECT_EQ(Get_Test_Timestamp(), "-");
   Write(kStampFile, "0315_142501\n");
-  EXPECT_EQ(Get_Test_Timestamp(), "0315_142501") << "no stamp was read before";
+  EXPECT_EQ(Get_Test_Timestamp(), "0315_142501") << "no time stamp was read before";
 }
 
 TEST_F(Settings, VersionIsUnknownWithoutProperties) {
@@ -282,7 +282,7 @@ TEST_F(Settings, VersionIsUnknownWithoutProperties) {
   EXPECT_EQ(Get_SW_Version(), "--");
 }
 
-TEST_F(Settings, OneBoardHasAPlayerOfItsOwn) {
+TEST_F(Settings, OneBoardHasADifferentPlayer) {
   crossmodule::PretendBoardFile("/home/core.1st");
   EXPECT_EQ(Get_Board_OS_System(), OS_SORVEX);
   EXPECT_EQ(Play("", [] { return Init_Content_Path(MODE_USB); }).output, "");

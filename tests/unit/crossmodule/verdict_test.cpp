@@ -1,4 +1,4 @@
-// When a stage may be said to have passed, and which stage a broken case names.
+// When a stage counts as passed, and which stage is reported for a failed case.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -25,7 +25,7 @@ using player::ParseDefect;
 
 constexpr player::Clip kClip;
 
-/// A dump of the clip as the board writes it when something is wrong in one of its stages.
+/// A dump of the clip as the board writes it with defects in one of its stages.
 std::string Dump(player::Stage stage, const std::vector<Defect>& defects = {},
                  const player::Clip& clip = kClip) {
   std::ostringstream text;
@@ -47,7 +47,7 @@ constexpr struct {
     {MODULE_AUDIO, player::Stage::kAudio},
 };
 
-/// The result of a stage whose kept dump has as many frames as golden, whatever `sample` is.
+/// The result of a stage whose kept dump has as many frames as golden, regardless of `sample`.
 CM_Verify_Result Compare(MODULE_TYPE module, const std::string& golden, const std::string& sample) {
   const TemporaryFile goldenFile("golden", golden);
   const TemporaryFile sampleFile("sample", sample);
@@ -58,14 +58,14 @@ CM_Verify_Result Compare(MODULE_TYPE module, const std::string& golden, const st
   return result;
 }
 
-/// The first `count` rows of a dump and its title.
+/// The title and the first `count` rows of a dump.
 std::string Cut(const std::string& dump, int count) {
   std::size_t end = 0;
   for (int line = 0; line <= count; ++line) end = dump.find('\n', end) + 1;
   return dump.substr(0, end);
 }
 
-/// The dump with `change` done to the items of every row from `first` on.
+/// The dump with `change` applied to the items of every row from `first` on.
 std::string Changed(const std::string& dump, int64_t first,
                     const std::function<void(Lines& items)>& change) {
   std::istringstream lines(dump);
@@ -104,7 +104,7 @@ TEST(StageVerdict, NeedsFramesOnBothSides) {
   EXPECT_EQ(WhyNotPassed(result), "no dumped frames");
 }
 
-TEST(StageVerdict, EqualDumpsPassWithAllTheirRows) {
+TEST(StageVerdict, EqualDumpsPassWithAllRowsCompared) {
   for (const auto& [module, stage] : kStagesOfBoth) {
     CM_Verify_Result result = Compare(module, Dump(stage), Dump(stage));
     EXPECT_TRUE(Passed(result)) << Judge(result).remark;
@@ -115,8 +115,8 @@ TEST(StageVerdict, EqualDumpsPassWithAllTheirRows) {
   }
 }
 
-// What once passed although little or nothing was compared. The kept dumps are whole.
-TEST(StageVerdict, PassesNothingThatWasNotCompared) {
+// Dumps that once passed although little or nothing was compared. The kept dumps are complete.
+TEST(StageVerdict, NothingPassesWithoutAComparison) {
   const std::string omxOut = Dump(player::Stage::kOmxOut);
   const std::string dvo = Dump(player::Stage::kDvo);
   const std::string audio = Dump(player::Stage::kAudio);
@@ -198,7 +198,7 @@ TEST(StageVerdict, PassesNothingThatWasNotCompared) {
   }
 }
 
-TEST(StageVerdict, SaysWhatDiffersWhereTheValuesDoNot) {
+TEST(StageVerdict, ReportsDifferencesOutsideTheValues) {
   const std::string omxOut = Dump(player::Stage::kOmxOut);
   const std::string dvo = Dump(player::Stage::kDvo);
   std::string withReturns;
@@ -231,7 +231,7 @@ TEST(StageVerdict, SaysWhatDiffersWhereTheValuesDoNot) {
   }
 }
 
-TEST(StageVerdict, ALineWithoutAnEndIsOneMalformedRow) {
+TEST(StageVerdict, EndlessLineIsOneMalformedRow) {
   const std::string omxOut = Dump(player::Stage::kOmxOut);
   const std::string endless = Cut(omxOut, 300) + std::string(20000000, '7');
   const CM_Verify_Result result = Compare(MODULE_OMXOUT, omxOut, endless);
@@ -246,7 +246,7 @@ TEST(StageVerdict, ALineWithoutAnEndIsOneMalformedRow) {
   EXPECT_EQ(std::count(run.console.begin(), run.console.end(), '\n'), 2) << run.console;
 }
 
-/// A stage's result, its kept dump being the one that was compared.
+/// The result of a stage whose kept dump is the one that was compared.
 CM_Verify_Result ResultOf(MODULE_TYPE module, const std::string& golden, const std::string& dump) {
   const TemporaryFile goldenFile("golden", golden);
   const TemporaryFile dumpFile("sample", dump);
@@ -258,7 +258,7 @@ CM_Verify_Result ResultOf(MODULE_TYPE module, const std::string& golden, const s
   return result;
 }
 
-/// The results of a case in which something went wrong at a stage.
+/// The results of a case with defects.
 std::vector<CM_Verify_Result> ResultsOf(const std::vector<Defect>& defects) {
   static std::map<MODULE_TYPE, std::string> golden;
   std::vector<CM_Verify_Result> results;
@@ -268,7 +268,7 @@ std::vector<CM_Verify_Result> ResultsOf(const std::vector<Defect>& defects) {
     if (player::WritesNothing(stage, defects)) {
       results.emplace_back(module);
     } else if (player::DefectsSeenBy(stage, defects).empty()) {
-      CM_Verify_Result& result = results.emplace_back(module);  // as of equal files
+      CM_Verify_Result& result = results.emplace_back(module);  // as for equal files
       result.columnNames = {"frame_no"};
       result.coverage.compared = 1;
     } else {
@@ -278,7 +278,7 @@ std::vector<CM_Verify_Result> ResultsOf(const std::vector<Defect>& defects) {
   return results;
 }
 
-/// The stages that the summary names, without what it says of them.
+/// The stages named in the summary, without details.
 std::string NamedStages(const std::vector<CM_Verify_Result>& results) {
   StageResults pointers;
   for (const CM_Verify_Result& result : results) pointers.push_back(&result);
@@ -292,13 +292,13 @@ std::string NamedStages(const std::vector<CM_Verify_Result>& results) {
   return line.substr(0, line.rfind(']', line.find(" frame")) + 1);
 }
 
-TEST(FirstBadStage, IsWhereTheBoardBrokeForEveryDefect) {
+TEST(FirstBadStage, IsTheDefectiveStageForEveryDefect) {
   const auto lastBlock = static_cast<int>(player::RowCount(kClip, player::Stage::kAudio)) - 1;
   const struct {
     const char* name;
     int first;  // compared
     int last;
-    const char* corrupt;  // what is named when the picture was damaged there
+    const char* corrupt;  // stages reported if the picture was damaged there
   } kPlaces[] = {
       {"OMXIN", 10, 599, "[OMXIN]"},
       {"OMXOUT", 120, 599, "[OMXOUT], [DVO] or [VO]"},
@@ -312,7 +312,7 @@ TEST(FirstBadStage, IsWhereTheBoardBrokeForEveryDefect) {
     const std::string name = place.name;
     for (const char* kind : {"drop", "repeat", "reorder", "corrupt", "garble", "truncate"}) {
       for (int frame : {place.first, (place.first + place.last) / 2, place.last}) {
-        // The last row has none to change places with.
+        // The last row has no following row to be swapped with.
         if (std::string(kind) == "reorder" && frame == place.last) --frame;
         const std::string defect = name + ":" + kind + ":" + std::to_string(frame);
         const std::string alone = "[" + name + "]";
@@ -328,10 +328,10 @@ TEST(FirstBadStage, IsWhereTheBoardBrokeForEveryDefect) {
   std::vector<Defect> death;
   for (const auto& place : kPlaces)
     death.push_back(ParseDefect(place.name + std::string(":truncate:300")));
-  EXPECT_EQ(NamedStages(ResultsOf(death)), "[OMXIN]") << "a player that dies stops all stages";
+  EXPECT_EQ(NamedStages(ResultsOf(death)), "[OMXIN]") << "a crash of the player stops all stages";
 }
 
-TEST(FirstBadStage, IsWhereTheDelayBegins) {
+TEST(FirstBadStage, IsTheStageWhereTheDelayBegins) {
   constexpr player::Clip kMarks{.frameRateMilliHz = 25000, .flashesAndBeeps = true};
   const struct {
     const char* defect;
@@ -344,7 +344,7 @@ TEST(FirstBadStage, IsWhereTheDelayBegins) {
       {"Scaler:late:90:31", "[Scaler] 31 ms late"},
       {"Audio:late:60:21", "[Audio] 21 ms late"},
       {"Audio:early:60:31", "[Audio] 31 ms early"},
-      // From the start on the two cannot be distinguished.
+      // If the delay exists from the start, the two cannot be distinguished.
       {"Audio:late:0:21", "[OMXIN] or [Audio], the sound 21 ms late"},
       {"OMXIN:late:0:40", "[OMXIN] or [Audio], the sound 40 ms early"},
   };
@@ -366,7 +366,7 @@ TEST(FirstBadStage, IsWhereTheDelayBegins) {
   }
 }
 
-TEST(VideoIntegration, ShowsFramesOfAnyNumber) {
+TEST(VideoIntegration, ShowsFrameNumbersOfAnySize) {
   CM_Verify_Result vo(MODULE_VO);
   vo.columnNames = {"frame_no"};
   vo.wrongFields = {{1500, 0, "1500", "-1"}, {1001, 0, "1001", "\033[2J"}};
@@ -375,7 +375,7 @@ TEST(VideoIntegration, ShowsFramesOfAnyNumber) {
   const std::string text = out.str();
   EXPECT_NE(text.find("       1001  "), std::string::npos) << text;
   EXPECT_LT(text.find("       1001  "), text.find("       1500  ")) << text;
-  EXPECT_NE(text.find("\\x1b[2J/1001"), std::string::npos) << "control bytes stay out";
+  EXPECT_NE(text.find("\\x1b[2J/1001"), std::string::npos) << "control characters are escaped";
 }
 
 }  // namespace

@@ -11,8 +11,8 @@ std::string Row(int frame, int pts, int crc = 7, int clock = 1) {
          "," + std::to_string(pts) + ",0\n";
 }
 
-/// A title, `skipped` rows of which the last one reaches the end of the first second, and
-/// `compared` rows, the first `wrong` of them with another checksum.
+/// A title, `skipped` rows whose last one is at the end of the first second, and `compared` rows,
+/// of which the first `wrong` have a different checksum.
 std::string Dump(int skipped, int compared, int wrong = 0, int clock = 1) {
   std::string text = kTitle;
   for (int i = 1; i <= skipped; ++i) text += Row(i, i < skipped ? i : 90000, 1000 + clock, clock);
@@ -20,13 +20,13 @@ std::string Dump(int skipped, int compared, int wrong = 0, int clock = 1) {
   return text;
 }
 
-/// What is printed after the skipped rows.
+/// The output after the skipped rows.
 std::string Behind(const std::string& console) {
   const std::string last = "!!!\n";
   return console.substr(console.find(last) + last.size());
 }
 
-TEST(VerifyAudio, JudgesByErrorsAndRowsSkipped) {
+TEST(VerifyAudio, JudgesByErrorsAndSkippedRows) {
   struct Verdict {
     int goldenSkipped, testSkipped, compared, wrong;
     std::string text;
@@ -56,7 +56,7 @@ TEST(VerifyAudio, JudgesByErrorsAndRowsSkipped) {
   }
 }
 
-TEST(VerifyAudio, PrintsItsWayAndEveryMismatch) {
+TEST(VerifyAudio, PrintsItsProgressAndEveryMismatch) {
   const std::string golden = Dump(11, 1) + "102,5,48000,2,255,90002,0\n";
   const std::string test = Dump(12, 1) + "777,6,44100,6,-1,90002,9\n";
   const VerifyRun run = RunVerifier(Verify_Audio, golden, test);
@@ -83,14 +83,14 @@ TEST(VerifyAudio, ResynchronisesByPts) {
        resyncGolden + "90300\n" + passed, 2},
       {Row(2, 90200) + Row(3, 90300), Row(0, 90000) + Row(1, 90100) + Row(2, 90200) + Row(3, 90300),
        resyncTest + "90100\n" + resyncTest + "90200\n" + passed, 2},
-      // Nothing left to look in: the rows at hand are compared.
+      // No rows are left to search: the current rows are compared.
       {Row(1, 90100) + Row(2, 90200, 9), Row(1, 90100) + Row(4, 90400),
        kTag +
            "data no matched\nframe, misc, rate, channel, crc, pts\n"
            "2, 1, 48000, 2, 9, 90200\n4, 1, 48000, 2, 7, 90400\n" +
            kTag + "Audio Test Failed, err_count 1\n",
        2},
-      // A malformed row ends the walk and is an error; a blank line is not a row.
+      // A malformed row ends the comparison and is an error; a blank line is not a row.
       {Row(1, 90100) + Row(2, 90200), Row(1, 90100) + "2,1,48000\n",
        kTag + "Audio Test Failed, err_count 1\n", 1},
       {Row(1, 90100) + "2,1,48000\n" + Row(3, 90300), Row(1, 90100) + "2,1,48000\n" + Row(3, 90300),
@@ -104,7 +104,7 @@ TEST(VerifyAudio, ResynchronisesByPts) {
   }
 }
 
-TEST(VerifyAudio, RowsWithoutPtsCountAsSkippedAndResynchronisedOnesDoNot) {
+TEST(VerifyAudio, CountsRowsWithoutPtsAsSkippedButNotResynchronisedOnes) {
   const auto verdict = [](const std::string& golden, const std::string& test) {
     const VerifyRun run = RunVerifier(Verify_Audio, Dump(9, 0) + golden, Dump(9, 0) + test);
     return run.console.substr(run.console.rfind(kTag) + kTag.size());
@@ -118,7 +118,7 @@ TEST(VerifyAudio, RowsWithoutPtsCountAsSkippedAndResynchronisedOnesDoNot) {
   EXPECT_EQ(verdict(row + Row(2, 90200) + Row(3, 90300), Row(3, 90300)), tooSmall + "(9,9)\n");
 }
 
-TEST(VerifyAudio, AFirstSecondWithoutEndIsAllThatIsRead) {
+TEST(VerifyAudio, EndlessFirstSecondSkipsTheWholeFile) {
   std::string text = kTitle;
   for (int i = 0; i < 20; ++i) text += Row(i, i);
   const VerifyRun run = RunVerifier(Verify_Audio, text, text);

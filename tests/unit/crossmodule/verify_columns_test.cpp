@@ -1,4 +1,4 @@
-// The stages whose rows are numbers in columns: VDEC, VO and Scaler.
+// Stages whose rows consist of numeric columns: VDEC, VO and Scaler.
 #include <algorithm>
 #include <cstdlib>
 #include <map>
@@ -21,7 +21,7 @@ std::string Join(const Values& values) {
   return row + "\n";
 }
 
-/// A row of zeros with its number, its rate and what else is given by column.
+/// A row of zeros with its number, its rate and other values by column.
 std::string Row(std::size_t columns, int frame, const std::map<std::size_t, std::string>& values) {
   Values row(columns, "0");
   row[0] = std::to_string(frame);
@@ -109,7 +109,7 @@ struct Compared {
   std::string console;
 };
 
-/// Compares files of these texts with a comparator's own entry.
+/// Compares files with these texts by calling a comparator directly.
 template <class Setting, class Compare>
 Compared CompareTexts(Compare compare, Setting setting, const std::string& golden,
                       const std::string& sample) {
@@ -131,7 +131,7 @@ TEST(VerifyVo, PrintsSettingsCountersAndTheFirstFailure) {
   std::string sample = "d,e\n";
   for (int i = 0; i < 123; ++i) {
     golden += Vo(i, {{1, i == 3 || i == 5 ? "2" : "0"}});
-    // Row 119 is the last one of the tolerance; checksums are hexadecimal, sizes decimal.
+    // Row 119 is the last one within the tolerance; checksums are hexadecimal, sizes decimal.
     sample += Vo(i, {{2, "ab"},
                      {3, i == 119 || i == 121 ? "16" : "0"},
                      {1, i == 5 ? "2" : "0"},
@@ -164,12 +164,12 @@ TEST(VerifyVo, PrintsSettingsCountersAndTheFirstFailure) {
   EXPECT_EQ(std::regex_replace(run.console, std::regex("\\[VOUT\\] \\S+ :0\n"), ""), expected);
 }
 
-TEST(VerifyVo, SaysThatAllIsWell) {
+TEST(VerifyVo, PrintsThatAllRowsAreEqual) {
   const std::string same = "t\n" + Vo(0) + Vo(1);
   EXPECT_TRUE(RunVerifier(Verify_VO, same, same).console.ends_with("Done!!@2, rst=0\n"));
 }
 
-/// The first row of 200 that fails when all of them differ; -1 when none does.
+/// The first failing row of 200 rows that all differ; -1 if none fails.
 int FirstFailing(bool scaler, const std::string& rate, int errorSeconds, int syncSeconds,
                  int firstFrame = 0) {
   std::string golden = "title\n";
@@ -186,7 +186,7 @@ int FirstFailing(bool scaler, const std::string& rate, int errorSeconds, int syn
                               : CompareTexts(Api_vout_info_compare, setting, golden, sample);
   EXPECT_EQ(run.passed, run.stage.wrongFields.empty());
   const int first = run.passed ? -1 : run.first.frameNumber - firstFrame;
-  // The analysis of frames leaves out the same rows; it knows no settings but the default ones.
+  // The analysis of frames ignores the same rows, but always uses the default settings.
   if (errorSeconds == 2 && syncSeconds == 2) {
     const TemporaryFile goldenFile("golden", golden);
     const TemporaryFile sampleFile("sample", sample);
@@ -197,20 +197,20 @@ int FirstFailing(bool scaler, const std::string& rate, int errorSeconds, int syn
   return first;
 }
 
-TEST(VerifyColumns, ToleranceIsAsLongAsTheRateSays) {
+TEST(VerifyColumns, ToleranceFollowsTheFrameRate) {
   EXPECT_EQ(FirstFailing(false, "60000", 2, 2), 120);
   EXPECT_EQ(FirstFailing(false, "59940", 1, 2), 120);
   EXPECT_EQ(FirstFailing(false, "59899", 2, 2), 118) << "not rounded up";
   EXPECT_EQ(FirstFailing(false, "60000", 0, 0), 0);
   EXPECT_EQ(FirstFailing(false, "60000", 9, 0), -1);
   EXPECT_EQ(FirstFailing(false, "0", 2, 2), 1) << "no rate";
-  EXPECT_EQ(FirstFailing(false, "60000", 2, 2, 5), 1) << "frame 0 is not there";
+  EXPECT_EQ(FirstFailing(false, "60000", 2, 2, 5), 1) << "frame 0 is missing";
   EXPECT_EQ(FirstFailing(true, "59949", 2, 2), 118);
   EXPECT_EQ(FirstFailing(true, "59950", 2, 2, 5), 120) << "the first rate counts";
   EXPECT_EQ(FirstFailing(true, "0", 2, 2), 100) << "no rate";
 }
 
-TEST(VerifyColumns, CountsWhatOnlyOneFileHas) {
+TEST(VerifyColumns, CountsRowsThatOnlyOneFileHas) {
   const std::string title = "t\n";
   const std::string three = Vo(0) + Vo(1) + Vo(2);
   const struct {
@@ -235,7 +235,7 @@ TEST(VerifyColumns, CountsWhatOnlyOneFileHas) {
   }
 }
 
-TEST(VerifyVo, MaskedItemsOnlyCountAndEventsAreKept) {
+TEST(VerifyVo, MaskedItemsDoNotFailAndFrameInfoIsKept) {
   _VOUT_INFO_COMPARE_SETTING setting;
   setting.errTolerance_sec = setting.syncTolerance_sec = 0;
   setting.maskItem[3] = setting.maskItem[26] = 1;
@@ -256,14 +256,14 @@ TEST(VerifyVo, MaskedItemsOnlyCountAndEventsAreKept) {
   EXPECT_EQ(failed.first.frameInfo[1].item, 0U);
 }
 
-TEST(VerifyScaler, ComparesWholeRatesAndWritesChecksumsWithPrefix) {
+TEST(VerifyScaler, ComparesRoundedRatesAndPrefixesChecksums) {
   std::string golden = "t\n";
   std::string sample = "t\n";
   for (int i = 0; i < 120; ++i) {
     golden += Scaler(i);
     sample += Scaler(i, {{1, std::to_string(i) + "f"}});
   }
-  // A later rate does not make the tolerance longer.
+  // A later rate does not extend the tolerance.
   const std::string later = "120000";
   golden += Scaler(120) + Scaler(121, {{18, "c5b6c53"}, {19, "16"}, {20, later}}) + Scaler(122) +
             Scaler(123);
@@ -339,7 +339,7 @@ Lines DiffOf(const std::string& golden, const std::string& sample, std::size_t c
   return found;
 }
 
-TEST(VerifyColumns, FindsWhatDiffFinds) {
+TEST(VerifyColumns, FindsTheSameDifferencesAsDiff) {
   struct Judged {
     player::Stage stage;
     Verifier verify;

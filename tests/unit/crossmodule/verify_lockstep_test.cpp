@@ -1,4 +1,4 @@
-// The stages whose rows are aligned by frame number: OMX output, OMX input and DVO.
+// Stages whose rows are aligned by frame number: OMX output, OMX input and DVO.
 #include "VerifyRun.h"
 
 namespace {
@@ -17,7 +17,7 @@ std::string LastLines(int golden, int sample) {
          " fail! maybe it's the end of file!\n";
 }
 
-/// The files have a title and `warmUp` rows each, which differ in everything but their number.
+/// Each file starts with a title and `warmUp` rows, which differ in everything but their number.
 void Check(Verifier verify, int warmUp, const std::vector<Case>& cases) {
   std::string golden = "title\n";
   std::string sample = "title\n";
@@ -35,7 +35,7 @@ void Check(Verifier verify, int warmUp, const std::vector<Case>& cases) {
   }
 }
 
-/// Every column of a golden row, its dump value missing.
+/// Every column of a golden row, with a missing dump value.
 Lines Missing(const std::string& frame, const Lines& values) {
   Lines fields;
   for (std::size_t i = 0; i < values.size(); ++i) {
@@ -114,12 +114,12 @@ TEST(VerifyOmxOutput, AlignsByFrameNumber) {
         "[muro:#] fread golden no:122 fail!\n[muro:#] fread golden no:122 fail!\n"}});
 }
 
-TEST(VerifyOmxOutput, PassesByTheFirstTwoSecondsOfEachSide) {
+TEST(VerifyOmxOutput, SkipsTheFirstTwoSecondsOfEachFile) {
   const auto row = [](int frame, int rate, int pts) {
     return std::to_string(frame) + ", 5, 1920, 1080, 1, " + std::to_string(rate) + ", " +
            std::to_string(pts);
   };
-  // At 120 frames a second frame 239 is the last one that may differ.
+  // At 120 frames per second, frame 239 is the last one that may differ.
   Check(Verify_OMX_Output, 120,
         {{"each side has other ones",
           {row(238, 120000, 1), row(240, 120000, 4), row(241, 120000, 5)},
@@ -138,13 +138,13 @@ TEST(VerifyOmxOutput, PassesByTheFirstTwoSecondsOfEachSide) {
           "frame_no:240 field:0000002 error!\n"}});
 }
 
-TEST(VerifyOmxInput, CountsWhatItCompares) {
+TEST(VerifyOmxInput, CountsComparedRows) {
   std::string rows = "t\n";
   for (int i = 0; i < 25; ++i) rows += std::to_string(i) + ", 5, 700, 0, 100\n";
   EXPECT_EQ(RunVerifier(Verify_OMX_Input, rows, rows).result.verifyFrameCount, 15);
 }
 
-TEST(VerifyOmxOutput, TheRestOfALongTitleIsARow) {
+TEST(VerifyOmxOutput, RestOfALongTitleIsARow) {
   const std::string title(65, 't');
   const VerifyRun run = RunVerifier(Verify_OMX_Output, title + "\n", title.substr(1) + "\n");
   EXPECT_EQ(run.console,
@@ -248,7 +248,7 @@ TEST(VerifyDvo, FindsTheStartAndStopsAtTheFirstMismatch) {
           "[muro:#] fread line2:3 fail! maybe it's the end of file!\n"}});
 }
 
-TEST(VerifyDvo, EndsWithTheSamplesStreamOnly) {
+TEST(VerifyDvo, EndsOnlyAtTheEndOfStreamOfTheSample) {
   const std::string row = "120, 2, 60000, 30, 0\n";
   const std::string start =
       "[muro:#] golden first check no:120\n[muro:#] sample first check no:120 (1 1)\n";
@@ -264,7 +264,7 @@ TEST(VerifyDvo, EndsWithTheSamplesStreamOnly) {
 
 TEST(VerifyDvo, DistinguishesTypeFromOrder) {
   const std::string golden = "t\n120, 2, 60000, 30, 0\n121, 2, 60000, 40, 0\n";
-  // Behind its time, and no repeat of the frame before or not marked as one.
+  // A row that is late, and not a repeat of the previous frame or not marked as one.
   for (const char* row : {"119, 2, 60000, 20, 1\n", "120, 2, 60000, 30, 0\n"}) {
     const VerifyRun run =
         RunVerifier(Verify_DVO, golden, "t\n120, 2, 60000, 30, 0\n" + (row + golden.substr(24)));
@@ -274,7 +274,7 @@ TEST(VerifyDvo, DistinguishesTypeFromOrder) {
   EXPECT_FALSE(RunVerifier(Verify_DVO, golden, golden).result.outOfOrder);
 }
 
-TEST(VerifyDvo, TakesTheRestOfALongTitleForNoBrokenRow) {
+TEST(VerifyDvo, RestOfALongTitleIsNotAMalformedRow) {
   const std::string rows = "120, 2, 60000, 30, 0\n121, 2, 60000, 40, 0\nEOS\n";
   const std::string text = std::string(90, 't') + "\n" + rows;
   EXPECT_EQ(RunVerifier(Verify_DVO, text, text).fields, Lines{});

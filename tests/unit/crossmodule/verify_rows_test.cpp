@@ -1,4 +1,4 @@
-// Reading rows: the reader, what may be skipped as the same, frame counts, and broken files in
+// Reading rows: the reader, rows that may be skipped as equal, frame counts, and malformed files in
 // every stage.
 #include "RowReader.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using player::Stage;
 
-TEST(RowReader, CutsLinesAsTheStandardLibraryDoes) {
+TEST(RowReader, SplitsLinesLikeTheStandardLibrary) {
   std::mt19937 random(1);
   std::string text;
   while (text.size() < 400'000) {
@@ -32,12 +32,12 @@ TEST(RowReader, CutsLinesAsTheStandardLibraryDoes) {
       ASSERT_EQ(row, line.data());
     }
     EXPECT_FALSE(reader.Next(row, limit));
-    EXPECT_EQ(row, line.data()) << "untouched at the end";
+    EXPECT_EQ(row, line.data()) << "unchanged at the end of the file";
     std::fclose(expected);
   }
 }
 
-TEST(RowReader, TakesWholeLinesAndPassesByBlankRows) {
+TEST(RowReader, ReadsWholeLinesAndSkipsBlankRows) {
   const TemporaryFile file("rows", std::string(5000, 't') + "\n\n \t\r\nrow\nlast");
   RowReader reader(file.Path());
   std::string_view row;
@@ -50,7 +50,7 @@ TEST(RowReader, TakesWholeLinesAndPassesByBlankRows) {
   EXPECT_EQ(RowReader(testing::TempDir()).NextLine(), "") << "a directory has no rows";
 }
 
-TEST(RowReader, ReadsFieldsAndNumbersAsTheStandardLibraryDoes) {
+TEST(RowReader, ReadsFieldsAndNumbersLikeTheStandardLibrary) {
   using namespace std::string_literals;
   std::array<std::string_view, 4> fields;
   EXPECT_EQ(SplitRow(", a,, b c\n", {',', ' '}, fields), 3U);
@@ -59,7 +59,7 @@ TEST(RowReader, ReadsFieldsAndNumbersAsTheStandardLibraryDoes) {
   EXPECT_EQ(SplitRow("a,b,c,d,e", {',', ' '}, fields), 4U);
   for (const char* text : {"12", " -7x", "+5", "x", "", "4294967295", "99999999999999999999",
                            "-99999999999999999999", "9223372036854775806", "- 5"}) {
-    // What atoi makes of it where a long has 64 bits.
+    // Result of atoi on systems with a 64-bit long.
     EXPECT_EQ(ToNumber(text), static_cast<int32_t>(std::strtoll(text, nullptr, 10))) << text;
   }
   std::array<int32_t, 3> numbers{};
@@ -69,7 +69,7 @@ TEST(RowReader, ReadsFieldsAndNumbersAsTheStandardLibraryDoes) {
   EXPECT_EQ(ReadNumbers("1\0,2,3"s, targets), 1U);
 }
 
-TEST(RowItems, AreReadAsScanfDoes) {
+TEST(RowItems, AreReadLikeScanf) {
   const RowFormat format{4, 1U << 2, 1};
   for (const char* row : {"1,2,ff,4\n", "1;2;0xFF;-4", " 1, 2,-f,\t4 \r\n", "1,2,fg,4", "1,2,,4",
                           "1,2x,3,4\n", "x", "12345678901,2,123456789,4", "1 ,2,3,4", "1,2,ff"}) {
@@ -87,7 +87,7 @@ TEST(RowItems, AreReadAsScanfDoes) {
   EXPECT_EQ(ReadItems("1,2,3,4,\n", format, items), 4U);
 }
 
-/// A row with up to two bytes changed, put in or taken out.
+/// A row with up to two bytes changed, inserted or removed.
 std::string Mutate(std::string row, std::mt19937& random) {
   constexpr char kBytes[] = {'0', '7', 'a', ',', ' ', '-', 'x', '\0', '\r', '\n'};
   for (auto changes = random() % 3; changes > 0; --changes) {
@@ -103,7 +103,7 @@ std::string Mutate(std::string row, std::mt19937& random) {
   return row;
 }
 
-TEST(RowReader, CountsFieldsAsItSplitsThem) {
+TEST(RowReader, CountsAsManyFieldsAsItSplits) {
   std::mt19937 random(3);
   std::array<std::string_view, 99> fields;
   for (int i = 0; i < 30000; ++i) {
@@ -117,7 +117,7 @@ TEST(RowReader, CountsFieldsAsItSplitsThem) {
   EXPECT_EQ(CountFields(""), 0U);
 }
 
-TEST(RowItems, OfAPairAreThoseOfTheRowsAlone) {
+TEST(RowItems, OfAPairEqualThoseOfTheSingleRows) {
   constexpr RowFormat kFormat{5, 1U << 3, 1};
   std::mt19937 random(2);
   for (int i = 0; i < 30000; ++i) {
@@ -136,7 +136,7 @@ TEST(RowItems, OfAPairAreThoseOfTheRowsAlone) {
   }
 }
 
-TEST(RowItems, WhatIsTakenForTheSameIsTheSameWhenRead) {
+TEST(RowItems, EqualRowsHaveEqualItems) {
   constexpr RowFormat kFormat{24, 1U << 3, 6};
   std::mt19937 random(3);
   SameItems sameItems(kFormat);
@@ -168,10 +168,10 @@ TEST(RowItems, WhatIsTakenForTheSameIsTheSameWhenRead) {
     }
     ASSERT_EQ(std::to_string(pair.golden[0]), same.text);
   }
-  EXPECT_GT(found, 9000) << "rows that were left alone are the same";
+  EXPECT_GT(found, 9000) << "rows that were not mutated are equal";
 }
 
-TEST(RowItems, RowsOfTextAreTheSameButForTheSecondField) {
+TEST(RowItems, TextRowsAreComparedWithoutTheSecondField) {
   std::mt19937 random(4);
   int found = 0;
   for (int i = 0; i < 30000; ++i) {
@@ -196,7 +196,7 @@ TEST(RowItems, RowsOfTextAreTheSameButForTheSecondField) {
   EXPECT_GT(found, 9000);
 }
 
-TEST(FrameCount, CountsNumbersThatGrowAndTheWarmUpAsABlock) {
+TEST(FrameCount, CountsIncreasingNumbersAndTheWarmUpAsABlock) {
   const auto rows = [](int first, int last) {
     std::string text = "frame_no,x\n";
     for (int i = first; i <= last; ++i) text += std::to_string(i) + ",1\n";
@@ -223,7 +223,7 @@ TEST(FrameCount, CountsNumbersThatGrowAndTheWarmUpAsABlock) {
 struct StageVerifier {
   Stage stage;
   Verifier verify;
-  std::string goldenMessage, sampleMessage;  // of a file that cannot be opened
+  std::string goldenMessage, sampleMessage;  // for a file that cannot be opened
 };
 const StageVerifier kStages[] = {
     {Stage::kOmxIn, Verify_OMX_Input, "", ""},
@@ -239,7 +239,7 @@ const StageVerifier kStages[] = {
      "[Cross Module][Audio] muro open test file failed\n"},
 };
 
-TEST(Verifiers, FilesThatAreNotThereSetTheirBits) {
+TEST(Verifiers, MissingFilesSetTheirStatusBits) {
   const TemporaryFile there("there", "title\n");
   for (const StageVerifier& stage : kStages) {
     for (const int bits : {1, 2, 3}) {
@@ -258,11 +258,11 @@ TEST(Verifiers, FilesThatAreNotThereSetTheirBits) {
   }
 }
 
-/// Text of a sample whose rows 150 and on are broken in some way.
+/// A sample whose rows from 150 on are malformed in some way.
 struct Breakage {
   const char* name;
   std::string (*apply)(const Lines& rows);
-  // Per stage: F a wrong field or status, D other frame counts alone, P neither.
+  // Per stage: F: a wrong field or status; D: only the frame counts differ; P: passes.
   const char* outcomes;
 };
 
@@ -277,7 +277,7 @@ const Breakage kBreakages[] = {
     {"whole", Text, "PPPPPPP"},
     {"empty", [](const Lines&) { return std::string(); }, "DDDDFFD"},
     {"title only", [](const Lines& rows) { return rows[0] + "\n"; }, "DDDDFFD"},
-    // The first row goes for the title, and the warm-up takes one row more.
+    // The first row counts as the title, and the warm-up takes one more row.
     {"no title", [](const Lines& rows) { return Text(Lines(rows.begin() + 1, rows.end())); },
      "FFFPFFP"},
     {"ends in half a line",
@@ -319,7 +319,7 @@ const Breakage kBreakages[] = {
      "FFPPPPP"},
 };
 
-TEST(Verifiers, BrokenDumpsGiveTheirOwnResultAndNeverHang) {
+TEST(Verifiers, MalformedDumpsGiveTheExpectedResultAndNeverHang) {
   for (std::size_t i = 0; i < std::size(kStages); ++i) {
     std::ostringstream out;
     player::WriteDump(out, {.frameCount = 600, .hdr = true}, {}, kStages[i].stage);
@@ -340,7 +340,7 @@ TEST(Verifiers, BrokenDumpsGiveTheirOwnResultAndNeverHang) {
                 breakage.outcomes[i])
           << breakage.name << " in " << player::FormatOf(kStages[i].stage).stageName << "\n"
           << run.console.substr(0, 2000);
-      // The same garbage on both sides is no proof of anything, and must end all the same.
+      // The same garbage in both files proves nothing, but the comparison must still end.
       RunVerifier(kStages[i].verify, sample, sample);
       RunVerifier(kStages[i].verify, sample, golden);
     }

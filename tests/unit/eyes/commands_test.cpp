@@ -1,4 +1,4 @@
-// The command: captures that are not there, references, learning and evidence.
+// The command: missing captures, references, learning and evidence.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -16,7 +16,7 @@ using enum Answer;
 
 class EyesCommand : public testing::Test {
  protected:
-  /// Answer and last line, "no: black: …".
+  /// The answer and the last line, such as "no: black: …".
   std::string Run(const std::vector<std::string>& words) {
     static constexpr const char* kNames[] = {"yes: ", "no: ", "cannot tell: "};
     std::ostringstream out;
@@ -38,7 +38,7 @@ class EyesCommand : public testing::Test {
     return Run(words);
   }
 
-  /// Makes a picture of the test's directory by filters.
+  /// Creates a picture in the test's directory with filters.
   void Make(const std::string& name, const std::string& filters) {
     Write("recipes", name + "\t" + filters + "\n");
     EXPECT_EQ(Run({"make", Path("recipes"), Path("")}), "yes: 1 references");
@@ -61,7 +61,7 @@ class EyesCommand : public testing::Test {
 constexpr char kBars[] = "smptehdbars=s=960x540,format=gbrp";
 constexpr char kDark[] = "color=0x000008:s=960x540,format=gbrp";
 
-TEST_F(EyesCommand, ACaptureThatIsNotThereIsNoVerdict) {
+TEST_F(EyesCommand, MissingCaptureGivesNoVerdict) {
   Make("dark", kDark);
   Write("damaged.png", Text("dark.png").substr(0, 400));
   Write("empty", "");
@@ -98,13 +98,13 @@ TEST_F(EyesCommand, ReadsStreamsOfCommandsAndFiles) {
   EXPECT_EQ(Judge("moving", "command:" + stream + y4m), "no: moving: change 0.0 of at least 12");
   ASSERT_EQ(std::system((stream + "-c:v mjpeg -q:v 3 '" + Path("bars.avi") + "'").c_str()), 0);
   EXPECT_EQ(Judge("reference bars.png", Path("bars.avi")).substr(0, 5), "yes: ");
-  // Devices send packed pixels without an end, as capture cards do.
+  // Like capture cards, devices send packed pixels endlessly.
   const std::string device = "lavfi:color=white:s=1280x720:r=50,format=yuyv422";
   EXPECT_EQ(Judge("plain white and frozen", device).substr(0, 5), "yes: ");
   EXPECT_EQ(Judge("moving", "lavfi:testsrc2=s=1280x720:r=1,format=yuyv422").substr(0, 5), "yes: ");
 }
 
-TEST_F(EyesCommand, AMaskLeavesOutWhatIsBlackInIt) {
+TEST_F(EyesCommand, MaskExcludesItsBlackAreas) {
   Make("bars", kBars);
   Make("clock", std::string(kBars) + ",drawbox=x=600:y=90:w=200:h=80:color=white:t=fill");
   Make("mask",
@@ -115,7 +115,7 @@ TEST_F(EyesCommand, AMaskLeavesOutWhatIsBlackInIt) {
             "yes: ");
 }
 
-TEST_F(EyesCommand, KeepsWhatWasSeenAndWhatShouldHaveBeen) {
+TEST_F(EyesCommand, KeepsTheCaptureAndTheReference) {
   Make("bars", kBars);
   Make("large", "smptehdbars=s=1920x1080,format=gbrp");
   Make("dark", kDark);
@@ -127,14 +127,14 @@ TEST_F(EyesCommand, KeepsWhatWasSeenAndWhatShouldHaveBeen) {
   EXPECT_EQ(SizeOf("evidence/capture.png"), "960x540");
   EXPECT_EQ(SizeOf("evidence/reference.png"), "960x540");
   EXPECT_EQ(SizeOf("evidence/difference.png"), "960x540");
-  // Judged in a larger size, kept in the same.
+  // Judged at a larger size, kept at the same size.
   Write("rules", "size 1920x1080\nA/1\t*\treference large.png\n");
   EXPECT_EQ(Run({"judge", Path("rules"), "--from", Path("large.png"), "--test", "A/1", "--evidence",
                  Path("evidence")})
                 .substr(0, 5),
             "yes: ");
   EXPECT_EQ(SizeOf("evidence/capture.png"), "960x540");
-  // The picture before the test stays with the other evidence and is found there.
+  // The picture taken before the test is kept with the other evidence and found there.
   Write("rules", "A/1\t*\tchanged and brighter\n");
   EXPECT_EQ(Run({"judge", Path("rules"), "--from", Path("dark.png"), "--test", "A/1", "--question",
                  "before the test", "--evidence", Path("evidence")}),
@@ -145,7 +145,7 @@ TEST_F(EyesCommand, KeepsWhatWasSeenAndWhatShouldHaveBeen) {
             "yes: ");
 }
 
-TEST_F(EyesCommand, LearnsReferencesAndRefusesThemForOtherCaptures) {
+TEST_F(EyesCommand, LearnsReferencesAndRejectsThemForOtherCaptures) {
   Make("bars", kBars);
   Make("large", "smptehdbars=s=1920x1080,format=gbrp");
   Write("rules", "");
@@ -168,7 +168,7 @@ TEST_F(EyesCommand, LearnsReferencesAndRefusesThemForOtherCaptures) {
             "cannot tell: the picture has too few flat areas for a comparison of colours");
 }
 
-TEST_F(EyesCommand, ACalibrationIsKeptAndUsed) {
+TEST_F(EyesCommand, CalibrationIsStoredAndUsed) {
   Make("bars", kBars);
   Make("moved", std::string(kBars) + ",crop=957:538:0:2,pad=960:540:3:0");
   Write("rules", "calibration rig\nA/1\t*\treference bars.png\n");
@@ -186,7 +186,7 @@ TEST_F(EyesCommand, ACalibrationIsKeptAndUsed) {
             "cannot tell: the capture does not show " + Path("bars.png"));
 }
 
-TEST_F(EyesCommand, ABoardHasItsPanelJudgedByAPc) {
+TEST_F(EyesCommand, PanelOfABoardCanBeJudgedByAPc) {
   Make("bars", kBars);
   Make("dark", kDark);
   fs::create_directory(Path("evidence"));
@@ -215,7 +215,7 @@ TEST_F(EyesCommand, ABoardHasItsPanelJudgedByAPc) {
   EXPECT_EQ(std::distance(fs::directory_iterator(Path("evidence")), {}), 2);
 }
 
-TEST_F(EyesCommand, WrongCommandLinesAndRecipesAreRefused) {
+TEST_F(EyesCommand, InvalidCommandLinesAndRecipesAreRejected) {
   EXPECT_EQ(Run({"judge"}), "cannot tell: usage: cvneyes judge RULES");
   EXPECT_EQ(Run({"judge", "a", "--test"}), "cannot tell: --test requires a value");
   EXPECT_EQ(Run({"judge", "a", "--tset", "b"}),

@@ -1,4 +1,4 @@
-// Wrong pictures do not pass, and right ones do through a bad capture. `bench_eyes` tries many
+// Wrong pictures fail, and correct ones pass even through a bad capture. `bench_eyes` tests many
 // more.
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ using captures::BadCapture;
 using captures::Captured;
 using captures::Shown;
 
-/// A capture with its rig, measured by the picture for calibrations.
+/// A capture and its rig, measured with the calibration picture.
 struct Measured {
   BadCapture capture;
   eyes::Rig rig;
@@ -49,7 +49,7 @@ TEST(Confusion, NoDefectPasses) {
 }
 
 TEST(Confusion, GoodPicturesPassThroughABadCapture) {
-  // The worst at once.
+  // The worst values of all properties together.
   const BadCapture worst[] = {{0.95, 1.05, 0.1, 2, 1, -1, 3, true, 70},
                               {1.05, 0.95, 0.1, -2, -1, 1, 3, true, 70}};
   const eyes::Pixels first = Shown(captures::Scenes().front().filters);
@@ -74,7 +74,7 @@ TEST(Confusion, GoodPicturesPassThroughABadCapture) {
   }
 }
 
-TEST(Confusion, ACalibrationMeasuresTheRigAndKnowsItsPicture) {
+TEST(Confusion, CalibrationMeasuresTheRigAndRejectsOtherPictures) {
   const eyes::Pixels shown = Shown(captures::Scenes().front().filters);
   const auto rig = Calibrate(shown, Captured(shown, {0.85, 1.2, 0.2, 5, 2, -1, 0, false, 0}));
   ASSERT_TRUE(rig);

@@ -1,4 +1,4 @@
-// Each rule at its boundary, and what a rules file may say.
+// Each rule at its limits, and the syntax of rules files.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -18,7 +18,7 @@ using enum Answer;
 constexpr int kWidth = 320, kHeight = 192;
 constexpr Region kWindow = {64, 48, 128, 96};
 
-// A rig that shows colours as they are, so that figures are levels.
+// A rig that shows colours unchanged, so that measured values are levels.
 constexpr eyes::KnownRig kExactRig = {{}, {0, 0, 0, 0, 0.5}};
 
 Pixels Gray(int level) {
@@ -36,7 +36,7 @@ Pixels WithBlock(Pixels picture, const Region& block, int level) {
   return picture;
 }
 
-/// Columns that are darker and brighter than the middle by turns.
+/// Columns that are alternately darker and brighter than the middle.
 Pixels Stripes(int amplitude) {
   Pixels picture = Gray(128);
   for (int x = 0; x < kWidth; x += 2)
@@ -54,7 +54,7 @@ eyes::Verdict Judged(const std::string& rule, std::vector<Pixels> pictures,
                {std::move(pictures), std::move(before), kWidth, kHeight}, kExactRig);
 }
 
-TEST(RulesAtTheirBoundary, APictureIsBlackPlainOrBars) {
+TEST(RulesAtTheirBoundary, PictureIsBlackPlainOrBars) {
   const Pixels bars = eyes::BarsPicture(kWidth, kHeight, {0, 0, kWidth, kHeight});
   const Pixels inRegion = eyes::BarsPicture(kWidth, kHeight, {32, 16, 256, 160});
   Pixels oneSwapped = bars, otherMatrix = bars;
@@ -73,7 +73,7 @@ TEST(RulesAtTheirBoundary, APictureIsBlackPlainOrBars) {
       {"plain gray", Gray(139), kNo},
       {"plain 0000ff", PlainPicture(kWidth, kHeight, {0, 10, 245}), kYes},
       {"plain blue", PlainPicture(kWidth, kHeight, {0, 11, 255}), kNo},
-      // One line, and a spot that a part of the picture has to itself.
+      // A single line, and a spot outside the judged region.
       {"plain gray", WithBlock(Gray(128), {40, 99, 200, 1}, 152), kYes},
       {"plain gray", WithBlock(Gray(128), {40, 99, 200, 1}, 153), kNo},
       {"plain gray region 40,40,100,100", WithBlock(Gray(128), {200, 100, 64, 64}, 0), kYes},
@@ -89,11 +89,11 @@ TEST(RulesAtTheirBoundary, APictureIsBlackPlainOrBars) {
   }
 }
 
-TEST(RulesAtTheirBoundary, APictureStandsMovesOrDiffersFromTheOneBefore) {
+TEST(RulesAtTheirBoundary, PictureIsFrozenMovingOrDifferentFromBefore) {
   const auto changed = [](int levels) {
     return WithBlock(Gray(100), {80, 80, 8, 8}, 100 + levels);
   };
-  // A box that moves among edges that stay.
+  // A box that moves in front of still edges.
   const auto boxAt = [](int x) {
     return WithBlock(eyes::BarsPicture(kWidth, kHeight, {0, 0, kWidth, kHeight}), {x, 50, 40, 40},
                      128);
@@ -127,7 +127,7 @@ TEST(RulesAtTheirBoundary, APictureStandsMovesOrDiffersFromTheOneBefore) {
       {"reference before", {boxAt(102)}, boxAt(100), kNo},
       {"brighter", {Gray(200)}, {}, kCannotTell},
       {"reference before", {Gray(200)}, {}, kCannotTell},
-      // What is not met decides, also beside what cannot be judged.
+      // A failed condition decides, even if another one cannot be judged.
       {"brighter and black", {Gray(200)}, {}, kNo},
       {"plain 646464 and brighter", {Gray(100)}, Gray(90), kYes},
       {"plain 646464 and brighter", {Gray(100)}, Gray(100), kNo},
@@ -138,7 +138,7 @@ TEST(RulesAtTheirBoundary, APictureStandsMovesOrDiffersFromTheOneBefore) {
   }
 }
 
-TEST(RulesAtTheirBoundary, AWindowHasItsPictureInItsPlaceAndNothingAroundIt) {
+TEST(RulesAtTheirBoundary, WindowShowsItsPictureAndNothingAroundIt) {
   constexpr char kRule[] = "window 64,48,128,96";
   const auto with = [](Region window, int ground) { return WithBlock(Gray(ground), window, 200); };
   const struct {
@@ -163,9 +163,9 @@ TEST(RulesAtTheirBoundary, AWindowHasItsPictureInItsPlaceAndNothingAroundIt) {
   }
 }
 
-TEST(Rig, ACaptureWithoutASignalOrATornOneSaysNothingOfTheProduct) {
+TEST(Rig, MissingSignalAndTornCapturesGiveNoVerdict) {
   const auto boxAt = [](int x, int y = 60) { return WithBlock(Gray(40), {x, y, 48, 64}, 220); };
-  // The upper half of one picture, the lower half of the next one.
+  // The upper half of one picture and the lower half of the next one.
   Pixels torn = boxAt(160);
   const Pixels first = boxAt(100);
   for (size_t plane = 0; plane < torn.planes.size(); ++plane)
@@ -181,7 +181,7 @@ TEST(Rig, ACaptureWithoutASignalOrATornOneSaysNothingOfTheProduct) {
       {"plain white", {Gray(12)}, {}, false, kCannotTell},
       {"black", {Gray(0)}, {}, false, kCannotTell},
       {"plain white", {Gray(13)}, {}, false, kNo},
-      // The rig is known to see.
+      // The rig is trusted to capture correctly.
       {"plain white", {Gray(12)}, {}, true, kNo},
       {"black", {Gray(0)}, Gray(100), false, kYes},
       {"black", {Gray(0)}, Gray(0), false, kCannotTell},
@@ -197,7 +197,7 @@ TEST(Rig, ACaptureWithoutASignalOrATornOneSaysNothingOfTheProduct) {
   }
 }
 
-TEST(RulesFile, TheFirstRuleThatFitsHolds) {
+TEST(RulesFile, FirstMatchingRuleWins) {
   const std::string path = testing::TempDir() + "rules";
   std::ofstream(path) << "# comment\n"
                          "from command:camera --fast\n"

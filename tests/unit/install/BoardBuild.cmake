@@ -1,6 +1,6 @@
-# Builds the harness as for a board, by the example in contrib/cmake: against headers that are copies of
-# the HAL's with other names, and a HAL library, without the simulation. Fails where hal/include holds more
-# than declarations, or where the harness needs more. The build stays for the next run.
+# Builds the harness as for a board, using the example in contrib/cmake: with copies of the HAL's headers under other
+# names, and a HAL library, without the simulation. Fails if hal/include contains more than declarations, or if the
+# harness needs more. The build tree is kept for the next run.
 #
 #   cmake -D SOURCE=… -D BUILD=… -D GENERATOR=… -D CXX=… -D LAUNCHER=… -D NM=… -D HAL_LIBRARY=… -D DESCRIPTION=…
 #         -P BoardBuild.cmake
@@ -11,7 +11,7 @@ function(run)
   execute_process(COMMAND ${ARGV} COMMAND_ECHO STDOUT COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# Headers alone. The copy keeps their times, so that only what changed is built again.
+# Only headers. The copies keep their time stamps, so that only changed files are rebuilt.
 file(GLOB_RECURSE files RELATIVE "${headers}" "${headers}/*")
 set(others ${files})
 list(FILTER others EXCLUDE REGEX "\\.h$")
@@ -21,8 +21,8 @@ endif()
 file(REMOVE_RECURSE "${copy}")
 file(COPY "${headers}/" DESTINATION "${copy}" FILES_MATCHING PATTERN "*.h")
 
-# Declarations alone: a file of all headers defines nothing, and none of them defines templates,
-# inline functions or macros for others to use.
+# Only declarations: a file that includes all headers defines nothing, and no header defines templates, inline functions
+# or macros for others to use.
 foreach(file IN LISTS files)
   file(STRINGS "${headers}/${file}" definitions
     REGEX "^[ \t]*(#[ \t]*define|inline|template|.*\\)[ \t]*(const)?[ \t]*{)")
@@ -40,7 +40,7 @@ if(symbols)
   message(FATAL_ERROR "hal/include defines: ${symbols}")
 endif()
 
-# The headers as a board's SDK may have them: contrib/cmake names each file, and some types, anew.
+# The headers as a board's SDK may provide them: contrib/cmake renames all files and some types.
 file(REMOVE_RECURSE "${BUILD}/sdk.new")
 file(STRINGS "${SOURCE}/contrib/cmake/headers.txt" rows REGEX "^[^# ]")
 string(REGEX MATCHALL "[A-Z][A-Za-z0-9_]+=[A-Za-z0-9_]+" types "${rows}")
@@ -77,5 +77,5 @@ set(program "${BUILD}/build/installed/bin/cvntester")
 foreach(arguments IN ITEMS --list --check-hal)
   run("${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${hal_directory}" "${program}" ${arguments})
 endforeach()
-# Names of files and types make no difference to the compiled program.
+# Renamed files and types make no difference to the compiled program.
 run("${SOURCE}/tools/halcheck/cvnhalcheck" --verbose --debug-file "${DESCRIPTION}" "${HAL_LIBRARY}" "${program}")

@@ -1,4 +1,4 @@
-// What is installed for a board, and what the program needs there.
+// Files installed for a board, and the program's dependencies there.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 
-/// The values of a kind of entry, such as NEEDED, in a program's dynamic section.
+/// The values of one kind of entry, such as NEEDED, in the dynamic section of a program.
 Names Dynamic(const std::string& kind, const fs::path& program) {
   const test::ShellResult section = test::RunShell(READELF " -dW " + test::Quoted(program));
   EXPECT_EQ(section.status, 0) << section.output;
@@ -28,7 +28,7 @@ Names Dynamic(const std::string& kind, const fs::path& program) {
   return names;
 }
 
-/// The libraries that a program needs and that no board has to have.
+/// The libraries that a program needs and that a board may not have.
 Names Foreign(const fs::path& program) {
   static const std::regex kOnEveryBoard(
       "libcvn_k2vhal\\.so|libstdc\\+\\+\\.so\\.6|libgcc_s\\.so\\.1|lib[cm]\\.so\\.6|"
@@ -58,14 +58,14 @@ class Installed : public testing::Test {
     return files;
   }
 
-  /// Starts the program with `environment` before it.
+  /// Starts the program with `environment` set.
   test::ShellResult Start(const std::string& environment = "",
                           const std::string& arguments = "--version") const {
     return test::RunShell("env -u LD_LIBRARY_PATH " + environment + " " EMULATOR " " +
                           test::Quoted(Program()) + " " + arguments + " 2>&1");
   }
 
-  /// A HAL library beside the program, with all functions but those in `lacking`.
+  /// Creates a HAL library next to the program, with all functions except those in `lacking`.
   void MakeHalWithout(const Names& lacking) const {
     std::ifstream functions(HAL_FUNCTIONS);
     const fs::path source = directory_ / "hal.c";
@@ -88,14 +88,14 @@ class Installed : public testing::Test {
   const fs::path directory_ = testing::TempDir() + "cvn-install-";
 };
 
-TEST(Built, NeedsNothingButTheHalAndTheLanguagesLibraries) {
+TEST(Built, NeedsOnlyTheHalAndTheLanguageRuntimes) {
   EXPECT_EQ(Foreign(HARNESS), Names());
 }
 
 TEST_F(Installed, HasProgramManPageAndCompletion) {
   Names expected{"bin/cvntester", "share/man/man1/cvntester.1",
                  "share/bash-completion/completions/cvntester"};
-  // Made where help2man and lowdown are installed.
+  // Installed only if help2man and lowdown are available.
   constexpr char kFormat[] = "share/man/man5/cvntester-answers.5";
   if (Files().contains(kFormat)) expected.insert(kFormat);
   EXPECT_EQ(Files(), expected);
@@ -104,7 +104,7 @@ TEST_F(Installed, HasProgramManPageAndCompletion) {
   EXPECT_EQ(Dynamic("RPATH", Program()), Names());
 }
 
-TEST_F(Installed, TakesTheHalOfTheBoard) {
+TEST_F(Installed, UsesTheHalOfTheBoard) {
   const test::ShellResult without = Start();
   EXPECT_EQ(without.status, 127);
   EXPECT_NE(without.output.find("libcvn_k2vhal.so"), std::string::npos) << without.output;
@@ -112,14 +112,14 @@ TEST_F(Installed, TakesTheHalOfTheBoard) {
   EXPECT_EQ(elsewhere.status, 0) << elsewhere.output;
 }
 
-TEST_F(Installed, TakesTheHalBesideIt) {
+TEST_F(Installed, UsesTheHalNextToIt) {
   Install("simulation");
   EXPECT_TRUE(Files().contains("lib/libcvn_k2vhal.so"));
   const test::ShellResult beside = Start();
   EXPECT_EQ(beside.status, 0) << beside.output;
 }
 
-TEST_F(Installed, SaysOfWhichBuildItIs) {
+TEST_F(Installed, PrintsItsBuildInformation) {
   const test::ShellResult version = Start("LD_LIBRARY_PATH=" HAL_DIRECTORY);
   EXPECT_TRUE(
       std::regex_match(version.output, std::regex("cvntester [0-9]+\\.[0-9]+\\.[0-9]+\n"
@@ -128,7 +128,7 @@ TEST_F(Installed, SaysOfWhichBuildItIs) {
       << version.output;
 }
 
-TEST_F(Installed, NamesAllFunctionsThatTheHalLacks) {
+TEST_F(Installed, ReportsAllFunctionsMissingInTheHal) {
   MakeHalWithout({"K2V_RHAL_GAL_Init", "K2V_RHAL_VSC_Open", "_ZN5RLink6CreateEv"});
   const std::regex lacking(
       ".*/libcvn_k2vhal\\.so: [0-9]+ of [0-9]+ functions found\nmissing: K2V_RHAL_GAL_Init\n"
@@ -151,7 +151,7 @@ TEST_F(Installed, NamesAllFunctionsThatTheHalLacks) {
   }
 }
 
-TEST_F(Installed, SaysWhyALibraryCannotBeChecked) {
+TEST_F(Installed, ReportsWhyALibraryCannotBeChecked) {
   MakeHalWithout({});
   EXPECT_EQ(Start("", "--check-hal").status, 0);
   const test::ShellResult absent = Start("", "--check-hal /absent/hal.so");
@@ -162,7 +162,7 @@ TEST_F(Installed, SaysWhyALibraryCannotBeChecked) {
   EXPECT_NE(text.output.find("invalid ELF header"), std::string::npos) << text.output;
 }
 
-TEST_F(Installed, ChecksWhatTheProgramNeeds) {
+TEST_F(Installed, ChecksAllFunctionsUsedByTheProgram) {
   const test::ShellResult symbols = test::RunShell(
       READELF " --dyn-syms -W " + test::Quoted(Program()) +
       " | awk '$7 == \"UND\" && $8 ~ /^(K2V_|_ZN5RLink)/ { print $8 }' | LC_ALL=C sort | "
