@@ -1,4 +1,4 @@
-// Verdicts, counters and the bytes of the report file.
+// Verdicts, counters and the exact contents of the report file.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -79,7 +79,7 @@ class ReportTest : public testing::Test {
   TestCase asking_{&askingRecord_};
 };
 
-TEST_F(ReportTest, GrowsByALineATestAndEndsWithTheTotals) {
+TEST_F(ReportTest, AddsOneLinePerTestAndEndsWithTheTotals) {
   EXPECT_EQ(created_, "length136\n");
   EXPECT_EQ(scripted::ReadFile(path_), kHeader + Footer('-', "0", "0", "0"));
   EXPECT_EQ(RunReturning(0).output, "\033[1;32mTest Report file generated at " + path_ + "\n");
@@ -141,14 +141,14 @@ TEST_F(ReportTest, EndOfInputFailsTheRunningTestAndEndsTheProgram) {
         },
         testing::ExitedWithCode(1), "Test Report file generated at .*\n\nEnd of input\n$");
     ++failed;
-    // The counters are those of the process that ended: one test each.
+    // The counters belong to the process that ended: one test each.
     EXPECT_NE(scripted::ReadFile(path_).find(Line("FAIL") + Footer('#', "1", "0", "1")),
               std::string::npos);
   }
   EXPECT_EQ(failed, 2);
 }
 
-TEST_F(ReportTest, LongNamesWidenTheLineAndNeverTheFooter) {
+TEST_F(ReportTest, LongNamesWidenTheLineButNotTheFooter) {
   ST_THAL_TEST_CASE_T record = Record(true);
   std::fill_n(record.name, sizeof record.name - 1, 'n');
   std::fill_n(record.description, sizeof record.description - 1, 'd');
@@ -163,7 +163,7 @@ TEST_F(ReportTest, LongNamesWidenTheLineAndNeverTheFooter) {
   EXPECT_EQ(scripted::ReadFile(path_), kHeader + expected + Footer('#', "2", "1", "1"));
 }
 
-TEST_F(ReportTest, AMissingFileIsReportedAtEveryTestAndStopsNothing) {
+TEST_F(ReportTest, MissingFileIsReportedAtEveryTestWithoutStopping) {
   std::remove(path_.c_str());
   const std::string told = "Test Report file open fail!!!(you can ignore this)\n";
   EXPECT_EQ(RunReturning(0).output, told);
@@ -174,7 +174,7 @@ TEST_F(ReportTest, AMissingFileIsReportedAtEveryTestAndStopsNothing) {
   EXPECT_EQ(scripted::Play("", [] { return printReport(), 0; }).output, "write fail!\n");
 }
 
-TEST_F(ReportTest, AFullDiskCostsNoLineThatWasThere) {
+TEST_F(ReportTest, FullDiskLosesNoExistingLine) {
   RunReturning(0);
   const auto size = static_cast<rlim_t>(scripted::ReadFile(path_).size());
   signal(SIGXFSZ, SIG_IGN);
@@ -192,7 +192,7 @@ TEST_F(ReportTest, AFullDiskCostsNoLineThatWasThere) {
             kHeader + Line("PASS") + Line("PASS") + Footer('#', "5", "2", "3"));
 }
 
-TEST_F(ReportTest, ATestWhoseShellCannotBeStartedFails) {
+TEST_F(ReportTest, TestFailsIfNoShellCanBeStarted) {
   const ST_THAL_TEST_CASE_T record = Record(false, [](char*) { return RunShell("sync"), 0; });
   TestCase test(&record);
   menu_.add(&test);
@@ -206,14 +206,14 @@ TEST_F(ReportTest, ATestWhoseShellCannotBeStartedFails) {
   EXPECT_EQ(scripted::Play("y\n", [&] { return test.Run(); }).result, 0);
 }
 
-TEST_F(ReportTest, AFileCutByOthersGetsItsFooterBack) {
+TEST_F(ReportTest, TruncatedFileGetsItsFooterBack) {
   ASSERT_EQ(truncate(path_.c_str(), 100), 0);
   EXPECT_TRUE(RunReturning(0).output.starts_with("write fail!\n"));
   RunReturning(1);
   EXPECT_EQ(scripted::ReadFile(path_), Line("FAIL") + Footer('#', "2", "1", "1"));
 }
 
-TEST(UtilTest, PathIsMadeOnceFromTheStartTime) {
+TEST(UtilTest, ReportPathIsMadeOnceFromTheStartTime) {
   setenv("TZ", "XYZ+1", 1);
   scripted::StopClock(1769907599);  // 2026-02-01 00:59:59 UTC
   const auto path = [] { return Util::GetTestReportPath() == nullptr ? 1 : 0; };
@@ -226,7 +226,7 @@ TEST(UtilTest, PathIsMadeOnceFromTheStartTime) {
   EXPECT_STREQ(Util::GetTestReportPath(), "/tmp/var/log/02_01_00_00_00.txt");
 }
 
-TEST(UtilTest, CentresBothHalvesCutToWholeNumbers) {
+TEST(UtilTest, CentresWithBothHalvesRoundedDown) {
   const struct {
     const char* text;
     const char* line;

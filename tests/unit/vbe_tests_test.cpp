@@ -1,5 +1,4 @@
-// Display back end and graphics tests against the simulated HAL, with the operator's answers as a
-// script.
+// Display back end and graphics tests with the simulated HAL; the operator's answers are scripted.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -18,7 +17,7 @@ scripted::Run PlayTest(TestFunction test, const std::string& answers = "") {
   return scripted::Play(answers, [test] { return test(nullptr); });
 }
 
-/// A panel and a 3D formatter that were started, without anything noted yet.
+/// Starts a panel and a 3D formatter, then clears the recorded calls.
 void StartDisplay() {
   PlayTest(VbeTestCase::VBE_DISP_Full_HD_Fast_Initialize);
   PlayTest(VbeTestCase::VBE_TRIDFMT_Initialize);
@@ -29,7 +28,7 @@ std::string LastCall() {
   return simhal::Calls().empty() ? "" : simhal::Calls().back();
 }
 
-TEST(VbePanel, AsksForEveryFieldAndKeepsTheSlips) {
+TEST(VbePanel, PromptsForEveryFieldWithTheOriginalTexts) {
   const auto run = PlayTest(VbeTestCase::VBE_DISP_Initialize, "65 2 3 2 4 3840 2160 1920 1088 0 1");
   EXPECT_EQ(run.output,
             "Panel Size\n\n panel_inch:65\nbl type\n\n panel_bl_type:2\nmaker\n\n panel_maker:3\n"
@@ -51,7 +50,7 @@ TEST(VbePanel, AsksForEveryFieldAndKeepsTheSlips) {
   EXPECT_EQ(simhal::Calls()[0],
             "K2V_RHAL_VBE_DISP_Initialize({inch=55, backlight=1, maker=1, bar=1, interface=1, "
             "video=1920x1080, osd=960x540, bits=0}) = 0")
-      << "nothing of what was typed is left";
+      << "no typed value is left";
 }
 
 TEST(VbePanel, AttributesAreCutToTheWidthOfTheirFields) {
@@ -70,7 +69,7 @@ TEST(VbePanel, AttributesAreCutToTheWidthOfTheirFields) {
   EXPECT_TRUE(run.output.ends_with("48Hz Hsync Bporch\n\n horizBackPorch48Hz:-1\n"));
 }
 
-TEST(VbePanel, EachStepOfTheStartFailsWithItsOwnLine) {
+TEST(VbePanel, EachFailingStepOfTheStartIsReported) {
   const struct {
     const char* function;
     TestFunction test;
@@ -99,16 +98,16 @@ TEST(VbePanel, EachStepOfTheStartFailsWithItsOwnLine) {
   }
 }
 
-/// One test, what is typed, what it does to the HAL and what it prints when the HAL says no.
+/// A test, its answers, its HAL call, and its output if the HAL returns an error.
 struct SettingCase {
   TestFunction test;
   const char* answers;
-  const char* call;  // without its result
+  const char* call;  // without the result
   const char* failure;
   int failedResult = 1;
 };
 
-TEST(VbeSettings, ReachTheHalInTheWidthOfTheirArguments) {
+TEST(VbeSettings, AreTruncatedToTheWidthOfTheirArguments) {
   const SettingCase kCases[] = {
       {VbeTestCase::VBE_DISP_Mirror, "1 0", "VBE_DISP_SetVideoMirror(1, 0)", "result : -7\n"},
       {VbeTestCase::VBE_DISP_VideoMute, "1", "VBE_DISP_SetMute(1)", "result : -7\n"},
@@ -183,7 +182,7 @@ TEST(VbeTransmitter, ReportsThePortsImmediately) {
             "[VBE] Test Case: VBE_HDMITX_HdmiConnectionNotify Done!!\n");
 }
 
-TEST(Graphics, EachTestOfItsOwnStartsAndEndsTheLayer) {
+TEST(Graphics, EachTestStartsAndEndsTheLayer) {
   for (const TestFunction test :
        {UTGalTestCase::UTGalTest_Init, UTGalTestCase::UTGalTest_Finalize,
         UTGalTestCase::UTGalTest_Rlink_Init, UTGalTestCase::UTGalTest_Rlink_Finalize}) {
@@ -194,7 +193,7 @@ TEST(Graphics, EachTestOfItsOwnStartsAndEndsTheLayer) {
   PlayTest(UTGalTestCase::UTGalTest_Rlink_PanelOn);
   simhal::Fail("K2V_RHAL_RLINK_GAL_Init", -7);
   const auto run = PlayTest(UTGalTestCase::UTGalTest_Rlink_PanelOff);
-  EXPECT_EQ(run.result, 0) << "the HAL's results are not looked at";
+  EXPECT_EQ(run.result, 0) << "the HAL's results are ignored";
   EXPECT_TRUE(run.output.starts_with("\033[1;31m "));
   EXPECT_EQ(run.output.find("[muro]"), std::string::npos);
   EXPECT_EQ(

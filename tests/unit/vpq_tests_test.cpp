@@ -1,5 +1,5 @@
-// Picture-quality tests against the simulated HAL: the kinds of unit tests, and the adjusters with
-// the operator's keys as a script.
+// Picture-quality tests with the simulated HAL: the kinds of unit tests, and the adjusters; the
+// operator's keys are scripted.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -45,7 +45,7 @@ std::vector<std::string> PrintedNumbers(const std::string& output) {
   return {std::sregex_token_iterator(output.begin(), output.end(), kNumber, 1), {}};
 }
 
-/// The arguments of a call in the trace, when all of them are numbers.
+/// The arguments of a call in the trace, if all of them are numbers.
 std::vector<std::string> NumbersOf(const std::string& call) {
   static const std::regex kNumbers("\\w+\\((-?\\d+(, -?\\d+)*)\\) = -?\\d+");
   std::smatch match;
@@ -66,7 +66,7 @@ const UnitTest kUnitTests[] = {
 #undef UTVPQ
 };
 
-TEST(UTVpq, EveryRowCallsWithTheNumbersThatItPrints) {
+TEST(UTVpq, EveryRowPassesTheNumbersThatItPrints) {
   for (const auto& [name, test] : kUnitTests) {
     const auto run = PlayTest(test);
     EXPECT_EQ(run.result, 0);
@@ -81,7 +81,7 @@ TEST(UTVpq, EveryRowCallsWithTheNumbersThatItPrints) {
   }
 }
 
-/// The limits that a test of one setting announces, and the numbers that it tries beyond them.
+/// The limits that a test of one setting prints, and the numbers beyond them that it tries.
 struct Limits {
   int min;
   int max;
@@ -100,8 +100,8 @@ std::optional<Limits> LimitsIn(const std::string& output) {
   return limits;
 }
 
-/// Expects that the HAL takes both limits, and nothing above and below them but the one number that
-/// a test leaves out before the one that it tries.
+/// Expects that the HAL accepts both limits and rejects the numbers above and below them, except
+/// for a number that the test skips before the one that it tries.
 void ExpectLimitsOfTheHal(const std::string& name, const Limits& limits,
                           const std::string& function) {
   const auto set = reinterpret_cast<int (*)(int32_t)>(dlsym(RTLD_DEFAULT, function.c_str()));
@@ -114,7 +114,7 @@ void ExpectLimitsOfTheHal(const std::string& name, const Limits& limits,
   for (const int number : limits.beyond) EXPECT_NE(set(number), 0) << name << ' ' << number;
 }
 
-TEST(PictureQuality, LimitsThatAreTriedAreThoseOfTheHal) {
+TEST(PictureQuality, TestedLimitsMatchTheHal) {
   int settings = 0;
   for (const char* module : {"UTVpqModule", "VpqExtModule", "VpqModule"}) {
     const auto entry = std::ranges::find(ModuleList(), std::string_view(module),
@@ -126,7 +126,7 @@ TEST(PictureQuality, LimitsThatAreTriedAreThoseOfTheHal) {
       const std::string last = simhal::Calls().empty() ? "" : simhal::Calls().back();
       if (!limits || NumbersOf(last).size() != 1) continue;
       ++settings;
-      // This one tries the first of the modes only.
+      // This test tries only the first of the modes.
       if (last.find("SetDolbyHdrPicMode") != std::string::npos) continue;
       ExpectLimitsOfTheHal(row->getDescription(), *limits, last.substr(0, last.find('(')));
     }
@@ -134,7 +134,7 @@ TEST(PictureQuality, LimitsThatAreTriedAreThoseOfTheHal) {
   EXPECT_GT(settings, 85);
 }
 
-/// Expects that the table has all fields of a record: between them is nothing but padding.
+/// Expects that the table contains all fields of a record: only padding lies between them.
 template <typename Record>
 void ExpectAllFields(const char* name) {
   const auto alignedTo = [](std::size_t at, std::size_t width) {
@@ -148,7 +148,7 @@ void ExpectAllFields(const char* name) {
   EXPECT_EQ(sizeof(Record), alignedTo(end, alignof(Record))) << name;
 }
 
-/// Expects that a record of the smallest numbers is zero, field by field.
+/// Expects that a record of the smallest values is zero, field by field.
 void ExpectZeros(const char* name, std::size_t bytes, std::span<const k2v::RecordField> fields) {
   std::vector<char> record(bytes, '\xFF');
   utvpq::Fill(record.data(), fields, utvpq::Filling::kMinimum);
@@ -159,7 +159,7 @@ void ExpectZeros(const char* name, std::size_t bytes, std::span<const k2v::Recor
   }
 }
 
-TEST(RecordFields, AreAllFieldsOfTheirRecordAndTheirSmallestNumberIsZero) {
+TEST(RecordFields, CoverTheirRecordAndHaveAMinimumOfZero) {
 #define RANGES_OF(record)           \
   ExpectAllFields<record>(#record); \
   ExpectZeros(#record, sizeof(record), k2v::RecordFields<record>::table);
@@ -176,7 +176,7 @@ TEST(RecordFields, AreAllFieldsOfTheirRecordAndTheirSmallestNumberIsZero) {
             "K2V_RHAL_VPQ_SetColorGamut({eGamut=0, nMatrix=[0 0 0 0 0 0 0 0 0]}) = 0");
 }
 
-TEST(UTVpq, RecordsOfSmallestAndLargestNumbersAreTaken) {
+TEST(UTVpq, RecordsOfSmallestAndLargestNumbersAreAccepted) {
   std::set<std::string> tested;
   for (const auto& [name, test] : kUnitTests) {
     const auto run = PlayTest(test);
@@ -225,10 +225,10 @@ TEST(UTVpq, EachKindPrintsItsLinesInTheOrderOfItsCalls) {
 
 Lines remarks;
 
-TEST(UTVpq, RemarksTheErrorsThatAnswerNumbersOfTheRange) {
+TEST(UTVpq, RemarksOnErrorsForValuesWithinTheRange) {
   SetRemarkListener([](const std::string& text) { remarks.push_back(text); });
   PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_SetNR);
-  EXPECT_EQ(remarks, Lines()) << "refusing 6 and random numbers is right";
+  EXPECT_EQ(remarks, Lines()) << "rejecting 6 and random numbers is correct";
   simhal::Fail("K2V_RHAL_VPQ_SetNR", -7, 2);
   const auto run = PlayTest(UTVpqTestCase::UTVpq_RHAL_VPQ_SetNR);
   EXPECT_EQ(run.result, 0);
@@ -244,7 +244,7 @@ TEST(PictureQuality, RandomNumbersAreSeededWithTheTime) {
       text.append(i == 0 ? "" : ", ").append(std::to_string(from + std::rand() % values));
     return text;
   };
-  constexpr int kAny = RAND_MAX;  // no seed of these gives the largest number
+  constexpr int kAny = RAND_MAX;  // none of these seeds produces the largest number
   const struct {
     TestFunction test;
     const char* keys;
@@ -277,9 +277,9 @@ TEST(PictureQuality, RandomNumbersAreSeededWithTheTime) {
   }
 }
 
-TEST(PictureQuality, AdjustersStartWithTheBoardsValueOrANeutralOne) {
+TEST(PictureQuality, AdjustersStartWithTheCurrentOrANeutralValue) {
   for (const char* function : {"K2V_RHAL_VPQ_GetBrightness", "K2V_RHAL_VPQEX_GetSGamma"})
-    simhal::Fail(function, -7);  // what it has cannot be had
+    simhal::Fail(function, -7);  // the current value cannot be read
   K2V_RHAL_VPQ_SetHue(73);
   const struct {
     TestFunction test;
@@ -310,7 +310,7 @@ const std::string kBrightnessKeys =
     "Use '0' '1' to swith 'Value +' 'Value -' brightness\nUse 'q' to exit\n"
     "Use '>' to test Max Value, '<' to test Min Value, '?' to test Random Value\n";
 
-TEST(RangeAdjuster, StepsStopAtBothEndsAndForeignKeysDoNothing) {
+TEST(RangeAdjuster, StepsStopAtBothLimitsAndUnknownKeysAreIgnored) {
   const auto run =
       PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetBrightness, "0>0x1\n,1.<q0");
   EXPECT_EQ(run.result, 0);
@@ -328,7 +328,7 @@ TEST(RangeAdjuster, StepsStopAtBothEndsAndForeignKeysDoNothing) {
   EXPECT_EQ(calls[9], "K2V_RHAL_VPQ_SetBrightness(0) = 0");
 }
 
-TEST(RangeAdjuster, EndsWhenTheHalRefuses) {
+TEST(RangeAdjuster, EndsIfTheHalReturnsAnError) {
   simhal::Fail("K2V_RHAL_VPQ_SetBrightness", -7, 2);
   auto run = PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetBrightness, "0");
   EXPECT_EQ(run.result, 0);
@@ -339,7 +339,7 @@ TEST(RangeAdjuster, EndsWhenTheHalRefuses) {
   EXPECT_EQ(run.output, "VPQ_FunctionTest_HAL_VPQ_SetBrightness\n");
 }
 
-TEST(LevelMenu, TakesTheLevelsOfItsMenuOnly) {
+TEST(LevelMenu, AcceptsOnlyTheLevelsOfItsMenu) {
   auto run = PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetFleshTone, "6x4q");
   const std::string menu =
       "Choose the fleshtone level\n0=off, 1=low, 2=mid, 3=high, 4=auto, 5=butt\n"
@@ -398,7 +398,7 @@ TEST(RecordAdjuster, HasAKeyForEachFieldInEachDirection) {
                    call + "({nContrast=100, nBrightness=100, nColor=100, nTint=100}) = 0"}));
 }
 
-TEST(RecordAdjuster, EndsWhenTheHalRefusesAndStaysInRange) {
+TEST(RecordAdjuster, EndsIfTheHalReturnsAnErrorAndStaysInRange) {
   simhal::Fail("K2V_RHAL_VPQ_SetOd", -7, 3);
   auto run = PlayTest(VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetOd, "00");
   EXPECT_EQ(run.result, 0);
@@ -408,7 +408,7 @@ TEST(RecordAdjuster, EndsWhenTheHalRefusesAndStaysInRange) {
   for (const std::string& call : simhal::Calls()) EXPECT_TRUE(call.ends_with(" = 0")) << call;
 }
 
-TEST(RecordAdjuster, StartsAtNeutralAndReachesItFromEverywhere) {
+TEST(RecordAdjuster, StartsAtNeutralAndCanReturnToIt) {
   const std::string call = "K2V_RHAL_VPQ_SetColorTempExtend({nRedGain=";
   PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorTempExtend,
            ">" + std::string(52, 'p') + "<" + std::string(52, '0') + "q");
@@ -435,13 +435,13 @@ TEST(RecordAdjuster, MatricesStartAsIdentityAndAreSetNumberByNumber) {
             std::string::npos);
 }
 
-/// The arguments of the last call.
+/// Arguments of the last call.
 std::string LastArguments() {
   const std::string call = simhal::Calls().back();
   return call.substr(call.find('('));
 }
 
-TEST(IdentityTables, AreStraightLinesOfAllTheirPoints) {
+TEST(IdentityTables, AreStraightLines) {
   K2V_VPQ_GAMMA_CURVE_T curve{};
   curve.nTableSize = 1024;
   for (unsigned i = 0; i < 1024; ++i) curve.nCurve[i] = static_cast<uint16_t>(i * 4095 / 1023);
@@ -470,7 +470,7 @@ TEST(IdentityTables, AreStraightLinesOfAllTheirPoints) {
   EXPECT_EQ(LastArguments(), lut);
 }
 
-/// The offsets that were printed last, by name.
+/// The offsets printed last, by name.
 std::map<std::string, int> PrintedOffsets(const std::string& output) {
   static const std::regex kOffset("(saturation|hue|brightness) = (-?\\d+)");
   std::map<std::string, int> offsets;
@@ -496,13 +496,13 @@ std::map<std::string, int> SentOffsets(const std::string& call, std::size_t regi
   return offsets;
 }
 
-TEST(ColorManagement, SendsWhatItPrintsAndKeepsEachRegion) {
+TEST(ColorManagement, SendsThePrintedValuesAndKeepsEachRegion) {
   const TestFunction test = VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetColorManagement;
   const std::map<std::string, int> kept = {{"saturation", 1}, {"hue", -1}, {"brightness", 0}};
   const struct {
     const char* keys;
     std::size_t region;
-    std::map<std::string, int> offsets;  // empty: any
+    std::map<std::string, int> offsets;  // empty for any
   } kStarts[] = {
       {"1w", 0, kept},
       {"", 0, kept},
@@ -519,11 +519,11 @@ TEST(ColorManagement, SendsWhatItPrintsAndKeepsEachRegion) {
     const auto offsets = SentOffsets(sent, start.region);
     EXPECT_EQ(PrintedOffsets(run.output), offsets) << run.output << sent;
     EXPECT_TRUE(start.offsets.empty() || start.offsets == offsets) << sent;
-    EXPECT_EQ(SentOffsets(sent, 0), kept) << "another region was chosen";
+    EXPECT_EQ(SentOffsets(sent, 0), kept) << "a different region was selected";
   }
 }
 
-TEST(ColorManagement, AdvancedOffsetsContinueFromWhereTheyWereLeft) {
+TEST(ColorManagement, AdvancedOffsetsAreKeptBetweenRuns) {
   PlayTest(VpqTestCase::VPQ_FunctionTest_HAL_VPQ_SetPreferredColor, "02q");
   EXPECT_NE(simhal::Calls()[2].find("nHueGain=[128 134 128 128 128 128 134 128 128]"),
             std::string::npos)

@@ -1,4 +1,4 @@
-// The scaler helpers against the simulated HAL: order of calls, kept state, timing watch.
+// The scaler helpers with the simulated HAL: order of calls, kept state, watching the timing.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,7 +17,7 @@ namespace {
 using Lines = std::vector<std::string>;
 using scripted::Play;
 
-/// Name and result of each HAL call since the last look, such as "VSC_Open=0".
+/// Name and result of each HAL call since the last query, such as "VSC_Open=0".
 Lines TakeCalls() {
   Lines names;
   for (const std::string& call : simhal::Calls()) {
@@ -42,7 +42,7 @@ int ConnectHdmi() {
   return Api_vsc_Misc_SetVSC_Connect(K2V_VSC_INPUTSRC_HDMI);
 }
 
-TEST(VscHelpers, StatesAllowTheirStepsOnly) {
+TEST(VscHelpers, StatesAllowOnlyTheirSteps) {
   // allowed[state of the window][step]
   const std::string allowed[] = {".1.......", "..1...1..", "...1.1..1"};
   const auto check = [&](int state) {
@@ -69,7 +69,7 @@ TEST(VscHelpers, StatesAllowTheirStepsOnly) {
   }
 }
 
-TEST(VscHelpers, ConnectsTheMainWindowAndThenSkipsWhatIsDone) {
+TEST(VscHelpers, ConnectsTheMainWindowAndSkipsCompletedSteps) {
   auto run = Play("0\n2\n", ConnectHdmi);
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(run.output,
@@ -88,16 +88,16 @@ TEST(VscHelpers, ConnectsTheMainWindowAndThenSkipsWhatIsDone) {
   EXPECT_EQ(TakeCalls(), Lines{"VSC_Connect=0"});
 }
 
-TEST(VscHelpers, TheSubWindowInitialisesOnlyWhenTheMainWindowHasNot) {
+TEST(VscHelpers, SubWindowInitialisesOnlyIfTheMainWindowHasNot) {
   EXPECT_EQ(Play("1\n0\n", ConnectHdmi).result, 0);
   EXPECT_EQ(TakeCalls(), (Lines{"VSC_Initialize=0", "VSC_Open=0", "VSC_Connect=0"}));
   EXPECT_EQ(Api_vsc_get_input_winid(), 1u);
-  // The main window always initialises: it does not look at the sub window.
+  // The main window always initialises: it does not check the sub window.
   EXPECT_EQ(Play("0\n0\n", ConnectHdmi).result, 0);
   EXPECT_EQ(TakeCalls(), (Lines{"VSC_Initialize=0", "VSC_Open=0", "VSC_Connect=0"}));
 }
 
-TEST(VscHelpers, TheSubWindowBehindTheMainWindowShowsTheLongStateLine) {
+TEST(VscHelpers, SubWindowAfterTheMainWindowPrintsTheLongStateLine) {
   Play("0\n0\n", ConnectHdmi);
   TakeCalls();
   const auto run = Play("1\n0\n", ConnectHdmi);
@@ -108,7 +108,7 @@ TEST(VscHelpers, TheSubWindowBehindTheMainWindowShowsTheLongStateLine) {
   EXPECT_TRUE(Contains(run.output, "Choose utput mode:0("));
 }
 
-TEST(VscHelpers, ConnectFailuresAreNamedPassedOnAndTriedAgain) {
+TEST(VscHelpers, ConnectFailuresAreReportedReturnedAndRetried) {
   const struct {
     const char* function;
     const char* message;
@@ -120,7 +120,7 @@ TEST(VscHelpers, ConnectFailuresAreNamedPassedOnAndTriedAgain) {
   };
   for (const std::string window : {"0", "1"}) {
     for (const auto& step : kSteps) {
-      // The scaler of the sub window is initialised through the main one.
+      // The scaler is already initialised by the main window when the sub window is connected.
       if (window == "1" && step.retried.size() == 2) continue;
       simhal::Fail(step.function, -9, 1, 1);
       const auto run = Play(window + "\n0\n", ConnectHdmi);
@@ -133,7 +133,7 @@ TEST(VscHelpers, ConnectFailuresAreNamedPassedOnAndTriedAgain) {
   }
 }
 
-TEST(VscHelpers, UnknownTypesFailEvenWhenTheHalConnects) {
+TEST(VscHelpers, UnknownTypesFailEvenIfTheHalConnects) {
   const auto connect = [] { return Api_vsc_Misc_SetVSC_Connect(5); };
   EXPECT_EQ(Play("0\n0\n", connect).result, -1);
   EXPECT_EQ(TakeCalls().back(), "VSC_Connect=0");
@@ -142,7 +142,7 @@ TEST(VscHelpers, UnknownTypesFailEvenWhenTheHalConnects) {
   EXPECT_EQ(Play("", [] { return Api_vsc_Misc_Set2VSC_Connect(5, 0); }).result, -1);
 }
 
-TEST(VscHelpers, SetsUpAWindowWithoutQuestions) {
+TEST(VscHelpers, SetsUpAWindowWithoutPrompts) {
   const auto run = Play("", [] { return Api_vsc_Misc_Set2VSC_Connect(2, K2V_VIDEO_WID_1); });
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(run.output,
@@ -159,7 +159,7 @@ TEST(VscHelpers, ReceiverBringUpAndTearDownStopAtTheFirstFailure) {
     std::function<int()> helper;
     const char* function;
     std::string message;
-    std::size_t calls;  // how many calls were made, the failing one included
+    std::size_t calls;  // number of calls, including the failing one
   } kSteps[] = {
       {Api_vsc_Misc_SetInput_HDMI_Init, "K2V_RHAL_VFE_HDMI_Initialize", "HDMI Init NG : 7\n", 1},
       {Api_vsc_Misc_SetInput_HDMI_Init, "K2V_RHAL_VFE_HDMI_Open", "HDMI Open NG : 7\n", 7},
@@ -181,7 +181,7 @@ TEST(VscHelpers, ReceiverBringUpAndTearDownStopAtTheFirstFailure) {
   }
 }
 
-TEST(VscHelpers, TheChosenPortIsTheLowByte) {
+TEST(VscHelpers, PortIsTheLowByteOfTheAnswer) {
   const auto run = Play("258\n", Api_vsc_Misc_SetInput_HDMI_Init);
   EXPECT_EQ(run.result, 0);
   EXPECT_TRUE(run.output.ends_with(
@@ -193,7 +193,7 @@ TEST(VscHelpers, TheChosenPortIsTheLowByte) {
   }
 }
 
-TEST(VscHelpers, OtherSourcesAreRefusedWithoutACall) {
+TEST(VscHelpers, OtherSourcesAreRejectedWithoutACall) {
   for (const K2V_VSC_INPUT_TYPE type : {0u, 1u, 3u, 4u, 5u, 7u, 99u}) {
     const auto run = Play("", [&] {
       return Api_vsc_Misc_SetInput_Source(type) + Api_vsc_Misc_SetInput_Source_simple(type) +
@@ -206,10 +206,10 @@ TEST(VscHelpers, OtherSourcesAreRefusedWithoutACall) {
   EXPECT_TRUE(simhal::Calls().empty());
 }
 
-TEST(VscHelpers, TenPixelsAreAChangeAndNineAreNot) {
+TEST(VscHelpers, DifferencesFromTenPixelsOnAreAChange) {
   const struct {
     const char* timing;
-    const char* message;  // empty: no change
+    const char* message;  // empty for no change
   } kChanges[] = {
       {"3831x2160p60", ""},
       {"3849x2160p60", ""},
@@ -229,7 +229,7 @@ TEST(VscHelpers, TenPixelsAreAChangeAndNineAreNot) {
     const auto run = Play("", watch);
     EXPECT_EQ(run.output, change.message);
     EXPECT_EQ(run.result, *change.message == '\0' ? 0 : -1) << change.timing;
-    // A change clears what was stored, so the next look differs from nothing at all.
+    // A change clears the stored timing, so the next query differs from zero.
     const std::string again = Play("", watch).output;
     EXPECT_EQ(Contains(again, "Org ActiveW : 0,"), run.result != 0) << change.timing << again;
   }
@@ -267,7 +267,7 @@ TEST(VscHelpers, LossOfTimingClearsItAndKeepsTheRegion) {
             "VIDEO_Timing_region_Param, x : 0, y : 0, w : f00, h : 870\n");
 }
 
-TEST(VscHelpers, WaitsForATimingTwentyOneSecondsAtMost) {
+TEST(VscHelpers, WaitsAtMostTwentyOneSecondsForATiming) {
   const auto check = [] { return Api_vsc_Misc_CheckTimingInfo(K2V_VSC_INPUTSRC_HDMI); };
   auto run = Play("", check);
   EXPECT_EQ(run.result, K2V_RHAL_ERR_ORDER);
@@ -285,7 +285,7 @@ TEST(VscHelpers, WaitsForATimingTwentyOneSecondsAtMost) {
   EXPECT_TRUE(run.output.ends_with("\033[34mDetect Timing OK : 0\n\033[m"));
 }
 
-TEST(VscHelpers, BringsPortZeroUpDirectlyRunningOrNot) {
+TEST(VscHelpers, BringsPortZeroUpDirectlyInAnyState) {
   const auto directly = [] { return Api_vsc_Misc_SetInput_HDMI_Directly(1); };
   auto run = Play("", directly);
   EXPECT_EQ(run.result, 0);
@@ -307,7 +307,7 @@ TEST(VscHelpers, BringsPortZeroUpDirectlyRunningOrNot) {
                              "=====hdmi already connect(ignore this)=====\n"));
 }
 
-TEST(VscHelpers, ThePortBroughtUpDirectlyIsNotTheCurrentOne) {
+TEST(VscHelpers, DirectBringUpDoesNotChangeTheCurrentPort) {
   Play("1\n", Api_vsc_Misc_SetInput_HDMI_Init);
   simhal::ClearCalls();
   Play("", [] { return Api_vsc_Misc_SetInput_HDMI_Directly(0); });
@@ -321,7 +321,7 @@ TEST(VscHelpers, ThePortBroughtUpDirectlyIsNotTheCurrentOne) {
   EXPECT_TRUE(isMade("K2V_RHAL_VFE_HDMI_Disconnect(1)"));
 }
 
-TEST(VscHelpers, BlanksInBlueUnlessAsked) {
+TEST(VscHelpers, BlanksInBlueUnlessTheOperatorIsAsked) {
   const struct {
     unsigned on, ask;
     const char* answers;

@@ -1,4 +1,4 @@
-// The scaler tests against the simulated HAL, with the operator's answers as a script.
+// The scaler tests with the simulated HAL; the operator's answers are scripted.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -43,13 +43,13 @@ std::size_t CallsOf(const std::string& call) {
   return count;
 }
 
-/// Main window shows port 0 without anything noted yet.
+/// Shows port 0 in the main window, then clears the recorded calls.
 void ShowPortZero() {
   Play("", [] { return Api_vsc_Misc_SetInput_HDMI_Directly(0); });
   simhal::ClearCalls();
 }
 
-TEST(OverScan, KeepsAPercentageInTheMiddle) {
+TEST(OverScan, KeepsACentredPercentage) {
   const struct {
     K2V_VIDEO_RECT_T region;
     int16_t h, v;
@@ -85,7 +85,7 @@ TEST(OverScan, SetsBothRegionsOfTheMainWindow) {
   EXPECT_EQ(calls[2], "K2V_RHAL_VSC_SetOutputRegion(0, {x=0, y=0, w=1920, h=1080}) = 0");
 }
 
-TEST(OverScan, RefusesMoreThanTheWholePicture) {
+TEST(OverScan, RejectsMoreThanTheWholePicture) {
   ShowPortZero();
   auto run = PlayTest(VscTestCase::Vsc_OverScan_Trans_Garbage, "101\n");
   EXPECT_EQ(run.result, 1);
@@ -97,7 +97,7 @@ TEST(OverScan, RefusesMoreThanTheWholePicture) {
   EXPECT_EQ(LastCall(), "K2V_RHAL_VSC_SetWinBlank(0, 0, 0) = 0") << "the window stays blank";
 }
 
-TEST(ScalerTests, PassWhatTheOperatorTypesToTheHal) {
+TEST(ScalerTests, PassTheOperatorsInputToTheHal) {
   ShowPortZero();
   const struct {
     TestFunction test;
@@ -135,7 +135,7 @@ TEST(ScalerTests, PassWhatTheOperatorTypesToTheHal) {
   EXPECT_EQ(calls[calls.size() - 2], "K2V_RHAL_VSC_SetOutputRegion(1, {x=5, y=6, w=7, h=8}) = -3");
 }
 
-TEST(ScalerTests, FailWithTheCodeOfTheHalWhereTheyLookAtIt) {
+TEST(ScalerTests, FailWithTheCodeOfTheHalIfTheyCheckIt) {
   const struct {
     TestFunction test;
     const char* function;
@@ -175,13 +175,13 @@ TEST(FrameBufferTests, SaveTheLumaOfAClampedRegion) {
   ASSERT_EQ(file.size(), 720u * 576 * 2);
   uint16_t luma[720];
   std::memcpy(luma, file.data(), sizeof luma);
-  // Bars of 480 pixels over a line of 3840: white until 479, then yellow.
+  // Bars of 480 pixels in a line of 3840: white until 479, then yellow.
   EXPECT_EQ(luma[0], 940);
   EXPECT_EQ(luma[379], 940);
   EXPECT_LT(luma[380], 940);
 }
 
-TEST(FrameBufferTests, WriteEachComponentWhereItBelongs) {
+TEST(FrameBufferTests, WriteEachComponentToItsField) {
   ShowPortZero();
   EXPECT_EQ(
       PlayTest(VscTestCase::Vsc_self_diagnosis_InoutVideo_Write, "0\n8\n8\n2\n2\n501\n600\n700\n")
@@ -228,14 +228,15 @@ TEST(Functionality, ShowsASourceUntilTheOperatorExits) {
   EXPECT_TRUE(run.output.ends_with("value:1\n"));
 }
 
-TEST(Functionality, BlanksWhenTheTimingIsLostAndComesBackByItself) {
+TEST(Functionality, BlanksWithoutATimingAndRecovers) {
   int polls = 0;
   scripted::OnWait([&](unsigned long) {
     ++polls;
     if (polls == 4) simhal::Unplug(0);
     if (polls == 7) simhal::PlugHdmi(0, "1920x1080p60");
   });
-  // The answers after the second "1": blank window 0 at the loss, show it when it is back.
+  // The answers after the second "1": blank window 0 at the loss, unblank it after the signal
+  // returns.
   const auto run =
       PlayTest(VscTestCase::Vsc_functionality, "0\n2\n0\n0\n0\n0\n0\n0\n1\n0\n0\n0\n0\n1\n");
   EXPECT_EQ(run.result, 1);
@@ -245,7 +246,7 @@ TEST(Functionality, BlanksWhenTheTimingIsLostAndComesBackByItself) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_SetWinBlank(0, 1, 1)"), 2u);
 }
 
-TEST(Functionality, AsksAtEveryFifthPollWhileNothingIsDetected) {
+TEST(Functionality, PromptsAtEveryFifthPollWithoutATiming) {
   // A source that the helpers cannot bring up.
   const auto run = PlayTest(VscTestCase::Vsc_functionality, "0\n0\n0\n0\n1\n");
   EXPECT_EQ(run.result, 1);
@@ -253,7 +254,7 @@ TEST(Functionality, AsksAtEveryFifthPollWhileNothingIsDetected) {
   EXPECT_EQ(scripted::Waits(), std::vector<unsigned long>(10, 1'000'000));
 }
 
-TEST(Functionality, FailedConnectIsNotTriedAgain) {
+TEST(Functionality, FailedConnectIsNotRetried) {
   simhal::Fail("K2V_RHAL_VSC_Connect", -3);
   const auto run = PlayTest(VscTestCase::Vsc_functionality, "0\n2\n0\n0\n0\n0\n0\n0\n0\n0\n1\n");
   EXPECT_EQ(run.result, 1);
@@ -263,14 +264,14 @@ TEST(Functionality, FailedConnectIsNotTriedAgain) {
 
 TEST(Functionality, KeepsItsSourcesFromRunToRun) {
   PlayTest(VscTestCase::Vsc_functionality, "0\n2\n0\n0\n0\n0\n0\n0\n1\n0\n1\n");
-  // The sub window takes the main window's source: nothing is set up again.
+  // The sub window uses the main window's source: nothing is set up again.
   auto run = PlayTest(VscTestCase::Vsc_functionality, "0\n1\n1\n1\n1\n0\n1\n1\n2\n1\n1\n");
   EXPECT_EQ(run.result, 1);
   EXPECT_TRUE(Contains(run.output, "\n Input Src:2\n"));
   EXPECT_EQ(CallsOf("K2V_RHAL_VFE_HDMI_Initialize"), 1u);
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Connect(1,"), 1u);
 
-  // Both windows have a source: one must go.
+  // Both windows have a source: one must be given up.
   run = PlayTest(VscTestCase::Vsc_functionality, "0\n0\n0\n1\n");
   EXPECT_TRUE(Contains(run.output,
                        "VSC_INPUT_TYPE_Src_main : 2,VSC_INPUT_TYPE_Src_sub:2 Switch\n"
@@ -282,7 +283,7 @@ TEST(Functionality, KeepsItsSourcesFromRunToRun) {
   EXPECT_TRUE(Contains(run.output, "Please choose Input Src for Main:\n"));
 }
 
-TEST(Functionality, ChangeOfSourceRepeatsUntilItHasWorked) {
+TEST(Functionality, ChangeOfSourceIsRetriedUntilItSucceeds) {
   PlayTest(VscTestCase::Vsc_functionality, "0\n2\n0\n0\n0\n0\n0\n0\n1\n0\n1\n");
   simhal::Fail("K2V_RHAL_VFE_HDMI_Disconnect", -8, 1, 1);
   const auto run = PlayTest(VscTestCase::Vsc_functionality, "0\n0\n0\n0\n0\n0\n1\n");
@@ -293,7 +294,7 @@ TEST(Functionality, ChangeOfSourceRepeatsUntilItHasWorked) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(0,"), 1u);
 }
 
-TEST(OnlyMainWindow, PlaybackAsksForTheNextSourceAndNinetyNineLeaves) {
+TEST(OnlyMainWindow, PlaybackPromptsForTheNextSourceAnd99Exits) {
   const auto run = PlayTest(VscTestCase::Vsc_functionality_OnlyMainWin, "5\n99\n");
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(CountOf(run.output, "Choose input Src:"), 2u);
@@ -311,26 +312,27 @@ TEST(OnlyMainWindow, ShowsHdmiAndChangesTheSource) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(0,"), 1u);
 }
 
-TEST(OnlyMainWindow, TriesADisconnectUntilItIsAccepted) {
+TEST(OnlyMainWindow, RetriesADisconnectUntilItSucceeds) {
   simhal::Fail("K2V_RHAL_VSC_Disconnect", -8, 1, 2);
   const auto run = PlayTest(VscTestCase::Vsc_functionality_OnlyMainWin, "2\n2\n99\n");
   EXPECT_EQ(run.result, 0);
   const std::string refused =
       "VSC Disconnect NG : -8\nApi_vsc_Misc_SetVSC_Disconnect NG : -8\nChange Src NG : -8\n";
   EXPECT_EQ(CountOf(run.output, refused), 2u) << run.output;
-  EXPECT_EQ(CountOf(run.output, "Change Src VFE NG : -3\n"), 2u) << "the source was ended at once";
+  EXPECT_EQ(CountOf(run.output, "Change Src VFE NG : -3\n"), 2u)
+      << "the source was already stopped";
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(0,"), 3u);
 }
 
-TEST(OnlyMainWindow, AsksEveryThirdPollWhileNothingIsDetected) {
+TEST(OnlyMainWindow, PromptsAtEveryThirdPollWithoutATiming) {
   const auto run = PlayTest(VscTestCase::Vsc_functionality_OnlyMainWin, "0\n0\n1\n");
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(CountOf(run.output, "Detect Timing NG : -1\n"), 6u);
   EXPECT_EQ(CountOf(run.output, "User Sel"), 2u);
 }
 
-TEST(AllSources, ReportsWhatEachOfflineSourceReceives) {
-  // HDMI shown; component and HDMI offline: HDMI is up already then.
+TEST(AllSources, ReportsTheTimingOfEachOfflineSource) {
+  // HDMI is shown, component and HDMI are offline sources: HDMI is already running then.
   const auto run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun,
                             "2\n0\n1\n1\n0\n0\n1\n0\n0\n0\n0\n0\n0\n0\n1\n");
   EXPECT_EQ(run.result, 0);
@@ -342,16 +344,16 @@ TEST(AllSources, ReportsWhatEachOfflineSourceReceives) {
   EXPECT_TRUE(Contains(run.output, "Detecting Timing..20 \n"));
 }
 
-// The answers that bring HDMI up on port 0, with no other source, and show it in a window.
+// The answers that bring up HDMI on port 0, with no other source, and show it in a window.
 std::string ShowHdmiIn(const std::string& window) {
   return "2\n0\n0\n0\n0\n0\n0\n0\n" + window + "\n0\n" + window + '\n' + window + "\n0\n" + window +
          '\n';
 }
 
-// The answers that choose a source which cannot be brought up, and leave.
+// The answers that select a source that cannot be brought up, and exit.
 const std::string kLeaveByAvd = "0\n0\n0\n0\n0\n0\n0\n1\n";
 
-TEST(AllSources, AskForTheWindowUntilItIsTheOneWithTheSource) {
+TEST(AllSources, PromptsForTheWindowUntilItIsTheOneWithTheSource) {
   auto run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun,
                       ShowHdmiIn("1") + "2\n0\n0\n1\n1\n" + kLeaveByAvd);
   EXPECT_EQ(run.result, 0);
@@ -359,13 +361,13 @@ TEST(AllSources, AskForTheWindowUntilItIsTheOneWithTheSource) {
   EXPECT_EQ(CountOf(run.output, "Change Src VFE NG : -1\n"), 1u);
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(0,"), 0u);
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_Disconnect(1,"), 1u);
-  // What was left is a source that cannot be ended: one question, and it is given up.
+  // The remaining source cannot be stopped: after one prompt it is given up.
   run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, "0\n0\n" + kLeaveByAvd);
   EXPECT_EQ(run.result, 0);
   EXPECT_EQ(CountOf(run.output, "change src: VSC Window"), 1u);
 }
 
-TEST(AllSources, ChangeTheSourceThatWasKept) {
+TEST(AllSources, ChangesTheSourceOfTheLastRun) {
   PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, ShowHdmiIn("0") + "1\n");
   simhal::ClearCalls();
   auto run =
@@ -375,14 +377,14 @@ TEST(AllSources, ChangeTheSourceThatWasKept) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VFE_HDMI_Uninitialize"), 1u);
   EXPECT_FALSE(Contains(run.output, " NG : ")) << run.output;
 
-  // A refused disconnect leaves no source connected, and no prompt that repeats endlessly.
+  // A rejected disconnect leaves no source connected, and no endlessly repeated prompt.
   simhal::Fail("K2V_RHAL_VSC_Disconnect", -8);
   run = PlayTest(VscTestCase::Vsc_SwitchSource_AllSourceRun, "0\n0\n" + kLeaveByAvd);
   EXPECT_EQ(run.result, 0);
   EXPECT_TRUE(Contains(run.output, "Change Src NG : -8\nInput Src\n")) << run.output;
 }
 
-TEST(FastSwitch, GivesTheWindowUpBeforeTheNextSource) {
+TEST(FastSwitch, DisconnectsTheWindowBeforeTheNextSource) {
   PlayTest(VscTestCase::Vsc_FastSwitchSource_ForDemo, "2\n");
   EXPECT_EQ(LastCall(), "K2V_RHAL_VSC_SetWinBlank(0, 0, 0) = 0");
   const struct {
@@ -418,7 +420,7 @@ TEST(LiveZoom, ShowsOneSourceInBothWindows) {
   EXPECT_TRUE(Contains(refused.output, "\nsub VSC Connect NG : -8\n")) << refused.output;
 }
 
-TEST(DirectHdmi, IsShownWithoutAQuestionAndEachTestInItsWay) {
+TEST(DirectHdmi, IsShownWithoutAPromptInTheWayOfEachTest) {
   const struct {
     TestFunction test;
     std::vector<std::string> metadata;

@@ -11,7 +11,7 @@
 namespace {
 
 struct Fault {
-  int callsLeft = 0;  // until the one that fails; 0: none does
+  int callsLeft = 0;  // until the failing call; 0 for none
   int error = 0;
 
   bool IsDue() { return callsLeft > 0 && --callsLeft == 0; }
@@ -24,7 +24,7 @@ int64_t timeUs = -1;
 
 }  // namespace
 
-// The linker sends the harness's calls here (--wrap).
+// The linker redirects the harness's calls to these functions (--wrap).
 extern "C" {
 
 pid_t __real_fork();

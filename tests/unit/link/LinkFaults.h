@@ -1,4 +1,4 @@
-// What fails in the C library while a test runs, and the register file's answers.
+// Injected failures of the C library, and answers of the register file.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,15 @@
 
 namespace faults {
 
-/// The n-th fork or start of a thread from now, counted from 1, fails with that error number.
+/// Makes the n-th fork or thread start from now on, counted from 1, fail with this error number.
 void FailFork(int nth, int error);
 void FailThread(int nth, int error);
 
-/// What `popen` lets the program read from now on; an empty answer is a shell that cannot start.
+/// The text that the program reads from `popen` from now on; empty means that no shell can be
+/// started.
 void AnswerShell(std::function<std::string()> answer);
 
-/// The time of day, in microseconds, that the program sees. Negative (the start): the real one.
+/// The time of day, in microseconds, that the program sees. Negative (initially) for the real time.
 void SetTimeUs(int64_t us);
 
 }  // namespace faults

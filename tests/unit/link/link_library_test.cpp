@@ -1,4 +1,4 @@
-// The simulated link library: ring buffers, order of calls, sessions of several objects.
+// The simulated link library: ring buffers, order of calls, sessions of several link objects.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ class LinkLibrary : public testing::Test {
     return link_->SendBuffer(&session_, buffer, bytes.data(), size, 0);
   }
 
-  /// Lets the slave put or take bytes; returns its checksum.
+  /// Makes the slave put or take bytes; returns its checksum.
   uint32_t LetSlave(uint32_t command, const RLNK_BUFFER* buffer, uint32_t size, uint32_t first) {
     RLNK_CMD_PARAMS params{command, 0x211, {{buffer->handle, size}, {first, 0}, {}, {}}};
     EXPECT_EQ(link_->Send(&session_, &params), 0);
@@ -54,7 +54,7 @@ class LinkLibrary : public testing::Test {
   RLNK_HOST_SESSION session_{};
 };
 
-TEST_F(LinkLibrary, BytesComeOutAsTheyWentInWhereverTheRingWraps) {
+TEST_F(LinkLibrary, DataIsUnchangedWhereverTheRingWraps) {
   RLNK_BUFFER* const buffer = Allocate(100, RLNK_BUFFER_RECEIVE);
   bool wrapped = false;
   for (uint32_t round = 0; round < 20; ++round) {
@@ -80,7 +80,7 @@ TEST_F(LinkLibrary, BytesComeOutAsTheyWentInWhereverTheRingWraps) {
   EXPECT_TRUE(wrapped);
 }
 
-TEST_F(LinkLibrary, AFullRingTakesNothingAndFlushingMakesRoom) {
+TEST_F(LinkLibrary, FullRingRejectsDataUntilFlushed) {
   RLNK_BUFFER* const buffer = Allocate(100, RLNK_BUFFER_SEND);
   EXPECT_EQ(Put(buffer, 60), 0);
   EXPECT_EQ(Put(buffer, 41), kBusy);
@@ -97,7 +97,7 @@ TEST_F(LinkLibrary, AFullRingTakesNothingAndFlushingMakesRoom) {
 pid_t StartChild(const std::function<bool()>& work) {
   const pid_t child = fork();
   if (child == 0) {
-    alarm(20);  // a child that waits for ever ends, and with it the test
+    alarm(20);  // ends a child that hangs, so that the test ends too
     _exit(work() ? 0 : 1);
   }
   return child;
@@ -113,7 +113,7 @@ TEST_F(LinkLibrary, ProcessesExchangeDataThroughARing) {
   RLNK_BUFFER* const toHost = Allocate(1000, RLNK_BUFFER_RECEIVE);
   RLNK_BUFFER* const toSlave = Allocate(1000, RLNK_BUFFER_SEND);
   ASSERT_EQ(Put(toSlave, 300), 0);
-  // A child sees what its parent put in, and the other way round.
+  // A child sees the parent's data, and vice versa.
   EXPECT_TRUE(Succeeded(StartChild([&] {
     std::vector<uint8_t> bytes(300);
     return link_->GetBuffer(&session_, toSlave, bytes.data(), 300) == 0 && bytes[299] == 7 &&
@@ -121,7 +121,7 @@ TEST_F(LinkLibrary, ProcessesExchangeDataThroughARing) {
   })));
   EXPECT_EQ(link_->QueryBufferDataSize(&session_, toSlave), 0);
   EXPECT_EQ(link_->QueryBufferDataSize(&session_, toHost), 500);
-  // A link of the child's own reaches the buffers by their handles, as the slave knows them.
+  // A separate link in the child accesses the buffers by their handles, as the slave does.
   EXPECT_TRUE(Succeeded(StartChild([&] {
     const std::unique_ptr<RLink> own(RLink::Create());
     RLNK_HOST_SESSION session{};
@@ -134,7 +134,7 @@ TEST_F(LinkLibrary, ProcessesExchangeDataThroughARing) {
   std::iota(expected.begin(), expected.end(), uint8_t{1});
   EXPECT_EQ(link_->GetBuffer(&session_, toHost, seen.data(), 400), 0);
   EXPECT_EQ(seen, expected);
-  // Nothing is torn where two put at the same time.
+  // Concurrent writes of two processes are not interleaved within a call.
   const auto putOften = [&] {
     for (int i = 0; i < 200; ++i) {
       const std::vector<uint8_t> pair = {static_cast<uint8_t>(i), static_cast<uint8_t>(i)};
@@ -150,7 +150,7 @@ TEST_F(LinkLibrary, ProcessesExchangeDataThroughARing) {
   for (std::size_t i = 0; i < pairs.size(); i += 2) EXPECT_EQ(pairs[i], pairs[i + 1]);
 }
 
-TEST_F(LinkLibrary, RefusesWhatCannotBe) {
+TEST_F(LinkLibrary, RejectsInvalidArguments) {
   RLNK_BUFFER* const buffer = Allocate(100, RLNK_BUFFER_SEND);
   RLNK_HOST_SESSION other{};
   RLNK_CMD_PARAMS unknown{0x7777, 0, {}};
@@ -171,13 +171,13 @@ TEST_F(LinkLibrary, RefusesWhatCannotBe) {
   EXPECT_EQ(link_->CloseSession(&session_), kOrder);
 }
 
-TEST_F(LinkLibrary, SessionsOfAllLinksAreOnTheBoardUntilTheirLinkIsGone) {
+TEST_F(LinkLibrary, SessionsOfAllLinksExistUntilTheirLinkIsDestroyed) {
   RLNK_HOST_SESSION other{};
   {
     const std::unique_ptr<RLink> second(RLink::Create());
     ASSERT_EQ(second->OpenSession(kClass, &other), 0);
     EXPECT_NE(other.session_id, session_.session_id);
-    EXPECT_EQ(link_->CloseSession(&other), kOrder) << "another link's";
+    EXPECT_EQ(link_->CloseSession(&other), kOrder) << "the session of another link";
     EXPECT_NE(simhal::State().find("session 00000002 of class 54455354"), std::string::npos);
   }
   EXPECT_EQ(simhal::State().find("session 00000002"), std::string::npos);
@@ -187,7 +187,7 @@ TEST_F(LinkLibrary, SessionsOfAllLinksAreOnTheBoardUntilTheirLinkIsGone) {
     links.emplace_back(RLink::Create());
     result = links.back()->OpenSession(kClass, &other);
   }
-  EXPECT_EQ(result, kBusy) << "the slave has no room for more";
+  EXPECT_EQ(result, kBusy) << "the slave cannot hold more sessions";
   EXPECT_EQ(links.size(), 32u);
 }
 

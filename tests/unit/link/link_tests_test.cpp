@@ -1,4 +1,5 @@
-// The link tests against the simulated slave: each step that can fail, and what the slave sees.
+// The link tests with the simulated slave: each step that can fail, and the data received by the
+// slave.
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mman.h>
@@ -30,13 +31,13 @@ std::string Result(const std::string& name, const std::string& outcome) {
   return '\n' + stars + '\n' + name + ' ' + outcome + ".\n" + stars + "\n\n";
 }
 
-TEST(LinkTests, ReportEachStepAndTheSlaveSeesTheParameters) {
+TEST(LinkTests, ReportEachStepAndPassTheParametersToTheSlave) {
   const std::string open = "Open session success. session_id = 00000001\n";
   const struct {
     TestFunction test;
     std::string name;
     std::string output;
-    std::string call;  // without its result
+    std::string call;  // without the result
   } kCases[] = {
       {Wrapper_TestFunc_OpenCloseSession, "OpenCloseSession",
        "Close session success. session_id = 00000001\n", "OpenSession(1413829460, "},
@@ -69,14 +70,14 @@ TEST(LinkTests, ReportEachStepAndTheSlaveSeesTheParameters) {
     const auto calls = simhal::Calls();
     EXPECT_TRUE(std::ranges::any_of(
         calls, [&](const auto& line) { return line.starts_with("RLink::" + c.call); }))
-        << c.call << "\nis not among\n"
+        << c.call << "\nis not one of\n"
         << testing::PrintToString(calls);
   }
 }
 
 struct FaultCase {
   TestFunction test;
-  const char* command;  // to the board
+  const char* command;  // for the board
   const char* line;     // that reports it
 };
 
@@ -88,11 +89,12 @@ void ExpectFailures(const std::vector<FaultCase>& cases) {
     EXPECT_EQ(run.result, 1) << c.command << '\n' << run.output;
     EXPECT_NE(run.output.find(c.line), std::string::npos) << c.command << '\n' << run.output;
     EXPECT_EQ(Count(run.output, " Failed.\n*"), 1) << run.output;
-    EXPECT_NE(simhal::State().find("no session"), std::string::npos) << "left open: " << c.command;
+    EXPECT_NE(simhal::State().find("no session"), std::string::npos)
+        << "session left open: " << c.command;
   }
 }
 
-TEST(LinkTests, EachStepFailsWithItsLineAndTheSessionIsClosed) {
+TEST(LinkTests, FailingStepsAreReportedAndTheSessionIsClosed) {
   ExpectFailures({
       {Wrapper_TestFunc_SendAsync, "fail RLink::Create 0", "Open session failed.\n"},
       {Wrapper_TestFunc_SendAsync, "fail RLink::OpenSession -1", "Open session failed.\n"},
@@ -115,7 +117,7 @@ TEST(LinkTests, EachStepFailsWithItsLineAndTheSessionIsClosed) {
   });
 }
 
-TEST(LinkTests, EachStepWithABufferFailsWithItsLine) {
+TEST(LinkTests, FailingBufferStepsAreReported) {
   ExpectFailures({
       {Wrapper_TestFunc_Buffer_Send, "fail RLink::AllocateBuffer 0", "AllocateBuffer failed.\n"},
       {Wrapper_TestFunc_Buffer_Send, "link full on",
@@ -146,7 +148,7 @@ TEST(LinkTests, EachStepWithABufferFailsWithItsLine) {
   });
 }
 
-TEST(LinkTests, AFailingCloseTurnsSuccessIntoFailure) {
+TEST(LinkTests, FailingCloseFailsTheTest) {
   for (const TestFunction test : {Wrapper_TestFunc_OpenCloseSession, Wrapper_TestFunc_Send_Test1}) {
     simhal::Reset();
     simhal::Fail("RLink::CloseSession", -1);
@@ -163,14 +165,14 @@ TEST(LinkTests, AFailingCloseTurnsSuccessIntoFailure) {
       << run.output;
 }
 
-/// How often the slave's command came with the values of the notice.
+/// How often the slave's command arrived with the expected values.
 int Notices(const std::string& output) {
   return Count(output, "cmd_id = 00002010\nparamTypes = 00000071\nVALUE IN, a = 11111111\n");
 }
 
-// The slave gets to an asynchronous command long after it was sent. Memory that is gone by then
-// ends the process.
-TEST(LinkTests, MemoryOfAnAsynchronousCommandStaysUntilTheSlaveHasReadIt) {
+// The slave reads the memory of an asynchronous command long after it was sent. Memory that was
+// released by then crashes the process.
+TEST(LinkTests, MemoryOfAnAsynchronousCommandIsKeptUntilTheSlaveHasReadIt) {
   const auto one = PlayTest(Wrapper_TestFunc_SendAsync);
   EXPECT_EQ(one.result, 0);
   EXPECT_EQ(Notices(one.output), 1) << one.output;
@@ -184,7 +186,7 @@ TEST(LinkTests, MemoryOfAnAsynchronousCommandStaysUntilTheSlaveHasReadIt) {
   }
 }
 
-TEST(LinkTests, TheSecondSessionFailingClosesTheFirst) {
+TEST(LinkTests, FailingSecondSessionClosesTheFirst) {
   simhal::Fail("RLink::OpenSession", -1, 2);
   const auto run = PlayTest(Wrapper_TestFunc_Multi_Session);
   EXPECT_EQ(run.result, 1);
@@ -217,7 +219,7 @@ TEST(LinkHandlers, PrintEveryKindOfParameter) {
   EXPECT_EQ(memory[6], 0u);
 }
 
-/// Two threads or processes that hold a session each wait here for the other one. Run one after
+/// Two threads or processes, each with a session, wait here for each other. If they ran one after
 /// the other, the first would wait in vain.
 class Meeting {
  public:
@@ -251,7 +253,7 @@ class Meeting {
       mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
 };
 
-TEST(LinkThreads, BothSessionsRunImmediately) {
+TEST(LinkThreads, BothSessionsRunConcurrently) {
   {
     const Meeting meeting;
     EXPECT_EQ(PlayTest(Wrapper_TestFunc_Multi_RLink_1).result, 0);
@@ -264,7 +266,7 @@ TEST(LinkThreads, BothSessionsRunImmediately) {
   }
 }
 
-TEST(LinkThreads, OneFailingFailsTheTest) {
+TEST(LinkThreads, OneFailingSessionFailsTheTest) {
   simhal::Fail("RLink::OpenSession", -1, 2);
   const auto run = PlayTest(Wrapper_TestFunc_Multi_RLink_1);
   EXPECT_EQ(run.result, 1);
@@ -272,22 +274,23 @@ TEST(LinkThreads, OneFailingFailsTheTest) {
   EXPECT_EQ(Count(run.output, "Failed"), 2) << run.output;
 }
 
-TEST(LinkThreads, OneThatDoesNotStartIsReported) {
-  simhal::Reset();  // the race detector runs all these tests in one process
+TEST(LinkThreads, ThreadsThatCannotBeStartedAreReported) {
+  simhal::Reset();  // the race detector runs all tests in one process
   faults::FailThread(1, EAGAIN);
   EXPECT_EQ(PlayTest(Wrapper_TestFunc_Multi_RLink_1_Send).output,
             "Create ThreadFunc_V failed. error = Resource temporarily unavailable\n" +
                 Result("TestFunc_Multi_RLink_1_Send", "Failed"));
-  EXPECT_TRUE(simhal::Calls().empty()) << "no other one is started";
+  EXPECT_TRUE(simhal::Calls().empty()) << "no other thread is started";
   faults::FailThread(2, EPERM);
   const auto run = PlayTest(Wrapper_TestFunc_Multi_RLink_1);
   EXPECT_EQ(run.result, 1);
   EXPECT_NE(run.output.find("Create ThreadFunc_A failed. error = Operation not permitted\n"),
             std::string::npos);
-  EXPECT_NE(run.output.find(Result("ThreadFunc_V", "Passed")), std::string::npos) << "is joined";
+  EXPECT_NE(run.output.find(Result("ThreadFunc_V", "Passed")), std::string::npos)
+      << "the thread is joined";
 }
 
-/// Runs a test whose child inherits what was printed before and not yet written.
+/// Runs a test whose child inherits buffered output of its parent.
 scripted::Run PlayFork(TestFunction test) {
   return scripted::Play("", [test] {
     std::printf("before");
@@ -295,7 +298,7 @@ scripted::Run PlayFork(TestFunction test) {
   });
 }
 
-TEST(LinkProcesses, BothReportTheirResultsAndNothingTwice) {
+TEST(LinkProcesses, BothReportTheirResultsWithoutDuplicates) {
   for (const auto& [test, name] :
        {std::pair{&Wrapper_TestFunc_Multi_RLink_2, "TestFunc_Multi_RLink_2"},
         std::pair{&Wrapper_TestFunc_Multi_RLink_2_Send, "TestFunc_Multi_RLink_2_Send"}}) {
@@ -311,13 +314,13 @@ TEST(LinkProcesses, BothReportTheirResultsAndNothingTwice) {
   }
 }
 
-TEST(LinkProcesses, BothSessionsAreOpenImmediately) {
+TEST(LinkProcesses, BothSessionsAreOpenConcurrently) {
   const Meeting meeting;
   EXPECT_EQ(PlayFork(Wrapper_TestFunc_Multi_RLink_2).result, 0);
   EXPECT_TRUE(meeting.TookPlace());
 }
 
-TEST(LinkProcesses, OneFailingFailsTheTest) {
+TEST(LinkProcesses, OneFailingSessionFailsTheTest) {
   for (const uint32_t at : {1u, 2u}) {
     simhal::Reset();
     simhal::Fail("RLink::OpenSession", -1, at, 1);

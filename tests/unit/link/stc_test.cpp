@@ -41,7 +41,7 @@ TEST(StcTool, WritesTheSpeedAndLoadsIt) {
                       "echo \"0xB8000480 0x58200017\" > //sys//crt//register"}));
 }
 
-TEST(StcTool, TheStepStopsAtBothEndsOfElevenBits) {
+TEST(StcTool, StepStopsAtBothLimitsOfElevenBits) {
   const struct {
     std::string choices;
     std::string speed;
@@ -65,7 +65,7 @@ TEST(StcTool, TheStepStopsAtBothEndsOfElevenBits) {
   }
 }
 
-/// A counter that runs at `ticksPerSecond` from `start`, in a time that passes only in waits.
+/// A counter that runs at `ticksPerSecond` from `start`; time passes only in waits.
 class FakeClock {
  public:
   FakeClock(int64_t ticksPerSecond, uint32_t start) {
@@ -85,7 +85,7 @@ class FakeClock {
   int64_t nowUs_ = 0;
 };
 
-TEST(StcTool, ShowsTicksASecondForNineSecondsAcrossTheCountersEnd) {
+TEST(StcTool, ShowsTicksPerSecondForNineSecondsAcrossAWrapAround) {
   const FakeClock clock(91'000, 0xFFFFFF00);
   const std::string output = PlayTool("4\n").output;
   const auto first = output.find("stc_diff=");
@@ -97,7 +97,7 @@ TEST(StcTool, ShowsTicksASecondForNineSecondsAcrossTheCountersEnd) {
   EXPECT_EQ(commands[2], "echo \"0xB801B6B8\" > //sys//crt//register");
 }
 
-TEST(StcTool, ReportsARegisterFileThatDoesNotAnswer) {
+TEST(StcTool, ReportsAnUnreadableRegisterFile) {
   for (const char* reply : {"", "4\n"}) {
     faults::AnswerShell([=] { return std::string(reply); });
     const std::string output = PlayTool("4\n").output;

@@ -22,7 +22,7 @@ namespace {
 using test::Count;
 using test::PlayTest;
 
-/// A session's wait changes the temperature and ends with a notification.
+/// Every wait of a session changes the temperature and ends with a notification.
 void WarmUpWhileWaiting() {
   simhal::Apply("thermal off");
   scripted::OnWait([degrees = 60](unsigned long us) mutable {
@@ -33,7 +33,7 @@ void WarmUpWhileWaiting() {
   });
 }
 
-TEST(Thermal, ASessionEndsAfterTheThirdNotification) {
+TEST(Thermal, SessionEndsAfterTheThirdNotification) {
   WarmUpWhileWaiting();
   const auto run = scripted::Play("", TEST_K2V_RHAL_thermal_callback);
   EXPECT_EQ(run.result, 0);
@@ -44,7 +44,7 @@ TEST(Thermal, ASessionEndsAfterTheThirdNotification) {
             "TEST_K2V_RHAL_thermal_callback: exit\n");
 }
 
-TEST(Thermal, SessionsRunInChildrenThatPrintNothingTwice) {
+TEST(Thermal, SessionsRunInChildrenWithoutDuplicateOutput) {
   WarmUpWhileWaiting();
   const auto one = PlayTest(UTThermalTestCase::TestCase1);
   EXPECT_EQ(one.result, 0);
@@ -58,7 +58,7 @@ TEST(Thermal, SessionsRunInChildrenThatPrintNothingTwice) {
   EXPECT_EQ(Count(two.output, ") exited, status=0\n"), 2) << two.output;
 }
 
-TEST(Thermal, AFailedRegistrationFailsTheTest) {
+TEST(Thermal, FailedRegistrationFailsTheTest) {
   simhal::Fail("K2V_RHAL_register_thermal_notifier", -1);
   const auto one = PlayTest(UTThermalTestCase::TestCase1);
   EXPECT_EQ(one.result, 1);
@@ -72,12 +72,12 @@ TEST(Thermal, AFailedRegistrationFailsTheTest) {
   EXPECT_EQ(Count(two.output, "status=0\n"), 1) << two.output;
 }
 
-TEST(Thermal, AFailedForkIsReported) {
+TEST(Thermal, FailedForkIsReported) {
   faults::FailFork(1, EAGAIN);
   const auto one = PlayTest(UTThermalTestCase::TestCase1);
   EXPECT_EQ(one.result, 1);
   EXPECT_TRUE(one.output.ends_with("\033[mTestCase1: fork fail. ret=-1\n")) << one.output;
-  // The first of two sessions may never end: nobody waits for it, and it is not left running.
+  // The first of two sessions may never end: nothing waits for it, and it is not left running.
   scripted::OnWait([](unsigned long) { pause(); });
   for (const int nth : {1, 2}) {
     faults::FailFork(nth, EAGAIN);
@@ -88,13 +88,13 @@ TEST(Thermal, AFailedForkIsReported) {
   }
 }
 
-TEST(Thermal, TheModuleReportsEachTimeItIsAskedFor) {
+TEST(Thermal, ModulePrintsEveryAccess) {
   testing::internal::CaptureStdout();
   EXPECT_EQ(UTThermalModule::GetInstance(), UTThermalModule::GetInstance());
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "GetInstance(59)\nGetInstance(59)\n");
 }
 
-TEST(Device, PassesWhileTheHalLeavesZero) {
+TEST(Device, PassesIfTheHalWritesZero) {
   EXPECT_EQ(PlayTest(Wrapper_TestFunc_Device_Ready).result, 0);
   simhal::Apply("device ready 4");
   EXPECT_EQ(PlayTest(Wrapper_TestFunc_Device_Ready).result, 1);
@@ -102,10 +102,10 @@ TEST(Device, PassesWhileTheHalLeavesZero) {
   simhal::Apply("device healthy -4");
   EXPECT_EQ(PlayTest(Wrapper_TestFunc_Device_Healthy).result, 1);
   simhal::Fail("K2V_RHAL_DEVICE_Healthy", -1);
-  EXPECT_EQ(PlayTest(Wrapper_TestFunc_Device_Healthy).result, 0) << "the result is not looked at";
+  EXPECT_EQ(PlayTest(Wrapper_TestFunc_Device_Healthy).result, 0) << "the result is ignored";
 }
 
-TEST(Device, TheSlaveIsAskedEverySecondUntilTheProgramEnds) {
+TEST(Device, SlaveIsPolledEverySecondUntilTheProgramEnds) {
   const pid_t child = getpid();
   EXPECT_EXIT(
       {

@@ -1,4 +1,4 @@
-// A board in this process, and somebody who looks at its panel.
+// A board in this process, and a view of its panel.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 
 using Rgb = std::array<int, 3>;
 
-/// A pixel of a picture with three bytes each.
+/// A pixel of a picture with three bytes per pixel.
 inline Rgb PixelOf(const AVFrame& picture, int x, int y) {
   const uint8_t* pixel =
       picture.data[0] + std::ptrdiff_t{y} * picture.linesize[0] + std::ptrdiff_t{3} * x;
@@ -32,7 +32,7 @@ class PanelFixture : public testing::Test {
 
   static void Do(const std::string& command) { sim::Apply(*sim::BoardLock(), command); }
 
-  /// Connects the main window to HDMI port 0, where a source of that timing sends.
+  /// Connects the main window to HDMI port 0 with a source of that timing.
   static void Connect(const std::string& source = "1920x1080p60") {
     Do("plug 0 " + source);
     K2V_RHAL_VFE_HDMI_Initialize();
@@ -46,18 +46,18 @@ class PanelFixture : public testing::Test {
 
   static void Disconnect() { K2V_RHAL_VSC_Disconnect(0, {K2V_VSC_INPUTSRC_HDMI, 0, 0}); }
 
-  /// Looks at the panel at a time of the board's.
+  /// Looks at the panel at a given board time.
   void LookAt(int64_t ms) {
     view_ = picture::Converted(panel_.Look(*sim::BoardLock(), ms), AV_PIX_FMT_RGB24);
   }
 
-  /// The colour that is seen now at a place of the 960x540 pixels that are looked at.
+  /// The current colour at a position of the view, which has 960x540 pixels.
   Rgb Seen(int x, int y) {
     LookAt(1000);
     return InView(x, y);
   }
 
-  /// The same of the picture that was looked at last.
+  /// Like `Seen`, in the last view.
   Rgb InView(int x, int y) const { return PixelOf(*view_, x, y); }
 
   /// The middle of one of the eight bars.
@@ -69,7 +69,7 @@ class PanelFixture : public testing::Test {
   picture::Picture view_;
 };
 
-/// Each component is within `tolerance` of the expected one.
+/// Checks that each component is within `tolerance` of the expected one.
 inline testing::AssertionResult IsNear(const Rgb& seen, const Rgb& expected, int tolerance = 2) {
   for (size_t i = 0; i < seen.size(); ++i) {
     if (std::abs(seen[i] - expected[i]) > tolerance) {

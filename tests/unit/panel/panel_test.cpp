@@ -1,4 +1,4 @@
-// The position of pictures on the panel, and what is shown without one.
+// The position of pictures on the panel, and its picture without a source.
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -35,7 +35,7 @@ TEST_F(PanelView, IsBlackUntilAWindowHasAPicture) {
   EXPECT_EQ(Bar(5), kRed);
 }
 
-TEST_F(PanelView, WindowsAreInTheirPlaces) {
+TEST_F(PanelView, WindowsAreAtTheirPositions) {
   Connect();
   K2V_RHAL_VSC_SetInputRegion(0, {1200, 0, 240, 1080});  // the red bar
   K2V_RHAL_VSC_SetOutputRegion(0, {80, 40, 1920, 1080});
@@ -57,7 +57,7 @@ TEST_F(PanelView, WindowsAreInTheirPlaces) {
     EXPECT_EQ(Seen(place.x, place.y), place.color) << place.x << ',' << place.y;
 }
 
-TEST_F(PanelView, FaultsAreSeenUntilTheyAreTakenBack) {
+TEST_F(PanelView, FaultsAreVisibleUntilTheyAreCleared) {
   Connect();
   K2V_RHAL_VSC_SetOutputRegion(0, {400, 400, 1920, 1080});
   K2V_RHAL_VBE_DISP_Initialize(kPanelInfo);
@@ -97,7 +97,7 @@ TEST_F(PanelView, FaultsAreSeenUntilTheyAreTakenBack) {
   }
 }
 
-TEST_F(PanelView, TheSetsOwnSoftwareShowsAPortWithNeutralSettings) {
+TEST_F(PanelView, FirmwareShowsAPortWithNeutralSettings) {
   Connect();
   K2V_RHAL_VSC_SetInputRegion(0, {1200, 0, 240, 1080});
   K2V_RHAL_VSC_SetWinFreeze(0, 1);
@@ -115,7 +115,7 @@ TEST_F(PanelView, TheSetsOwnSoftwareShowsAPortWithNeutralSettings) {
   EXPECT_EQ(K2V_RHAL_VSC_Open(0), K2V_RHAL_ERR_ORDER);
 }
 
-TEST_F(PanelView, AgreesWithTheBoardsOwnCapture) {
+TEST_F(PanelView, MatchesTheCaptureOfTheBoard) {
   Connect("3840x2160p60 hdr");
   K2V_RHAL_VSC_SetInputRegion(0, {192, 108, 3456, 1944});  // overscan of 5 %
   K2V_RHAL_VSC_Open(1);
@@ -135,7 +135,7 @@ TEST_F(PanelView, AgreesWithTheBoardsOwnCapture) {
         others += !IsNear(InView(x, y), {captured[0], captured[1], captured[2]});
       }
     }
-    // Only where one colour goes over into the next.
+    // Only at the edges between colours.
     EXPECT_LT(others, (picture == "checkerboard" ? 31 * 540 + 17 * 960 : 7 * 540) + 7 * 180)
         << picture;
   }
@@ -143,7 +143,7 @@ TEST_F(PanelView, AgreesWithTheBoardsOwnCapture) {
 
 TEST_F(PanelView, BlanksAndFreezes) {
   K2V_RHAL_VSC_SetWinBlank(0, 1, K2V_VIDEO_DDI_WIN_COLOR_GRAY);
-  EXPECT_EQ(Seen(480, 270), kGrey) << "a main window that was never placed has the whole panel";
+  EXPECT_EQ(Seen(480, 270), kGrey) << "a main window without a position covers the whole panel";
   Connect();
   K2V_RHAL_VSC_SetWinBlank(0, 1, K2V_VIDEO_DDI_WIN_COLOR_BLUE);
   EXPECT_EQ(Bar(0), kBlue);
@@ -158,7 +158,7 @@ TEST_F(PanelView, BlanksAndFreezes) {
   EXPECT_EQ(Bar(0), kBlack);
 }
 
-/// All that freezes a picture of the main window.
+/// Everything that freezes a picture of the main window.
 struct Freezer {
   const char* name;
   int (*freeze)(uint32_t on);
@@ -170,7 +170,7 @@ constexpr Freezer kFreezers[] = {
      [](uint32_t on) { return K2V_RHAL_VPQ_MEMC_Freeze(static_cast<int32_t>(on)); }},
 };
 
-TEST_F(PanelView, AMovingPictureMovesUntilItIsFrozen) {
+TEST_F(PanelView, PictureMovesUntilItIsFrozen) {
   const auto picture = [this](int64_t ms) {
     const AVFrame& view = panel_.Look(*sim::BoardLock(), ms);
     return picture::ToPng(view);
@@ -197,15 +197,15 @@ TEST_F(PanelView, AMovingPictureMovesUntilItIsFrozen) {
       EXPECT_NE(frozen, picture(200'000));
       Do("picture " + port + " box");
     }
-    Do("unplug 0");  // the other receiver's turn
+    Do("unplug 0");  // next is the other receiver
   }
   Do("noise 0");
   const auto atOnce = picture(100'000);
   EXPECT_NE(atOnce, picture(100'017));
-  EXPECT_EQ(atOnce, picture(100'001)) << "of the same frame";
+  EXPECT_EQ(atOnce, picture(100'001)) << "from the same frame";
 }
 
-TEST_F(PanelView, NoiseStopsInTheFrozenWindowOnly) {
+TEST_F(PanelView, NoiseStopsOnlyInTheFrozenWindow) {
   Connect();
   Do("picture 0 ramp");
   K2V_RHAL_VSC_Open(1);
@@ -215,7 +215,7 @@ TEST_F(PanelView, NoiseStopsInTheFrozenWindowOnly) {
   K2V_RHAL_VSC_SetWinFreeze(0, 1);
   const auto lines = [this] {
     LookAt(1000);
-    std::array<std::vector<Rgb>, 2> both;  // of the sub window, of the main one
+    std::array<std::vector<Rgb>, 2> both;  // sub window, main window
     for (int x = 0; x < 960; ++x) both[x < 480 ? 0 : 1].push_back(InView(x, 270));
     return both;
   };
@@ -280,8 +280,8 @@ void Format(uint32_t format) {
   ASSERT_EQ(K2V_RHAL_VBE_TRIDFMT_SelectInputFormat(format), 0);
 }
 
-TEST_F(PanelView, FormatterTakesTheEyesApart) {
-  constexpr int kBesideEdge = 110;  // white for the left eye, yellow for the right one
+TEST_F(PanelView, FormatterSeparatesTheEyes) {
+  constexpr int kBesideEdge = 110;  // white for the left eye, yellow for the right eye
   const struct {
     const char* source;
     uint32_t format;
@@ -302,7 +302,7 @@ TEST_F(PanelView, FormatterTakesTheEyesApart) {
     SCOPED_TRACE(source);
     Connect(source);
     Format(format);
-    // Alternate lines are the eyes'.
+    // Alternate lines belong to alternate eyes.
     const auto lines = [this] {
       LookAt(1000);
       return std::array{InView(kBesideEdge, 270), InView(kBesideEdge, 271)};
@@ -322,19 +322,19 @@ TEST_F(PanelView, FormatterTakesTheEyesApart) {
   }
 }
 
-TEST_F(PanelView, EyesThatTakeTurnsAreSeenOneAfterTheOther) {
+TEST_F(PanelView, FrameSequentialEyesAreShownAlternately) {
   Connect("1920x1080p50 pc frame-sequential");
   LookAt(1000);
   EXPECT_EQ(InView(110, 270), kWhite);
   LookAt(1020);
   EXPECT_EQ(InView(110, 270), kYellow);
-  // A frozen source has one frame, for both eyes.
+  // A frozen source has one frame for both eyes.
   Format(VBE_INPUT_TYPE_FRAMESEQ);
   K2V_RHAL_VSC_SetWinFreeze(0, 1);
   EXPECT_EQ(Seen(110, 270), Seen(110, 271));
 }
 
-TEST_F(PanelView, TwoStreamsAreForOneEyeEach) {
+TEST_F(PanelView, DualStreamHasOneStreamPerEye) {
   Connect();
   Do("picture 0 white");
   K2V_RHAL_VSC_Open(1);
@@ -345,7 +345,7 @@ TEST_F(PanelView, TwoStreamsAreForOneEyeEach) {
   EXPECT_EQ(Seen(660, 271), kRed);
 }
 
-TEST_F(PanelView, FormatterTakesEveryTimingInEveryMode) {
+TEST_F(PanelView, FormatterAcceptsOddTimingsInEveryMode) {
   Connect("3831x2161p30");
   Format(VBE_INPUT_TYPE_3DOFF);
   for (uint32_t format = 0; format <= VBE_INPUT_TYPE_2DTO3D; ++format) {
@@ -358,8 +358,8 @@ TEST_F(PanelView, FormatterTakesEveryTimingInEveryMode) {
   }
 }
 
-// The bars' edges show where the picture is stretched: the middle half of the panel has two thirds
-// of the picture.
+// The edges of the bars show where the picture is stretched: the middle half of the panel contains
+// two thirds of the picture.
 TEST_F(PanelView, PanoramaStretchesTheSides) {
   Connect();
   K2V_RHAL_VPQ_SetPanoramaType(1);
@@ -379,13 +379,13 @@ TEST_F(PanelView, PanoramaStretchesTheSides) {
   EXPECT_EQ(Bar(1), kYellow);
   Do("panel-fault none");
   K2V_RHAL_VSC_SetOutputRegion(0, {0, 0, 40, 40});
-  EXPECT_NO_THROW(LookAt(1000)) << "too small for parts";
+  EXPECT_NO_THROW(LookAt(1000)) << "too small to be stretched in parts";
   Do("neutral");
   K2V_RHAL_VSC_SetOutputRegion(0, {0, 0, 3840, 2160});
   EXPECT_EQ(Bar(0), kWhite);
 }
 
-TEST_F(PanelView, PixelsWrittenToTheFrameBufferAreSeen) {
+TEST_F(PanelView, PixelsWrittenToTheFrameBufferAreVisible) {
   Connect();
   std::vector<K2V_VIDEO_PIXEL_T> pixels(std::size_t{400} * 200, {512, 940, 512});
   K2V_VIDEO_RECT_T rect = {1440, 400, 400, 200};
@@ -408,7 +408,7 @@ TEST_F(PanelView, SecondReceiverFeedsTheSameInput) {
   EXPECT_EQ(Seen(900, 270), kWhite);
 }
 
-/// A board with files, as the player needs it.
+/// A board with a file system, as required by the player.
 class PlayedPicture : public testing::Test {
  protected:
   PlayedPicture() {
@@ -424,7 +424,7 @@ class PlayedPicture : public testing::Test {
 
   Rgb Middle() { return PixelOf(*picture::Converted(panel_.Look(), AV_PIX_FMT_RGB24), 480, 270); }
 
-  /// Begins to play, and shows one picture.
+  /// Starts playing and shows one picture.
   void Play(const char* color) {
     screen_.emplace();
     const std::string text = std::string("color=").append(color) + ":s=64x36,format=gbrp";
@@ -438,7 +438,7 @@ class PlayedPicture : public testing::Test {
   panel::Panel panel_;
 };
 
-TEST_F(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
+TEST_F(PlayedPicture, IsVisibleDuringPlayback) {
   EXPECT_EQ(Middle(), kBlack);
   screen_.emplace();
   EXPECT_EQ(Middle(), kBlack) << "nothing is decoded yet";
@@ -447,7 +447,7 @@ TEST_F(PlayedPicture, IsOnThePanelWhileThePlayerPlays) {
   screen_.reset();
   EXPECT_EQ(Middle(), kBlack);
   screen_.emplace();
-  EXPECT_EQ(Middle(), kBlack) << "nothing of the playing before";
+  EXPECT_EQ(Middle(), kBlack) << "nothing of the previous playback";
 }
 
 TEST_F(PlayedPicture, StaysWhileItIsFrozen) {
@@ -462,14 +462,14 @@ TEST_F(PlayedPicture, StaysWhileItIsFrozen) {
       EXPECT_TRUE(IsNear(Middle(), kGreen, 3));
       ASSERT_EQ(freeze(1), 0);
       screen_.reset();
-      EXPECT_TRUE(IsNear(Middle(), kGreen, 3)) << "frozen twice, when nothing plays any more";
+      EXPECT_TRUE(IsNear(Middle(), kGreen, 3)) << "frozen again, after playback has ended";
       ASSERT_EQ(freeze(0), 0);
       EXPECT_EQ(Middle(), without);
       EXPECT_EQ(std::ranges::distance(std::filesystem::directory_iterator(Directory())), 3)
           << "state, screen and lock";
     }
   }
-  // A freeze further downstream keeps the picture that was frozen before it.
+  // A freeze further downstream keeps the picture that was already frozen.
   Play("0x00ff00");
   K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, 1);
   Play("0xff0000");
@@ -480,7 +480,7 @@ TEST_F(PlayedPicture, StaysWhileItIsFrozen) {
   EXPECT_TRUE(IsNear(Middle(), kRed, 3));
 }
 
-TEST(PictureCommand, RefusesWhatIsNoPicture) {
+TEST(PictureCommand, RejectsInvalidPictures) {
   sim::PowerOn();
   const auto refusal = [](const std::string& command) -> std::string {
     try {
@@ -499,7 +499,7 @@ TEST(PictureCommand, RefusesWhatIsNoPicture) {
   EXPECT_EQ(refusal("picture 4 bars"), "invalid port '4': expected 0 to 3");
 }
 
-/// The commands as a user gives them, on a board that another process switched on.
+/// The commands as typed by a user, on a board started by another process.
 class Camera : public testing::Test {
  protected:
   ~Camera() override { std::filesystem::remove_all(directory_); }
@@ -526,7 +526,7 @@ TEST_F(Camera, WritesAPicture) {
   const auto taken = Run(CVNSIM " camera a.png");
   EXPECT_EQ(taken.status, 0) << taken.output;
   EXPECT_EQ(Pixel("a.png", 180, 270), kYellow);
-  // A picture of the panel is one that a source can send.
+  // A picture of the panel can be used as the picture of a source.
   EXPECT_EQ(Run(CVNSIM " picture 0 a.png && rm a.png && " CVNSIM " camera b.png").status, 0);
   EXPECT_EQ(Pixel("b.png", 660, 270), kRed);
   const auto refused = Run(CVNSIM " camera nowhere/a.png");
@@ -536,7 +536,7 @@ TEST_F(Camera, WritesAPicture) {
     EXPECT_EQ(Run(std::string(CVNSIM " camera ") + wrong).status, 2) << wrong;
 }
 
-TEST_F(Camera, StreamsUntilNobodyReads) {
+TEST_F(Camera, StreamsUntilTheReaderCloses) {
   constexpr size_t kPictureBytes = 6 + std::size_t{960} * 540 * 3;
   const auto limited = Run(CVNSIM " camera --y4m --rate 100 --pictures 5 >s.y4m");
   EXPECT_EQ(limited.status, 0) << limited.output;

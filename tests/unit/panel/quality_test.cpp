@@ -1,4 +1,4 @@
-// What the settings of the picture quality do to colours.
+// Effects of the picture-quality settings on colours.
 #include <functional>
 #include <vector>
 
@@ -28,7 +28,7 @@ K2V_VPQ_GAMMA_LUT_T HalfBlue() {
   return lut;
 }
 
-/// A table that rises from 0 to a level.
+/// A table that rises linearly from 0 to `last`.
 template <typename Record>
 Record Line(size_t last) {
   Record record = {};
@@ -37,7 +37,7 @@ Record Line(size_t last) {
   return record;
 }
 
-/// Red and blue as they are, half of the red in place of the green.
+/// Leaves red and blue unchanged and replaces green by half of red.
 K2V_VPQ_HDR_3D_LUT_T HalfOfRedInGreen() {
   K2V_VPQ_HDR_3D_LUT_T cube = {};
   for (int i = 0; i < 729; ++i) {
@@ -57,7 +57,7 @@ CHIP_COLOR_CONTROL_T WithoutRed() {
 
 TEST_F(Quality, ColoursFollowTheSettings) {
   Connect();
-  // Lumas are those of BT.709: 0.2126 of red, 0.7152 of green, 0.0722 of blue.
+  // Luma values follow BT.709: 0.2126 of red, 0.7152 of green, 0.0722 of blue.
   const struct {
     const char* what;
     std::function<int()> set;
@@ -145,7 +145,7 @@ TEST_F(Quality, ColoursFollowTheSettings) {
        }},
       {"gamut table without blue",
        [] {
-         // The hue of blue is the last of its eighth.
+         // The hue of blue is the last one of its section.
          auto record = Line<K2V_VPQ_GAMUT_LUT_T>(0);
          record.nLut[0] = 1;
          record.nSection = 7;
@@ -227,7 +227,7 @@ TEST_F(Quality, GreysFollowTheSettings) {
   EXPECT_GT(turned[1] + turned[2], 60);
 }
 
-TEST_F(Quality, SharpnessIsSeenAtEdges) {
+TEST_F(Quality, SharpnessIsVisibleAtEdges) {
   Connect();
   Do("picture 0 checkerboard");
   const auto besideEdge = [this] { return std::array{Seen(59, 15)[0], Seen(60, 15)[0]}; };
@@ -242,7 +242,7 @@ TEST_F(Quality, SharpnessIsSeenAtEdges) {
   EXPECT_EQ(besideEdge(), neutral);
 }
 
-TEST_F(Quality, NoiseOfTheSourceIsSeenAndMoves) {
+TEST_F(Quality, NoiseOfTheSourceIsVisibleAndMoves) {
   Connect();
   Do("noise 128");
   const auto look = [this] { return picture::ToPng(panel_.Look(*sim::BoardLock(), 1000)); };
@@ -253,7 +253,7 @@ TEST_F(Quality, NoiseOfTheSourceIsSeenAndMoves) {
   EXPECT_EQ(Bar(kRedBar), kRed);
 }
 
-TEST_F(Quality, BypassAndDemonstrationLeaveThePictureAsItCame) {
+TEST_F(Quality, BypassAndSplitDemoLeaveThePictureUnchanged) {
   Connect();
   K2V_RHAL_VPQ_SetSaturation(0);
   K2V_RHAL_VPQ_SetSplitDemo(1);
@@ -263,7 +263,7 @@ TEST_F(Quality, BypassAndDemonstrationLeaveThePictureAsItCame) {
   EXPECT_EQ(Bar(kYellowBar), kYellow);
 }
 
-TEST_F(Quality, PatternsOfTheChipCoverEverything) {
+TEST_F(Quality, InternalPatternsCoverThePanel) {
   Connect();
   K2V_RHAL_VPQ_SET_INTERNAL_PARTTEN_1W(1, 1023);
   EXPECT_EQ(Bar(kBlackBar), kWhite);
@@ -274,7 +274,7 @@ TEST_F(Quality, PatternsOfTheChipCoverEverything) {
   EXPECT_EQ(Bar(kWhiteBar), kBlack);
 }
 
-// Numbers at both ends of their ranges: nothing of them may be too much for a filter.
+// Numbers at both ends of their ranges: no filter may reject them.
 TEST_F(Quality, EverySettingMakesAPicture) {
   Connect();
   const struct {

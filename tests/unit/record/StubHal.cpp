@@ -1,6 +1,6 @@
-// A stub HAL with all functions: they return 0 and write nothing. The call whose
-// number STUB_FAIL names answers -1, the first one takes STUB_MS. K2V_RHAL_VSC_DM_Open calls the
-// thermal handler on a thread of its own.
+// A stub HAL with all functions, which return 0 and write nothing. The call with the number
+// STUB_FAIL returns -1, the first call takes STUB_MS milliseconds. K2V_RHAL_VSC_DM_Open calls the
+// thermal handler on a separate thread.
 #include <atomic>
 #include <chrono>
 #include <cstdlib>

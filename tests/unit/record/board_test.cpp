@@ -1,5 +1,5 @@
-// Every function of the simulated board, as its own trace has it and as it is recorded. The trace
-// knows of directions and sizes from the functions themselves.
+// Every function of the simulated board, compared between the board's trace and a recording. The
+// trace takes directions and sizes from the functions themselves.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-// Only recordings have calls of handlers.
+// Only recordings contain calls of handlers.
 bool IsHandler(const std::string& line) {
   return line.starts_with("# called ");
 }
@@ -32,8 +32,8 @@ std::string Name(const std::string& name) {
   return testing::TempDir() + name;
 }
 
-/// Makes all calls with such arguments and this library in front of the board's. Returns what they
-/// left in memory, a line each.
+/// Makes all calls with these arguments, with the given library loaded before the board's. Returns
+/// the resulting contents of memory, one per line.
 std::vector<std::string> CallAll(const std::string& arguments, const std::string& variables,
                                  const std::string& library) {
   const std::string output = Name(arguments) + ".memory";
@@ -44,7 +44,7 @@ std::vector<std::string> CallAll(const std::string& arguments, const std::string
   return CallsIn(output);
 }
 
-/// Records all calls with such arguments; the board's trace of them is in `NAME.trace`.
+/// Records all calls with these arguments; the board's trace of them is in `NAME.trace`.
 std::vector<std::string> Record(const std::string& arguments) {
   const std::string base = Name(arguments);
   return CallAll(arguments, "CVNSIM_TRACE=" + base + ".trace CVN_RECORD=" + base, CVN_RECORDER);
@@ -57,8 +57,8 @@ std::vector<std::string> Tool(const std::string& words) {
   return CallsIn(output);
 }
 
-/// The bytes of arguments and of answers in a recording. They change when a pointer gets another
-/// direction or size, even where the text of its call stays the same.
+/// The number of bytes of arguments and of results in a recording. They change if a pointer gets
+/// another direction or size, even if the text of its call stays the same.
 std::string Sizes(const std::string& directory) {
   std::string error;
   const auto recording = record::Recording::Open(directory, error);
@@ -71,13 +71,13 @@ std::string Sizes(const std::string& directory) {
   return std::to_string(in) + " bytes in, " + std::to_string(out) + " bytes out";
 }
 
-/// What is recorded otherwise than it is in the trace, of calls with such arguments. Numbers that
-/// count up are others when there is a new function, so that these lines are names alone.
+/// Calls with these arguments that differ between recording and trace. Counting numbers change
+/// whenever a function is added, so only names are printed for them.
 std::string Differences(const std::string& arguments) {
   Record(arguments);
   const std::vector<std::string> traced = CallsIn(Name(arguments) + ".trace");
   std::vector<std::string> recorded = Tool("print " + Name(arguments));
-  // With numbers that count up a call may look at two bytes more or less in another run.
+  // With counting numbers, a call may read two bytes more or less in another run.
   std::string text = "== " + arguments;
   text += (arguments == "counting" ? "" : ": " + Sizes(Name(arguments))) + '\n';
   for (const std::string& line : recorded) text += IsHandler(line) ? line + '\n' : "";
@@ -91,9 +91,9 @@ std::string Differences(const std::string& arguments) {
   return text;
 }
 
-// The expected ones: the trace leaves out sizes and keys of HDCP and what a refused call looked at,
-// and shows the link's parameters, regions of colour and pixels in its own ways.
-TEST(SimulatedBoard, RecordsEveryCallAsItTakesIt) {
+// The expected differences: the trace omits HDCP sizes and keys and the memory read by a rejected
+// call, and has other formats for link parameters, colour regions and pixels.
+TEST(SimulatedBoard, RecordsEveryCallAsInTheTrace) {
   std::string text;
   for (const char* const arguments : {"null", "zero", "one", "counting", "session"}) {
     text += Differences(arguments);
@@ -101,8 +101,8 @@ TEST(SimulatedBoard, RecordsEveryCallAsItTakesIt) {
   EXPECT_TRUE(test::IsAsExpected("calls.txt", text));
 }
 
-// The hashed memory is the caller's, the HAL's and that of handlers. Secrets are not recorded.
-TEST(SimulatedBoard, LeavesTheSameInMemoryWhenItIsReplayed) {
+// The hashed memory belongs to the caller, the HAL and handlers. Secrets are not recorded.
+TEST(SimulatedBoard, ReplayWritesTheSameMemory) {
   for (const char* const arguments : {"zero", "one", "counting", "session"}) {
     std::vector<std::string> expected = Record(arguments);
     std::vector<std::string> replayed =
@@ -118,8 +118,8 @@ TEST(SimulatedBoard, LeavesTheSameInMemoryWhenItIsReplayed) {
   }
 }
 
-// What a call looked at or had room for is there again, or it is answered differently.
-TEST(SimulatedBoard, AnswersEveryCallTheSameWhenItIsMadeAgain) {
+// All memory that a call read or could write must exist again, or the result differs.
+TEST(SimulatedBoard, ReturnsTheSameResultsWhenDrivenByARecording) {
   const std::vector<std::string> some = {"6 calls not made: secrets, or the HAL lacks them",
                                          "2 differences"};
   const std::pair<std::string, std::vector<std::string>> rows[] = {
@@ -128,7 +128,7 @@ TEST(SimulatedBoard, AnswersEveryCallTheSameWhenItIsMadeAgain) {
     Record(arguments);
     std::vector<std::string> lines =
         Tool("drive --slower 1e9 --library " CVN_SIMULATED_HAL " " + Name(arguments));
-    std::erase_if(lines, [](const std::string& line) {  // a clock, and keys of the board's own
+    std::erase_if(lines, [](const std::string& line) {  // a clock, and the board's keys
       return line.find("K2V_RHAL_DEVICE_Get_Clock_Value(") != line.npos ||
              line.find("K2V_RHAL_HDCP2_GetKeyInfo(") != line.npos;
     });

@@ -13,7 +13,7 @@
 
 namespace record {
 
-// Of no use in these tests.
+// Not used in these tests.
 RLink* NewReplayLink() {
   return nullptr;
 }
@@ -22,7 +22,8 @@ namespace {
 
 enum class Pattern { kLowest, kHighest, kCounting, kNull };
 
-/// Gives a call arguments: numbers at the limits of their types, and valid memory for each pointer.
+/// Fills in arguments of a call: numbers at the limits of their types, and valid memory for each
+/// pointer.
 template <bool isReturn>
 class Filler : public Codec<Filler<isReturn>, isReturn> {
  public:
@@ -54,7 +55,7 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
     } else if constexpr (std::is_same_v<Plain, K2V_VIDEO_RECT_T>) {
       value = {1, 2, 30, 4};
     } else if constexpr (IsScalar<Plain>) {
-      value = 9;  // sizes of buffers, among others
+      value = 9;  // for example, sizes of buffers
     } else {
       (*this)(value);
     }
@@ -92,7 +93,7 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
   template <typename T>
   void OutBuffer(T*, uint64_t, bool) {}
   void OutSecret(const void*, uint64_t, bool) {}
-  // The longest one fills its buffer and has no zero byte.
+  // The longest text fills its buffer and has no terminating zero byte.
   void OutText(char* text, uint64_t room, bool) {
     EXPECT_EQ(room, uint64_t{K2V_VPQ_TEXT_BYTES});
     if (text == nullptr) return;
@@ -124,7 +125,7 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
  private:
   static constexpr size_t kRoom = 1 << 17;
 
-  // A value and memory each way.
+  // A value and memory in each direction.
   void FillParameters(RLNK_CMD_PARAMS& params) {
     params = {7, 0x7325, {}};
     for (unsigned i = 0; i < RLNK_PARAM_COUNT; ++i) params.param[i] = {i + 1, 16};
@@ -193,7 +194,7 @@ class EveryCall : public testing::Test {
     EXPECT_TRUE(!isWhole || Encoded<false>(decoded, context) == bytes) << Call::kSymbol;
   }
 
-  /// What a call gives back is described, and given back by a replay as it was.
+  /// The results of a call match their description, and a replay returns them unchanged.
   template <typename Call>
   void CheckReturn(Pattern pattern) {
     Arena arena, again, halMemory;
@@ -210,7 +211,7 @@ class EveryCall : public testing::Test {
     call.Return(back);
     if constexpr (requires { call.result = 0; }) {
       if constexpr (std::is_integral_v<decltype(call.result)>)
-        call.result = 0;  // or nothing counts
+        call.result = 0;  // the outputs count only after success
     }
     const std::vector<uint8_t> bytes = Encoded<true>(call, context);
     ExpectDescribed(Call::kIndex, true, bytes);
@@ -223,7 +224,7 @@ class EveryCall : public testing::Test {
   std::unique_ptr<Description> description_;
 };
 
-TEST_F(EveryCall, IsReadAsItWasWrittenAtTheLimitsOfItsTypes) {
+TEST_F(EveryCall, IsDecodedAsEncodedAtTheLimitsOfItsTypes) {
   for (const Pattern pattern :
        {Pattern::kLowest, Pattern::kHighest, Pattern::kCounting, Pattern::kNull}) {
 #define CVN_ANY(call)   \
@@ -237,8 +238,8 @@ TEST_F(EveryCall, IsReadAsItWasWrittenAtTheLimitsOfItsTypes) {
   }
 }
 
-// Keys, and what is made with them: whoever takes one from this list lets it into recordings.
-TEST_F(EveryCall, KeepsTheseSecrets) {
+// Keys and data derived from them: removing one from this list allows it into recordings.
+TEST_F(EveryCall, HidesTheseSecrets) {
   std::vector<std::string> secrets;
   for (const Function& function : description_->Functions()) {
     for (const Argument& argument : function.arguments) {
@@ -257,7 +258,7 @@ TEST_F(EveryCall, KeepsTheseSecrets) {
           "K2V_RHAL_VFE_HDMI_WriteHDCP data", "K2V_RHAL_VFE_HDMI_ReadHDCP data"}));
 }
 
-TEST_F(EveryCall, NamesFunctionsOfOtherHeaders) {
+TEST_F(EveryCall, ReportsFunctionsThatDifferInOtherHeaders) {
   std::string other = TextOf(kDescription), error;
   const auto replace = [&other](const std::string& from, const std::string& to) {
     const size_t at = other.find(from);
@@ -274,8 +275,8 @@ TEST_F(EveryCall, NamesFunctionsOfOtherHeaders) {
                                       "K2V_RHAL_VSC_Open"}));
 }
 
-// A buffer that is shorter than its size says must not end the harness.
-TEST(Buffers, AreReadAsFarAsTheyAreThere) {
+// A buffer that is shorter than its stated size must not crash the harness.
+TEST(Buffers, AreReadUpToTheEndOfMappedMemory) {
   constexpr size_t kPage = 4096, kThere = 40 * kPage;
   void* const map =
       mmap(nullptr, kThere + kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -294,7 +295,7 @@ TEST(Buffers, AreReadAsFarAsTheyAreThere) {
   munmap(map, kThere + kPage);
 }
 
-TEST(Digests, AreThoseOfSha256) {
+TEST(Digests, MatchSha256) {
   const auto digest = [](std::string_view text) {
     const std::span<const uint8_t> parts[] = {
         {reinterpret_cast<const uint8_t*>(text.data()), text.size()}};

@@ -1,6 +1,7 @@
-// Calls every function of the simulated board's HAL, so that the board's own trace can be held
-// against a recording, and what a replay writes against what the board wrote. Arguments come from
-// the C++ types alone: what the recorder is told of directions and sizes has no part in them.
+// Calls every function of the simulated board's HAL, so that the board's trace can be compared with
+// a recording, and the memory written by a replay with that written by the board. Arguments are
+// derived only from the C++ types, independently of the recorder's annotations of directions and
+// sizes.
 #include <sys/mman.h>
 
 #include <cstdint>
@@ -15,11 +16,11 @@
 
 namespace {
 
-constexpr size_t kRoom = 1 << 17;  // behind every pointer; the last byte stays zero
+constexpr size_t kRoom = 1 << 17;  // at every pointer; the last byte stays zero
 
 enum class Pattern { kNull, kZero, kOne, kCounting };
 
-/// Prints a hash of the memory that a call or a handler was given.
+/// Prints a hash of the memory passed to a call or a handler.
 void PrintMemory(std::string_view name, const void* memory, size_t bytes) {
   const std::string_view content(static_cast<const char*>(memory), bytes);
   std::printf("%.*s %zu bytes, %zx\n", static_cast<int>(name.size()), name.data(), bytes,
@@ -44,7 +45,7 @@ class Caller {
   }
 
  private:
-  // What ends something comes last, so that the others find it begun.
+  // Functions that end something are called last, so that the others find it started.
   bool IsCalled(std::string_view name) const {
     bool isEnd = false;
     for (const char* const word : {"elease", "inal", "lose", "top", "ninit", "einit", "DeInit"}) {
@@ -56,7 +57,7 @@ class Caller {
   template <typename T>
   T Argument() {
     if constexpr (std::is_same_v<T, RLNK_BUFFER*>) {
-      return nullptr;  // anything else has to be one of the HAL's own
+      return nullptr;  // other values must come from the HAL
     } else if constexpr (std::is_pointer_v<T>) {
       if constexpr (std::is_function_v<std::remove_pointer_t<T>>) return nullptr;
       if (pattern_ == Pattern::kNull) return nullptr;
@@ -84,7 +85,7 @@ class Caller {
     return 0;
   }
 
-  // Nothing can be read after its end, so that a size that is too large always ends there.
+  // The memory after the block cannot be read, so that an excessive size always ends there.
   void* Memory() {
     constexpr size_t kGuard = 1 << 16;
     void* const map =
@@ -106,8 +107,8 @@ class Caller {
   bool ends_;
   RLink* link_;
   unsigned last_ = 0;
-  std::vector<uint8_t*> blocks_;  // until the process ends
-  size_t printed_ = 0;            // of the blocks
+  std::vector<uint8_t*> blocks_;  // kept until the process ends
+  size_t printed_ = 0;            // number of blocks already printed
 };
 
 void CallAll(Pattern pattern, bool ends, RLink* link) {
@@ -119,7 +120,7 @@ void CallAll(Pattern pattern, bool ends, RLink* link) {
 #include "HalCalls.inc"
 }
 
-// With a picture to look at: pixels both ways, and a capture.
+// Uses a picture: pixels in both directions, and a capture.
 void UseScaler() {
   uint8_t edid[K2V_HDMI_EDID_BYTES] = {};
   K2V_RHAL_VFE_HDMI_Initialize();
@@ -146,7 +147,7 @@ void UseScaler() {
 RLNK_HOST_SESSION heardSession = {};
 RLNK_CMD_PARAMS heardParams = {};
 
-// Answers the second and the third parameter, the slave's output parameters.
+// Sets the second and the third parameter, the slave's output parameters.
 void HandleCommand(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) {
   heardSession = *session;
   heardParams = *params;
@@ -154,7 +155,7 @@ void HandleCommand(RLNK_HOST_SESSION* session, RLNK_CMD_PARAMS* params) {
   params->param[2] = {23, 24};
 }
 
-// With data in a buffer of the link, in one piece and around its end.
+// Uses data in a link buffer, in one piece and wrapping around its end.
 void UseLink(RLink* link) {
   RLNK_HOST_SESSION session = {};
   link->RegisterInvokeCommand(0x54455354, HandleCommand);

@@ -1,7 +1,7 @@
 // A session of six tests with five calls each and one fault: hal_session
-// [argument|order|missing|surplus|again|ignore CALL]; the last does not see that this call failed.
-// With `endless PIPE` it calls on and on, and writes a byte to the pipe before each call. With
-// `handlers` it has a handler called.
+// [argument|order|missing|surplus|again|ignore CALL]; `ignore` ignores the failure of this call.
+// With `endless PIPE` it makes calls endlessly and writes a byte to the pipe before each call. With
+// `handlers` it registers a handler that is called.
 #include <unistd.h>
 
 #include <atomic>
@@ -51,7 +51,7 @@ int Call(int number, bool isChanged) {
 
 std::atomic<int> heard{0};
 
-// How many times the handler was called by then is another number when it is called elsewhere.
+// The number of handler calls so far differs if the handler is called at another place.
 int CountHandlers() {
   K2V_RHAL_register_thermal_notifier([](int degrees) { heard += degrees; });
   for (int i = 0; i < 50; ++i) {
@@ -67,7 +67,7 @@ struct Fault {
   int at = -1;
 };
 
-/// One of the harness's tests. After a failure of its first call it makes no other.
+/// One of the session's tests. After its first call has failed, it makes no further call.
 bool Passes(int test, const Fault& fault) {
   bool passes = true;
   const int first = test * kCallsOfTest, end = first + kCallsOfTest;

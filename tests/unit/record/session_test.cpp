@@ -1,4 +1,4 @@
-// The recorder, the tool and the replay as programs, in front of a stub HAL.
+// The recorder, the tool and the replay as programs, with a stub HAL.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -32,13 +32,13 @@ Result Shell(const std::string& command) {
   return result;
 }
 
-// The emulator is a program of this machine, which has no use for the library.
+// The emulator is a program of this machine and must not load the library.
 std::pair<std::string, std::string> Preload(const std::string& library) {
   if (test::IsEmulated()) return {"QEMU_SET_ENV", "LD_PRELOAD=" + library};
   return {"LD_PRELOAD", library};
 }
 
-/// The words of a shell command that runs the session with this library in front of it.
+/// The beginning of a shell command that runs the session with this library preloaded.
 std::string SessionWith(const std::string& library) {
   const auto [variable, value] = Preload(library);
   return variable + "=" + value + " " CVN_HAL_SESSION " ";
@@ -79,7 +79,7 @@ size_t Lines(const std::string& text) {
   return static_cast<size_t>(std::ranges::count(text, '\n'));
 }
 
-TEST(Recorder, ShowsWhatWasCalledToEveryReaderOfTheFormat) {
+TEST(Recorder, WritesCallsThatAllReadersOfTheFormatShow) {
   const std::string recording = Recording("r", "");
   const Result print = Trace("print " + recording);
   EXPECT_EQ(print.status, 0) << print.output;
@@ -96,7 +96,7 @@ TEST(Recorder, ShowsWhatWasCalledToEveryReaderOfTheFormat) {
   EXPECT_NE(others.output.find("region = { x = 1, y = 2, w = 3, h = 6 }"), std::string::npos);
 }
 
-TEST(Recorder, RefusesADirectoryThatItCannotHave) {
+TEST(Recorder, RejectsUnusableDirectories) {
   const std::string recording = Recording("r", "");
   const std::pair<std::string, std::string> rows[] = {
       {recording, "not empty; use a new directory for a recording"},
@@ -110,8 +110,8 @@ TEST(Recorder, RefusesADirectoryThatItCannotHave) {
   }
 }
 
-// A file size limit stands for a full disk.
-TEST(Recorder, StopsWithOneLineWhenThereIsNoRoom) {
+// A file size limit simulates a full disk.
+TEST(Recorder, StopsWithOneMessageIfTheDiskIsFull) {
   const Result result =
       Shell("cd " + testing::TempDir() + "; trap '' XFSZ; ulimit -f 400; CVN_RECORD=r " +
             SessionWith(CVN_RECORDER) + "endless 1 | head -c 400000 | wc -c");
@@ -122,7 +122,7 @@ TEST(Recorder, StopsWithOneLineWhenThereIsNoRoom) {
   EXPECT_GT(Lines(Trace("print " + Name("r")).output), 1000U);
 }
 
-TEST(Recorder, LosesNothingWhenTheProcessIsKilled) {
+TEST(Recorder, LosesNothingIfTheProcessIsKilled) {
   std::mt19937 random(19);
   for (int round = 0; round < 50; ++round) {
     const std::string recording = Name("r" + std::to_string(round));
@@ -149,7 +149,7 @@ TEST(Recorder, LosesNothingWhenTheProcessIsKilled) {
     close(pipe[0]);
     const Result print = Trace("print " + recording);
     EXPECT_EQ(print.status, 0) << print.output;
-    // The one that was announced last may not have begun.
+    // The call that was announced last may not have started.
     const size_t calls = Lines(print.output);
     EXPECT_GE(calls, begun) << "round " << round;
     EXPECT_LE(calls, begun + 1) << "round " << round;
@@ -157,7 +157,7 @@ TEST(Recorder, LosesNothingWhenTheProcessIsKilled) {
   }
 }
 
-TEST(Recording, IsReadUpToWhereItIsCut) {
+TEST(Recording, IsReadUpToTheTruncation) {
   const std::string recording = Recording("r", "");
   const std::string stream = OneStream(recording);
   std::ifstream file(stream, std::ios::binary);
@@ -179,10 +179,10 @@ TEST(Recording, IsReadUpToWhereItIsCut) {
     EXPECT_NE(said.output.find("cut at"), std::string::npos) << size << ": " << said.output;
     EXPECT_EQ(said.status, 1) << size;
   }
-  EXPECT_GE(last, 41U) << "all but the last mark are there before the last bytes";
+  EXPECT_GE(last, 41U) << "all but the last mark precede the last bytes";
 }
 
-TEST(Recording, IsRefusedWhenItIsSomethingElse) {
+TEST(Recording, RejectsOtherFiles) {
   fs::create_directory(Name("d"));
   EXPECT_EQ(Trace("print " + Name("none")).status, 2);
   EXPECT_EQ(Trace("print " + Name("d")).status, 2);
@@ -198,7 +198,7 @@ TEST(Recording, IsRefusedWhenItIsSomethingElse) {
   EXPECT_NE(Trace("print " + recording).output.find(": no packet at byte"), std::string::npos);
 }
 
-TEST(Recording, OfOtherHeadersIsPrintedButNotReplayed) {
+TEST(Recording, WithOtherHeadersIsPrintedButNotReplayed) {
   const std::string recording = Recording("r", "");
   const std::string change =
       "sed -i 's/call K2V_RHAL_VSC_DM_Open|val i32/call K2V_RHAL_VSC_DM_Open|val i64/' ";
@@ -226,7 +226,7 @@ class Differences : public testing::TestWithParam<Planted> {
   }
 };
 
-TEST_P(Differences, AreNamedByDiffAndByReplay) {
+TEST_P(Differences, AreReportedByDiffAndReplay) {
   const auto& [fault, call] = GetParam();
   const std::string kind = fault;
   const std::string words = kind + ' ' + std::to_string(call);
@@ -249,8 +249,8 @@ TEST_P(Differences, AreNamedByDiffAndByReplay) {
     EXPECT_EQ(diff.output.find(text) != std::string::npos, name == kind) << diff.output;
   }
 
-  // A replay answers what was recorded. With another result than the recorded session took it for,
-  // the harness goes another way, or comes to another verdict.
+  // A replay returns the recorded results. If the recorded session had ignored a failure, the
+  // harness now takes another path or reaches another verdict.
   const Result replay = kind == "result" ? Replay(two, "") : Replay(one, words);
   EXPECT_EQ(Lines(replay.output), 1U) << replay.output;
   const bool isLeft = kind == "result" && call % 5 == 0;
@@ -277,7 +277,7 @@ INSTANTIATE_TEST_SUITE_P(Thirty, Differences, testing::ValuesIn(kPlanted), [](co
   return planted.param.fault + std::to_string(planted.param.call);
 });
 
-TEST(Polls, MayBeMoreOrFewer) {
+TEST(Polls, MayDifferInNumber) {
   const std::string recording = Recording("r", "");
   const std::string polls = "CVN_REPLAY_POLLS=K2V_RHAL_VPQ_SetHue";
   for (const std::string words : {"missing 12", "again 12"}) {
@@ -289,14 +289,14 @@ TEST(Polls, MayBeMoreOrFewer) {
             "cvnreplay: CVN_REPLAY_POLLS: the HAL has no K2V_None\n");
 }
 
-TEST(Handlers, AreCalledAtTheirPlaces) {
+TEST(Handlers, AreCalledAtTheRecordedPlaces) {
   const std::string play = SessionWith(CVN_RECORDER) + "handlers";
   const Result recorded = Shell("CVN_RECORD=" + Name("r") + " " + play);
   EXPECT_TRUE(recorded.output.starts_with("0 50 100 150 ")) << recorded.output;
   EXPECT_EQ(Replay(Name("r"), "handlers").output, recorded.output);
 }
 
-TEST(Times, AreThoseOfTheRecordingWhenAskedFor) {
+TEST(Times, AreReplayedOnRequest) {
   using Clock = std::chrono::steady_clock;
   const std::string recording = Recording("r", "", "STUB_MS=700");
   const auto begin = Clock::now();
@@ -306,7 +306,7 @@ TEST(Times, AreThoseOfTheRecordingWhenAskedFor) {
             "cvnreplay: invalid CVN_REPLAY_TIMES 'slow': expected recorded or fast\n");
 }
 
-TEST(Tool, CountsExportsAndDrives) {
+TEST(Tool, PrintsStatsCoverageJsonAndDrives) {
   const std::string recording = Recording("r", "");
   const Result stats = Trace("stats " + recording);
   EXPECT_NE(stats.output.find("K2V_RHAL_VPQ_SetHue"), std::string::npos);

@@ -1,4 +1,4 @@
-// What each row of each module's table runs, against what the row's own texts say.
+// What each row of each module's table executes, compared with the row's name and description.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -26,11 +26,11 @@ namespace {
 using Words = std::vector<std::string>;
 using Lines = std::vector<std::string>;
 
-constexpr int kMostWaits = 12;  // of a row that polls for ever
+constexpr int kMostWaits = 12;  // for a row that polls endlessly
 constexpr char kCallMark[] = "\n@call ";
 constexpr std::string_view kHalPrefix = "K2V_RHAL_";
 
-/// The words of a name or a sentence in lower case: "HDMI_GetAVMute" is "hdmi get av mute".
+/// The words of a name or a sentence in lower case: "HDMI_GetAVMute" becomes "hdmi get av mute".
 Words WordsOf(std::string_view text) {
   Words words(1);
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -48,14 +48,14 @@ Words WordsOf(std::string_view text) {
   return words;
 }
 
-/// Whether the shorter one of two names, word by word, ends the other one.
+/// Whether the longer one of two names ends with the words of the shorter one.
 bool AreOneName(const Words& a, const Words& b) {
   const std::size_t count = std::min(a.size(), b.size());
   return count > 0 && std::equal(a.end() - static_cast<std::ptrdiff_t>(count), a.end(),
                                  b.end() - static_cast<std::ptrdiff_t>(count));
 }
 
-/// The words of what a call sets or gets.
+/// The words that name what a function sets or gets.
 Words SubjectOf(std::string_view function) {
   Words words = WordsOf(function);
   std::erase_if(words, [](const std::string& word) {
@@ -64,16 +64,16 @@ Words SubjectOf(std::string_view function) {
   return words;
 }
 
-/// What a row did.
+/// Observed behaviour of a row.
 struct Played {
-  std::string told;   // the name by which the test announces itself, or its verdict
-  std::string shown;  // the first line, where there is no such name
-  Lines calls;        // of the HAL, without "K2V_RHAL_"
+  std::string told;   // the name that the test prints at its start, or in its verdict
+  std::string shown;  // the first line, if there is no such name
+  Lines calls;        // HAL calls, without "K2V_RHAL_"
 };
 
 pid_t player = 0;
 
-/// Prints the calls that the playing process made, once.
+/// Prints the calls made by the playing process, once.
 void PrintCalls() {
   if (getpid() != player) return;
   player = 0;
@@ -82,12 +82,12 @@ void PrintCalls() {
     dprintf(STDOUT_FILENO, "%s%s", kCallMark, call.c_str());
 }
 
-/// Runs a row on a new board, in a process of its own, with the same answers again and again.
+/// Runs a row on a new board, in a separate process, repeating the same answers.
 std::string OutputOf(TestCase& row, const std::string& answer) {
   std::string answers;
   for (int i = 0; i < 40; ++i) answers += answer;
   simhal::Reset();
-  simhal::Fail("K2V_RHAL_HDCP2_LoadKeys", -1);  // no row is known by keys, which take long to make
+  simhal::Fail("K2V_RHAL_HDCP2_LoadKeys", -1);  // making keys takes long and identifies no row
   const auto run = scripted::PlayApart(answers, [&row] {
     player = getpid();
     std::atexit(PrintCalls);
@@ -101,7 +101,7 @@ std::string OutputOf(TestCase& row, const std::string& answer) {
   return crossmodule::WithoutColours(run.output);
 }
 
-/// The name with which a driver test, a unit test or a menu entry begins, or a link test ends.
+/// The name that a driver test, a unit test or a menu entry prints first, or a link test last.
 std::string NameIn(const std::string& output) {
   static const std::regex kBeginnings[] = {
       std::regex("^\n?[^\n]*,(\\w+) ,\\d+ ?\n"),
@@ -136,9 +136,9 @@ Played Play(TestCase& row) {
   return played;
 }
 
-/// How many rows the modules have, and what those run whose texts do not say so: the name, or how
-/// the first line or call begins, or "-" where nothing is done. Behind "=" is what is called where
-/// that is not what the row is named after.
+/// The number of rows of each module, and the rows whose texts do not name what they execute: the
+/// name, or the beginning of the first line or call, or "-" if nothing happens. After "=" is the
+/// called function if it differs from the row's name.
 constexpr char kUnsaid[] = R"(
 Hdcp2Module 9
 VfeHdmiModule 17
@@ -201,7 +201,7 @@ K2vHalDeviceModule 4
 )";
 
 struct Unsaid {
-  std::string name;  // empty: the texts say it
+  std::string name;  // empty if the row's texts contain it
   std::string call;
 };
 
@@ -226,7 +226,7 @@ ModuleFacts FactsOf(const std::string& module) {
   return facts;
 }
 
-/// A text of a row without what surrounds the name in it.
+/// The text of a row without the words around the name.
 std::string NamePartOf(const char* text) {
   static const std::regex kBefore("^(Test|testing) ");
   static const std::regex kBehind("( \\(.*\\)|[ _](Function )?[Tt]est| function|[ .])$");
@@ -241,7 +241,7 @@ bool HasWord(const std::string& name, const char* word) {
   return std::ranges::count(WordsOf(name), word) != 0;
 }
 
-/// Whether all calls are of a function, or read what it sets.
+/// Whether all calls call a function, or read the values that it sets.
 bool AreCallsOf(const Lines& calls, const std::string& function) {
   const bool gets = HasWord(function, "get");
   const bool sets = HasWord(function, "set");
@@ -264,7 +264,7 @@ bool Does(const Played& played, const std::string& name, const std::string& call
   if (name.empty()) return false;
   if (name == "-") return played.told.empty() && played.shown.empty() && played.calls.empty();
   const std::string first = played.calls.empty() ? "" : played.calls[0];
-  // Who names a function of the HAL calls no other one.
+  // A row named after a HAL function calls no other function.
   const auto hal = name.find("HAL_");
   const bool isNamed = hal != name.npos && called.empty();
   const std::string function = isNamed ? name.substr(hal + 4) : called;
@@ -276,19 +276,19 @@ bool Does(const Played& played, const std::string& name, const std::string& call
 
 class ModuleRows : public testing::TestWithParam<ModuleEntry> {};
 
-TEST_P(ModuleRows, RunWhatTheySay) {
+TEST_P(ModuleRows, ExecuteWhatTheirTextsName) {
   testing::internal::CaptureStdout();
   Module* module = GetParam().instance();
   testing::internal::GetCapturedStdout();
   ModuleFacts facts = FactsOf(GetParam().className);
   EXPECT_EQ(module->Tests().size(), facts.count);
-  // The operator looks at what the scaler does; everything else judges itself.
+  // The operator judges the scaler tests; all other tests judge themselves.
   const bool isScaler = std::string_view(GetParam().className) == "VscModule";
   const crossmodule::Home home;
   int number = -1;
   for (const auto& row : module->Tests()) {
     ++number;
-    // The receiver's unit tests have numbers of their own, which their transcript holds.
+    // The receiver's unit tests have their own numbers, which their transcript contains.
     EXPECT_TRUE(std::string_view(GetParam().className) == "UTVfeHdmiModule" ||
                 row->getId() == module->Tests().front()->getId() + number)
         << row->getName() << " has the number " << row->getId();
@@ -307,14 +307,14 @@ TEST_P(ModuleRows, RunWhatTheySay) {
   crossmodule::RemoveVolatileFiles();
 }
 
-/// Modules whose rows are procedures: what they print and call is reviewed as a whole. Those of the
-/// picture quality are tables of numbers, those of playback have sessions of their own, and the
+/// Modules whose rows are procedures: their output and calls are reviewed as a whole. The
+/// picture-quality rows are tables of numbers, the playback rows have separate sessions, and the
 /// link's threads and the clocks differ from run to run.
 constexpr std::string_view kProcedures[] = {
     "Hdcp2Module", "VfeHdmiModule", "VfeVby1rxModule", "VscModule",       "VbeModule",
     "UTGalModule", "UTHdcp2Module", "UTSvpModule",     "UTVfeHdmiModule", "UTThermalModule"};
 
-/// The lines of both playings of a row, each once, as a poll repeats many.
+/// The lines of both runs of a row, without duplicates, since polling repeats many lines.
 std::string TranscriptOf(TestCase& row) {
   std::string text = "==== " + std::to_string(row.getId()) + ' ' + row.getName() + ", " +
                      row.getDescription() + '\n';

@@ -1,4 +1,4 @@
-// Files of answers: what is refused, and which answer is typed when.
+// Answer files: which lines are rejected, and which answer is typed when.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -33,7 +33,7 @@ runner::TestEntry Entry(const std::string& id) {
   return runner::AllTests().front();
 }
 
-TEST(AnswersTest, WrongLinesAreRefusedWithTheirNumber) {
+TEST(AnswersTest, InvalidLinesAreRejectedWithTheirNumber) {
   const struct {
     const char* line;
     const char* problem;
@@ -65,7 +65,7 @@ TEST(AnswersTest, SequencesContinueAndTheirLastAnswerRepeats) {
   EXPECT_EQ(other.Next("port?", Input::kLine), "default\n");
 }
 
-TEST(AnswersTest, PromptsMatchFromALinesBeginningToTheEnd) {
+TEST(AnswersTest, PromptsMatchFromTheBeginningOfALineToTheEnd) {
   const auto plain = Load("VscModule\tValue=\t7\n");
   const auto next = [&](const char* printed) {
     return runner::AnswerScript(plain, Entry("VscModule/1")).Next(printed, Input::kLine);
@@ -78,7 +78,7 @@ TEST(AnswersTest, PromptsMatchFromALinesBeginningToTheEnd) {
   EXPECT_EQ(next((std::string(100000, 'x') + "\nValue=").c_str()), "7\n");
 }
 
-TEST(AnswersTest, WhereAKeyIsWaitedForOnlyKeysAreTyped) {
+TEST(AnswersTest, OnlyKeysAreTypedAtKeyPrompts) {
   const auto rules = Load("*\t*\tline\nVscModule\t*\tkeys \\e[A+\n");
   for (const Input kind : {Input::kKey, Input::kPoll}) {
     EXPECT_EQ(runner::AnswerScript(rules, Entry("VscModule/1")).Next("", kind), "\033[A+");
@@ -86,7 +86,7 @@ TEST(AnswersTest, WhereAKeyIsWaitedForOnlyKeysAreTyped) {
   }
 }
 
-TEST(AnswersTest, WhatIsWrittenDownIsTypedAgain) {
+TEST(AnswersTest, RecordedAnswersAreReplayed) {
   const runner::Answer answers[] = {
       {false, "/tmp/a b\\c"}, {false, ""}, {false, "keys x"}, {true, "\033\x01\\n "}, {true, "\n"}};
   for (const auto& answer : answers) {

@@ -1,4 +1,4 @@
-// Tests of all kinds against a HAL whose functions, one after the other, answer any number at all.
+// Tests of all kinds with a HAL whose functions, one at a time, return arbitrary numbers.
 #include <gtest/gtest.h>
 
 #include <unistd.h>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr int kCodes[] = {INT_MIN, -3, 1, INT_MAX};
 
-/// Modules whose tests look at results, and the functions whose results they do not look at.
+/// Modules whose tests check results, and the functions whose results they ignore.
 constexpr struct {
   const char* moduleClass;
   const char* unregarded;
@@ -42,8 +42,8 @@ std::set<std::string> FunctionsCalled() {
   return names;
 }
 
-/// In a process of its own: runs the test well and then with every function that it calls failing
-/// in every way. Notes function, code and result, each before and after the run.
+/// Run in a separate process: runs the test normally, and then with every function that it calls
+/// failing with every code. Writes function and code before, and the result after each run.
 int RunWithEveryCode(TestCase& test, const std::string& notes) {
   std::ofstream out(notes);
   simhal::Reset();
@@ -59,7 +59,7 @@ int RunWithEveryCode(TestCase& test, const std::string& notes) {
   return 0;
 }
 
-/// The functions that failed in some way while the test passed, with blanks around each.
+/// The functions whose failure did not fail the test, separated by blanks.
 std::string PassedWithout(const std::string& notes) {
   std::set<std::string> functions;
   std::ifstream file(notes);
@@ -88,7 +88,7 @@ std::string RunIsolated(TestCase& test) {
 
 class HalCodes : public testing::TestWithParam<const char*> {};
 
-TEST_P(HalCodes, CrashNoTestAndFailThoseThatLook) {
+TEST_P(HalCodes, CrashNoTestAndFailTestsThatCheckThem) {
   TestFrame::GetInstance()->DoInit();
   const auto* const row = std::find_if(std::begin(kLooking), std::end(kLooking), [](const auto& r) {
     return std::string(r.moduleClass) == GetParam();

@@ -1,4 +1,4 @@
-// The journal of a run, cut off anywhere.
+// The journal of a run, truncated at every position.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -24,7 +24,7 @@ class JournalTest : public testing::Test {
   }
   void SetText(const std::string& text) const { std::ofstream(path_ / "journal") << text; }
 
-  /// A run of two tests, the second one not ended.
+  /// A run of two tests, the second of which has not ended.
   void Write() const {
     ResultDirectory directory;
     ASSERT_EQ(directory.Create(path_, {"/some where", {"--run", "A\tB\n"}, {"A/1", "A/2"}}), "");
@@ -37,7 +37,7 @@ class JournalTest : public testing::Test {
   fs::path path_ = testing::TempDir() + "journal";
 };
 
-TEST_F(JournalTest, TruncatedAnywhereItReadsCompleteLinesOrIsRefused) {
+TEST_F(JournalTest, TruncatedJournalIsReadUpToTheLastCompleteLineOrRejected) {
   Write();
   const std::string whole = Text();
   const std::size_t headEnd = whole.find("start\t");
@@ -52,13 +52,13 @@ TEST_F(JournalTest, TruncatedAnywhereItReadsCompleteLinesOrIsRefused) {
     if (cut < headEnd) continue;
     EXPECT_EQ(head.words[1], "A\tB\n");
     EXPECT_EQ(entries.size(), cut < firstEnd ? 0U : cut < whole.size() ? 1U : 2U) << cut;
-    // What comes next stands on a line of its own.
+    // The next entry starts on a new line.
     ASSERT_TRUE(directory.NoteStart({9, 1, "A/9", "A", "", ""}));
     EXPECT_NE(Text().find("\nstart\tA/9\n"), std::string::npos) << cut;
   }
 }
 
-TEST_F(JournalTest, AJournalInUseIsNobodyElses) {
+TEST_F(JournalTest, JournalInUseCannotBeOpenedByAnotherRun) {
   ResultDirectory running;
   ASSERT_EQ(running.Create(path_, {"/", {}, {}}), "");
   RunHead head;
@@ -67,7 +67,7 @@ TEST_F(JournalTest, AJournalInUseIsNobodyElses) {
             path_.string() + ": is in use by another run");
 }
 
-TEST_F(JournalTest, GivesBackWhatWasNoted) {
+TEST_F(JournalTest, ReturnsWhatWasWritten) {
   Write();
   RunHead head;
   std::vector<JournalEntry> entries;
@@ -83,7 +83,7 @@ TEST_F(JournalTest, GivesBackWhatWasNoted) {
   EXPECT_FALSE(entries[1].ended);
 }
 
-TEST_F(JournalTest, OtherFilesAndForeignLinesAreRefused) {
+TEST_F(JournalTest, OtherFilesAndInvalidLinesAreRejected) {
   Write();
   EXPECT_NE(ResultDirectory().Create(path_, {}), "");
   const std::string whole = Text();

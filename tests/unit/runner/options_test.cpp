@@ -14,7 +14,7 @@ namespace {
 
 using runner::Options;
 
-TEST(OptionsTest, WrongCommandLinesAreRefusedWithWhatIsWrong) {
+TEST(OptionsTest, InvalidCommandLinesAreRejectedWithTheReason) {
   const struct {
     const char* words;
     const char* problem;
@@ -83,7 +83,7 @@ TEST(OptionsTest, PatternsAndValuesMayBeMixed) {
   EXPECT_EQ(options.repeat, 3);
 }
 
-TEST(OptionsTest, StandardOutputBelongsToOneFormatWhicheverTheyAre) {
+TEST(OptionsTest, OnlyOneFormatCanUseStandardOutput) {
   constexpr const char* kFormats[] = {
 #define RESULT_FORMAT(name, option, help) option,
 #include "runner/ResultFormats.def"
@@ -113,7 +113,7 @@ std::vector<std::string> Selected(const std::vector<std::string>& patterns,
   return ids;
 }
 
-TEST(SelectionTest, PatternsMeanModulesNumbersNamesAndDescriptions) {
+TEST(SelectionTest, PatternsSelectModulesNumbersNamesAndDescriptions) {
   TestFrame::GetInstance()->DoInit();
   using Ids = std::vector<std::string>;
   EXPECT_EQ(Selected({"VscModule/31"}), Ids{"VscModule/31"});
@@ -127,13 +127,13 @@ TEST(SelectionTest, PatternsMeanModulesNumbersNamesAndDescriptions) {
   EXPECT_EQ(Selected({"VscModule/1"}, {"Nix"}), (Ids{"VscModule/1", "unmatched Nix"}));
 }
 
-TEST(SelectionTest, EveryTestHasAnIdOfItsOwnAndAPlaceInTheMenus) {
+TEST(SelectionTest, EveryTestHasAUniqueIdAndAMenuPosition) {
   TestFrame::GetInstance()->DoInit();
   std::set<std::string> ids;
   for (const auto& entry : runner::AllTests()) {
     EXPECT_TRUE(ids.insert(entry.id).second) << entry.id;
     EXPECT_EQ(entry.id.find(' '), std::string::npos);
-    // The position leads from the main menu to the test.
+    // The position is the path from the main menu to the test.
     Case* at = entry.test;
     while (at->getParaent() != nullptr) at = at->getParaent();
     for (const std::string& choice : runner::Split(entry.position, ' '))
@@ -142,7 +142,7 @@ TEST(SelectionTest, EveryTestHasAnIdOfItsOwnAndAPlaceInTheMenus) {
   }
 }
 
-TEST(SelectionTest, OnlyAnExactNameMeansADisruptiveTest) {
+TEST(SelectionTest, DisruptiveTestsAreSelectedOnlyByExactName) {
   TestFrame::GetInstance()->DoInit();
   const auto tests = runner::AllTests();
   const auto entry = std::ranges::find(tests, "CMplaybackModule/9", &runner::TestEntry::id);
@@ -162,7 +162,7 @@ std::vector<std::size_t> Order(const Options& options, int round) {
   return order;
 }
 
-TEST(PlanTest, ShuffledRoundsHaveEveryTestOnceAndTheSameOrderForTheSameSeed) {
+TEST(PlanTest, ShuffledRoundsContainEveryTestOnceInAnOrderGivenByTheSeed) {
   Options options;
   options.repeat = 2;
   options.shuffleSeed = 7;

@@ -1,4 +1,4 @@
-// Holds what the rows of tests say of prompts against what the tests do.
+// Compares the prompting tests listed in the modules' rows with the tests that actually prompt.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,11 +14,11 @@
 
 namespace {
 
-/// Waits pass without being waited, so what a test asks it asks at once; some poll for ever.
+/// Waits return immediately, so tests prompt without delay; some poll endlessly.
 constexpr auto kLongEnough = std::chrono::seconds(1);
 
-/// What runs before a test, since some tests get as far as their prompt on such a board only: on
-/// one that was just switched on, and on one whose panel is up.
+/// Tests that run first, since some tests reach their prompt only on such a board: after power-on,
+/// and with an initialised panel.
 constexpr const char* kPreparations[] = {"", "VbeModule/27"};
 
 void Prepare(const char* id) {
@@ -27,8 +27,8 @@ void Prepare(const char* id) {
   }
 }
 
-/// Runs a test on a board so prepared until it reads the console. True when it did so before the
-/// operator was asked for the verdict, or wanted a cable to be pulled.
+/// Runs a test on a board prepared in this way until it reads the console. Returns true if it did
+/// so before the operator was asked for the verdict, or asked for a cable to be unplugged.
 bool AsksAfter(const char* preparation, TestCase& test) {
   const auto deadline = std::chrono::steady_clock::now() + kLongEnough;
   simhal::Reset();
@@ -63,21 +63,22 @@ bool AsksSomething(TestCase& test) {
                              [&](const char* preparation) { return AsksAfter(preparation, test); });
 }
 
-TEST(PromptingTest, RowsNameThoseTestsThatReadTheConsole) {
+TEST(PromptingTest, RowsMarkTheTestsThatReadTheConsole) {
   if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
   TestFrame::GetInstance()->DoInit();
   std::string missing;
   std::string surplus;
   for (const runner::TestEntry& entry : runner::AllTests()) {
-    // What the cross-module tests ask hangs on the board's settings; they are looked at on a board.
+    // The prompts of cross-module tests depend on the board's settings; they are tested on a board.
     if (!entry.test->hasFunction() || entry.moduleClass.starts_with("CM")) continue;
-    if (entry.id == "K2vHalDeviceModule/3") continue;  // asks nothing: somebody has to end it
+    if (entry.id == "K2vHalDeviceModule/3")
+      continue;  // never prompts: it polls until it is interrupted
     const bool asks = AsksSomething(*entry.test);
     if (asks && !entry.test->asks()) missing += "    \"" + entry.id + "\",\n";
     if (!asks && entry.test->asks()) surplus += "    \"" + entry.id + "\",\n";
   }
-  EXPECT_EQ(missing, "") << "these ask, and their rows do not say so";
-  EXPECT_EQ(surplus, "") << "these never ask, whatever their rows say";
+  EXPECT_EQ(missing, "") << "these tests prompt, but their rows do not say so";
+  EXPECT_EQ(surplus, "") << "these tests never prompt, but their rows say so";
 }
 
 }  // namespace

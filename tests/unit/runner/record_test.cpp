@@ -1,5 +1,5 @@
-// Every test that prompts, worked by an operator whose answers are recorded, and played again from
-// the recording.
+// Every prompting test, run by an operator whose answers are recorded, and replayed from the
+// recording.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -33,21 +33,22 @@ using runner::TestEntry;
 constexpr auto kSessionLimit = std::chrono::seconds(10);
 constexpr char kChoice[] = "Please enter a choice : ";
 
-/// Works a console: goes to a test in the menus, gives answers of all kinds until the test has
-/// ended, and quits.
+/// Operates a console: navigates to a test in the menus, gives answers of all kinds until the test
+/// has ended, and quits.
 class Operator {
  public:
   explicit Operator(const TestEntry& entry)
       : choices_(runner::Split(entry.position, ' ')), script_(kRules, entry) {}
 
-  /// What is typed where the console waits with `printed` since the last answer.
+  /// The input for a console that has printed `printed` since the last answer.
   std::string Answer(const std::string& printed, Input kind) {
     if (printed.ends_with(kChoice) || printed.ends_with(std::string(kChoice) + "\033[1;37m"))
       return (next_ < choices_.size() ? choices_[next_++] : std::string("Q")) + "\n";
     constexpr std::array kLines = {"0", "1", "y", "2", "n", "5", "255", "9", "picture", "3"};
     constexpr std::array kKeys = {">", "<", "?", "1", "q"};
     if (const auto answer = script_.Next(printed, kind)) return *answer;
-    // In another place every time round, lest a test that asks in a circle gets the same again.
+    // Starts at another position in every cycle, so that a test that prompts in a cycle gets other
+    // answers.
     const std::size_t turn = given_ + given_ / kLines.size();
     ++given_;
     if (kind == Input::kLine) return std::string(kLines[turn % kLines.size()]) + "\n";
@@ -55,7 +56,7 @@ class Operator {
   }
 
  private:
-  // Tests that go round in a circle end by these answers only.
+  // Tests that prompt in a cycle end only with these answers.
   inline static const std::vector<runner::AnswerRule> kRules = {
       {"VscModule", "*99(Exit)*", {{false, "99"}}},
       {"VscModule", "*1(Exit)*", {{false, "1"}}},
@@ -76,7 +77,7 @@ int OpenConsole(const std::string& key) {
   return 0;
 }
 
-/// A report with a header and nothing else in it, in a place of its own.
+/// A new report that contains only a header.
 std::string NewReport() {
   const std::string path = scripted::RedirectReport();
   testing::internal::CaptureStdout();
@@ -85,7 +86,7 @@ std::string NewReport() {
   return path;
 }
 
-/// The report's lines of tests.
+/// The lines of tests in the report.
 std::string TestLines(const std::string& path) {
   std::string lines;
   for (const std::string& line : runner::Split(scripted::ReadFile(path), '\n')) {
@@ -94,7 +95,7 @@ std::string TestLines(const std::string& path) {
   return lines;
 }
 
-/// Records a session with one test. Returns the file of answers' text.
+/// Records a session with one test. Returns the text of the answer file.
 std::string Record(const TestEntry& entry) {
   simhal::Reset();
   const std::string key = runner::MakeMarkKey();
@@ -124,7 +125,7 @@ std::string Record(const TestEntry& entry) {
   return recorded;
 }
 
-/// Plays what was recorded. Returns the reason why the test was not run to its end, if any.
+/// Replays a recording. Returns the reason if the test did not run to its end.
 std::string Replay(const TestEntry& entry, const std::string& recorded) {
   simhal::Reset();
   const std::string path = testing::TempDir() + "recorded";
@@ -143,7 +144,7 @@ std::string Replay(const TestEntry& entry, const std::string& recorded) {
 // The drivers' directory has a fixed path.
 [[maybe_unused]] const bool kAlone = test::HaveAlone("/tmp/cross_module");
 
-/// The files of the cross-module tests as they are on a new board.
+/// The files of the cross-module tests as on a new board.
 void NewHome(const fs::path& directory) {
   std::error_code ignored;
   for (const auto& entry : fs::directory_iterator("/tmp/cross_module", ignored)) {
@@ -156,18 +157,19 @@ void NewHome(const fs::path& directory) {
   SetCrossModuleHome(home.string() + "/");
 }
 
-/// Records and replays all tests that ask, those of the cross-module playback test or the others.
-/// Returns how many there were.
+/// Records and replays all prompting tests, either those of the cross-module playback test or all
+/// others. Returns their number.
 int RecordAndReplay(bool crossModule) {
   TestFrame::GetInstance()->DoInit();
-  // Some tests save a picture under the name that is typed.
+  // Some tests save a picture under the name that was typed.
   const fs::path directory = testing::TempDir() + "record";
   fs::create_directories(directory);
   fs::current_path(directory);
   int tests = 0;
   for (const TestEntry& entry : runner::AllTests()) {
     if (!entry.test->asks() || entry.moduleClass.starts_with("CM") != crossModule) continue;
-    if (entry.id == "K2vHalDeviceModule/3") continue;  // reads nothing: somebody has to end it
+    if (entry.id == "K2vHalDeviceModule/3")
+      continue;  // never prompts: it polls until it is interrupted
     ++tests;
     if (crossModule) NewHome(directory);
     const std::string first = NewReport();
@@ -185,12 +187,12 @@ int RecordAndReplay(bool crossModule) {
   return tests;
 }
 
-TEST(RecordTest, EveryTestThatPromptsIsPlayedAgainWithTheSameReportLine) {
+TEST(RecordTest, PromptingTestsAreReplayedWithTheSameReportLine) {
   if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
   EXPECT_GT(RecordAndReplay(false), 160);
 }
 
-TEST(CrossModuleRecordTest, CrossModuleTestsThatPromptArePlayedAgainToo) {
+TEST(CrossModuleRecordTest, PromptingCrossModuleTestsAreReplayedWithTheSameReportLine) {
   if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
   EXPECT_GT(RecordAndReplay(true), 20);
 }

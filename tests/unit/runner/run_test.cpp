@@ -25,7 +25,7 @@ namespace {
 using runner::Verdict;
 using Lines = std::vector<std::string>;
 
-// The directory of the reports, which the program does not create.
+// The directory of the reports; the program does not create it.
 [[maybe_unused]] const bool kAlone = test::HaveAlone("/tmp/var/log");
 
 int Pass(char*) {
@@ -42,7 +42,7 @@ int Break(char*) {
   std::abort();
 }
 
-/// Notes what a run reports: "2 A/2@2 FAIL message".
+/// Records the events of a run, such as "2 A/2@2 FAIL message".
 class Notes : public runner::RunListener {
  public:
   explicit Notes(Lines& lines) : lines_(lines) {}
@@ -79,7 +79,7 @@ class RunTest : public testing::Test {
     }
   }
 
-  /// Runs the tests with these numbers, or goes on with the run in the result directory.
+  /// Runs the tests with these numbers, or resumes the run in the result directory.
   int Run(const std::vector<int>& numbers, bool resumes = false) {
     lines_.clear();
     std::vector<runner::TestEntry> entries;
@@ -129,7 +129,7 @@ TEST_F(RunTest, KeepsLogsJournalAndReport) {
   EXPECT_FALSE(std::filesystem::exists(results_ + "/logs/0004-A.4.log"));
   const std::string report = TextOf(report_);
   for (const char* name : {"one", "two", "three"}) EXPECT_NE(report.find(name), report.npos);
-  EXPECT_EQ(report.find("four"), report.npos) << "what was not run is not reported";
+  EXPECT_EQ(report.find("four"), report.npos) << "tests that did not run are not reported";
   EXPECT_EQ(
       std::regex_replace(TextOf(results_ + "/journal"), std::regex("\t\\d+\\.\\d{3}\t"), "\t…\t"),
       "cvntester journal 1\ndirectory\t/\nword\t--run\nword\tA\n"
@@ -139,7 +139,7 @@ TEST_F(RunTest, KeepsLogsJournalAndReport) {
       "start\tA/4\nend\tA/4\tSKIPPED\t0\t…\thas no function\n");
 }
 
-TEST_F(RunTest, EndsWhereRequested) {
+TEST_F(RunTest, StopsAccordingToTheOptions) {
   options_.stopOnFail = true;
   options_.repeat = 3;
   options_.repeatGiven = true;
@@ -161,7 +161,7 @@ TEST_F(RunTest, EndsWhereRequested) {
   std::filesystem::remove_all(results_);
   options_.repeatGiven = false;
   options_.untilFail = true;
-  EXPECT_EQ(Run({4}), 77) << "what never runs never fails";
+  EXPECT_EQ(Run({4}), 77) << "a test that never runs never fails";
   EXPECT_EQ(lines_.size(), 3U);
 }
 
@@ -196,7 +196,7 @@ TEST_F(RunTest, ChecksNoBoardAfterAFailureOfTheHarness) {
                            "errors"}));
 }
 
-TEST_F(RunTest, AnInterruptedTestIsASuspectError) {
+TEST_F(RunTest, InterruptedTestIsASuspectError) {
   EXPECT_EQ(Run({1, 2}), 1);
   std::string journal = TextOf(results_ + "/journal");
   journal.resize(journal.find("end\tA/2"));
@@ -209,7 +209,7 @@ TEST_F(RunTest, AnInterruptedTestIsASuspectError) {
   EXPECT_EQ(lines_[1], "1 A/2 SKIPPED journal mismatch: found test A/1, expected A/2 earlier");
 }
 
-TEST_F(RunTest, OrderIsAnotherOneInEachRoundAndTheSameForASeed) {
+TEST_F(RunTest, OrderDiffersInEachRoundAndIsGivenByTheSeed) {
   options_.shuffleSeed = 5;
   options_.repeat = 2;
   options_.noOperator = true;

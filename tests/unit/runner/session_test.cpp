@@ -1,4 +1,4 @@
-// Tests that run without their operator: prompts, keys, limits and results.
+// Tests run without an operator: prompts, keys, limits and results.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@
 
 namespace {
 
-int forksUntilRefusal = 0;  // 0: none is refused
+int forksUntilRefusal = 0;  // 0 for none
 
 }  // namespace
 
@@ -45,7 +45,7 @@ struct Played {
   std::string console;
 };
 
-/// Plays a function as a test that judges itself, unless `byOperator`.
+/// Runs a function as a test that judges itself, unless `byOperator`.
 Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool byOperator = false,
             const runner::Limits& limits = {.timeoutS = 6, .idleS = 4}) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", function, !byOperator};
@@ -76,7 +76,7 @@ int PrintMuch(char*) {
   return 0;
 }
 
-TEST(SessionTest, NothingOfTheLastOutputIsLost) {
+TEST(SessionTest, FinalOutputIsNotLost) {
   const ST_THAL_TEST_CASE_T record{1, "name", "description", PrintMuch, true};
   TestCase test(&record);
   const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
@@ -84,7 +84,7 @@ TEST(SessionTest, NothingOfTheLastOutputIsLost) {
   const runner::Limits limits = {.timeoutS = 6, .idleS = 4};
   std::size_t bytes = 0;
   runner::TestSession session(entry, rules, limits, [&](std::string_view text) {
-    // The test is gone before the rest is read.
+    // The test ends before the rest is read.
     if (bytes == 0) std::this_thread::sleep_for(std::chrono::milliseconds(200));
     bytes += text.size();
   });
@@ -92,7 +92,7 @@ TEST(SessionTest, NothingOfTheLastOutputIsLost) {
   EXPECT_EQ(bytes, 16'000U);
 }
 
-TEST(SessionTest, APromptInPiecesIsAnsweredWhenItIsWhole) {
+TEST(SessionTest, PromptPrintedInPiecesIsAnsweredWhenComplete) {
   const Played played = Play(AskInPieces, Rules("first second=", "42"));
   EXPECT_EQ(played.outcome.verdict, Verdict::kPass) << played.outcome.message;
   EXPECT_EQ(played.console, "first second=42\n");
@@ -119,7 +119,7 @@ std::string AllBytes() {
   return bytes;
 }
 
-TEST(SessionTest, FilesOfATestComeWholeAndAnswersAreFoundInTheOutput) {
+TEST(SessionTest, AttachmentsAreCompleteAndAnswersAreLocatedInTheOutput) {
   const auto attaching = [](char* argument) {
     Attach("a b.svg", AllBytes());
     Attach("../outside", AllBytes());
@@ -139,7 +139,7 @@ TEST(SessionTest, FilesOfATestComeWholeAndAnswersAreFoundInTheOutput) {
   EXPECT_EQ(played.console.substr(answer.at, answer.length), "42\n");
 }
 
-TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {
+TEST(SessionTest, MissingAnswerBlocksTheTest) {
   for (const char* wrong : {"other=", "second", "second=?"}) {
     const Played played = Play(AskInPieces, Rules(wrong, "42"), false, {.timeoutS = 6, .idleS = 1});
     EXPECT_EQ(played.outcome.verdict, Verdict::kBlocked);
@@ -150,8 +150,8 @@ TEST(SessionTest, AMissingAnswerBlocksTheTestAndNeverPassesIt) {
   EXPECT_EQ(unjudged.outcome.verdict, Verdict::kBlocked);
 }
 
-TEST(SessionTest, WithoutAProcessTheHarnessHasFailedAndNotTheTest) {
-  // The first fork is that of the guard, the second one the guard's.
+TEST(SessionTest, FailedForkIsAnErrorOfTheHarness) {
+  // The first fork starts the guard, the second one is made by the guard.
   for (const int refused : {1, 2}) {
     forksUntilRefusal = refused;
     const Played played = Play([](char*) { return 0; }, {});
@@ -167,7 +167,7 @@ TEST(SessionTest, TheOperatorsVerdictCounts) {
   EXPECT_EQ(Play(ok, Rules("*FAIL*", "n"), true).outcome.verdict, Verdict::kFail);
 }
 
-/// Plays a test that the operator judges, or else one that passes by itself, with these eyes.
+/// Runs a test judged by the operator, or one that passes by itself, with these eyes.
 Outcome Judge(
     const std::string& command, bool byOperator, bool (*interrupted)() = [] { return false; }) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", [](char*) { return 0; }, !byOperator};
@@ -184,7 +184,7 @@ Outcome Judge(
 
 bool eyesLooked = false;
 
-TEST(SessionTest, EyesJudgeInPlaceOfTheAnswersAndWhatTheyCannotReportNeverPasses) {
+TEST(SessionTest, EyesReplaceTheAnswersAndFailuresOfEyesNeverPass) {
   const struct {
     const char* command;
     Verdict verdict;
@@ -223,7 +223,7 @@ TEST(SessionTest, EyesJudgeInPlaceOfTheAnswersAndWhatTheyCannotReportNeverPasses
   }
 }
 
-TEST(SessionTest, EyesLookBeforeTheTestAndFindAgainWhatTheyKeptThen) {
+TEST(SessionTest, EyesCanKeepEvidenceFromBeforeTheTest) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", [](char*) { return 0; }, true};
   TestCase test(&record);
   const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
@@ -243,7 +243,7 @@ TEST(SessionTest, EyesLookBeforeTheTestAndFindAgainWhatTheyKeptThen) {
   EXPECT_EQ(outcome.message, "eyes: yes, seen");
 }
 
-TEST(SessionTest, KeysAreTypedWhereKeysAreRead) {
+TEST(SessionTest, KeysAreTypedAtKeyPrompts) {
   const auto keys = [](char*) {
     std::fputs("press", stdout);
     std::string typed;
@@ -253,7 +253,7 @@ TEST(SessionTest, KeysAreTypedWhereKeysAreRead) {
   EXPECT_EQ(Play(keys, Rules("press", "\033[A", true)).outcome.verdict, Verdict::kPass);
 }
 
-TEST(SessionTest, ATestThatLooksForAKeyContinuesUntilOneIsTyped) {
+TEST(SessionTest, PollingTestContinuesUntilAKeyIsTyped) {
   const auto polling = [](char*) {
     for (int i = 0;; ++i) {
       std::printf("poll %d\n", i);
@@ -263,7 +263,7 @@ TEST(SessionTest, ATestThatLooksForAKeyContinuesUntilOneIsTyped) {
   EXPECT_EQ(Play(polling, Rules("poll 3", "q", true)).outcome.verdict, Verdict::kPass);
 }
 
-TEST(SessionTest, WhatIsTypedIsNotThrownAwayAsTypedAhead) {
+TEST(SessionTest, AnswersAreNotDiscardedAsTypeAhead) {
   const auto number = [](char*) {
     int port = 0;
     for (int i = 0; i < 3; ++i) {
@@ -289,7 +289,7 @@ int HangAfterALookForAKey(char*) {
   for (kbhit();;) pause();
 }
 
-TEST(SessionTest, ATestThatWaitsForTheOperatorIsBlockedByAnyTimeLimit) {
+TEST(SessionTest, TestWaitingForTheOperatorIsBlockedByAnyTimeLimit) {
   const struct {
     int (*function)(char*);
     runner::Limits limits;
@@ -328,8 +328,8 @@ TEST(SessionTest, ATestThatWaitsForTheOperatorIsBlockedByAnyTimeLimit) {
   }
 }
 
-TEST(SessionTest, ATestHasNoneOfTheRunnersFiles) {
-  for (int fd = 3; fd < 1024; ++fd) close(fd);  // those of whoever runs this test
+TEST(SessionTest, TestDoesNotInheritTheRunnersFiles) {
+  for (int fd = 3; fd < 1024; ++fd) close(fd);  // inherited from the parent process
   runner::NoteForeignDescriptors();
   const std::string path = testing::TempDir() + "results";
   const int results = open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
@@ -397,7 +397,7 @@ TEST(SessionTest, UndefinedAndMissingResultsAreErrors) {
   }
 }
 
-TEST(SessionTest, ALineThatATestPrintedLastIsKeptWhenItCrashes) {
+TEST(SessionTest, LastLineBeforeACrashIsKept) {
   const Played played = Play(
       [](char*) -> int {
         std::puts("before the end");

@@ -1,4 +1,4 @@
-// How a selection is cut into parts.
+// Division of a selection into shards.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -41,14 +41,14 @@ double SecondsOf(const std::vector<TestEntry>& tests, const Durations& durations
   });
 }
 
-TEST(ShardsTest, AreDisjointCompleteAndKeepModulesThatBuildOnThemselves) {
+TEST(ShardsTest, AreDisjointAndCompleteAndKeepDependentModulesTogether) {
   const std::vector<TestEntry> all = Selection(50, 7);
   const std::vector<std::string> order = Ids(all);
   for (const std::size_t of : {1UL, 2UL, 3UL, 5UL, 8UL, 200UL}) {
     std::vector<std::string> found;
     for (std::size_t number = 1; number <= of; ++number) {
       const std::vector<std::string> ids = Ids(runner::TestsOf({number, of}, all, {}));
-      // In list order, and the whole of a module or nothing of it.
+      // In list order, and with all or none of the tests of a module.
       EXPECT_TRUE(std::ranges::is_sorted(ids, {}, [&](const std::string& id) {
         return std::ranges::find(order, id) - order.begin();
       }));
@@ -63,12 +63,12 @@ TEST(ShardsTest, AreDisjointCompleteAndKeepModulesThatBuildOnThemselves) {
               std::multiset<std::string>(order.begin(), order.end()))
         << of;
   }
-  // What one machine runs must not be what another one thinks that it runs.
+  // All machines must compute the same shards.
   EXPECT_EQ(Ids(runner::TestsOf({2, 3}, Selection(4, 2), {})),
             (std::vector<std::string>{"UTVpqModule/3", "VbeModule/0", "VbeModule/1"}));
 }
 
-TEST(ShardsTest, TakeEquallyLong) {
+TEST(ShardsTest, HaveSimilarDurations) {
   std::mt19937 random(7);
   const std::vector<TestEntry> all = Selection(300, 20);
   Durations durations;
@@ -80,7 +80,7 @@ TEST(ShardsTest, TakeEquallyLong) {
       EXPECT_LE(SecondsOf(runner::TestsOf({number, of}, all, durations), durations),
                 1.1 * whole / static_cast<double>(of));
   }
-  // A test of which nothing is known counts as much as the others do on average: 10 s.
+  // A test of unknown duration counts as the average of the others: 10 s.
   const std::vector<TestEntry> three = Selection(3, 0);
   EXPECT_EQ(Ids(runner::TestsOf({1, 2}, three, {{"UTVpqModule/0", 14}, {"UTVpqModule/1", 6}})),
             std::vector<std::string>{"UTVpqModule/0"});

@@ -1,4 +1,4 @@
-// Output of tests, made fit for files, and marks in it.
+// Cleaning the output of tests for files, and marks in the output.
 #include <gtest/gtest.h>
 
 #include "runner/ConsoleMarks.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(TextTest, OnlyCleanTextGoesIntoFiles) {
+TEST(TextTest, FilesContainOnlyCleanText) {
   const struct {
     std::string text;
     std::string clean;
@@ -20,11 +20,11 @@ TEST(TextTest, OnlyCleanTextGoesIntoFiles) {
       {std::string("bell\a null\0\x7f", 12), "bell  null  "},
       {"\xc3\xbc\xe2\x82\xac\xf0\x9f\x93\xba", "\xc3\xbc\xe2\x82\xac\xf0\x9f\x93\xba"},
       {"\xff\xfe", "\xef\xbf\xbd\xef\xbf\xbd"},
-      {"\xc3(", "\xef\xbf\xbd("},                // cut short
+      {"\xc3(", "\xef\xbf\xbd("},                // truncated
       {"\xc0\xaf", "\xef\xbf\xbd\xef\xbf\xbd"},  // overlong
       {"\xed\xa0\x80", "\xef\xbf\xbd"},          // a surrogate
-      {"\xef\xbf\xbf", "\xef\xbf\xbd"},          // no character of XML
-      {"\xc2\x85", "\xef\xbf\xbd"},              // a control of ISO 6429
+      {"\xef\xbf\xbf", "\xef\xbf\xbd"},          // not an XML character
+      {"\xc2\x85", "\xef\xbf\xbd"},              // an ISO 6429 control character
       {"\xf4\x90\x80\x80", "\xef\xbf\xbd"},      // beyond Unicode
       {"\xe2\x82", "\xef\xbf\xbd"},              // ends in the middle
   };
@@ -32,7 +32,7 @@ TEST(TextTest, OnlyCleanTextGoesIntoFiles) {
     EXPECT_EQ(runner::CleanText(text), clean) << runner::Escaped(text);
 }
 
-TEST(TextTest, EscapesAreTakenBackByteForByte) {
+TEST(TextTest, EscapedBytesAreRestoredExactly) {
   std::string all;
   for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
   const std::string escaped = runner::Escaped(all);
@@ -42,13 +42,13 @@ TEST(TextTest, EscapesAreTakenBackByteForByte) {
     EXPECT_EQ(runner::Unescaped(wrong), std::nullopt) << wrong;
 }
 
-TEST(TextTest, AGlobOfATextMatchesThatTextOnly) {
+TEST(TextTest, GlobOfATextMatchesOnlyThatText) {
   const std::string text = "0(Off), [1]? *\\";
   EXPECT_TRUE(runner::MatchesGlob(runner::GlobOf(text), text));
   EXPECT_FALSE(runner::MatchesGlob(runner::GlobOf(text), "0(Off), [1]x *\\"));
 }
 
-TEST(TextTest, AProblemIsOneLineThatNoTerminalObeys) {
+TEST(TextTest, ProblemsAreOneLineWithoutControlSequences) {
   testing::internal::CaptureStderr();
   runner::PrintProblem("answers:1: unknown backslash in '\\\033[2J\nx'");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -62,7 +62,7 @@ TEST(MarksTest, EachKeyIsAnotherRandomNumber) {
   EXPECT_NE(key, runner::MakeMarkKey());
 }
 
-TEST(MarksTest, MarksAreFoundHoweverTheOutputIsCut) {
+TEST(MarksTest, MarksAreFoundHoweverTheOutputIsSplit) {
   const std::string key = "0123";
   const std::string marked =
       "a "

@@ -1,4 +1,4 @@
-// Results on their way to where they are read: nothing is lost, nothing comes twice.
+// Writing results in all formats: nothing is lost or duplicated.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
@@ -44,7 +44,7 @@ runner::TestResult Result(const std::string& id, Verdict verdict) {
   return {{1, 1, id, "A", "name", "what it does"}, verdict, "", 0, "", ""};
 }
 
-TEST_F(WritersTest, ANonBlockingConsoleIsWaitedFor) {
+TEST_F(WritersTest, NonBlockingConsoleLosesNoOutput) {
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
   ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
@@ -54,7 +54,7 @@ TEST_F(WritersTest, ANonBlockingConsoleIsWaitedFor) {
     for (ssize_t count = 0; (count = read(ends[0], block, sizeof block)) > 0;)
       got += static_cast<std::size_t>(count);
   });
-  const std::size_t size = std::size_t{4} << 20;  // many times what a pipe holds
+  const std::size_t size = std::size_t{4} << 20;  // many times the size of a pipe
   std::FILE* file = fdopen(ends[1], "w");
   runner::ConsoleWriter(file, "never", true).TestPrinted(std::string(size, 'x'));
   std::fclose(file);
@@ -63,7 +63,7 @@ TEST_F(WritersTest, ANonBlockingConsoleIsWaitedFor) {
   EXPECT_EQ(got, size);
 }
 
-TEST_F(WritersTest, ALavaCommandThatFailsOrHangsCostsOneSignalAndATime) {
+TEST_F(WritersTest, FailingOrHangingLavaCommandWritesOneSignal) {
   constexpr char kSignal[] = "<LAVA_SIGNAL_TESTCASE TEST_CASE_ID=A.1 RESULT=pass>\n";
   const std::string say = "echo \"<LAVA_SIGNAL_TESTCASE TEST_CASE_ID=$1 RESULT=$3>\"\n";
   const char* oldPath = std::getenv("PATH");
@@ -80,7 +80,7 @@ TEST_F(WritersTest, ALavaCommandThatFailsOrHangsCostsOneSignalAndATime) {
   setenv("PATH", path.c_str(), 1);
 }
 
-TEST_F(WritersTest, WhatATestDoesStandsBesideItsName) {
+TEST_F(WritersTest, DescriptionIsWrittenNextToTheName) {
   const fs::path path = directory_ / "result";
   for (const runner::ResultFormat format : {runner::kJUnit, runner::kTap, runner::kJson}) {
     runner::Outputs outputs;
@@ -97,7 +97,7 @@ TEST_F(WritersTest, WhatATestDoesStandsBesideItsName) {
   EXPECT_EQ(Text("result"), "FAIL    A/1 name (what it does) (0.000 s)\n");
 }
 
-TEST_F(WritersTest, EveryVerdictHasItsWordsInEveryFormat) {
+TEST_F(WritersTest, EveryVerdictIsWrittenInEveryFormat) {
   constexpr const char* kTap[] = {"ok 1 - A/1 ", "not ok 2 - A/2 ", "not ok 3 - A/3 ",
                                   "not ok 4 - A/4 ", "ok 5 - A/5 "};
   constexpr const char* kLava[] = {"pass", "fail", "fail", "unknown", "skip"};
@@ -113,7 +113,7 @@ TEST_F(WritersTest, EveryVerdictHasItsWordsInEveryFormat) {
   setenv("PATH", directory_.c_str(), 1);  // no lava-test-case
   auto writers = runner::MakeWriters(outputs, -1);
   runner::Totals totals{.listed = std::size(kVerdicts)};
-  for (const auto& writer : writers) writer->RunStarted(0);  // an open end, as with --until-fail
+  for (const auto& writer : writers) writer->RunStarted(0);  // open-ended, as with --until-fail
   for (std::size_t i = 0; i < std::size(kVerdicts); ++i) {
     runner::TestResult result = Result("A/" + std::to_string(i + 1), kVerdicts[i]);
     result.message = i == 0 ? "" : "why";
@@ -149,7 +149,7 @@ TEST_F(WritersTest, EveryVerdictHasItsWordsInEveryFormat) {
   }
 }
 
-/// Hears what became of tests.
+/// Collects the results of tests.
 class Listener : public runner::RunListener {
  public:
   explicit Listener(std::vector<runner::TestResult>& results) : results_(results) {}
@@ -162,7 +162,7 @@ class Listener : public runner::RunListener {
   std::vector<runner::TestResult>& results_;
 };
 
-TEST_F(WritersTest, AFirstTestThatDidNotPassEndsARunThatIsToStopThere) {
+TEST_F(WritersTest, StopOnFailEndsTheRunAfterTheFirstTest) {
   constexpr ST_THAL_TEST_CASE_T kBlocked = {1, "asks", "", [](char*) { return 0; }, false};
   constexpr ST_THAL_TEST_CASE_T kFails = {1, "fails", "", [](char*) { return 1; }, true};
   constexpr ST_THAL_TEST_CASE_T kPasses = {2, "passes", "", [](char*) { return 0; }, true};
@@ -191,7 +191,7 @@ TEST_F(WritersTest, AFirstTestThatDidNotPassEndsARunThatIsToStopThere) {
   }
 }
 
-TEST_F(WritersTest, ATerminalShowsHowFarTheRunIsAndForHowLongItContinues) {
+TEST_F(WritersTest, TerminalShowsProgressAndRemainingTime) {
   int master = -1;
   int slave = -1;
   ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
@@ -223,7 +223,7 @@ TEST_F(WritersTest, ATerminalShowsHowFarTheRunIsAndForHowLongItContinues) {
   close(master);
 }
 
-TEST_F(WritersTest, IgnoredSignalsStayIgnoredAndAReaderThatLeftEndsNothing) {
+TEST_F(WritersTest, IgnoredSignalsAndClosedPipesDoNotEndTheProgram) {
   std::signal(SIGHUP, SIG_IGN);  // as under nohup
   runner::CatchInterrupts();
   struct sigaction hangUp {};
@@ -237,11 +237,11 @@ TEST_F(WritersTest, IgnoredSignalsStayIgnoredAndAReaderThatLeftEndsNothing) {
   const auto writers = runner::MakeWriters(outputs, ends[1]);
   writers[0]->RunStarted(1);
   writers[0]->TestEnded(Result("A/1", Verdict::kPass));
-  EXPECT_FALSE(writers[0]->Good()) << "results that nobody got";
+  EXPECT_FALSE(writers[0]->Good()) << "results that were not delivered";
   close(ends[1]);
 }
 
-TEST_F(WritersTest, TheRecordOfAResumedRunIsAppended) {
+TEST_F(WritersTest, RecordOfAResumedRunIsAppended) {
   constexpr ST_THAL_TEST_CASE_T kRecord = {1, "na\"me", "does", [](char*) { return 0; }, true};
   TestCase test(&kRecord);
   const std::vector<runner::TestEntry> tests = {{&test, "A", "A/1", "", ""}};
@@ -258,7 +258,8 @@ TEST_F(WritersTest, TheRecordOfAResumedRunIsAppended) {
     record.TestEnded(answered);
     record.RunExits(resumed ? 0 : 99);
     EXPECT_TRUE(record.Good());
-    if (!resumed) std::ofstream(path, std::ios::app) << R"({"event": "test-sta)";  // a power cut
+    if (!resumed)
+      std::ofstream(path, std::ios::app) << R"({"event": "test-sta)";  // as after a power failure
   }
   std::ifstream file(path);
   std::string events;
@@ -279,7 +280,7 @@ TEST_F(WritersTest, TheRecordOfAResumedRunIsAppended) {
     EXPECT_NE(text.find(member), std::string::npos) << member << " in " << text;
 }
 
-TEST_F(WritersTest, ATestWhoseLogOrReportLineIsNotKeptHasNotPassed) {
+TEST_F(WritersTest, LostLogOrReportLineIsAnError) {
   constexpr ST_THAL_TEST_CASE_T kRecord = {1, "name", "", [](char*) { return 0; }, true};
   TestCase test(&kRecord);
   const runner::TestEntry entry{&test, "A", "A/1", "", ""};

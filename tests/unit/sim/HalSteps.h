@@ -1,4 +1,4 @@
-// HAL calls by short names, so that tests and the client process can take them as words.
+// HAL calls under short names, so that tests and the client process can pass them as words.
 #pragma once
 
 #include <functional>
@@ -102,7 +102,7 @@ inline const std::map<std::string, std::function<int()>>& HalSteps() {
   return kSteps;
 }
 
-/// Does the named calls in a row and returns the result of the last one.
+/// Makes the named calls in order and returns the result of the last one.
 inline int DoSteps(const std::string& names) {
   std::istringstream words(names);
   int result = 0;

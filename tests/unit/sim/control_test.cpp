@@ -1,4 +1,4 @@
-// Timings, programmed failures and later events, as commands set them.
+// Timings, injected failures and scheduled events, as set by commands.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,8 +12,8 @@
 
 namespace {
 
-TEST(Timings, HaveThePublishedFigures) {
-  // Computed: 1920x1200p60 is a published timing of VESA's reduced blanking (154.00 MHz).
+TEST(Timings, HaveThePublishedValues) {
+  // 1920x1200p60 is computed, and equals VESA's published reduced-blanking timing (154.00 MHz).
   const struct {
     const char* name;
     uint32_t format;
@@ -43,7 +43,7 @@ TEST(Timings, HaveThePublishedFigures) {
   }
 }
 
-/// Clocks of CEA-861's timings at whole rates, in kHz; pixels that are sent twice count once.
+/// Clocks of the CEA-861 timings at integer rates, in kHz; pixels that are sent twice count once.
 constexpr int64_t kClocks[] = {13'500,  13'514,  25'200,  27'000,    27'027,   54'000,
                                59'400,  74'250,  82'500,  90'000,    99'000,   108'000,
                                118'800, 148'500, 165'000, 185'625,   198'000,  297'000,
@@ -75,10 +75,10 @@ TEST(Signal, StandardTimingsHaveStandardClocks) {
       }
     }
   }
-  EXPECT_EQ(standard, 38) << "all but 2160p100 and 2160p120, which the link does not carry";
+  EXPECT_EQ(standard, 38) << "all but 2160p100 and 2160p120, which exceed the link's capacity";
 }
 
-TEST(State, ShowsWhatIsProgrammed) {
+TEST(State, ShowsProgrammedFailuresAndMisbehaviours) {
   EXPECT_NE(simhal::State().find("programmed failures:\n  none\n"), std::string::npos);
   simhal::Apply("fail K2V_RHAL_VPQ_SetNR -7 --at 3 --times 2");
   EXPECT_NE(simhal::State().find("programmed failures:\n  K2V_RHAL_VPQ_SetNR returns -7, after 2 "
@@ -113,7 +113,7 @@ TEST(Signal, NeedsCableSourceAndHotPlug) {
   EXPECT_NE(simhal::Apply("signal 0 on").find("no source at port '0'"), std::string::npos);
 }
 
-TEST(Failures, ComeAtTheirCallAndLeaveEverythingElseUntouched) {
+TEST(Failures, OccurAtTheirCallWithoutSideEffects) {
   simhal::Fail("K2V_RHAL_VFE_HDMI_Initialize", 77, 2, 2);
   EXPECT_EQ(DoSteps("h-init"), 0);
   EXPECT_EQ(DoSteps("h-init"), 77);
@@ -135,7 +135,7 @@ TEST(Failures, ComeAtTheirCallAndLeaveEverythingElseUntouched) {
   EXPECT_THROW(simhal::Fail("K2V_RHAL_VFE_HDMI_Klose", 1), std::invalid_argument);
 }
 
-TEST(Events, HappenAtTheirPollOfTheirPort) {
+TEST(Events, HappenAtTheGivenPollOfTheirPort) {
   simhal::Apply("lock 0 0");
   DoSteps("h-init h-hpd h-open h-conn0 h-conn1");
   ASSERT_EQ(simhal::Apply("after 3 polls 0 timing 0 1280x720p50"), "");
@@ -147,21 +147,21 @@ TEST(Events, HappenAtTheirPollOfTheirPort) {
   EXPECT_EQ(TimingOf(0).active.w, 1280);
 }
 
-TEST(Events, HappenAtTheirTimeInOrder) {
+TEST(Events, HappenAtTheirTimesInOrder) {
   simhal::Apply("lock 0 0");
   DoSteps(kHdmiOn);
   ASSERT_EQ(simhal::Apply("after 3600 s unplug 0"), "");
   ASSERT_EQ(simhal::Apply("after 0.02 s timing 0 1280x720p50"), "");
   ASSERT_EQ(simhal::Apply("after 0.01 s timing 0 720x480p60"), "");
   EXPECT_NE(simhal::State().find("s: unplug 0\n"), std::string::npos);
-  std::this_thread::sleep_for(std::chrono::milliseconds(30));  // both are due when it is looked at
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));  // both are due at the next query
   EXPECT_EQ(TimingOf(0).active.w, 1280) << simhal::State();
 }
 
-TEST(Commands, InvalidOnesAreRefusedImmediately) {
+TEST(Commands, InvalidOnesAreRejectedImmediately) {
   EXPECT_NE(simhal::Apply("after 1 s signal 7 on").find("invalid port '7': expected 0 to 3"),
             std::string::npos);
-  EXPECT_EQ(simhal::Apply("after 0 s signal 3 on"), "");  // fails only when it is due
+  EXPECT_EQ(simhal::Apply("after 0 s signal 3 on"), "");  // fails only when due
   simhal::State();
   EXPECT_EQ(simhal::Calls().back().rfind("# signal 3 on: ", 0), 0U);
   for (int i = 0; i < 64; ++i) ASSERT_EQ(simhal::Apply("fail K2V_RHAL_VSC_Open 1 --at 9"), "");
@@ -169,7 +169,7 @@ TEST(Commands, InvalidOnesAreRefusedImmediately) {
             std::string::npos);
 }
 
-TEST(Media, CommandsAreKeptAndWrongOnesRefused) {
+TEST(Media, CommandsAreStoredAndInvalidOnesRejected) {
   EXPECT_EQ(simhal::Apply("defect vdec corrupt 300"), "");
   EXPECT_EQ(simhal::Apply("defect audio late 0 21"), "");
   EXPECT_EQ(simhal::Apply("stick out"), "");
@@ -206,7 +206,7 @@ TEST(Media, CommandsAreKeptAndWrongOnesRefused) {
   EXPECT_NE(simhal::Apply("defect vo nothing").find("expected at most 32"), std::string::npos);
 }
 
-TEST(Trace, KeepsTheNewestLinesOnly) {
+TEST(Trace, KeepsOnlyTheNewestLines) {
   for (int i = 0; i < 9000; ++i) DoSteps("h-init");
   EXPECT_EQ(simhal::Calls().size(), 8192U);
   EXPECT_EQ(simhal::Calls().front(), "K2V_RHAL_VFE_HDMI_Initialize() = -4");

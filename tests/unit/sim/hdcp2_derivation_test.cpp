@@ -1,4 +1,4 @@
-// What HDCP 2 derives from its numbers, against the openssl command line.
+// Values derived by HDCP 2, compared with the openssl command line.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -22,7 +22,7 @@ std::string Hex(View bytes) {
   return hex;
 }
 
-/// Exclusive or of two hexadecimal numbers; the shorter one is laid over the end of the other.
+/// Exclusive or of two hexadecimal numbers; the shorter one is aligned to the end of the other.
 std::string Xor(std::string number, const std::string& mask) {
   for (std::size_t i = 1; i <= mask.size(); ++i) {
     const auto digit = [i](const std::string& text) {
@@ -33,7 +33,7 @@ std::string Xor(std::string number, const std::string& mask) {
   return number;
 }
 
-/// What openssl prints as hexadecimal digits for the bytes of `hex`.
+/// Output of openssl for the bytes of `hex`, as hexadecimal digits.
 std::string Openssl(const std::string& arguments, const std::string& hex) {
   std::string escaped;
   for (std::size_t i = 0; i < hex.size(); i += 2) escaped += "\\\\x" + hex.substr(i, 2);
@@ -56,20 +56,20 @@ std::string Hmac(const std::string& key, const std::string& data) {
   return Openssl("dgst -sha256 -mac HMAC -macopt hexkey:" + key + " -binary", data);
 }
 
-/// Bytes that count up from `first`, with steps that are no pattern of two.
+/// Bytes starting at `first` with irregular steps.
 Bytes Numbers(std::size_t size, uint8_t first) {
   Bytes bytes(size);
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(first + i * 37 + i * i);
   return bytes;
 }
 
-/// The numbers of one authentication, and what openssl makes of them.
+/// The numbers of one authentication, and the values that openssl derives from them.
 struct Authentication {
   Key km = sim::hdcp2::KeyFrom(Numbers(16, 0x11));
   Bytes rtx = Numbers(8, 0x22), rrx = Numbers(8, 0x33), rn = Numbers(8, 0x44);
   std::string zeros = std::string(32, '0');
 
-  /// dkey 0 to 2; rn counts for the last one.
+  /// dkey 0 to 2; rn is used only for the last one.
   std::string Dkey(int number) const {
     const std::string key = number < 2 ? Hex(km) : Xor(Hex(km), Hex(rn));
     const std::string last = {'0', static_cast<char>('0' + number)};
@@ -79,7 +79,7 @@ struct Authentication {
   Bytes OurKd() const { return sim::hdcp2::SharedKey(km, rtx, rrx); }
 };
 
-TEST(Hdcp2Derivation, KeysAreThoseOfOpenssl) {
+TEST(Hdcp2Derivation, KeysMatchOpenssl) {
   const Authentication a;
   EXPECT_EQ(Hex(a.OurKd()), a.Kd());
   EXPECT_EQ(Hex(sim::hdcp2::DerivedKey(a.km, a.rn, a.rtx, a.rrx, 2)), a.Dkey(2));
@@ -88,11 +88,12 @@ TEST(Hdcp2Derivation, KeysAreThoseOfOpenssl) {
   const Bytes secret = Numbers(128, 0x55);
   const std::string digest = Openssl("dgst -sha256 -binary", Hex(secret));
   const Key kh = sim::hdcp2::PairingKey(secret);
-  EXPECT_EQ(Hex(kh), digest.substr(32)) << "the lower half";
+  EXPECT_EQ(Hex(kh), digest.substr(32)) << "the lower half of the digest";
   const Key m = sim::hdcp2::KeyFrom(sim::hdcp2::Joined({a.rtx, a.rrx}));
   const Bytes paired = sim::hdcp2::PairedKey(kh, m, a.km);
   EXPECT_EQ(Hex(paired), Aes(digest.substr(32), Hex(a.rtx) + Hex(a.rrx), Hex(a.km)));
-  EXPECT_EQ(Hex(sim::hdcp2::PairedKey(kh, m, paired)), Hex(a.km)) << "and back";
+  EXPECT_EQ(Hex(sim::hdcp2::PairedKey(kh, m, paired)), Hex(a.km))
+      << "decrypting gives the original key";
 
   const Key ks = sim::hdcp2::KeyFrom(Numbers(16, 0x66));
   const Key dkey2 = sim::hdcp2::DerivedKey(a.km, a.rn, a.rtx, a.rrx, 2);
@@ -100,7 +101,7 @@ TEST(Hdcp2Derivation, KeysAreThoseOfOpenssl) {
             Xor(Hex(ks), Xor(a.Dkey(2), Hex(a.rrx))));
 }
 
-TEST(Hdcp2Derivation, ProofsAreThoseOfOpenssl) {
+TEST(Hdcp2Derivation, ProofsMatchOpenssl) {
   const Authentication a;
   const Bytes kd = a.OurKd(), rxCaps = {2, 0, 1}, txCaps = {2, 0, 0};
   EXPECT_EQ(Hex(sim::hdcp2::HPrime(kd, a.rtx, rxCaps, txCaps)),
@@ -116,7 +117,7 @@ TEST(Hdcp2Derivation, ProofsAreThoseOfOpenssl) {
                  "000001"));
 }
 
-TEST(Hdcp2Derivation, ThePictureDependsOnSessionKeyConstantAndCounter) {
+TEST(Hdcp2Derivation, KeystreamDependsOnSessionKeyConstantAndCounter) {
   const Key ks = sim::hdcp2::KeyFrom(Numbers(16, 1));
   const Bytes lc128 = Numbers(16, 2), riv = Numbers(8, 3);
   EXPECT_EQ(Hex(sim::hdcp2::Keystream(ks, lc128, riv)),
@@ -130,7 +131,7 @@ TEST(Hdcp2Messages, HaveTheirIdentifiersAndSizes) {
     MessageId id;
     uint8_t byte;
     std::size_t size;
-    std::size_t more;  // bytes of one more item; 0: none
+    std::size_t more;  // bytes of an additional item; 0 for none
   } kCases[] = {
       {MessageId::kAkeInit, 2, 12, 0},        {MessageId::kAkeSendCert, 3, 534, 0},
       {MessageId::kAkeNoStoredKm, 4, 129, 0}, {MessageId::kAkeStoredKm, 5, 33, 0},

@@ -42,7 +42,7 @@ TEST(Hdcp2, EnforcesOrderAndArguments) {
 TEST(Hdcp2, OnlySourcesWithHdcp2Authenticate) {
   Start();
   EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_STREAM), kOk);
-  EXPECT_EQ(StatusOf(0).eState, K2V_HDCP2_STATE_AUTHENTICATED) << "it is no repeater";
+  EXPECT_EQ(StatusOf(0).eState, K2V_HDCP2_STATE_AUTHENTICATED) << "not a repeater";
   EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(1, K2V_HDCP2_STATE_STREAM), kFail);
   EXPECT_EQ(StatusOf(1).eReason, K2V_HDCP2_REASON_NO_SOURCE) << "a tuner with HDCP 1.4";
   simhal::Apply("signal 0 off");
@@ -52,7 +52,7 @@ TEST(Hdcp2, OnlySourcesWithHdcp2Authenticate) {
   EXPECT_EQ(StatusOf(0).eState, K2V_HDCP2_STATE_IDLE);
 }
 
-TEST(Hdcp2, NoLinkIsAuthenticatedAfterItBroke) {
+TEST(Hdcp2, BrokenLinkIsNoLongerAuthenticated) {
   Start();
   for (const auto& commands : {std::pair{"unplug 0", "plug 0 3840x2160p60 hdr"},
                                {"plug 0 3840x2160p60 hdr", "plug 0 3840x2160p60 hdr"},
@@ -67,7 +67,7 @@ TEST(Hdcp2, NoLinkIsAuthenticatedAfterItBroke) {
   }
 }
 
-TEST(Hdcp2, ASourceUsesTheKeyThatItStoredUntilItsProofFails) {
+TEST(Hdcp2, SourceUsesItsStoredKeyUntilTheProofFails) {
   Start();
   K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_AKE);
   EXPECT_EQ(StatusOf(0).bPaired, 0);
@@ -80,7 +80,7 @@ TEST(Hdcp2, ASourceUsesTheKeyThatItStoredUntilItsProofFails) {
   EXPECT_EQ(StatusOf(0).bPaired, 0);
 }
 
-TEST(Hdcp2, ARepeaterLearnsTheStreamType) {
+TEST(Hdcp2, RepeaterReceivesTheStreamType) {
   Start();
   K2V_RHAL_HDCP2_SetRepeater(1);
   EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_STREAM), kOk);
@@ -124,13 +124,13 @@ TEST(Hdcp2, ExchangesTheMessagesOfTheProtocol) {
   EXPECT_EQ(Messages(), expected) << "the source has stored the key; three ids of five bytes";
 }
 
-TEST(Hdcp2, EveryReasonCanBeCausedAndEndsItsStep) {
+TEST(Hdcp2, EveryReasonCanBeInjectedAndEndsItsStep) {
   constexpr uint32_t kStream = K2V_HDCP2_STATE_STREAM;
   constexpr int kAnyNumber = -1;
   const struct {
     const char* command;
     uint32_t reason;
-    int messages;  // that went over before, or kAnyNumber
+    int messages;  // sent before the failure, or kAnyNumber
     int tookMs;    // at least
   } kCases[] = {
       {"hdcp2 0 no-keys", K2V_HDCP2_REASON_NO_KEYS, 0, 0},
@@ -156,7 +156,7 @@ TEST(Hdcp2, EveryReasonCanBeCausedAndEndsItsStep) {
   Start();
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.command);
-    // The source has not stored a key of the receiver.
+    // The source has not stored a key for the receiver.
     for (const char* command : {"plug 0 3840x2160p60 hdr", "hdcp2 0 ok", "hdcp2 0 downstream 31 4"})
       ASSERT_EQ(simhal::Apply(command), "");
     K2V_RHAL_HDCP2_EraseKeys();
@@ -176,7 +176,7 @@ TEST(Hdcp2, EveryReasonCanBeCausedAndEndsItsStep) {
   }
 }
 
-TEST(Hdcp2, AStoredKeyHasATimeLimitOfItsOwn) {
+TEST(Hdcp2, StoredKeyHasASeparateTimeLimit) {
   Start();
   ASSERT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_AKE), kOk);
   ASSERT_EQ(simhal::Apply("hdcp2 0 late-h 1"), "");
@@ -187,10 +187,10 @@ TEST(Hdcp2, AStoredKeyHasATimeLimitOfItsOwn) {
   EXPECT_EQ(StatusOf(0).eReason, K2V_HDCP2_REASON_NO_ANSWER);
   EXPECT_EQ(Messages().back(), "AKE_Stored_km, 33");
   EXPECT_EQ(K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_AKE), kOk);
-  EXPECT_EQ(StatusOf(0).bPaired, 1) << "nothing spoke against the key";
+  EXPECT_EQ(StatusOf(0).bPaired, 1) << "the key was not invalidated";
 }
 
-TEST(Hdcp2, AListOfAllThatIsAllowedIsTaken) {
+TEST(Hdcp2, LargestAllowedListIsAccepted) {
   Start();
   K2V_RHAL_HDCP2_SetRepeater(1);
   ASSERT_EQ(simhal::Apply("hdcp2 0 downstream 31 4"), "");
@@ -198,7 +198,7 @@ TEST(Hdcp2, AListOfAllThatIsAllowedIsTaken) {
   EXPECT_EQ(StatusOf(0).eState, K2V_HDCP2_STATE_STREAM);
 }
 
-TEST(Hdcp2, AFaultHappensAsOftenAsItWasOrdered) {
+TEST(Hdcp2, FaultOccursTheGivenNumberOfTimes) {
   Start();
   ASSERT_EQ(simhal::Apply("hdcp2 0 late-l 15"), "");
   ASSERT_EQ(simhal::Apply("hdcp2 0 downstream 2 1"), "");
@@ -217,20 +217,20 @@ TEST(Hdcp2, AFaultHappensAsOftenAsItWasOrdered) {
             std::string::npos);
 }
 
-TEST(Hdcp2, OthersReachTheBoardWhileAnAuthenticationWaits) {
+TEST(Hdcp2, BoardIsAccessibleWhileAnAuthenticationWaits) {
   Start();
   K2V_RHAL_HDCP2_SetRepeater(1);
   ASSERT_EQ(simhal::Apply("hdcp2 0 late-list"), "");
   std::thread authentication([] { K2V_RHAL_HDCP2_Authenticate(0, K2V_HDCP2_STATE_STREAM); });
   while (Messages().size() < 8) std::this_thread::yield();
-  // The source waits three seconds for the list, but not without its cable.
+  // The source waits three seconds for the list, but only while its cable is plugged in.
   EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetRxPortCnt(), 4);
   EXPECT_EQ(simhal::Apply("unplug 0"), "");
   authentication.join();
   EXPECT_EQ(StatusOf(0).eReason, K2V_HDCP2_REASON_NO_SOURCE);
 }
 
-TEST(Hdcp2, KeysStayThoseOfTheBoard) {
+TEST(Hdcp2, BoardKeepsItsKeys) {
   Start();
   K2V_HDCP2_KEY_INFO_T before{}, after{};
   K2V_RHAL_HDCP2_GetKeyInfo(&before);

@@ -82,7 +82,7 @@ TEST(Scaler, EnforcesOrderAndArguments) {
               {"s-dm-open s-dm-conn s-dm-conn", kAlready}});
 }
 
-TEST(Trace, DecodesArgumentsAndWhatTheCallWrote) {
+TEST(Trace, DecodesArgumentsAndOutputs) {
   DoSteps("h-init h-edid h-edid-null h-open h-hpd h-time0 h-conn0 h-time0 s-init s-open s-in-null");
   K2V_RHAL_VSC_Connect(0, {2, 0x1f0, 1});
   DoSteps("s-in-get s-blank");
@@ -140,7 +140,7 @@ TEST(Scaler, RegionsStayInsideSourceAndPanel) {
   }
 }
 
-TEST(Scaler, ConnectTakesTheLowestConnectedPortWithASignal) {
+TEST(Scaler, ConnectUsesTheLowestConnectedPortWithASignal) {
   simhal::Apply("lock 0 0");
   DoSteps("h-init h-hpd h-open h-conn0 h-conn1 s-init s-open");
   simhal::Apply("signal 0 off");

@@ -36,7 +36,7 @@ class Pictures : public testing::Test {
     ASSERT_EQ(CaptureInto(place, captured_.data(), K2V_CAPTURE_BYTES), 0);
   }
 
-  // A captured pixel, by its place on the 3840x2160 panel.
+  // A captured pixel, by its position on the 3840x2160 panel.
   Rgb Captured(size_t x, size_t y) const {
     const size_t at = 3 * (y / 4 * K2V_CAPTURE_WIDTH + x / 4);
     return {captured_[at], captured_[at + 1], captured_[at + 2]};
@@ -49,9 +49,9 @@ class Pictures : public testing::Test {
 constexpr Rgb kWhite = {255, 255, 255}, kYellow = {255, 255, 0}, kRed = {255, 0, 0},
               kBlue = {0, 0, 255}, kBlack = {0, 0, 0}, kGray = {128, 128, 128};
 
-TEST_F(Pictures, BarsHaveThePublishedValuesUpToTheirEdges) {
+TEST_F(Pictures, BarsHaveTheStandardValuesUpToTheirEdges) {
   Start("1920x1080p60");
-  // 100 % bars of BT.709 with 10 bits: Cb, Y, Cr.
+  // 100 % colour bars of BT.709 with 10 bits: Cb, Y, Cr.
   constexpr K2V_VIDEO_PIXEL_T kBars[] = {{512, 940, 512}, {64, 877, 553},  {615, 754, 64},
                                          {167, 691, 105}, {857, 313, 919}, {409, 250, 960},
                                          {960, 127, 471}, {512, 64, 512}};
@@ -62,7 +62,7 @@ TEST_F(Pictures, BarsHaveThePublishedValuesUpToTheirEdges) {
 }
 
 TEST_F(Pictures, ColourStandardFollowsTheSource) {
-  // 100 % yellow, worked out by hand from the luma weights of each standard.
+  // 100 % yellow, calculated manually from the luma weights of each standard.
   const struct {
     const char* timing;
     uint32_t standard;
@@ -80,7 +80,7 @@ TEST_F(Pictures, ColourStandardFollowsTheSource) {
   }
 }
 
-TEST_F(Pictures, WrittenPixelsAreReadBackUntilTheBufferRunsAgain) {
+TEST_F(Pictures, WrittenPixelsAreReadBackUntilTheBufferIsUnfrozen) {
   Start("1920x1080p60");
   K2V_VIDEO_RECT_T rect = {100, 50, 3, 2};
   K2V_VIDEO_PIXEL_T written[6], read[6] = {};
@@ -98,7 +98,7 @@ TEST_F(Pictures, WrittenPixelsAreReadBackUntilTheBufferRunsAgain) {
   EXPECT_EQ(Pixel(100, 50).y, 940);
 }
 
-TEST_F(Pictures, TheBufferTakesAtMostAStandardDefinitionFrame) {
+TEST_F(Pictures, BufferAcceptsAtMostAStandardDefinitionFrame) {
   Start("3840x2160p60");
   std::vector<K2V_VIDEO_PIXEL_T> pixels(std::size_t{720} * 577, {512, 500, 512});
   K2V_VIDEO_RECT_T rect = {3120, 1584, 720, 576};
@@ -108,7 +108,7 @@ TEST_F(Pictures, TheBufferTakesAtMostAStandardDefinitionFrame) {
   EXPECT_EQ(K2V_RHAL_VSC_WriteVideoFrameBuffer(0, &rect, pixels.data()), K2V_RHAL_ERR_PARAM);
 }
 
-TEST_F(Pictures, PanelShowsWindowsAtTheirPlacesAndBlanksInTheirColour) {
+TEST_F(Pictures, PanelShowsWindowsAtTheirPositionsAndBlanksInTheirColour) {
   Start("1920x1080p60");
   K2V_RHAL_VSC_SetInputRegion(0, {1200, 0, 240, 1080});  // the red bar
   K2V_RHAL_VSC_SetOutputRegion(0, {0, 0, 1920, 1080});
@@ -118,8 +118,8 @@ TEST_F(Pictures, PanelShowsWindowsAtTheirPlacesAndBlanksInTheirColour) {
   Capture(K2V_VIDEO_DDI_DISPLAY_OUTPUT);
   EXPECT_EQ(Captured(0, 0), kRed);
   EXPECT_EQ(Captured(1916, 0), kRed);
-  EXPECT_EQ(Captured(1920, 0), kBlack);    // outside of both
-  EXPECT_EQ(Captured(1600, 800), kWhite);  // sub over main
+  EXPECT_EQ(Captured(1920, 0), kBlack);    // outside both windows
+  EXPECT_EQ(Captured(1600, 800), kWhite);  // the sub window is in front of the main window
   EXPECT_EQ(Captured(1600 + 120, 800), kYellow);
   EXPECT_EQ(Captured(1596, 800), kRed);
   K2V_RHAL_VSC_SetWinBlank(1, 1, K2V_VIDEO_DDI_WIN_COLOR_GRAY);
@@ -127,11 +127,11 @@ TEST_F(Pictures, PanelShowsWindowsAtTheirPlacesAndBlanksInTheirColour) {
   Capture(K2V_VIDEO_DDI_DISPLAY_OUTPUT);
   EXPECT_EQ(Captured(1600, 800), kGray);
   EXPECT_EQ(Captured(0, 0), kBlue);
-  Capture(K2V_VIDEO_DDI_SCALER_OUTPUT);  // the scaler knows no blanking, nor the place
+  Capture(K2V_VIDEO_DDI_SCALER_OUTPUT);  // the scaler applies neither blanking nor position
   EXPECT_EQ(Captured(3836, 2156), kRed);
 }
 
-TEST_F(Pictures, AFrozenBufferKeepsItsPictureWhenTheSignalGoes) {
+TEST_F(Pictures, FrozenBufferKeepsItsPictureWithoutASignal) {
   Start("1920x1080p60");
   K2V_RHAL_VSC_FreezeVideoFrameBuffer(0, 1);
   simhal::Unplug(0);
@@ -140,7 +140,7 @@ TEST_F(Pictures, AFrozenBufferKeepsItsPictureWhenTheSignalGoes) {
   EXPECT_EQ(DoSteps("s-read"), K2V_RHAL_ERR_NO_SIGNAL);
 }
 
-TEST_F(Pictures, AFrozenWindowKeepsItsPictureWhenTheSignalGoes) {
+TEST_F(Pictures, FrozenWindowKeepsItsPictureWithoutASignal) {
   Start("1920x1080p60");
   K2V_RHAL_VSC_SetWinFreeze(0, 1);
   simhal::Unplug(0);

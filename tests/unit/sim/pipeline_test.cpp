@@ -1,5 +1,5 @@
-// The simulated pipeline fed by hand: what the stages make of pictures, sound and the board's
-// nodes.
+// The simulated pipeline with constructed input: dumps of the stages for pictures, sound and the
+// board's nodes.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -39,7 +39,7 @@ class Played {
 
   player::Pipeline& Pipeline() { return *pipeline_; }
 
-  /// Pictures that follow one another by these ticks, all with the same content.
+  /// Pictures with these durations in ticks, all with the same content.
   void Show(const std::vector<int64_t>& durations90k, double tick90k = 1) {
     for (const int64_t duration : durations90k) {
       Picture(tick90k, kBright);
@@ -54,7 +54,7 @@ class Played {
     pipeline_->TakePicture(next90k_, tick90k, luma, values);
   }
 
-  /// A column of a stage's dump, without its title.
+  /// A column of a stage's dump, without the title row.
   Strings Column(Stage stage, std::string_view name) const {
     const player::DumpFormat& format = player::FormatOf(stage);
     const auto place = player::FindColumn(format, name) - format.columns.data();
@@ -77,7 +77,7 @@ class Played {
   int64_t next90k_ = 0;
 };
 
-TEST(Pipeline, FrameRateIsThatOfTheTimeUntilTheNextPicture) {
+TEST(Pipeline, FrameRateFollowsTheTimeUntilTheNextPicture) {
   const struct {
     std::vector<int64_t> durations90k;
     double tick90k;
@@ -97,7 +97,7 @@ TEST(Pipeline, FrameRateIsThatOfTheTimeUntilTheNextPicture) {
   }
 }
 
-TEST(Pipeline, DisplayModeDecidesOverRateAndRepeats) {
+TEST(Pipeline, DisplayModeDeterminesRateAndRepeats) {
   const struct {
     player::DisplayMode mode;
     int64_t duration90k;
@@ -120,7 +120,7 @@ TEST(Pipeline, DisplayModeDecidesOverRateAndRepeats) {
   }
 }
 
-TEST(Pipeline, OnlyTheFirstPictureOfAFlashCarriesTheMarkers) {
+TEST(Pipeline, OnlyTheFirstPictureOfAFlashHasTheMarkers) {
   Played played;
   for (const int luma : {kBright, kDark, kBright, kBright, kDark, kBright, kDark})
     played.Picture(1, luma);
@@ -134,7 +134,7 @@ TEST(Pipeline, OnlyTheFirstPictureOfAFlashCarriesTheMarkers) {
   for (const std::size_t i : {0U, 1U, 3U, 4U, 6U}) EXPECT_EQ(vo[i], vo[0]) << i;
 }
 
-TEST(Pipeline, PictureQualityModeShowsFromItsFirstBlockOn) {
+TEST(Pipeline, PictureQualityModeChangesStagesFromSharpnessOn) {
   Played played;
   Played inMode({.pictureQuality = 2});
   for (Played* each : {&played, &inMode}) each->Show({});
@@ -154,12 +154,12 @@ TEST(Pipeline, SoundIsDistinguishedFromSilence) {
   const Strings values = played.Column(Stage::kAudio, "pcm_data_crc");
   ASSERT_EQ(values.size(), 8U);
   for (std::size_t i = 0; i < values.size(); ++i) {
-    const int value = std::stoi(values[i]);  // throws when it is no 32-bit number
+    const int value = std::stoi(values[i]);  // throws if it is not a 32-bit number
     EXPECT_TRUE(i < 4 ? value >= 0 && value < 1000000 : value > 1000000) << value;
   }
 }
 
-/// The stages whose dumps differ from a playing without defects, in the order of the list.
+/// The stages whose dumps differ from a run without defects, in pipeline order.
 std::string StagesThatShow(const std::string& defect) {
   Played sound;
   Played ill({}, {player::ParseDefect(defect)});
@@ -180,7 +180,7 @@ std::string StagesThatShow(const std::string& defect) {
   return stages;
 }
 
-TEST(Pipeline, DefectsGoTheWayOfTheData) {
+TEST(Pipeline, DefectsPropagateDownstream) {
   const struct {
     const char* defect;
     const char* stages;
@@ -205,7 +205,7 @@ TEST(Pipeline, DefectsGoTheWayOfTheData) {
     EXPECT_EQ(StagesThatShow(expected.defect), expected.stages) << expected.defect;
 }
 
-TEST(Defects, ReachOverAsManyFramesAsTheyCount) {
+TEST(Defects, AffectTheGivenNumberOfFrames) {
   const struct {
     const char* defect;
     Strings frames;
@@ -213,7 +213,7 @@ TEST(Defects, ReachOverAsManyFramesAsTheyCount) {
       {"vdec:drop:1:2", {"0", "3", "4"}},
       {"vdec:repeat:3:9", {"0", "1", "2", "3", "3", "4", "4"}},
       {"vdec:reorder:1:2", {"0", "3", "1", "2", "4"}},
-      {"vdec:truncate:2", {"0", "1", "2"}},  // half a row has its number
+      {"vdec:truncate:2", {"0", "1", "2"}},  // half a row contains its number
   };
   for (const auto& expected : kCases) {
     Played played({}, {player::ParseDefect(expected.defect)});

@@ -1,4 +1,4 @@
-// The board's player with the board's own media files.
+// The board's player with the board's media files.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -41,7 +41,7 @@ class PlayerTest : public testing::Test {
   test::ShellResult Run(const std::string& arguments) const {
     return test::RunShell(CVN_PLAYER " --root " + test::Quoted(root_) + " " + arguments);
   }
-  /// Plays a file of the board's content as the harness does.
+  /// Plays a file of the board's content like the harness.
   void Play(const std::string& file) const {
     const auto played = Run("--gst-debug=0 -c IP1+IP2  -pf " + test::Quoted(kContent + file));
     ASSERT_EQ(played.status, 0) << played.output;
@@ -77,7 +77,7 @@ TEST_F(PlayerTest, SameFileGivesTheSameDumpsOfStagesInTestMode) {
   EXPECT_FALSE(fs::exists(root_ / "tmp/VO"));
 }
 
-TEST_F(PlayerTest, OnABoardEveryRunHasItsOwnCounterAndNothingElseOfItsOwn) {
+TEST_F(PlayerTest, RunsOnABoardDifferOnlyInTheCounter) {
   const std::string file = "[R102]h264-ResChg.ts";
   Play(file);
   const std::vector<Row> golden = Rows(Stage::kVdec);
@@ -96,8 +96,8 @@ TEST_F(PlayerTest, OnABoardEveryRunHasItsOwnCounterAndNothingElseOfItsOwn) {
     return values;
   };
   const std::vector<long> first = counters(), second = counters();
-  EXPECT_LT(first.front(), second.front()) << "it counts on between two runs";
-  // Six seconds at 30 ppm are 16 ticks.
+  EXPECT_LT(first.front(), second.front()) << "the counter continues between two runs";
+  // Six seconds with a drift of 30 ppm are 16 ticks.
   for (const auto& run : {first, second})
     EXPECT_NEAR(static_cast<double>(run.back() - run.front()), 359 * 1500, 17);
   ASSERT_EQ(test::RunShell(CVNSIM " counter 2000000000 -100").status, 0);
@@ -106,7 +106,7 @@ TEST_F(PlayerTest, OnABoardEveryRunHasItsOwnCounterAndNothingElseOfItsOwn) {
   EXPECT_EQ(set.front(), 2000000000 + std::stol(golden.front().at("90k_counter")) - 900000);
 }
 
-TEST_F(PlayerTest, RatesSizesAndRangesChangeWhereTheFileDoes) {
+TEST_F(PlayerTest, RatesSizesAndRangesFollowTheFile) {
   struct Change {
     std::size_t frame;
     const char* column;
@@ -162,7 +162,7 @@ TEST_F(PlayerTest, TimesCountFromTheStartAndEveryPictureHasItsChecksum) {
   EXPECT_EQ(checksums.size(), rows.size());
 }
 
-TEST_F(PlayerTest, FlashAndBeepComeTogetherOnceASecond) {
+TEST_F(PlayerTest, FlashAndBeepCoincideOncePerSecond) {
   Play("[R501]AVsync_dp_AAC_200_48k_25fps.mp4");
   std::vector<long> flashes;
   for (const Row& row : Rows(Stage::kVo)) {
@@ -224,7 +224,7 @@ TEST_F(PlayerTest, DumpThatCannotBeWrittenIsReported) {
       << run.output;
 }
 
-TEST_F(PlayerTest, PipelineTextNamesTheFileToo) {
+TEST_F(PlayerTest, FileCanBeGivenAsPipelineText) {
   const auto run =
       Run("\"playbin3 uri=file://" + std::string(kContent) +
           "[R401]memc.ts video-sink=dvovideosink audio-sink=cvnalsasink\" -p -c IP1+IP2");

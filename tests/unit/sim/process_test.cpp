@@ -1,4 +1,4 @@
-// What several processes share: state file, trace file, scenario, cvnsim.
+// State shared by several processes: state file, trace file, scenario, cvnsim.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
@@ -26,7 +26,7 @@ using testing::TempDir;
 
 struct Outcome {
   int status;
-  std::string output;  // standard output and error
+  std::string output;  // standard output and standard error
 };
 
 class Processes : public testing::Test {
@@ -34,7 +34,7 @@ class Processes : public testing::Test {
   void SetUp() override {
     board_ = TempDir() + "cvnsim-";
     fs::create_directories(board_ + "/run");
-    Write("run/on", "android\n");  // it stays on from one program to the next
+    Write("run/on", "android\n");  // the board stays on between programs
     unsetenv("CVNSIM_SCENARIO");
     setenv("CVNSIM_STATE", (board_ + "/run/state").c_str(), 1);
     setenv("CVNSIM_TRACE", (board_ + "/run/trace").c_str(), 1);
@@ -42,7 +42,7 @@ class Processes : public testing::Test {
 
   void TearDown() override { fs::remove_all(board_); }
 
-  // Runs a shell command line to its end; the environment names the board.
+  // Runs a shell command line until it ends; the environment selects the board.
   static Outcome Run(const std::string& command) {
     Outcome outcome = {-1, {}};
     FILE* pipe = popen(("exec 2>&1; " + command).c_str(), "r");
@@ -74,19 +74,19 @@ class Processes : public testing::Test {
   std::string board_;
 };
 
-TEST_F(Processes, FindTheBoardAsTheOneBeforeLeftIt) {
+TEST_F(Processes, FindTheBoardAsThePreviousOneLeftIt) {
   EXPECT_EQ(Client("h-init h-hpd h-open").output, "0\n0\n0\n");
-  Write("other", "plug 0 720x480p60\n");  // only who starts the board reads a scenario
+  Write("other", "plug 0 720x480p60\n");  // only the process that starts the board reads a scenario
   setenv("CVNSIM_SCENARIO", (board_ + "/other").c_str(), 1);
   EXPECT_EQ(Client("h-init h-conn0 signal").output, "-4\n0\n3840x2160\n");
 }
 
-TEST_F(Processes, ServeTheRegisterFileWhereTheBoardHasOne) {
+TEST_F(Processes, ProvideTheRegisterFileIfTheBoardHasOne) {
   const std::string path = board_ + "/register";
   EXPECT_EQ(Run("CVNSIM_REGISTER=" + path + " " SIM_CLIENT " h-init; test -p " + path).status, 0);
 }
 
-TEST_F(Processes, TheRegisterFileOfARunningProgramStays) {
+TEST_F(Processes, KeepTheRegisterFileOfARunningProgram) {
   const std::string path = board_ + "/register";
   const std::string client = "CVNSIM_REGISTER=" + path + " " SIM_CLIENT " ";
   FILE* first = popen((client + "h-init wait >/dev/null").c_str(), "w");
@@ -99,7 +99,7 @@ TEST_F(Processes, TheRegisterFileOfARunningProgramStays) {
   pclose(first);
 }
 
-TEST_F(Processes, AProcessIsLeftBehindOnRequest) {
+TEST_F(Processes, LeaveAChildBehindOnRequest) {
   Write("other", "misbehave K2V_RHAL_VFE_HDMI_Initialize leave-child\n");
   setenv("CVNSIM_SCENARIO", (board_ + "/other").c_str(), 1);
   ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
@@ -107,7 +107,7 @@ TEST_F(Processes, AProcessIsLeftBehindOnRequest) {
   std::ifstream children("/proc/thread-self/children");
   pid_t left = 0;
   children >> left;
-  ASSERT_GT(left, 0) << "nobody is left";
+  ASSERT_GT(left, 0) << "no process is left";
   EXPECT_EQ(kill(left, SIGKILL), 0);
   EXPECT_EQ(waitpid(left, nullptr, 0), left);
 }
@@ -131,7 +131,7 @@ TEST_F(Processes, TakeTurnsInCallsAndTrace) {
                                                {"K2V_RHAL_VFE_HDMI_Initialize() = 0", 1},
                                                {"K2V_RHAL_VFE_HDMI_Initialize() = -4", 3999}};
   EXPECT_EQ(counts, expected);
-  // The end of a long trace, whole lines only.
+  // The end of a long trace, in whole lines only.
   EXPECT_EQ(Run(CVNSIM " trace 9000 | sort | uniq -c | wc -l").output, "3\n");
   EXPECT_EQ(Run(CVNSIM " trace 9000 | wc -l").output, "9000\n");
   EXPECT_EQ(Run(CVNSIM " trace 20000 | wc -l").output, "10000\n");
@@ -144,8 +144,8 @@ TEST_F(Processes, InspectingTheBoardProcessesDueEvents) {
   EXPECT_EQ(TraceLines().back().rfind("# signal 3 on: ", 0), 0U) << TraceLines().back();
 }
 
-// The trace is a full pipe, so that the client stands still inside of a call, holding the board.
-TEST_F(Processes, ContinueAfterOneWasKilledInsideACall) {
+// The trace is a full pipe, so that the client blocks inside a call, holding the board's lock.
+TEST_F(Processes, ContinueAfterAProcessWasKilledInsideACall) {
   if (test::IsEmulated()) GTEST_SKIP() << test::kNoRobustMutex;
   const std::string fifo = board_ + "/run/fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
@@ -169,7 +169,7 @@ TEST_F(Processes, ContinueAfterOneWasKilledInsideACall) {
     ASSERT_EQ(ioctl(pipe, FIONREAD, &buffered), 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  EXPECT_EQ(Run("timeout 0.2 " SIM_CLIENT " h-init").status, 124) << "the board is held";
+  EXPECT_EQ(Run("timeout 0.2 " SIM_CLIENT " h-init").status, 124) << "the board is locked";
   kill(client, SIGKILL);
   int status = 0;
   waitpid(client, &status, 0);
@@ -179,7 +179,7 @@ TEST_F(Processes, ContinueAfterOneWasKilledInsideACall) {
   EXPECT_EQ(next.output, "-4\n0\n") << "status " << next.status;
 }
 
-TEST_F(Processes, TimeScaleMakesTimedEventsComeEarlier) {
+TEST_F(Processes, TimeScaleSpeedsUpTimedEvents) {
   Write("scenario", "plug 0 1920x1080p60\nafter 100 s unplug 0\n");
   setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);
   const std::string steps = std::string(kHdmiOn) + " signal nap signal";
@@ -194,7 +194,7 @@ TEST_F(Processes, TimeScaleMakesTimedEventsComeEarlier) {
   EXPECT_EQ(Client("").status, 2);
 }
 
-TEST_F(Processes, RefuseAWrongScenarioLineImmediately) {
+TEST_F(Processes, RejectAnInvalidScenarioLineImmediately) {
   const struct {
     const char* line;
     const char* message;
@@ -238,11 +238,11 @@ TEST_F(Processes, RefuseAWrongScenarioLineImmediately) {
   setenv("CVNSIM_SCENARIO_NAME", "given.txt", 1);
   EXPECT_EQ(Client("h-init").output.rfind("simulated board: given.txt:4: unknown command ''", 0),
             0U);
-  Write("scenario", "plug 3 1920x1080p60\n");  // the refused ones had no effect
+  Write("scenario", "plug 3 1920x1080p60\n");  // the rejected lines had no effect
   EXPECT_EQ(Client("h-init h-hpd h-open h-conn0 signal").output, "0\n0\n0\n0\n0x0\n");
 }
 
-TEST_F(Processes, RefuseUnusableFilesAndThoseOfOthers) {
+TEST_F(Processes, RejectUnusableAndForeignFiles) {
   Write("run/state", "a letter to my aunt\n");
   EXPECT_EQ(Client("h-init").status, 2);
   EXPECT_NE(Client("h-init").output.find("state file of another version"), std::string::npos);
@@ -263,7 +263,7 @@ TEST_F(Processes, ShareTheRingsOfTheLink) {
   };
   FILE* running = popen((SIM_CLIENT " ring wait ring-used >" + printed).c_str(), "w");
   while (!text().ends_with('\n')) std::this_thread::yield();
-  EXPECT_EQ(Client("fill 1 fill 2").output, "0\n-2\n") << "there is one ring";
+  EXPECT_EQ(Client("fill 1 fill 2").output, "0\n-2\n") << "there is only one ring";
   EXPECT_EQ(pclose(running), 0);
   EXPECT_EQ(text(), "1\n30\n");
 }
@@ -293,7 +293,7 @@ TEST_F(Processes, CvnsimChangesARunningBoard) {
   EXPECT_EQ(pclose(running), 0);
 }
 
-TEST_F(Processes, CvnsimChangesWhatIsAroundTheBoard) {
+TEST_F(Processes, CvnsimChangesTheEnvironmentOfTheBoard) {
   fs::remove_all(board_ + "/run");
   fs::create_directories(board_ + "/root/sim");
   fs::create_directories(board_ + "/root/dev/block");
@@ -313,14 +313,14 @@ TEST_F(Processes, CvnsimChangesWhatIsAroundTheBoard) {
   EXPECT_FALSE(isThere("root/dev/block/sda") || isThere("run/network-down"));
 }
 
-TEST_F(Processes, CvnsimReportsWhatItCannotDo) {
+TEST_F(Processes, CvnsimReportsErrors) {
   const Outcome wrong = Cvnsim("unplgu 0");
   EXPECT_EQ(wrong.status, 2);
   EXPECT_EQ(wrong.output.rfind("cvnsim: unknown command 'unplgu': expected plug, unplug,", 0), 0U);
   const Outcome none = Cvnsim("unplug 0");
   EXPECT_EQ(none.status, 1);
   EXPECT_EQ(none.output.rfind("cvnsim: no running board found (missing " + board_, 0), 0U);
-  EXPECT_FALSE(fs::exists(board_ + "/run/state")) << "asking must not start a board";
+  EXPECT_FALSE(fs::exists(board_ + "/run/state")) << "a query must not start a board";
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// What the simulated receivers report about sources of all kinds, and the order that they enforce.
+// Values that the simulated receivers report for sources of all kinds, and the call order that they
+// enforce.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,8 +27,8 @@ void BringUp() {
   K2V_RHAL_VFE_HDMI_EnableHPD();
 }
 
-/// An EDID that lists 3840x2160p60 for 4:2:0 too, in a capability map, and 4096x2160p60 for nothing
-/// else. Bit 0 of the map is another timing's.
+/// An EDID that lists 3840x2160p60 also for 4:2:0, in a capability map, and 4096x2160p60 for 4:2:0
+/// only. Bit 0 of the map belongs to another timing.
 void StoreEdid(uint8_t port) {
   constexpr uint8_t kExtension[] = {
       0x02, 0x03, 0x0e, 0x00, 0x42, 0x10, 0x61,
@@ -47,7 +48,7 @@ TEST(HdmiSource, SendsWhatFitsItsKindTimingAndLink) {
     int hdcp;
     uint32_t vendorInfoFrames;
   } kCases[] = {
-      // Kinds, and ways to send what whole chroma is too much for.
+      // Kinds, and formats for bandwidths that are too small for full chroma.
       {"3840x2160p60 hdr", 97, 0, k420, 3, 0, 2, 0, 1, 371250, 1, 2, 2},
       {"3840x2160p50 hdr", 96, 0, k422, 3, 0, 2, 0, 1, 594000, 1, 2, 2},  // not in the map
       {"4096x2160p60 hlg", 102, 0, k420, 3, 0, 0, 0, 1, 371250, 1, 2, 2},
@@ -55,7 +56,7 @@ TEST(HdmiSource, SendsWhatFitsItsKindTimingAndLink) {
       {"1920x1080p60 hdr", 16, 0, k444, 3, 0, 2, 0, 1, 185625, 0, 2, 1},
       {"1920x1080p60 deep", 16, 0, k444, 2, 0, 2, 0, 2, 222750, 0, 1, 1},
       {"3840x2160p60 pc", 97, 0, kRgb, 0, 1, 2, 0, 0, 594000, 1, 0, 2},
-      // Codes and shapes.
+      // Codes and aspect ratios.
       {"1920x1080i50", 20, 0, k444, 2, 0, 2, 0, 0, 74250, 0, 1, 1},
       {"720x576p50", 18, 0, k444, 1, 0, 2, 0, 0, 27000, 0, 1, 1},
       {"720x576i50", 22, 0, k444, 1, 0, 2, 1, 0, 27000, 0, 1, 1},
@@ -102,7 +103,7 @@ TEST(HdmiSource, SendsWhatFitsItsKindTimingAndLink) {
   }
 }
 
-TEST(HdmiSource, WhatTheLinkDoesNotCarryIsNotLockedTo) {
+TEST(HdmiSource, IsNotLockedIfTheTimingExceedsTheLink) {
   simhal::Apply("lock 0 0");
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(0);
@@ -111,11 +112,11 @@ TEST(HdmiSource, WhatTheLinkDoesNotCarryIsNotLockedTo) {
     bool withEdid;
     bool locks;
   } kCases[] = {
-      {"3840x2160p60 hdr", false, true},  // half the chroma does it
+      {"3840x2160p60 hdr", false, true},  // fits with subsampled chroma
       {"3840x2160p60", false, true},      {"3840x2160p120", true, false},
       {"3840x2160p120 hdr", true, false}, {"4096x2160p60 pc", false, true},
       {"4096x2160p100 pc", true, false},  {"1920x1080p60 dvi", true, true},
-      {"1920x1080p120 dvi", true, false},  // one link of 165 MHz
+      {"1920x1080p120 dvi", true, false},  // single link, 165 MHz
       {"1920x1080p120", true, true},
   };
   for (const auto& c : kCases) {
@@ -131,7 +132,7 @@ TEST(HdmiSource, WhatTheLinkDoesNotCarryIsNotLockedTo) {
   }
 }
 
-TEST(HdmiSource, ReportsTheEyesOf3d) {
+TEST(HdmiSource, Reports3dFormats) {
   simhal::Apply("lock 0 0");
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(0);
@@ -188,8 +189,8 @@ TEST(HdmiSource, ReportsTheEyesOf3d) {
     EXPECT_NE(simhal::Apply(command).find(refusal), std::string::npos) << command;
 }
 
-// The eyes of these share the frames that a flat picture has, and no info-frame says so.
-TEST(HdmiSource, KeepsOther3dToItself) {
+// The eyes share the frames of a 2D picture, and no info-frame announces these formats.
+TEST(HdmiSource, DoesNotAnnounceOther3dFormats) {
   simhal::Apply("lock 0 0");
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(0);
@@ -234,7 +235,7 @@ TEST(HdmiSource, OnlyHdrReportsItsMasteringDisplay) {
   K2V_RHAL_VFE_HDMI_Connect(1);
   ASSERT_EQ(K2V_RHAL_VFE_HDMI_GetDRMInfo(0, &drm), kOk);
   EXPECT_EQ(drm.eEOTFtype, static_cast<uint32_t>(K2V_HDMI_EOTF_PQ));
-  // BT.2020 red is 0.708, 0.292.
+  // The x and y coordinates of BT.2020 red are 0.708 and 0.292.
   EXPECT_EQ(drm.stDisplayPrimaries[2].x, 35400);
   EXPECT_EQ(drm.stDisplayPrimaries[2].y, 14600);
   EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetDRMInfo(1, &drm), kFail);
@@ -264,7 +265,7 @@ TEST(HdmiSource, OnlyHdcp1HasAKeySelectionVector) {
 
 struct Signal {
   int width;
-  int mute;  // of the receiver; negative: its failure
+  int mute;  // mute state of the receiver; negative: error code
 };
 
 Signal PollPort0() {
@@ -275,7 +276,7 @@ Signal PollPort0() {
   return {timing.active.w, result == kOk ? muted : result};
 }
 
-TEST(HdmiLock, IsLostWhereTheSourceStartsOrChangesItsTiming) {
+TEST(HdmiLock, IsLostIfTheSourceStartsOrChangesItsTiming) {
   constexpr Signal kNone = {0, kNoSignal};
   const struct {
     const char* before;
@@ -310,14 +311,14 @@ TEST(HdmiLock, IsLostWhereTheSourceStartsOrChangesItsTiming) {
   }
 }
 
-TEST(HdmiLock, IsLostWhereTheHotPlugLineIsRaisedAgain) {
+TEST(HdmiLock, IsLostIfTheHotPlugLineIsRaisedAgain) {
   simhal::Apply("lock 0 2");
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(0);
   for (const auto& raise : std::vector<std::function<int()>>{
            [] { return K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 1); }, K2V_RHAL_VFE_HDMI_EnableHPD}) {
     EXPECT_EQ(raise(), kOk);
-    EXPECT_EQ(PollPort0().width, 3840) << "it was raised";
+    EXPECT_EQ(PollPort0().width, 3840) << "it was raised already";
     EXPECT_EQ(K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 0), kOk);
     EXPECT_EQ(PollPort0().width, 0);
     EXPECT_EQ(raise(), kOk);
@@ -325,7 +326,7 @@ TEST(HdmiLock, IsLostWhereTheHotPlugLineIsRaisedAgain) {
   }
 }
 
-TEST(HdmiLock, TakesItsTime) {
+TEST(HdmiLock, TakesTime) {
   BringUp();
   K2V_RHAL_VFE_HDMI_Connect(0);
   const auto start = std::chrono::steady_clock::now();
@@ -336,14 +337,14 @@ TEST(HdmiLock, TakesItsTime) {
   EXPECT_EQ(clock.bPllLocked, 0);
   while (PollPort0().width == 0) std::this_thread::yield();
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(299));
-  // A receiver that is brought up in front of a source finds its signal at once.
+  // A receiver that is started while a source is connected locks to its signal immediately.
   simhal::Apply("timing 0 3840x2160p60");
   K2V_RHAL_VFE_HDMI_Disconnect(0);
   K2V_RHAL_VFE_HDMI_Connect(0);
   EXPECT_EQ(PollPort0().width, 3840);
 }
 
-TEST(HdmiPort, KeepsEdidAndHdcpDataApart) {
+TEST(HdmiPort, StoresEdidAndHdcpDataSeparately) {
   K2V_RHAL_VFE_HDMI_Initialize();
   uint8_t written[K2V_HDMI_HDCP_BYTES], read[K2V_HDMI_HDCP_BYTES] = {};
   for (int i = 0; i < K2V_HDMI_HDCP_BYTES; ++i) written[i] = static_cast<uint8_t>(255 - i);
@@ -372,7 +373,7 @@ TEST(HdmiPort, ConnectionStateFollowsCableAndHotPlug) {
   EXPECT_EQ(state(), 0);
   K2V_RHAL_VFE_HDMI_Disconnect(0);
   K2V_RHAL_VFE_HDMI_Connect(0);
-  EXPECT_EQ(state(), 0) << "but not one that is held low";
+  EXPECT_EQ(state(), 0) << "but connecting does not raise a line that is held low";
   K2V_RHAL_VFE_HDMI_EnableHPD();
   EXPECT_EQ(state(), 1);
   simhal::Apply("signal 0 off");
@@ -386,7 +387,7 @@ TEST(HdmiStatus, EnforcesOrderAndArguments) {
   static uint8_t bytes[K2V_HDMI_HDCP_BYTES];
   static uint32_t value;
   const struct {
-    const char* board;  // a command, after connecting ports 0 and 2
+    const char* board;  // a command, executed after connecting ports 0 and 2
     std::function<int()> call;
     int result;
   } kCases[] = {

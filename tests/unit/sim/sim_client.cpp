@@ -1,8 +1,8 @@
-// sim_client STEP…: does HAL calls in a row and prints each one's result; "signal" prints the
-// active size of port 0, "nap" waits 50 ms, "wait" waits for the end of the standard input,
-// "loop N" repeats the HDMI initialisation N times. "ring" opens a session of the link and makes a
-// ring buffer, of which it prints the handle; "ring-used" prints how many bytes wait there, "fill
-// HANDLE" lets the slave put 30 bytes into the buffer of that handle.
+// sim_client STEP…: makes HAL calls in order and prints each result. "signal" prints the active
+// size of port 0, "nap" waits 50 ms, "wait" waits for the end of standard input, "loop N" repeats
+// the HDMI initialisation N times. "ring" opens a session of the link, creates a ring buffer and
+// prints its handle; "ring-used" prints the number of bytes in it; "fill HANDLE" makes the slave
+// put 30 bytes into the buffer with that handle.
 #include <unistd.h>
 
 #include <cstdlib>
@@ -38,7 +38,7 @@ int Fill(uint32_t handle) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  alarm(20);  // a board that never comes free again ends the client, and with it the test
+  alarm(20);  // ends the client, and so the test, if the board stays locked
   for (int i = 1; i < argc; ++i) {
     const std::string step = argv[i];
     if (step == "signal") {

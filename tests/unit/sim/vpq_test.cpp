@@ -1,4 +1,4 @@
-// Picture quality of the simulated HAL: what is kept, what is refused and what is measured.
+// Picture quality of the simulated HAL: stored values, rejected values and measurements.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ namespace {
 constexpr int kOk = K2V_RHAL_OK, kParam = K2V_RHAL_ERR_PARAM, kOrder = K2V_RHAL_ERR_ORDER,
               kNoSignal = K2V_RHAL_ERR_NO_SIGNAL;
 
-TEST(Vpq, ReturnsWhatWasSetAndRefusesValuesOutOfRange) {
+TEST(Vpq, ReturnsStoredValuesAndRejectsValuesOutOfRange) {
   int32_t value = 0;
   EXPECT_EQ(K2V_RHAL_VPQ_SetBrightness(100), kOk);
   EXPECT_EQ(K2V_RHAL_VPQ_SetBrightness(101), kParam);
@@ -35,7 +35,7 @@ TEST(Vpq, ReturnsWhatWasSetAndRefusesValuesOutOfRange) {
   EXPECT_EQ(told.nBlueOffset, 50);
 }
 
-/// The function that sets what a getter returns, by its name.
+/// The setter for the value that a getter returns, looked up by name.
 void* SetterOf(std::string getter) {
   static const std::map<std::string, std::string> kNamedOtherwise = {
       {"VPQ_GetODLevel", "VPQ_SetODReadEnable"},
@@ -67,7 +67,7 @@ TEST(Vpq, GettersReturnWhatTheirSettersStored) {
   }
 }
 
-TEST(Vpq, KeepsSettingsThatHaveTwoWays) {
+TEST(Vpq, SettingsWithTwoInterfacesAreShared) {
   EXPECT_EQ(K2V_RHAL_VPQ_SetColorFacOSDMap(4, 10, 1023), kOk);
   EXPECT_EQ(K2V_RHAL_VPQ_SetColorFacOSDMap(5, 10, 1023), kParam);
   EXPECT_EQ(K2V_RHAL_VPQ_SetColorFacOSDMapByLv(4, 59, 7), kOk);
@@ -106,7 +106,7 @@ int32_t Told(int (*get)(int32_t*)) {
   return value;
 }
 
-TEST(Vpq, CallsThatMeanTheSameMeet) {
+TEST(Vpq, EquivalentCallsShareTheirValue) {
   K2V_VPQ_PICTURE_CTRL_T picture = {1, 2, 3, 4};  // contrast, brightness, saturation, hue
   EXPECT_EQ(K2V_RHAL_VPQ_SetPictureCtrl(&picture), kOk);
   EXPECT_EQ(Told(K2V_RHAL_VPQ_GetContrast), 1);
@@ -131,7 +131,7 @@ TEST(Vpq, CallsThatMeanTheSameMeet) {
   EXPECT_EQ(Told(K2V_RHAL_VPQ_MEMC_GetFrameDelay), 1);
 }
 
-TEST(Vpq, ColourTemperatureIsOneHoweverItIsSet) {
+TEST(Vpq, ColourTemperatureIsSharedByAllInterfaces) {
   const auto chip = [] {
     K2V_VPQ_COLOR_TEMP_EXTEND_T record{};
     EXPECT_EQ(K2V_RHAL_VPQ_GetColorTempGainOffset(&record), kOk);
@@ -146,7 +146,7 @@ TEST(Vpq, ColourTemperatureIsOneHoweverItIsSet) {
   };
   using Chip = std::vector<uint32_t>;
   using User = std::vector<int>;
-  EXPECT_EQ(chip(), Chip(6, 512)) << "neutral at power-on";
+  EXPECT_EQ(chip(), Chip(6, 512)) << "neutral after power-on";
   K2V_VPQ_COLOR_TEMP_T steps = {-50, 1, 2, 3, 4, 50};
   EXPECT_EQ(K2V_RHAL_VPQ_SetColorTemp(&steps), kOk);
   EXPECT_EQ(chip(), (Chip{12, 522, 532, 542, 552, 1012}));
@@ -158,7 +158,7 @@ TEST(Vpq, ColourTemperatureIsOneHoweverItIsSet) {
   EXPECT_EQ(user().back(), 10);
   K2V_VPQ_COLOR_TEMPERATURE_T level = {1, 100, 200, 300};
   EXPECT_EQ(K2V_RHAL_VPQ_SetColorTemperature(&level), kOk);
-  EXPECT_EQ(chip()[0], 0u) << "not the chosen level";
+  EXPECT_EQ(chip()[0], 0u) << "not the selected level";
   level.eLevel = 2;
   EXPECT_EQ(K2V_RHAL_VPQ_SetColorTemperature(&level), kOk);
   EXPECT_EQ(chip(), (Chip{100, 200, 300, 518, 512, 612}));
@@ -167,11 +167,11 @@ TEST(Vpq, ColourTemperatureIsOneHoweverItIsSet) {
   EXPECT_EQ(user(), User(6, 0));
 }
 
-TEST(Vpq, StartAndEndHaveAnOrder) {
+TEST(Vpq, EnforcesTheOrderOfStartAndEnd) {
   EXPECT_EQ(K2V_RHAL_VPQ_Open(), kOrder);
   EXPECT_EQ(K2V_RHAL_VPQ_Initialize(), kOk);
   EXPECT_EQ(K2V_RHAL_VPQ_Open(), kOk);
-  EXPECT_EQ(K2V_RHAL_VPQEX_Open(), kOrder) << "the extension has its own";
+  EXPECT_EQ(K2V_RHAL_VPQEX_Open(), kOrder) << "the extension has a separate start";
   EXPECT_EQ(K2V_RHAL_VPQ_Uninitialize(), kOk);
   EXPECT_EQ(K2V_RHAL_VPQ_Close(), kOrder);
 }

@@ -1,5 +1,5 @@
-// What the tests of the receiver tests share: a test function with the operator's answers, and the
-// board that changes while it polls.
+// Shared by the tests of the receiver tests: running a test function with the operator's answers,
+// and a board that changes while the test polls.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +25,7 @@ inline bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-/// Does a command at the n-th wait of 100 ms from now, counted from 1, that is before the n-th
+/// Executes a command at the n-th wait of 100 ms from now, counted from 1, that is, before the n-th
 /// poll.
 inline void AtPolls(std::map<int, std::string> commands) {
   scripted::OnWait([commands, polls = 0](unsigned long us) mutable {
@@ -35,7 +35,7 @@ inline void AtPolls(std::map<int, std::string> commands) {
   });
 }
 
-/// The calls so far whose names begin with `prefix`, without that prefix.
+/// The calls so far whose names begin with `prefix`, without the prefix.
 inline Lines CallsOf(const std::string& prefix) {
   Lines calls;
   for (const std::string& line : simhal::Calls()) {
@@ -44,7 +44,7 @@ inline Lines CallsOf(const std::string& prefix) {
   return calls;
 }
 
-/// The last `count` calls, without the part of the name that all of them have.
+/// The last `count` calls, without the common prefix of their names.
 inline Lines LastCalls(std::size_t count) {
   constexpr std::size_t kPrefixLength = std::string_view("K2V_RHAL_").size();
   const Lines all = simhal::Calls();

@@ -1,4 +1,4 @@
-// The HDMI receiver unit tests: their lines to the letter, and what makes them fail.
+// The HDMI receiver unit tests: their exact output, and the conditions under which they fail.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -70,7 +70,7 @@ TEST(HdmiUnit, PrintsEveryStepBeforeItsCall) {
   }
 }
 
-TEST(HdmiUnit, EndsAtTheFirstStepThatFailsAndLeavesTheReceiver) {
+TEST(HdmiUnit, EndsAtTheFirstFailingStepWithoutCleaningUp) {
   const TestFunction kAny = T::UTVfeHdmiTest_GetHDCPReceiverId;
   const struct {
     TestFunction test;
@@ -82,7 +82,7 @@ TEST(HdmiUnit, EndsAtTheFirstStepThatFailsAndLeavesTheReceiver) {
       {T::UTVfeHdmiTest_Close, "Initialize"},
       {T::UTVfeHdmiTest_EnableHPD, "Set_HotPlug"},
       {T::UTVfeHdmiTest_IsHDCP22Supported, "Initialize"},
-      {T::UTVfeHdmiTest_GetPortTimingInfo, "Initialize"},  // asks for no port
+      {T::UTVfeHdmiTest_GetPortTimingInfo, "Initialize"},  // prompts for no port
       {T::UTVfeHdmiTest_GetScdcStatus, "Open"},
       {T::UTVfeHdmiTest_Disconnect, "Disconnect"},
       {T::UTVfeHdmiTest_ReadEDID, "ReadEDID"},
@@ -106,11 +106,11 @@ TEST(HdmiUnit, EndsAtTheFirstStepThatFailsAndLeavesTheReceiver) {
     EXPECT_EQ(run.result, 1) << function;
     EXPECT_TRUE(run.output.ends_with("\nResult : failed - " + function + " failed\n"))
         << run.output;
-    EXPECT_TRUE(simhal::Calls().back().starts_with(function)) << "nothing comes behind it";
+    EXPECT_TRUE(simhal::Calls().back().starts_with(function)) << "no call follows it";
   }
 }
 
-TEST(HdmiUnit, FindsAMemoryThatChangesWhatIsWritten) {
+TEST(HdmiUnit, DetectsCorruptedMemory) {
   simhal::Apply("spoil 0 edid on");
   auto run = PlayTest(T::UTVfeHdmiTest_WriteEDID, "");
   EXPECT_EQ(run.result, 1);
@@ -122,8 +122,9 @@ TEST(HdmiUnit, FindsAMemoryThatChangesWhatIsWritten) {
   EXPECT_TRUE(run.output.ends_with("& check data\nResult : failed - check data failed\n"));
 }
 
-TEST(HdmiUnit, ANullBufferMustBeRefused) {
-  simhal::Fail("K2V_RHAL_VFE_HDMI_WriteHDCP", 0, 2);  // the second write, with the null pointer
+TEST(HdmiUnit, FailsIfANullBufferIsAccepted) {
+  simhal::Fail("K2V_RHAL_VFE_HDMI_WriteHDCP", 0,
+               2);  // the second write, which passes a null pointer
   const auto run = PlayTest(T::UTVfeHdmiTest_WriteHDCP, "");
   EXPECT_EQ(run.result, 1);
   EXPECT_TRUE(
@@ -140,13 +141,13 @@ TEST(HdmiUnit, ConnectFollowsTheCable) {
       run.output.ends_with("3.1 Please Connect HDMI Cable to HDMI Port 0\n"
                            "3.1 Please Disconnect HDMI Cable from HDMI Port 0\nResult : Passed\n"));
 
-  // Reading the state 8 times finds the cable; the 9th and all that follow fail.
+  // The 8th read of the state finds the cable; the 9th and all later reads fail.
   AtPolls({{7, "plug 0 1920x1080p60"}});
   simhal::Reset();
   simhal::Unplug(0);
   simhal::Fail("K2V_RHAL_VFE_HDMI_GetConnectionState", 5, 9);
   run = PlayTest(T::UTVfeHdmiTest_Connect, "");
-  EXPECT_EQ(run.result, 1) << "the cable is still in";
+  EXPECT_EQ(run.result, 1) << "the cable is still plugged in";
   EXPECT_TRUE(
       run.output.ends_with("Disconnect HDMI Cable from HDMI Port 0\n"
                            "Result : failed - K2V_RHAL_VFE_HDMI_GetConnectionState failed\n"))
@@ -167,7 +168,7 @@ TEST(HdmiUnit, ConnectFollowsTheCable) {
   }
 }
 
-TEST(HdmiUnit, AStateThatCannotBeReadWhileWaitingForTheCableEndsTheTest) {
+TEST(HdmiUnit, UnreadableStateWhileWaitingForTheCableEndsTheTest) {
   simhal::Unplug(0);
   simhal::Fail("K2V_RHAL_VFE_HDMI_GetConnectionState", 5, 4);
   const auto run = PlayTest(T::UTVfeHdmiTest_GetClockStatus, "");
@@ -178,7 +179,7 @@ TEST(HdmiUnit, AStateThatCannotBeReadWhileWaitingForTheCableEndsTheTest) {
       << run.output;
 }
 
-TEST(HdmiUnit, AsksEveryPortForHdcp22AndRefusesACountThatCannotBe) {
+TEST(HdmiUnit, QueriesHdcp22OfEveryPortAndRejectsInvalidCounts) {
   const struct {
     int count;
     int ports;
@@ -202,8 +203,8 @@ TEST(HdmiUnit, AsksEveryPortForHdcp22AndRefusesACountThatCannotBe) {
   }
 }
 
-// A prompt for the port forgets what was typed before it, so these have a terminal.
-TEST(HdmiUnit, AsksForThePortUntilItIsOne) {
+// A prompt for the port discards input typed earlier, so these tests use a terminal.
+TEST(HdmiUnit, PromptsUntilAValidPortIsEntered) {
   Pty pty([] { return 40 + hdmi_steps::get_port(); });
   for (const char* wrong : {"4", "-1", "x"}) {
     ASSERT_TRUE(pty.Answer("\nwhich port to test (0~3) ? ", wrong));
@@ -216,10 +217,10 @@ struct PortCase {
   TestFunction test;
   const char* port;
   int result;
-  const char* end;  // of what is printed
+  const char* end;  // end of the output
 };
 
-TEST(HdmiUnit, TestsThePortThatIsAskedFor) {
+TEST(HdmiUnit, TestsTheEnteredPort) {
   simhal::Apply("plug 2 1920x1080p60 pc");
   simhal::Apply("mute 2 on");
   const PortCase kCases[] = {
@@ -244,11 +245,11 @@ TEST(HdmiUnit, TestsThePortThatIsAskedFor) {
     const bool empty = *c.port == '3';
     EXPECT_EQ(Contains(pty.Transcript(), "Please Connect HDMI Cable to port3\n"), empty);
     simhal::Apply("clear all");
-    K2V_RHAL_VFE_HDMI_Uninitialize();  // what failed was left as it was
+    K2V_RHAL_VFE_HDMI_Uninitialize();  // a failed test does not clean up
   }
 }
 
-TEST(HdmiUnit, ANullTimingRecordMustBeRefused) {
+TEST(HdmiUnit, FailsIfANullTimingRecordIsAccepted) {
   simhal::Fail("K2V_RHAL_VFE_HDMI_GetPortTimingInfo", 0, 2);
   Pty pty([] { return T::UTVfeHdmiTest_GetPortTimingInfo(nullptr); });
   ASSERT_TRUE(pty.Answer("which port to test (0~3) ? ", "0"));

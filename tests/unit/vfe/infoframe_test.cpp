@@ -1,4 +1,4 @@
-// The receiver's records as text, against whole blocks.
+// The receiver's records as text, compared as whole blocks.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -35,7 +35,7 @@ TEST(InfoFrameText, Avi) {
 
 TEST(InfoFrameText, SpdWithNamesThatFillTheirFields) {
   K2V_HAL_VFE_HDMI_SPD_INFO_T info{};
-  std::fill_n(info.VendorName, sizeof(info.VendorName), 'V');  // not even the zero byte is there
+  std::fill_n(info.VendorName, sizeof(info.VendorName), 'V');  // without a terminating zero byte
   std::fill_n(info.ProductDescription, sizeof(info.ProductDescription), 'P');
   info.SourceDeviceInfo = 9;
   EXPECT_EQ(TextOf([&] { PrintSpdInfo(info); }),
@@ -70,7 +70,7 @@ TEST(InfoFrameText, VsiAndSeveralVsi) {
   all.stVSI[3].nLength = 255;
   const std::string text = TextOf([&] { _dump_multi_vsif(&all); });
   EXPECT_NE(text.find("stVSI[3]"), std::string::npos);
-  EXPECT_EQ(text.find("stVSI[4]"), std::string::npos) << "a count that cannot be is not believed";
+  EXPECT_EQ(text.find("stVSI[4]"), std::string::npos) << "an invalid count is limited";
 }
 
 TEST(InfoFrameText, Drm) {
@@ -92,7 +92,7 @@ TEST(InfoFrameText, Drm) {
             "nMaxCLL : 65535 cd/m2\nnMaxFALL : 400 cd/m2\n");
 }
 
-TEST(InfoFrameText, PacketsAreFourRecordsUnderTheirNames) {
+TEST(InfoFrameText, PacketsContainFourRecordsWithTheirNames) {
   K2V_HAL_VFE_HDMI_PACKET_INFO_T info{};
   info.stAVI.VideoIdCode = 97;
   std::copy_n("Vendor", 7, info.stSPD.VendorName);

@@ -1,5 +1,5 @@
-// The polling tests of both receivers: what they do with the scaler as the signal comes and goes,
-// and what the operator's answers do.
+// The polling tests of both receivers: control of the scaler when the signal appears and
+// disappears, and effects of the operator's answers.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -14,10 +14,10 @@ namespace {
 
 using namespace vfe;
 
-// Answers where a picture is brought up: window and size, then the window to show.
+// Answers given when a picture is shown: window and size, then the window to unblank.
 const std::string kPlaceIt = "0\n1\n0\n";
 
-/// A receiver without hardware that reports the sizes of a list, repeating the last one.
+/// A receiver without hardware that reports the sizes in a list, repeating the last one.
 std::vector<K2V_VIDEO_RECT_T> sizes;
 std::size_t nextSize = 0;
 DetectionState fakeState;
@@ -84,12 +84,12 @@ TEST(Detection, FollowsTheTableForEveryStateAndSize) {
     nextSize = 0;
     uint8_t next = 99;
     Lines calls;
-    // The state after one poll is seen at the wait before the second.
+    // The state after the first poll is visible at the wait before the second.
     scripted::OnWait([&, polls = 0](unsigned long us) mutable {
       if (us != 100'000 || ++polls != 2) return;
       next = fakeState.state;
       calls = CallsOf("K2V_RHAL_VSC_");
-      fakeState.state = 0;  // the remaining polls ask nothing
+      fakeState.state = 0;  // the remaining polls do not prompt
       sizes = {K2V_VIDEO_RECT_T{}};
     });
     const auto run = scripted::Play("0\n" + kPlaceIt + "1\n1\n",
@@ -123,7 +123,7 @@ TEST(HdmiPolling, FollowsTheSignalThroughLossAndReturn) {
                        "video_lr_order:0\nVfeHdmiMUROTestCase:4\n"));
 }
 
-TEST(HdmiPolling, ShowsAnotherTimingOnceTheReceiverHasLockedToIt) {
+TEST(HdmiPolling, ShowsANewTimingAfterTheReceiverHasLocked) {
   simhal::Apply("lock 0 2");
   AtPolls({{6, "timing 0 1920x1080p50"}});
   const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1,
@@ -142,7 +142,7 @@ TEST(HdmiPolling, ShowsAnotherTimingOnceTheReceiverHasLockedToIt) {
 TEST(HdmiPolling, KeepsItsStateFromRunToRun) {
   PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1, "0\n" + kPlaceIt + "1\n");
   simhal::ClearCalls();
-  // The first run ended with a picture; nothing is plugged into port 3.
+  // The first run ended with a picture; port 3 has no cable.
   const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase3, "3\n0\n1\n");
   EXPECT_EQ(CallsOf("K2V_RHAL_VSC_").front(), "SetWinBlank(0, 1, 1) = 0");
   EXPECT_TRUE(Contains(run.output, "VfeHdmiMUROTestCase:3\nWait\n"));
@@ -157,7 +157,7 @@ struct AnswerCase {
   const char* question;
 };
 
-TEST(HdmiPolling, AsksAtThe101stPollAndDoesWhatIsAnswered) {
+TEST(HdmiPolling, PromptsAtThe101stPollAndFollowsTheAnswer) {
   const std::string poll = "VFE_HDMI_GetPortTimingInfo(3, {no signal}) = 0";
   const std::string notConnected = "VSC_Disconnect(0, {type=2, attr=0x0, output=0}) = -3";
   const Lines tornDown = {poll, notConnected, "VFE_HDMI_Disconnect(3) = 0", "VFE_HDMI_Close() = 0",
@@ -190,19 +190,19 @@ TEST(HdmiPolling, AsksAtThe101stPollAndDoesWhatIsAnswered) {
   }
 }
 
-TEST(HdmiPolling, ChangesThePortAndDrivesTheNewOne) {
+TEST(HdmiPolling, ChangesThePortAndUsesTheNewOne) {
   const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1, "3\n0\n258\n1\n");
   EXPECT_TRUE(Contains(
       run.output, "VfeHdmiMUROTestCase change port, 0(HDMI1); 1(HDMI2); 2(HDMI3); \nTry Again\n"));
   const Lines calls = CallsOf("K2V_RHAL_VFE_HDMI_");
   const auto change = std::find(calls.begin(), calls.end(), "Disconnect(3) = 0");
   ASSERT_LT(change + 2, calls.end());
-  EXPECT_EQ(change[1], "Connect(2) = 0") << "the low byte counts";
+  EXPECT_EQ(change[1], "Connect(2) = 0") << "only the low byte is used";
   EXPECT_EQ(change[2], "GetPortTimingInfo(2, {no signal}) = 0");
   EXPECT_EQ(calls[calls.size() - 3], "Disconnect(2) = 0");
 }
 
-TEST(HdmiPolling, WrongAnswersForThePortAreDroppedAndAnyNumberGoesToTheHal) {
+TEST(HdmiPolling, PortAnswersMustBeNumbersAndArePassedToTheHal) {
   const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1, "HDMI1 4\n");
   EXPECT_EQ(run.result, 1);
   EXPECT_TRUE(
@@ -211,7 +211,7 @@ TEST(HdmiPolling, WrongAnswersForThePortAreDroppedAndAnyNumberGoesToTheHal) {
   EXPECT_EQ(LastCalls(2), (Lines{"VFE_HDMI_Connect(4) = -2", "VFE_HDMI_Disconnect(4) = -2"}));
 }
 
-TEST(Polling, ABringUpThatFailsIsReportedAndUndone) {
+TEST(Polling, FailedBringUpIsReportedAndUndone) {
   const TestFunction hdmi = VfeHdmiMUROTestCase::VfeHdmiMUROTestCase1;
   const TestFunction hdmiOnce = VfeHdmiMUROTestCase::VfeHdmiMURO_SwitchToHDMI;
   const TestFunction vby1 = VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase1;
@@ -238,7 +238,7 @@ TEST(Polling, ABringUpThatFailsIsReportedAndUndone) {
   }
 }
 
-TEST(HdmiPolling, PrintsTheInfoFramesThatAreAskedForOncePerPicture) {
+TEST(HdmiPolling, PrintsTheRequestedInfoFramesOncePerPicture) {
   simhal::Apply("lock 0 0");
   AtPolls({{6, "signal 0 off"}, {9, "plug 0 1920x1080p60"}});
   const auto run = PlayTest(VfeHdmiMUROTestCase::VfeHdmiMUROTestCase2,
@@ -268,12 +268,12 @@ TEST(HdmiPolling, PrintsTheInfoFramesThatAreAskedForOncePerPicture) {
 
 struct KindOfSource {
   const char* source;
-  const char* asked;   // the number of the info-frame
-  const char* told;    // what the test prints of it
+  const char* asked;   // number of the info-frame
+  const char* told;    // output of the test for it
   const char* timing;  // lines of the timing record
 };
 
-/// A case a process: the detection keeps its state from run to run.
+/// One process per case: the detection keeps its state between runs.
 class HdmiPollingOf : public testing::TestWithParam<KindOfSource> {};
 
 TEST_P(HdmiPollingOf, ReportsTheKindOfTheSource) {
@@ -308,7 +308,7 @@ TEST(HdmiQueries, ReportTheDepthOfDeepColour) {
   EXPECT_TRUE(run.output.ends_with("VfeHdmiMUROTest_GetColorDepth(0) = 12 Bit\n")) << run.output;
 }
 
-TEST(DetectOnce, DetectsAgainAsLongAsTheOperatorWants) {
+TEST(DetectOnce, DetectsAgainUntilTheOperatorExits) {
   simhal::Apply("lock 0 0");
   AtPolls({{2, "plug 3 1280x720p50"}, {4, "unplug 3"}});
   const auto run =
@@ -381,7 +381,7 @@ TEST(Vby1rx, ShowsTheConnectedInputAndChangesIt) {
   EXPECT_EQ(CallsOf("K2V_RHAL_VFE_VBY1RX_Uninitialize").size(), 0u) << "closing keeps it running";
 }
 
-TEST(Vby1rx, DetectsOnceAndLeavesNothingRunning) {
+TEST(Vby1rx, DetectsOnceAndStopsTheReceiver) {
   const auto run = PlayTest(VfeVby1rxMUROTestCase::VfeVby1rxMUROTestCase2, "2\n0\n");
   EXPECT_TRUE(run.output.ends_with(
       "VBY1RX GetInfo Again\nNo Signal\nReDetect VBY1RX Again, 0(No), 1(YES)\n"));

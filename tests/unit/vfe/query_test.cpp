@@ -1,4 +1,4 @@
-// The HDMI tests that make one query.
+// HDMI tests that make a single query.
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace {
 
-std::optional<uint32_t> depthCode;  // what the HAL answers instead of the depth of its source
+std::optional<uint32_t> depthCode;  // the depth reported by the HAL instead of that of its source
 
 }  // namespace
 
@@ -38,7 +38,7 @@ void BringUp(uint8_t port) {
   K2V_RHAL_VFE_HDMI_Connect(port);
 }
 
-TEST(HdmiQueries, PrintTheAnswerOfTheHal) {
+TEST(HdmiQueries, PrintTheResultOfTheHal) {
   BringUp(0);
   K2V_RHAL_VFE_HDMI_Connect(1);
   const struct {
@@ -89,7 +89,7 @@ TEST(HdmiQueries, PrintEveryColourDepth) {
   }
 }
 
-TEST(HdmiQueries, HotPlugShowsInTheConnectionState) {
+TEST(HdmiQueries, HotPlugChangesTheConnectionState) {
   BringUp(0);
   const auto run = PlayTest(T::VfeHdmiMUROTest_Set_HotPlug, "0\n0\n");
   EXPECT_TRUE(run.output.ends_with("Hotplug: 0(Low); 1(High);\n"));
@@ -98,7 +98,7 @@ TEST(HdmiQueries, HotPlugShowsInTheConnectionState) {
   EXPECT_TRUE(PlayTest(T::VfeHdmiMUROTest_GetIsConnected, "0\n").output.ends_with("(0) = 1\n"));
 }
 
-TEST(HdmiQueries, PrintTheEdidSixteenBytesALine) {
+TEST(HdmiQueries, PrintTheEdidWithSixteenBytesPerLine) {
   BringUp(0);
   uint8_t edid[K2V_HDMI_EDID_BYTES];
   for (int i = 0; i < K2V_HDMI_EDID_BYTES; ++i) edid[i] = static_cast<uint8_t>(i);
