@@ -39,7 +39,7 @@ constexpr const char* kPrompts[] = {
     "(HDMI4);\n", "(wid_1)\n", "(960*540)\n", "(Win1)\n", "(DRM);\n",  "1(No)\n", "(Close)\n"};
 
 struct Example {
-  int line = 0;        // of the document
+  int line = 0;        // in the document
   std::string hidden;  // command that the document does not show
   std::string file;    // to which the block is written
   bool isTyped = false;

@@ -68,8 +68,8 @@ class KillsTest : public test::UnattendedTest {
         {"lava", Find(text("/tmp/o.lava"), "CASE_ID=(\\S+) RESULT=(\\w+)", 1, 2)}};
   }
 
-  /// Starts or resumes the run and kills it, together with the board, `delay` after its first
-  /// output. Returns false if it had ended before.
+  /// Starts or resumes the run and kills it, together with the board, `delay` after it has
+  /// started writing. Returns false if it had ended before.
   bool KillAfter(const std::vector<std::string>& arguments, Clock::duration delay) {
     const bool resumed = arguments[0] == "--resume";
     Pty& pty = Start({.arguments = arguments});

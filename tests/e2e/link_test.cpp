@@ -1,5 +1,5 @@
-// The link, device and thermal modules on the simulated board: whole modules in a row, programmed
-// faults, and the clock tool with the board's register file.
+// The link, device and thermal modules on the simulated board: whole modules in a row, injected
+// failures, and the clock tool with the board's register file.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ using test::Pty;
 
 constexpr char kChoice[] = "Please enter a choice : ";
 constexpr char kReported[] = "Test Report file generated";
-constexpr int kLinkTests = 26;  // and the clock tool
+constexpr int kLinkTests = 26;  // without the clock tool
 
 class LinkTest : public test::BoardFixture {
  protected:
@@ -64,7 +64,7 @@ TEST_F(LinkTest, AllLinkTestsPassInARow) {
 }
 
 TEST_F(LinkTest, ClockToolChangesTheCounterSpeed) {
-  constexpr int kPresses = 400;  // of 8192 that were twice the speed
+  constexpr int kPresses = 400;  // 8192 presses would double the speed
   Pty& pty = OpenModule({"6", "0", "26"}, {});
   for (int press = 0; press < kPresses; ++press) {
     ASSERT_TRUE(pty.Answer("input:\n", "1"));

@@ -63,7 +63,7 @@ def answer(address, headers=None, data=None):
 def check_refusals(address, has_cable):
     origin = address[:address.index("/", len("http://"))]
     token = address.rstrip("/").rsplit("/", 1)[1]
-    check("our own request", answer(address) == 200)
+    check("a valid request", answer(address) == 200)
     forbidden = [
         (origin + "/", {}, None),
         (origin + "/state.json", {}, None),
@@ -76,9 +76,9 @@ def check_refusals(address, has_cable):
     ]
     for request in forbidden:
         check(f"refuses {request}", answer(*request) == 403)
-    check("commands are not for GET", answer(address + "command") == 405)
-    check("a command has an end", answer(address + "command", {}, b"x" * 9000) == 413)
-    check("none of them had an effect", has_cable())
+    check("GET cannot send commands", answer(address + "command") == 405)
+    check("the size of a command is limited", answer(address + "command", {}, b"x" * 9000) == 413)
+    check("rejected requests have no effect", has_cable())
 
 
 def work(browser, address, cvnsim):
@@ -95,39 +95,39 @@ def work(browser, address, cvnsim):
     browser.shoot("live")
 
     missed = reaches_all(browser)
-    check(f"the keyboard reaches {missed}", not missed)
+    check(f"not reachable by keyboard: {missed}", not missed)
     browser.value(button("Unplug, HDMI 0") + ".focus()")
     browser.press("Enter", 13)
     until("the picture goes black", lambda: color(browser, 660, 270) == [0, 0, 0])
-    check("the cable is out", not has_cable())
-    until("the page says so", lambda: browser.value(button("Unplug, HDMI 0") + ".disabled"))
+    check("the cable is unplugged", not has_cable())
+    until("the page shows the unplugged cable", lambda: browser.value(button("Unplug, HDMI 0") + ".disabled"))
     browser.shoot("unplugged")
 
     subprocess.run(f"{cvnsim} lock 0 0 && {cvnsim} plug 0 1920x1080p60", shell=True, check=True)
-    until("the bars come back", lambda: color(browser, 660, 270) == [255, 0, 0])
+    until("the bars appear again", lambda: color(browser, 660, 270) == [255, 0, 0])
     browser.value("""(() => { const select = document.querySelector('select');
         select.value = 'checkerboard'; select.dispatchEvent(new Event('change')); })()""")
     until("another picture", lambda: color(browser, 45, 15) == [255, 255, 255])
     browser.value("""document.getElementById('line').value = 'plug 9 nothing';
         document.querySelector('#command button').click()""")
-    until("a wrong command is refused", lambda: browser.value(
+    until("an invalid command is rejected", lambda: browser.value(
         "document.getElementById('answer').textContent") == "invalid port '9': expected 0 to 3")
 
     for scheme, width in (("dark", 1400), ("light", 375), ("dark", 375)):
         browser.look(width, 900, scheme)
-        check(f"{width} pixels are enough", browser.value(
+        check(f"the page fits {width} pixels", browser.value(
             "document.documentElement.scrollWidth <= window.innerWidth"))
         browser.shoot(f"{scheme}-{width}")
     check("colours follow the scheme", browser.value(
         "getComputedStyle(document.body).backgroundColor") == "rgb(20, 23, 29)")
-    check(f"the console is silent, not {browser.errors}", not browser.errors)
+    check(f"errors in the browser's console: {browser.errors}", not browser.errors)
 
     # A page from another origin that uses the address.
     browser.call("Page.navigate", url="data:text/html,elsewhere")
     until("the other page", lambda: browser.value("document.body?.textContent") == "elsewhere")
     browser.value(f"""fetch('{address}command', {{method: 'POST', mode: 'no-cors', body: 'unplug 0'}})
         .then(() => 0, () => 0)""")
-    check("a page from elsewhere pulls no cable", has_cable())
+    check("a page from another origin cannot unplug the cable", has_cable())
 
 
 def main():

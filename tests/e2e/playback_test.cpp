@@ -76,7 +76,8 @@ class PlaybackTest : public test::BoardFixture {
     std::ofstream(OnBoard(kHome + std::string("config/tftp_ip.cfg"))) << address << '\n';
   }
 
-  /// Names of the reports that arrived in a directory outside the board's file system.
+  /// Names of the reports in `directory`, such as that of the USB stick, below the board's
+  /// directory.
   Strings Arrived(const std::string& directory) const {
     Strings names;
     std::error_code ignored;
@@ -126,8 +127,8 @@ TEST_F(PlaybackTest, EachDefectFailsItsStageAndTheDownstreamOnes) {
     const char* stage;
     Strings firstError;  // frame and field, as the stage's row shows them
     Strings stages;      // all that fail, by name
-    const char* named;   // as the first bad stage; empty: none
-    const char* cause;   // the only one; empty: nothing failed
+    const char* named;   // expected first bad stage; empty for none
+    const char* cause;   // the only cause; empty if nothing fails
   } kCases[] = {
       {"vdec corrupt 300",
        "[VDEC]",
@@ -277,7 +278,7 @@ TEST_F(PlaybackTest, SoundMayBeOutOfSyncWithinTheTolerance) {
   const struct {
     const char* defect;
     const char* verdict;
-    const char* named;  // as the first bad stage
+    const char* named;  // expected first bad stage
   } kCases[] = {
       {"none", " 0ms ", ""},
       {"audio late 0 20", "+20ms ", ""},

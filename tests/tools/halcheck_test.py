@@ -92,7 +92,7 @@ FAULTS = (
      ['record K2V_VIDEO_RECT_T: field x at byte 2, the harness has it at byte 0']),
     ('field of another type', change(r'uint16_t scan_type;\s*uint16_t reserved;', 'uint16_t scan_type; uint8_t reserved;'),
      ['differs: K2V_RHAL_VFE_VBY1RX_GetTimingInfo', 'field reserved: unsigned of 1 byte, the harness has unsigned of 2 bytes']),
-    ('field without sign', change(r'int8_t nRedOffset;', 'uint8_t nRedOffset;'),
+    ('unsigned field', change(r'int8_t nRedOffset;', 'uint8_t nRedOffset;'),
      ['field nRedOffset: unsigned of 1 byte, the harness has signed of 1 byte']),
     ('record aligned', change(r'typedef struct \{(\s*' + RECT + ')', r'typedef struct __attribute__((aligned(8))) {\1'),
      ['record K2V_VIDEO_RECT_T: alignment 8, the harness has 2']),
@@ -147,7 +147,7 @@ class Stripped(Workshop):
         ways = (
             ('debug', (), ('strip', '--strip-debug')),
             ('all', (), ('strip', '--strip-all')),
-            ('never there', ('-g0',), None),
+            ('not generated', ('-g0',), None),
             ('lines only', ('-g1', '-feliminate-unused-debug-types'), None),
             ('in another file', ('-gsplit-dwarf',), None),
             ('damaged', (), ('objcopy', '--update-section', f'.debug_abbrev={self.path("noise")}')),

@@ -233,7 +233,7 @@ Picture ThroughMjpeg(const AVFrame& shown, int quality) {
   const Packet packet(av_packet_alloc());
   Check("MJPEG", avcodec_send_frame(encoder.get(), input.get()));
   Check("MJPEG", avcodec_receive_packet(encoder.get(), packet.get()));
-  av_freep(&encoder->chroma_intra_matrix);  // the encoder frees the other one only
+  av_freep(&encoder->chroma_intra_matrix);  // the encoder frees only the other matrix
   const Codec decoder(avcodec_alloc_context3(avcodec_find_decoder(AV_CODEC_ID_MJPEG)));
   decoder->thread_count = 1;
   Check("MJPEG", avcodec_open2(decoder.get(), decoder->codec, nullptr));

@@ -15,7 +15,7 @@ struct Scene {
   const char* filters;
 };
 
-/// All scenes; the first one is the picture for calibrations.
+/// All scenes; the first one is the calibration picture.
 const std::vector<Scene>& Scenes();
 
 /// A defect: the expected picture and the wrong one.

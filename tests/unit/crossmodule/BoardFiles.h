@@ -51,7 +51,7 @@ int RunForReal(const std::string& command);
 /// Whether a command only moves files of the report directories, which tests have as on a board.
 bool MovesAReport(const std::string& command);
 
-/// Removes what a test left in the drivers' directory, "/tmp/cross_module/".
+/// Removes the files that a test left in the drivers' directory, "/tmp/cross_module/".
 void RemoveVolatileFiles();
 
 /// The text without its colour sequences.

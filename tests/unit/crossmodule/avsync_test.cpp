@@ -192,7 +192,7 @@ TEST(AvSync, FailsIfAFlashHasNoBeep) {
        "no beep at flash 2 (frame 11)"},
       {"the sound ends before the flash", clipOf({at120, at200}, Sound(150, {120})),
        "no beep at flash 2 (frame 11)"},
-      {"hardly any sound", clipOf({at120}, Sound(100, {50})), "no beep at any flash"},
+      {"too little sound", clipOf({at120}, Sound(100, {50})), "no beep at any flash"},
       {"a flash before the search begins", clipOf({0, at200}, Sound(400, {200})), ""},
   };
   for (const auto& test : kCases) {

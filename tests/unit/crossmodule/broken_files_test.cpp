@@ -30,7 +30,7 @@ std::string Text(const std::string& path) {
   return scripted::ReadFile(path);
 }
 
-/// The text with `change` done to the row in the middle.
+/// The text with `change` applied to the row in the middle.
 std::string InTheMiddle(const std::string& text,
                         const std::function<std::string(const std::string&)>& change) {
   const auto begin = text.find('\n', text.size() / 2) + 1;
@@ -61,7 +61,7 @@ const std::vector<Fault>& Faults() {
        },
        {}},
       {"empty", [](const std::string&) { return ""; }, {}},
-      {"title alone", [](const std::string& t) { return t.substr(0, t.find('\n') + 1); }, {}},
+      {"title only", [](const std::string& t) { return t.substr(0, t.find('\n') + 1); }, {}},
       {"one huge line",
        [](const std::string& t) {
          std::string huge = t.substr(0, t.find('\n') + 1);
@@ -76,12 +76,12 @@ const std::vector<Fault>& Faults() {
          return InTheMiddle(t, [](const std::string& r) { return std::string(4096, '\0') + r; });
        },
        {}},
-      {"a column less",
+      {"one column fewer",
        [](const std::string& t) {
          return InTheMiddle(t, [](const std::string& r) { return r.substr(0, r.rfind(',')); });
        },
        {}},
-      {"a column more",
+      {"one extra column",
        [](const std::string& t) {
          return InTheMiddle(t, [](const std::string& r) { return r + ",7"; });
        },
@@ -93,11 +93,11 @@ const std::vector<Fault>& Faults() {
        {},
        "VDEC DVO VO Scaler Audio ",
        "OMXIN OMXOUT VDEC DVO VO Scaler Audio "},
-      {"another text", [](const std::string&) { return "hello world\nand\nmore\n"; }, {}},
-      {"a pipe that nobody writes to", {}, [](const char* path) { return mkfifo(path, 0600); }},
+      {"unrelated text", [](const std::string&) { return "hello world\nand\nmore\n"; }, {}},
+      {"a pipe without a writer", {}, [](const char* path) { return mkfifo(path, 0600); }},
       {"a directory", {}, [](const char* path) { return mkdir(path, 0700); }},
-      {"a device without end", {}, [](const char* path) { return symlink("/dev/zero", path); }},
-      {"a link to nowhere", {}, [](const char* path) { return symlink("/nowhere/x", path); }},
+      {"an endless device", {}, [](const char* path) { return symlink("/dev/zero", path); }},
+      {"a dangling link", {}, [](const char* path) { return symlink("/nowhere/x", path); }},
       {"a file that cannot be read",
        {},
        [](const char* path) { return symlink("/proc/self/mem", path); }},

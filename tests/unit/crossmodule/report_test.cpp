@@ -209,12 +209,12 @@ TEST_F(CrossModuleReport, IsNotSentIfItWasNotStored) {
     std::function<int(const std::string& command)> shell;
     const char* copy;
   } kFaults[] = {
-      {"no room to move it",
+      {"no space to move it",
        [&](const std::string& command) {
          return command.ends_with(path) ? 1 : crossmodule::RunForReal(command);
        },
        kTemporaryReport},
-      {"cleaned of everything",
+      {"emptied by the cleaning",
        [&](const std::string& command) {
          if (command.ends_with(".tmp /tmp/cross_module/report.verify.tmp.txt"))
            return crossmodule::RunForReal("> /tmp/cross_module/report.verify.tmp.txt");

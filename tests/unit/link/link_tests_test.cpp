@@ -78,7 +78,7 @@ TEST(LinkTests, ReportEachStepAndPassTheParametersToTheSlave) {
 struct FaultCase {
   TestFunction test;
   const char* command;  // for the board
-  const char* line;     // that reports it
+  const char* line;     // expected line of output
 };
 
 void ExpectFailures(const std::vector<FaultCase>& cases) {
