@@ -62,7 +62,7 @@ TEST_F(BoardTest, WritesStayOnTheBoard) {
   EXPECT_EQ("4\n", FileText(OnBoard("/sys/crt/register")));
 }
 
-TEST_F(BoardTest, ProgramIsRootOnTheBoardOnly) {
+TEST_F(BoardTest, ProgramIsRootOnlyOnTheBoard) {
   ASSERT_EQ(0, RunScript("id -u; [ $$ -ne 1 ]")) << Screen();
   EXPECT_EQ("0\n", Screen());
   EXPECT_NE(0, RunScript("/bin/mount -t tmpfs none /media")) << Screen();

@@ -83,7 +83,7 @@ TEST_F(RunScript, PanelRunsDuringTheSession) {
 }
 
 // The steps of a build, on a terminal and otherwise.
-TEST(SetUp, ShowsItsStepsOnATerminalOnly) {
+TEST(SetUp, ShowsItsStepsOnlyOnATerminal) {
   const std::string command =
       "set -euo pipefail; . " CVN_SOURCE_DIRECTORY
       "/scripts/common.sh; "

@@ -130,7 +130,7 @@ constexpr UnitTest kUnitTests[] = {
     {UTHdcp2TestCase::UTHdcp2Test_RevokedReceiver, "K2V_RHAL_HDCP2_SetRevocationList"},
 };
 
-TEST(UTHdcp2, FailsIfAFunctionOnlyReportsSuccess) {
+TEST(UTHdcp2, DetectsFunctionsThatOnlyReportSuccess) {
   for (const auto& [test, function] : kUnitTests) {
     simhal::Reset();
     auto run = PlayTest(test);

@@ -53,7 +53,7 @@ TEST(VbePanel, PromptsForEveryFieldWithTheOriginalTexts) {
       << "no typed value is left";
 }
 
-TEST(VbePanel, AttributesAreCutToTheWidthOfTheirFields) {
+TEST(VbePanel, AttributesAreTruncatedToTheWidthOfTheirFields) {
   StartDisplay();
   const auto run = PlayTest(VbeTestCase::VBE_DISP_Panel_Attribute_Setting,
                             "1 1 0 2 3 0 1 65537 65541 2250 256 257 1 2 2700 3 4 5 6 2812 7 8 9 "

@@ -420,7 +420,7 @@ TEST(LiveZoom, ShowsOneSourceInBothWindows) {
   EXPECT_TRUE(Contains(refused.output, "\nsub VSC Connect NG : -8\n")) << refused.output;
 }
 
-TEST(DirectHdmi, IsShownWithoutAPromptInTheWayOfEachTest) {
+TEST(DirectHdmi, IsShownWithoutAPromptByBothTests) {
   const struct {
     TestFunction test;
     std::vector<std::string> metadata;

@@ -32,7 +32,7 @@ typedef struct {
 extern const RecordLayout kRecordsInC[];
 extern const FieldLayout kFieldsInC[];
 
-enum { kWindowFromC = 0x12345678 };  // passed before the record to functions of a window
+enum { kWindowFromC = 0x12345678 };  // passed before the record to functions with a window
 enum { kCCallCount = 5 };
 extern const CCall kCallsFromC[kCCallCount];
 

@@ -27,7 +27,7 @@ class PreparedBoard : public AfterReboot {
     Init_Module_List();
   }
 
-  /// The lines of a text; "HOME/" stands for the home.
+  /// The lines of a text; "HOME/" is replaced by the home.
   Lines Commands(std::string text) const {
     text = Replaced(text, "HOME/", Home());
     Lines lines;

@@ -103,7 +103,7 @@ TEST_F(CrossModuleMenu, SwitchesShowTheValuePromptAndConfirm) {
        Home() + "config/auto_send_dumpData_to_TFTP.config"});
 }
 
-TEST_F(CrossModuleMenu, AnInvalidStoredValueIsNotRecognised) {
+TEST_F(CrossModuleMenu, InvalidStoredValueIsNotRecognised) {
   WriteVolatile("freeRun.config", "7\n");
   const auto run = Choose(CMplaybackTestCase::CMplaybackTest_Config_Freerun, "8");
   EXPECT_TRUE(run.output.ends_with(Message("CMplaybackTest_Config_Freerun", kNotRecognised)))

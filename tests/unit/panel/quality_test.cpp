@@ -275,7 +275,7 @@ TEST_F(Quality, InternalPatternsCoverThePanel) {
 }
 
 // Numbers at both ends of their ranges: no filter may reject them.
-TEST_F(Quality, EverySettingMakesAPicture) {
+TEST_F(Quality, EverySettingProducesAPicture) {
   Connect();
   const struct {
     sim::VpqValue key;

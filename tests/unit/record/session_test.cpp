@@ -182,7 +182,7 @@ TEST(Recording, IsReadUpToTheTruncation) {
   EXPECT_GE(last, 41U) << "all but the last mark precede the last bytes";
 }
 
-TEST(Recording, RejectsOtherFiles) {
+TEST(Recording, OtherFilesAreRejected) {
   fs::create_directory(Name("d"));
   EXPECT_EQ(Trace("print " + Name("none")).status, 2);
   EXPECT_EQ(Trace("print " + Name("d")).status, 2);

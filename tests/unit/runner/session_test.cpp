@@ -161,7 +161,7 @@ TEST(SessionTest, FailedForkIsAnErrorOfTheHarness) {
   }
 }
 
-TEST(SessionTest, TheOperatorsVerdictCounts) {
+TEST(SessionTest, OperatorDecidesTheVerdict) {
   const auto ok = [](char*) { return 0; };
   EXPECT_EQ(Play(ok, Rules("*FAIL*", "y"), true).outcome.verdict, Verdict::kPass);
   EXPECT_EQ(Play(ok, Rules("*FAIL*", "n"), true).outcome.verdict, Verdict::kFail);
