@@ -1,4 +1,4 @@
-// The areas of the board, each with what it adds to the commands and to the text of the state.
+// The areas of the board, each with its commands and its part of the state text.
 #pragma once
 
 #include <ostream>
@@ -11,7 +11,7 @@ namespace sim {
 struct Area {
   std::span<const Command> commands;
   void (*describe)(const Board& board, std::ostream& out);
-  /// Does what is due with time alone; `nowMs` is simulated time.
+  /// Does what becomes due by time alone; `nowMs` is simulated time.
   void (*passTime)(Board& board, int64_t nowMs) = nullptr;
 };
 
@@ -38,7 +38,7 @@ extern const Area kEventArea;
 /// All areas, in the order in which help and state show them.
 std::span<const Area* const> Areas();
 
-/// The state of the whole board as text for people.
+/// The state of the whole board as human-readable text.
 std::string Describe(const Board& board);
 
 }  // namespace sim

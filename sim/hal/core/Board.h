@@ -1,6 +1,6 @@
-// The whole state of the simulated board in one plain struct. It lives in shared memory, as the
-// hardware and its drivers are shared, so it holds no pointers, and all bytes zero is a board that
-// was just built: nothing plugged in, nothing initialised.
+// The whole state of the simulated board in one plain struct. It lives in shared memory, because
+// all processes share the hardware and its drivers. So it contains no pointers, and a board of zero
+// bytes is a new one: nothing plugged in, nothing initialised.
 #pragma once
 
 #include <cstdint>
@@ -26,12 +26,12 @@ struct Clock {
   double timeScale;
 };
 
-/// A programmed failure; free when `function` is empty.
+/// A programmed failure; unused if `function` is empty.
 struct Failure {
   char function[64];
   int32_t code;
-  uint32_t callsBefore;  // calls that still go well
-  uint32_t times;        // calls that fail then, or kForEver
+  uint32_t callsBefore;  // calls that are still served normally
+  uint32_t times;        // calls that fail after those, or kForEver
 };
 
 struct FailureTable {
@@ -42,17 +42,17 @@ struct FailureTable {
 struct Misbehaviour {
   char function[64];
   uint32_t way;          // index into the ways of Misbehaviours.cpp
-  uint32_t callsBefore;  // calls that still go well
+  uint32_t callsBefore;  // calls that are still served normally
 };
 
 struct MisbehaviourTable {
   Misbehaviour entries[16];
 };
 
-/// Something that happens later; free when `command` is empty.
+/// A command that runs later; unused if `command` is empty.
 struct Event {
   char command[192];
-  uint32_t pollsLeft;  // polls of `port` until it is due; 0: `dueMs` counts
+  uint32_t pollsLeft;  // polls of `port` until it is due; 0: `dueMs` applies
   uint32_t port;
   int64_t dueMs;  // simulated time
 };
@@ -61,7 +61,7 @@ struct EventTable {
   Event entries[64];
 };
 
-/// How long receivers take to lock, where that was set.
+/// How long receivers take to lock, if that was set.
 struct LockTimes {
   bool areSet;
   uint32_t ms;
@@ -72,8 +72,8 @@ struct LockTimes {
 struct SignalLock {
   bool lost;
   bool muted;          // the source set AV mute before it changed its timing
-  uint32_t pollsLeft;  // that still find no timing
-  int64_t dueMs;       // simulated time until which there is none
+  uint32_t pollsLeft;  // polls that will still find no timing
+  int64_t dueMs;       // simulated time until which there is no timing
 };
 
 /// What the port drives on its hot-plug line.
@@ -83,10 +83,10 @@ enum class HotPlug : uint8_t {
   kHeldLow,  // until it is raised explicitly
 };
 
-/// Kind of an HDMI source; it decides on info-frames, colour depth and content protection.
+/// Kind of an HDMI source; it determines info-frames, colour depth and content protection.
 enum class SourceKind : uint8_t { kSdrVideo, kHdrVideo, kPc, kHlgVideo, kDeepVideo, kDvi };
 
-/// How a source packs the pictures of two eyes into its timing.
+/// How a source packs the pictures of both eyes into its timing.
 enum class Stereo : uint8_t {
   kNone,
   kFramePacking,
@@ -104,7 +104,7 @@ enum class Stereo : uint8_t {
 
 /// What a source sends.
 enum class TestPicture : uint8_t {
-  kBars,  // eight of 100 % colour
+  kBars,  // eight bars of 100 % colour
   kRamp,
   kSmpte,
   kCheckerboard,
@@ -116,19 +116,19 @@ enum class TestPicture : uint8_t {
 
 struct SentPicture {
   TestPicture picture;
-  uint32_t copy;  // of the still image: its number among those that the board keeps
+  uint32_t copy;  // number of the still image among those that the board keeps
 };
 
 struct HdmiPort {
   bool cable;      // a source is plugged in
   bool sending;    // … and sends a picture
   bool muted;      // … with AV mute set
-  bool connected;  // the HAL's Connect
+  bool connected;  // by the HAL's Connect
   SourceKind kind;
   Stereo stereo;
   HotPlug hotPlug;
   bool edidWritten;
-  bool edidDefect;  // what is written is changed in one byte
+  bool edidDefect;  // corrupts one byte of what is written
   bool hdcpDefect;
   uint8_t edid[K2V_HDMI_EDID_BYTES];
   uint8_t hdcp[K2V_HDMI_HDCP_BYTES];
@@ -163,8 +163,8 @@ struct Picture {
   bool muted;  // the source set AV mute
   Stereo stereo;
   uint16_t rateCentiHz;
-  int64_t heldMs;       // simulated time at which it was frozen; 0: it runs
-  uint32_t heldScreen;  // number of the player's picture that was frozen; 0: none
+  int64_t heldMs;       // simulated time at which it was frozen; 0: not frozen
+  uint32_t heldScreen;  // number of the player's frozen picture; 0: none
 };
 
 constexpr uint32_t kMaxWrittenPixels = 720 * 576;
@@ -212,7 +212,7 @@ struct Display {
   bool tconInitialized;
   bool tconClock;
   bool output;
-  bool dark;  // switched off since it was lit last; the boot loader lights it
+  bool dark;  // switched off since it was last lit; the boot loader lights it
   bool muted;
   bool freeRun;
   bool mirrorHorizontal;
@@ -229,7 +229,7 @@ struct Display {
   K2V_VBE_PANEL_INFO_T panel;
   K2V_VBE_PANEL_ATTRIBUTE_T attribute;
   bool transmitterUnplugged[kTransmitterCount];
-  uint8_t faults;  // a bit for each PanelFault
+  uint8_t faults;  // one bit per PanelFault
 
   bool Has(PanelFault fault) const { return (faults >> static_cast<unsigned>(fault) & 1) != 0; }
 };
@@ -252,19 +252,19 @@ struct Graphics {
   bool on;  // two planes; the panel
 };
 
-/// A defect of a stage's dump, as its words; free when they are empty.
+/// A defect of a stage's dump, as the words of its command; unused if they are empty.
 struct DumpDefect {
   char words[96];
 };
 
-/// The 90 kHz counter of the dumps' rows, where it is not left to itself.
+/// The 90 kHz counter of the dumps' rows, unless it runs freely.
 struct DumpCounter {
   bool isSet;
   int64_t start90k;
   double driftPpm;
 };
 
-/// The media side and the world around the board; zero is all well.
+/// The media side and the world around the board; all zero means that all is well.
 struct Media {
   DumpDefect defects[32];
   DumpCounter counter;
@@ -274,24 +274,24 @@ struct Media {
   bool diskFull;
 };
 
-/// The clock that is trimmed to the transmitter's, and its registers. Its time is that of
-/// CLOCK_MONOTONIC since the power-on: programs measure it by their own clock, which is not scaled.
+/// The clock that is trimmed to the transmitter's, and its registers. It follows CLOCK_MONOTONIC
+/// since the power-on, because programs measure it with their own clock, which is not scaled.
 struct BroadcastClock {
-  int64_t baseNs;    // when the step changed last …
-  double baseTicks;  // … and how far the counter was then, in ticks of 90 kHz
+  int64_t baseNs;    // when the step last changed …
+  double baseTicks;  // … and the counter at that time, in ticks of 90 kHz
   int32_t step;      // of the speed
   uint32_t speedRegister;
   uint32_t latchedCount;
-  uint32_t address;  // of the register that is read next
+  uint32_t address;  // of the register to be read next
 };
 
 constexpr int kNominalDegrees = 45;
 constexpr uint32_t kNominalPeriodMs = 2000;
 
-/// Temperature sensor; all zero is a board at rest.
+/// Temperature sensor; all zero is the power-on state.
 struct Thermal {
   int32_t degreesOverNominal;
-  uint32_t settings;  // counts the temperatures that were set
+  uint32_t settings;  // how often the temperature was set
   uint32_t periodMs;  // 0: kNominalPeriodMs; kForEver: reports changes only
 };
 
@@ -302,7 +302,7 @@ struct Device {
   Thermal thermal;
 };
 
-/// An open session of the link; free when `id` is 0.
+/// An open session of the link; unused if `id` is 0.
 struct LinkSession {
   uint32_t id;
   uint32_t classId;
@@ -315,14 +315,14 @@ struct Link {
   uint32_t lastSession;  // id
   uint32_t lastBuffer;   // handle
   bool silent;           // the slave never answers
-  bool wrong;            // the slave's data are wrong in one bit
-  bool full;             // nothing can be put into a ring buffer
+  bool wrong;            // the slave's data have one wrong bit
+  bool full;             // ring buffers accept no data
   LinkSession sessions[kLinkSessionCount];
 };
 
 struct Board {
   Clock clock;
-  uint32_t imageCopies;  // still images that sources have been given
+  uint32_t imageCopies;  // number of still images given to sources so far
   FailureTable failures;
   MisbehaviourTable misbehaviours;
   EventTable events;

@@ -2,7 +2,7 @@
 //
 //   int K2V_RHAL_VSC_Open(__K2V_VIDEO_WID_T wid) { return Call(__func__, OpenWindow, wid); }
 //
-// where OpenWindow(Board&, __K2V_VIDEO_WID_T) does the simulated thing.
+// where OpenWindow(Board&, __K2V_VIDEO_WID_T) simulates the function.
 #pragma once
 
 #include <type_traits>
@@ -15,7 +15,7 @@
 
 namespace sim {
 
-/// The result of a call that was programmed to answer `code`: a pointer is null.
+/// The result of a call that was programmed to return `code`; null for a pointer.
 template <typename Result>
 Result ProgrammedResult(int32_t code) {
   if constexpr (std::is_pointer_v<Result>) {
@@ -25,11 +25,11 @@ Result ProgrammedResult(int32_t code) {
   }
 }
 
-/// Serves one HAL call: answers a programmed failure or calls `simulate(board, arguments…)`, and
-/// notes the call with its decoded arguments and its result in the trace.
+/// Serves one HAL call: returns a programmed failure or calls `simulate(board, arguments…)`, and
+/// writes the call with its decoded arguments and its result to the trace.
 template <typename Simulate, typename... Arguments>
 auto Call(const char* function, Simulate simulate, Arguments... arguments) {
-  MisbehaveIfProgrammed(function);  // without the board: a call that hangs keeps nobody else out
+  MisbehaveIfProgrammed(function);  // without the lock: a call that hangs blocks nobody else
   BoardLock board;
   using Result = std::invoke_result_t<Simulate, Board&, Arguments...>;
   const auto programmed = TakeFailure(*board, function);
@@ -39,7 +39,7 @@ auto Call(const char* function, Simulate simulate, Arguments... arguments) {
   return result;
 }
 
-/// As Call, for what takes long: `work(arguments…)` holds the board itself where it needs it.
+/// Like Call, for long operations: `work(arguments…)` locks the board itself when it needs it.
 template <typename Work, typename... Arguments>
 auto CallAtLength(const char* function, Work work, Arguments... arguments) {
   MisbehaveIfProgrammed(function);

@@ -19,7 +19,7 @@ void PutBuffer(CallText& out, const void* data, size_t size) {
     return;
   }
   out.text << size << " bytes";
-  // After a refusal the buffer may be smaller than the size that was refused.
+  // If the call failed, the buffer may be smaller than the rejected size.
   if (out.succeeded) out.text << " crc32=" << Crc32Text(data, size);
 }
 

@@ -1,6 +1,6 @@
 // Text of a HAL call for the trace: K2V_RHAL_VSC_SetWinBlank(0, 1, 0) = 0
-// A record type gets its text by a line in hal/text/texts.txt. One with more than its fields has an
-// overload of Put next to its HAL functions.
+// A line in hal/text/texts.txt defines the text of a record type. A type whose text needs more than
+// its fields has an overload of Put next to its HAL functions.
 #pragma once
 
 #include <concepts>
@@ -17,7 +17,7 @@ namespace sim {
 
 struct CallText {
   std::ostringstream text;
-  bool succeeded;  // what a failed call should have written is not looked at
+  bool succeeded;  // if not, the output of the call is not read
 };
 
 /// An argument that points to a record which the call only writes.
@@ -39,7 +39,7 @@ struct Buffer {
 template <typename T>
 Buffer(T*, size_t) -> Buffer<T>;
 
-/// CRC-32 (as of zlib, gzip and PNG) of `size` bytes in eight hexadecimal digits.
+/// CRC-32 (as in zlib, gzip and PNG) of `size` bytes in eight hexadecimal digits.
 std::string Crc32Text(const void* data, size_t size);
 
 void PutBuffer(CallText& out, const void* data, size_t size);
@@ -50,7 +50,7 @@ void Put(CallText& out, T number) {
   out.text << +number;
 }
 
-/// A field as texts.txt has it printed.
+/// Prints a field in the format given in texts.txt.
 template <typename T>
 requires std::integral<T> || std::is_enum_v<T>
 void PutAs(CallText& out, T number, std::string_view format) {

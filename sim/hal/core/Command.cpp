@@ -24,7 +24,7 @@ template <typename Number>
 Number ParseAs(const std::string& word, const std::string& what, Number min, Number max) {
   Number number = {};
   const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-  // The comparison is made this way round so that it refuses "nan" too.
+  // Written this way round, the comparison rejects "nan" as well.
   if (error == std::errc() && end == word.data() + word.size() && number >= min && number <= max) {
     return number;
   }

@@ -36,7 +36,7 @@ constexpr size_t kAnyNumber = SIZE_MAX;
 /// Splits a line at blanks.
 Words Split(std::string_view line);
 
-/// Puts words together again, from the given one on.
+/// Joins words with blanks, starting with the given one.
 std::string Join(const Words& words, size_t first = 0);
 
 /// Parses a command and returns its action. Throws CommandError; so can the action,
@@ -46,7 +46,7 @@ Action ParseCommand(const Words& words);
 /// Executes a command. Throws CommandError.
 void Apply(Board& board, const std::string& line);
 
-/// Whether there is a command of that name; and the names of all, separated by commas.
+/// Whether there is a command of that name; and the names of all commands, separated by commas.
 bool IsCommand(std::string_view name);
 std::string CommandNames();
 
@@ -66,11 +66,11 @@ std::string CommandHelp();
 /// "1 call", "2 calls".
 std::string Counted(uint64_t count, const std::string& what);
 
-/// Reads a whole word as a decimal number in a range. Throws CommandError naming `what` it is.
+/// Parses a whole word as a decimal number in a range. Throws a CommandError that names `what`.
 int64_t ParseNumber(const std::string& word, const std::string& what, int64_t min, int64_t max);
 double ParseDecimal(const std::string& word, const std::string& what, double min, double max);
 
-/// Reads one of two words: true for `yes`, false for `no`. Throws CommandError for any other.
+/// Parses one of two words: true for `yes`, false for `no`. Throws CommandError for any other.
 bool ParseChoice(const std::string& word, const char* yes, const char* no);
 
 }  // namespace sim

@@ -17,7 +17,7 @@ bool IsTimed(const Event& event) {
 
 void Run(Board& board, Event& event) {
   const std::string command = event.command;
-  event = {};  // its place is free again, also for what the command may program
+  event = {};  // first: the command may schedule an event in this place
   try {
     Apply(board, command);
   } catch (const CommandError& error) {
@@ -48,7 +48,7 @@ void AddEvent(Board& board, const std::string& command, const Event& event) {
              "at most " + std::to_string(std::size(board.events.entries)));
 }
 
-// Checks the command at once, so that the user who typed it sees the error.
+// Checks the command immediately, so that the user who typed it sees the error.
 std::string CheckedCommand(const Words& words, size_t first) {
   const Words command(words.begin() + static_cast<std::ptrdiff_t>(first), words.end());
   ParseCommand(command);

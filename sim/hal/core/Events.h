@@ -1,4 +1,4 @@
-// Commands that happen later: after a time, or at a poll of an HDMI port.
+// Commands that run later: after a time, or at a poll of an HDMI port.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +13,10 @@ int64_t MonotonicNs();
 /// Simulated time since the power-on.
 int64_t SimulatedMs(const Clock& clock);
 
-/// Does what is due by the clock, in the order of its times.
+/// Runs what is due by the clock, in the order of the due times.
 void RunDueEvents(Board& board);
 
-/// Counts a poll of the port's timing and does what is due with it.
+/// Counts a poll of the port's timing and runs the events that are due at it.
 void CountPoll(Board& board, uint32_t port);
 
 }  // namespace sim

@@ -9,7 +9,7 @@
 namespace sim {
 namespace {
 
-// The function that is written most like `name`, by the longest common beginning.
+// The function whose name is most similar to `name`: the longest common prefix.
 std::string_view NearestFunction(std::string_view name) {
   const auto alike = [name](std::string_view known) {
     return std::ranges::mismatch(known, name).in1 - known.begin();

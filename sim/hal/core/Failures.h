@@ -1,4 +1,4 @@
-// Programmed failures: a HAL function answers a code instead of doing its work.
+// Programmed failures: a HAL function returns a code instead of doing its work.
 #pragma once
 
 #include <optional>
@@ -8,7 +8,7 @@
 
 namespace sim {
 
-/// Counts a call of `function` and gives the code it has to answer, if one was programmed for it.
+/// Counts a call of `function` and returns the code programmed for it, if any.
 std::optional<int32_t> TakeFailure(Board& board, const char* function);
 
 /// Throws a CommandError for a name that is not a HAL function.

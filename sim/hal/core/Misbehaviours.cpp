@@ -33,7 +33,7 @@ void Print(std::string_view text) {
 
 void LeaveChild() {
   if (fork() != 0) return;
-  setsid();  // out of reach of whoever ends the caller's process group
+  setsid();  // so that killing the caller's process group does not reach it
   Hang();
 }
 
@@ -105,7 +105,7 @@ constexpr Command kCommands[] = {
      2, 4, ParseMisbehave},
 };
 
-/// The way that this call goes, null for a call that goes well.
+/// How this call misbehaves; null for a normal call.
 const Way* TakeWay(const char* function) {
   const BoardLock board;
   for (Misbehaviour& entry : board->misbehaviours.entries) {

@@ -3,8 +3,8 @@
 
 namespace sim {
 
-/// Counts a call of `function` and misbehaves if that was programmed. Returns where the way
-/// leads back. The caller does not hold the board.
+/// Counts a call of `function` and misbehaves if that was programmed; some ways never return. The
+/// caller must not hold the board's lock.
 void MisbehaveIfProgrammed(const char* function);
 
 }  // namespace sim

@@ -60,7 +60,7 @@ class File {
     if (fd_ < 0) throw SystemError(path);
   }
   ~File() {
-    flock(fd_, LOCK_UN);  // closing would not do: the mapping keeps the file open
+    flock(fd_, LOCK_UN);  // closing is not enough: the mapping keeps the file open
     close(fd_);
   }
   File(const File&) = delete;
@@ -80,7 +80,7 @@ class File {
     if (ftruncate(fd_, static_cast<off_t>(bytes)) != 0) throw SystemError(path_);
   }
 
-  /// The text of a regular file; one of `limit` bytes or more is not read to its end.
+  /// The text of a regular file; a file of `limit` bytes or more is not read to its end.
   std::string Text(size_t limit) const {
     struct stat status = {};
     if (fstat(fd_, &status) != 0) throw SystemError(path_);
@@ -165,7 +165,7 @@ void RunScenario(const SharedBoard& from, Board& board) {
   }
 }
 
-// What a board of zeros needs to run.
+// Starts a board of zero bytes.
 void SwitchOn(Board& board, double timeScale) {
   board.clock.timeScale = timeScale;
   board.clock.powerOnNs = MonotonicNs();
@@ -174,13 +174,13 @@ void SwitchOn(Board& board, double timeScale) {
   LogStart();
 }
 
-// Expects memory of zeros and touches as little of it as it can: most of a board is frame buffers.
+// Expects zeroed memory and touches as little of it as possible: most of a board is frame buffers.
 void Start(SharedBoard& target) {
   InitializeMutex(target.mutex);
   LoadScenario(target);
   shared = &target;
   SwitchOn(target.board, TimeScale());
-  // The header is written last: an interrupted start does not look like a board.
+  // The header is written last, so that an interrupted start does not look like a board.
   target.header = kHeader;
 }
 
@@ -206,7 +206,7 @@ SharedBoard* Open(const std::string& path, int flags, bool mayStart) {
   if (file.Size() != sizeof(SharedBoard)) throw NotABoard(path);
   SharedBoard* board = file.Map();
   if (mayStart && NeverStarted(*board)) {
-    // Takes back what a start that was cut short may have left.
+    // Discards what an interrupted start may have left.
     file.Resize(0);
     file.Resize(sizeof(SharedBoard));
     Start(*board);
@@ -218,7 +218,7 @@ SharedBoard* Open(const std::string& path, int flags, bool mayStart) {
 Board& LockedBoard() {
   const int error = pthread_mutex_lock(&shared->mutex);
   if (error == EOWNERDEAD) {
-    // The owner died in its call. Every call leaves the record it works on usable at each step.
+    // The owner died during its call. Calls keep the records they change usable at every step.
     pthread_mutex_consistent(&shared->mutex);
   } else if (error != 0) {
     std::fprintf(stderr, "simulated board: cannot be locked: %s\n", std::strerror(error));
@@ -227,8 +227,8 @@ Board& LockedBoard() {
   return shared->board;
 }
 
-// A thread of the library may be inside of a call while another one forks: it finishes first, so
-// that the child finds the call's memory whole. The lock itself stays with the parent.
+// A thread of the library may be inside a call while another one forks: the fork waits for the end
+// of the call, so that the child sees consistent memory. The lock itself stays with the parent.
 void FinishCallsBeforeForks() {
   pthread_atfork([] { LockedBoard(); }, [] { pthread_mutex_unlock(&shared->mutex); }, nullptr);
 }
@@ -267,7 +267,7 @@ std::string StatePath() {
 
 std::string StateDirectory() {
   if (statePath.empty()) return "";
-  // A link on the way, such as a board's run/, is not where the file is.
+  // Resolves links in the path, such as a board's run/, to the directory that has the file.
   return std::filesystem::weakly_canonical(statePath).parent_path().string();
 }
 

@@ -7,17 +7,18 @@
 
 namespace sim {
 
-/// Switches the board of this process on: maps the file named by CVNSIM_STATE (made when missing)
-/// or anonymous shared memory. Whoever comes first loads the scenario; later ones find the board
-/// as it is. Throws std::runtime_error with a one-line text: unusable file, wrong scenario line.
+/// Switches the board of this process on: maps the file named by CVNSIM_STATE (created if missing)
+/// or anonymous shared memory. The first process loads the scenario; later ones find the board as
+/// it is. Throws std::runtime_error with a one-line text if the file is unusable or a scenario line
+/// is invalid.
 void PowerOn();
 
 /// Maps the board that another process switched on, in place of one that was mapped before. Throws
 /// std::runtime_error if `path` is not a state file of such a board.
 void Attach(const std::string& path);
 
-/// Holds the board for the time of one HAL call or command. Events that fell due happen first.
-/// A process that was killed in between does not keep the others out.
+/// Locks the board for the duration of one HAL call or command. Events that are due run first.
+/// A process that is killed while it holds the lock does not lock the others out.
 class BoardLock {
  public:
   BoardLock();
@@ -32,13 +33,13 @@ class BoardLock {
   Board& board_;
 };
 
-/// The state file; empty where the board has none.
+/// The state file; empty if the board has none.
 std::string StatePath();
 
-/// Directory of the state file; empty where the board has none.
+/// Directory of the state file; empty if the board has none.
 std::string StateDirectory();
 
-/// Puts the locked board back to its power-on state: empty, then the scenario it started with.
+/// Resets the locked board to its power-on state: empty, then the scenario it started with.
 void ResetBoard(Board& board);
 
 }  // namespace sim

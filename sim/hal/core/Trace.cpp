@@ -47,7 +47,7 @@ void Note(const std::string& line) {
     return;
   }
   const std::string bytes = line + '\n';
-  // If the disk is full the line is lost, like a driver's log; the board continues.
+  // If the disk is full, the line is lost, like a driver's log; the board continues.
   [[maybe_unused]] const ssize_t written = write(traceFd, bytes.data(), bytes.size());
 }
 

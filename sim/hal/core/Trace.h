@@ -1,4 +1,4 @@
-// The record of all HAL calls: one line a call, in the order in which the board served them.
+// The record of all HAL calls: one line per call, in the order in which the board served them.
 #pragma once
 
 #include <string>
@@ -7,22 +7,22 @@
 namespace sim {
 
 /// Opens the file named by CVNSIM_TRACE for appending. Without that variable lines are kept in
-/// memory only. Throws std::runtime_error when the file cannot be opened.
+/// memory only. Throws std::runtime_error if the file cannot be opened.
 void OpenTraceFile();
 
-/// Appends to another process's file from now on, where there is one: who looks at a board lets the
-/// events happen that are due, and what becomes of them belongs there.
+/// Appends to another process's file from now on, if it exists: a process that inspects a board
+/// runs the events that are due, and their messages belong there.
 void NoteInTraceOf(const std::string& path);
 
-/// Notes one line (without newline) in the file, with one write(2) so that processes can share it;
-/// without a file in this process's memory. The caller holds the board.
+/// Appends one line (without newline) to the file, with one write(2) so that processes can share
+/// it; without a file, keeps it in this process's memory. The caller must hold the board's lock.
 void Note(const std::string& line);
 
-/// The newest lines that this process noted in memory, oldest first, at most 8192. The caller holds
-/// the board.
+/// The newest lines that this process kept in memory, oldest first, at most 8192. The caller must
+/// hold the board's lock.
 std::vector<std::string> NotedLines();
 
-/// Forgets the lines in memory. The caller holds the board.
+/// Discards the lines in memory. The caller must hold the board's lock.
 void ForgetNotedLines();
 
 }  // namespace sim

@@ -14,15 +14,15 @@ namespace {
 
 constexpr double kTicksPerNs = 90'000 / 1e9;
 
-// The speed register: an 11-bit step, in two's complement, of a 8192nd of the speed.
+// The speed register: an 11-bit number of steps in two's complement, each 1/8192 of the speed.
 constexpr uint32_t kStepMask = 0x7FF;
 constexpr uint32_t kStepSign = 0x400;
 constexpr double kStepsPerSpeed = 8192;
 
 enum Register : uint32_t {
   kSpeed = 0xB8000474,
-  kLoad = 0xB8000480,   // a write with bit 0 set makes the speed valid
-  kLatch = 0xB8014F38,  // reading it keeps the count for the counter
+  kLoad = 0xB8000480,   // a write with bit 0 set applies the speed
+  kLatch = 0xB8014F38,  // a read latches the count for kCounter
   kCounter = 0xB801B6B8,
 };
 

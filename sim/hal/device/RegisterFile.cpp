@@ -1,6 +1,6 @@
 // The driver of the board's register file. The file is a pipe that this process reads, so that
-// no write is lost. Who wants to read a register writes "> PIPE" instead, with a pipe that it holds
-// open, and is answered there in its turn; the board's own `cat` does so.
+// no write is lost. To read a register, a program writes "> PIPE", the name of a pipe that it keeps
+// open, and receives the value there in its turn; the board's own `cat` does so.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::string_view kReadRequest = "> ";
 
-// What does not come through at once has nobody to read it.
+// Does not wait: an answer that cannot be written immediately has no reader.
 void Answer(const std::string& pipe, const std::string& text) {
   const int fd = open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return;
@@ -38,7 +38,7 @@ void ServeLine(const std::string& line) {
   }
 }
 
-// The pipe is open for writing here too, so it never ends.
+// The pipe is also open for writing here, so reading never reaches an end of file.
 void Serve(int pipe) {
   std::string line;
   char block[4096];
@@ -55,7 +55,7 @@ void Serve(int pipe) {
   }
 }
 
-// Another program on the board is there already.
+// Whether another program on the board already serves the file.
 bool IsServed(const char* path) {
   struct stat status = {};
   if (stat(path, &status) != 0 || !S_ISFIFO(status.st_mode)) return false;
@@ -64,8 +64,8 @@ bool IsServed(const char* path) {
   return fd >= 0;
 }
 
-// The pipe takes the place of the file, or of a pipe whose process is gone, in one step. Programs
-// that start together make one each, and the last one's stays.
+// The pipe replaces the file, or a pipe whose process is gone, in one step. Programs that start at
+// the same time make one each, and the last one remains.
 int MakePipe(const std::string& path) {
   const std::string fresh = path + ".new" + std::to_string(getpid());
   unlink(fresh.c_str());

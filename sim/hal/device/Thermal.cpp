@@ -13,7 +13,7 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
+// Found by argument-dependent lookup from CallText.h, so not in the unnamed namespace.
 static void Put(CallText& out, K2V_THERMAL_CALLBACK callback) {
   out.text << (callback == nullptr ? "NULL" : "{callback}");
 }
@@ -67,7 +67,7 @@ int Accept(Board&, K2V_THERMAL_CALLBACK callback) {
   return callback == nullptr ? K2V_RHAL_ERR_PARAM : K2V_RHAL_OK;
 }
 
-// Like the driver's own thread the watching one lives as long as the process.
+// Like the driver's own thread, the watching thread lives as long as the process.
 void Watch(K2V_THERMAL_CALLBACK callback) {
   listener = callback;
   if (watchingProcess.exchange(getpid()) == getpid()) return;

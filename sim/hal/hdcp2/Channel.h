@@ -1,7 +1,7 @@
 // The control channel between a source's transmitter and the receiver. The transmitter writes
-// messages, looks whether one waits for it, and reads that. Time on the channel is counted by what
-// both sides take for their work, not measured, so that it is the same on every machine; it passes
-// for real all the same.
+// messages, checks whether one is waiting for it, and reads it. Time on the channel is not measured
+// but computed from the durations of both sides' work, so that it is the same on every machine;
+// the channel nevertheless waits for that time to pass.
 #pragma once
 
 #include <cstdint>
@@ -15,21 +15,21 @@ namespace sim::hdcp2 {
 
 class Channel {
  public:
-  /// Lets time pass up to `untilUs` after the beginning. Returns false when the link broke.
+  /// Waits until `untilUs` after the beginning. Returns false if the link broke.
   using PassTime = std::function<bool(uint64_t untilUs)>;
-  /// Takes what goes over the channel, for those who watch it.
+  /// Observes all messages on the channel.
   using Watch = std::function<void(View message)>;
 
   Channel(PassTime passTime, Watch watch);
 
-  /// Who gets what the transmitter writes.
+  /// Sets the recipient of what the transmitter writes.
   void Connect(std::function<void(View message)> receiver);
 
   // The transmitter's end.
 
-  /// Writes a message. What the receiver had ready before is not valid any more.
+  /// Writes a message. Messages that the receiver had ready before become invalid.
   void Write(const Bytes& message);
-  /// Waits for the next message, `limitUs` at most. Nothing when none came in time, or one of
+  /// Waits for the next message, `limitUs` at most. Returns nothing if none came in time, or one of
   /// another identifier or size.
   std::optional<Bytes> Read(MessageId id, uint64_t limitUs);
 
@@ -38,7 +38,7 @@ class Channel {
 
   // The receiver's end.
 
-  /// Makes a message ready so long after the one before, or after now.
+  /// Makes a message ready `afterUs` after the previous one, or from now if none is waiting.
   void Answer(Bytes message, uint64_t afterUs);
 
  private:

@@ -33,7 +33,7 @@ using Context = Owned<EVP_PKEY_CTX, EVP_PKEY_CTX_free>;
 using Digest = Owned<EVP_MD_CTX, EVP_MD_CTX_free>;
 using PKey = Owned<EVP_PKEY, EVP_PKEY_free>;
 
-/// A failure that only a broken library or an empty memory can cause.
+/// Throws on a failure that only a broken library or a lack of memory can cause.
 void Require(bool succeeded) {
   if (!succeeded) throw std::runtime_error("libcrypto failed");
 }
@@ -42,8 +42,8 @@ Number NumberOf(View bytes) {
   return Number(BN_bin2bn(bytes.data(), static_cast<int>(bytes.size()), nullptr));
 }
 
-/// A key from its numbers; `privateExponent` is empty for a public key. Null if the numbers are not
-/// a key.
+/// Makes a key from its numbers; `privateExponent` is empty for a public key. Null if the numbers
+/// are not a valid key.
 PKey KeyOf(const PublicKey& key, View privateExponent = {}) {
   const Number n = NumberOf(key.modulus), e = NumberOf(key.exponent), d = NumberOf(privateExponent);
   const Owned<OSSL_PARAM_BLD, OSSL_PARAM_BLD_free> builder(OSSL_PARAM_BLD_new());

@@ -1,4 +1,4 @@
-// The primitives of HDCP 2, done by libcrypto.
+// The cryptographic primitives of HDCP 2, implemented with libcrypto.
 #pragma once
 
 #include <array>
@@ -29,7 +29,7 @@ Hash HmacSha256(View key, View data);
 /// AES-128 in counter mode; encrypts and decrypts.
 Bytes AesCtr(const Key& key, const Key& counter, View data);
 
-/// RSAES-OAEP with SHA-256; nothing when the key or the data cannot be used.
+/// RSAES-OAEP with SHA-256; nothing if the key or the data cannot be used.
 std::optional<Bytes> OaepEncrypt(const PublicKey& key, View message);
 std::optional<Bytes> OaepDecrypt(const K2V_HDCP2_RSA_KEY_T& key, View ciphertext);
 
@@ -39,7 +39,7 @@ bool VerifySignature(const PublicKey& key, View data, View signature);
 /// A new receiver key pair.
 K2V_HDCP2_RSA_KEY_T MakeReceiverKey();
 
-/// Signs `data` with a new key pair of 3072 bits and forgets its private half.
+/// Signs `data` with a new key pair of 3072 bits and discards its private half.
 struct SignedByNewKey {
   Bytes modulus;
   Bytes exponent;

@@ -7,7 +7,7 @@
 namespace sim::hdcp2 {
 namespace {
 
-/// `value` with `mask` laid over its last bytes by exclusive or.
+/// `value` with its last bytes XORed with `mask`.
 template <typename Value>
 Value Masked(Value value, View mask) {
   const auto end = value.end() - static_cast<std::ptrdiff_t>(mask.size());

@@ -1,4 +1,4 @@
-// What goes wrong in an authentication, as it was ordered.
+// Programmed faults of an authentication.
 #pragma once
 
 #include "hdcp2/Hdcp2State.h"
@@ -9,14 +9,14 @@ class Faults {
  public:
   explicit Faults(const Hdcp2Order& order) : order_(order) {}
 
-  /// Whether this goes wrong now. Each time counts.
+  /// Returns whether this fault happens now, and counts it if so.
   bool Happens(Hdcp2Fault fault) {
     if (order_.fault != fault) return false;
     if (order_.timesLeft > 0 && --order_.timesLeft == 0) order_.fault = Hdcp2Fault::kNone;
     return true;
   }
 
-  /// What is left of the order.
+  /// The part of the order that remains.
   const Hdcp2Order& Left() const { return order_; }
 
  private:

@@ -17,15 +17,15 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
-// Keys and what is made with them stay out of the trace.
+// Found by argument-dependent lookup from CallText.h, so not in the unnamed namespace.
+// Keys and the data processed with them stay out of the trace.
 static void Put(CallText& out, const K2V_HDCP2_RSA_KEY_T&) {
   out.text << "{key}";
 }
 
 namespace {
 
-/// Bytes of which the trace only shows the number.
+/// Bytes of which the trace shows only the number.
 struct Secret {
   const uint8_t* pointer;
   uint32_t size;
@@ -136,8 +136,8 @@ int CheckAuthentication(const Board& board, uint8_t port, uint32_t state) {
   return CheckInitialized(board, areRight);
 }
 
-/// Sleeps in the board's time for as long as the source speaks. The board is free meanwhile. Waits
-/// for times, not for lengths of time, which the board's clock for tests scales.
+/// Sleeps in the board's time while the source keeps up the link. The board is unlocked meanwhile.
+/// Sleeps until points in time, because the board's clock for tests shortens relative sleeps.
 class LinkTime {
  public:
   LinkTime(const Board& board, uint8_t port)
@@ -176,7 +176,7 @@ void NoteMessage(uint8_t port, hdcp2::View message) {
        std::to_string(message.size()) + " bytes");
 }
 
-/// Keeps the outcome of an authentication. Orders that came meanwhile stay.
+/// Stores the outcome of an authentication. Orders given in the meantime stay.
 void Adopt(Hdcp2Port& port, const Hdcp2Port& worked, const Hdcp2Port& before) {
   const bool isSameOrder =
       port.order.fault == before.order.fault && port.order.timesLeft == before.order.timesLeft;
@@ -187,7 +187,7 @@ void Adopt(Hdcp2Port& port, const Hdcp2Port& worked, const Hdcp2Port& before) {
   port.downstream = downstream;
 }
 
-// Works on copies and holds the board for its beginning and its end only: an authentication takes
+// Works on copies and locks the board only at the beginning and at the end: an authentication takes
 // as long as on a television.
 int Authenticate(uint8_t port, uint32_t state) {
   std::optional<BoardLock> board(std::in_place);
@@ -223,7 +223,7 @@ int Deauthenticate(Board& board, uint8_t port) {
   return K2V_RHAL_OK;
 }
 
-// The primitives need no initialising.
+// The primitives need no initialisation.
 
 template <typename Result>
 int Give(const Result& result, uint8_t* out) {

@@ -1,4 +1,4 @@
-// What cvnsim orders for HDCP 2 authentications, and what it shows of them.
+// The command for HDCP 2 authentications, and their part of the state text.
 #include <algorithm>
 #include <iterator>
 #include <ostream>

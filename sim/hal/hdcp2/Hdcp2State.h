@@ -1,4 +1,4 @@
-// What the HDCP 2 receiver keeps.
+// The state of the HDCP 2 receiver.
 #pragma once
 
 #include <cstdint>
@@ -19,22 +19,22 @@ struct Hdcp2KeySet {
   K2V_HDCP2_RSA_KEY_T receiver;
   uint8_t authorityModulus[K2V_HDCP2_SIGNATURE_BYTES];
   uint8_t authorityExponent[K2V_HDCP2_EXPONENT_BYTES];
-  uint8_t lc128[K2V_HDCP2_AES_BYTES];  // the constant that all devices of the authority know
+  uint8_t lc128[K2V_HDCP2_AES_BYTES];  // the secret constant of all devices of the authority
 };
 
-/// What goes wrong in authentications on a port.
+/// Faults of authentications on a port.
 enum class Hdcp2Fault : uint8_t {
   kNone,
   kNoKeys,       // the receiver has lost its keys
   kRevoked,      // the source has the receiver in its revocation list
-  kCertificate,  // a byte of the certificate is changed
-  kHPrime,       // H' is wrong, and so on
+  kCertificate,  // one byte of the certificate is wrong
+  kHPrime,       // H' is wrong; the following ones likewise
   kLPrime,
   kSessionKey,
   kVPrime,
   kMPrime,
   kSilent,           // no answer to AKE_Init
-  kLateCertificate,  // this message comes after its limit, and so on
+  kLateCertificate,  // this message exceeds its time limit; the following ones likewise
   kLateHPrime,
   kLatePairing,
   kLateLPrime,
@@ -42,7 +42,7 @@ enum class Hdcp2Fault : uint8_t {
   kLateMPrime,
 };
 
-/// A fault, and how often it is still to happen; 0: for ever.
+/// A programmed fault, and how many more times it happens; 0: always.
 struct Hdcp2Order {
   Hdcp2Fault fault;
   uint32_t timesLeft;
@@ -60,8 +60,8 @@ struct Hdcp2Port {
   Hdcp2Order order;
   Hdcp2Downstream downstream;
   K2V_HDCP2_STATUS_T status;
-  // What the source has stored of the receiver, when it is paired: the master key, and that key
-  // under the receiver's pairing key with the counter for it.
+  // What a paired source has stored about the receiver: the master key, and that key encrypted with
+  // the receiver's pairing key, with the counter for it.
   bool paired;
   uint8_t km[K2V_HDCP2_AES_BYTES];
   uint8_t pairingInfo[K2V_HDCP2_AES_BYTES];

@@ -6,11 +6,11 @@
 
 namespace sim::hdcp2 {
 
-/// Makes the board's key set, once: a receiver key, and its certificate signed by an authority
-/// that is forgotten afterwards. Takes some tenths of a second.
+/// Makes the board's key set unless it exists: a receiver key, and its certificate signed by an
+/// authority whose private key is discarded. Takes some tenths of a second.
 void MakeKeys(Hdcp2KeySet& keys);
 
-/// Tells whether the certificate is signed by the authority and belongs to the receiver's key.
+/// Returns whether the certificate is signed by the authority and belongs to the receiver's key.
 bool AreKeysRight(const Hdcp2KeySet& keys);
 
 /// A new id of a receiver: K2V_HDCP2_ID_BYTES with as many ones as zeros.

@@ -12,7 +12,7 @@ struct Form {
   MessageId id;
   std::string_view name;
   std::size_t size;      // with the identifier
-  std::size_t item = 0;  // what may follow in any number
+  std::size_t item = 0;  // size of items that may follow, any number of them; 0: none
 };
 
 constexpr Form kForms[] = {

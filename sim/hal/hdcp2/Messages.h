@@ -1,4 +1,4 @@
-// The messages of HDCP 2.3 on HDMI: an identifier, and what belongs to it.
+// The messages of HDCP 2.3 on HDMI: an identifier, followed by its fields.
 #pragma once
 
 #include <array>
@@ -33,19 +33,19 @@ constexpr std::size_t kCapsBytes = 3;   // RxCaps, TxCaps
 constexpr std::size_t kRxInfoBytes = 2;
 constexpr std::size_t kSequenceBytes = 3;  // seq_num_V, seq_num_M
 constexpr std::size_t kHalfHashBytes = K2V_HDCP2_HASH_BYTES / 2;
-constexpr std::size_t kStreamBytes = 2;  // StreamID and type; also their number
+constexpr std::size_t kStreamBytes = 2;  // StreamID and type; also the number of streams
 
-/// A message of an identifier and its fields.
+/// Makes a message from an identifier and its fields.
 Bytes MakeMessage(MessageId id, std::initializer_list<View> fields);
 
-/// The name of a message's identifier; empty for one that there is not.
+/// The name of a message's identifier; empty if it is unknown.
 std::string_view NameOf(View message);
 
-/// Whether a message is of an identifier and has a size that its fields can have.
+/// Returns whether a message has that identifier and a size that its fields can have.
 bool IsMessage(View message, MessageId id);
 
-/// The leading fields of a message by their sizes, and the rest. `message` is at least
-/// that long.
+/// Splits a message into leading fields of the given sizes, and the rest. `message` must be long
+/// enough for them.
 template <std::size_t... sizes>
 std::array<View, sizeof...(sizes) + 1> FieldsOf(View message) {
   std::array<View, sizeof...(sizes) + 1> fields;
@@ -56,7 +56,7 @@ std::array<View, sizeof...(sizes) + 1> FieldsOf(View message) {
   return fields;
 }
 
-/// One array of all parts.
+/// Concatenates all parts.
 Bytes Joined(std::initializer_list<View> parts);
 
 }  // namespace sim::hdcp2

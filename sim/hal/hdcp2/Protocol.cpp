@@ -26,7 +26,7 @@ uint32_t DoStep(uint32_t step, Transmitter& asking, const Receiver& answering) {
       return asking.CheckLocality();
     case K2V_HDCP2_STATE_AUTHENTICATED:
       asking.SendSessionKey();
-      // A picture that the receiver decrypts otherwise shows as noise.
+      // A picture decrypted with another keystream would be noise.
       return asking.PictureKeystream() == answering.PictureKeystream()
                  ? K2V_HDCP2_REASON_NONE
                  : K2V_HDCP2_REASON_SESSION_KEY;

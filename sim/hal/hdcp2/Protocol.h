@@ -1,5 +1,5 @@
 // An authentication of HDCP 2.3 on HDMI: a source's transmitter and the board's receiver exchange
-// the protocol's messages, each with what it alone knows.
+// the protocol's messages, each using only its own secrets.
 #pragma once
 
 #include "hdcp2/Channel.h"
@@ -7,14 +7,14 @@
 
 namespace sim::hdcp2 {
 
-/// What a source is to the receiver.
+/// A source as the receiver sees it.
 struct Source {
   bool speaksHdcp2;
-  uint8_t streamType;  // of what it plays
+  uint8_t streamType;  // of the content that it plays
 };
 
-/// Runs an authentication on a port up to `state` and leaves the outcome in the port's status, with
-/// what the source stored and what is left of ordered faults. Returns K2V_RHAL_OK or
+/// Runs an authentication on a port up to `state` and stores in `port` the resulting status, what
+/// the source remembers for pairing, and the remaining programmed faults. Returns K2V_RHAL_OK or
 /// K2V_RHAL_ERR_FAIL.
 int Authenticate(const Hdcp2& receiver, Hdcp2Port& port, const Source& source, uint32_t state,
                  Channel& channel);

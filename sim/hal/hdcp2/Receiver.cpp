@@ -12,7 +12,7 @@ namespace {
 constexpr uint8_t kVersion = 2;         // of RxCaps
 constexpr uint8_t kRepeaterBit = 0x01;  // of RxCaps
 
-// What the work takes, and what it takes where it is to come too late; us.
+// How long each step takes, and how long if it is to be late, in us.
 constexpr uint64_t kCertificateUs = 10'000, kLateCertificateUs = 150'000;
 constexpr uint64_t kNewKmUs = 60'000, kLateNewKmUs = 1'200'000;
 constexpr uint64_t kStoredKmUs = 20'000, kLateStoredKmUs = 250'000;
@@ -21,7 +21,7 @@ constexpr uint64_t kLocalityUs = 7'000, kLateLocalityUs = 25'000;
 constexpr uint64_t kListUs = 50'000, kLateListUs = 3'200'000;
 constexpr uint64_t kStreamsUs = 10'000, kLateStreamsUs = 150'000;
 
-// RxInfo: depth in bits 9 to 11, devices in 4 to 8, and what is too much.
+// RxInfo: depth in bits 9 to 11, devices in bits 4 to 8, and a bit for each exceeded maximum.
 constexpr unsigned kTooManyBit = 3, kTooDeepBit = 2;
 
 Bytes RxInfoOf(const Hdcp2Downstream& downstream) {
@@ -141,7 +141,7 @@ void Receiver::TakeAck(View message) {
   listAccepted_ = std::ranges::equal(message.subspan(1), View(list_).last(kHalfHashBytes));
 }
 
-// A repeater whose list was not accepted has nothing to say about streams.
+// A repeater whose list was not accepted does not answer about streams.
 void Receiver::TakeStreams(View message) {
   if (!listAccepted_) return;
   const auto [sequence, count, streams] = FieldsOf<kSequenceBytes, kStreamBytes>(message);

@@ -1,4 +1,4 @@
-// The receiver's half of an authentication. It knows its private key, and no secret of the source.
+// The receiver's half of an authentication. It has its private key, and no secret of the source.
 #pragma once
 
 #include "hdcp2/Channel.h"
@@ -9,10 +9,10 @@ namespace sim::hdcp2 {
 
 class Receiver {
  public:
-  /// Takes messages from the channel and answers there. `state` and the others stay the caller's.
+  /// Answers the messages on the channel. All arguments must outlive the receiver.
   Receiver(const Hdcp2& state, const Hdcp2Downstream& downstream, Faults& faults, Channel& channel);
 
-  /// By which it decrypts the picture; empty before the session key came.
+  /// The keystream that decrypts the picture; empty until the session key has arrived.
   Bytes PictureKeystream() const;
 
  private:

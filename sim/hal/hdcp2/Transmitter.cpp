@@ -19,7 +19,7 @@ constexpr uint64_t kLocalityLimitUs = 20'000;
 constexpr uint64_t kListLimitUs = 3'000'000;
 constexpr uint64_t kStreamsLimitUs = 100'000;
 
-constexpr int kLocalityAttempts = 16;  // a source may make 1024
+constexpr int kLocalityAttempts = 16;  // a source may make up to 1024
 
 template <std::size_t size>
 void CopyTo(uint8_t (&to)[size], View from) {
@@ -69,8 +69,8 @@ uint32_t Transmitter::CheckCertificate(View certificate) {
   return K2V_HDCP2_REASON_NONE;
 }
 
-// A source that knows the receiver sends the key that it stored, any other a new one under the
-// receiver's public key. H' proves that the receiver could read it.
+// A paired source sends the key that it stored, any other source a new one, encrypted with the
+// receiver's public key. H' proves that the receiver could decrypt it.
 uint32_t Transmitter::ProveMasterKey(View publicKey, View rxCaps) {
   const bool stored = port_.paired;
   port_.status.bPaired = stored;
@@ -128,7 +128,7 @@ uint32_t Transmitter::TryLocality() {
              : K2V_HDCP2_REASON_L_PRIME;
 }
 
-// Nothing comes back.
+// The receiver does not answer this message.
 uint32_t Transmitter::SendSessionKey() {
   ks_ = KeyFrom(Random(K2V_HDCP2_AES_BYTES));
   riv_ = Random(kNonceBytes);
@@ -157,7 +157,7 @@ uint32_t Transmitter::SettleStreams() {
   return K2V_HDCP2_REASON_NONE;
 }
 
-// Acknowledges a list that is right with the lower half of V.
+// Acknowledges a valid list with the lower half of V.
 uint32_t Transmitter::CheckList(View message) {
   const auto [rxInfo, sequence, upperHalf, ids] =
       FieldsOf<kRxInfoBytes, kSequenceBytes, kHalfHashBytes>(message);

@@ -1,4 +1,4 @@
-// The source's half of an authentication. It knows the authority's public key, and no secret of the
+// The source's half of an authentication. It has the authority's public key, and no secret of the
 // receiver.
 #pragma once
 
@@ -10,12 +10,12 @@ namespace sim::hdcp2 {
 
 class Transmitter {
  public:
-  /// Authenticates what is at the other end of the channel, and keeps in `port` what a source keeps
-  /// of it. `state` and the others stay the caller's.
+  /// Authenticates the receiver at the other end of the channel and stores in `port` its status and
+  /// the data for pairing. All arguments must outlive the transmitter.
   Transmitter(const Hdcp2& state, Hdcp2Port& port, uint8_t streamType, Faults& faults,
               Channel& channel);
 
-  // The steps, in their order. Each returns a K2V_HDCP2_REASON_*.
+  // The steps, in this order. Each returns a K2V_HDCP2_REASON_*.
   uint32_t ExchangeKeys();
   uint32_t CheckLocality();
   uint32_t SendSessionKey();
@@ -23,7 +23,7 @@ class Transmitter {
 
   bool IsRepeater() const { return repeater_; }
 
-  /// By which it encrypts the picture.
+  /// The keystream that encrypts the picture.
   Bytes PictureKeystream() const;
 
  private:

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// One thing that can be well or not, and how both are called.
+/// Something that is well or not, with the words for both states.
 struct Switch {
   std::string_view name;
   std::string_view well;
@@ -56,7 +56,7 @@ Action ParseSwitch(const Words& words) {
   };
 }
 
-/// The board's root directory; nothing where the state file is not a board's.
+/// The board's root directory; nothing if the state file is not inside one.
 std::optional<fs::path> BoardRoot() {
   const fs::path simulator = StateDirectory();
   if (simulator.empty() || !fs::is_directory(simulator.parent_path() / "dev/block"))
@@ -64,7 +64,7 @@ std::optional<fs::path> BoardRoot() {
   return simulator.parent_path();
 }
 
-/// Where the pulled stick was mounted there is nothing any more, also when it comes back.
+/// Removes the mounts of a pulled stick; plugging it in again does not restore them.
 void CutMounts(const fs::path& root) {
   std::ifstream mounts(fs::path(StateDirectory()) / "mounts");
   std::string device, directory;
@@ -77,7 +77,7 @@ void CutMounts(const fs::path& root) {
   }
 }
 
-/// Drivers' nodes are emptied, everything else goes.
+/// Empties a driver's node, removes anything else.
 void LoseFile(const fs::path& path) {
   std::error_code ignored;
   if (path.parent_path().filename() == "dev")

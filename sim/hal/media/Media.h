@@ -5,17 +5,17 @@
 
 namespace sim {
 
-// None of these does anything where the state file is not a board's.
+// None of these has an effect unless the state file is inside a board's root directory.
 
-/// Lets the board's files show the state: the nodes of the USB stick are there or gone, what is
-/// mounted of a pulled one is cut off, and the simulator's directory marks what is down.
+/// Updates the board's files to its state: the nodes of the USB stick exist or not, mounts of a
+/// pulled stick are cut off, and the simulator's directory has marker files for what is not well.
 void ShowOutside(const Board& board);
 
-/// Clears what does not outlive the power: the files and drivers' nodes that the simulator's
+/// Clears what does not survive a loss of power: the files and drivers' nodes that the simulator's
 /// directory lists in `volatile`.
 void LoseVolatileFiles();
 
-/// Lets the board's processors log their start.
+/// Makes the board's processors log their start.
 void LogStart();
 
 }  // namespace sim

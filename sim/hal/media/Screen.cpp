@@ -38,7 +38,7 @@ bool IsPlaying() {
 void HoldScreen(uint32_t from, uint32_t number) {
   if (from == number || StatePath().empty()) return;
   const fs::path held = HeldScreenPath(number);
-  const fs::path next = held.string() + ".next";  // somebody may look meanwhile
+  const fs::path next = held.string() + ".next";  // readers must not see half a file
   std::error_code error;
   fs::copy_file(from == 0 ? ScreenPath() : HeldScreenPath(from), next,
                 fs::copy_options::overwrite_existing, error);

@@ -1,5 +1,5 @@
-// What the player has on the screen: a file beside the board's state that holds the picture decoded
-// last, and another that is locked while the player plays.
+// What the player has on the screen: a file next to the board's state with the last decoded
+// picture, and another file that is locked while the player plays.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 namespace sim {
 
-/// In front of the picture's planes, which follow each other without gaps. Formats and colours are
-/// those of libavutil.
+/// Precedes the picture's planes, which follow without gaps. Formats and colours are the numbers of
+/// libavutil.
 struct ScreenHeader {
   int32_t width;
   int32_t height;
@@ -19,22 +19,22 @@ struct ScreenHeader {
   int64_t number;  // of the picture in the file that is played
 };
 
-/// The two files; empty where the board has no directory.
+/// The two files; empty if the board has no state file.
 std::filesystem::path ScreenPath();
 std::filesystem::path PlayingPath();
 
-/// The file with a picture of the player that is frozen. Its number is that of the place where it
-/// is frozen, from 1.
+/// The file with a frozen picture of the player. Its number is that of the place where it is
+/// frozen, counted from 1.
 std::filesystem::path HeldScreenPath(uint32_t number);
 
 /// Returns whether the player plays.
 bool IsPlaying();
 
-/// Keeps the picture that the player shows now, or the frozen one with the number `from`, under
-/// another number. Without a picture, none is kept.
+/// Stores the picture that the player shows now (`from` 0), or the frozen one with the number
+/// `from`, under another number. If there is no picture, none is stored.
 void HoldScreen(uint32_t from, uint32_t number);
 
-/// Forgets the frozen picture.
+/// Deletes the frozen picture.
 void ReleaseScreen(uint32_t number);
 
 }  // namespace sim

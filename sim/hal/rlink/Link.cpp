@@ -21,7 +21,7 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
+// Found by argument-dependent lookup from CallText.h, so not in the unnamed namespace.
 static void Put(CallText& out, const RLNK_BUFFER_RANGE& range) {
   out.text << '{' << range.size_1 << '+' << range.size_2 << '}';
 }
@@ -52,10 +52,10 @@ static void Put(CallText& out, RLNK_INVOKE_HANDLER handler) {
 namespace {
 
 constexpr auto kAnswerTimeout = std::chrono::milliseconds(500);
-constexpr auto kAsyncDelay = std::chrono::milliseconds(100);  // until the slave gets to it
+constexpr auto kAsyncDelay = std::chrono::milliseconds(100);  // until the slave starts on it
 
-/// A buffer of this link. Its end is that of the ring for all processes, but for a copy that a
-/// forked child has.
+/// A buffer of this link. Its destruction releases the ring for all processes, unless it is the
+/// copy of a forked child.
 struct SharedBuffer {
   RLNK_BUFFER record;
   std::shared_ptr<Ring> ring;
@@ -70,7 +70,7 @@ struct SharedBuffer {
   SharedBuffer& operator=(const SharedBuffer&) = delete;
 };
 
-/// Serves one call as `Call` does, but without holding the board: the slave needs it meanwhile.
+/// Serves one call like `Call`, but without locking the board, which the slave needs meanwhile.
 template <typename Work, typename... Arguments>
 auto ServeCall(const std::string& function, Work work, const Arguments&... arguments) {
   const std::string name = "RLink::" + function;
@@ -121,7 +121,7 @@ class SimLink : public RLink {
   int OnRing(const char* function, const RLNK_HOST_SESSION* session, const RLNK_BUFFER* buffer,
              Work work, const Arguments&... arguments);
 
-  std::mutex mutex_;  // of what follows, but for the threads
+  std::mutex mutex_;  // guards the members below, except the threads
   std::map<uint32_t, RLNK_HOST_SESSION> sessions_;
   std::map<uint32_t, RLNK_INVOKE_HANDLER> handlers_;  // by class
   Buffers buffers_;
@@ -135,7 +135,7 @@ SimLink::~SimLink() {
   for (const auto& [id, session] : sessions_) LeaveSession(*board, id);
 }
 
-// Handlers may send, so the slave comes first and last.
+// Handlers may send commands, so the slave is drained before and after them.
 void SimLink::WaitForSlave() {
   slave_.Drain();
   host_.Drain();
@@ -244,7 +244,7 @@ void SimLink::CallHandler(RLNK_HOST_SESSION session, RLNK_CMD_PARAMS params) {
   if (handler != nullptr) handler(&session, &params);
 }
 
-// The record of a released buffer is gone: it is looked for by its address alone.
+// Never reads `buffer`: the record of a released one is gone, so only its address is compared.
 SimLink::Buffers::iterator SimLink::Find(const RLNK_HOST_SESSION* session,
                                          const RLNK_BUFFER* buffer) {
   return std::ranges::find_if(buffers_, [=](const auto& candidate) {
@@ -273,7 +273,7 @@ RLNK_BUFFER* SimLink::AllocateBuffer(RLNK_HOST_SESSION* session, uint32_t size,
       __func__, [&] { return AddBuffer(session, size, dir); }, session, size, uint32_t{dir});
 }
 
-/// Serves a call on a buffer: `work` gets its ring and the faults of the link.
+/// Serves a call on a buffer: `work` gets its ring and whether the link's buffers are full.
 template <typename Work, typename... Arguments>
 int SimLink::OnRing(const char* function, const RLNK_HOST_SESSION* session,
                     const RLNK_BUFFER* buffer, Work work, const Arguments&... arguments) {

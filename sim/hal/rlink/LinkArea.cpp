@@ -24,7 +24,7 @@ constexpr Fault kFaults[] = {
     {"full", &Link::full, ", buffers full"},
 };
 
-// Asked on the board itself, where process numbers are those of its own name space.
+// Called on the board itself, so the process ids are those of its own namespace.
 bool IsFree(const LinkSession& session) {
   return session.id == 0 || (kill(session.process, 0) != 0 && errno == ESRCH);
 }

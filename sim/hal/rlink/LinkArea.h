@@ -1,4 +1,4 @@
-// What all links of the board share: the numbers of sessions and buffers.
+// The table of sessions, which all links of the board share.
 #pragma once
 
 #include <cstdint>
@@ -7,11 +7,11 @@
 
 namespace sim {
 
-/// Enters a session of this process and gives its number; 0 when the slave has no room for more.
-/// Sessions of processes that are gone count no longer.
+/// Adds a session of this process and returns its id; 0 if the slave has no room for more.
+/// Sessions of processes that no longer exist do not count.
 uint32_t EnterSession(Board& board, uint32_t classId);
 
-/// Strikes a session out.
+/// Removes a session.
 void LeaveSession(Board& board, uint32_t id);
 
 }  // namespace sim

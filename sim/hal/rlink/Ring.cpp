@@ -13,7 +13,7 @@
 
 namespace sim {
 
-/// Contents of the shared memory, followed by the bytes.
+/// Header of the shared memory, followed by the bytes.
 struct Ring::Memory {
   size_t size;  // of the bytes
   size_t start;
@@ -26,13 +26,13 @@ struct Ring::Memory {
 
 namespace {
 
-/// The rings that this process has mapped, by handle; used while the board is held.
+/// The rings that this process has mapped, by handle; guarded by the board's lock.
 std::map<uint32_t, std::weak_ptr<Ring>>& MappedRings() {
   static std::map<uint32_t, std::weak_ptr<Ring>> rings;
   return rings;
 }
 
-/// The file of a ring; empty where the board has no state file.
+/// The file of a ring; empty if the board has no state file.
 std::string FileOf(uint32_t handle) {
   const std::string state = StatePath();
   return state.empty() ? "" : state + "-ring-" + std::to_string(handle);
@@ -43,10 +43,10 @@ void* Map(size_t bytes, int flags, int file) {
   return memory == MAP_FAILED ? nullptr : memory;
 }
 
-/// Zeros in a new file, or without a name where `path` is empty. Null on failure.
+/// Maps zeroed memory in a new file, or anonymous memory if `path` is empty. Null on failure.
 void* MapNew(const std::string& path, size_t bytes) {
   if (path.empty()) return Map(bytes, MAP_ANONYMOUS, -1);
-  unlink(path.c_str());  // of a board before
+  unlink(path.c_str());  // left by an earlier board
   const int file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
   if (file < 0) return nullptr;
   void* const memory =
@@ -55,7 +55,7 @@ void* MapNew(const std::string& path, size_t bytes) {
   return memory;
 }
 
-/// All of a file, which has `atLeast` bytes. Null on failure.
+/// Maps a whole file, which must have `atLeast` bytes. Null on failure.
 void* MapFile(const std::string& path, size_t atLeast) {
   const int file = path.empty() ? -1 : open(path.c_str(), O_RDWR | O_CLOEXEC);
   if (file < 0) return nullptr;

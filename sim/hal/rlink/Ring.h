@@ -9,17 +9,17 @@
 
 namespace sim {
 
-/// Every member holds the board while it works, so that what it does is whole for all processes.
+/// Every member function locks the board, so that its changes are atomic for all processes.
 class Ring {
  public:
-  /// Makes the ring of a new buffer; null without memory. Processes that share the
-  /// board's state file find it by its handle, on any board those that are forked later.
+  /// Creates the ring of a new buffer; null if out of memory. Processes that share the board's
+  /// state file find it by its handle; on any board, so do processes that are forked later.
   static std::shared_ptr<Ring> Create(uint32_t handle, size_t size);
 
   /// The ring of a buffer made by any process; null if it does not exist or was released.
   static std::shared_ptr<Ring> Find(uint32_t handle);
 
-  /// Lets nobody find the ring any more.
+  /// Removes the ring: Find no longer returns it in any process.
   void Release();
 
   ~Ring();
@@ -29,15 +29,15 @@ class Ring {
   size_t Free() const;
   size_t Used() const;
 
-  /// Puts all the data in, or nothing when they find no room.
+  /// Appends all the data; if there is not enough room, appends nothing and returns false.
   bool Put(std::span<const uint8_t> data);
-  /// Takes as many bytes as `data` has, or nothing when fewer wait.
+  /// Fills `data` with the oldest bytes and removes them; false if fewer are waiting.
   bool Take(std::span<uint8_t> data);
-  /// Drops the oldest bytes, or nothing when fewer wait.
+  /// Drops the oldest bytes; if fewer are waiting, drops nothing and returns false.
   bool Drop(size_t count);
   void DropAll();
 
-  /// The waiting bytes up to the end of the memory, and those from its beginning on.
+  /// The waiting bytes up to the end of the memory, and those that continue at its beginning.
   using Pieces = std::pair<std::span<uint8_t>, std::span<uint8_t>>;
   Pieces Waiting();
 

@@ -18,7 +18,7 @@ namespace {
 using Params = RLNK_CMD_PARAMS;
 using Param = RLNK_CMD_PARAM;
 
-// Patterns: words of four letters, "USET" in memory and on, and plain numbers.
+// Patterns: words of four letters, beginning with "USET" in memory, and plain numbers.
 constexpr uint32_t kFirstLetters = 0x54455355;
 constexpr uint32_t kFirstWord = 0x1004;
 constexpr uint32_t kAnswerOffset = 0x31;
@@ -47,14 +47,14 @@ uint32_t WordCount(const Param& param) {
   return param.b / static_cast<uint32_t>(sizeof(uint32_t));
 }
 
-// Fills the memory of a parameter with consecutive numbers from `next`; returns the following one.
+// Fills the memory of a parameter with consecutive numbers from `next`; returns the next number.
 uint32_t FillWords(const Param& param, uint32_t next) {
   for (uint32_t i = 0; i < WordCount(param); ++i) SetWord(param, i, next++);
   return next;
 }
 
 // Memory that the slave lends to the host for a command that it invokes: 1 KiB from a ring of such
-// pieces, below 4 GiB. Null if it is not valid.
+// pieces, below 4 GiB. Null if no such memory can be mapped.
 uint8_t* LendMemory() {
   constexpr size_t kPieceBytes = 1024;
   constexpr unsigned kPieces = 64;
@@ -80,7 +80,7 @@ bool LayMemory(Params& params, unsigned first, std::initializer_list<uint32_t> s
   return true;
 }
 
-// Turns a bit of every parameter that goes in the direction of the types' `bit` (1 in, 2 out).
+// Inverts one bit of every parameter in the direction of the types' `bit` (1 in, 2 out).
 void Falsify(Params& params, uint32_t bit) {
   for (unsigned i = 0; i < RLNK_PARAM_COUNT; ++i) {
     const uint32_t type = TypeOf(params, i);
@@ -168,8 +168,8 @@ int PutData(const SlaveView& view, Params& params) {
   return K2V_RHAL_OK;
 }
 
-// Shows the host its own values again, with memory to write to. The memory that came with them has
-// to be zero.
+// Sends the host its own values back, with memory to write to. The memory that the host sent with
+// them must be zero.
 int Notice(const SlaveView& view, Params& params) {
   const Param& zeros = params.param[1];
   for (uint32_t i = 0; i < WordCount(zeros); ++i) {

@@ -10,16 +10,16 @@
 
 namespace sim {
 
-/// What the slave reaches while it serves a command.
+/// What the slave can use while it serves a command.
 struct SlaveView {
   std::function<std::shared_ptr<Ring>(uint32_t handle)> ring;  // null: no such buffer
   std::function<void(const RLNK_CMD_PARAMS&)> invoke;          // a command on the host
-  bool wrong;                                                  // all its data are wrong in one bit
+  bool wrong;                                                  // all its data have one wrong bit
 };
 
-/// Serves a command and fills the parameters that go out. Returns 0; K2V_RHAL_ERR_NOT_SUPPORTED for
-/// an unknown command, K2V_RHAL_ERR_PARAM for parameters of other types, sizes or buffers than
-/// those of the command, K2V_RHAL_ERR_FAIL where the data are not as they should be.
+/// Serves a command and fills in the output parameters. Returns 0; K2V_RHAL_ERR_NOT_SUPPORTED for
+/// an unknown command, K2V_RHAL_ERR_PARAM for parameters with types, sizes or buffers that do not
+/// fit the command, K2V_RHAL_ERR_FAIL if the data are not as expected.
 int ServeCommand(const SlaveView& view, RLNK_CMD_PARAMS& params);
 
 }  // namespace sim

@@ -1,4 +1,4 @@
-// A thread that does one job after the other.
+// A thread that runs one job at a time, in order.
 #pragma once
 
 #include <condition_variable>
@@ -12,14 +12,14 @@ namespace sim {
 class Worker {
  public:
   Worker();
-  /// Does what waits and ends.
+  /// Runs the waiting jobs and ends the thread.
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
   /// Appends a job to the queue.
   void Post(std::function<void()> job);
-  /// Waits until there is nothing left to do. A job of the worker itself does not wait.
+  /// Waits until all jobs are done. Does not wait if called by a job of the same worker.
   void Drain();
 
  private:
@@ -30,7 +30,7 @@ class Worker {
   std::deque<std::function<void()>> jobs_;
   bool busy_ = false;
   bool ending_ = false;
-  std::thread thread_;  // last, so that it finds everything else in place
+  std::thread thread_;  // last, so that everything else is initialised when it starts
 };
 
 }  // namespace sim

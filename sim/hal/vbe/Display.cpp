@@ -16,7 +16,7 @@ constexpr uint8_t kMaxFrameRateHz = 120;
 constexpr uint16_t kMaxSpreadPercent = 300;
 constexpr uint16_t kMaxSpreadPeriod = 1000;
 constexpr uint32_t kMaxChannel = 255;
-constexpr uint32_t kMaxChoice = 15;  // of fields that the HAL only passes on
+constexpr uint32_t kMaxChoice = 15;  // for fields that the HAL only passes on
 
 constexpr K2V_PANEL_CONFIG_T kPanelConfig = {55,       0,
                                              3,        DISP_COLOR_DEPTH_10BIT,

@@ -9,7 +9,7 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
+// Found by argument-dependent lookup from CallText.h, so not in the unnamed namespace.
 static void Put(CallText& out, K2V_VBE_HDMI_CONNECTION_CALLBACK callback) {
   out.text << (callback == nullptr ? "NULL" : "{callback}");
 }
@@ -50,7 +50,7 @@ void TellChanges(Connections known) {
 void TellAndWatch(Callback callback) {
   const Connections now = ConnectionsNow();
   for (unsigned port = 0; port < kTransmitterCount; ++port) callback(now.connected[port], port);
-  // Like the driver's own thread it lives as long as the process.
+  // Like the driver's own thread, it lives as long as the process.
   if (listener.exchange(callback) == nullptr) std::thread(TellChanges, now).detach();
 }
 

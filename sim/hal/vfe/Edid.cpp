@@ -14,7 +14,7 @@ constexpr uint8_t kVideo = 2, kExtended = 7;     // tags of data blocks …
 constexpr uint8_t kVideo420 = 14, kMap420 = 15;  // … and extended ones
 constexpr unsigned kBlockBytes = K2V_HDMI_EDID_BYTES / 2;
 
-/// The code of a short video descriptor; one up to 64 can be marked as native.
+/// The code of a short video descriptor; codes up to 64 can be marked as native.
 uint32_t CodeOf(uint8_t descriptor) {
   return descriptor > 128 && descriptor <= 192 ? descriptor & 0x7FU : descriptor;
 }
@@ -22,8 +22,8 @@ uint32_t CodeOf(uint8_t descriptor) {
 struct VideoData {
   std::vector<uint32_t> codes;    // of the video data blocks, in their order
   std::vector<uint32_t> only420;  // of the 4:2:0 video data blocks
-  std::vector<uint8_t> map420;    // bits by the order of `codes`
-  bool mapsAll = false;           // an empty map stands for all codes
+  std::vector<uint8_t> map420;    // one bit per code, in the order of `codes`
+  bool mapsAll = false;           // an empty map means all codes
 };
 
 void Take(uint8_t tag, Bytes payload, VideoData& data) {
@@ -37,7 +37,7 @@ void Take(uint8_t tag, Bytes payload, VideoData& data) {
   }
 }
 
-/// The data blocks of the extension; none when it is not of CEA-861.
+/// The video data of the extension; empty if it is not a CEA-861 extension.
 VideoData ReadVideoData(Bytes extension) {
   VideoData data;
   if (extension[0] != kCeaTag) return data;

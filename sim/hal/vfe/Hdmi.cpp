@@ -54,13 +54,14 @@ int Close(Board& board) {
   return K2V_RHAL_OK;
 }
 
-/// What the receiver sees of a source that starts, or that changes its timing during an AV mute.
+/// Makes the receiver lose its lock, because the source starts or changes its timing. `behindMute`:
+/// the source set AV mute before.
 void Restart(const Board& board, HdmiPort& port, bool behindMute) {
   port.lock = {};
   if (port.connected && HasSignal(port)) LoseLock(board, port.lock, behindMute);
 }
 
-// A source whose line was held low starts again.
+// If the line was held low, the source starts again.
 void RaiseHotPlug(const Board& board, HdmiPort& port) {
   const bool startsAnew = port.hotPlug == HotPlug::kHeldLow;
   port.hotPlug = HotPlug::kRaised;
@@ -336,7 +337,7 @@ int K2V_RHAL_VFE_HDMI_Disconnect(uint8_t port) {
 }
 
 int K2V_RHAL_VFE_HDMI_GetPortTimingInfo(uint8_t port, K2V_HDMI_TIMING_T* timing) {
-  // Every poll counts, also one that a programmed failure answers.
+  // Every poll counts, even if a programmed failure answers it.
   CountPoll(*BoardLock(), port);
   return Call(__func__, GetPortTimingInfo, port, Out{timing});
 }

@@ -5,11 +5,11 @@
 
 namespace sim {
 
-/// A source is plugged into the port, sees its hot-plug line raised and sends, and the receiver has
-/// locked to it.
+/// Whether a source is plugged into the port, its hot-plug line is raised, it sends what the link
+/// carries, and the receiver has locked to it.
 bool HasSignal(const HdmiPort& port);
 
-/// The picture of the lowest connected port with a signal; none: width 0.
+/// The picture of the lowest connected port with a signal; width 0 if there is none.
 Picture HdmiPicture(const HdmiReceiver& receiver);
 
 }  // namespace sim

@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint32_t kWideGamut = K2V_COLOR_STANDARD_BT2020;
 
-// What is the same for all sources of a kind.
+// What all sources of a kind have in common.
 struct Kind {
   std::string_view name;                         // in commands
   const char* vendor;                            // at most 8 characters
@@ -87,8 +87,8 @@ constexpr Kind kKinds[] = {
      true},
 };
 
-/// Where a timing makes room for the second eye's picture: nowhere, after the first one's lines
-/// and a blanking, after each line, after the pixels of each line.
+/// Where a timing has room for the second eye's picture: nowhere, after the first one's lines and a
+/// blanking, after each line, or after the pixels of each line.
 enum class Room : uint8_t { kNone, kBehind, kLines, kPixels };
 
 // By Stereo.
@@ -124,7 +124,7 @@ const Packing& PackingOf(Stereo stereo) {
   return kPackings[static_cast<size_t>(stereo)];
 }
 
-/// Whether the info-frames say that the source sends 3D.
+/// Whether the info-frames announce that the source sends 3D.
 bool Announces3d(const HdmiPort& port) {
   return PackingOf(port.stereo).length != 0;
 }
@@ -133,7 +133,7 @@ bool IsDvi(const HdmiPort& port) {
   return port.kind == SourceKind::kDvi;
 }
 
-/// How often each pixel is sent again: lines of 720 pixels, interlaced, are too slow for TMDS.
+/// How often each pixel is repeated: the pixel clock of 480i and 576i is too low for TMDS.
 uint8_t PixelRepetition(const K2V_HDMI_TIMING_T& timing) {
   constexpr uint32_t k480i = 7, k576i = 22;
   return timing.format == k480i || timing.format == k576i ? 1 : 0;
@@ -147,11 +147,11 @@ uint32_t PixelClockKHz(const K2V_HDMI_TIMING_T& timing) {
 
 struct Encoding {
   uint32_t pixels;   // K2V_HDMI_PIXEL_*
-  uint32_t tmdsKHz;  // characters
+  uint32_t tmdsKHz;  // rate of TMDS characters
 };
 
-// The best way that fits: whole chroma, else a quarter of it where the receiver's EDID lists that,
-// else half of it, which takes up to 12 bits without more characters.
+// The best encoding that fits the link: full chroma, else a quarter of it (4:2:0) if the receiver's
+// EDID lists that, else half of it (4:2:2), which carries up to 12 bits without more characters.
 std::optional<Encoding> EncodingOf(const HdmiPort& port) {
   static constexpr uint32_t kBits[] = {8, 10, 12, 16};
   const Kind& kind = KindOf(port);
@@ -173,7 +173,7 @@ bool IsNear(uint32_t a, uint32_t b) {
   return std::abs(static_cast<double>(a) / b - 1) < 0.005;
 }
 
-/// M of the AVI info-frame; shapes that have no code there go without one.
+/// Field M of the AVI info-frame; 0 for aspect ratios that have no code there.
 uint8_t PictureAspect(const K2V_HDMI_TIMING_T& timing, Room room) {
   constexpr uint8_t kNone = 0, k4To3 = 1, k16To9 = 2;
   constexpr uint32_t kVga = 1;
@@ -189,10 +189,10 @@ uint8_t PictureAspect(const K2V_HDMI_TIMING_T& timing, Room room) {
   return IsNear(width * 3U, height * 4U) ? k4To3 : kNone;
 }
 
-// The formats of HDMI 1.4b that came before CEA-861 had codes for them: these go by HDMI_VIC.
+// HDMI 1.4b introduced these formats before CEA-861 had codes for them: they are sent as HDMI_VIC.
 uint8_t HdmiVic(const HdmiPort& port) {
   static constexpr uint32_t kVicOf[] = {0, 95, 94, 93, 98};
-  if (Announces3d(port)) return 0;  // the info-frame signals that instead
+  if (Announces3d(port)) return 0;  // the info-frame signals 3D instead
   const auto* found = std::find(std::begin(kVicOf), std::end(kVicOf), port.timing.format);
   return found == std::end(kVicOf) ? 0 : static_cast<uint8_t>(found - std::begin(kVicOf));
 }
@@ -376,7 +376,7 @@ int MakeAllVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& info) {
   const bool is3d = hdmi.eVideoFormat == K2V_HDMI_VSI_3D;
   AddVsi(info, hdmi.nIeeeOui, hdmi.nLength - kInfoFrameOuiBytes,
          {format, is3d ? structure : hdmi.nHdmiVic, extension});
-  // Version 1 and, in a computer's, the wish for low latency.
+  // Version 1 and, from a computer, the request for low latency.
   const uint8_t lowLatency = port.kind == SourceKind::kPc ? 2 : 0;
   if (IsScrambled(port)) AddVsi(info, K2V_HDMI_OUI_HDMI_FORUM, 2, {1, lowLatency});
   return K2V_RHAL_OK;

@@ -24,16 +24,17 @@ inline constexpr std::string_view kPlugArguments =
     "checkerboard|frame-sequential]";
 inline constexpr std::string_view kSourceWords = kPlugArguments.substr(sizeof("PORT"));
 
-/// Reads the words of a source from `first` on. Throws CommandError.
+/// Parses the words of a source, starting at `first`. Throws CommandError.
 SourceOrder ParseSource(const Words& words, size_t first);
 
-/// A timing with the pictures of two eyes packed into it. Throws CommandError where they cannot be.
+/// A timing with the pictures of both eyes packed into it. Throws CommandError if that is not
+/// possible.
 K2V_HDMI_TIMING_T Packed(const K2V_HDMI_TIMING_T& timing, Stereo stereo);
 
 /// The words for a source's kind and stereo, such as "hdr" or "sdr side-by-side".
 std::string SourceName(const HdmiPort& port);
 
-/// Whether the link carries what the source is to send in any way that the source knows.
+/// Whether the link can carry what the source is to send, in any encoding that the source supports.
 bool FitsLink(const HdmiPort& port);
 
 /// Colours of the source's picture: K2V_COLOR_STANDARD_*.
@@ -42,25 +43,25 @@ uint32_t ColorStandard(const HdmiPort& port);
 /// K2V_HDMI_EOTF_*.
 uint32_t Eotf(const HdmiPort& port);
 
-/// Rate of TMDS characters / 1000; 0 when the picture does not fit.
+/// Rate of TMDS characters in kHz; 0 if the picture does not fit.
 uint32_t TmdsClockKHz(const HdmiPort& port);
 
 /// K2V_HDMI_DEPTH_*.
 uint32_t ColorDepth(const HdmiPort& port);
 
-/// What protects the picture: K2V_HDMI_HDCP_*.
+/// The content protection: K2V_HDMI_HDCP_*.
 int HdcpVersion(const HdmiPort& port);
 
-/// The scrambling that rates above 340 MHz need.
+/// Whether the source scrambles, as rates above 340 MHz require.
 bool IsScrambled(const HdmiPort& port);
 
-/// Sends general control packets, with AV mute in them.
+/// Whether the source sends general control packets, which contain AV mute.
 bool SendsControlPackets(const HdmiPort& port);
 
-/// Sets AV mute before it changes its timing.
+/// Whether the source sets AV mute before it changes its timing.
 bool MutesChanges(const HdmiPort& port);
 
-// The info-frames. Each returns 0, or K2V_RHAL_ERR_FAIL when the source sends none of its kind.
+// The info-frames. Each returns 0, or K2V_RHAL_ERR_FAIL if the source sends none of that kind.
 int MakeAvi(const HdmiPort& port, K2V_HAL_VFE_HDMI_AVI_INFO_T& info);
 int MakeSpd(const HdmiPort& port, K2V_HAL_VFE_HDMI_SPD_INFO_T& info);
 int MakeVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_VSI_INFO_T& info);
@@ -68,7 +69,7 @@ int MakeAllVsi(const HdmiPort& port, K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T& info);
 int MakeDrm(const HdmiPort& port, K2V_HAL_VFE_HDMI_DRM_INFO_T& info);
 int MakePackets(const HdmiPort& port, K2V_HAL_VFE_HDMI_PACKET_INFO_T& info);
 
-/// The source's key selection vector, K2V_HDMI_HDCP_ID_BYTES; zeros where it does not speak
+/// The source's key selection vector, K2V_HDMI_HDCP_ID_BYTES; zeros if it does not support
 /// HDCP 1.x.
 int CopyKeySelection(const HdmiPort& port, uint8_t* ksv);
 

@@ -12,13 +12,14 @@ namespace {
 constexpr uint8_t kReceiverId[K2V_HDMI_HDCP_ID_BYTES] = {0x9C, 0x53, 0xB4, 0x2D, 0x6A};
 constexpr int kArcPort = 1;
 
-/// A connected port, or the code that refuses it. `output`: where the caller wants the answer.
+/// Returns 0 for a connected port, otherwise an error code. `output`: where the caller wants the
+/// result.
 int CheckPort(const Board& board, uint8_t port, const void* output) {
   if (port >= kPortCount || output == nullptr) return K2V_RHAL_ERR_PARAM;
   return board.hdmi.ports[port].connected ? K2V_RHAL_OK : K2V_RHAL_ERR_ORDER;
 }
 
-/// Answers from what the source of a connected port sends.
+/// Fills in `info` from what the source of a connected port sends.
 template <typename Record, int (*Make)(const HdmiPort&, Record&)>
 int Receive(Board& board, uint8_t port, Record* info) {
   if (const int error = CheckPort(board, port, info)) return error;
@@ -35,7 +36,7 @@ int MakeKeySelection(const HdmiPort& port, uint8_t& ksv) {
   return CopyKeySelection(port, &ksv);
 }
 
-// What the source set before it changed its timing holds until it clears it.
+// An AV mute that the source set before a change of timing remains in effect until it clears it.
 int GetMute(Board& board, uint8_t port, uint8_t* muted) {
   if (const int error = CheckPort(board, port, muted)) return error;
   const HdmiPort& source = board.hdmi.ports[port];

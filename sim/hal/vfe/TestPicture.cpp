@@ -49,7 +49,7 @@ PictureOrder ParsePictureOrder(const std::string& word) {
 
 SentPicture Send(Board& board, const PictureOrder& order) {
   if (order.picture != TestPicture::kFile) return {order.picture, 0};
-  // A board without a directory has no panel that anyone looks at.
+  // A board without a state file has no panel that could show the image.
   const SentPicture sent = {TestPicture::kFile, board.imageCopies + 1};
   std::error_code error;
   if (!StatePath().empty())

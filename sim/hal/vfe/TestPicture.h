@@ -10,11 +10,11 @@
 
 namespace sim {
 
-/// The board's copy of a still image, next to the file with the board's state. The file that was
-/// named may go.
+/// The board's copy of a still image, next to the file with the board's state. The original file
+/// may be deleted.
 std::filesystem::path ImagePath(const SentPicture& sent);
 
-/// What `picture` calls it; a still image is an "image".
+/// Its name in the `picture` command; "image" for a still image.
 std::string PictureName(const SentPicture& sent);
 
 /// The names of all but the still image, by TestPicture.

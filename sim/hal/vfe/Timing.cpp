@@ -14,11 +14,11 @@ struct Mode {
   uint16_t width;
   uint16_t height;
   uint16_t scanType;
-  double rateHz;  // fields of an interlaced mode, frames of a progressive one
+  double rateHz;  // of fields if interlaced, of frames if progressive
 };
 
-// Figures of CEA-861. Where a timing has two codes, the one of the 16:9 picture. Pixels that are
-// sent twice (720x480i, 720x576i) count once, as the receiver hands them on.
+// The timings of CEA-861. If one has two codes, the 16:9 one is used. Pixels that are sent twice
+// (720x480i, 720x576i) count once, as the receiver outputs them.
 struct CeaTiming {
   uint16_t code;
   uint16_t width, height, scanType, rateHz;
@@ -77,7 +77,7 @@ uint16_t Rounded(double value) {
   return static_cast<uint16_t>(std::lround(value));
 }
 
-// The exact rate of 23.976, 29.97, 59.94 and 119.88 Hz is that of the next whole number / 1.001.
+// 23.976, 29.97, 59.94 and 119.88 Hz are exactly the next whole number / 1.001.
 double ExactRate(double rateHz) {
   const double whole = std::ceil(rateHz);
   const double reduced = whole / 1.001;
@@ -85,15 +85,15 @@ double ExactRate(double rateHz) {
   return isReduced && std::abs(rateHz - reduced) < 0.006 ? reduced : rateHz;
 }
 
-// A code belongs to the whole rate and to the one 1.001 times slower.
+// A code applies to the whole rate and to the one 1.001 times slower.
 bool IsCea(const CeaTiming& cea, const Mode& mode) {
   const bool sameRate = mode.rateHz == cea.rateHz || mode.rateHz == cea.rateHz / 1.001;
   return cea.width == mode.width && cea.height == mode.height && cea.scanType == mode.scanType &&
          sameRate;
 }
 
-// Blanking of a size that CEA-861 does not have, by the rule of VESA's reduced blanking: 160
-// pixels a line, of them 48 before the sync; vertically at least 460 us, of them 3 lines before
+// Blanking for a size that CEA-861 does not list, by the rule of VESA's reduced blanking: 160
+// pixels per line, 48 of them before the sync; vertically at least 460 us, 3 lines of that before
 // the sync. An interlaced frame is two such fields and the half lines between them.
 CeaTiming ReducedBlanking(const Mode& mode) {
   constexpr int kHBlank = 160, kHFront = 48, kVFront = 3, kMinVBlank = 3 + 4 + 6;

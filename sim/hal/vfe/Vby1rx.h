@@ -5,7 +5,7 @@
 
 namespace sim {
 
-/// The picture of the connected input; none: width 0.
+/// The picture of the connected input; width 0 if there is none.
 Picture Vby1Picture(const Vby1Receiver& receiver);
 
 }  // namespace sim

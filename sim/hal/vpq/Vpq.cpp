@@ -1,5 +1,5 @@
-// Picture-quality functions that only store or return something, all from one list, and those of
-// start and end.
+// Picture-quality functions that only store or return something, all from one list, and those for
+// start-up and shutdown.
 #include "vpq/Vpq.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t kMostShownElements = 11;
 
-// Few elements are shown as they are, many by the CRC-32 of them as 32-bit numbers.
+// Prints a few elements as they are, more as the CRC-32 of the elements as 32-bit numbers.
 void PutArray(CallText& out, const void* record, const k2v::RecordField& field) {
   std::vector<int32_t> elements(field.count);
   for (std::size_t i = 0; i < field.count; ++i) {
@@ -76,7 +76,7 @@ void SetValue(Vpq& vpq, VpqValue key, int32_t value) {
 
 namespace {
 
-/// Side effects of a number or a record.
+/// Side effects of storing a number or a record.
 template <VpqValue key>
 void Act(Board&, int32_t) {}
 
@@ -126,7 +126,7 @@ int NoteOnly(Board&) {
   return K2V_RHAL_OK;
 }
 
-// Start and end, of the picture quality and of its extension.
+// Start-up and shutdown of the picture quality and of its extension.
 
 template <bool Vpq::*initialized>
 int Initialize(Board& board) {
@@ -206,7 +206,7 @@ Action ParseLevel(const Words& words) {
   return [=](Board& board) { board.vpq.*level = value; };
 }
 
-/// Settings are neutral again; what the source brings and what is started stays.
+/// Resets the settings; the levels of the source and what is initialised, open or loaded stay.
 Action ParseNeutral(const Words&) {
   return [](Board& board) {
     Vpq& vpq = board.vpq;

@@ -1,4 +1,4 @@
-// What the files of the picture quality share.
+// Declarations shared by the picture-quality files.
 #pragma once
 
 #include <initializer_list>
@@ -8,21 +8,21 @@
 
 namespace sim {
 
-/// The number that is kept for a function.
+/// The number that is stored for a function.
 int32_t ValueOf(const Vpq& vpq, VpqValue key);
 void SetValue(Vpq& vpq, VpqValue key, int32_t value);
 
-/// A number and what it may be.
+/// A number and its range.
 struct Ranged {
   int32_t value;
   int32_t min;
   int32_t max;
 };
 
-/// Tells whether all values are what they may be.
+/// Returns whether all values are in their ranges.
 bool AreInRange(std::initializer_list<Ranged> values);
 
-/// Tells whether every field of a record is in its range.
+/// Returns whether every field of a record is in its range.
 template <typename Record>
 bool HasItsRanges(const Record& record) {
   for (const k2v::RecordField& field : k2v::FieldsOf(&record)) {

@@ -10,7 +10,7 @@
 namespace sim {
 namespace {
 
-constexpr uint32_t kSampleStep = 8;  // every eighth pixel of every eighth line is looked at
+constexpr uint32_t kSampleStep = 8;  // every eighth pixel of every eighth line is sampled
 constexpr unsigned kLumaStepsPerBin = 32;
 
 bool HasPicture(const Board& board) {

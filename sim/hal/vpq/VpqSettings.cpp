@@ -1,4 +1,4 @@
-// Picture-quality functions of several numbers, and those with a memory of their own shape:
+// Picture-quality functions with several numbers, and those that store data of a special form:
 // support points, factory colour temperatures, engineering menus, panel tables.
 #include <algorithm>
 #include <cstring>
@@ -22,7 +22,7 @@ int Checked(bool areRight) {
   return areRight ? K2V_RHAL_OK : K2V_RHAL_ERR_PARAM;
 }
 
-/// Takes numbers that nothing reads back.
+/// For functions with numbers that nothing reads back.
 template <typename... Numbers>
 int CallWithRanges(const char* function, std::initializer_list<Ranged> ranges, Numbers... numbers) {
   const bool areRight = AreInRange(ranges);
@@ -30,7 +30,7 @@ int CallWithRanges(const char* function, std::initializer_list<Ranged> ranges, N
       function, [areRight](Board&, Numbers...) { return Checked(areRight); }, numbers...);
 }
 
-/// As CallWithRanges, and keeps the numbers.
+/// Like CallWithRanges, and stores the numbers.
 template <auto kept, typename... Numbers>
 int CallAndKeep(const char* function, std::initializer_list<Ranged> ranges, Numbers... numbers) {
   const bool areRight = AreInRange(ranges);
@@ -129,7 +129,7 @@ int GetLayeredEngineering(Board& board, K2V_VPQ_ENG_TWO_LAYER_ID_T* record) {
   return K2V_RHAL_OK;
 }
 
-// The values of the first layers, as many as the record holds.
+// The values of the first layers, as many as fit into the record.
 int GetLayeredEngineeringMenu(Board& board, K2V_VPQ_ENG_MENU_T* record) {
   if (record == nullptr) return K2V_RHAL_ERR_PARAM;
   record->nItems = static_cast<uint32_t>(std::size(record->nValue));

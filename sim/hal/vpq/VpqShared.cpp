@@ -13,7 +13,7 @@ namespace {
 
 using enum VpqValue;
 
-/// What the fields of a record stand for, in their order: kept number = origin + step * field.
+/// The meaning of the fields of a record, in order: stored number = origin + step * field.
 struct Meaning {
   std::span<const VpqValue> keys;
   int32_t origin = 0;
@@ -29,7 +29,7 @@ constexpr VpqValue kMpegNoise[] = {kVPQ_SetDeBlocking, kVPQ_SetDeRinging};
 
 constexpr Meaning kPictureControl = {kPicture};
 constexpr Meaning kChipTemperature = {kTemperature};
-// A step of the user is ten of the chip, around its neutral value.
+// One step for the user is ten of the chip, relative to its neutral value.
 constexpr Meaning kUserTemperature = {kTemperature, 512, 10};
 constexpr Meaning kMpegNoiseReduction = {kMpegNoise};
 
@@ -44,7 +44,7 @@ int Keep(Board& board, const Record* record) {
   return K2V_RHAL_OK;
 }
 
-// A number between two steps is returned as the nearer one.
+// A number between two steps is rounded to the nearer one.
 template <const Meaning& meaning, typename Record>
 int Tell(Board& board, Record* record) {
   if (record == nullptr) return K2V_RHAL_ERR_PARAM;
@@ -58,7 +58,7 @@ int Tell(Board& board, Record* record) {
   return K2V_RHAL_OK;
 }
 
-// The gains of a level count while that level is chosen.
+// The gains of a level are stored only if that level is selected.
 int SetTemperatureOfLevel(Board& board, const K2V_VPQ_COLOR_TEMPERATURE_T* record) {
   if (record == nullptr || !HasItsRanges(*record)) return K2V_RHAL_ERR_PARAM;
   const auto chosen = static_cast<uint32_t>(ValueOf(board.vpq, kVPQ_SetColorTempLevel));

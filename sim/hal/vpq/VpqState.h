@@ -1,4 +1,4 @@
-// What the picture quality keeps, made from the list of its functions.
+// The state of the picture quality, generated from the list of its functions.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,14 @@
 
 namespace sim {
 
-/// The numbers that are kept, by the function that takes them.
+/// The stored numbers, by the function that takes them.
 enum class VpqValue : unsigned {
 #define VPQ_VALUE(function, atPowerOn, min, max) k##function,
 #include "vpq/VpqFunctions.def"
   kCount
 };
 
-/// The records that are kept, by the function that takes them; zero until it is called.
+/// The stored records, by the function that takes them; zero until it is called.
 struct VpqRecords {
 #define VPQ_RECORD(function, type) type function;
 #include "vpq/VpqFunctions.def"
@@ -29,7 +29,7 @@ constexpr unsigned kEngineeringItems = 64;
 constexpr unsigned kEngineeringLayers = 8;
 constexpr unsigned kEngineeringLayerItems = 16;
 
-/// The arguments of a function of several numbers, as it was called last.
+/// The arguments of the last call of a function with several numbers.
 template <unsigned count>
 struct VpqNumbers {
   bool areSet;
@@ -44,7 +44,7 @@ struct Vpq {
   bool panelTables;     // loaded
   int32_t noiseLevel;   // of the source
   int32_t motionLevel;  // of the source
-  /// As the difference from the value at power-on, so that a board of zero bytes has those.
+  /// As differences from the values at power-on, so that a board of zero bytes has the latter.
   int32_t values[static_cast<unsigned>(VpqValue::kCount)];
   VpqRecords records;
   VpqNumbers<2> whitePattern;  // on, level

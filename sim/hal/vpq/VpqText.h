@@ -6,7 +6,7 @@
 
 namespace sim {
 
-/// A buffer of K2V_VPQ_TEXT_BYTES that the call writes a text to.
+/// A buffer of K2V_VPQ_TEXT_BYTES to which the call writes a text.
 struct TextOut {
   char* pointer;
   operator char*() const { return pointer; }
@@ -30,7 +30,7 @@ inline void Put(CallText& out, const char* text) {
   }
 }
 
-/// A record, field by field; long arrays by the CRC-32 of their elements.
+/// Prints a record field by field; long arrays as the CRC-32 of their elements.
 void PutRecord(CallText& out, const void* record, std::span<const k2v::RecordField> fields);
 
 template <typename Record>

@@ -27,7 +27,7 @@ constexpr Rgb kBarColors[] = {{1, 1, 1}, {1, 1, 0}, {0, 1, 1}, {0, 1, 0},
 
 constexpr Rgb kBlack = {0, 0, 0};
 
-constexpr K2V_VSC_INPUT_TYPE kPlayback = 5;  // as the menus count it; it is the decoder, too
+constexpr K2V_VSC_INPUT_TYPE kPlayback = 5;  // its number in the menus; also the decoder
 
 // 10-bit limited range: luma 64 to 940, chroma 512 +- 448.
 constexpr double kLumaOffset = 64, kLumaRange = 876, kChromaOffset = 512, kChromaRange = 896;
@@ -89,7 +89,7 @@ class Layer {
 
   bool Covers(uint32_t x, uint32_t y) const { return Contains(output_, x, y); }
 
-  /// The colour at a place on the panel that the layer covers.
+  /// The colour at a position on the panel that the layer covers.
   Rgb At(uint32_t x, uint32_t y) const {
     if (isPlain_) return plain_;
     return frame_.RgbAt(input_.x + (x - output_.x) * input_.w / output_.w,
@@ -227,7 +227,7 @@ void CapturePanel(const Board& board, uint8_t* rgb) {
   std::vector<Layer> layers;
   for (unsigned wid = 0; wid < kWindowCount; ++wid) {
     const Window& window = board.scaler.windows[wid];
-    // Blanking belongs to the display: it covers the window even without a source.
+    // The display does the blanking, so it covers the window even without a source.
     if (!window.connected && !window.blank) continue;
     layers.emplace_back(window, DisplayedPicture(board, window), window.blank, PlaceOf(board, wid));
   }

@@ -8,7 +8,7 @@
 
 namespace sim {
 
-// Found from the templates in CallText.h, so not in the unnamed namespace.
+// Found by argument-dependent lookup from CallText.h, so not in the unnamed namespace.
 static void Put(CallText& out, const K2V_VSC_CAPTURE_INFO_T& info) {
   out.text << "{dataSize=" << info.dataSize;
   if (out.succeeded) {
@@ -20,7 +20,7 @@ static void Put(CallText& out, const K2V_VSC_CAPTURE_INFO_T& info) {
 
 namespace {
 
-constexpr uint32_t kMaxSourceType = 5;  // the sources of the tuner board and the playback
+constexpr uint32_t kMaxSourceType = 5;  // the tuner board's sources and playback
 constexpr uint32_t kMaxOutputMode = VSC_OUTPUT_AVE_MODE;
 constexpr uint32_t kMaxBlankColor = K2V_VIDEO_DDI_WIN_COLOR_GRAY;
 
@@ -132,7 +132,7 @@ int FreezeFrameBuffer(Board& board, uint32_t wid, uint32_t on) {
   return K2V_RHAL_OK;
 }
 
-// What reading and writing a frame buffer have in common.
+// The checks that reading and writing a frame buffer have in common.
 int CheckFrameBuffer(const Board& board, const Window* window, const K2V_VIDEO_RECT_T* rect,
                      const void* pixels) {
   if (window == nullptr || rect == nullptr || pixels == nullptr) return K2V_RHAL_ERR_PARAM;
@@ -250,7 +250,7 @@ void Describe(const Board& board, std::ostream& out) {
   }
 }
 
-/// Receiver and scaler as they are at power-on.
+/// Resets receiver and scaler to their power-on state.
 void BringDown(Board& board) {
   board.hdmi.initialized = board.hdmi.open = false;
   for (HdmiPort& port : board.hdmi.ports) {
@@ -258,10 +258,10 @@ void BringDown(Board& board) {
     port.hotPlug = HotPlug::kIdle;
     port.lock = {};
   }
-  std::memset(&board.scaler, 0, sizeof(board.scaler));  // a plain one would not fit on the stack
+  std::memset(&board.scaler, 0, sizeof(board.scaler));  // a temporary is too big for the stack
 }
 
-/// What the set's own software does to show a port on the whole panel.
+/// Does what the set's own software does to show a port full-screen.
 void BringUp(Board& board, unsigned port) {
   board.hdmi.initialized = board.hdmi.open = true;
   board.hdmi.ports[port].connected = true;
