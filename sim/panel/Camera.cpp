@@ -24,7 +24,7 @@ constexpr char kUsage[] = "camera FILE.png, camera --y4m [--rate N] [--pictures 
 
 struct Order {
   std::string file;  // empty: a stream
-  int rate = 25;     // pictures a second of the panel's time
+  int rate = 25;     // pictures per second of the panel's time
   int64_t pictures = INT64_MAX;
 };
 
@@ -50,7 +50,7 @@ Order ParseOrder(const sim::Words& words) {
   return order;
 }
 
-/// The file is there whole or not at all.
+/// Writes the file completely or not at all.
 void WriteFile(const std::string& path, const Bytes& bytes) {
   const std::string next = path + ".part" + std::to_string(getpid());
   std::ofstream file(next, std::ios::binary);
@@ -63,7 +63,7 @@ void WriteFile(const std::string& path, const Bytes& bytes) {
   throw std::runtime_error(path + " cannot be written: " + reason);
 }
 
-/// Returns false when nobody reads any more.
+/// Returns false if the reader is gone.
 bool WriteOut(const uint8_t* bytes, size_t count) {
   while (count > 0) {
     const ssize_t written = write(STDOUT_FILENO, bytes, count);
@@ -81,7 +81,7 @@ bool WriteOut(const std::string& text) {
   return WriteOut(reinterpret_cast<const uint8_t*>(text.data()), text.size());
 }
 
-/// Gives each picture its time on the panel.
+/// Takes each picture at its time on the panel.
 class Pace {
  public:
   explicit Pace(int rate) : clock_(sim::BoardLock()->clock), periodNs_(1'000'000'000 / rate) {
@@ -89,8 +89,8 @@ class Pace {
     dueNs_ = sim::MonotonicNs();
   }
 
-  /// Waits for the next picture's time. Where that is over already the pictures in between are
-  /// left out, so that the stream shows what the panel shows now.
+  /// Waits for the next picture's time. If that has already passed, the pictures in between are
+  /// skipped, so that the stream shows what the panel shows now.
   void Wait() {
     dueNs_ = std::max(dueNs_ + periodNs_, sim::MonotonicNs() - periodNs_);
     const timespec due = {static_cast<time_t>(dueNs_ / 1'000'000'000),

@@ -1,4 +1,4 @@
-// The pictures that a scene is made of, as orders.
+// Descriptions of the pictures that a scene is made of.
 #pragma once
 
 #include <cstdint>
@@ -10,21 +10,21 @@
 
 namespace panel {
 
-/// Which frames of a source are wanted where those of two eyes take turns.
+/// Which frames of a source to use if its frames alternate between the eyes.
 enum class Frames : uint8_t { kAll, kEven, kOdd };
 
-/// What filters generate without any other picture.
+/// A picture that filters generate without any input.
 struct GeneratedInput {
   std::string filters;
 };
 
-/// What a source sends, whole.
+/// The whole picture that a source sends.
 struct SentInput {
   sim::Picture picture;
   Frames frames;
 };
 
-/// What the player decoded last, or a picture of it that was frozen.
+/// The last picture that the player decoded, or a frozen one.
 struct PlayedInput {
   uint32_t held;  // number of the frozen picture; 0: the last one
 };
@@ -42,7 +42,7 @@ struct CubeInput {
 
 using SceneInput = std::variant<GeneratedInput, SentInput, PlayedInput, WrittenInput, CubeInput>;
 
-/// Takes an input of a scene and returns its name in the graph, with brackets.
+/// Adds an input to a scene and returns its name in the graph, with brackets.
 using AddInput = std::function<std::string(const SceneInput&)>;
 
 }  // namespace panel

@@ -103,7 +103,7 @@ std::string CallsJson(const cvnsim::BoardFiles& files) {
     for (const std::string& line : cvnsim::LastCalls(files, kShownCalls))
       calls.Add(JsonString(line));
   } catch (const std::runtime_error&) {
-    // A board need not keep a trace.
+    // A board may be without a trace.
   }
   return calls.Array();
 }

@@ -1,4 +1,4 @@
-// The board that a page is about: it can be switched off, and another one switched on in its place.
+// The board that a page shows: it can be switched off, and another one switched on in its place.
 #pragma once
 
 #include <sys/types.h>
@@ -13,7 +13,7 @@ class LiveBoard {
  public:
   explicit LiveBoard(cvnsim::BoardFiles files) : files_(std::move(files)) {}
 
-  /// Attaches this process to the board that is on. Returns an error, or "".
+  /// Attaches this process to the board that is on. Returns an error, or "" on success.
   std::string Find();
 
   const cvnsim::BoardFiles& Files() const { return files_; }
@@ -25,7 +25,7 @@ class LiveBoard {
 };
 
 /// The board as JSON: ports, windows, what is around it, the whole state as text, the last calls.
-/// The process is attached to it.
+/// The process must be attached to it.
 std::string BoardJson(const cvnsim::BoardFiles& files);
 
 /// `text` as a JSON string.

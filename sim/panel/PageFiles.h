@@ -1,4 +1,4 @@
-// The page's own files, which are part of the program.
+// The page's own files, embedded in the program.
 #pragma once
 
 #include <string_view>

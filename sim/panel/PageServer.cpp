@@ -43,7 +43,7 @@ struct Answer {
   std::string tag{};
 };
 
-/// A request as far as it has come in.
+/// The part of a request that has been received.
 struct Request {
   std::string body;
   bool isTooLong = false;
@@ -142,9 +142,9 @@ class PageServer {
     }
   }
 
-  /// Empty where the request comes from our page, or from somebody who knows its address. A page
-  /// from elsewhere names its origin where it could do harm, and a name that leads here by a trick
-  /// of the name service is not ours.
+  /// Why a request is refused; empty if it comes from our page, or from someone who knows its
+  /// address. Requests of other pages that could do harm carry their origin, and after a DNS
+  /// rebinding the host name is not ours.
   std::string ReasonAgainst(MHD_Connection* connection, const std::string& path) const {
     const std::string start = "/" + token_ + "/";
     if (path.size() < start.size() || CRYPTO_memcmp(path.data(), start.data(), start.size()) != 0)
@@ -185,7 +185,7 @@ class PageServer {
     return {.type = "image/png", .body = std::string(png_.begin(), png_.end()), .tag = tag};
   }
 
-  /// The command's words are those of cvnsim, and so is what is answered to wrong ones.
+  /// The command's words are those of cvnsim, and so are the error messages.
   Answer AnswerCommand(const std::string& method, const Request& request) {
     if (method != "POST") return Refusal(MHD_HTTP_METHOD_NOT_ALLOWED, "only POST");
     if (request.isTooLong) return Refusal(MHD_HTTP_CONTENT_TOO_LARGE, "too long for a command");
@@ -216,8 +216,8 @@ class PageServer {
 };
 
 struct Options {
-  uint16_t port = 0;    // 0: any that is free
-  pid_t companion = 0;  // the server ends with that process; 0: it has none
+  uint16_t port = 0;    // 0: any free port
+  pid_t companion = 0;  // the server ends when that process does; 0: none
 };
 
 Options ParseOptions(const sim::Words& words) {
@@ -246,7 +246,7 @@ sigset_t EndingSignals() {
 
 void RunPage(const sim::Words& words, const cvnsim::BoardFiles& files) {
   const Options options = ParseOptions(words);
-  // Before the server's thread begins, which is not to take them.
+  // Before the server's thread starts, which must not receive these signals.
   const sigset_t signals = EndingSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   const PageServer server(files, options.port);

@@ -6,10 +6,10 @@
 
 namespace panel {
 
-/// Serves the page on 127.0.0.1 and prints its address, until a signal ends the process or the one
-/// that `--with` names is gone. The address holds a token, new at every start; without it, from
-/// another origin or under another name nothing is answered. Throws sim::CommandError on wrong
-/// words and std::runtime_error where the port cannot be had.
+/// Serves the page on 127.0.0.1 and prints its address, until a signal ends the process or the
+/// process named by `--with` is gone. The address contains a token that is new at every start;
+/// requests without it, from another origin or for another host name are refused. Throws
+/// sim::CommandError for invalid words and std::runtime_error if the port is not available.
 void RunPage(const sim::Words& words, const cvnsim::BoardFiles& files);
 
 }  // namespace panel

@@ -34,7 +34,7 @@ void Panel::Compose(const Scene& scene, std::span<const AVFrame* const> inputs) 
 const AVFrame& Panel::Look() {
   int64_t nowMs = 0;
   {
-    // A copy, so that the board waits for no picture.
+    // A copy, so that the board is not locked while the picture is made.
     const sim::BoardLock board;
     *board_ = *board;
     nowMs = sim::SimulatedMs(board_->clock);

@@ -1,4 +1,4 @@
-// The panel as somebody sees it who stands in front of it.
+// The panel as someone in front of it sees it.
 #pragma once
 
 #include <cstdint>
@@ -14,13 +14,13 @@ namespace panel {
 class Panel {
  public:
   /// What a board shows at a simulated time: planar RGB, kViewWidth x kViewHeight. The picture is
-  /// there until the next call. Throws std::runtime_error where the libraries cannot make it.
+  /// valid until the next call. Throws std::runtime_error if the libraries cannot make it.
   const AVFrame& Look(const sim::Board& board, int64_t nowMs);
 
   /// The same for the board that this process is attached to.
   const AVFrame& Look();
 
-  /// Counts the pictures that differ from the one before.
+  /// Increases with every picture that differs from the previous one.
   uint64_t Number() const { return number_; }
 
  private:
@@ -30,7 +30,7 @@ class Panel {
   std::unique_ptr<sim::Board> board_ = std::make_unique<sim::Board>();
   std::unique_ptr<Graph> graph_;
   std::string filters_;  // of the graph
-  std::string shown_;    // names the picture
+  std::string shown_;    // identifies the picture
   Picture picture_;
   uint64_t number_ = 0;
 };

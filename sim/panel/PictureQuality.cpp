@@ -17,7 +17,7 @@ using enum sim::VpqValue;
 
 constexpr double kNeutralGain = 512;  // of the chip's gains and offsets
 
-// Full range, so that the arithmetic of the controls knows no head room.
+// Full range, so that the arithmetic of the controls needs no headroom.
 constexpr char kToYuv[] = "scale=out_range=full:out_color_matrix=bt709,format=yuv444p";
 constexpr char kToRgb[] = "scale=in_range=full:in_color_matrix=bt709,format=gbrp";
 
@@ -39,7 +39,7 @@ std::string Chain(std::initializer_list<std::string> parts) {
   return chain;
 }
 
-// The filters below are empty where their number says that nothing changes.
+// The filters below are empty if their argument means no change.
 
 std::string Brighter(double share) {
   return share == 0 ? "" : Printed("eq=brightness=%.4f", share);
@@ -77,7 +77,7 @@ std::string Gain(double gain) {
   return Gains(gain, gain, gain);
 }
 
-/// Levels of 0 to 255.
+/// In levels of 0 to 255.
 std::string Offsets(double red, double green, double blue) {
   if (red == 0 && green == 0 && blue == 0) return "";
   return Printed(
@@ -96,10 +96,10 @@ std::string All(const char* curve) {
                  curve);
 }
 
-constexpr size_t kSteps = 16;  // that are taken of a table
+constexpr size_t kSteps = 16;  // in which a table is sampled
 using Levels = std::array<double, kSteps + 1>;
 
-/// The levels of a table, 0 to 1; none for a table of zeros, which nobody wrote.
+/// The levels of a table, 0 to 1; none for a table of zeros, which was never written.
 template <typename Element, size_t count>
 std::optional<Levels> LevelsOf(const Element (&table)[count], size_t used, double full) {
   if (used < 2 || std::all_of(table, table + used, [](Element e) { return e == 0; })) return {};
@@ -112,7 +112,7 @@ std::optional<Levels> LevelsOf(const Element (&table)[count], size_t used, doubl
   return levels;
 }
 
-/// The points of a table for the `curves` filter; empty where the table has no levels.
+/// The points of a table for the `curves` filter; empty if the table has no levels.
 template <typename Element, size_t count>
 std::string Points(const Element (&table)[count], size_t used, double full) {
   const auto levels = LevelsOf(table, used, full);
@@ -137,22 +137,22 @@ std::string Curves(const K2V_VPQ_GAMMA_LUT_T& lut) {
   return "curves=r='" + red + "':g='" + green + "':b='" + blue + "'";
 }
 
-/// Rows of output red, green and blue, in units of 1/4096. A matrix of zeros was written by nobody.
+/// Rows of output red, green and blue, in units of 1/4096. A matrix of zeros was never written.
 std::string Matrix(const int16_t (&units)[9]) {
   if (std::all_of(units, units + 9, [](int16_t unit) { return unit == 0; })) return "";
   static constexpr const char* kCells[] = {"rr", "rg", "rb", "gr", "gg", "gb", "br", "bg", "bb"};
   std::string text = "colorchannelmixer=";
   for (size_t i = 0; i < std::size(kCells); ++i) {
-    const double cell = std::clamp(units[i] / 4096.0, -2.0, 2.0);  // what the filter takes
+    const double cell = std::clamp(units[i] / 4096.0, -2.0, 2.0);  // the range of the filter
     text += Printed("%s%s=%.4f", i == 0 ? "" : ":", kCells[i], cell);
   }
   return text;
 }
 
-// Tables of colours: a picture with all colours goes through the filters once, and the picture to
-// be changed takes its colours from there.
+// Colour tables: a picture with all colours passes through the filters once and is then the look-up
+// table for the picture to be changed.
 
-/// Packed pixels, because libavfilter 8 exchanges the colours of planar ones here.
+/// Packed pixels, because libavfilter 8 swaps the colours of planar ones here.
 std::string ByTable(const std::string& table) {
   return "format=rgb24[plain];[plain]" + table + "haldclut,format=gbrp";
 }
@@ -167,7 +167,7 @@ std::string Cube(const Vpq& vpq, K2V_VPQ_HDR_3D_LUT_T sim::VpqRecords::*table,
   return ByTable(subject.add(CubeInput{table}));
 }
 
-/// Whether the levels lie on a line from the first to the last one.
+/// Whether the levels lie on a straight line from the first to the last one.
 bool AreOnLine(const Levels& levels) {
   for (size_t i = 0; i <= kSteps; ++i) {
     const double share = static_cast<double>(i) / kSteps;
@@ -176,14 +176,14 @@ bool AreOnLine(const Levels& levels) {
   return true;
 }
 
-/// Whether levels are those that come in.
+/// Whether the levels change nothing.
 bool AreStraight(const Levels& levels) {
   return AreOnLine(levels) && levels.front() < 0.002 && levels.back() > 0.998;
 }
 
-/// How much more saturated colours get, for `geq`: the levels are the saturation that comes of 0 to
-/// 1, which register 0 has. The filter reads its text once for each thread that it could have, so
-/// that a short text makes the panel faster.
+/// The gain of saturation as an expression for `geq`: the levels are the output saturations for
+/// inputs of 0 to 1, and register 0 has the input. The filter parses its text once for each thread
+/// that it could have, so a short text makes the panel faster.
 std::string SaturationGain(const Levels& levels) {
   std::string curve = Printed("%.3f", levels.front());
   if (AreOnLine(levels)) {
@@ -195,8 +195,8 @@ std::string SaturationGain(const Levels& levels) {
   return "(" + curve + ")/max(ld(0),0.004)";
 }
 
-/// Colours with another saturation; `gain` is of colour differences. Register 1 has the eighth of
-/// the hues.
+/// Changes the saturation of colours; `gain` applies to colour differences. Register 1 has the
+/// eighth of the hue circle.
 std::string BySaturation(const std::string& gain, const Subject& subject) {
   const auto difference = [&gain](const char* plane) {
     return Printed(
@@ -218,7 +218,8 @@ std::string SaturationTable(const Vpq& vpq, const Subject& subject) {
   return BySaturation(SaturationGain(*levels), subject);
 }
 
-/// A table of saturations for each eighth of the hues; the first begins at blue, the third at red.
+/// One table of saturations per eighth of the hue circle; the first begins at blue, the third at
+/// red.
 std::string GamutTable(const Vpq& vpq, const Subject& subject) {
   std::string gain = "1";
   for (unsigned section = 0; section < sim::kGamutSections; ++section) {
@@ -229,7 +230,7 @@ std::string GamutTable(const Vpq& vpq, const Subject& subject) {
   return gain == "1" ? "" : BySaturation(gain, subject);
 }
 
-/// What moves the colours of BT.709 towards a wider gamut's: they look paler.
+/// Moves the colours of BT.709 towards those of a wider gamut: they look paler.
 std::string Paler(double share) {
   if (share == 0) return "";
   const double own = 1 - 2 * share;
@@ -237,7 +238,7 @@ std::string Paler(double share) {
                  share, share, own, share, share, share, own);
 }
 
-/// The first six regions are the primary colours and those between; 128 leaves one as it is.
+/// The first six regions are the primary and secondary colours; 128 means no change.
 std::string Regions(const CHIP_COLOR_CONTROL_T& control) {
   static constexpr const char* kColors[] = {"r", "g", "b", "c", "m", "y"};
   std::string chain;
@@ -256,7 +257,7 @@ std::string Regions(const CHIP_COLOR_CONTROL_T& control) {
   return chain;
 }
 
-/// Relative to the level at power-on, which shows the source's levels as they are.
+/// Relative to the level at power-on, which shows the source's levels unchanged.
 std::string Backlight(int level) {
   constexpr double kAtPowerOn = 80, kLeast = 0.2;
   return Gain(kLeast + (1 - kLeast) * level / kAtPowerOn);
@@ -271,7 +272,7 @@ std::string UserTemperature(const Vpq& vpq) {
                         offset(kVPQ_SetColorTempBlueOffset))});
 }
 
-/// Cool levels take red away, warm ones blue. The factory's offsets of the level come on top.
+/// Cool levels reduce red, warm ones blue. The factory offsets of the level apply in addition.
 std::string TemperatureLevel(const Vpq& vpq) {
   constexpr int kNeutral = 2;
   constexpr double kStep = 0.07;
@@ -283,7 +284,7 @@ std::string TemperatureLevel(const Vpq& vpq) {
   return Gains(gain(0, -warmth), gain(1, 0), gain(2, warmth));
 }
 
-/// A field of zero was written by nobody.
+/// A record of zeros was never written.
 std::string WhiteGains(double red, double green, double blue) {
   if (red == 0 && green == 0 && blue == 0) return "";
   return Gains(red / kNeutralGain, green / kNeutralGain, blue / kNeutralGain);
@@ -296,7 +297,7 @@ std::string ColorGain(const Vpq& vpq) {
                gain.numbers[2] / kNeutralGain);
 }
 
-/// 0 as the source says, 1 limited, 2 full (black is not black any more), 3 extended.
+/// 0 as signalled by the source, 1 limited, 2 full (black is no longer black), 3 extended.
 std::string DataRange(int range) {
   if (range == 2) return All("16+val*219/255");
   return range == 3 ? All("(val-16)*255/219") : "";
@@ -310,13 +311,13 @@ std::string PictureMode(int mode) {
   return Chain({Contrast(1 + 0.03 * mode), Saturation(1 + 0.05 * mode)});
 }
 
-/// Moves from picture to picture, unless they are the same one.
+/// Changes from picture to picture, unless the picture is frozen.
 std::string Noise(const Vpq& vpq, bool isFrozen) {
   if (vpq.noiseLevel == 0) return "";
   return Printed("noise=alls=%d%s", vpq.noiseLevel * 100 / 255, isFrozen ? "" : ":allf=t");
 }
 
-/// What is around the demonstration's window gets darker. The window is in panel pixels.
+/// Darkens everything outside the demonstration's window, which is in panel pixels.
 std::string Highlight(const Vpq& vpq) {
   const K2V_VPQ_HIGHLIGHT_WINDOW_T& window = vpq.records.VPQ_SetHigh_Light_Window_forDemo;
   const int scale = sim::kPanel.w / K2V_CAPTURE_WIDTH;
@@ -339,7 +340,7 @@ std::string Highlight(const Vpq& vpq) {
   }
 
 constexpr Setting kSettings[] = {
-    // What the source brings, and what takes it away.
+    // Noise of the source, and what reduces it.
     ROW("(noise of the source)", kPicture, kYuv, Noise(vpq, subject.isFrozen)),
     ROW("VPQ_SetNR", kPicture, kYuv, Softer(0.4 * Of(vpq, kVPQ_SetNR))),
     ROW("VPQ_SetNoiseReduction", kPicture, kYuv,
@@ -451,7 +452,7 @@ constexpr Setting kSettings[] = {
     ROW("VPQEX_SetSGamma", kPicture, kRgb, Gamma(1 + 0.1 * Of(vpq, kVPQEX_SetSGamma))),
     ROW("VPQ_SetInversion", kPicture, kRgb, Of(vpq, kVPQ_SetInversion) == 0 ? "" : "negate"),
     ROW("VPQ_SetColorFilter", kPicture, kRgb, OneColor(Of(vpq, kVPQ_SetColorFilter))),
-    // Of the panel: gamma, white balance, backlight.
+    // The panel: gamma, white balance, backlight.
     ROW("VPQ_DeGammaLUT", kPanel, kRgb, Curves(RECORD(VPQ_DeGammaLUT))),
     ROW("VPQ_SetGammaLUT", kPanel, kRgb, Curves(RECORD(VPQ_SetGammaLUT))),
     ROW("VPQEX_SetGammaCurve", kPanel, kRgb,

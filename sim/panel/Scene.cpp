@@ -30,7 +30,7 @@ struct Place {
   int x, y, w, h;  // in the view
 };
 
-/// At least a pixel of the view.
+/// At least one pixel of the view.
 Place InView(const K2V_VIDEO_RECT_T& rect) {
   const int x = std::min(Rounded(rect.x), kViewWidth - 1);
   const int y = std::min(Rounded(rect.y), kViewHeight - 1);
@@ -44,9 +44,9 @@ std::string CropFilter(const K2V_VIDEO_RECT_T& part, const sim::Picture& whole) 
                  whole.width, part.h, whole.height, part.x, whole.width, part.y, whole.height);
 }
 
-/// Gives a picture the size of its place.
+/// Scales a picture to the size of its place.
 std::string FitFilters(const sim::Board& board, const Place& place) {
-  constexpr int kLeastWidth = 32;  // that a panorama divides
+  constexpr int kLeastWidth = 32;  // for a panorama
   if (sim::ValueOf(board.vpq, sim::VpqValue::kVPQ_SetPanoramaType) == 0 ||
       board.display.Has(PanelFault::kSettings) || place.w < kLeastWidth) {
     return Printed("scale=%d:%d:flags=area", place.w, place.h);
@@ -68,7 +68,7 @@ std::string FitFilters(const sim::Board& board, const Place& place) {
          Printed("hstack=%zu", kParts);
 }
 
-/// Half of the window goes without the picture quality while a demonstration is on.
+/// Half of the window is not processed while a demonstration is on.
 std::string PictureFilters(const sim::Board& board, const Subject& subject) {
   const sim::Vpq& vpq = board.vpq;
   if (board.display.Has(PanelFault::kSettings)) return "";
@@ -82,18 +82,18 @@ std::string PictureFilters(const sim::Board& board, const Subject& subject) {
          ":0:format=gbrp";
 }
 
-/// Builds a scene plane by plane. The picture so far is always called [all].
+/// Builds a scene plane by plane. The picture so far is always named [all].
 class Builder {
  public:
   explicit Builder(sim::Color ground) : ground_(ground) { Begin(); }
 
-  /// Begins another picture, on bare ground. The one so far goes by the name, for Join.
+  /// Begins another picture, on an empty background. The one so far gets the name, for Join.
   void BeginAfter(const char* name) {
     scene_.filters.append(";[all]null").append(name);
     Begin();
   }
 
-  /// Makes one picture of two: of the one with the name, and of what is there since.
+  /// Combines two pictures: the one with the name, and the one begun since.
   void Join(const char* name, const std::string& filters) {
     scene_.filters.append(";").append(name).append("[all]").append(filters).append("[all]");
   }
@@ -118,7 +118,7 @@ class Builder {
     return "[buffer]";
   }
 
-  /// Filters for all that is there so far.
+  /// Applies filters to the picture so far.
   void Apply(const std::string& filters) {
     if (!filters.empty()) scene_.filters.append(";[all]").append(filters).append("[all]");
   }
@@ -128,7 +128,7 @@ class Builder {
     return Printed("[in%zu]", scene_.inputs.size() - 1);
   }
 
-  /// Something in the scene changes with every look.
+  /// Marks the scene as changing with every look.
   void KeepChanging() { scene_.changes = true; }
 
   Scene Finish() {
@@ -159,16 +159,16 @@ class Builder {
 /// Who sees the video.
 enum class Viewer : uint8_t { kAll, kFirstEye, kSecondEye };
 
-/// The video side of the board at a look.
+/// The video side of the board at one look.
 struct Video {
   const sim::Board& board;
   bool isPlaying;
   Viewer viewer;
 };
 
-/// How an eye's picture is unpacked, by VBE_INPUT_TYPE_*; $ is the eye as `stereo3d` calls it. A
-/// checkerboard's even lines are enough for the view. Empty where both eyes get whole pictures: one
-/// after the other, one each from two streams, or made of the same one.
+/// How an eye's picture is unpacked, by VBE_INPUT_TYPE_*; $ is replaced by the eye's name in
+/// `stereo3d`. The even lines of a checkerboard are enough for the view. Empty if both eyes get
+/// whole pictures: in turn, one each from two streams, or derived from the same one.
 constexpr const char* kUnpacking[] = {"",
                                       "stereo3d=ab2l:$",
                                       "stereo3d=sbs2l:$",
@@ -183,16 +183,16 @@ constexpr const char* kUnpacking[] = {"",
                                       "",
                                       ""};
 
-/// Filters that end in a comma, or none.
+/// Filters that end in a comma, or an empty string.
 std::string UnpackFilters(const Video& video) {
   const std::string_view unpacking = kUnpacking[video.board.formatter.format];
   if (video.viewer == Viewer::kAll || unpacking.empty()) return "";
   std::string filters(unpacking);
   filters.replace(filters.find('$'), 1, video.viewer == Viewer::kFirstEye ? "ml" : "mr");
-  return "crop=trunc(iw/2)*2:trunc(ih/2)*2:0:0," + filters + ",";  // an even number of lines
+  return "crop=trunc(iw/2)*2:trunc(ih/2)*2:0:0," + filters + ",";  // of an even size
 }
 
-/// The frames that an eye gets of a source whose frames are for the eyes in turn.
+/// The frames that an eye gets if the source's frames alternate between the eyes.
 Frames FramesFor(const Video& video) {
   if (video.viewer == Viewer::kAll || video.board.formatter.format != VBE_INPUT_TYPE_FRAMESEQ)
     return Frames::kAll;
@@ -212,7 +212,7 @@ void AddWritten(Builder& builder, std::string& name, const sim::Window& window, 
   name = builder.Written(name, {wid, picture.colorStandard}, place);
 }
 
-/// Puts what a window shows in the place of that window, or of another.
+/// Draws what a window shows in the place of that window, or of another.
 void AddWindow(Builder& builder, const Video& video, unsigned wid, unsigned placeOf) {
   const sim::Board& board = video.board;
   const sim::Window& window = board.scaler.windows[wid];
@@ -247,8 +247,8 @@ void AddWindow(Builder& builder, const Video& video, unsigned wid, unsigned plac
                      place);
 }
 
-/// All windows. Of two streams, the main window's is for the first eye, the sub window's for the
-/// second.
+/// Draws all windows. With two streams, the main window's is for the first eye, the sub window's
+/// for the second.
 void AddWindows(Builder& builder, const Video& video) {
   const sim::Board& board = video.board;
   const bool hasTwoStreams = video.viewer != Viewer::kAll &&
@@ -262,7 +262,7 @@ void AddWindows(Builder& builder, const Video& video) {
 
 constexpr uint8_t kOff = 0, kThreeToTwo = 3, kTwoToThree = 2;
 
-/// Moves a picture sideways and shows its own edge where it came from.
+/// Moves a picture sideways; what it uncovers is black.
 std::string MovedSideways(int pixels) {
   if (pixels == 0) return "null";
   const int amount = std::abs(pixels);
@@ -275,8 +275,8 @@ std::string EyeFilters(int shift) {
   return Printed("scale=%d:%d:flags=area,", kViewWidth, kViewHeight / 2) + MovedSideways(shift);
 }
 
-/// The video as the display gets it. The formatter puts the eyes' pictures on alternate lines, as a
-/// panel with polarised lines shows them.
+/// Draws the video as the display gets it. The formatter puts the eyes' pictures on alternate
+/// lines, as a panel with polarised lines shows them.
 void AddVideo(Builder& builder, const sim::Board& board, bool isPlaying) {
   const sim::Formatter3d& formatter = board.formatter;
   const bool isOn = formatter.open && formatter.format != VBE_INPUT_TYPE_3DOFF;
@@ -306,7 +306,7 @@ struct Offset {
   int x, y;
 };
 
-/// The orbit goes around its place, a step every two seconds.
+/// The orbit goes around the picture's normal place, one step every two seconds.
 Offset ShiftOf(const sim::Display& display, int64_t nowMs) {
   static constexpr Offset kOrbit[] = {{4, 0},  {3, 3},   {0, 4},  {-3, 3},
                                       {-4, 0}, {-3, -3}, {0, -4}, {3, -3}};
@@ -346,7 +346,7 @@ void AddOsd(Builder& builder, const sim::Board& board) {
     builder.Apply(PlaneFilters("OSD behind the link", {kViewWidth - 340, 90, 320, 60}));
 }
 
-/// What is wrong with all that the panel shows.
+/// The panel's faults that affect everything shown.
 void AddFaults(Builder& builder, const sim::Display& display) {
   if (display.Has(PanelFault::kChannels)) builder.Apply("shuffleplanes=1:0:2:3");
   if (display.Has(PanelFault::kRange))

@@ -13,21 +13,21 @@ namespace panel {
 
 using namespace picture;
 
-// The panel is looked at with every fourth pixel of every fourth line, as the board's own capture
-// does it.
+// The view has every fourth pixel of every fourth line of the panel, like the board's own captures.
 constexpr int kViewWidth = K2V_CAPTURE_WIDTH;
 constexpr int kViewHeight = K2V_CAPTURE_HEIGHT;
 
 struct Scene {
   std::vector<SceneInput> inputs;
   std::string filters;   // their inputs are [in0] and so on
-  bool changes = false;  // with every look, though nothing on the board changes
+  bool changes = false;  // with every look, even if nothing on the board changes
 };
 
 /// The scene at a simulated time. `isPlaying`: the player has a picture on the panel.
 Scene SceneOf(const sim::Board& board, int64_t nowMs, bool isPlaying);
 
-/// The size in which a source's picture is made: its own, or a whole part of that for large ones.
+/// The size in which a source's picture is made: its own, or for large ones that divided by a whole
+/// number.
 struct Size {
   int width;
   int height;

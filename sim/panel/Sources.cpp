@@ -20,11 +20,11 @@ extern "C" {
 namespace panel {
 namespace {
 
-/// The plain pictures of the frame buffer are taken as small as they can be and enlarged; by
+/// The plain pictures of the frame buffer are made as small as possible and enlarged; sizes by
 /// TestPicture.
 constexpr Size kSmallest[] = {{8, 8}, {256, 8}, {}, {32, 18}, {}, {8, 8}, {8, 8}};
 
-// Crosses the picture in four seconds and climbs through it in seven.
+// Crosses the picture from left to right in four seconds and from top to bottom in seven.
 constexpr char kBoxFilter[] =
     "drawtext=fontfile=" CVN_PANEL_FONT
     ":text='%%{eif\\:round(t*%.3f)\\:d\\:8}':fontsize=h/9:fontcolor=black:box=1:boxcolor=white"
@@ -86,11 +86,11 @@ Picture Still(const sim::SentPicture& sent, Size size) {
               size.width, size.height, size.width, size.height));
 }
 
-/// The right eye sees everything a little aside.
+/// The right eye sees everything shifted a little sideways.
 constexpr char kRightEye[] = "scroll=hpos=0.98";
 
-/// How pictures of two eyes share a frame, by sim::Stereo: the shape of each, and how they are put
-/// together. Without a shape they do not.
+/// How the pictures of both eyes share a frame, by sim::Stereo: the shape of each, and how they are
+/// put together. Without a shape, they do not share one.
 struct Packing {
   const char* shape;
   const char* together;
@@ -111,7 +111,7 @@ constexpr Packing kPackings[] = {
     {nullptr, nullptr},                         // frame sequential
 };
 
-/// What makes a frame of 3D of a picture; empty where the picture is the frame.
+/// Filters that turn a picture into a 3D frame; empty if the picture is the frame.
 std::string StereoFilters(sim::Stereo stereo, int64_t frame) {
   if (stereo == sim::Stereo::kFrameSequential) return frame % 2 == 0 ? "" : kRightEye;
   const auto& [shape, together] = kPackings[static_cast<size_t>(stereo)];
@@ -205,8 +205,8 @@ void Sources::DropUnused() {
   for (auto& [name, kept] : kept_) kept.isUsed = false;
 }
 
-/// The number of the frame that is wanted at a time. Where frames are for the eyes in turn, it is
-/// the last one for that eye, but a frozen source has only one.
+/// The number of the frame to show at a time. If frames alternate between the eyes, it is the last
+/// one for that eye, but a frozen source has only one.
 int64_t FrameNumber(const sim::Picture& sent, Frames frames, double rateHz, int64_t nowMs) {
   const int64_t ms = sent.heldMs != 0 ? sent.heldMs : nowMs;
   const auto number = static_cast<int64_t>(static_cast<double>(ms) * rateHz / 1000);
@@ -261,7 +261,7 @@ Sources::Made Sources::MakePlayed(const PlayedInput& input) {
     try {
       return FileBytes(input.held == 0 ? sim::ScreenPath() : sim::HeldScreenPath(input.held));
     } catch (const std::runtime_error&) {
-      return Bytes();  // nothing is decoded yet
+      return Bytes();  // nothing has been decoded yet
     }
   }();
   const auto crc =
@@ -282,7 +282,7 @@ Sources::Made Sources::MakeWritten(const WrittenInput& input, const sim::Window&
 }
 
 Sources::Made Sources::MakeCube(const K2V_VPQ_HDR_3D_LUT_T& table) {
-  static constexpr int kSide = 9, kWidth = 27;  // red is the fastest to change, blue the slowest
+  static constexpr int kSide = 9, kWidth = 27;  // red changes fastest, blue slowest
   constexpr double kFull = 1023;
   const auto crc = crc32(0, reinterpret_cast<const Bytef*>(&table), sizeof(table));
   return Keep(Printed("cube %08lx", crc), [&] {

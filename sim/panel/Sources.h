@@ -12,18 +12,18 @@ namespace panel {
 /// Makes pictures and keeps those that are still in use.
 class Sources {
  public:
-  /// A picture in planar RGB, or in 10-bit YCbCr where it comes from a frame buffer. It stays until
-  /// DropUnused. Equal names are equal pictures.
+  /// A picture in planar RGB, or in 10-bit YCbCr if it was written to a frame buffer. It is valid
+  /// until DropUnused. Equal names mean equal pictures.
   struct Made {
     const AVFrame* picture;
     std::string name;
   };
 
-  /// The picture of an input at a simulated time. Where one cannot be made, such as of a damaged
-  /// image file, it is black. Throws std::runtime_error where not even that can be made.
+  /// The picture of an input at a simulated time. If it cannot be made, such as from a damaged
+  /// image file, it is black. Throws std::runtime_error if not even that can be made.
   Made Make(const SceneInput& input, const sim::Board& board, int64_t nowMs);
 
-  /// Forgets the pictures that were not made since the last call.
+  /// Drops the pictures that were not requested since the last call.
   void DropUnused();
 
  private:
@@ -40,7 +40,7 @@ class Sources {
   Picture MakeBox(Size size, double rateHz, int64_t number);
 
   std::map<std::string, Kept> kept_;
-  std::unique_ptr<Graph> box_;  // draws the moving box on a ground
+  std::unique_ptr<Graph> box_;  // draws the moving box on a background
   Picture boxGround_;
   std::string boxName_;
 };
