@@ -11,7 +11,7 @@
 namespace player {
 namespace {
 
-/// A quartz is right to some ten millionths; warmth alone makes it another one from run to run.
+/// A crystal is accurate to some tens of ppm; its temperature alone changes the drift in every run.
 double DriftOfThisRunPpm() {
   constexpr double kMostPpm = 30;
   std::random_device random;

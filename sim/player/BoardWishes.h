@@ -1,4 +1,5 @@
-// What a playing finds on the board: its clock, and what `cvnsim` and the scenario let go wrong.
+// What a playback run finds on the board: its clock, and the faults that `cvnsim` and the scenario
+// inject.
 #pragma once
 
 #include <vector>
@@ -14,9 +15,9 @@ struct BoardWishes {
   RunClock clock = {};
 };
 
-/// Asks the board that CVNSIM_STATE names. Where no board was started nothing goes wrong, and the
-/// clock is the same in every playing: golden data are made so. Throws
-/// std::runtime_error if the file is not a board's.
+/// Queries the board that CVNSIM_STATE names. If no board was started, nothing goes wrong and the
+/// clock is the same in every run: golden data are made in this way. Throws std::runtime_error if
+/// the file is not a board's.
 BoardWishes AskBoard();
 
 }  // namespace player

@@ -16,7 +16,7 @@ namespace player {
 
 namespace {
 
-// Kinds of frame that the display knows, and of dynamic range.
+// The display's codes for kinds of frames and for dynamic ranges.
 constexpr int64_t kFieldKind = 1, kFrameKind = 2;
 constexpr int64_t kSdr = 0, kHdr10 = 1, kHlg = 2;
 
@@ -49,7 +49,7 @@ int64_t DynamicRange(AVColorTransferCharacteristic transfer) {
   return transfer == AVCOL_TRC_ARIB_STD_B67 ? kHlg : kSdr;
 }
 
-/// The record that came with a frame; null when none did. The library aligned it.
+/// The record attached to a frame; null if there is none. The library aligned it.
 template <typename Record>
 const Record* SideData(const AVFrame& frame, AVFrameSideDataType type) {
   const AVFrameSideData* const data = av_frame_get_side_data(&frame, type);
@@ -133,7 +133,7 @@ SoundFacts SoundReader::Take(const AVFrame& frame) {
   return {static_cast<uint32_t>(crc32(crc32(0, nullptr, 0), bytes, size)), sounds};
 }
 
-/// The samples as interleaved 16-bit PCM of the same rate and channels, in `samples_`. None when
+/// The samples as interleaved 16-bit PCM of the same rate and channels, in `samples_`. Empty if
 /// they cannot be converted.
 std::span<const int16_t> SoundReader::Convert(const AVFrame& frame) {
   SwrContext* context = converter_.release();

@@ -1,4 +1,4 @@
-// What the board's drivers find out about decoded pictures and sound.
+// What the board's drivers determine about decoded pictures and sound.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ struct SoundFacts {
   bool sounds;        // loud enough to be heard
 };
 
-/// Looks at sound of any sample format.
+/// Analyses sound of any sample format.
 class SoundReader {
  public:
   SoundFacts Take(const AVFrame& frame);
@@ -35,7 +35,7 @@ class SoundReader {
   struct Free {
     void operator()(SwrContext* context) const { swr_free(&context); }
   };
-  /// The converter rounds otherwise where its output is not aligned for the vector unit.
+  /// The converter rounds differently if its output is not aligned for the vector unit.
   struct alignas(64) SampleBlock {
     int16_t samples[32];
   };

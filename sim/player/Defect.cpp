@@ -16,7 +16,7 @@ constexpr int64_t kDefaultDelayMs = 40;
 constexpr int64_t kLongestDelayMs = 3600000;
 constexpr int64_t kMostFrames = std::numeric_limits<int32_t>::max();
 
-/// The stages that a picture passes, in this order. Sound goes its own way.
+/// The stages that a picture passes, in this order. Sound takes a separate path.
 constexpr Stage kPicturePath[] = {Stage::kOmxIn, Stage::kVdec, Stage::kOmxOut,
                                   Stage::kDvo,   Stage::kVo,   Stage::kScaler};
 
@@ -28,8 +28,8 @@ void TakeDelay(const std::string& detail, Defect& defect);
 struct Kind {
   std::string_view name;
   DefectKind kind;
-  bool carriedOn;                                           // by the data, to the stages behind
-  void (*take)(const std::string& detail, Defect& defect);  // the word behind the frame
+  bool carriedOn;                                           // by the data, to downstream stages
+  void (*take)(const std::string& detail, Defect& defect);  // parses the word after the frame
 };
 
 constexpr Kind kKinds[] = {

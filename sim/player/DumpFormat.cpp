@@ -117,8 +117,9 @@ constexpr Column kAudioColumns[] = {
     {"delay", &V::audioDelay90k},
 };
 
-// In the order of Stage. Readers take the titles of VO and Scaler as one word; VDEC's ends with a
-// word of its own; those of OMX and DVO fit into 65 characters with their newline.
+// In the order of Stage. Readers take the titles of VO and Scaler as one word; VDEC's ends with
+// another word than the column's name; those of OMX and DVO fit into 65 characters with their
+// newline.
 constexpr DumpFormat kFormats[] = {
     {"OMXIN", "dump_omx_input.txt", ", ", ", ", kOmxInColumns},
     {"OMXOUT", "dump_omx_output.txt", ", ", ", ", kOmxOutColumns},

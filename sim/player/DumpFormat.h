@@ -1,4 +1,4 @@
-// The dump files that the drivers of the pipeline's stages write: one row a frame or audio block.
+// The dump files that the drivers of the pipeline's stages write: one row per frame or audio block.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ namespace player {
 /// has columns for. Times are ticks of 90 kHz, rates thousandths of a frame per second.
 struct FrameValues {
   int64_t frameNumber = 0;
-  int64_t clock90k = 0;  // when the stage had it: differs from run to run
+  int64_t clock90k = 0;  // when the stage handled it: differs from run to run
   int64_t pts90k = 0;
   int64_t ptsHigh = 0;
   int64_t frameRateMilliHz = 0;
@@ -36,7 +36,7 @@ struct FrameValues {
   int64_t transfer = 0, matrix = 0, primaries = 0, fullRange = 0;
   int64_t maxCll = 0, maxFall = 0;
 
-  // Checksums along the way: decoder, video output, scaler input, scaler blocks, panel.
+  // Checksums along the path: decoder, video output, scaler input, scaler blocks, panel.
   int64_t crcDecoded = 0, crcOutput = 0, crcScalerInput = 0;
   int64_t crcRgbToYuv = 0, crcDeinterlaceHzd = 0, crcDeinterlace = 0;
   int64_t crcDownscaleH = 0, crcDownscaleV = 0, crcCapture = 0, crcMemory = 0, crcUpscale = 0;
@@ -44,7 +44,7 @@ struct FrameValues {
   int64_t crcPanel = 0;
 
   int64_t sampleRate = 0, channelCount = 0;
-  int64_t audioCheck = 0;  // above 1000000: a sound
+  int64_t audioCheck = 0;  // above 1000000: audible
   int64_t audioDelay90k = 0;
 };
 
@@ -72,7 +72,7 @@ struct DumpFormat {
 
 const DumpFormat& FormatOf(Stage stage);
 
-/// The column of that name; null when the stage has none.
+/// The column of that name; null if the stage has none.
 const Column* FindColumn(const DumpFormat& format, std::string_view name);
 
 /// The first line of a dump, with its newline.

@@ -23,7 +23,7 @@ constexpr int64_t kBeep90k = kSecond90k / 10;
 
 constexpr int64_t kKeyFrameDistance = 30;
 
-/// A number that looks random and is the same for the same seed, place and kind.
+/// A pseudo-random number that depends only on seed, place and kind.
 uint32_t Draw(uint64_t seed, int64_t place, uint64_t kind) {
   uint64_t mixed = seed * 0x9e3779b97f4a7c15U + static_cast<uint64_t>(place) * 64 + kind + 1;
   mixed = (mixed ^ (mixed >> 30)) * 0xbf58476d1ce4e5b9U;
@@ -35,7 +35,7 @@ int64_t FramePts(const Clip& clip, int64_t frame) {
   return clip.startPts90k + frame * kSecond90k * 1000 / clip.frameRateMilliHz;
 }
 
-/// Number of the flash that starts within a stretch of time, counted from 0; -1 when none does.
+/// Number of the flash that starts within a span of time, counted from 0; -1 if none does.
 int64_t FlashBetween(const Clip& clip, int64_t from90k, int64_t to90k) {
   const int64_t behind = to90k - 1 - kFirstFlash90k;
   if (!clip.flashesAndBeeps || behind < 0) return -1;
@@ -86,7 +86,7 @@ FrameValues VideoValues(const Clip& clip, int64_t frame) {
   return values;
 }
 
-/// A beep sounds from its flash on; a clip without beeps sounds all the time.
+/// A beep starts with its flash; a clip without beeps is audible all the time.
 bool Sounds(const Clip& clip, int64_t time90k) {
   return !clip.flashesAndBeeps || FlashBetween(clip, time90k - kBeep90k, time90k + kBlock90k) >= 0;
 }

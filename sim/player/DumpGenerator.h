@@ -1,4 +1,5 @@
-// Makes dumps without playing anything: values are drawn from a seed, defects put in on request.
+// Makes dumps without playing anything: values are generated from a seed, defects are injected on
+// request.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +11,7 @@
 
 namespace player {
 
-/// What is played. The same clip gives the same values in every run, but for the clock.
+/// What is played. The same clip gives the same values in every run, except for the clock.
 struct Clip {
   uint64_t seed = 1;
   int64_t frameCount = 600;
@@ -19,22 +20,22 @@ struct Clip {
   int64_t height = 1080;
   int64_t startPts90k = 0;
   bool hdr = false;
-  bool flashesAndBeeps = false;  // one of each every two seconds from the fourth second on
+  bool flashesAndBeeps = false;  // one of each every two seconds, the first after four seconds
 };
 
-/// One playing of a clip.
+/// One playback of a clip.
 struct Run {
   int64_t clock90k = 0;       // the board's clock at the start
-  int64_t audioOffsetMs = 0;  // sound later by so much
+  int64_t audioOffsetMs = 0;  // delay of the sound
 };
 
-/// Rows that a stage dumps of the clip.
+/// The number of rows that a stage dumps for the clip.
 int64_t RowCount(const Clip& clip, Stage stage);
 
 /// Values of a row without defects.
 FrameValues ValuesOf(const Clip& clip, const Run& run, Stage stage, int64_t row);
 
-/// Writes a stage's dump with title and end. Takes those of the defects that are the stage's.
+/// Writes a stage's dump with title and end. Uses only the defects of that stage.
 void WriteDump(std::ostream& out, const Clip& clip, const Run& run, Stage stage,
                std::span<const Defect> defects = {});
 

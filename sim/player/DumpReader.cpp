@@ -11,7 +11,7 @@ namespace player {
 
 namespace {
 
-/// Reads the values of a row. Returns false when it is malformed.
+/// Reads the values of a row. Returns false if it is malformed.
 bool ReadRow(std::string_view row, const DumpFormat& format, FrameValues& values) {
   for (const Column& column : format.columns) {
     row.remove_prefix(std::min(row.find_first_not_of(", "), row.size()));

@@ -9,7 +9,7 @@
 namespace player {
 
 /// The rows of a stage's file, without title and end. Throws std::runtime_error that names the
-/// file when it cannot be read or has a malformed row.
+/// file if it cannot be read or has a malformed row.
 std::vector<FrameValues> ReadDump(const std::filesystem::path& path, Stage stage);
 
 }  // namespace player

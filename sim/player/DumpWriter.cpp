@@ -10,7 +10,7 @@ namespace player {
 
 namespace {
 
-constexpr int64_t kDamage = 0x5a5a;  // bits of a checksum that a damaged frame turns over
+constexpr int64_t kDamage = 0x5a5a;  // bits of a checksum that a damaged frame inverts
 constexpr char kRubbish[] = {0x07, 0x3f, 0x5e, 0x7b, 0x21, 0x1b, 0x6d};
 
 bool Concerns(const Defect& defect, int64_t frame) {
@@ -33,7 +33,7 @@ FrameValues ShownAgain(FrameValues values) {
   return values;
 }
 
-/// A frame between this one and the one before that nobody encoded.
+/// A frame between this one and the previous one that was never encoded.
 FrameValues Stranger(FrameValues values) {
   values.pts90k -= kTicksPerMs;
   Damage(values);
@@ -109,7 +109,7 @@ void DumpWriter::ChangeValues(FrameValues& values) const {
   }
 }
 
-/// Writes text, followed by what was held back for it.
+/// Writes text, followed by what was held back until then.
 void DumpWriter::Put(const std::string& text) {
   out_ << text << held_;
   held_.clear();

@@ -17,7 +17,7 @@ class DumpWriter {
   /// Writes the title. `defects` are all that this dump shows, whatever stage they come from.
   DumpWriter(std::ostream& out, Stage stage, std::vector<Defect> defects);
 
-  /// Writes a row. Returns false when the file ends in it; nothing more is written then.
+  /// Writes a row. Returns false if the file ends before or in it; nothing is written after that.
   bool Write(FrameValues values);
 
   /// Writes the end of the stream.
@@ -32,9 +32,9 @@ class DumpWriter {
   std::ostream& out_;
   const DumpFormat& format_;
   std::vector<Defect> defects_;
-  std::string held_;                   // rows that come behind the next one
+  std::string held_;                   // rows to be written after the next one
   std::optional<FrameValues> before_;  // of the last row
-  int64_t lastClock90k_ = 0;           // as it would have been
+  int64_t lastClock90k_ = 0;           // of the last row, without defects
   int64_t skipped90k_ = 0;
   bool ended_ = false;
 };

@@ -20,7 +20,7 @@ constexpr AVRational kTick90k = {1, 90000};
 constexpr AVRational kFileTick = {1, AV_TIME_BASE};
 constexpr char kNetworkTimeoutUs[] = "5000000";
 
-/// A pointer that is freed by one of the library's functions, which take its address.
+/// Deletes a pointer with one of the library's functions, which take its address.
 template <typename T, void (*Free)(T**)>
 struct Deleter {
   void operator()(T* pointer) const { Free(&pointer); }
@@ -51,7 +51,7 @@ Input Open(const std::string& location) {
   return input;
 }
 
-/// One of the file's streams with its decoder. Without such a stream it takes nothing.
+/// One of the file's streams with its decoder. If there is no such stream, it decodes nothing.
 class Track {
  public:
   Track(AVFormatContext& input, AVMediaType type) {
@@ -59,7 +59,7 @@ class Track {
     index_ = av_find_best_stream(&input, type, -1, -1, &decoder, 0);
     if (index_ < 0 || decoder == nullptr) return;
     stream_ = input.streams[index_];
-    // Pictures and sound share one start, so that their distance stays.
+    // Pictures and sound share one start, so that their offset is preserved.
     start90k_ = input.start_time == AV_NOPTS_VALUE
                     ? 0
                     : av_rescale_q(input.start_time, kFileTick, kTick90k);
@@ -75,17 +75,17 @@ class Track {
   bool Has(const AVPacket& packet) const { return IsThere() && packet.stream_index == index_; }
   double Tick90k() const { return av_q2d(stream_->time_base) * av_q2d(av_inv_q(kTick90k)); }
 
-  /// A time stamp of this stream as ticks from the file's start; `otherwise` if it has none.
+  /// A time stamp of this stream in ticks from the file's start; `otherwise` if it is missing.
   int64_t Pts90k(int64_t pts, int64_t otherwise) const {
     if (pts == AV_NOPTS_VALUE) return otherwise;
     return av_rescale_q(pts, stream_->time_base, kTick90k) - start90k_;
   }
 
-  /// Decodes a packet, or with null what the decoder still holds, and hands the frames to `take`.
+  /// Decodes a packet, or with null what is left in the decoder, and passes the frames to `take`.
   template <typename Take>
   void Decode(const AVPacket* packet, AVFrame& frame, Take take) {
     if (!IsThere()) return;
-    // A damaged packet gives no frame, and the next one may.
+    // A damaged packet gives no frame, but the next one may.
     if (avcodec_send_packet(codec_.get(), packet) < 0) return;
     while (avcodec_receive_frame(codec_.get(), &frame) >= 0) take(frame);
   }
@@ -97,7 +97,7 @@ class Track {
   Codec codec_;
 };
 
-/// A file on its way to the listener.
+/// Reads a file and passes its contents to the listener.
 class Reading {
  public:
   Reading(AVFormatContext& input, MediaListener& listener, Screen* screen)

@@ -10,8 +10,8 @@ namespace player {
 
 class Screen;
 
-/// Takes what a file holds, in the order in which the board's drivers would get it. Times count
-/// from the start of the file.
+/// Receives the contents of a file, in the order in which the board's drivers would get them. Times
+/// count from the start of the file.
 class MediaListener {
  public:
   virtual ~MediaListener() = default;
@@ -20,7 +20,7 @@ class MediaListener {
   virtual void TakePacket(int64_t pts90k, int64_t size, bool isKeyFrame) = 0;
 
   /// A decoded picture: its size, colours and checksum are in `values`. `meanLuma` is its
-  /// brightness, 0 to 255, and `tick90k` how finely the file's time stamps count.
+  /// brightness, 0 to 255, and `tick90k` the unit of the file's time stamps.
   virtual void TakePicture(int64_t pts90k, double tick90k, int meanLuma,
                            const FrameValues& values) = 0;
 
@@ -29,9 +29,9 @@ class MediaListener {
                          bool sounds) = 0;
 };
 
-/// Decodes the whole of a file, or of what an address that begins with "http://" names. Damaged
-/// frames are passed over. Throws std::runtime_error with one line when there is nothing that can
-/// be decoded. The pictures are shown on the screen, where one is given.
+/// Decodes a whole file, or what is at an address that begins with "http://". Damaged frames are
+/// skipped. Throws std::runtime_error with one line if nothing can be decoded. The pictures are
+/// shown on the screen, if one is given.
 void ReadMedia(const std::string& location, MediaListener& listener, Screen* screen = nullptr);
 
 }  // namespace player

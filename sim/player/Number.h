@@ -6,7 +6,7 @@
 
 namespace player {
 
-/// The decimal number from `min` to `max` that is all of `text`. Throws std::invalid_argument that
+/// Parses all of `text` as a decimal number from `min` to `max`. Throws std::invalid_argument that
 /// names `what` and the range.
 int64_t ParseNumber(const std::string& text, const std::string& what, int64_t min, int64_t max);
 

@@ -27,8 +27,8 @@ constexpr int64_t kFastestDoubledMilliHz = 30000;
 constexpr int64_t kCommonRates[] = {24000, 25000, 30000, 50000, 60000, 100000, 120000};
 constexpr int64_t kRatesOf1001[] = {23976, 29970, 59940, 119880};
 
-/// The common rate of that duration. Rates that are slower by 1/1001 can only be distinguished if
-/// time stamps count single ticks.
+/// The common rate with that frame duration. Rates that are slower by 1/1001 can only be
+/// distinguished if time stamps count single ticks.
 int64_t FrameRate(int64_t duration90k, double tick90k) {
   const double perRate = 1000.0 * kSecond90k;
   const auto distance = [&](int64_t rate) {
@@ -59,22 +59,22 @@ int64_t TimesShown(int64_t from90k, int64_t to90k, int64_t rateMilliHz) {
   return shownBefore(to90k) - shownBefore(from90k);
 }
 
-/// The pattern in which motion compensation fills the panel's pictures: 11, 22, 32 …
+/// The cadence in which motion compensation fills the panel's pictures: 11, 22, 32 …
 int64_t Cadence(int64_t sourceRateMilliHz) {
   const int64_t halves = 2 * kPanelRateMilliHz / std::max<int64_t>(sourceRateMilliHz, 1000);
   const int64_t shorter = std::max<int64_t>(halves / 2, 1);
   return 10 * std::max<int64_t>(halves - shorter, 1) + shorter;
 }
 
-/// The checksum of a picture after one more block of its path, which works in a mode.
+/// The checksum of a picture after one more block of its path, which works in mode `mode`.
 int64_t BehindBlock(int64_t checksum, int mode) {
   const auto byte = [checksum](int shift) { return static_cast<Bytef>(checksum >> shift & 0xff); };
   const Bytef bytes[] = {byte(0), byte(8), byte(16), byte(24), static_cast<Bytef>(mode)};
   return static_cast<int64_t>(crc32(0, bytes, sizeof(bytes)));
 }
 
-/// The checksums from the video output to the panel. The picture quality's mode counts from its
-/// first block on.
+/// Fills in the checksums from the video output to the panel. The mode of the picture quality
+/// applies from its first block on.
 void FillChecksums(int pictureQuality, FrameValues& values) {
   int mode = 0;
   int64_t checksum = values.crcDecoded;

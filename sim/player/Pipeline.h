@@ -15,7 +15,7 @@ namespace player {
 
 class DumpWriter;
 
-/// The open dumps by Stage; null where a stage writes none.
+/// The open dumps by Stage; null if a stage writes none.
 using StageDumps = std::array<DumpWriter*, std::size(kAllStages)>;
 
 class Pipeline : public MediaListener {
@@ -29,7 +29,7 @@ class Pipeline : public MediaListener {
   void TakeSound(int64_t pts90k, int sampleRate, int channelCount, uint32_t checksum,
                  bool sounds) override;
 
-  /// Lets the last picture through and ends the dumps.
+  /// Passes on the last picture and ends the dumps.
   void End();
 
   int64_t PictureCount() const { return pictures_; }

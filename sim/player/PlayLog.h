@@ -1,4 +1,4 @@
-// What the board's processors log of a playing.
+// What the board's processors log during a playback.
 #pragma once
 
 #include <chrono>

@@ -1,4 +1,4 @@
-// The clips of the board's test cases, under the names that their dumps carry.
+// The clips of the board's test cases, under the names used in their dumps' file names.
 #pragma once
 
 #include <span>

@@ -16,7 +16,7 @@ extern "C" {
 namespace player {
 namespace {
 
-constexpr std::chrono::milliseconds kBetweenPictures{40};  // more are not looked at
+constexpr std::chrono::milliseconds kBetweenPictures{40};  // more would not be seen
 
 }  // namespace
 
@@ -24,7 +24,7 @@ Screen::Screen() : path_(sim::ScreenPath()) {
   if (path_.empty()) return;
   playing_ = open(sim::PlayingPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
   std::error_code ignored;
-  std::filesystem::remove(path_, ignored);  // of the playing before
+  std::filesystem::remove(path_, ignored);  // left by the previous playback
   if (playing_ >= 0) flock(playing_, LOCK_EX | LOCK_NB);
 }
 
@@ -45,7 +45,7 @@ void Screen::Show(const AVFrame& frame, int64_t number) {
   std::memcpy(bytes_.data(), &header, sizeof(header));
   av_image_copy_to_buffer(bytes_.data() + sizeof(header), size, frame.data, frame.linesize, format,
                           frame.width, frame.height, 1);
-  // Whoever looks finds the picture before or this one, never half of it.
+  // Readers find the previous picture or this one, never half of it.
   const std::filesystem::path next = path_.string() + ".next";
   std::ofstream file(next, std::ios::binary);
   file.write(reinterpret_cast<const char*>(bytes_.data()),

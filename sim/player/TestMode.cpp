@@ -19,7 +19,7 @@ constexpr std::string_view kPathKey = "testresult=";
 struct DriverNode {
   Stage stage;
   const char* path;
-  std::string_view pathKey;  // stands before the dump's path
+  std::string_view pathKey;  // precedes the dump's path
 };
 constexpr DriverNode kNodes[] = {
     {Stage::kVdec, "dev/cvnvdec", kPathKey}, {Stage::kDvo, "dev/cvndvo", kPathKey},

@@ -1,4 +1,4 @@
-// What the board's driver nodes and marker files ask of a playing.
+// What the board's driver nodes and marker files require of a playback.
 #pragma once
 
 #include <array>

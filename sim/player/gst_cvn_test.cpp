@@ -85,7 +85,7 @@ class DumpFile {
         writer_(file_, stage, player::DefectsSeenBy(stage, defects)) {}
 
   player::DumpWriter& Writer() { return writer_; }
-  /// Puts the rest into the file. Returns an error number, 0 when all is there.
+  /// Flushes and closes the file. Returns an error number, 0 if everything was written.
   int Close() {
     if (openError_ != 0) return openError_;
     file_.close();
@@ -119,7 +119,7 @@ class Dumps {
     return writers;
   }
 
-  /// Throws std::runtime_error when a dump could not be written.
+  /// Throws std::runtime_error if a dump could not be written.
   void Close() {
     for (auto& file : files_) {
       const int error = file ? file->Close() : 0;
@@ -139,7 +139,7 @@ class Dumps {
   }
 
  private:
-  /// What is written beyond the room that is left fails in the system, in the middle of a row.
+  /// Makes the system fail writes beyond the remaining room, in the middle of a row.
   static void LimitFiles() {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit = {kRoomOnFullDisk, kRoomOnFullDisk};

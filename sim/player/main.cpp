@@ -1,4 +1,4 @@
-// cvndumpgen: puts golden files and dumps of a test case into a board's directories.
+// cvndumpgen: writes golden files and dumps of a test case to a board's directories.
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -33,14 +33,14 @@ struct Options {
   const player::PlayedCase* played = nullptr;
   fs::path home;
   fs::path dumpDirectory;
-  std::string goldenSet;  // directory of a golden set of its own
+  std::string goldenSet;  // directory of a separate golden set
   std::optional<int64_t> seed;
   std::optional<int64_t> frames;
   std::optional<int64_t> frameRateMilliHz;
   std::optional<int64_t> startPts90k;
   int64_t audioOffsetMs = 0;
   std::vector<Stage> stages;
-  fs::path golden;  // files that are there instead of drawn ones
+  fs::path golden;  // existing files to use instead of generated ones
   std::vector<player::Defect> defects;
   bool carriesOn = false;
 };
@@ -147,7 +147,7 @@ void WriteFile(const fs::path& path, const player::Clip& clip, const player::Run
   if (!file) throw std::runtime_error("cannot write " + path.string());
 }
 
-/// The defects that a stage's dump shows: its own, or with those of the stages before it.
+/// The defects that a stage's dump shows: its own; with --carry-on also those of upstream stages.
 std::vector<player::Defect> DefectsOf(Stage stage, const Options& options) {
   if (!options.carriesOn) return options.defects;
   std::vector<player::Defect> seen = player::DefectsSeenBy(stage, options.defects);
@@ -158,7 +158,7 @@ std::vector<player::Defect> DefectsOf(Stage stage, const Options& options) {
 constexpr int64_t kGoldenClock90k = 81'000'000;
 constexpr int64_t kDumpClock90k = 97'654'321;
 
-/// Writes a stage's dump of the playing that a golden file is of.
+/// Writes a stage's dump with the values of a golden file.
 void WriteDumpOf(const fs::path& golden, const fs::path& path, Stage stage,
                  std::vector<player::Defect> defects) {
   std::erase_if(defects, [stage](const player::Defect& defect) { return defect.stage != stage; });
