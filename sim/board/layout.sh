@@ -1,6 +1,6 @@
 # shellcheck shell=bash disable=SC2034,SC2154  # variables are shared with board-run
-# The board's files: what there is when it is new, and what switching it on does. Sourced by
-# board-run; uses `board`, `fresh`, `os`, `scenario` and sets `root` and `sim`.
+# The board's files: what a new board has, and what switching it on changes. Sourced by board-run;
+# uses its variables, such as `board` and `build`, and sets `root` and `sim`.
 
 board_dirs=(
   data home media mnt nvram/data system/bin tmp/var/log var
@@ -8,7 +8,7 @@ board_dirs=(
   usr/{bin,sbin,lib,lib32,lib64}
   opt/cvntester/{bin,lib,standins,www,eyes} sim/{log,tftp,usb/stick}
 )
-# What lies in memory on a board, so that no power-on finds it again.
+# What a board keeps in memory, so that it is gone after a power-on.
 volatile_files=(
   tmp/{cross_module,OMX_MURO_CONFIG,GST_DVO_FREERUN,GST_DVO_FORCE_ADAPTIVE,enableDebugMode}
   tmp/{runningCrossModule,gst_1_0_registry.bin}
@@ -16,7 +16,7 @@ volatile_files=(
 )
 block_nodes=(dev/block/{sda,sda1})
 # The drivers' nodes are plain files: they keep what was written last, as long as there is power.
-# sys/crt/register is one until the HAL is there, which answers it.
+# sys/crt/register is one until the HAL starts and serves it.
 driver_nodes=(dev/{cvnvdec,cvndvo,vodev,vscdev,vpqdev,cvnaudio})
 board_nodes=(
   "${driver_nodes[@]}" "${block_nodes[@]}"
@@ -28,8 +28,8 @@ declare -A os_markers=(
   [android]=vendor/manifest.xml [sorvex]=home/core.1st [pelxos]=vendor/corvana/pelxos
 )
 
-# Makes the board's directory, or refuses one that holds something else. Only one board-run at a
-# time may use it: switching on throws the running board's state away.
+# Creates the board's directory, or rejects one that contains something else. Only one board-run at a
+# time may use it: switching on discards the running board's state.
 PrepareBoard() {
   local marker=$board/.cvntester-board
   if [[ -e $board && ! -f $marker && -n $(ls -A "$board" 2>&1) ]]; then
@@ -50,7 +50,7 @@ PrepareBoard() {
   InstallBusybox
 }
 
-# PrepareRecording: makes `record`, which has to be empty, absolute.
+# PrepareRecording: creates the directory `record`, which must be new or empty; makes it absolute.
 PrepareRecording() {
   [[ -f $build/lib/libcvnrecord.so ]] || Die 1 "no recorder in $build"
   [[ ! -e $record || -d $record && -z $(ls -A "$record" 2>&1) ]] ||
@@ -59,7 +59,7 @@ PrepareRecording() {
   record=$(cd "$record" && pwd)
 }
 
-# The first power supply of a new board.
+# Creates the root file system of a new board.
 MakeRoot() {
   local new=$board/root.new node
   rm -rf "$new"
@@ -79,7 +79,7 @@ MakeRoot() {
   mv "$new" "$board/root"
 }
 
-# /bin, /lib and the like are laid out as on this machine, whose /usr the board borrows.
+# /bin, /lib and similar directories have the layout of this machine, whose /usr the board uses.
 LinkHostDirectories() {
   local name
   for name in bin sbin lib lib32 lib64 libx32; do
@@ -91,9 +91,9 @@ LinkHostDirectories() {
   done
 }
 
-# procfs lets nobody add the drivers' nodes, so /proc is a plain directory and the real one stands
-# hidden in /proc/.real behind links. Links for the lowest process numbers serve what looks itself
-# up by number; those without a process dangle.
+# The drivers' nodes cannot be added to procfs, so /proc is a plain directory with links to the real
+# one, which is hidden in /proc/.real. Links for the lowest process ids serve programs that look
+# themselves up by id; those without a process dangle.
 LinkProc() {
   local path names=()
   for path in /proc/[!0-9]*; do
@@ -103,7 +103,7 @@ LinkProc() {
   ln -s ../.real/sys/{fs,kernel,net} "$1/sys"
 }
 
-# The real busybox, under the name that the board's commands use.
+# Installs the real busybox, and the names by which the board's commands find it.
 InstallBusybox() {
   local busybox bin=$root/vendor/cvn_rootfs/bin
   [[ ! -x $bin/busybox.real ]] && busybox=$(command -v busybox) || return 0
@@ -113,8 +113,8 @@ InstallBusybox() {
   ln -sf /opt/cvntester/standins/busybox "$root/vendor/corvana/busybox"
 }
 
-# The media files on the stick and what is on the vendor partition, when this board has none or has
-# those of another build.
+# Installs the media files of the stick and the contents of the vendor partition, if this board has
+# none or those of another build.
 InstallMedia() {
   local media=$build/media content=$sim/usb/stick/cross_module_content_v1
   [[ -f $media/stamp ]] || return 0
@@ -127,7 +127,7 @@ InstallMedia() {
   cp "$media/stamp" "$sim/media-stamp"
 }
 
-# UnmountAll: a stick that was mounted when the power went is not any more.
+# UnmountAll: unmounts sticks that were mounted when the power was lost.
 UnmountAll() {
   local directory
   [[ -f $sim/mounts ]] || return 0
@@ -138,8 +138,8 @@ UnmountAll() {
   done <"$sim/mounts"
 }
 
-# SwitchOn: every start is a power-on, but for a board that an earlier session with --keep-on left
-# on, when this one is to keep it on, too.
+# SwitchOn: every start is a power-on, unless an earlier session with --keep-on left the board on and
+# this one has --keep-on, too.
 SwitchOn() {
   local on=
   ((!keep_on)) || read -r on 2>/dev/null <"$sim/on" || true
@@ -155,8 +155,8 @@ SwitchOn() {
   SetUpSession
 }
 
-# The root file system survives, but for what a board keeps in memory; the HAL's and the drivers'
-# state does not, and around the board all is well. Reports stay for the user.
+# The root file system survives, except for what a board keeps in memory; the state of the HAL and
+# the drivers does not, and everything around the board is in order. Reports stay for the user.
 PowerOn() {
   UnmountAll
   rm -rf "$sim"/{state*,trace*,scenario,mounts,log/commands,{stick-out,network-down,tftp-down,disk-full}}
@@ -172,13 +172,13 @@ PowerOn() {
   )
 }
 
-# What a session brings along and takes with it: processes, and the network they are in.
+# Sets up what belongs to one session: its processes, and the network they are in.
 SetUpSession() {
   rm -f "$root/tmp/cross_module/isPcbIpSetuped.cfg"
-  # The HAL that ran last made a pipe of it, which nobody reads any more.
+  # The last HAL replaced it by a pipe, which nobody reads any more.
   [[ ! -p $root/sys/crt/register ]] || rm "$root/sys/crt/register"
   : >>"$root/sys/crt/register"
-  # Where the board has no network of its own nobody serves it, and nothing leaves this machine.
+  # A board without its own network has no servers, and none of its traffic leaves this machine.
   local server=192.0.2.1
   [[ $sandbox == bwrap ]] || server=127.0.0.1
   printf '%s\n' '127.0.0.1 localhost board' "$server content.local tftp.local" >"$root/etc/hosts"

@@ -10,7 +10,7 @@ UsageError() {
   Die 2 "$1; $usage"
 }
 
-# TakeBoardOption WORD...: takes the option in front; `taken` is how many words it was.
+# TakeBoardOption WORD...: parses the first option; `taken` is its number of words.
 TakeBoardOption() {
   taken=2
   case $1 in
@@ -26,7 +26,7 @@ TakeBoardOption() {
   esac
 }
 
-# Refuses wrong values; makes `board` and `scenario` absolute.
+# Rejects invalid values; makes `board` and `scenario` absolute.
 CheckBoardOptions() {
   [[ -n $board ]] || UsageError '--board requires a directory'
   [[ $os == android || $os == sorvex || $os == pelxos ]] ||

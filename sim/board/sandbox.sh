@@ -1,9 +1,9 @@
 # shellcheck shell=bash disable=SC2154  # variables are shared with board-run
 # Three ways to run a program on the board, best first. Sourced by board-run after layout.sh.
-#   bwrap   namespaces of its own, as root or as an ordinary user; this machine is never touched
-#   chroot  root without namespaces: the root file system filled with copies of what it needs
-#   none    on this machine as it is, with the board's stand-ins in front of its tools
-# CVN_SANDBOX forces one. Each way has Probe_X, which sets `reason` where it cannot be had, and
+#   bwrap   in separate namespaces, as root or as an ordinary user; this machine is never touched
+#   chroot  as root without namespaces: the root file system is filled with copies of what it needs
+#   none    directly on this machine, with the board's stand-ins before its tools in PATH
+# CVN_SANDBOX forces one. Each way has Probe_X, which sets `reason` if it is not available, and
 # RunIn_X.
 
 ChooseSandbox() {
@@ -26,7 +26,7 @@ ChooseSandbox() {
   esac
 }
 
-# Try COMMAND...: `reason` is empty when it succeeds, else what it said.
+# Try COMMAND...: sets `reason` to nothing if the command succeeds, else to its output.
 Try() {
   if reason=$("$@" 2>&1); then
     reason=
@@ -35,8 +35,8 @@ Try() {
   fi
 }
 
-# BoardEnvironment SIM TOP: what the program finds in its environment. `reboot` kills TOP. The
-# stand-ins find their log by CVNSIM_DIR.
+# BoardEnvironment SIM TOP: sets the program's environment. `reboot` kills TOP. The stand-ins find
+# their log through CVNSIM_DIR.
 BoardEnvironment() {
   local name
   board_env=(
@@ -63,7 +63,7 @@ BoardEnvironment() {
 
 # --- bwrap ---
 
-# BwrapArguments PROC_OPTION...: the last words say where /proc/.real comes from.
+# BwrapArguments PROC_OPTION...: the arguments are the options that mount /proc/.real.
 BwrapArguments() {
   local name node
   bwrap_args=(
@@ -88,7 +88,7 @@ BwrapArguments() {
   done
 }
 
-# Inside a container that hides parts of /proc no new one may be mounted; its own does, read-only.
+# Inside a container that hides parts of /proc, no new one may be mounted, but its own, read-only.
 Probe_bwrap() {
   if ! command -v bwrap >/dev/null; then
     reason='bubblewrap is not installed'
@@ -104,7 +104,7 @@ Probe_bwrap() {
 }
 
 # bwrap ends with this shell, not with the shell's parent, so that nohup works. Ctrl-C and Ctrl-\
-# are for the program alone: this shell and bwrap ignore them.
+# are for the program only: this shell and bwrap ignore them.
 RunIn_bwrap() {
   local assignment set_env=() status=0
   BoardEnvironment /sim -1
@@ -119,7 +119,7 @@ RunIn_bwrap() {
 
 # --- chroot ---
 
-# The program keeps no capability that could reach out of the chroot by mistake.
+# The program keeps no capability with which it could affect anything outside the chroot by mistake.
 chroot_command=(setpriv '--bounding-set=-all,+sys_chroot' --inh-caps=-all chroot)
 
 Probe_chroot() {
@@ -132,7 +132,7 @@ Probe_chroot() {
   fi
 }
 
-# CopyPrograms: the shell, our programs and the libraries they need, where they changed. The
+# CopyPrograms: copies the shell, our programs and the libraries they need, if they changed. The
 # shell is not busybox, whose applets would take precedence over the stand-ins.
 CopyPrograms() {
   local program library
@@ -150,7 +150,7 @@ CopyPrograms() {
   [[ ! -d $build/eyes ]] || cp -uT --recursive "$build/eyes" "$root/opt/cvntester/eyes"
 }
 
-# LinkApplets: busybox under all its names, but for those that stop the machine.
+# LinkApplets: links busybox under all its names, except those that stop the machine.
 LinkApplets() {
   local busybox=/vendor/cvn_rootfs/bin/busybox.real name
   [[ ! -L $root/usr/bin/env ]] || return 0
@@ -159,7 +159,7 @@ LinkApplets() {
   done
 }
 
-# MakeDeviceNodes: where making nodes is refused, a plain file takes what goes to /dev/null.
+# MakeDeviceNodes: if nodes cannot be created, a plain file takes the place of /dev/null.
 MakeDeviceNodes() {
   local name major minor
   while read -r name major minor; do
@@ -176,7 +176,7 @@ RunIn_chroot() {
   LinkApplets
   MakeDeviceNodes
   BoardEnvironment /sim $$
-  # Without /proc a program does not know where it is, nor then its libraries.
+  # Without /proc, a program cannot find out where it is, nor find its libraries from there.
   board_env+=(LD_LIBRARY_PATH=/opt/cvntester/lib)
   # shellcheck disable=SC2016  # expanded by the board's shell
   exec "${chroot_command[@]}" "$root" /vendor/cvn_rootfs/bin/busybox.real env -i "${board_env[@]}" \

@@ -25,7 +25,7 @@ BoardFiles FilesIn(const std::string& boardDir) {
   return {boardDir + "/run/state", boardDir + "/run/trace", boardDir};
 }
 
-// Inside a board the environment names the files; outside it is the board's directory.
+// Inside a board, the environment names the files; outside, they are in the board's directory.
 BoardFiles DefaultFiles() {
   if (std::getenv("CVNSIM_STATE") == nullptr) return FilesIn(Environment("CVN_BOARD", "./board"));
   return {Environment("CVNSIM_STATE", ""), Environment("CVNSIM_TRACE", "")};
@@ -38,7 +38,7 @@ std::vector<std::string> LinesOfTail(std::ifstream& file, std::streamoff start) 
   file.clear();
   file.seekg(start);
   std::string line;
-  if (start > 0) std::getline(file, line);  // the rest of one
+  if (start > 0) std::getline(file, line);  // the rest of a line
   std::vector<std::string> lines;
   while (std::getline(file, line)) lines.push_back(line);
   return lines;
@@ -92,7 +92,7 @@ std::vector<std::string> LastCalls(const BoardFiles& files, size_t count) {
   file.seekg(0, std::ios::end);
   const std::streamoff size = file.tellg();
   std::vector<std::string> lines;
-  // A trace can be long, and its end is asked for again and again.
+  // Reads only the end: a trace can be long, and this is called again and again.
   std::streamoff tail = std::min(size, kTailBytes);
   while ((lines = LinesOfTail(file, size - tail)).size() < count && tail < size)
     tail = std::min(size, tail * 8);

@@ -12,30 +12,29 @@ namespace cvnsim {
 struct BoardFiles {
   std::string state;
   std::string trace;
-  std::string directory{};  // of the board; empty inside of it
+  std::string directory{};  // of the board; empty inside the board
 };
 
-/// Takes "--board DIR" off the front of the words. Without it the environment names the files, else
-/// they are those of the usual directory. Throws sim::CommandError.
+/// Removes "--board DIR" from the front of the words. Without it, the environment names the files
+/// or the directory, or else they are in the default directory. Throws sim::CommandError.
 BoardFiles TakeFiles(sim::Words& words);
 
-/// Maps the board's state. Throws std::runtime_error where no board was started.
+/// Maps the board's state. Throws std::runtime_error if no board was started.
 void Attach(const BoardFiles& files);
 
-/// Tells whether a session has the board.
+/// Returns whether a session is using the board.
 bool InSession(const BoardFiles& files);
 
-/// The file that says of a board between two sessions that it is on.
+/// The file that marks a board as on between two sessions.
 std::string OnFile(const BoardFiles& files);
 
-/// Tells whether changing the board means something: it does not where its next start is a
-/// power-on.
+/// Returns whether changing the board has any effect: it has none if its next start is a power-on.
 bool IsOn(const BoardFiles& files);
 
-/// Throws std::runtime_error where the board is not on.
+/// Throws std::runtime_error if the board is not on.
 void NeedBoardThatIsOn(const BoardFiles& files);
 
-/// The last HAL calls, oldest first. Throws std::runtime_error where the board keeps none.
+/// The last HAL calls, oldest first. Throws std::runtime_error if the board has no trace file.
 std::vector<std::string> LastCalls(const BoardFiles& files, size_t count);
 
 }  // namespace cvnsim

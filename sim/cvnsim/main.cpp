@@ -1,4 +1,4 @@
-// cvnsim: looks at a running simulated board and changes it, from another terminal.
+// cvnsim: inspects a running simulated board and changes it, from another terminal.
 #include <unistd.h>
 
 #include <cerrno>
@@ -35,7 +35,7 @@ void PrintTrace(const Words& arguments, const BoardFiles& files) {
   for (const std::string& line : cvnsim::LastCalls(files, count)) std::cout << line << '\n';
 }
 
-// Between two sessions; in one the board goes off with its program.
+// Works only between two sessions: during one, the board goes off when its program ends.
 void SwitchOff(const Words&, const BoardFiles& files) {
   if (files.directory.empty() || cvnsim::InSession(files))
     throw std::runtime_error("the board is in use; it is switched off when its session ends");
@@ -49,7 +49,7 @@ void Reset(const Words&, const BoardFiles& files) {
 }
 
 // The panel's program is next to this one, if it was built: only it needs the libraries that
-// make pictures. It knows the same `--board DIR` and the same environment.
+// make pictures. It accepts the same `--board DIR` and uses the same environment.
 [[noreturn]] void RunPanelProgram(const char* task, const Words& words, const BoardFiles& files) {
   const std::string program =
       std::filesystem::read_symlink("/proc/self/exe").replace_filename("cvnpanel");
@@ -76,7 +76,7 @@ void RunPanel(const Words& words, const BoardFiles& files) {
 
 void PrintHelp(const Words&, const BoardFiles&);
 
-// Commands in addition to those of scenario files, which only make sense from outside.
+// Commands that scenario files do not have, because they make sense only from outside the board.
 struct OwnCommand {
   std::string_view name;
   std::string_view arguments;

@@ -2,7 +2,7 @@
 # Reads the list of the board's media files, `clips` next to this file. Sourced; needs Die.
 clips_file=${BASH_SOURCE[0]%/*}/clips
 
-# ClipNumbers: the test cases' numbers, one a line.
+# ClipNumbers: prints the test cases' numbers, one per line.
 ClipNumbers() {
   grep -o '^[0-9]*' "$clips_file"
 }

@@ -14,7 +14,7 @@ namespace network {
 
 namespace {
 
-// A network for examples, so that nothing real can be meant by mistake.
+// A network reserved for examples, so that no real host is addressed by mistake.
 constexpr char kBoardAddress[] = "192.0.2.10";
 constexpr unsigned char kPrefixBits = 24;
 constexpr char kInterface[] = "eth0";
@@ -36,8 +36,8 @@ void Add(Request& request, unsigned short type, const void* data, std::size_t si
   request.header.nlmsg_len = static_cast<unsigned>(end + RTA_SPACE(size));
 }
 
-/// All addresses of the loop-back device's networks are the board's own, the server's included. The
-/// label lets this one appear as another interface's.
+/// All addresses in the networks of the loopback device are the board's own, including the
+/// server's. The label makes this one appear as another interface's.
 Request AddressRequest(bool present) {
   Request request = {};
   request.header.nlmsg_type = present ? RTM_NEWADDR : RTM_DELADDR;
@@ -55,7 +55,7 @@ Request AddressRequest(bool present) {
   return request;
 }
 
-/// Sends a request to the kernel. Returns its error number, 0 when all is well.
+/// Sends a request to the kernel. Returns its error number, 0 on success.
 int Ask(const Request& request) {
   const int link = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE);
   if (link < 0) return errno;

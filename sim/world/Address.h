@@ -3,8 +3,8 @@
 
 namespace network {
 
-/// Gives the board its address as that of "eth0", or takes it away; the server's address lies in
-/// the same network and comes and goes with it. Throws std::system_error.
+/// Gives the board its address, as that of "eth0", or removes it; the server's address is in the
+/// same network and comes and goes with it. Throws std::system_error.
 void SetAddress(bool present);
 
 }  // namespace network

@@ -25,7 +25,7 @@ constexpr int kTries = 5;
 enum Operation : uint16_t { kRead = 1, kWrite = 2, kData = 3, kAcknowledge = 4, kError = 5 };
 enum ErrorCode : uint16_t { kNotFound = 1, kDenied = 2, kNoRoom = 3 };
 
-/// "OPERATION NUMBER DATA" as it goes over the wire.
+/// "OPERATION NUMBER DATA" as it is transmitted.
 std::string Packet(uint16_t operation, uint16_t number, const std::string& data = "") {
   const auto byte = [](int value) { return static_cast<char>(value & 0xff); };
   return std::string{byte(operation >> 8), byte(operation), byte(number >> 8), byte(number)} + data;
@@ -38,7 +38,7 @@ uint16_t NumberAt(const std::string& packet, std::size_t place) {
 }
 
 void SendPacket(int peer, const std::string& packet) {
-  // What is lost is sent again when no answer comes.
+  // A lost packet is sent again if no answer comes.
   [[maybe_unused]] const ssize_t sent = send(peer, packet.data(), packet.size(), 0);
 }
 
@@ -46,7 +46,7 @@ void SendError(int peer, ErrorCode code, const char* text) {
   SendPacket(peer, Packet(kError, code, text + std::string(1, '\0')));
 }
 
-/// The next packet of the peer; empty when none comes in time.
+/// The next packet of the peer; empty if none comes in time.
 std::string NextPacket(int peer) {
   pollfd waited = {peer, POLLIN, 0};
   if (poll(&waited, 1, kAnswerTimeoutMs) <= 0) return "";
@@ -56,8 +56,8 @@ std::string NextPacket(int peer) {
   return packet;
 }
 
-/// Sends `packet`, again and again if need be, until the peer's packet of that operation and number
-/// comes. Returns it; empty when the peer has gone or gives up.
+/// Sends `packet`, several times if necessary, until the peer's packet with that operation and
+/// number comes. Returns that packet; empty if the peer is gone or gives up.
 std::string Exchange(int peer, const std::string& packet, uint16_t operation, uint16_t number) {
   for (int tries = 0; tries < kTries; ++tries) {
     SendPacket(peer, packet);
@@ -68,7 +68,7 @@ std::string Exchange(int peer, const std::string& packet, uint16_t operation, ui
   return "";
 }
 
-/// A socket that talks to one peer alone.
+/// A socket that is connected to one peer. Returns -1 on failure.
 int ConnectTo(const sockaddr_in& address) {
   const int peer = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (peer >= 0 &&
@@ -118,7 +118,7 @@ void TftpServer::Serve(bool answers) {
   close(peer);
 }
 
-/// Takes a file. It has its name only when all of it is there.
+/// Receives a file. It gets its name only when it is complete.
 void TftpServer::Receive(int peer, const std::string& name) const {
   const fs::path part = directory_ / ("." + name + ".part");
   std::ofstream file(part, std::ios::binary);

@@ -1,4 +1,4 @@
-// A TFTP server (RFC 1350): files that are sent to it land in a directory, files there can be got.
+// A TFTP server (RFC 1350): stores the files sent to it in a directory, and sends files from there.
 #pragma once
 
 #include <filesystem>
@@ -14,10 +14,10 @@ class TftpServer {
   TftpServer(const TftpServer&) = delete;
   TftpServer& operator=(const TftpServer&) = delete;
 
-  /// To be polled: readable when a request is there.
+  /// For polling: readable when a request has arrived.
   int Socket() const { return socket_; }
 
-  /// Takes a request and does its whole transfer, or drops it when `answers` is false.
+  /// Receives a request and does its whole transfer, or drops it if `answers` is false.
   void Serve(bool answers);
 
  private:

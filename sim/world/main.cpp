@@ -1,6 +1,6 @@
-// cvnworld: services around a running board. Its network cable leads to a TFTP server and has
-// the state given by the marks in the simulator's directory; events that are due happen though
-// nobody calls the HAL.
+// cvnworld: services around a running board. Its network cable leads to a TFTP server; marker files
+// in the simulator's directory give the state of both. Events that are due run even if no program
+// calls the HAL.
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 constexpr unsigned short kTftpPort = 69;
 constexpr int kTickMs = 100;
 
-/// Tells on a descriptor when files of a directory come or go.
+/// Returns a descriptor that becomes readable when files of a directory come or go.
 int Watch(const fs::path& directory) {
   const int watch = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
   if (watch < 0 || inotify_add_watch(watch, directory.c_str(), IN_CREATE | IN_DELETE | IN_MOVE) < 0)
@@ -41,7 +41,7 @@ void ForgetEvents(int watch) {
   }
 }
 
-/// Goes on in the background, without the terminal. The caller's process ends here.
+/// Continues in the background, without the terminal. The calling process ends here.
 void Detach() {
   const pid_t child = fork();
   if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
@@ -52,14 +52,14 @@ void Detach() {
   close(null);
 }
 
-/// Lets events of the board happen, once a program has started it.
+/// Runs the board's events, once a program has started the board.
 class Time {
  public:
   explicit Time(fs::path state) : state_(std::move(state)) {}
 
   void Tick() {
     if (!attached_ && !Attach()) return;
-    const sim::BoardLock board;  // does what is due
+    const sim::BoardLock board;  // runs what is due
   }
 
  private:

@@ -1,5 +1,5 @@
 // Preloaded into what runs on the board so that its waits end sooner: sleep, usleep, nanosleep and
-// relative clock_nanosleep take a CVNSIM_TIME_SCALE-th of the time asked for. Clocks run as ever.
+// relative clock_nanosleep take 1/CVNSIM_TIME_SCALE of the requested time. Clocks are not affected.
 #include <dlfcn.h>
 #include <time.h>
 #include <unistd.h>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kNanosecondsPerSecond = 1e9;
 
-/// How many times faster waits pass; 1 where the environment says nothing usable.
+/// How many times shorter waits are; 1 if the environment has no valid value.
 double Scale() {
   static const double scale = [] {
     const char* text = std::getenv("CVNSIM_TIME_SCALE");
