@@ -11,7 +11,8 @@
 namespace player {
 namespace {
 
-/// A crystal is accurate to some tens of ppm; its temperature alone changes the drift in every run.
+/// A crystal is accurate to some tens of ppm; temperature alone makes it drift differently each
+/// run.
 double DriftOfThisRunPpm() {
   constexpr double kMostPpm = 30;
   std::random_device random;

@@ -1,4 +1,4 @@
-// The board's media pipeline: what is decoded passes the stages, and those in test mode dump it.
+// The board's media pipeline: what is decoded passes the stages; those in test mode dump it.
 #pragma once
 
 #include <array>

@@ -16,7 +16,7 @@ struct DisplayMode {
   int pictureQuality = 0;  // test mode of the picture quality's driver
 };
 
-/// Where each stage dumps to, by Stage; empty where its driver is not in test mode.
+/// The path of each stage's dump, by Stage; empty if its driver is not in test mode.
 using DumpPaths = std::array<std::filesystem::path, std::size(kAllStages)>;
 
 struct TestMode {

@@ -6,7 +6,7 @@
 
 namespace sim {
 
-/// Opens the file named by CVNSIM_TRACE for appending. Without that variable lines are kept in
+/// Opens the file named by CVNSIM_TRACE for appending. Without that variable, lines are kept in
 /// memory only. Throws std::runtime_error if the file cannot be opened.
 void OpenTraceFile();
 

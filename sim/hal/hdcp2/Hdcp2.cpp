@@ -137,7 +137,7 @@ int CheckAuthentication(const Board& board, uint8_t port, uint32_t state) {
 }
 
 /// Sleeps in the board's time while the source keeps up the link. The board is unlocked meanwhile.
-/// Sleeps until points in time, because the board's clock for tests shortens relative sleeps.
+/// Sleeps until absolute times, because the board's clock for tests shortens relative sleeps.
 class LinkTime {
  public:
   LinkTime(const Board& board, uint8_t port)

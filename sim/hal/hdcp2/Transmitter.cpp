@@ -29,7 +29,7 @@ void CopyTo(uint8_t (&to)[size], View from) {
 struct RxInfo {
   unsigned depth;
   unsigned devices;
-  bool tooMuch;  // devices or levels, reported by the repeater
+  bool tooMuch;  // too many devices or levels, as reported by the repeater
 };
 
 RxInfo ReadRxInfo(View field) {

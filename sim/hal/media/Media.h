@@ -8,7 +8,8 @@ namespace sim {
 // None of these has an effect unless the state file is inside a board's root directory.
 
 /// Updates the board's files to its state: the nodes of the USB stick exist or not, mounts of a
-/// pulled stick are cut off, and the simulator's directory has marker files for what is not well.
+/// pulled stick are cut off, and marker files in the simulator's directory show what is out, down
+/// or full.
 void ShowOutside(const Board& board);
 
 /// Clears what does not survive a loss of power: the files and drivers' nodes that the simulator's

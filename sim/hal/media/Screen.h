@@ -7,8 +7,8 @@
 
 namespace sim {
 
-/// Precedes the picture's planes, which follow without gaps. Formats and colours are the numbers of
-/// libavutil.
+/// Precedes the picture's planes, which follow without gaps. Formats and colours are libavutil's
+/// numbers.
 struct ScreenHeader {
   int32_t width;
   int32_t height;

@@ -1,5 +1,5 @@
-// The link library: sessions, buffers and handlers of the host, with a slave on a thread of its own
-// and another thread that calls the handlers.
+// The link library: sessions, buffers and handlers of the host, with one thread for the slave and
+// another one that calls the handlers.
 #include <unistd.h>
 
 #include <algorithm>

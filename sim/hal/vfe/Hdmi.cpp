@@ -162,7 +162,7 @@ Action ParsePlug(const Words& words) {
   const SourceOrder order = ParseSource(words, 1);
   return [=](Board& board) {
     HdmiPort& plugged = board.hdmi.ports[port];
-    board.hdcp2.ports[port].status = {};  // another cable, another link
+    board.hdcp2.ports[port].status = {};  // a new cable is a new link
     plugged.cable = true;
     plugged.sending = true;
     plugged.muted = false;

@@ -389,7 +389,7 @@ int MakeDrm(const HdmiPort& port, K2V_HAL_VFE_HDMI_DRM_INFO_T& info) {
   info.nVersion = 1;
   info.nLength = 26;
   info.eEOTFtype = eotf;
-  if (eotf != K2V_HDMI_EOTF_PQ) return K2V_RHAL_OK;  // nothing is known of the mastering display
+  if (eotf != K2V_HDMI_EOTF_PQ) return K2V_RHAL_OK;  // no data about the mastering display
   // BT.2020 in the order green, blue, red; D65.
   constexpr K2V_HDMI_CHROMATICITY_T kPrimaries[] = {{8500, 39850}, {6550, 2300}, {35400, 14600}};
   std::copy(std::begin(kPrimaries), std::end(kPrimaries), info.stDisplayPrimaries);
