@@ -44,8 +44,11 @@ void CopyWindowSize(int to) {
   if (ioctl(STDIN_FILENO, TIOCGWINSZ, &size) == 0) ioctl(to, TIOCSWINSZ, &size);
 }
 
-[[noreturn]] void BeConsole(int slave, const std::string& key,
+/// The console closes its copy of the master: otherwise nothing hangs up on it when the recorder is
+/// killed.
+[[noreturn]] void BeConsole(int master, int slave, const std::string& key,
                             const std::function<int()>& console) {
+  close(master);
   setsid();
   ioctl(slave, TIOCSCTTY, 0);
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(slave, fd);
@@ -115,7 +118,7 @@ int RecordSession(const std::string& path, const std::function<int()>& console) 
   const std::string key = MakeMarkKey();
   std::fflush(nullptr);
   const pid_t child = fork();
-  if (child == 0) BeConsole(slave, key, console);
+  if (child == 0) BeConsole(master, slave, key, console);
   close(slave);
   const int relayed = child < 0 ? kHarnessFailed : RelaySession(master, file, key, attributes);
   close(master);
