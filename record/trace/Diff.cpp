@@ -104,7 +104,7 @@ class ThreadDiff {
     bool isTooFar = false;
     const std::vector<Pair> pairs = CommonCalls(keysOne_, keysTwo_, isTooFar);
     if (isTooFar) {
-      report_.Say(one_[0].where,
+      report_.Say((one_.empty() ? two_ : one_)[0].where,
                   "another session: more than " + std::to_string(kMostEdits) + " calls differ");
       return;
     }

@@ -1,5 +1,6 @@
 // A session of six tests with five calls each and one fault: hal_session
 // [argument|order|missing|surplus|again|ignore CALL]; `ignore` ignores the failure of this call.
+// With `thread CALLS` another thread makes that many calls after the tests.
 // With `endless PIPE` it makes calls endlessly and writes a byte to the pipe before each call. With
 // `handlers` it registers a handler that is called.
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "CallMarks.h"
 #include "k2v/thermal.h"
@@ -97,6 +99,11 @@ int main(int argc, char** argv) {
     callmarks::TestBegins(test, "Session", "five calls");
     const bool passes = Passes(test, fault);
     callmarks::TestEnds(test, "Session", "five calls", passes ? "PASS" : "FAIL");
+  }
+  if (fault.kind == "thread") {
+    std::thread([&] {
+      for (int i = 0; i < fault.at; ++i) K2V_RHAL_VSC_DM_Open();
+    }).join();
   }
   return 0;
 }

@@ -277,6 +277,21 @@ INSTANTIATE_TEST_SUITE_P(Thirty, Differences, testing::ValuesIn(kPlanted), [](co
   return planted.param.fault + std::to_string(planted.param.call);
 });
 
+TEST(Diff, ReportsCallsOfAThreadThatOnlyOneRecordingHas) {
+  const std::string one = Recording("one", "");
+  for (const int calls : {3, 1200}) {
+    const std::string two =
+        Recording("two" + std::to_string(calls), "thread " + std::to_string(calls));
+    for (const std::string& both : {one + ' ' + two, two + ' ' + one}) {
+      const Result diff = Trace("diff --slower 1e9 " + both);
+      EXPECT_EQ(diff.status, 1);
+      EXPECT_EQ(Lines(diff.output), calls == 3 ? 4U : 2U) << diff.output;
+      EXPECT_EQ(diff.output.find("more than 1000 calls differ") != std::string::npos, calls > 1000)
+          << diff.output;
+    }
+  }
+}
+
 TEST(Polls, MayDifferInNumber) {
   const std::string recording = Recording("r", "");
   const std::string polls = "CVN_REPLAY_POLLS=K2V_RHAL_VPQ_SetHue";
