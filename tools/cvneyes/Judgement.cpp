@@ -230,8 +230,20 @@ namespace {
 constexpr struct {
   const char* name;
   double Rig::*member;
-} kNumbers[] = {{"gain", &Rig::gain}, {"gamma", &Rig::gamma}, {"vignette", &Rig::vignette},
-                {"hue", &Rig::hue},   {"right", &Rig::right}, {"down", &Rig::down}};
+  double RigBounds::*bound;
+} kNumbers[] = {{"gain", &Rig::gain, &RigBounds::gain},
+                {"gamma", &Rig::gamma, &RigBounds::gamma},
+                {"vignette", &Rig::vignette, &RigBounds::vignette},
+                {"hue", &Rig::hue, &RigBounds::hue},
+                {"right", &Rig::right, &RigBounds::shift},
+                {"down", &Rig::down, &RigBounds::shift}};
+
+/// Whether a calibration can measure this value: it refines the bounds of any rig once.
+bool IsMeasurable(const Rig& rig, double Rig::*member, double RigBounds::*bound) {
+  constexpr double kRounded = 0.001;
+  const double most = kAnyRig.*bound + kCalibratedRig.*bound + kRounded;
+  return std::abs(rig.*member - Rig{}.*member) <= most;
+}
 
 }  // namespace
 
@@ -240,7 +252,8 @@ KnownRig ReadCalibration(const std::string& path) {
   KnownRig known{{}, kCalibratedRig};
   for (const auto& number : kNumbers) {
     std::string name;
-    if (!(in >> name >> known.rig.*number.member) || name != number.name)
+    if (!(in >> name >> known.rig.*number.member) || name != number.name ||
+        !IsMeasurable(known.rig, number.member, number.bound))
       throw UseError(path + ": not a calibration");
   }
   return known;

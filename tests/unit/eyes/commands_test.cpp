@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "Commands.h"
@@ -181,6 +182,10 @@ TEST_F(EyesCommand, CalibrationIsStoredAndUsed) {
                                               "--from", Path("moved.png")};
   EXPECT_EQ(Run(calibrate).substr(0, 10), "yes: gain ");
   EXPECT_EQ(Run(judge).substr(0, 5), "yes: ");
+  const std::string measured = Text("rig");
+  Write("rig", std::regex_replace(measured, std::regex("right .*"), "right 100"));
+  EXPECT_EQ(Run(judge), "cannot tell: " + Path("rig") + ": not a calibration");
+  Write("rig", measured);
   Make("dark", kDark);
   EXPECT_EQ(Run({"calibrate", Path("rules"), Path("bars.png"), "--from", Path("dark.png")}),
             "cannot tell: the capture does not show " + Path("bars.png"));
