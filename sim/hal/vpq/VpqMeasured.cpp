@@ -29,7 +29,8 @@ K2V_VPQ_HISTOGRAM_T Measure(const Board& board) {
       const auto luma = std::min<uint16_t>(frame.At(x, y).y, 1023);
       result.nMinimum = std::min(result.nMinimum, luma);
       result.nMaximum = std::max(result.nMaximum, luma);
-      result.nBin[luma / kLumaStepsPerBin] += kSampleStep * kSampleStep;
+      result.nBin[luma / kLumaStepsPerBin] +=
+          std::min(kSampleStep, picture.width - x) * std::min(kSampleStep, picture.height - y);
       sum += luma;
     }
   }

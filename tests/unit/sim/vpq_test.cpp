@@ -197,9 +197,12 @@ TEST(Vpq, MeasuresThePictureOfTheMainWindow) {
   K2V_RHAL_VPQ_GetHdrType(&value);
   EXPECT_EQ(value, 1);
   simhal::Apply("lock 0 0");
-  simhal::PlugHdmi(0, "3840x2160p60 hlg");
+  simhal::PlugHdmi(0, "3831x2157p60 hlg");
   K2V_RHAL_VPQ_GetHdrType(&value);
   EXPECT_EQ(value, 2);
+  K2V_RHAL_VPQ_GetHistogram(&histogram);
+  EXPECT_EQ(std::accumulate(std::begin(histogram.nBin), std::end(histogram.nBin), 0u),
+            3831u * 2157u);
   simhal::Apply("unplug 0");  // port 1 has a smaller picture, and no HDR
   K2V_RHAL_VPQ_GetHdrType(&value);
   EXPECT_EQ(value, 0);
