@@ -26,7 +26,7 @@ struct Settling::Work {
   std::vector<bool> isCompared;    // golden rows that the stage's rules select
   std::vector<bool> isDisordered;  // golden rows among which one moved
 
-  const FrameRow& Golden(std::size_t g) const { return stretch.golden[g]; }
+  const FrameRow& Golden(std::size_t g) const { return stretch.golden.at(g); }
   const FrameRow& Dump(std::size_t d) const { return stretch.dump[d]; }
 };
 
