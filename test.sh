@@ -105,7 +105,7 @@ ScriptsAreClean() {
   shellcheck -x -P SCRIPTDIR run.sh test.sh .ci/run scripts/*.sh sim/board/board-{run,power,login} contrib/*/*.sh \
     packaging/cvnboard tests/packages/check-packages \
     sim/board/*.sh sim/board/power-up sim/board/standins/{standin,cat} sim/media/make-* sim/media/*.sh \
-    sim/eyes/look contrib/eyes/* tests/unit/record/at-desk
+    sim/eyes/look contrib/eyes/* contrib/yocto/files/run-ptest tests/unit/record/at-desk
 }
 
 TidyIsClean() {

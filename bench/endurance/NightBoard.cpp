@@ -82,7 +82,7 @@ std::string NightBoard::End(test::Pty& pty, int status) const {
   if (ended != status)
     return "ended with status " + std::to_string(ended) + " instead of " + std::to_string(status);
   const std::size_t left = LeftBehind();
-  return left == 0 ? "" : std::to_string(left) + " processes live on after the end";
+  return left == 0 ? "" : std::to_string(left) + " processes are still running after the end";
 }
 
 }  // namespace endurance

@@ -67,7 +67,7 @@ void Operator::Walk(const std::string& position) {
 
 void Operator::Choose(const std::string& choice) {
   pty_.SendLine(choice);
-  if (!IsMenu(Listen())) throw std::runtime_error("no menu behind the choice " + choice);
+  if (!IsMenu(Listen())) throw std::runtime_error("no menu after the choice " + choice);
 }
 
 void Operator::AnswerPrompts(const runner::TestEntry& test) {
@@ -79,7 +79,7 @@ void Operator::AnswerPrompts(const runner::TestEntry& test) {
     const auto kind = pty_.TakesKeys() ? console::Input::kKey : console::Input::kLine;
     const auto answer = answers.Next(text, kind);
     if (!answer || typed == kMostAnswers)
-      throw std::runtime_error(test.id + (answer ? " asks for ever: " : " gets no answer: ") +
+      throw std::runtime_error(test.id + (answer ? " prompts endlessly: " : " gets no answer: ") +
                                text);
     pty_.Send(*answer);
   }
@@ -106,7 +106,7 @@ std::string Operator::Listen() {
     }
     text += pty_.TakeOutput(kStepMs);
     if (Clock::now() > giveUp || pty_.Wait(0) >= 0)
-      throw std::runtime_error("the harness does not go on: " + text);
+      throw std::runtime_error("the harness does not continue: " + text);
   }
 }
 

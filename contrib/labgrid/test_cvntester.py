@@ -30,7 +30,7 @@ def ssh(target):
         if driver.run("mkdir -p /tmp/var/log")[2] == 0:
             return driver
         time.sleep(wait)
-    return pytest.fail("the board lets nobody in")
+    return pytest.fail("login on the board failed")
 
 
 def run_selection(ssh, patterns, options):

@@ -61,7 +61,7 @@ WaitFor() {
     "$@" >/dev/null 2>&1 && return
     sleep 0.1
   done
-  echo "lab.sh: '$*' did not come true in 30 s" >&2
+  echo "lab.sh: '$*' is not fulfilled after 30 s" >&2
   tail -n 20 "$lab"/log/*.out >&2
   exit 1
 }
@@ -92,7 +92,7 @@ TEXT
 
 StartDatabase() {
   AsUser test -x "$lab" || {
-    echo "lab.sh: $lab: the user $user, as which PostgreSQL runs, cannot get there" >&2
+    echo "lab.sh: $lab: the user $user, as which PostgreSQL runs, cannot access it" >&2
     exit 1
   }
   AsUser "${postgres[-1]}/initdb" -D "$lab/database" -A trust -E UTF8 --locale C.UTF-8 --no-sync \

@@ -150,8 +150,8 @@ TEST_F(Catalogue, MalformedOverwriteLinesAreReportedAndExtraOnesIgnored) {
   Write(kOverwriteFile, "1\nyes\n\n1 x\n99999999999\n1\n0\n0\n0\n0\n0\n1\nsurplus\n1\n");
   const std::string output = Build();
   std::string told;
-  for (const char* line : {"2 is no number, skipped: yes\n", "3 is no number, skipped: \n",
-                           "5 is no number, skipped: 99999999999\n"}) {
+  for (const char* line : {"2 is not a number, skipped: yes\n", "3 is not a number, skipped: \n",
+                           "5 is not a number, skipped: 99999999999\n"}) {
     told += Message("Init_TestCase_List", std::string(kOverwriteFile) + " line " + line);
   }
   EXPECT_TRUE(output.ends_with(told)) << output;

@@ -58,7 +58,7 @@ void ReadOverwriteFlags(std::vector<CM_TestCase>& cases) {
     int32_t& flag = cases[k].goldenOverwritten;
     if (std::from_chars(line.data(), line.data() + line.size(), flag).ec != std::errc()) {
       CmLog("Init_TestCase_List") << kOverwriteFile << " line " << k
-                                  << " is no number, skipped: " << line << '\n';
+                                  << " is not a number, skipped: " << line << '\n';
     }
   }
 }
