@@ -374,6 +374,13 @@ TEST(Getters, ShowTheValueWithItsLegendForFourSeconds) {
             "SGamma level: -3=-3, -2=-2, -1=-1, 0=0, 1=1, 2=2, 3=3\nSGamma level = -2\n");
   run = PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_GetPQModule);
   EXPECT_TRUE(run.output.ends_with("\neModule = 0\nbEnable = 0\n")) << run.output;
+  run = PlayTest(VpqExtTestCase::VPQ_FunctionTest_HAL_VPQ_GetHistogram);
+  std::string bins;
+  for (std::size_t i = 0; i < std::size(K2V_VPQ_HISTOGRAM_T{}.nBin); ++i)
+    bins += "nBin[" + std::to_string(i) + "] = 0\n";
+  const std::size_t begin = run.output.find("nBin[");
+  EXPECT_EQ(run.output.substr(begin, run.output.rfind("nBin[") - begin),
+            bins.substr(0, bins.rfind("nBin[")));
 }
 
 TEST(RecordAdjuster, HasAKeyForEachFieldInEachDirection) {

@@ -214,6 +214,11 @@ TEST(Recording, WithOtherHeadersIsPrintedButNotReplayed) {
 struct Planted {
   const char* fault;
   int call;
+
+  // Becomes part of the test's name.
+  friend void PrintTo(const Planted& planted, std::ostream* out) {
+    *out << planted.fault << ' ' << planted.call;
+  }
 };
 
 class Differences : public testing::TestWithParam<Planted> {

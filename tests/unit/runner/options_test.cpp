@@ -14,6 +14,22 @@ namespace {
 
 using runner::Options;
 
+TEST(OptionsTest, HelpShowsWholeDescriptionsInEightyColumns) {
+  const std::string help = runner::HelpText();
+  std::string words;
+  for (const std::string& line : runner::Split(help, '\n')) {
+    if (line.starts_with("  ")) {
+      EXPECT_LE(line.size(), 80U) << line;
+    }
+    for (const std::string& word : runner::Split(line, ' '))
+      words += word.empty() ? "" : " " + word;
+  }
+  for (const char* option : {" --resume DIR resume the interrupted run in DIR after the last test "
+                             "recorded in its journal --retry-from DIR run ",
+                             " --exclude PATTERN... exclude these tests from the selection --no-"})
+    EXPECT_NE(words.find(option), std::string::npos) << words;
+}
+
 TEST(OptionsTest, InvalidCommandLinesAreRejectedWithTheReason) {
   const struct {
     const char* words;

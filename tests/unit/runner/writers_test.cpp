@@ -77,6 +77,9 @@ TEST_F(WritersTest, FailingOrHangingLavaCommandWritesOneSignal) {
     writer->TestEnded(Result("A/1", Verdict::kPass));
     EXPECT_EQ(Text("lava"), kSignal) << script;
   }
+  std::ofstream(directory_ / "lava-test-case") << "#!/bin/sh\nexit 0\n";
+  runner::MakeLavaWriter(directory_ / "lava", -1)->TestEnded(Result("A/1", Verdict::kPass));
+  EXPECT_EQ(Text("lava"), "") << "the command has sent its signal in another way";
   setenv("PATH", path.c_str(), 1);
 }
 

@@ -222,7 +222,7 @@ TEST_F(Processes, RejectAnInvalidScenarioLineImmediately) {
       {"after 5 s unplug", "wrong number of arguments in 'unplug'"},
       {"after 5 s", "wrong number of arguments in"},
       {"after 0 polls 0 unplug 0", "invalid number of polls '0'"},
-      {"after 1 polls 9 unplug 0", "invalid port '9'"},
+      {"after 1 polls 9 unplug 0", "invalid port '9': expected 0 to 3"},
       {"after 1 polls 0", "unknown command ''"},
   };
   setenv("CVNSIM_SCENARIO", (board_ + "/scenario").c_str(), 1);

@@ -271,6 +271,9 @@ struct KindOfSource {
   const char* asked;   // number of the info-frame
   const char* told;    // output of the test for it
   const char* timing;  // lines of the timing record
+
+  // Becomes part of the test's name.
+  friend void PrintTo(const KindOfSource& kind, std::ostream* out) { *out << kind.source; }
 };
 
 /// One process per case: the detection keeps its state between runs.
