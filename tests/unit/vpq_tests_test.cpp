@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "Expected.h"
 #include "ModuleList.h"
 #include "Remarks.h"
 #include "Scripted.h"
@@ -178,6 +179,7 @@ TEST(RecordFields, CoverTheirRecordAndHaveAMinimumOfZero) {
 
 TEST(UTVpq, RecordsOfSmallestAndLargestNumbersAreAccepted) {
   std::set<std::string> tested;
+  std::string largest;
   for (const auto& [name, test] : kUnitTests) {
     const auto run = PlayTest(test);
     if (run.output.find("min value test\n") == std::string::npos) continue;
@@ -187,8 +189,10 @@ TEST(UTVpq, RecordsOfSmallestAndLargestNumbersAreAccepted) {
     EXPECT_TRUE(calls[0].ends_with(" = 0")) << calls[0];
     EXPECT_TRUE(calls[1].ends_with(" = 0")) << calls[1];
     EXPECT_TRUE(calls[3].ends_with("(NULL) = -2")) << calls[3];
+    largest += calls[1] + '\n';
   }
   EXPECT_EQ(tested.size(), 47u);
+  EXPECT_TRUE(test::IsAsExpected("rows/UTVpqModule.largest.txt", largest));
 }
 
 TEST(UTVpq, EachKindPrintsItsLinesInTheOrderOfItsCalls) {
