@@ -192,6 +192,16 @@ TEST_F(ReportTest, FullDiskLosesNoExistingLine) {
             kHeader + Line("PASS") + Line("PASS") + Footer('#', "5", "2", "3"));
 }
 
+TEST_F(ReportTest, SaysThatItsFooterIsLost) {
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit full{};
+  getrlimit(RLIMIT_FSIZE, &full);
+  full.rlim_cur = 100;
+  setrlimit(RLIMIT_FSIZE, &full);
+  EXPECT_TRUE(
+      RunReturning(0).output.starts_with("write fail!\nThe footer of the report is lost\n"));
+}
+
 TEST_F(ReportTest, TestFailsIfNoShellCanBeStarted) {
   const ST_THAL_TEST_CASE_T record = Record(false, [](char*) { return RunShell("sync"), 0; });
   TestCase test(&record);
