@@ -2,8 +2,9 @@
 import os
 import re
 import subprocess
-import tempfile
 import unittest
+
+from in_directory import InDirectory
 
 SOURCE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..')
 FINGERPRINT = os.path.join(SOURCE, 'hal/interface/WriteFingerprint.cmake')
@@ -19,15 +20,7 @@ int K2V_SetGain(K2V_GAIN_T gain);
 '''
 
 
-class BuildInfo(unittest.TestCase):
-    def setUp(self):
-        holder = tempfile.TemporaryDirectory()
-        self.addCleanup(holder.cleanup)
-        self.directory = holder.name
-
-    def path(self, name):
-        return os.path.join(self.directory, name)
-
+class BuildInfo(InDirectory):
     def write(self, name, text):
         os.makedirs(os.path.dirname(self.path(name)), exist_ok=True)
         with open(self.path(name), 'w', encoding='utf-8') as file:

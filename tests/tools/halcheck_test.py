@@ -3,8 +3,9 @@ import os
 import re
 import shutil
 import subprocess
-import tempfile
 import unittest
+
+from in_directory import InDirectory
 
 SOURCE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..')
 HALCHECK = os.path.join(SOURCE, 'tools/halcheck/cvnhalcheck')
@@ -31,15 +32,7 @@ def declarations(compiler):
     return STATIC_ASSERT.sub('', text)
 
 
-class Workshop(unittest.TestCase):
-    def setUp(self):
-        holder = tempfile.TemporaryDirectory()
-        self.addCleanup(holder.cleanup)
-        self.directory = holder.name
-
-    def path(self, name):
-        return os.path.join(self.directory, name)
-
+class Workshop(InDirectory):
     def library(self, text, *flags, prefix='', compiler=CXX, link=()):
         """A HAL library that defines every function declared in `text` with an empty body."""
         source, library = self.path('hal.cpp'), self.path('libcvn_k2vhal.so')
