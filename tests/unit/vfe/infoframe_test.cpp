@@ -15,32 +15,27 @@ std::string TextOf(Print print) {
 }
 
 TEST(InfoFrameText, Avi) {
-  K2V_HAL_VFE_HDMI_AVI_INFO_T info{};
-  info.VideoIdCode = 97;
-  info.eHDMIMode = 1;
-  info.ePixelEncoding = 3;
-  info.nVersion = 2;
-  info.nLength = 13;
-  info.eColorimetry = 3;
-  info.eExtColorimetry = 6;
-  info.nBottomBarStart = 65535;
+  const K2V_HAL_VFE_HDMI_AVI_INFO_T info = {97, 1,  3,  2,  13, 21, 22, 23, 24,    25,   26,  27,
+                                            28, 29, 30, 31, 32, 33, 0,  34, 65535, 1036, 1037};
   EXPECT_EQ(TextOf([&] { PrintAviInfo(info); }),
             "VideoIdCode : 97\neHDMIMode : 1\nePixelEncoding : 3\nnVersion : 2\n"
-            "nLength : 13 bytes\nbActiveFormat : 0\neBarInfo : 0\neScanInfo : 0\n"
-            "eColorimetry : 3\neExtColorimetry : 6\nePictureAspect : 0\neActiveAspect : 0\n"
-            "bItContent : 0\neItContentType : 0\neRgbRange : 0\neYccRange : 0\neScaling : 0\n"
-            "nPixelRepetition : 0\nnTopBarEnd : 0 lines\nnBottomBarStart : 65535 lines\n"
-            "nLeftBarEnd : 0 pixels\nnRightBarStart : 0 pixels\n");
+            "nLength : 13 bytes\nbActiveFormat : 21\neBarInfo : 22\neScanInfo : 23\n"
+            "eColorimetry : 24\neExtColorimetry : 25\nePictureAspect : 26\neActiveAspect : 27\n"
+            "bItContent : 28\neItContentType : 29\neRgbRange : 30\neYccRange : 31\neScaling : 32\n"
+            "nPixelRepetition : 33\nnTopBarEnd : 34 lines\nnBottomBarStart : 65535 lines\n"
+            "nLeftBarEnd : 1036 pixels\nnRightBarStart : 1037 pixels\n");
 }
 
 TEST(InfoFrameText, SpdWithNamesThatFillTheirFields) {
   K2V_HAL_VFE_HDMI_SPD_INFO_T info{};
   std::fill_n(info.VendorName, sizeof(info.VendorName), 'V');  // without a terminating zero byte
   std::fill_n(info.ProductDescription, sizeof(info.ProductDescription), 'P');
+  info.nVersion = 1;
+  info.nLength = 25;
   info.SourceDeviceInfo = 9;
   EXPECT_EQ(TextOf([&] { PrintSpdInfo(info); }),
-            "VendorName : VVVVVVVV\nProductDescription : PPPPPPPPPPPPPPPP\nnVersion : 0\n"
-            "nLength : 0 bytes\nSourceDeviceInfo : 9\n");
+            "VendorName : VVVVVVVV\nProductDescription : PPPPPPPPPPPPPPPP\nnVersion : 1\n"
+            "nLength : 25 bytes\nSourceDeviceInfo : 9\n");
 }
 
 TEST(InfoFrameText, VsiAndSeveralVsi) {
@@ -49,9 +44,13 @@ TEST(InfoFrameText, VsiAndSeveralVsi) {
   one.eVideoFormat = 1;
   one.nLength = 5;
   one.nHdmiVic = 3;
+  one.e3DStructure = 8;
+  one.e3DExtData = 2;
+  one.nVersion = 4;
+  one.b3DMetadata = 6;
   EXPECT_EQ(TextOf([&] { PrintVsiInfo(one); }),
-            "nIeeeOui : 00-0C-03\neVideoFormat : 1\ne3DStructure : 0\ne3DExtData : 0\n"
-            "nVersion : 0\nnLength : 5 bytes\nnHdmiVic : 3\nb3DMetadata : 0\n");
+            "nIeeeOui : 00-0C-03\neVideoFormat : 1\ne3DStructure : 8\ne3DExtData : 2\n"
+            "nVersion : 4\nnLength : 5 bytes\nnHdmiVic : 3\nb3DMetadata : 6\n");
 
   K2V_HAL_VFE_HDMI_MULTIPLE_VSI_T all{};
   all.nCount = 2;
@@ -78,6 +77,8 @@ TEST(InfoFrameText, Drm) {
   info.nVersion = 1;
   info.nLength = 26;
   info.eEOTFtype = 2;
+  info.eMetadataId = 7;
+  info.stDisplayPrimaries[0] = {1, 3};
   info.stDisplayPrimaries[1] = {6550, 2300};
   info.stWhitePoint = {15635, 16450};
   info.nMaxMasteringLuminance = 1000;
@@ -85,8 +86,8 @@ TEST(InfoFrameText, Drm) {
   info.nMaxCLL = 65535;
   info.nMaxFALL = 400;
   EXPECT_EQ(TextOf([&] { _dump_drm_info(&info); }),
-            "nVersion : 1\nnLength : 26 bytes\neEOTFtype : 2\neMetadataId : 0\n"
-            "stDisplayPrimaries[0] : 0, 0 x 0.00002\nstDisplayPrimaries[1] : 6550, 2300 x 0.00002\n"
+            "nVersion : 1\nnLength : 26 bytes\neEOTFtype : 2\neMetadataId : 7\n"
+            "stDisplayPrimaries[0] : 1, 3 x 0.00002\nstDisplayPrimaries[1] : 6550, 2300 x 0.00002\n"
             "stDisplayPrimaries[2] : 0, 0 x 0.00002\nstWhitePoint : 15635, 16450 x 0.00002\n"
             "nMaxMasteringLuminance : 1000 cd/m2\nnMinMasteringLuminance : 50 x 0.0001 cd/m2\n"
             "nMaxCLL : 65535 cd/m2\nnMaxFALL : 400 cd/m2\n");
