@@ -188,6 +188,11 @@ TEST(Events, HappenAtTheirTimesInOrder) {
   EXPECT_EQ(TimingOf(0).active.w, 1280) << simhal::State();
 }
 
+TEST(Commands, SmallestAndLargestTimingsAreAccepted) {
+  EXPECT_EQ(simhal::Apply("plug 0 64x64p60"), "");
+  EXPECT_EQ(simhal::Apply("plug 0 8192x4320p10"), "");
+}
+
 TEST(Commands, InvalidOnesAreRejectedImmediately) {
   EXPECT_NE(simhal::Apply("after 1 s signal 7 on").find("invalid port '7': expected 0 to 3"),
             std::string::npos);
