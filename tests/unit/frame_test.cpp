@@ -54,6 +54,8 @@ TEST_F(FrameTest, MenusAreInTheOrderOfTheModuleIds) {
   EXPECT_EQ(ChildNames(Descend(root, {3})),
             (Names{"Vfe Hdmi Function Test", "Vfe Vby1rx Function Test", "Vsc Function Test",
                    "Vpq Function Test", "Vbe Function Test", "VpqExt Function Test"}));
+  EXPECT_STREQ(Descend(root, {3, 0})->getDescription(), "Test HDMI MURO ");
+  EXPECT_STREQ(Descend(root, {4, 0, 0})->getDescription(), "for example ****");
   EXPECT_EQ(ChildNames(Descend(root, {4, 0})),
             (Names{"UTGal Function Test", "UTHdcp2 Function Test", "UTThermal Function Test",
                    "UTSvp Function Test", "UTVfe HDMI Function Test", "UTVpq Function Test"}));

@@ -73,6 +73,14 @@ TEST(Hdcp2, EachFaultFailsItsStep) {
   }
 }
 
+TEST(Hdcp2, LoadsNoKeysIntoAReceiverThatCannotBeRestarted) {
+  simhal::Fail("K2V_RHAL_HDCP2_Initialize", -1);
+  simhal::ClearCalls();
+  EXPECT_EQ(PlayTest(Hdcp2TestCase::Hdcp2Test_AKE).result, 1);
+  EXPECT_TRUE(simhal::Calls().back().starts_with("K2V_RHAL_HDCP2_Initialize("))
+      << simhal::Calls().back();
+}
+
 TEST(Hdcp2, RejectsInvalidPorts) {
   for (const TestFunction test :
        {Hdcp2TestCase::Hdcp2Test_AKE, Hdcp2TestCase::Hdcp2Test_LocalityCheck,

@@ -50,7 +50,7 @@ CaseEvents EveryKind() {
   FrameEvent reordered = At(MODULE_VDEC, EventKind::kReordered, 250);
   reordered.other = 252;
   FrameEvent changed = At(MODULE_VO, EventKind::kChanged, 120);
-  changed.columns = 1U << 3 | 1U << 6 | 1U << 31;
+  changed.columns = 1U << 0 | 1U << 3 | 1U << 6 | 1U << 31;
   changed.goldenValue = "1920";
   changed.dumpValue = "19\"2\x01\\";
   FrameEvent late = At(MODULE_VO, EventKind::kLate, 300);
