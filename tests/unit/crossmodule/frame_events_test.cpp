@@ -335,11 +335,13 @@ constexpr Literal kLiterals[] = {
     {EventKind::kExtra, 148, 1, "extra 149..149 x1\n"},
     {EventKind::kBroken, 0, 1, "broken 0..0 x1\n"},
     {EventKind::kBroken, 149, 1, "broken 149..149 x1\n"},
-    // The first row after the settling time of VO, and the last one before it.
+    // The first row after the settling time of VO or Scaler, and the last one before it.
     {EventKind::kDamaged, 60, 1, "damaged 60..60 x1\n", MODULE_VO},
     {EventKind::kDamaged, 59, 1, "", MODULE_VO},
     {EventKind::kDropped, 60, 1, "dropped 60..60 x1 kept\n", MODULE_VO},
     {EventKind::kLate, 60, 1, "late 60..60 x1 2000\n", MODULE_VO},
+    {EventKind::kDamaged, 60, 1, "damaged 60..60 x1\n", MODULE_SCALER},
+    {EventKind::kDamaged, 59, 1, "", MODULE_SCALER},
     // Bursts.
     {EventKind::kDropped, 40, 70, "dropped 40..40 x70 kept\n"},
     {EventKind::kRepeated, 40, 70, "repeated 40..40 x70 kept\n"},

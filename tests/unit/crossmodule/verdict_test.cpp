@@ -365,6 +365,20 @@ TEST(FirstBadStage, IsTheStageWhereTheDelayBegins) {
   }
 }
 
+TEST(FirstBadStage, IsUnknownIfASideOfTheDelayIsMissing) {
+  constexpr player::Clip kMarks{.frameRateMilliHz = 25000, .flashesAndBeeps = true};
+  const TemporaryFile scaler("scaler", Dump(player::Stage::kScaler, {}, kMarks));
+  const TemporaryFile audio("audio", Dump(player::Stage::kAudio, {}, kMarks));
+  for (const MODULE_TYPE missing : {MODULE_SCALER, MODULE_AUDIO}) {
+    const auto path = [&](MODULE_TYPE module) -> std::string {
+      if (module == missing || (module != MODULE_SCALER && module != MODULE_AUDIO)) return "/none";
+      return module == MODULE_SCALER ? scaler.Path() : audio.Path();
+    };
+    EXPECT_EQ(NameLateStage({.frame = 100, .pts90k = 100 * 3600, .golden = path, .dump = path}),
+              "[Scaler] or [Audio]");
+  }
+}
+
 TEST(VideoIntegration, ShowsFrameNumbersOfAnySize) {
   CM_Verify_Result vo(MODULE_VO);
   vo.columnNames = {"frame_no"};

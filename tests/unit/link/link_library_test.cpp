@@ -164,6 +164,12 @@ TEST_F(LinkLibrary, RejectsInvalidArguments) {
   EXPECT_EQ(link_->Send(&other, &unknown), kOrder);
   EXPECT_EQ(link_->CloseSession(&other), kOrder);
   EXPECT_EQ(link_->OpenSession(kClass, nullptr), kParam);
+  uint8_t byte = 0;
+  EXPECT_EQ(link_->Send(&session_, nullptr), kParam);
+  EXPECT_EQ(link_->GetBufferDataRange(&session_, buffer, nullptr), kParam);
+  EXPECT_EQ(link_->SendBuffer(&session_, buffer, nullptr, 1, 0), kParam);
+  EXPECT_EQ(link_->SendBuffer(&session_, buffer, &byte, 1, 1), kParam) << "there are no flags";
+  EXPECT_EQ(link_->GetBuffer(&session_, buffer, nullptr, 0), kParam);
   EXPECT_EQ(Allocate(0, RLNK_BUFFER_SEND), nullptr);
   EXPECT_EQ(link_->ReleaseBuffer(&session_, buffer), 0);
   EXPECT_EQ(link_->ReleaseBuffer(&session_, buffer), kParam);

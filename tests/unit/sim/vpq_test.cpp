@@ -2,6 +2,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <map>
 #include <numeric>
 #include <string>
@@ -174,6 +175,12 @@ TEST(Vpq, EnforcesTheOrderOfStartAndEnd) {
   EXPECT_EQ(K2V_RHAL_VPQEX_Open(), kOrder) << "the extension has a separate start";
   EXPECT_EQ(K2V_RHAL_VPQ_Uninitialize(), kOk);
   EXPECT_EQ(K2V_RHAL_VPQ_Close(), kOrder);
+}
+
+TEST(Vpq, PathOfThePanelIsADirectory) {
+  char path[K2V_VPQ_TEXT_BYTES] = {};
+  EXPECT_EQ(K2V_RHAL_VPQEX_GetPanelPqPath(path), kOk);
+  EXPECT_TRUE(path[0] == '/' && path[std::strlen(path) - 1] == '/') << path;
 }
 
 TEST(Vpq, MeasuresThePictureOfTheMainWindow) {
