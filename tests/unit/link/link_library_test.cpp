@@ -161,6 +161,8 @@ TEST_F(LinkLibrary, RejectsInvalidArguments) {
   EXPECT_EQ(link_->Send(&session_, &wrongTypes), kParam);
   EXPECT_EQ(link_->Send(&session_, &noMemory), kParam);
   EXPECT_EQ(link_->Send(&session_, &noBuffer), kParam);
+  RLNK_CMD_PARAMS emptyMemory{0x1002, 0x7675, {}};
+  EXPECT_EQ(link_->Send(&session_, &emptyMemory), kParam);
   EXPECT_EQ(link_->Send(&other, &unknown), kOrder);
   EXPECT_EQ(link_->CloseSession(&other), kOrder);
   EXPECT_EQ(link_->OpenSession(kClass, nullptr), kParam);

@@ -329,7 +329,7 @@ std::string TranscriptOf(TestCase& row) {
 }
 
 /// Modules whose rows are adjusters, which print a line for each of many steps: of each only the
-/// first calls are reviewed.
+/// first calls and the meaning of their levels are reviewed.
 constexpr std::string_view kAdjusters[] = {"VpqModule", "VpqExtModule"};
 
 std::string FirstCallsOf(TestCase& row) {
@@ -339,7 +339,8 @@ std::string FirstCallsOf(TestCase& row) {
   int calls = 0;
   for (std::string line; std::getline(transcript, line) && calls < kCalls;) {
     const bool isCall = line.starts_with("@call ");
-    if (isCall || line.starts_with("==== ")) text += line + '\n';
+    const bool isLegend = line.find(" level: ") != line.npos;
+    if (isCall || isLegend || line.starts_with("==== ")) text += line + '\n';
     calls += isCall ? 1 : 0;
   }
   return text;

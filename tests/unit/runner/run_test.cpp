@@ -186,6 +186,16 @@ TEST_F(RunTest, StopsOnAnUnhealthyBoardAndContinuesLater) {
             "provisional");
 }
 
+TEST_F(RunTest, EvidenceIsKeptNextToTheLogs) {
+  runner::ResultDirectory directory;
+  ASSERT_EQ(directory.Create(results_, {"/", {"--run", "A"}, {"A/1"}}), "");
+  const runner::PlannedTest test{1, 1, "A/1", "A", "", ""};
+  EXPECT_TRUE(directory.KeepAttachments(test, {{"b.svg", "second"}, {"a.svg", "first"}}));
+  EXPECT_EQ(directory.EvidenceOf(test),
+            (Lines{"logs/0001-A.1.evidence/a.svg", "logs/0001-A.1.evidence/b.svg"}));
+  EXPECT_EQ(TextOf(results_ + "/logs/0001-A.1.evidence/b.svg"), "second");
+}
+
 TEST_F(RunTest, ChecksNoBoardAfterAFailureOfTheHarness) {
   options_.health.command = "test -z \"$CVN_TEST\"";
   std::filesystem::remove_all(std::filesystem::path(report_).parent_path());
