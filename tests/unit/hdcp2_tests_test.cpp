@@ -9,6 +9,7 @@
 #include "Scripted.h"
 #include "SimHal.h"
 #include "UTHdcp2TestCase.h"
+#include "k2v/hdcp2.h"
 
 namespace {
 
@@ -71,6 +72,18 @@ TEST(Hdcp2, EachFaultFailsItsStep) {
     EXPECT_TRUE(run.output.ends_with(c.line)) << run.output;
     EXPECT_EQ(PlayTest(Hdcp2TestCase::Hdcp2Test_Authenticate).result, 1) << c.command;
   }
+}
+
+TEST(Hdcp2, PrintsTheReceiverIdOfTheKeys) {
+  const auto run = PlayTest(Hdcp2TestCase::Hdcp2Test_LoadKeys);
+  K2V_HDCP2_KEY_INFO_T info{};
+  ASSERT_EQ(K2V_RHAL_HDCP2_GetKeyInfo(&info), K2V_RHAL_OK);
+  std::string id;
+  for (const uint8_t byte : info.receiverId) {
+    id += "0123456789abcdef"[byte >> 4];
+    id += "0123456789abcdef"[byte & 15];
+  }
+  EXPECT_TRUE(Contains(run.output, "receiver id = " + id + ", version ")) << run.output;
 }
 
 TEST(Hdcp2, LoadsNoKeysIntoAReceiverThatCannotBeRestarted) {
