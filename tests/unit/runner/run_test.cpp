@@ -17,6 +17,7 @@
 #include "Scripted.h"
 #include "TestDirectory.h"
 #include "TestReport.h"
+#include "runner/BuildIds.h"
 #include "runner/CommandLine.h"
 #include "runner/TestRun.h"
 
@@ -184,6 +185,11 @@ TEST_F(RunTest, StopsOnAnUnhealthyBoardAndContinuesLater) {
   EXPECT_EQ(lines_[1],
             "1 A/1 SKIPPED board unhealthy before the first test: exit status 1 "
             "provisional");
+}
+
+TEST(BuildIds, AreThoseOfTheProgramAndTheHal) {
+  const std::regex ids("cvntester( [0-9a-f]{8,})?, libcvn_k2vhal\\.so( [0-9a-f]{8,})?");
+  EXPECT_TRUE(std::regex_match(runner::BuildIds(), ids)) << runner::BuildIds();
 }
 
 TEST_F(RunTest, EvidenceIsKeptNextToTheLogs) {
