@@ -18,6 +18,7 @@
 #include "TestDirectory.h"
 #include "TestReport.h"
 #include "runner/BuildIds.h"
+#include "runner/Command.h"
 #include "runner/CommandLine.h"
 #include "runner/TestRun.h"
 
@@ -185,6 +186,16 @@ TEST_F(RunTest, StopsOnAnUnhealthyBoardAndContinuesLater) {
   EXPECT_EQ(lines_[1],
             "1 A/1 SKIPPED board unhealthy before the first test: exit status 1 "
             "provisional");
+}
+
+TEST(Command, InheritsTheEnvironmentExceptForItsOwnSettings) {
+  setenv("CVN_TEST_INHERITED", "here", 1);
+  setenv("CVN_TEST_SET", "old", 1);
+  const runner::CommandEnd end =
+      runner::RunCommand({"sh", "-c", "echo $CVN_TEST_INHERITED $CVN_TEST_SET $CVN_TEST_OWN"},
+                         {"CVN_TEST_SET=new", "CVN_TEST_OWN=1"}, 60);
+  EXPECT_TRUE(end.Succeeded());
+  EXPECT_EQ(end.output, "here new 1\n");
 }
 
 TEST(BuildIds, AreThoseOfTheProgramAndTheHal) {

@@ -177,6 +177,19 @@ TEST(Vpq, EnforcesTheOrderOfStartAndEnd) {
   EXPECT_EQ(K2V_RHAL_VPQ_Close(), kOrder);
 }
 
+TEST(Vpq, RegionsMustBeginOnThePanel) {
+  const auto set = [](int32_t x, int32_t y, int32_t w, int32_t h) {
+    const int block = K2V_RHAL_VPQ_MEMC_SetVideoBlock(x, y, w, h);
+    EXPECT_EQ(K2V_RHAL_VPQ_MEMC_SetBypassRegion(3, x, y, w, h), block);
+    return block;
+  };
+  EXPECT_EQ(set(3839, 2159, 3840, 2160), kOk);
+  EXPECT_EQ(set(3840, 0, 0, 0), kParam);
+  EXPECT_EQ(set(0, 2160, 0, 0), kParam);
+  EXPECT_EQ(set(0, 0, 3841, 0), kParam);
+  EXPECT_EQ(set(0, 0, 0, 2161), kParam);
+}
+
 TEST(Vpq, PathOfThePanelIsADirectory) {
   char path[K2V_VPQ_TEXT_BYTES] = {};
   EXPECT_EQ(K2V_RHAL_VPQEX_GetPanelPqPath(path), kOk);
