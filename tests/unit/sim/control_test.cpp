@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -12,6 +13,7 @@
 
 #include "HalSteps.h"
 #include "SimHal.h"
+#include "k2v/thermal.h"
 
 namespace {
 
@@ -162,6 +164,20 @@ TEST(Failures, OccurAtTheirCallWithoutSideEffects) {
   EXPECT_EQ(DoSteps("h-close"), -9);
   EXPECT_EQ(DoSteps("h-open"), K2V_RHAL_ERR_ALREADY) << "a failed close closes nothing";
   EXPECT_THROW(simhal::Fail("K2V_RHAL_VFE_HDMI_Klose", 1), std::invalid_argument);
+}
+
+std::atomic<int> notifications{0};
+
+TEST(Thermometer, CallsItsNotifierOncePerChange) {
+  simhal::Apply("thermal off");
+  ASSERT_EQ(K2V_RHAL_register_thermal_notifier([](int) { ++notifications; }), 0);
+  std::this_thread::sleep_for(std::chrono::milliseconds(80));  // time to call it wrongly
+  EXPECT_EQ(notifications, 0);
+  simhal::Apply("temperature 70");
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (notifications == 0 && std::chrono::steady_clock::now() < limit) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(80));
+  EXPECT_EQ(notifications, 1);
 }
 
 TEST(Events, HappenAtTheGivenPollOfTheirPort) {
