@@ -21,8 +21,6 @@
 namespace runner {
 namespace {
 
-volatile std::sig_atomic_t resized = 0;
-
 /// The operator's terminal passes every key on; the inner one interprets the keys.
 class RawTerminal {
  public:
@@ -68,9 +66,9 @@ void Relay(int master, AnswerNotes& notes) {
   pollfd pollers[] = {{master, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
   std::string bytes;
   for (;;) {
-    if (resized != 0) CopyWindowSize(master);
-    resized = 0;
-    if (poll(pollers, 2, -1) < 0) continue;
+    const bool isReady = poll(pollers, 2, -1) >= 0;
+    CopyWindowSize(master);  // before any input that was typed after a change
+    if (!isReady) continue;
     if (pollers[0].revents != 0) {
       if (!Take(master, bytes)) break;
       notes.Read(bytes);
@@ -90,7 +88,7 @@ int RelaySession(int master, OutputFile& file, const std::string& key, const ter
   AnswerNotes notes(key, {[](std::string_view text) { WriteAll(STDOUT_FILENO, text); },
                           [&](const std::string& line) { file.Write(line); }});
   struct sigaction action = {};
-  action.sa_handler = [](int) { resized = 1; };
+  action.sa_handler = [](int) {};  // ends the wait
   sigaction(SIGWINCH, &action, nullptr);
   Relay(master, notes);
   return file.Good() ? kAllPassed : kHarnessFailed;
