@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <iomanip>
 #include <string>
 
 #include "core/Areas.h"
@@ -92,8 +93,10 @@ void Describe(const Board& board, std::ostream& out) {
     if (event.command[0] == '\0') continue;
     any = true;
     if (IsTimed(event)) {
+      // Always three decimals, so that lines of the state can be compared.
       const int64_t leftMs = std::max<int64_t>(0, event.dueMs - SimulatedMs(board.clock));
-      out << "  in " << static_cast<double>(leftMs) / 1e3 << " s: ";
+      out << "  in " << leftMs / 1000 << '.' << std::setw(3) << std::setfill('0') << leftMs % 1000
+          << std::setfill(' ') << " s: ";
     } else {
       out << "  at poll " << event.pollsLeft << " of port " << event.port << ": ";
     }

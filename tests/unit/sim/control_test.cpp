@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <optional>
 #include <regex>
 #include <string>
@@ -202,6 +203,14 @@ TEST(Events, HappenAtTheirTimesInOrder) {
   TimingOf(0);                                                 // polls do not count for them
   std::this_thread::sleep_for(std::chrono::milliseconds(30));  // both are due at the next query
   EXPECT_EQ(TimingOf(0).active.w, 1280) << simhal::State();
+}
+
+TEST(Events, TimesInTheStateAlwaysHaveThreeDecimals) {
+  for (int i = 100; i < 120; ++i)  // whatever the time of the state, two are at full 10 ms
+    ASSERT_EQ(simhal::Apply("after 3000." + std::to_string(i) + " s unplug 0"), "");
+  const std::string state = simhal::State();
+  const std::regex line("  in \\d+\\.\\d{3} s: unplug 0\n");
+  EXPECT_EQ(std::distance(std::sregex_iterator(state.begin(), state.end(), line), {}), 20) << state;
 }
 
 TEST(Commands, SmallestAndLargestTimingsAreAccepted) {
