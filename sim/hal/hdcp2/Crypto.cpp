@@ -69,10 +69,16 @@ bool UseOaep(EVP_PKEY_CTX* context) {
          EVP_PKEY_CTX_set_rsa_mgf1_md(context, EVP_sha256()) == 1;
 }
 
-PKey MakeKey(unsigned bits) {
-  PKey key(EVP_RSA_gen(bits));
-  Require(key != nullptr);
-  return key;
+/// Smaller primes are found in a fraction of the time: 0.1 s instead of 0.8 s for three primes of
+/// 1024 bits instead of two of 1536.
+PKey MakeKey(unsigned bits, int primes) {
+  const Context context(EVP_PKEY_CTX_new_from_name(nullptr, "RSA", nullptr));
+  EVP_PKEY* made = nullptr;
+  Require(context != nullptr && EVP_PKEY_keygen_init(context.get()) == 1 &&
+          EVP_PKEY_CTX_set_rsa_keygen_bits(context.get(), static_cast<int>(bits)) == 1 &&
+          EVP_PKEY_CTX_set_rsa_keygen_primes(context.get(), primes) == 1 &&
+          EVP_PKEY_generate(context.get(), &made) == 1);
+  return PKey(made);
 }
 
 Bytes BytesOf(const PKey& key, const char* name, std::size_t size) {
@@ -161,7 +167,7 @@ bool VerifySignature(const PublicKey& key, View data, View signature) {
 }
 
 K2V_HDCP2_RSA_KEY_T MakeReceiverKey() {
-  const PKey pkey = MakeKey(kReceiverBits);
+  const PKey pkey = MakeKey(kReceiverBits, 2);
   K2V_HDCP2_RSA_KEY_T key{};
   CopyNumber(pkey, OSSL_PKEY_PARAM_RSA_N, key.modulus);
   CopyNumber(pkey, OSSL_PKEY_PARAM_RSA_E, key.publicExponent);
@@ -170,7 +176,7 @@ K2V_HDCP2_RSA_KEY_T MakeReceiverKey() {
 }
 
 SignedByNewKey SignWithNewKey(View data) {
-  const PKey pkey = MakeKey(kAuthorityBits);
+  const PKey pkey = MakeKey(kAuthorityBits, 3);
   const Digest digest(EVP_MD_CTX_new());
   Bytes signature(K2V_HDCP2_SIGNATURE_BYTES);
   std::size_t size = signature.size();
