@@ -71,6 +71,7 @@ class Verification {
   void Run() {
     const MutedOutput muted;
     IgnoreVoutSettings();
+    Init_Module_List();  // the report lists the modules in which a frame is wrong
     for (const Stage& stage : kStages) results_.push_back(Compare(stage.module));
     if (testCase_.type == kAvSyncTestCase) AnalyseSynchronisation();
     found_ = AnalyseCase(

@@ -12,6 +12,7 @@
 #include "BoardFiles.h"
 #include "Expected.h"
 #include "Scripted.h"
+#include "TestCase/CrossModule/stages/src/TestCaseCatalogue.h"
 #include "runner/ExitStatus.h"
 
 namespace {
@@ -39,6 +40,7 @@ Verified Verify(const crossmodule::Home& home, const std::string& testCase) {
     options.outputs[i] = files + std::to_string(i);
   options.events = files + "events";
   options.strip = files + "strip";
+  ModuleTypeList().clear();  // as in a new process
   Verified verified;
   const auto run = scripted::Play(
       "", [&] { return verified.status = runner::VerifyDumps(options, STDOUT_FILENO), 0; });
