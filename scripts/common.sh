@@ -125,7 +125,7 @@ Ninja() {
   local line said=
   ninja "$@" 2>&1 | while IFS= read -r line; do
     [[ $line != '[1/'* || -n $said ]] || {
-      echo 'Building …' >&3
+      if [[ -t 3 ]]; then printf '\r\e[KBuilding …\n'; else echo 'Building …'; fi >&3
       said=1
     }
     printf '%s\n' "$line"

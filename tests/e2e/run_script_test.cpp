@@ -87,14 +87,18 @@ TEST(SetUp, ShowsItsStepsOnlyOnATerminal) {
   const std::string command =
       "set -euo pipefail; . " CVN_SOURCE_DIRECTORY
       "/scripts/common.sh; "
-      "step() { echo '[3/7] Building x'; until [[ -e seen ]]; do sleep 0.02; done; }; "
-      "RunQuietly building step; echo done";
+      "ninja() { echo '[0/7] x'; until [[ -e first ]]; do sleep 0.02; done; "
+      "echo '[1/7] Building x'; until [[ -e second ]]; do sleep 0.02; done; }; "
+      "Build none; echo done";
   test::Pty pty({"bash", "-c", command});
-  EXPECT_TRUE(pty.Expect("building: step 3 of 7"));
-  std::ofstream("seen").flush();
+  EXPECT_TRUE(pty.Expect("building build/none: step 0 of 7"));
+  std::ofstream("first").flush();
+  EXPECT_TRUE(pty.Expect("\r\x1b[KBuilding …\n")) << "not on a line of its own";
+  EXPECT_TRUE(pty.Expect("building build/none: step 1 of 7"));
+  std::ofstream("second").flush();
   EXPECT_TRUE(pty.Expect("done"));
   EXPECT_EQ(pty.Wait(), 0);
-  EXPECT_EQ(test::RunShell("bash -c " + test::Quoted(command)).output, "done\n");
+  EXPECT_EQ(test::RunShell("bash -c " + test::Quoted(command)).output, "Building …\ndone\n");
 }
 
 }  // namespace
