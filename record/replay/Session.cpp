@@ -325,6 +325,9 @@ const StoredEvent* ReplaySession::Answer(uint16_t call, Bytes entry) {
   if (back == nullptr) {
     Diverge(Where(stream, next->ordinal) + TextOf(call, entry) +
             " did not return when it was recorded");
+    // The test went no further; whatever it does now says nothing, and it could pass. Threads that
+    // wait in the HAL when the program ends are not inside a test.
+    if (IsInsideTest(stream)) std::abort();
     return nullptr;
   }
   if (polls_.contains(call)) lastAnswers_[{call, std::string(entry.begin(), entry.end())}] = back;
@@ -436,6 +439,15 @@ void ReplaySession::BeginTest(uint32_t number, const std::string& name) {
   positions_[stream] = tests[best].event + 1;
   BindTo(lock, stream);
   changed_.notify_all();
+}
+
+/// Whether a test of this stream has begun and not ended.
+bool ReplaySession::IsInsideTest(size_t stream) const {
+  const std::vector<StoredEvent>& events = Stream(stream).events;
+  for (size_t i = positions_[stream]; i-- > 0;) {
+    if (events[i].IsTestMark()) return events[i].number == kTestBegins;
+  }
+  return false;
 }
 
 /// The first call of this test that failed when it was recorded, with its number; may be empty.

@@ -74,6 +74,7 @@ class ReplaySession {
   std::string Where(size_t stream, uint32_t ordinal) const;
   std::string Difference(const StoredEvent& recorded, uint16_t call, Bytes entry) const;
   std::string TextOf(uint16_t call, Bytes entry) const;
+  bool IsInsideTest(size_t stream) const;
   std::string FailedCall(size_t stream) const;
   void Advance(size_t stream);
   void KeepTime(uint64_t fromNs, uint64_t toNs, std::chrono::steady_clock::time_point since) const;

@@ -186,6 +186,21 @@ TEST_F(RecordTest, SingleTestOfASessionCanBeReplayed) {
       << other.screen;
 }
 
+// Not even a test that judges no result passes in the replay of its crash.
+TEST_F(RecordTest, ReplayOfACrashEndsInTheCallThatDidNotReturn) {
+  const std::vector<std::string> run = {"--run",   "UTVpqModule/17", "UTVpqModule/18",
+                                        "--color", "never",          "--verbose"};
+  const Session recorded = Record(
+      run, [](Pty&) {}, "misbehave K2V_RHAL_VPQ_SetHue segv --at 2\n");
+  EXPECT_NE(recorded.screen.find("killed by signal 11 SIGSEGV"), std::string::npos);
+  const Session replayed = Replay(run, [](Pty&) {});
+  EXPECT_NE(replayed.screen.find("SetHue(100) did not return when it was recorded"),
+            std::string::npos);
+  EXPECT_NE(replayed.screen.find("killed by signal 6 SIGABRT"), std::string::npos)
+      << replayed.screen;
+  EXPECT_NE(replayed.screen.find("1 passed, 0 failed, 1 errors"), std::string::npos);
+}
+
 /// Pieces of `text` that cannot occur in another text by chance.
 std::set<std::string> Pieces(const std::string& text) {
   constexpr size_t kBytes = 16, kDistinct = 12;
