@@ -111,8 +111,9 @@ std::vector<Example> ExamplesIn(const fs::path& document) {
   return examples;
 }
 
-/// A line without colours, times, dates and trailing blanks.
+/// A line without colours, times, dates and trailing blanks, and without what was overwritten.
 std::string Comparable(std::string line) {
+  line = std::regex_replace(line, std::regex(".*\r\x1b\\[K"), "");  // steps of a slow build
   line = std::regex_replace(line, std::regex("\x1b\\[[0-9;]*[A-Za-z]|\r|[ \t]+$"), "");
   line = std::regex_replace(line, std::regex("\\d+\\.\\d{3} s"), "SECONDS");
   line = std::regex_replace(line, std::regex("^ *\\d+\\.\\d{6} +(\\d+\\.\\d us )?\\d+/\\d+"),
