@@ -62,12 +62,13 @@ TellSkipped() {
     /: Skipped$/ { getline; print "Skipped " name ": " $0 }' "$1"
 }
 
-# RunTests PRESET: runs CTest, two tests at a time. A run without totals counts as a failure.
+# RunTests PRESET: runs CTest, with two tests per core because many wait. A run without totals
+# counts as a failure.
 RunTests() {
   local results=$here/build/$1/results.xml
   echo "== $1"
   rm -f "$results"
-  ctest --preset "$1" -j2 --no-tests=error --output-junit "$results" "${selection[@]}" </dev/null ||
+  ctest --preset "$1" -j$(($(nproc) * 2)) --no-tests=error --output-junit "$results" "${selection[@]}" </dev/null ||
     ctest_failed=1
   if [[ -f $results ]]; then
     Add "$results"
