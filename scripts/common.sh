@@ -50,7 +50,8 @@ OpenClosedDescriptors() {
 ShowSteps() {
   local line
   while sleep 0.2; do
-    line=$(tail -n 1 "$2" | tr -cd '[:print:]')
+    # Can be a moment late: the log is removed as soon as the command has ended.
+    line=$(tail -n 1 "$2" 2>/dev/null | tr -cd '[:print:]')
     [[ ! $line =~ ^\[([0-9]+)/([0-9]+)\] ]] || line="step ${BASH_REMATCH[1]} of ${BASH_REMATCH[2]}"
     printf '\r\e[K%.*s' "$((${COLUMNS:-80} - 1))" "$1: $line" >&2
   done
