@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -114,7 +115,10 @@ TEST(SimulatedBoard, ReplayWritesTheSameMemory) {
       });
     }
     EXPECT_GT(expected.size(), 5U);
-    EXPECT_EQ(replayed, expected) << arguments;
+    const auto [now, then] = std::ranges::mismatch(replayed, expected);
+    EXPECT_TRUE(now == replayed.end() && then == expected.end())
+        << arguments << ": replayed " << (now == replayed.end() ? "nothing" : *now) << ", recorded "
+        << (then == expected.end() ? "nothing" : *then);
   }
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
+#include <array>
 #include <deque>
 #include <limits>
 
@@ -293,6 +294,28 @@ TEST(Buffers, AreReadUpToTheEndOfMappedMemory) {
     EXPECT_EQ(copy(to.data(), nullptr, 16), 0U);
   }
   munmap(map, kThere + kPage);
+}
+
+TEST(StandIns, AreRecognisedAndNeverEqualOtherInputsByChance) {
+  const Salt salt{};
+  SecretStandIns secrets(salt);
+  const auto digest = [&](const std::string& bytes) {
+    return SaltedDigest(salt, bytes.data(), bytes.size());
+  };
+  const auto pass = [&](const std::string& bytes) {
+    return std::to_array(secrets.Given(digest(bytes), bytes.data(), bytes.size()).bytes);
+  };
+  for (const std::string& secret : {std::string("sixteen byte key"), std::string("\x07"),
+                                    std::string("\xff"), std::string("\x01")}) {
+    std::string standIn(secret.size(), '\0');
+    secrets.Fill(digest(secret), standIn.data(), standIn.size());
+    EXPECT_EQ(standIn == secret, secret.size() == 1) << secret;
+    EXPECT_EQ(pass(standIn), std::to_array(digest(secret).bytes)) << secret;
+  }
+  for (int i = 0; i < 256; ++i) {
+    const std::string byte(1, static_cast<char>(i));
+    EXPECT_EQ(pass(byte), std::to_array(digest(byte).bytes)) << i;
+  }
 }
 
 TEST(Digests, MatchSha256) {
