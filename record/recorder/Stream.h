@@ -28,10 +28,11 @@ class Stream {
   template <typename Encode>
   int Write(uint16_t event, uint64_t ns, Encode encode) {
     for (;;) {
-      const size_t room = size_ - used_ > kEventHeaderBytes ? size_ - used_ - kEventHeaderBytes : 0;
-      uint8_t* const memory = packet_ + used_;
-      const size_t size = encode(memory + kEventHeaderBytes, room);
-      if (packet_ != nullptr && size <= room) {
+      const bool hasRoom = size_ - used_ >= kEventHeaderBytes;
+      uint8_t* const memory = hasRoom ? packet_ + used_ + kEventHeaderBytes : nullptr;
+      const size_t room = hasRoom ? size_ - used_ - kEventHeaderBytes : 0;
+      const size_t size = encode(memory, room);
+      if (hasRoom && size <= room) {
         Commit(event, ns, size);
         return 0;
       }

@@ -96,6 +96,14 @@ TEST(Recorder, WritesCallsThatAllReadersOfTheFormatShow) {
   EXPECT_NE(others.output.find("region = { x = 1, y = 2, w = 3, h = 6 }"), std::string::npos);
 }
 
+// A call without arguments needs only an event's header, for which a full packet has no room.
+TEST(Recorder, WritesAllCallsAcrossPackets) {
+  const int calls = 20'000;
+  const Result print = Trace("print " + Recording("r", "thread " + std::to_string(calls)) +
+                             " | grep -c '^K2V_RHAL_VSC_DM_Open() = 0$'");
+  EXPECT_EQ(print.output, std::to_string(calls) + "\n");
+}
+
 TEST(Recorder, RejectsUnusableDirectories) {
   const std::string recording = Recording("r", "");
   const std::pair<std::string, std::string> rows[] = {
