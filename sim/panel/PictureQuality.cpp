@@ -96,15 +96,16 @@ std::string All(const char* curve) {
                  curve);
 }
 
-constexpr size_t kSteps = 16;  // in which a table is sampled
-using Levels = std::array<double, kSteps + 1>;
+constexpr size_t kLevels = 17;  // sampled from a table
+constexpr size_t kSteps = kLevels - 1;
+using Levels = std::array<double, kLevels>;
 
 /// The levels of a table, 0 to 1; none for a table of zeros, which was never written.
 template <typename Element, size_t count>
 std::optional<Levels> LevelsOf(const Element (&table)[count], size_t used, double full) {
   if (used < 2 || std::all_of(table, table + used, [](Element e) { return e == 0; })) return {};
   Levels levels;
-  for (size_t i = 0; i <= kSteps; ++i) {
+  for (size_t i = 0; i < kLevels; ++i) {
     const size_t before = i * (used - 1) / kSteps, after = std::min(before + 1, used - 1);
     const double share = static_cast<double>(i * (used - 1) % kSteps) / kSteps;
     levels[i] = std::min(std::lerp(table[before], table[after], share) / full, 1.0);
@@ -117,7 +118,7 @@ template <typename Element, size_t count>
 std::string Points(const Element (&table)[count], size_t used, double full) {
   const auto levels = LevelsOf(table, used, full);
   std::string points;
-  for (size_t i = 0; levels && i <= kSteps; ++i) {
+  for (size_t i = 0; levels && i < kLevels; ++i) {
     points +=
         Printed("%s%.4f/%.4f", i == 0 ? "" : " ", static_cast<double>(i) / kSteps, (*levels)[i]);
   }
@@ -169,7 +170,7 @@ std::string Cube(const Vpq& vpq, K2V_VPQ_HDR_3D_LUT_T sim::VpqRecords::*table,
 
 /// Whether the levels lie on a straight line from the first to the last one.
 bool AreOnLine(const Levels& levels) {
-  for (size_t i = 0; i <= kSteps; ++i) {
+  for (size_t i = 0; i < kLevels; ++i) {
     const double share = static_cast<double>(i) / kSteps;
     if (std::abs(levels[i] - std::lerp(levels.front(), levels.back(), share)) > 0.002) return false;
   }
@@ -225,7 +226,8 @@ std::string GamutTable(const Vpq& vpq, const Subject& subject) {
   for (unsigned section = 0; section < sim::kGamutSections; ++section) {
     const auto levels = LevelsOf(vpq.gamutSections[section], sim::kGamutPoints, 4095);
     if (!levels || AreStraight(*levels)) continue;
-    gain = Printed("if(eq(%u,ld(1)),", section) + SaturationGain(*levels) + "," + gain + ")";
+    gain =
+        Printed("if(eq(%u,ld(1)),%s,%s)", section, SaturationGain(*levels).c_str(), gain.c_str());
   }
   return gain == "1" ? "" : BySaturation(gain, subject);
 }

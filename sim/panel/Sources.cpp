@@ -165,15 +165,15 @@ Picture PixelsOf(const sim::Window& window, uint32_t standard) {
   Check("picture", av_frame_get_buffer(frame.get(), 0));
   const K2V_VIDEO_PIXEL_T* pixel = window.pixels;
   for (int y = 0; y < frame->height; ++y) {
-    uint16_t* line[3];
-    for (int plane = 0; plane < 3; ++plane) {
-      line[plane] = reinterpret_cast<uint16_t*>(frame->data[plane] +
-                                                std::ptrdiff_t{y} * frame->linesize[plane]);
-    }
+    const auto line = [&](int plane) {
+      return reinterpret_cast<uint16_t*>(frame->data[plane] +
+                                         std::ptrdiff_t{y} * frame->linesize[plane]);
+    };
+    uint16_t *const luma = line(0), *const cb = line(1), *const cr = line(2);
     for (int x = 0; x < frame->width; ++x, ++pixel) {
-      line[0][x] = pixel->y;
-      line[1][x] = pixel->cb;
-      line[2][x] = pixel->cr;
+      luma[x] = pixel->y;
+      cb[x] = pixel->cb;
+      cr[x] = pixel->cr;
     }
   }
   return frame;

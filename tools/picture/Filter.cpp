@@ -37,11 +37,14 @@ void Fail(const std::string& what, int error) {
 }
 
 std::string Printed(const char* format, ...) {
-  char text[1024];
-  va_list arguments;
+  va_list arguments, again;
   va_start(arguments, format);
-  std::vsnprintf(text, sizeof(text), format, arguments);
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
   va_end(arguments);
+  std::string text(static_cast<size_t>(length), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, again);
+  va_end(again);
   return text;
 }
 
