@@ -198,7 +198,7 @@ std::string ResultDirectory::Open(const std::string& path, RunHead& head,
   if (journal_ < 0) return SystemError(journal);
   if (!Lock(journal_)) return path + kInUse;
   std::size_t size = 0;
-  const std::string problem = ReadWholeLines(journal, head, entries, size);
+  std::string problem = ReadWholeLines(journal, head, entries, size);
   if (!problem.empty()) return problem;
   if (ftruncate(journal_, static_cast<off_t>(size)) != 0) return SystemError(journal);
   return "";

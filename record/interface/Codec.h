@@ -192,7 +192,7 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
 
   template <typename T>
   void OutBuffer(const T* elements, uint64_t count, bool ok) {
-    Memory(elements, ok && elements != nullptr ? count : 0);
+    Memory(elements, ok ? count : 0);
   }
 
   void OutBuffer(const void* bytes, uint64_t count, bool ok) {
@@ -225,7 +225,7 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
   void FieldRoom(const void*, uint64_t) {}
 
   void CallerMemory(const void* memory, uint64_t bytes) {
-    Memory(static_cast<const uint8_t*>(memory), memory == nullptr ? 0 : bytes);
+    Memory(static_cast<const uint8_t*>(memory), bytes);
   }
   void HalMemory(const void* memory, uint64_t bytes) { CallerMemory(memory, bytes); }
 
@@ -254,11 +254,13 @@ class Encoder : public Codec<Encoder<isReturn>, isReturn> {
   // The HAL has just written all of it.
   template <typename T>
   void Memory(const T* elements, uint64_t count) {
+    if (elements == nullptr) count = 0;
     const size_t kept = static_cast<size_t>(std::min<uint64_t>(count, kMaxBufferBytes / sizeof(T)));
     Scalar(static_cast<uint32_t>(kept));
     if constexpr (IsPlain<T>()) {
       const size_t bytes = kept * sizeof(T);
-      if (size_ + bytes <= room_ && bytes != 0) std::memcpy(memory_ + size_, elements, bytes);
+      if (elements != nullptr && size_ + bytes <= room_)
+        std::memcpy(memory_ + size_, elements, bytes);
       size_ += bytes;
     } else {
       for (size_t i = 0; i < kept; ++i) (*this)(elements[i]);

@@ -22,7 +22,7 @@ class MarkBytes {
 
  private:
   void Bytes(const void* data, size_t size) {
-    if (size_ + size <= room_ && size != 0) std::memcpy(memory_ + size_, data, size);
+    if (size_ + size <= room_) std::memcpy(memory_ + size_, data, size);
     size_ += size;
   }
 

@@ -122,6 +122,7 @@ class RecordingLink : public RLink {
   explicit RecordingLink(RLink* link) : link_(link) {}
   ~RecordingLink() override;
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments have their own
 #define CVN_FUNCTION(result, name, parameters, call, arguments)
 #define CVN_CALLBACK(result, name, parameters, call, arguments)
 #define CVN_LINK_FUNCTION(result, name, parameters, call, arguments)
@@ -129,6 +130,7 @@ class RecordingLink : public RLink {
   result name parameters override {                            \
     return Through<call>(this, link_, &RLink::name) arguments; \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 #include "HalCalls.inc"
 #undef CVN_FUNCTION
 #undef CVN_METHOD
@@ -150,6 +152,7 @@ RecordingLink::~RecordingLink() {
 
 using namespace record;
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments have their own
 #define CVN_FUNCTION(result, name, parameters, call, arguments) \
   extern "C" result name parameters {                           \
     return Forward<call> arguments;                             \
@@ -157,6 +160,7 @@ using namespace record;
 #define CVN_METHOD(result, name, parameters, call, arguments)
 #define CVN_CALLBACK(result, name, parameters, call, arguments)
 #define CVN_LINK_FUNCTION(result, name, parameters, call, arguments)
+// NOLINTEND(bugprone-macro-parentheses)
 #include "HalCalls.inc"
 
 RLink* RLink::Create() {

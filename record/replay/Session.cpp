@@ -386,7 +386,7 @@ std::string ReplaySession::TextOf(uint16_t call, Bytes entry) const {
 
 std::string ReplaySession::Difference(const StoredEvent& recorded, uint16_t call,
                                       Bytes entry) const {
-  const std::string both =
+  std::string both =
       "recorded " + TextOf(recorded.Call(), recorded.payload) + ", now " + TextOf(call, entry);
   if (recorded.Call() != call) return both;
   const Function& function = store_->Calls().Functions()[call];
@@ -398,7 +398,10 @@ std::string ReplaySession::Difference(const StoredEvent& recorded, uint16_t call
     const std::string before = ArgumentText(argument, was.arguments[i], nullptr, true);
     const std::string now = ArgumentText(argument, is.arguments[i], nullptr, true);
     if (before == now) continue;
-    return function.name + ", argument " + argument.name + ": recorded " + before + ", now " + now;
+    return (function.name + ", argument " + argument.name + ": recorded ")
+        .append(before)
+        .append(", now ")
+        .append(now);
   }
   return function.name + ": secrets or fields that are not printed differ";
 }

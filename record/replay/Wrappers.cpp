@@ -74,6 +74,7 @@ class ReplayLink : public RLink {
     Answer(call);
   }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments have their own
 #define CVN_FUNCTION(result, name, parameters, call, arguments)
 #define CVN_CALLBACK(result, name, parameters, call, arguments)
 #define CVN_LINK_FUNCTION(result, name, parameters, call, arguments)
@@ -81,6 +82,7 @@ class ReplayLink : public RLink {
   result name parameters override {                           \
     return AnsweredMethod<call>(this) arguments;              \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 #include "HalCalls.inc"
 #undef CVN_FUNCTION
 #undef CVN_METHOD
@@ -131,6 +133,7 @@ void CallRecordedHandler(ReplaySession& session, uint16_t call, Bytes entry) {
 
 using namespace record;
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments have their own
 #define CVN_FUNCTION(result, name, parameters, call, arguments) \
   extern "C" result name parameters {                           \
     return Answered<call> arguments;                            \
@@ -138,6 +141,7 @@ using namespace record;
 #define CVN_METHOD(result, name, parameters, call, arguments)
 #define CVN_CALLBACK(result, name, parameters, call, arguments)
 #define CVN_LINK_FUNCTION(result, name, parameters, call, arguments)
+// NOLINTEND(bugprone-macro-parentheses)
 #include "HalCalls.inc"
 
 RLink* RLink::Create() {

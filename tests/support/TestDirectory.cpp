@@ -71,7 +71,7 @@ bool TakesItsTurn(const std::string& lock) {
 bool HaveAlone(const char* directory) {
   std::error_code error;
   fs::create_directories(directory, error);
-  return (NewMountNamespace() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+  return (NewMountNamespace() && mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0 &&
           mount("tmpfs", directory, "tmpfs", 0, "size=256m") == 0) ||
          TakesItsTurn(std::string(directory).append(".lock"));
 }

@@ -241,15 +241,15 @@ TEST(ConsoleTest, LongInputIsCutToTheLengthOfATerminalLine) {
 }
 
 TEST(ConsoleTest, ClosedInputDoesNotBusyWait) {
-  constexpr int kWaits = 20;
+  constexpr unsigned long kWaits = 20;
   int number = 0;
   for (const std::function<int()>& ask :
        {std::function<int()>(_get_yes_no),
         std::function<int()>([&] { return _get_number_with_range(&number, 0, 9, 10); })}) {
     const auto run = scripted::PlayApart("", [&ask] {
       alarm(60);  // if nothing waits at all
-      scripted::OnWait([waits = 0](unsigned long) mutable {
-        if (++waits == kWaits) _exit(scripted::WaitedUs() >= kWaits / 2 * 100'000 ? 7 : 1);
+      scripted::OnWait([waits = 0UL](unsigned long) mutable {
+        if (++waits == kWaits) _exit(scripted::WaitedUs() >= kWaits * 50'000 ? 7 : 1);
       });
       return ask();
     });

@@ -311,8 +311,8 @@ const Model kModels[] = {
 
 class Pair {
  public:
-  Pair(const Model& model, unsigned seed) : model_(model), random_(seed) {
-    columns_ = FindStage(model.module)->columns;
+  Pair(const Model& model, unsigned seed)
+      : model_(model), random_(seed), columns_(FindStage(model.module)->columns) {
     const int rows = 100 + Below(200);
     for (int i = 0; i < rows; ++i) golden.push_back(NewRow(i));
     sample = golden;

@@ -118,7 +118,7 @@ TEST(EventReport, LongListsEndAfterFortyCauses) {
   for (const int causes : {40, 41, 43}) {
     CaseEvents found{"101", {StageOf(MODULE_VO, {})}};
     for (int i = 0; i < causes; ++i) {
-      found.stages[0].events.push_back(At(MODULE_VO, EventKind::kDamaged, i * 5));
+      found.stages[0].events.push_back(At(MODULE_VO, EventKind::kDamaged, int64_t{5} * i));
       found.stages[0].events.back().id = i + 1;
     }
     std::ostringstream text;

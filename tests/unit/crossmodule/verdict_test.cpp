@@ -20,7 +20,6 @@
 namespace {
 
 using player::Defect;
-using player::DefectKind;
 using player::ParseDefect;
 
 constexpr player::Clip kClip;
@@ -232,7 +231,7 @@ TEST(StageVerdict, ReportsDifferencesOutsideTheValues) {
 
 TEST(StageVerdict, EndlessLineIsOneMalformedRow) {
   const std::string omxOut = Dump(player::Stage::kOmxOut);
-  const std::string endless = Cut(omxOut, 300) + std::string(20000000, '7');
+  const std::string endless = Cut(omxOut, 300) + std::string(8'000'000, '7');
   const CM_Verify_Result result = Compare(MODULE_OMXOUT, omxOut, endless);
   EXPECT_EQ(Judge(result).remark, "malformed row");
   EXPECT_EQ(result.wrongFields.size(), std::size(kOmxOutputColumns));

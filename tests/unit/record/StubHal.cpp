@@ -44,6 +44,7 @@ struct Serve {
 }  // namespace
 
 #pragma GCC diagnostic ignored "-Wunused-parameter"
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments have their own
 #define CVN_FUNCTION(result, name, parameters, call, arguments) \
   extern "C" result name parameters {                           \
     Serve{#name} arguments;                                     \
@@ -52,6 +53,7 @@ struct Serve {
 #define CVN_METHOD(result, name, parameters, call, arguments)
 #define CVN_CALLBACK(result, name, parameters, call, arguments)
 #define CVN_LINK_FUNCTION(result, name, parameters, call, arguments)
+// NOLINTEND(bugprone-macro-parentheses)
 #include "HalCalls.inc"
 
 RLink* RLink::Create() {

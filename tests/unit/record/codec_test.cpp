@@ -160,11 +160,7 @@ std::vector<uint8_t> Encoded(Call& call, CodecContext& context) {
 
 class EveryCall : public testing::Test {
  protected:
-  EveryCall() {
-    std::string error;
-    description_ = Description::Parse(TextOf(kDescription), error);
-    EXPECT_EQ(error, "");
-  }
+  EveryCall() { EXPECT_EQ(error_, ""); }
 
   void ExpectDescribed(unsigned index, bool isReturn, const std::vector<uint8_t>& bytes) {
     const Function& function = description_->Functions().at(index);
@@ -222,7 +218,8 @@ class EveryCall : public testing::Test {
     EXPECT_EQ(Encoded<true>(answered, context), bytes) << Call::kSymbol;
   }
 
-  std::unique_ptr<Description> description_;
+  std::string error_;
+  std::unique_ptr<Description> description_ = Description::Parse(TextOf(kDescription), error_);
 };
 
 TEST_F(EveryCall, IsDecodedAsEncodedAtTheLimitsOfItsTypes) {

@@ -79,7 +79,7 @@ int OpenConsole(const std::string& key) {
 
 /// A new report that contains only a header.
 std::string NewReport() {
-  const std::string path = scripted::RedirectReport();
+  std::string path = scripted::RedirectReport();
   testing::internal::CaptureStdout();
   printReport();
   testing::internal::GetCapturedStdout();

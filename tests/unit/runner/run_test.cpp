@@ -24,7 +24,6 @@
 
 namespace {
 
-using runner::Verdict;
 using Lines = std::vector<std::string>;
 
 // The directory of the reports; the program does not create it.
@@ -73,7 +72,6 @@ std::string TextOf(const std::string& path) {
 class RunTest : public testing::Test {
  protected:
   RunTest() {
-    report_ = scripted::RedirectReport();
     scripted::Play("", [] { return printReport() ? 0 : 1; });
     for (std::size_t i = 0; i < std::size(records_); ++i) {
       tests_.push_back(std::make_unique<TestCase>(&records_[i]));
@@ -116,7 +114,7 @@ class RunTest : public testing::Test {
   std::vector<std::unique_ptr<TestCase>> tests_;
   runner::Options options_;
   std::string results_ = testing::TempDir() + "/results";
-  std::string report_;
+  std::string report_ = scripted::RedirectReport();
   Lines lines_;
 };
 

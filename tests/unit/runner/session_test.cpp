@@ -169,16 +169,14 @@ TEST(SessionTest, OperatorDecidesTheVerdict) {
 
 /// Runs a test judged by the operator, or one that passes by itself, with these eyes.
 Outcome Judge(
-    const std::string& command, bool byOperator, bool (*interrupted)() = [] { return false; }) {
+    const std::string& eyes, bool byOperator, bool (*interrupted)() = [] { return false; }) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", [](char*) { return 0; }, !byOperator};
   TestCase test(&record);
   const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
   const std::vector<AnswerRule> yes = Rules("*", "y");
-  runner::TestSession session(entry, yes, {}, [](std::string_view) {},
-                              {.command = command,
-                               .always = true,
-                               .limitS = 1,
-                               .evidence = testing::TempDir() + "evidence"});
+  runner::TestSession session(
+      entry, yes, {}, [](std::string_view) {},
+      {.command = eyes, .always = true, .limitS = 1, .evidence = testing::TempDir() + "evidence"});
   return session.Run(interrupted);
 }
 

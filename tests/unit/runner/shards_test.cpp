@@ -30,8 +30,8 @@ std::vector<TestEntry> Selection(int alone, int together) {
 }
 
 std::vector<std::string> Ids(const std::vector<TestEntry>& tests) {
-  std::vector<std::string> ids;
-  for (const TestEntry& test : tests) ids.push_back(test.id);
+  std::vector<std::string> ids(tests.size());
+  std::ranges::transform(tests, ids.begin(), &TestEntry::id);
   return ids;
 }
 

@@ -185,7 +185,8 @@ TEST_F(WritersTest, StopOnFailEndsTheRunAfterTheFirstTest) {
     options.limits.idleS = 1;
     const std::vector<runner::TestEntry> tests = {{&first, "A", "A/1", "", ""},
                                                   {&passes, "A", "A/2", "", ""}};
-    EXPECT_EQ(runner::TestRun(options, tests, {}, nowhere, std::move(listeners)).Do({}), 1);
+    runner::TestRun run(options, tests, {}, nowhere, std::move(listeners));
+    EXPECT_EQ(run.Do({}), 1);
     testing::internal::GetCapturedStdout();
     ASSERT_EQ(told.size(), 2U);
     EXPECT_EQ(told[0].verdict, verdict);
@@ -300,7 +301,8 @@ TEST_F(WritersTest, LostLogOrReportLineIsAnError) {
     std::vector<runner::TestResult> told;
     std::vector<std::unique_ptr<runner::RunListener>> listeners;
     listeners.push_back(std::make_unique<Listener>(told));
-    EXPECT_EQ(runner::TestRun({}, {entry}, {}, results, std::move(listeners)).Do({}), 99);
+    runner::TestRun run({}, {entry}, {}, results, std::move(listeners));
+    EXPECT_EQ(run.Do({}), 99);
     testing::internal::GetCapturedStdout();
     ASSERT_EQ(told.size(), 1U);
     EXPECT_EQ(told[0].verdict, Verdict::kError);

@@ -196,7 +196,7 @@ TEST(HdmiSource, DoesNotAnnounceOther3dFormats) {
   K2V_RHAL_VFE_HDMI_Connect(0);
   for (const std::string packing :
        {"line-interleave", "column-interleave", "checkerboard", "frame-sequential"}) {
-    simhal::PlugHdmi(0, ("1920x1080p24 " + packing).c_str());
+    simhal::PlugHdmi(0, "1920x1080p24 " + packing);
     K2V_HDMI_TIMING_T timing{};
     K2V_HAL_VFE_HDMI_VSI_INFO_T vsi{};
     K2V_RHAL_VFE_HDMI_GetPortTimingInfo(0, &timing);

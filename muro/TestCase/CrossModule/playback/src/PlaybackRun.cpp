@@ -81,20 +81,16 @@ std::string PlayerCommand(const CM_TestCase& testCase, const BoardSystem& system
 /// wherever the program was started: the player of network content is called by a relative path.
 class AtHome {
  public:
-  AtHome() {
-    std::error_code failure;
-    before_ = std::filesystem::current_path(failure);
-    std::filesystem::current_path(CrossModuleHome(), failure);
-  }
+  AtHome() { std::filesystem::current_path(CrossModuleHome(), ignored_); }
   ~AtHome() {
-    std::error_code failure;
-    if (!before_.empty()) std::filesystem::current_path(before_, failure);
+    if (!before_.empty()) std::filesystem::current_path(before_, ignored_);
   }
   AtHome(const AtHome&) = delete;
   AtHome& operator=(const AtHome&) = delete;
 
  private:
-  std::filesystem::path before_;
+  std::error_code ignored_;
+  std::filesystem::path before_ = std::filesystem::current_path(ignored_);
 };
 
 void Play(const CM_TestCase& testCase, const std::string& progress) {
