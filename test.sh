@@ -110,7 +110,7 @@ ScriptsAreClean() {
 }
 
 TidyIsClean() {
-  run-clang-tidy -quiet -p build/debug -j2 "^$here/(muro|sim|tools|tests|bench)/" >build/clang-tidy.txt 2>&1 &&
+  run-clang-tidy -quiet -p build/debug -j2 "^$here/(?!build/)" >build/clang-tidy.txt 2>&1 &&
     return
   cat build/clang-tidy.txt
   return 1
