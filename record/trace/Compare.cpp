@@ -79,7 +79,7 @@ std::string AnswerDifference(const KeptCall& one, const KeptCall& two) {
   for (size_t i = 0; i < was.arguments.size(); ++i) {
     const std::string left = KeyOf(was.arguments[i]), leftNow = KeyOf(is.arguments[i]);
     if (left != leftNow)
-      return "wrote to " + function.arguments[i].name + ' ' + left + ", now " + leftNow;
+      return Differing("wrote to " + function.arguments[i].name, left, leftNow, left, leftNow);
   }
   return {};
 }

@@ -66,12 +66,14 @@ class DrivenCall : public Driven {
 
 using Maker = std::unique_ptr<Driven> (*)();
 
+template <typename Call>
+std::unique_ptr<Driven> Make() {
+  return std::make_unique<DrivenCall<Call>>();
+}
+
 std::map<unsigned, Maker> Makers() {
   std::map<unsigned, Maker> makers;
-#define CVN_ANY(call)                                      \
-  makers[call::kIndex] = []() -> std::unique_ptr<Driven> { \
-    return std::make_unique<DrivenCall<call>>();           \
-  };
+#define CVN_ANY(call) makers[call::kIndex] = Make<call>;
 #define CVN_FUNCTION(result, name, parameters, call, arguments) CVN_ANY(call)
 #define CVN_METHOD(result, name, parameters, call, arguments) CVN_ANY(call)
 #define CVN_LINK_FUNCTION(result, name, parameters, call, arguments) CVN_ANY(call)
