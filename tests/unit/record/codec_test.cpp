@@ -118,7 +118,9 @@ class Filler : public Codec<Filler<isReturn>, isReturn> {
   }
   template <typename T>
   void HalMemory(T*& memory, uint64_t) {
-    memory = static_cast<T*>(arena_.Allocate(kRoom));
+    void* const bytes = arena_.Allocate(kRoom);
+    std::memset(bytes, 0xC3, kRoom);
+    memory = static_cast<T*>(bytes);
   }
   void LinkValue(RLNK_CMD_PARAM&, uint32_t) {}
   void LinkMemory(RLNK_CMD_PARAM&, uint32_t) {}

@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 using console::Input;
 using runner::TestEntry;
 
-constexpr auto kSessionLimit = std::chrono::seconds(10);
+constexpr auto kSessionLimit = std::chrono::seconds(60);
 constexpr char kChoice[] = "Please enter a choice : ";
 
 /// Operates a console: navigates to a test in the menus, gives answers of all kinds until the test
@@ -133,7 +133,8 @@ std::string Replay(const TestEntry& entry, const std::string& recorded) {
   std::vector<runner::AnswerRule> rules;
   EXPECT_EQ(runner::LoadAnswers(path, rules), "");
   fs::remove(path);
-  runner::TestSession session(entry, rules, {.timeoutS = 10, .idleS = 8}, [](std::string_view) {});
+  runner::TestSession session(entry, rules, {.timeoutS = 120, .idleS = 60},
+                              [](std::string_view) {});
   const runner::Outcome outcome = session.Run([] { return false; });
   testing::internal::CaptureStdout();
   entry.test->Finish(outcome.result);

@@ -45,6 +45,9 @@ struct Played {
   std::string console;
 };
 
+/// Limits for tests with much output, which valgrind makes slow.
+constexpr runner::Limits kPatient = {.timeoutS = 60, .idleS = 30};
+
 /// Runs a function as a test that judges itself, unless `byOperator`.
 Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool byOperator = false,
             const runner::Limits& limits = {.timeoutS = 6, .idleS = 4}) {
@@ -127,8 +130,7 @@ TEST(SessionTest, AttachmentsAreCompleteAndAnswersAreLocatedInTheOutput) {
     Attach("too long", std::string(std::size_t{5} << 20, 'x'));
     return AskInPieces(argument);
   };
-  const Played played =
-      Play(attaching, Rules("first second=", "42"), false, {.timeoutS = 60, .idleS = 30});
+  const Played played = Play(attaching, Rules("first second=", "42"), false, kPatient);
   const auto& files = played.outcome.attachments;
   ASSERT_EQ(files.size(), 2U);
   EXPECT_EQ(files.at("empty"), "");
@@ -258,7 +260,8 @@ TEST(SessionTest, PollingTestContinuesUntilAKeyIsTyped) {
       if (kbhit() != 0) return mygetch() == 'q' && i >= 3 ? 0 : 1;
     }
   };
-  EXPECT_EQ(Play(polling, Rules("poll 3", "q", true)).outcome.verdict, Verdict::kPass);
+  EXPECT_EQ(Play(polling, Rules("poll 3", "q", true), false, kPatient).outcome.verdict,
+            Verdict::kPass);
 }
 
 TEST(SessionTest, AnswersAreNotDiscardedAsTypeAhead) {
