@@ -301,7 +301,8 @@ TEST_F(WritersTest, LostLogOrReportLineIsAnError) {
     std::vector<runner::TestResult> told;
     std::vector<std::unique_ptr<runner::RunListener>> listeners;
     listeners.push_back(std::make_unique<Listener>(told));
-    runner::TestRun run({}, {entry}, {}, results, std::move(listeners));
+    const runner::Options options;
+    runner::TestRun run(options, {entry}, {}, results, std::move(listeners));
     EXPECT_EQ(run.Do({}), 99);
     testing::internal::GetCapturedStdout();
     ASSERT_EQ(told.size(), 1U);
