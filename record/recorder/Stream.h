@@ -29,7 +29,7 @@ class Stream {
   int Write(uint16_t event, uint64_t ns, Encode encode) {
     for (;;) {
       const bool hasRoom = size_ - used_ >= kEventHeaderBytes;
-      uint8_t none = 0;
+      uint8_t none = 0;  // without room, only the size is asked for
       uint8_t* const memory = hasRoom ? packet_ + used_ + kEventHeaderBytes : &none;
       const size_t room = hasRoom ? size_ - used_ - kEventHeaderBytes : 0;
       const size_t size = encode(memory, room);

@@ -30,7 +30,8 @@ namespace fs = std::filesystem;
 using console::Input;
 using runner::TestEntry;
 
-constexpr auto kSessionLimit = std::chrono::seconds(60);
+const int kPatience = test::IsUnderValgrind() ? 12 : 1;
+const auto kSessionLimit = kPatience * std::chrono::seconds(10);
 constexpr char kChoice[] = "Please enter a choice : ";
 
 /// Operates a console: navigates to a test in the menus, gives answers of all kinds until the test
@@ -133,7 +134,8 @@ std::string Replay(const TestEntry& entry, const std::string& recorded) {
   std::vector<runner::AnswerRule> rules;
   EXPECT_EQ(runner::LoadAnswers(path, rules), "");
   fs::remove(path);
-  runner::TestSession session(entry, rules, {.timeoutS = 120, .idleS = 60},
+  runner::TestSession session(entry, rules,
+                              {.timeoutS = kPatience * 10.0, .idleS = kPatience * 8.0},
                               [](std::string_view) {});
   const runner::Outcome outcome = session.Run([] { return false; });
   testing::internal::CaptureStdout();

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "ConsoleInput.h"
+#include "Emulated.h"
 #include "Remarks.h"
 #include "runner/Descriptors.h"
 #include "runner/TestSession.h"
@@ -45,12 +46,13 @@ struct Played {
   std::string console;
 };
 
+constexpr runner::Limits kUsual = {.timeoutS = 6, .idleS = 4};
 /// Limits for tests with much output, which valgrind makes slow.
 constexpr runner::Limits kPatient = {.timeoutS = 60, .idleS = 30};
 
 /// Runs a function as a test that judges itself, unless `byOperator`.
 Played Play(int (*function)(char*), const std::vector<AnswerRule>& rules, bool byOperator = false,
-            const runner::Limits& limits = {.timeoutS = 6, .idleS = 4}) {
+            const runner::Limits& limits = kUsual) {
   ST_THAL_TEST_CASE_T record{1, "name", "description", function, !byOperator};
   TestCase test(&record);
   const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
@@ -84,9 +86,8 @@ TEST(SessionTest, FinalOutputIsNotLost) {
   TestCase test(&record);
   const runner::TestEntry entry{&test, "Module", "Module/1", "", ""};
   const std::vector<AnswerRule> rules;
-  const runner::Limits limits = {.timeoutS = 6, .idleS = 4};
   std::size_t bytes = 0;
-  runner::TestSession session(entry, rules, limits, [&](std::string_view text) {
+  runner::TestSession session(entry, rules, kUsual, [&](std::string_view text) {
     // The test ends before the rest is read.
     if (bytes == 0) std::this_thread::sleep_for(std::chrono::milliseconds(200));
     bytes += text.size();
@@ -258,11 +259,13 @@ TEST(SessionTest, PollingTestContinuesUntilAKeyIsTyped) {
     for (int i = 0;; ++i) {
       std::printf("poll %d\n", i);
       if (kbhit() != 0) return mygetch() == 'q' && i >= 3 ? 0 : 1;
-      usleep(1000);  // so that a reader under valgrind keeps up
+      if (test::IsUnderValgrind()) usleep(1000);  // so that the reader keeps up
     }
   };
-  EXPECT_EQ(Play(polling, Rules("poll 3", "q", true), false, kPatient).outcome.verdict,
-            Verdict::kPass);
+  EXPECT_EQ(
+      Play(polling, Rules("poll 3", "q", true), false, test::IsUnderValgrind() ? kPatient : kUsual)
+          .outcome.verdict,
+      Verdict::kPass);
 }
 
 TEST(SessionTest, AnswersAreNotDiscardedAsTypeAhead) {
