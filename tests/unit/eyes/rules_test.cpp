@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "Captures.h"
+#include "Filter.h"
 #include "Judgement.h"
 #include "Looks.h"
 
@@ -264,6 +265,11 @@ TEST(RulesFile, ErrorsNameTheInvalidPart) {
       EXPECT_EQ(error.what(), path + ":2: " + message);
     }
   }
+}
+
+TEST(Texts, AreFormattedAtAnyLength) {
+  const std::string endless(5000, 'x');
+  EXPECT_EQ(picture::Printed("<%s>%d", endless.c_str(), 7), "<" + endless + ">7");
 }
 
 }  // namespace
