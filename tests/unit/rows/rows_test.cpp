@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <map>
 #include <ostream>
 #include <regex>
@@ -13,6 +14,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "BoardFiles.h"
@@ -21,12 +23,18 @@
 #include "ModuleList.h"
 #include "Scripted.h"
 #include "SimHal.h"
+#include "k2v/vbe.h"
+#include "k2v/vfe_hdmi.h"
+#include "k2v/vfe_vby1rx.h"
+#include "k2v/vpq.h"
+#include "k2v/vsc.h"
 
 namespace {
 
 using Words = std::vector<std::string>;
 using Lines = std::vector<std::string>;
 
+constexpr std::time_t kNow = 1'700'000'000;
 constexpr int kMostWaits = 12;  // for a row that polls endlessly
 constexpr char kCallMark[] = "\n@call ";
 constexpr std::string_view kHalPrefix = "K2V_RHAL_";
@@ -83,12 +91,38 @@ void PrintCalls() {
     dprintf(STDOUT_FILENO, "%s%s", kCallMark, call.c_str());
 }
 
-/// Runs a row on a new board, in a separate process, repeating the same answers.
-std::string OutputOf(TestCase& row, const std::string& answer) {
+enum class Board : uint8_t { kClosed, kOpen };
+
+/// Opens the drivers as an operator does first.
+void OpenDrivers() {
+  K2V_RHAL_VSC_Initialize();
+  K2V_RHAL_VSC_Open(0);
+  K2V_RHAL_VFE_HDMI_Initialize();
+  K2V_RHAL_VFE_HDMI_Open();
+  K2V_RHAL_VFE_VBY1RX_Initialize();
+  K2V_RHAL_VFE_VBY1RX_Open();
+  K2V_RHAL_VBE_TRIDFMT_Initialize();
+  K2V_RHAL_VBE_TRIDFMT_Open();
+  K2V_RHAL_VPQ_Initialize();
+  K2V_RHAL_VPQ_Open();
+  K2V_RHAL_VPQ_LED_Initialize(0, 0);
+  K2V_RHAL_VPQEX_Init();
+  K2V_RHAL_VPQEX_Open();
+  simhal::ClearCalls();
+}
+
+/// Runs a row on a new board, in a separate process, repeating the same answers. A function may
+/// fail.
+std::string OutputOf(TestCase& row, const std::string& answer, Board board = Board::kClosed,
+                     const std::string& failing = "") {
+  constexpr std::size_t kAnswerBytes = 80;
   std::string answers;
-  for (int i = 0; i < 40; ++i) answers += answer;
+  while (answers.size() < kAnswerBytes) answers += answer;
+  scripted::StopClock(kNow);  // the seed of random values
   simhal::Reset();
+  if (board == Board::kOpen) OpenDrivers();
   simhal::Fail("K2V_RHAL_HDCP2_LoadKeys", -1);  // making keys takes long and identifies no row
+  if (!failing.empty()) simhal::Fail(failing, -1);
   const auto run = scripted::PlayApart(answers, [&row] {
     player = getpid();
     std::atexit(PrintCalls);
@@ -308,58 +342,153 @@ TEST_P(ModuleRows, ExecuteWhatTheirTextsName) {
   crossmodule::RemoveVolatileFiles();
 }
 
-/// Modules whose rows are procedures: their output and calls are reviewed as a whole. The
-/// picture-quality rows are tables of numbers, the playback rows have separate sessions, and the
-/// link's threads and the clocks differ from run to run.
-constexpr std::string_view kProcedures[] = {
-    "Hdcp2Module", "VfeHdmiModule", "VfeVby1rxModule", "VscModule",       "VbeModule",
-    "UTGalModule", "UTHdcp2Module", "UTSvpModule",     "UTVfeHdmiModule", "UTThermalModule"};
+/// Modules without transcripts: playback has sessions of its own, and the order of what the link's
+/// threads do differs from run to run.
+constexpr std::string_view kWithoutTranscript[] = {"CMplaybackModule", "CMAutoTest",
+                                                   "CRlinkModule"};
 
-/// The lines of both runs of a row, without duplicates, since polling repeats many lines.
-std::string TranscriptOf(TestCase& row) {
-  std::string text = "==== " + std::to_string(row.getId()) + ' ' + row.getName() + ", " +
-                     row.getDescription() + '\n';
-  std::set<std::string> known;
-  for (const char* answer : {"1\n", "2\n0\n"}) {
-    std::istringstream lines(OutputOf(row, answer));
-    for (std::string line; std::getline(lines, line);) {
-      line = test::Masked(line, R"((addr = )\w+)", "$1…");
-      // There a session polls before its notifications arrive.
-      if (test::IsUnderValgrind() && line.ends_with(": sleep")) continue;
-      if (known.insert(line).second) text += line + '\n';
-    }
+/// Answers that the operator repeats until the row ends, or a key of each kind for the adjusters.
+constexpr const char* kAnswers[] = {"1\n", "2\n0\n", "3\n4\n5\n6\n7\n8\n9\n10\n", "-1\n",
+                                    "0\np\n1\na\n2\nw\n3\ne\n>\n<\n?\n"};
+
+/// What a row prints, then its calls.
+Lines LinesOf(TestCase& row, const std::string& answers, Board board,
+              const std::string& failing = "") {
+  // Before values that differ from run to run or with the sources.
+  constexpr std::string_view kDiffering[] = {"addr = ", "child_pid(", ".cpp,", "Clock_Value"};
+  static const std::regex kValue(
+      R"((addr = |child_pid\(|\.cpp,\w+ ,|Clock_Value(?:\(\d\))? = )\w+)");
+  Lines lines;
+  std::istringstream output(OutputOf(row, answers, board, failing));
+  for (std::string line; std::getline(output, line);) {
+    // There a session polls before its notifications arrive.
+    if (test::IsUnderValgrind() && line.ends_with(": sleep")) continue;
+    if (std::ranges::any_of(kDiffering, [&](auto text) { return line.find(text) != line.npos; }))
+      line = std::regex_replace(line, kValue, "$1…");
+    lines.push_back(line);
   }
-  return test::Masked(text, R"((child_pid\(|\.cpp,\w+ ,)\w+)", "$1…");
+  return lines;
 }
 
-/// Modules whose rows are adjusters, which print a line for each of many steps: of each only the
-/// first calls and the meaning of their levels are reviewed.
-constexpr std::string_view kAdjusters[] = {"VpqModule", "VpqExtModule"};
+/// Lines that differ in their numbers only.
+struct Shape {
+  Lines first;
+  int others = 0;
+  long sum = 0;  // of the numbers in the others
+};
 
-std::string FirstCallsOf(TestCase& row) {
-  constexpr int kCalls = 3;
-  std::istringstream transcript(TranscriptOf(row));
+/// Replaces the numbers of a line by '#' and returns their sum.
+long TakeNumbers(std::string& line) {
+  long sum = 0;
   std::string text;
-  int calls = 0;
-  for (std::string line; std::getline(transcript, line) && calls < kCalls;) {
-    const bool isCall = line.starts_with("@call ");
-    const bool isLegend = line.find(" level: ") != line.npos;
-    if (isCall || isLegend || line.starts_with("==== ")) text += line + '\n';
-    calls += isCall ? 1 : 0;
+  for (const char* at = line.c_str(); *at != '\0';) {
+    char* end = nullptr;
+    if (std::isdigit(static_cast<unsigned char>(*at)) == 0) {
+      text += *at++;
+      continue;
+    }
+    sum += std::strtol(at, &end, at[1] == 'x' ? 16 : 10) * (text.ends_with('-') ? -1 : 1);
+    text += '#';
+    at = end;
+  }
+  line = text;
+  return sum;
+}
+
+/// Lines that occur more or less often than usual, in order of their first occurrence. Of those
+/// with one shape only the first two are shown.
+std::string Differences(const Lines& usual, const Lines& lines) {
+  std::map<std::string, int> more;
+  for (const std::string& line : lines) ++more[line];
+  for (const std::string& line : usual) --more[line];
+  std::map<std::string, Shape> shapes;
+  Lines order;
+  for (const auto* side : {&usual, &lines}) {
+    for (const std::string& line : *side) {
+      const int count = std::exchange(more[line], 0);
+      if (count == 0) continue;
+      std::string name = (count < 0 ? "-" : "+") + line;
+      const long sum = TakeNumbers(name);
+      const auto [at, isNew] = shapes.try_emplace(name);
+      if (isNew) order.push_back(name);
+      Shape& shape = at->second;
+      if (shape.first.size() < 2) {
+        shape.first.push_back((count < 0 ? "" : "+") + std::to_string(count) + ' ' + line);
+      } else {
+        ++shape.others;
+        shape.sum += count * sum;
+      }
+    }
+  }
+  std::string text;
+  for (const std::string& name : order) {
+    const auto& [first, others, sum] = shapes[name];
+    for (const std::string& line : first) text += line + '\n';
+    if (others > 0)
+      text += "   " + std::to_string(others) + " more, their numbers add up to " +
+              std::to_string(sum) + '\n';
+  }
+  return text;
+}
+
+/// The lines without the results of a function.
+Lines WithoutResultsOf(const std::string& function, Lines lines) {
+  for (std::string& line : lines) {
+    if (line.starts_with("@call " + function + "(")) line.resize(line.rfind(" = "));
+  }
+  return lines;
+}
+
+/// The functions that are called, in order of their first call.
+Lines FunctionsIn(const Lines& lines) {
+  Lines functions;
+  for (const std::string& line : lines) {
+    const std::string function = FunctionOf(line.starts_with("@call ") ? line.substr(6) : "");
+    if (!function.empty() && std::ranges::find(functions, function) == functions.end())
+      functions.push_back(function);
+  }
+  return functions;
+}
+
+/// What a row prints and calls with the usual answer, and what changes on the other board, with
+/// other answers, and if one of the functions fails that it calls.
+std::string TranscriptOf(TestCase& row, Board board) {
+  std::string text = "==== " + std::to_string(row.getId()) + ' ' + row.getName() + ", " +
+                     row.getDescription() + '\n';
+  const auto add = [&text](const std::string& title, const std::string& changes) {
+    if (!changes.empty()) text += title + changes;
+  };
+  const Lines usual = LinesOf(row, kAnswers[0], board);
+  add("", Differences({}, usual));
+  const Board other = board == Board::kOpen ? Board::kClosed : Board::kOpen;
+  add(other == Board::kOpen ? "-- open\n" : "-- closed\n",
+      Differences(usual, LinesOf(row, kAnswers[0], other)));
+  std::set<std::string> failed;
+  for (const std::string answers : kAnswers) {
+    const Lines lines = LinesOf(row, answers, board);
+    add("-- answers " + std::regex_replace(answers, std::regex("\n"), " ") + '\n',
+        Differences(usual, lines));
+    for (const std::string& function : FunctionsIn(lines)) {
+      if (!failed.insert(function).second) continue;
+      add("-- " + function + " fails\n",
+          Differences(WithoutResultsOf(function, lines),
+                      WithoutResultsOf(function, LinesOf(row, answers, board, function))));
+    }
   }
   return text;
 }
 
 TEST_P(ModuleRows, PrintAndCallAsBefore) {
   const std::string_view name = GetParam().className;
-  const bool isAdjuster = std::ranges::find(kAdjusters, name) != std::end(kAdjusters);
-  if (!isAdjuster && std::ranges::find(kProcedures, name) == std::end(kProcedures)) return;
+  if (std::ranges::count(kWithoutTranscript, name) != 0) return;
   testing::internal::CaptureStdout();
   Module* module = GetParam().instance();
   testing::internal::GetCapturedStdout();
+  // An operator opens the drivers of picture quality first; other tests open theirs.
+  const Board board = name.find("Vpq") != name.npos ? Board::kOpen : Board::kClosed;
   std::string text;
   for (const auto& row : module->Tests()) {
-    if (row->hasFunction()) text += isAdjuster ? FirstCallsOf(*row) : TranscriptOf(*row);
+    if (row->hasFunction()) text += TranscriptOf(*row, board);
   }
   EXPECT_TRUE(test::IsAsExpected("rows/" + std::string(name) + ".txt", text));
 }
