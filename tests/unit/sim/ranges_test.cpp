@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <set>
@@ -330,6 +330,24 @@ bool IsSetter(const Function& function) {
 
 bool IsGetter(const Function& function) {
   return Contains(function.Name(), "Get");
+}
+
+TEST(BoardCommands, ChangeTheStateAsBefore) {
+  simhal::Reset();
+  std::ifstream commands(CVN_BOARD_COMMANDS);
+  std::string text;
+  for (std::string line; std::getline(commands, line);) {
+    const std::string before = simhal::State();
+    const std::string error = simhal::Apply(line);
+    text += line + '\n' + (error.empty() ? "" : "    " + error + '\n');
+    const std::string after = simhal::State();
+    text += NewLines(before, after);
+    for (std::istringstream gone(NewLines(after, before)); std::getline(gone, line);)
+      text += "    no longer" + line.substr(5) + '\n';
+  }
+  EXPECT_NE(text, "");
+  text = test::Masked(text, R"(( in )\d+\.\d+ s)", "$1… s");
+  EXPECT_TRUE(test::IsAsExpected("board_commands.txt", text));
 }
 
 class HalRanges : public testing::TestWithParam<const char*> {};
