@@ -36,7 +36,7 @@ class Commands : public testing::TestWithParam<const char*> {};
 
 TEST_P(Commands, PrintAsBefore) {
   setenv("TZ", "UTC0", 1);
-  setenv("PATH", (CVN_PROGRAMS ":" + std::string(std::getenv("PATH"))).c_str(), 1);
+  setenv("PATH", (CVN_PROGRAMS ":" CVN_COMMANDS ":" + std::string(std::getenv("PATH"))).c_str(), 1);
   const std::string name = GetParam();
   std::ifstream commands(CVN_COMMANDS "/" + name + ".txt");
   std::string text;
@@ -49,7 +49,8 @@ TEST_P(Commands, PrintAsBefore) {
   EXPECT_TRUE(test::IsAsExpected("commands/" + name + ".txt", Steady(text)));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Commands, testing::Values("errors", "lists", "runs", "verify"),
+INSTANTIATE_TEST_SUITE_P(All, Commands,
+                         testing::Values("defects", "errors", "lists", "runs", "verify"),
                          [](const auto& name) { return std::string(name.param); });
 
 }  // namespace
