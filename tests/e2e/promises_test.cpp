@@ -208,6 +208,6 @@ TEST_P(ShuffleTest, OrderMattersOnlyToTestsThatNeedInitialisationByOthers) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, ShuffleTest, testing::Values(1, 2, 3));
+INSTANTIATE_TEST_SUITE_P(Seeds, ShuffleTest, testing::Values(1, 2));
 
 }  // namespace
