@@ -50,7 +50,7 @@ TEST_P(Commands, PrintAsBefore) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Commands,
-                         testing::Values("defects", "errors", "lists", "runs", "verify"),
+                         testing::Values("defects", "errors", "lists", "menus", "runs", "verify"),
                          [](const auto& name) { return std::string(name.param); });
 
 }  // namespace
