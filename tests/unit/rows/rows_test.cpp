@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -372,12 +373,12 @@ Lines LinesOf(TestCase& row, const std::string& answers, Board board,
 struct Shape {
   Lines first;
   int others = 0;
-  long sum = 0;  // of the numbers in the others
+  int64_t sum = 0;  // of the numbers in the others
 };
 
 /// Replaces the numbers of a line by '#' and returns their sum.
-long TakeNumbers(std::string& line) {
-  long sum = 0;
+int64_t TakeNumbers(std::string& line) {
+  int64_t sum = 0;
   std::string text;
   for (const char* at = line.c_str(); *at != '\0';) {
     char* end = nullptr;
@@ -385,7 +386,7 @@ long TakeNumbers(std::string& line) {
       text += *at++;
       continue;
     }
-    sum += std::strtol(at, &end, at[1] == 'x' ? 16 : 10) * (text.ends_with('-') ? -1 : 1);
+    sum += std::strtoll(at, &end, at[1] == 'x' ? 16 : 10) * (text.ends_with('-') ? -1 : 1);
     text += '#';
     at = end;
   }
@@ -406,7 +407,7 @@ std::string Differences(const Lines& usual, const Lines& lines) {
       const int count = std::exchange(more[line], 0);
       if (count == 0) continue;
       std::string name = (count < 0 ? "-" : "+") + line;
-      const long sum = TakeNumbers(name);
+      const int64_t sum = TakeNumbers(name);
       const auto [at, isNew] = shapes.try_emplace(name);
       if (isNew) order.push_back(name);
       Shape& shape = at->second;
