@@ -38,6 +38,7 @@ TEST(TextTest, EscapedBytesAreRestoredExactly) {
   const std::string escaped = runner::Escaped(all);
   EXPECT_EQ(escaped.find_first_of("\t\n\033"), std::string::npos);
   EXPECT_EQ(runner::Unescaped(escaped), all);
+  EXPECT_EQ(runner::Escaped("\n\r\t\033\\\x01\x7f"), "\\n\\r\\t\\e\\\\\\x01\\x7f");
   for (const char* wrong : {"\\", "\\q", "\\x1", "\\xZZ", "\\x4G"})
     EXPECT_EQ(runner::Unescaped(wrong), std::nullopt) << wrong;
 }

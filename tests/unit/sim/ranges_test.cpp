@@ -2,11 +2,15 @@
 // and what they change.
 #include <gtest/gtest.h>
 
+#include <cinttypes>
+#include <cstdarg>
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <set>
+#include <span>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -22,6 +26,15 @@
 namespace {
 
 constexpr std::size_t kRoom = 1 << 18;  // at every pointer
+
+[[gnu::format(printf, 1, 2)]] std::string Printed(const char* format, ...) {
+  char text[100];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  return text;
+}
 
 /// A number in an argument, or in a record that it points to.
 struct Number {
@@ -76,6 +89,8 @@ struct Held {
 
   void Clear() { value = T{}; }
   bool ClearPointer() { return false; }
+  void Remember() {}
+  std::string Written() const { return ""; }
   void Collect(const std::string& name, std::vector<Number>& numbers) {
     Collector(name, numbers).Add(name, value);
   }
@@ -85,7 +100,7 @@ template <typename T>
 struct Held<T*> {
   using Pointed = std::remove_cv_t<T>;
   T* value = nullptr;
-  std::vector<uint64_t> memory;
+  std::vector<uint64_t> memory, before;
 
   void Clear() {
     if constexpr (!std::is_function_v<T>) {
@@ -96,6 +111,25 @@ struct Held<T*> {
   bool ClearPointer() {
     value = nullptr;
     return true;
+  }
+  void Remember() { before = memory; }
+  /// The changes since then: offsets and values of words, of the later ones only their sum.
+  std::string Written() const {
+    constexpr int kShown = 40;
+    const std::span now(reinterpret_cast<const uint32_t*>(memory.data()), memory.size() * 2);
+    const std::span then(reinterpret_cast<const uint32_t*>(before.data()), before.size() * 2);
+    std::string text;
+    int count = 0;
+    uint64_t sum = 0;
+    for (std::size_t i = 0; i < now.size(); ++i) {
+      if (now[i] == then[i]) continue;
+      if (++count <= kShown)
+        text += Printed(" %zu:%x", i * sizeof now[0], now[i]);
+      else
+        sum += (i + 1) * now[i];
+    }
+    if (count > kShown) text += Printed(" and %d more, sum %" PRIu64, count - kShown, sum);
+    return text;
   }
   void Collect(const std::string& name, std::vector<Number>& numbers) {
     if constexpr (!std::is_function_v<T> && !std::is_void_v<T>) {
@@ -120,8 +154,10 @@ const std::vector<int64_t>& Values() {
 }
 
 /// Opens the drivers, with a picture of the first port.
-void OpenBoard() {
+void OpenBoard(const std::string& source = "plug 0 3840x2160p60 hdr") {
   simhal::Reset();
+  simhal::Apply("lock 0 0");
+  simhal::Apply(source);
   uint8_t edid[K2V_HDMI_EDID_BYTES] = {};
   K2V_RHAL_VFE_HDMI_Initialize();
   K2V_RHAL_VFE_HDMI_WriteEDID(0, edid);
@@ -193,6 +229,15 @@ class Function {
     return Call();
   }
 
+  /// The trace of a call with zeros in all numbers, or the chosen ones, and what it wrote.
+  std::string Described(bool zeros) {
+    Clear();
+    if (!zeros) SetNumbers();
+    Remember();
+    Call();
+    return LastCall() + '\n' + Written();
+  }
+
   /// The results of each number's values, and what they change on an open board on which
   /// `prepare` was called.
   std::string Text(const std::function<void()>& prepare) {
@@ -202,7 +247,8 @@ class Function {
     };
     open();
     const int64_t usual = CallAsChosen();
-    std::string text = LastCall() + '\n';
+    open();
+    std::string text = Described(false);
     simhal::Reset();
     if (const int64_t closed = CallAsChosen(); closed != usual)
       text += "  closed: " + std::to_string(closed) + '\n';
@@ -225,6 +271,8 @@ class Function {
  protected:
   virtual void Clear() = 0;
   virtual int64_t Call() = 0;
+  virtual void Remember() = 0;
+  virtual std::string Written() const = 0;
   virtual std::size_t ArgumentCount() const = 0;
   virtual bool ClearPointer(std::size_t argument) = 0;  // false if it is none
 
@@ -300,6 +348,21 @@ class FunctionWith : public Function {
     return isPointer;
   }
 
+  void Remember() override {
+    std::apply([](auto&... held) { (held.Remember(), ...); }, held_);
+  }
+
+  std::string Written() const override {
+    std::string text;
+    std::size_t i = 0;
+    const auto add = [&](const std::string& written) {
+      ++i;
+      if (!written.empty()) text += "  [" + std::to_string(i) + "] wrote" + written + '\n';
+    };
+    std::apply([&](const auto&... held) { (add(held.Written()), ...); }, held_);
+    return text;
+  }
+
   int64_t Call() override {
     return std::apply(
         [this](auto&... held) -> int64_t {
@@ -328,6 +391,12 @@ bool IsSetter(const Function& function) {
   return Contains(function.Name(), "Set") || Contains(function.Name(), "set");
 }
 
+/// Whether a getter returns what was set, and not what the source sends.
+bool IsSetting(const Function& function) {
+  return Contains(function.Name(), "VPQ_") && !Contains(function.Name(), "Src") &&
+         !Contains(function.Name(), "Histo") && !Contains(function.Name(), "PicInfo");
+}
+
 bool IsGetter(const Function& function) {
   return Contains(function.Name(), "Get");
 }
@@ -354,10 +423,8 @@ TEST(BoardCommands, ChangeTheStateAsBefore) {
   EXPECT_TRUE(test::IsAsExpected("board_commands.txt", text));
 }
 
-class HalRanges : public testing::TestWithParam<const char*> {};
-
-TEST_P(HalRanges, AreAsBefore) {
-  const std::string area = GetParam();
+/// The functions of an area, such as "VPQ", with chosen arguments.
+std::vector<std::unique_ptr<Function>> FunctionsOf(const std::string& area) {
   std::vector<std::unique_ptr<Function>> functions;
 #define CVN_FUNCTION(result, name, parameters, call, arguments)      \
   if (std::string_view(#name).starts_with("K2V_RHAL_" + area + '_')) \
@@ -367,6 +434,14 @@ TEST_P(HalRanges, AreAsBefore) {
 #define CVN_CALLBACK(result, name, parameters, call, arguments)
 #include "HalCalls.inc"
   for (const auto& function : functions) function->ChooseArguments();
+  return functions;
+}
+
+class HalRanges : public testing::TestWithParam<const char*> {};
+
+TEST_P(HalRanges, AreAsBefore) {
+  const std::string area = GetParam();
+  const auto functions = FunctionsOf(area);
   const auto setAll = [&functions] {
     for (const auto& function : functions) {
       if (IsSetter(*function)) function->CallAsChosen();
@@ -376,6 +451,35 @@ TEST_P(HalRanges, AreAsBefore) {
   for (const auto& function : functions)
     text += function->Text(IsGetter(*function) ? std::function<void()>(setAll) : [] {});
   EXPECT_TRUE(test::IsAsExpected("ranges/" + area + ".txt", text));
+}
+
+TEST(HalSources, AreDescribedAsBefore) {
+  constexpr const char* kSources[] = {
+      "unplug 0",
+      "plug 0 3840x2160p60 hdr",
+      "plug 0 1920x1080p60 sdr",
+      "plug 0 3840x2160p23.976 hlg frame-packing",
+      "plug 0 1920x1080i50 pc side-by-side",
+      "plug 0 1280x720p50 deep top-and-bottom",
+      "plug 0 1920x1080p24 line-alternative",
+      "plug 0 1920x1080p30 side-by-side-full",
+      "plug 0 720x480i59.94",
+      "plug 0 640x480p60 dvi",
+      "plug 0 2560x1440p75 pc",
+      "plug 0 3840x2160p30 sdr",
+  };
+  std::string text;
+  for (const std::string area : {"VFE", "VSC", "VPQ"}) {
+    const auto functions = FunctionsOf(area);
+    for (const std::string source : kSources) {
+      OpenBoard(source);
+      text += "==== " + source + '\n';
+      for (const auto& function : functions) {
+        if (IsGetter(*function) && !IsSetting(*function)) text += function->Described(true);
+      }
+    }
+  }
+  EXPECT_TRUE(test::IsAsExpected("ranges/sources.txt", text));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, HalRanges,
