@@ -114,8 +114,8 @@ void OpenDrivers() {
 
 /// Runs a row on a new board, in a separate process, repeating the same answers. A function may
 /// fail.
-std::string OutputOf(TestCase& row, const std::string& answer, Board board = Board::kClosed,
-                     const std::string& failing = "") {
+scripted::Run RunOf(TestCase& row, const std::string& answer, Board board = Board::kClosed,
+                    const std::string& failing = "") {
   constexpr std::size_t kAnswerBytes = 80;
   std::string answers;
   while (answers.size() < kAnswerBytes) answers += answer;
@@ -124,17 +124,18 @@ std::string OutputOf(TestCase& row, const std::string& answer, Board board = Boa
   if (board == Board::kOpen) OpenDrivers();
   simhal::Fail("K2V_RHAL_HDCP2_LoadKeys", -1);  // making keys takes long and identifies no row
   if (!failing.empty()) simhal::Fail(failing, -1);
-  const auto run = scripted::PlayApart(answers, [&row] {
+  scripted::Run run = scripted::PlayApart(answers, [&row] {
     player = getpid();
     std::atexit(PrintCalls);
     scripted::OnWait([waits = 0](unsigned long) mutable {
       if (++waits == kMostWaits) PrintCalls(), _exit(0);
     });
-    row.Execute();
+    const int result = row.Execute();
     PrintCalls();
-    return 0;
+    return result;
   });
-  return crossmodule::WithoutColours(run.output);
+  run.output = crossmodule::WithoutColours(run.output);
+  return run;
 }
 
 /// The name that a driver test, a unit test or a menu entry prints first, or a link test last.
@@ -157,7 +158,7 @@ std::string NameIn(const std::string& output) {
 }
 
 Played Play(TestCase& row) {
-  std::string output = OutputOf(row, "1\n");
+  std::string output = RunOf(row, "1\n").output;
   Played played;
   const std::string mark = kCallMark;
   for (auto at = output.rfind(mark); at != output.npos; at = output.rfind(mark)) {
@@ -347,7 +348,7 @@ TEST_P(ModuleRows, ExecuteWhatTheirTextsName) {
 constexpr const char* kAnswers[] = {"1\n", "2\n0\n", "3\n4\n5\n6\n7\n8\n9\n10\n", "-1\n",
                                     "0\np\n1\na\n2\nw\n3\ne\n>\n<\n?\n"};
 
-/// What a row prints, then its calls.
+/// What a row prints, then its calls and its result.
 Lines LinesOf(TestCase& row, const std::string& answers, Board board,
               const std::string& failing = "") {
   // Before values that differ from run to run or with the sources.
@@ -357,7 +358,8 @@ Lines LinesOf(TestCase& row, const std::string& answers, Board board,
   static const std::regex kValue(
       R"((addr = |start_\d = |child_pid\(|\.cpp,\w+ ,|Clock_Value(?:\(\d\))? = )\w+)");
   Lines lines;
-  std::istringstream output(OutputOf(row, answers, board, failing));
+  const scripted::Run run = RunOf(row, answers, board, failing);
+  std::istringstream output(run.output);
   for (std::string line; std::getline(output, line);) {
     // There a session polls before its notifications arrive.
     if (test::IsUnderValgrind() && line.ends_with(": sleep")) continue;
@@ -366,6 +368,7 @@ Lines LinesOf(TestCase& row, const std::string& answers, Board board,
     if (line.find("/cross_module_") != line.npos) line = std::regex_replace(line, kHome, "HOME/");
     lines.push_back(line);
   }
+  lines.push_back("result " + std::to_string(run.result));
   return lines;
 }
 
