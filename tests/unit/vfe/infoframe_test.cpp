@@ -26,6 +26,15 @@ TEST(InfoFrameText, Avi) {
             "nLeftBarEnd : 1036 pixels\nnRightBarStart : 1037 pixels\n");
 }
 
+TEST(InfoFrameText, Timing) {
+  const K2V_HDMI_TIMING_T timing = {1, 2, 3, 4, 5, 6, 7, {8, 9, 10, 11}, 12, 13, 14, 15, 16, 17};
+  EXPECT_EQ(TextOf([&] { PrintTimingInfo(timing); }),
+            "format : 1\nhFreq : 2 x 0.01 kHz\nvFreq : 3 x 0.01 Hz\nhTotal : 4 pixels\n"
+            "vTotal : 5 lines\nhPorch : 6 pixels\nvPorch : 7 lines\nactive.x : 8 pixels\n"
+            "active.y : 9 lines\nactive.w : 10 pixels\nactive.h : 11 lines\nscanType : 12\n"
+            "mode : 13\nfull_3d_timing : 15\nvideo_LR_order : 16\nextra : 17\n");
+}
+
 TEST(InfoFrameText, SpdWithNamesThatFillTheirFields) {
   K2V_HAL_VFE_HDMI_SPD_INFO_T info{};
   std::fill_n(info.VendorName, sizeof(info.VendorName), 'V');  // without a terminating zero byte
