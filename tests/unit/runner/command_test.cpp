@@ -50,7 +50,8 @@ TEST_P(Commands, PrintAsBefore) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Commands,
-                         testing::Values("defects", "errors", "lists", "menus", "runs", "verify"),
+                         testing::Values("defects", "errors", "lists", "menus", "register", "runs",
+                                         "verify"),
                          [](const auto& name) { return std::string(name.param); });
 
 }  // namespace
