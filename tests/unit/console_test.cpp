@@ -229,6 +229,13 @@ TEST(Line, AcceptsSeventeenCharactersInABufferOfTwenty) {
   ASSERT_TRUE(console.Expect("<12345678901234567\n>"));
   ASSERT_TRUE(console.TypeWhenRead("123456789012345678"));
   EXPECT_TRUE(console.Expect("string length more than input buffer 20\nresult=-1\n"));
+
+  Console closed([] {
+    char line[20];
+    return fgets_ex(line, sizeof line);
+  });
+  ASSERT_TRUE(closed.EndInputWhenRead());
+  EXPECT_TRUE(closed.ExpectResult(-1));
 }
 
 TEST(Keys, AreReadOneByOneWithoutEcho) {

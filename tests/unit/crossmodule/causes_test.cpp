@@ -16,7 +16,10 @@
 #include "Causes.h"
 #include "DumpReader.h"
 #include "DumpWriter.h"
+#include "Pictures.h"
 #include "PlayedCases.h"
+#include "ScalerTime.h"
+#include "VerifyRun.h"
 
 namespace {
 
@@ -217,6 +220,24 @@ TEST(CrossModuleCauses, RowMarkedAsDroppedIsADroppedPicture) {
   EXPECT_EQ(Told(playings.Play(player::FindCase(101),
                                {player::ParseDefect("dvo:change:300:repeat_drop=-1")})),
             "DVO  frame 300 (6.021 s): 1 picture dropped\n");
+}
+
+TEST(ScalerTime, IsThatOfTheNearestOutputOfThePicture) {
+  // Of picture 5, which reaches the scaler at 1000.
+  const auto timeOf = [](const Pictures& outputs) {
+    const Pictures shown = {{.frame = 5, .clock = 1000, .content = 77}};
+    const TemporaryFile scaler("scaler", FileText(*FindStage(MODULE_SCALER), shown));
+    const TemporaryFile vo("vo", FileText(*FindStage(MODULE_VO), outputs));
+    StageEvents stage;
+    stage.events.push_back({.place = 0, .placeEnd = 1});
+    GiveScalerTime(stage, scaler.Path(), vo.Path());
+    return stage.events[0].pts ? stage.events[0].pts->first : 0;
+  };
+  EXPECT_EQ(timeOf({{3, 30, 800, 77}, {4, 40, 900, 77}, {6, 60, 1001, 77}}), 40)
+      << "the last before";
+  EXPECT_EQ(timeOf({{7, 70, 1100, 77}, {9, 90, 1200, 77}}), 70) << "the first after";
+  EXPECT_EQ(timeOf({{4, 40, 999, 77}, {5, 50, 5000, 77}}), 50) << "the same frame";
+  EXPECT_EQ(timeOf({{5, 50, 1000, 78}}), 0) << "another picture";
 }
 
 }  // namespace

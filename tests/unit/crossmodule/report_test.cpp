@@ -10,6 +10,7 @@
 
 #include "AvSync.h"
 #include "BoardFiles.h"
+#include "CMplaybackTestCase.h"
 #include "DetailedVerdict.h"
 #include "ModuleVerification.h"
 #include "ReportDelivery.h"
@@ -236,7 +237,7 @@ TEST_F(CrossModuleReport, IsNotSentIfItWasNotStored) {
 }
 
 TEST_F(CrossModuleReport, ShowsNoOlderDumpsOfARejectedRun) {
-  home_.Play(101, {});
+  home_.Play(101, {ParseDefect("vdec:corrupt:200")});
   for (const CM_Module& module : ModuleTypeList())
     std::filesystem::rename(*module.dumpPath, *module.dumpPath + ".old");
   Play("", [] { return Verify_All_Modules(Dumps::kOfARefusedRun), 0; });
@@ -250,10 +251,14 @@ TEST_F(CrossModuleReport, ShowsNoOlderDumpsOfARejectedRun) {
                "   -  -             (no---data)  not run\n"))
       << run.output;
   EXPECT_FALSE(Contains(run.output, "First bad stage")) << "no stage failed";
+  EXPECT_FALSE(Contains(run.output, "damaged")) << "causes of an older run";
 }
 
 TEST_F(CrossModuleReport, ContainsTheAvSyncOfItsCase) {
   Set_Current_TestCase(501);
+  home_.Play(501, {});
+  EXPECT_EQ(Play("", [] { return CMplaybackTestCase::CMplayback_Verify_AVsync(nullptr); }).result,
+            0);
   home_.Play(501, {ParseDefect("Audio:late:0:21")});
   const auto run = VerifyAll();
   EXPECT_EQ(run.result, 1) << "every stage passed";
