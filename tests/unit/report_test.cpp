@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <limits>
 #include <string>
 
 #include "Case.h"
@@ -225,6 +226,8 @@ TEST_F(ReportTest, TruncatedFileGetsItsFooterBack) {
 
 TEST(UtilTest, ReportPathIsMadeOnceFromTheStartTime) {
   setenv("TZ", "XYZ+1", 1);
+  scripted::StopClock(std::numeric_limits<std::time_t>::max());
+  EXPECT_EQ(Util::GetTestReportPath(), nullptr) << "no calendar has this year";
   scripted::StopClock(1769907599);  // 2026-02-01 00:59:59 UTC
   const auto path = [] { return Util::GetTestReportPath() == nullptr ? 1 : 0; };
   EXPECT_EQ(scripted::Play("", path).output,

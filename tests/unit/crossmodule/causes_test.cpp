@@ -16,6 +16,7 @@
 #include "Causes.h"
 #include "DumpReader.h"
 #include "DumpWriter.h"
+#include "Expected.h"
 #include "Pictures.h"
 #include "PlayedCases.h"
 #include "ScalerTime.h"
@@ -238,6 +239,46 @@ TEST(ScalerTime, IsThatOfTheNearestOutputOfThePicture) {
   EXPECT_EQ(timeOf({{7, 70, 1100, 77}, {9, 90, 1200, 77}}), 70) << "the first after";
   EXPECT_EQ(timeOf({{4, 40, 999, 77}, {5, 50, 5000, 77}}), 50) << "the same frame";
   EXPECT_EQ(timeOf({{5, 50, 1000, 78}}), 0) << "another picture";
+}
+
+/// The times of an event, in ticks after another one, at which it follows from that one.
+std::string TimesOf(MODULE_TYPE earlier, EventKind cause, MODULE_TYPE later, EventKind kind) {
+  constexpr int64_t kBegin = (int64_t{1} << 32) - 5000;
+  constexpr uint32_t kLength = 400;
+  constexpr int64_t kTried[] = {-12001, -12000, -1401, -1400, -1399, -1,    0,     1,    399,
+                                400,    401,    1399,  1400,  1401,  11999, 12000, 12001};
+  const auto at = [](MODULE_TYPE stage, EventKind event, int64_t ticks) {
+    const auto from = static_cast<uint32_t>(kBegin + ticks);
+    return StageEvents{
+        .stage = stage,
+        .events = {{.kind = event, .stage = stage, .pts = PtsRange{from, from + kLength}}}};
+  };
+  std::string text;
+  for (const int64_t ticks : kTried) {
+    std::vector<StageEvents> stages = {at(earlier, cause, 0), at(later, kind, ticks)};
+    LinkEvents(stages);
+    if (stages[1].events[0].cause == 1) text += ' ' + std::to_string(ticks);
+  }
+  return text;
+}
+
+TEST(CrossModuleCauses, ReachAsFarAsBefore) {
+  constexpr MODULE_TYPE kPairs[][2] = {{MODULE_OMXIN, MODULE_VDEC},
+                                       {MODULE_VDEC, MODULE_SCALER},
+                                       {MODULE_VO, MODULE_VDEC},
+                                       {MODULE_AUDIO, MODULE_VO}};
+  std::string text;
+  for (const auto& [earlier, later] : kPairs) {
+    for (std::size_t cause = 0; cause < kEventKindCount; ++cause) {
+      for (std::size_t kind = 0; kind < kEventKindCount; ++kind) {
+        const auto one = static_cast<EventKind>(cause), other = static_cast<EventKind>(kind);
+        if (const std::string times = TimesOf(earlier, one, later, other); !times.empty())
+          text += FindStage(earlier)->simpleName + (' ' + std::string(NameOf(one))) + ", " +
+                  FindStage(later)->simpleName + ' ' + NameOf(other) + ':' + times + '\n';
+      }
+    }
+  }
+  EXPECT_TRUE(test::IsAsExpected("causes.txt", text));
 }
 
 }  // namespace

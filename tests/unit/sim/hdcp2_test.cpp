@@ -225,9 +225,11 @@ TEST(Hdcp2, BoardIsAccessibleWhileAnAuthenticationWaits) {
   while (Messages().size() < 8) std::this_thread::yield();
   // The source waits three seconds for the list, but only while its cable is plugged in.
   EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetRxPortCnt(), 4);
+  EXPECT_EQ(simhal::Apply("hdcp2 0 downstream 5 2"), "");
   EXPECT_EQ(simhal::Apply("unplug 0"), "");
   authentication.join();
   EXPECT_EQ(StatusOf(0).eReason, K2V_HDCP2_REASON_NO_SOURCE);
+  EXPECT_NE(simhal::State().find("5 devices on 2 levels"), std::string::npos) << simhal::State();
 }
 
 TEST(Hdcp2, BoardKeepsItsKeys) {

@@ -382,47 +382,6 @@ TEST(HdmiPort, ConnectionStateFollowsCableAndHotPlug) {
   EXPECT_EQ(state(), 0);
 }
 
-TEST(HdmiStatus, EnforcesOrderAndArguments) {
-  static K2V_HAL_VFE_HDMI_AVI_INFO_T avi;
-  static uint8_t bytes[K2V_HDMI_HDCP_BYTES];
-  static uint32_t value;
-  const struct {
-    const char* board;  // a command, executed after connecting ports 0 and 2
-    std::function<int()> call;
-    int result;
-  } kCases[] = {
-      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi); }, kOk},
-      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, nullptr); }, kParam},
-      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(4, &avi); }, kParam},
-      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(1, &avi); }, kOrder},
-      {"", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(2, &avi); }, kNoSignal},
-      {"signal 0 off", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi); }, kNoSignal},
-      {"", [] { return K2V_RHAL_VFE_HDMI_GetScdcStatus(0, 5, &value); }, kParam},
-      {"", [] { return K2V_RHAL_VFE_HDMI_Set_HotPlug(0, 2); }, kParam},
-      {"", [] { return K2V_RHAL_VFE_HDMI_ReadEDID(0, nullptr); }, kParam},
-      {"", [] { return K2V_RHAL_VFE_HDMI_WriteHDCP(0, nullptr); }, kParam},
-      {"", [] { return K2V_RHAL_VFE_HDMI_ReadHDCP(4, bytes); }, kParam},
-      {"", [] { return K2V_RHAL_VFE_HDMI_getHDCPReceiverId(nullptr); }, kParam},
-      {"plug 0 1920x1080p60 dvi", [] { return K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi); }, kFail},
-      {"", [] { return K2V_RHAL_VFE_HDMI_Close(), K2V_RHAL_VFE_HDMI_GetAVMute(0, bytes); }, kOrder},
-      {"", [] { return K2V_RHAL_VFE_HDMI_Uninitialize(), K2V_RHAL_VFE_HDMI_ReadEDID(0, bytes); },
-       kOrder},
-  };
-  int number = 0;
-  for (const auto& c : kCases) {
-    simhal::Reset();
-    simhal::Apply("lock 0 0");
-    BringUp();
-    K2V_RHAL_VFE_HDMI_Connect(0);
-    K2V_RHAL_VFE_HDMI_Connect(2);
-    if (*c.board != '\0') {
-      ASSERT_EQ(simhal::Apply(c.board), "");
-    }
-    EXPECT_EQ(c.call(), c.result) << "case " << number;
-    ++number;
-  }
-}
-
 TEST(Vby1, FollowsItsInputsAndEnforcesOrder) {
   constexpr uint32_t kSource = K2V_VFE_TIMING_SOURCE_VBY1RX;
   K2V_VBY1RX_TIMING_T timing{};
