@@ -36,12 +36,12 @@ class Commands : public testing::TestWithParam<const char*> {};
 
 TEST_P(Commands, PrintAsBefore) {
   setenv("TZ", "UTC0", 1);
-  setenv("PATH", (CVN_PROGRAMS ":" CVN_COMMANDS ":" + std::string(std::getenv("PATH"))).c_str(), 1);
+  const std::string path = "PATH=" CVN_PROGRAMS ":" CVN_COMMANDS ":$PATH; ";
   const std::string name = GetParam();
   std::ifstream commands(CVN_COMMANDS "/" + name + ".txt");
   std::string text;
   for (std::string line; std::getline(commands, line);) {
-    const auto done = test::RunShell("{ " + line + "; } </dev/null 2>&1");
+    const auto done = test::RunShell(path + "{ " + line + "; } </dev/null 2>&1");
     text += "==== " + line + '\n' + done.output + "---- exit status " +
             std::to_string(done.status) + '\n';
   }
