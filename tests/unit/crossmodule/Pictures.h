@@ -11,16 +11,18 @@
 
 inline constexpr int64_t kFrame90k = 3000;
 
+/// A row of any stage; each stage records the values that it has columns for.
 struct Picture {
   int64_t frame = 0;
   int64_t pts = 0;
-  int64_t clock = 0;
-  int64_t content = 0;
-  int64_t other = 7;
-  bool broken = false;
+  int64_t clock = 0;    // 90 kHz counter
+  int64_t content = 0;  // checksum or size
+  int64_t other = 7;    // width, flags and the like
+  bool broken = false;  // a malformed row
 };
 using Pictures = std::vector<Picture>;
 
+/// The picture's value in a column, in its notation.
 inline std::string Value(const StageColumn& column, const Picture& picture) {
   const std::string name = column.name;
   int64_t value = 0;
@@ -38,6 +40,7 @@ inline std::string Value(const StageColumn& column, const Picture& picture) {
   return text;
 }
 
+/// A dump of the pictures, with its title.
 inline std::string FileText(const Stage& stage, const Pictures& pictures) {
   std::string text = "title\n";
   for (const Picture& picture : pictures) {
@@ -50,6 +53,7 @@ inline std::string FileText(const Stage& stage, const Pictures& pictures) {
   return text;
 }
 
+/// Different pictures at 30 per second.
 inline Pictures PlainPictures(std::size_t count) {
   Pictures pictures(count);
   for (std::size_t i = 0; i < count; ++i) {
