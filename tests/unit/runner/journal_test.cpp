@@ -97,4 +97,25 @@ TEST_F(JournalTest, OtherFilesAndInvalidLinesAreRejected) {
   }
 }
 
+TEST(TestLog, KeepsEightMebibytesInTheFileAndTheEndInMemory) {
+  const std::string path = testing::TempDir() + "log";
+  const auto file = [&] {
+    std::ifstream log(path);
+    return std::string(std::istreambuf_iterator<char>(log), {});
+  };
+  const std::string most = std::string((std::size_t{8} << 20) - 3, 'a') + "bcd";
+  for (const bool isTooLong : {false, true}) {
+    runner::TestLog log;
+    ASSERT_TRUE(log.Open(path));
+    log.Add(most.substr(0, most.size() - 1));
+    log.Add(isTooLong ? "def" : "d");
+    if (isTooLong) log.Add("g");
+    ASSERT_TRUE(log.Close());
+    EXPECT_TRUE(file() == most + (isTooLong ? "\n[3 more bytes were dropped]\n" : ""));
+    const std::string tail = std::string((32U << 10) - (isTooLong ? 6 : 3), 'a') + "bcd";
+    EXPECT_TRUE(log.CleanTail() == tail + (isTooLong ? "efg" : ""));
+  }
+  EXPECT_FALSE(runner::TestLog().Open(testing::TempDir() + "no/log"));
+}
+
 }  // namespace

@@ -98,6 +98,7 @@ TEST(SessionTest, FinalOutputIsNotLost) {
 
 TEST(SessionTest, PromptPrintedInPiecesIsAnsweredWhenComplete) {
   const Played played = Play(AskInPieces, Rules("first second=", "42"));
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a process of the test is left";
   EXPECT_EQ(played.outcome.verdict, Verdict::kPass) << played.outcome.message;
   EXPECT_EQ(played.console, "first second=42\n");
 }
