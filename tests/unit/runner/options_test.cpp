@@ -1,4 +1,5 @@
-// The command line, the selection and the order of runs.
+// The command line, the selection and the order of runs. Invalid command lines are in
+// commands/errors.txt.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,63 +29,6 @@ TEST(OptionsTest, HelpShowsWholeDescriptionsInEightyColumns) {
                              "recorded in its journal --retry-from DIR run ",
                              " --exclude PATTERN... exclude these tests from the selection --no-"})
     EXPECT_NE(words.find(option), std::string::npos) << words;
-}
-
-TEST(OptionsTest, InvalidCommandLinesAreRejectedWithTheReason) {
-  const struct {
-    const char* words;
-    const char* problem;
-  } cases[] = {
-      {"--nonsense", "unknown option --nonsense"},
-      {"VscModule", "unexpected argument 'VscModule'"},
-      {"--run", "--run requires PATTERN"},
-      {"--run A --list", "--list: cannot be combined with another mode"},
-      {"--run A --repeat 0", "--repeat: invalid value '0'"},
-      {"--run A --repeat 2x", "--repeat: invalid value '2x'"},
-      {"--run A --timeout -1", "--timeout requires SECONDS"},
-      {"--run A --timeout=-1", "--timeout: invalid value '-1': expected seconds"},
-      {"--run A --shuffle 4294967296", "--shuffle: invalid value '4294967296'"},
-      {"--run A --color red", "--color: invalid value 'red': expected auto, always or never"},
-      {"--run A --format tsv", "--format can only be used with --list"},
-      {"--list --junit x", "--junit can only be used with --run, --retry-from, --verify"},
-      {"--run A --record f", "--record cannot be combined with other modes"},
-      {"--run A --tap - --lava -", "only one result format can be written to standard output"},
-      {"--verify 101 --dump d --golden g --tap - --strip -", "only one result format can"},
-      {"--run A --eyes-always", "--eyes-always requires --eyes"},
-      {"--run A --eyes-before", "--eyes-before requires --eyes"},
-      {"--verify 101 --dump d", "--verify requires --dump and --golden"},
-      {"--run A --trace t", "--trace requires --results"},
-      {"--run A --shard 0/2", "--shard: invalid shard '0/2': expected I/N"},
-      {"--run A --shard 3/2", "--shard: invalid shard '3/2'"},
-      {"--run A --shard 1/10000", "--shard: invalid shard '1/10000'"},
-      {"--list --shard 1", "--shard: invalid shard '1'"},
-      {"--list --shard 1/2/3", "--shard: invalid shard '1/2/3'"},
-      {"--list --shard 1/2x", "--shard: invalid shard '1/2x'"},
-      {"--run A --shard-times d", "--shard-times requires --shard"},
-      {"--run A --retry-from d", "--retry-from: cannot be combined with another mode"},
-      {"--run A --health-timeout -", "--health-timeout: invalid value '-': expected seconds"},
-      {"--run A --label run=x", "--label requires --results"},
-      {"--run A --results d --label run", "--label: invalid value 'run': expected NAME=VALUE"},
-      {"--run A --results d --label =x", "--label: invalid value '=x'"},
-      {"--run A --results d --label run=", "--label: invalid value 'run='"},
-      {"--run A --results d --label Run=x", "--label: invalid value 'Run=x'"},
-      {"--run A --manual-play --no-operator", "--manual-play cannot be combined"},
-      {"--version=2", "--version takes no value"},
-      {"--check-hal a b", "unexpected argument 'b'"},
-      {"--check-hal a --check-hal b", "--check-hal: cannot be combined with another mode"},
-      {"--check-hal a --verbose", "--verbose can only be used with"},
-      {"--check-hal=", "--check-hal: must not be empty"},
-      {"--junit=", "--junit: must not be empty"},
-      {"--run=", "--run: must not be empty"},
-      {"--run A ", "--run: must not be empty"},
-      {"--list=", "--list: must not be empty"},
-      {"--run A --exclude ", "--exclude: must not be empty"},
-  };
-  for (const auto& [words, problem] : cases) {
-    Options options;
-    const std::string said = runner::ParseOptions(runner::Split(words, ' '), options);
-    EXPECT_TRUE(said.starts_with(problem)) << words << ": " << said;
-  }
 }
 
 TEST(OptionsTest, PatternsAndValuesMayBeMixed) {
