@@ -69,6 +69,35 @@ TEST(VbePanel, AttributesAreTruncatedToTheWidthOfTheirFields) {
   EXPECT_TRUE(run.output.ends_with("48Hz Hsync Bporch\n\n horizBackPorch48Hz:-1\n"));
 }
 
+TEST(VbePanel, EachFailingStepOfTheStartIsReported) {
+  const struct {
+    const char* function;
+    TestFunction test;
+    const char* output;
+    std::size_t calls;
+  } kCases[] = {
+      {"K2V_RHAL_VBE_DISP_Initialize", VbeTestCase::VBE_DISP_Full_HD_Fast_Initialize,
+       "VBE_Disp result : -7\n", 1},
+      {"K2V_RHAL_VBE_DISP_TCON_Initialize", VbeTestCase::VBE_DISP_Full_HD_Fast_Initialize,
+       "VBE_Tcon result : -7\n", 2},
+      {"K2V_RHAL_VBE_DISP_TCON_Initialize", VbeTestCase::VBE_DISP_TCON_Check_EPI_Output,
+       "Tcon initial NG, result : -7\n", 1},
+      {"K2V_RHAL_VBE_DISP_TCON_SetClock", VbeTestCase::VBE_DISP_TCON_Check_EPI_Output,
+       "Tcon SetClock, 0(OFF); 1(ON)\nTcon Clock NG, result : -7\n", 2},
+      {"K2V_RHAL_VBE_TRIDFMT_Initialize", VbeTestCase::VBE_TRIDFMT_Initialize, "result : -7\n", 1},
+      {"K2V_RHAL_VBE_TRIDFMT_Open", VbeTestCase::VBE_TRIDFMT_Initialize, "result : -7\n", 2},
+  };
+  for (const auto& c : kCases) {
+    simhal::Reset();
+    StartDisplay();
+    simhal::Fail(c.function, -7);
+    const auto run = PlayTest(c.test, "1");
+    EXPECT_EQ(run.result, 1) << c.function;
+    EXPECT_EQ(run.output, c.output);
+    EXPECT_EQ(simhal::Calls().size(), c.calls) << c.function;
+  }
+}
+
 /// A test, its answers, its HAL call, and its output if the HAL returns an error.
 struct SettingCase {
   TestFunction test;

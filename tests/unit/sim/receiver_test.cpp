@@ -382,6 +382,22 @@ TEST(HdmiPort, ConnectionStateFollowsCableAndHotPlug) {
   EXPECT_EQ(state(), 0);
 }
 
+TEST(HdmiStatus, NeedsASignalAndAnOpenReceiver) {
+  static K2V_HAL_VFE_HDMI_AVI_INFO_T avi;
+  static uint8_t bytes[K2V_HDMI_EDID_BYTES];
+  simhal::Apply("lock 0 0");
+  BringUp();
+  K2V_RHAL_VFE_HDMI_Connect(0);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi), kOk);
+  ASSERT_EQ(simhal::Apply("signal 0 off"), "");
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetPortAVIInfo(0, &avi), kNoSignal);
+  K2V_RHAL_VFE_HDMI_Close();
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_GetAVMute(0, bytes), kOrder);
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_ReadEDID(0, bytes), kOk);
+  K2V_RHAL_VFE_HDMI_Uninitialize();
+  EXPECT_EQ(K2V_RHAL_VFE_HDMI_ReadEDID(0, bytes), kOrder);
+}
+
 TEST(Vby1, FollowsItsInputsAndEnforcesOrder) {
   constexpr uint32_t kSource = K2V_VFE_TIMING_SOURCE_VBY1RX;
   K2V_VBY1RX_TIMING_T timing{};

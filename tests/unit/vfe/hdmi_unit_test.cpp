@@ -15,6 +15,18 @@ using namespace vfe;
 using T = UTVfeHdmiTestCase;
 using test::Pty;
 
+TEST(HdmiUnit, PrintsTheKeyOfTheSource) {
+  simhal::Apply("plug 0 1920x1080p60");
+  const auto run = PlayTest(T::UTVfeHdmiTest_GetSourceKSVData, "");
+  EXPECT_EQ(run.result, 0);
+  EXPECT_TRUE(run.output.ends_with(
+      "GetClockStatus (port0) \nnTmdsClockKHz : 148500 kHz\nbClockDetected : 1\nbPllLocked : 1\n"
+      "6. K2V_RHAL_VFE_HDMI_GetSourceKSVData (port0) \n"
+      "Source KSV = [35, a6, 5c, c9, 9a]\nResult : Passed\n"))
+      << run.output;
+  EXPECT_EQ(LastCalls(1), Lines{"VFE_HDMI_Uninitialize() = 0"});
+}
+
 TEST(HdmiUnit, DetectsCorruptedMemory) {
   simhal::Apply("spoil 0 edid on");
   auto run = PlayTest(T::UTVfeHdmiTest_WriteEDID, "");
